@@ -1,0 +1,44 @@
+# kap_add_test(NAME <name> SOURCES <file>... [LIBS <target>...] [THREADS] [OWN_MAIN] [NO_LIBRARY])
+# One test program, registered with ctest under its name.
+#   THREADS     the test starts threads: it also runs under ThreadSanitizer (ctest label and build target "threads")
+#   OWN_MAIN    the sources bring their own main
+#   NO_LIBRARY  the test has a host (kaphost among LIBS) but never loads libKAPUtils.so, so it need not be built first
+# The sources see KAP_LIBRARY_PATH, the absolute path of libKAPUtils.so, and may ask for the locale "de_DE.UTF-8",
+# which writes a decimal comma.
+find_package(GTest REQUIRED)
+
+set(kap_locales ${CMAKE_BINARY_DIR}/locale)
+add_custom_command(OUTPUT ${kap_locales}/de_DE.UTF-8/LC_NUMERIC
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${kap_locales}
+  COMMAND localedef -i de_DE -f UTF-8 ${kap_locales}/de_DE.UTF-8
+  COMMENT "Making the locale de_DE.UTF-8" VERBATIM)
+add_custom_target(kap_test_locale DEPENDS ${kap_locales}/de_DE.UTF-8/LC_NUMERIC)
+add_custom_target(threads)
+
+function(kap_add_test)
+  cmake_parse_arguments(PARSE_ARGV 0 arg "THREADS;OWN_MAIN;NO_LIBRARY" "NAME" "SOURCES;LIBS")
+  if(NOT arg_NAME OR NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "kap_add_test(NAME ... SOURCES ...): wrong arguments: ${ARGV}")
+  endif()
+  add_executable(${arg_NAME} ${arg_SOURCES})
+  set(gtest GTest::gtest_main)
+  if(arg_OWN_MAIN)
+    set(gtest GTest::gtest)
+  endif()
+  target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBS} ${gtest} ${CMAKE_DL_LIBS})
+  target_compile_definitions(${arg_NAME} PRIVATE
+    KAP_LIBRARY_PATH="${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${CMAKE_SHARED_LIBRARY_PREFIX}KAPUtils${CMAKE_SHARED_LIBRARY_SUFFIX}")
+
+  add_dependencies(${arg_NAME} kap_test_locale)
+  if("kaphost" IN_LIST arg_LIBS AND TARGET KAPUtils AND NOT arg_NO_LIBRARY)
+    add_dependencies(${arg_NAME} KAPUtils)
+  endif()
+
+  add_test(NAME ${arg_NAME} COMMAND ${arg_NAME})
+  set_tests_properties(${arg_NAME} PROPERTIES
+    TIMEOUT 300 ENVIRONMENT "LOCPATH=${kap_locales};${kap_sanitizer_environment}")
+  if(arg_THREADS)
+    set_tests_properties(${arg_NAME} PROPERTIES LABELS threads)
+    add_dependencies(threads ${arg_NAME})
+  endif()
+endfunction()

@@ -1,0 +1,21 @@
+#pragma once
+
+// The client runtime of the binder: everything that a component needs to bind itself to a host, use
+// the host's services and register its own. Begin with kap/KAPBinder.h.
+
+#include "kap/KAPBinder.h"
+#include "kap/KAPBoundary.h"
+#include "kap/KAPClientBase.h"
+#include "kap/KAPContainer.h"
+#include "kap/KAPError.h"
+#include "kap/KAPHostInterfaces.h"
+#include "kap/KAPInterface.h"
+#include "kap/KAPMemory.h"
+#include "kap/KAPMethodTable.h"
+#include "kap/KAPProcTable.h"
+#include "kap/KAPRegistration.h"
+#include "kap/KAPStringAtom.h"
+#include "kap/KAPTypes.h"
+#include "kap/LazyTerminate.h"
+#include "kap/TOQException.h"
+#include "kap/TOQWaitMutex.h"

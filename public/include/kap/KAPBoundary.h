@@ -1,0 +1,52 @@
+#pragma once
+
+#include <type_traits>
+#include <utility>
+
+#include "kap/KAPTypes.h"
+
+// The boundary convention. No exception leaves a procedure that a component registers with the
+// binder; every such procedure is one call of one of these two, and the type of its result decides
+// which. Nothing else catches.
+
+namespace KAP_T_MT {
+
+// Tells the binder the text of the exception being handled, "unknown KAP error" when it has none.
+void KAPReportCurrentException() noexcept;
+
+// The error object of the exception being handled, a new reference.
+KAPError* KAPCurrentExceptionAsError() noexcept;
+
+// For procedures that return an error object: null, or a reference for the caller.
+template <class Body>
+KAPError* KAPReturningError(Body&& body) noexcept {
+  try {
+    std::forward<Body>(body)();
+    return nullptr;
+  } catch (...) {
+    return KAPCurrentExceptionAsError();
+  }
+}
+
+// For all others: a failure is reported to the binder, and `failure` is the result.
+template <class Body, class Result = std::invoke_result_t<Body>>
+Result KAPReportingError(Body&& body, std::type_identity_t<Result> failure) noexcept {
+  try {
+    return std::forward<Body>(body)();
+  } catch (...) {
+    KAPReportCurrentException();
+    return failure;
+  }
+}
+
+template <class Body>
+std::invoke_result_t<Body> KAPReportingError(Body&& body) noexcept {
+  try {
+    return std::forward<Body>(body)();
+  } catch (...) {
+    KAPReportCurrentException();
+    return std::invoke_result_t<Body>();
+  }
+}
+
+}  // namespace KAP_T_MT

@@ -1,0 +1,153 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+#include "kap/KAPError.h"
+#include "kap/KAPHostInterfaces.h"
+#include "kap/KAPProcTable.h"
+#include "kap/KAPStringAtom.h"
+
+namespace KAP_T_MT {
+
+using KAPContainerClient = TKAPInterfaceClient<KAPContainerInterface>;
+
+// What the runtime knows of container records. Static only.
+class CKAPContainer {
+ public:
+  // Loads the container table and asks where records keep their primary instance. False when the
+  // static objects of the runtime do not exist yet; CKAPError "Missing Interface" when the table
+  // cannot be loaded.
+  static bool Init();
+
+  // The instance filed under the atom; null when there is none. An error of the host is raised.
+  static void* BCGetInstance(KAPContainer* container, const CKAPStringAtom& signature);
+
+  // The same, but the primary instance is read from the record itself.
+  static void* GetInstance(KAPContainer* container, const CKAPStringAtom& signature) {
+    const Primary primary = GetPrimary(container);
+    return primary.fSignature == signature.Text() && primary.fSignature
+               ? primary.fInstance
+               : BCGetInstance(container, signature);
+  }
+
+  // The signature: the text pointer of the primary instance's name; null for a container without
+  // one.
+  static const char* GetSignature(KAPContainer* container) noexcept {
+    return GetPrimary(container).fSignature;
+  }
+
+  // A container for `instance`, one reference for the caller. On an error, which is raised, the
+  // instance stays the caller's.
+  static KAPContainer* NewFullContainer(void* instance, const CKAPStringAtom& instanceName,
+                                        const CKAPStringAtom& interfaceName,
+                                        KAPDeleteProc deleteInstance);
+
+  // Adds a reference; CKAPError "invalid container" when the host refuses.
+  static KAPContainer* AddRef(KAPContainer* container) {
+    if (!container || !KAPContainerClient::Call<"AddRef">(container)) [[unlikely]]
+      ThrowInvalidContainerException();
+    return container;
+  }
+
+  // From now on, and before the runtime is bound, a released container no longer reaches the host.
+  static void StandBy() noexcept;
+
+  // Whether a reference was added.
+  static bool TryAddRef(KAPContainer* container) noexcept {
+    return container && KAPContainerClient::TryRefresh() &&
+           KAPContainerClient::CallLoaded<"AddRef">(container);
+  }
+
+  [[noreturn]] static void ThrowInvalidContainerException();  // CKAPError "invalid container"
+  [[noreturn]] static void ThrowNoSignatureException();       // CKAPError "couldn't get signature"
+
+ private:
+  struct Primary {
+    void* fInstance;
+    const char* fSignature;
+  };
+  static Primary GetPrimary(KAPContainer* container) noexcept {
+    Primary primary;
+    std::memcpy(&primary, reinterpret_cast<const char*>(container) + fPrimaryOffset,
+                sizeof primary);
+    return primary;
+  }
+
+  static constinit long fPrimaryOffset;
+  static int fCPPCheck;  // 13 once the static objects of the runtime exist
+};
+
+// The stand-by "Release": does nothing.
+void KAPContainerNoOpRelease(KAPContainer* container) noexcept;
+
+struct KAPAdopt {};  // says that a reference passes over
+
+// Owns one reference to a container, or to none. Base of the typed wrappers.
+// Errors: CKAPError "invalid container" when the host refuses a reference.
+class KAPContainerBaseGeneric {
+ public:
+  KAPContainerBaseGeneric() noexcept = default;
+  explicit KAPContainerBaseGeneric(KAPContainer* container)
+      : fContainer(CKAPContainer::AddRef(container)) {}
+  // Adds a reference without checking that the host agreed: for handles known to be live.
+  KAPContainerBaseGeneric(KAPContainer* container, int);
+  KAPContainerBaseGeneric(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
+  KAPContainerBaseGeneric(const KAPContainerBaseGeneric& other)
+      : fContainer(other.fContainer ? CKAPContainer::AddRef(other.fContainer) : nullptr) {}
+  KAPContainerBaseGeneric(KAPContainerBaseGeneric&& other) noexcept : fContainer(other.Detach()) {}
+  KAPContainerBaseGeneric& operator=(KAPContainerBaseGeneric other) noexcept {
+    std::swap(fContainer, other.fContainer);
+    return *this;
+  }
+  ~KAPContainerBaseGeneric() {
+    if (fContainer) KAPContainerClient::CallOrStandBy<"Release">(fContainer);
+  }
+
+  KAPContainer* Handle() const noexcept { return fContainer; }  // borrowed
+  KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
+  bool IsNull() const noexcept { return !fContainer; }
+  explicit operator bool() const noexcept { return fContainer != nullptr; }
+
+ private:
+  KAPContainer* fContainer = nullptr;
+};
+
+// Owns one reference to a container for a while.
+class CKAPContainerHolder {
+ public:
+  CKAPContainerHolder();  // a new, empty container; an error of the host is raised
+  CKAPContainerHolder(KAPContainer* container, bool skipAddRef)
+      : fContainer(container && !skipAddRef ? CKAPContainer::AddRef(container) : container) {}
+  CKAPContainerHolder(const CKAPContainerHolder&) = delete;
+  CKAPContainerHolder& operator=(const CKAPContainerHolder&) = delete;
+  ~CKAPContainerHolder() {
+    if (fContainer) KAPContainerClient::CallOrStandBy<"Release">(fContainer);
+  }
+
+  KAPContainer* Handle() const noexcept { return fContainer; }
+  KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
+
+ private:
+  KAPContainer* fContainer;
+};
+
+// Holds a container without a reference of its own and has it destroyed when nobody else holds one
+// either.
+class CKAPCachedContainerHolder {
+ public:
+  explicit CKAPCachedContainerHolder(KAPContainer* container) noexcept : fContainer(container) {}
+  CKAPCachedContainerHolder(const CKAPCachedContainerHolder&) = delete;
+  CKAPCachedContainerHolder& operator=(const CKAPCachedContainerHolder&) = delete;
+  ~CKAPCachedContainerHolder() {
+    if (fContainer) KAPContainerClient::CallOrStandBy<"DeleteUnownedContainer">(fContainer);
+  }
+
+  KAPContainer* Handle() const noexcept { return fContainer; }
+
+ private:
+  KAPContainer* fContainer;
+};
+
+}  // namespace KAP_T_MT

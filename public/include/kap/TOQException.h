@@ -1,0 +1,21 @@
+#pragma once
+
+#include <exception>
+
+namespace KAP_T_MT {
+
+// The base exception: one fixed message. The message is not copied and must outlive the exception,
+// so it is a literal.
+class TOQException : public std::exception {
+ public:
+  explicit TOQException(const char* message) noexcept : fMessage(message) {}
+  const char* what() const noexcept override { return fMessage; }
+
+ private:
+  const char* fMessage;
+};
+
+// A size or a count that does not fit: TOQException "Math overflow exception".
+[[noreturn]] void KAPThrowMathOverflow();
+
+}  // namespace KAP_T_MT

@@ -1,0 +1,128 @@
+#pragma once
+
+#include "kap/KAPStringAtom.h"
+#include "pos/POSArray.h"
+#include "pos/POSBinData.h"
+#include "pos/POSKind.h"
+#include "pos/POSNumber.h"
+#include "pos/POSRawPointer.h"
+#include "pos/POSString.h"
+#include "pos/POSUnicodeString.h"
+
+namespace KAP_T_MT {
+
+// A reference to a dictionary of property objects. Keys are given as text or, without a look-up of
+// the text, as atoms; paths lead through dictionaries and arrays, as "a.b[2].c" does. Errors of the
+// getters: with `noThrow`, a value that is missing or of another kind is an empty object. Without
+// it a
+//   missing key is POSException "CPOSDict::Get failed", a path that leads nowhere POSException
+//   "CPOSArray::GetAt subscript failed" (deliberately the array's message), another kind the
+//   downcast's message.
+// See CPOSObject for ownership and threads.
+class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
+                                 "downcast from CPOSObject to CPOSDict failed"> {
+ public:
+  using TPOSKind::TPOSKind;
+  // A new, empty dictionary (the default constructor makes an empty reference).
+  static CPOSDict New() { return CPOSDict(Call<"NewPOSDict">()); }
+
+  CPOSObject Get(const CKAPStringAtom& key, bool noThrow) const;
+  CPOSObject Get(const char* key, bool noThrow) const { return Get(CKAPStringAtom(key), noThrow); }
+  CPOSObject operator[](const char* key) const { return Get(key, false); }
+  CPOSObject operator[](const CKAPStringAtom& key) const { return Get(key, false); }
+
+  CPOSObject DeepGet(const CKAPStringAtom& path, bool noThrow) const;
+  CPOSObject DeepGet(const char* path, bool noThrow) const {
+    return DeepGet(CKAPStringAtom(path), noThrow);
+  }
+
+  // `Key` is a text or an atom.
+  template <class Key>
+  CPOSNumber GetNumber(const Key& key, bool noThrow) const {
+    return {Get(key, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSString GetString(const Key& key, bool noThrow) const {
+    return {Get(key, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSUnicodeString GetUnicodeString(const Key& key, bool noThrow) const {
+    return {Get(key, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSBinData GetBinData(const Key& key, bool noThrow) const {
+    return {Get(key, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSRawPointer GetRawPointer(const Key& key, bool noThrow) const {
+    return {Get(key, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSArray GetArray(const Key& key, bool noThrow) const {
+    return {Get(key, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSDict GetDict(const Key& key, bool noThrow) const {
+    return {Get(key, noThrow), noThrow};
+  }
+  // An object reference. Of another kind: POSException "downcast from CPOSObject to CPOSKAPObjRef
+  // failed".
+  template <class Key>
+  CPOSRawPointer GetKAPObjRef(const Key& key, bool noThrow) const {
+    return AsKAPObjRef(Get(key, noThrow), noThrow);
+  }
+
+  template <class Key>
+  CPOSNumber DeepGetNumber(const Key& path, bool noThrow) const {
+    return {DeepGet(path, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSString DeepGetString(const Key& path, bool noThrow) const {
+    return {DeepGet(path, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSUnicodeString DeepGetUnicodeString(const Key& path, bool noThrow) const {
+    return {DeepGet(path, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSBinData DeepGetBinData(const Key& path, bool noThrow) const {
+    return {DeepGet(path, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSRawPointer DeepGetRawPointer(const Key& path, bool noThrow) const {
+    return {DeepGet(path, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSArray DeepGetArray(const Key& path, bool noThrow) const {
+    return {DeepGet(path, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSDict DeepGetDict(const Key& path, bool noThrow) const {
+    return {DeepGet(path, noThrow), noThrow};
+  }
+  template <class Key>
+  CPOSRawPointer DeepGetKAPObjRef(const Key& path, bool noThrow) const {
+    return AsKAPObjRef(DeepGet(path, noThrow), noThrow);
+  }
+
+  // Whether there is a value. Each "true" leaves one extra reference on the value, deliberately:
+  // whoever cannot live with that asks Get with `noThrow`.
+  bool HasKey(const CKAPStringAtom& key) const;
+  bool HasKey(const char* key) const { return HasKey(CKAPStringAtom(key)); }
+  bool DeepHasKey(const CKAPStringAtom& path) const;
+  bool DeepHasKey(const char* path) const { return DeepHasKey(CKAPStringAtom(path)); }
+
+  // Replaces the value of a key that is there. A failure is reported by the library and changes
+  // nothing.
+  void Put(const CKAPStringAtom& key, const CPOSObject& object);
+  void Put(const char* key, const CPOSObject& object) { Put(CKAPStringAtom(key), object); }
+  void Remove(const CKAPStringAtom& key);
+  void Remove(const char* key) { Remove(CKAPStringAtom(key)); }
+
+  unsigned int NumKeys() const;  // counted one by one
+
+ private:
+  static CPOSRawPointer AsKAPObjRef(const CPOSObject& object, bool noThrow);
+};
+
+}  // namespace KAP_T_MT

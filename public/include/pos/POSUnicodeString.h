@@ -1,0 +1,27 @@
+#pragma once
+
+#include "pos/POSKind.h"
+
+namespace KAP_T_MT {
+
+// A reference to a string of 16-bit units. See CPOSObject for ownership, errors and threads.
+class CPOSUnicodeString : public TPOSKind<POSUnicodeStringInterface, "IsPOSUnicodeString",
+                                          "downcast from CPOSObject to CPOSUnicodeString failed"> {
+ public:
+  using TPOSKind::TPOSKind;
+  // Copies the units up to the zero unit.
+  explicit CPOSUnicodeString(const unsigned short* text)
+      : TPOSKind(Call<"NewPOSUnicodeString">(text)) {}
+
+  // The units with their zero unit; they live as long as the object.
+  const unsigned short* Get() const { return Call<"Get">(Handle()); }
+
+  // Counts the units up to the first zero unit.
+  static unsigned int GetLength(const unsigned short* text) noexcept {
+    unsigned int length = 0;
+    while (text[length] != 0) ++length;
+    return length;
+  }
+};
+
+}  // namespace KAP_T_MT

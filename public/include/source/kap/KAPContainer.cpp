@@ -1,0 +1,69 @@
+#include "kap/KAPContainer.h"
+
+namespace KAP_T_MT {
+
+constinit long CKAPContainer::fPrimaryOffset = 0;
+
+// Set by the static initialiser, so that binding can tell whether the runtime's static objects
+// exist.
+int CKAPContainer::fCPPCheck = [] {
+  CKAPContainer::StandBy();
+  return 13;
+}();
+
+bool CKAPContainer::Init() {
+  if (fCPPCheck != 13) return false;
+  KAPContainerClient::Refresh();
+  fPrimaryOffset = KAPContainerClient::Call<"GetOffsetToPrimaryInstance">();
+  return true;
+}
+
+void CKAPContainer::StandBy() noexcept {
+  KAPContainerClient::StandBy<"Release">(&KAPContainerNoOpRelease);
+  KAPContainerClient::StandBy<"DeleteUnownedContainer">(&KAPContainerNoOpRelease);
+}
+
+void* CKAPContainer::BCGetInstance(KAPContainer* container, const CKAPStringAtom& signature) {
+  void* instance = nullptr;
+  KAPCheck(KAPContainerClient::Call<"NGetInstance">(&instance, container, signature.Handle()));
+  return instance;
+}
+
+KAPContainer* CKAPContainer::NewFullContainer(void* instance, const CKAPStringAtom& instanceName,
+                                              const CKAPStringAtom& interfaceName,
+                                              KAPDeleteProc deleteInstance) {
+  KAPContainer* container = nullptr;
+  KAPCheck(KAPContainerClient::Call<"NewFullContainer">(&container, instance, instanceName.Handle(),
+                                                        interfaceName.Handle(), deleteInstance));
+  if (!container) ThrowInvalidContainerException();
+  return container;
+}
+
+void CKAPContainer::ThrowInvalidContainerException() {
+  CKAPError::ThrowError("invalid container", "", 0);
+}
+
+void CKAPContainer::ThrowNoSignatureException() {
+  CKAPError::ThrowError("couldn't get signature", "", 0);
+}
+
+void KAPContainerNoOpRelease(KAPContainer*) noexcept {}
+
+KAPContainerBaseGeneric::KAPContainerBaseGeneric(KAPContainer* container, int)
+    : fContainer(container) {
+  KAPContainerClient::Call<"AddRef">(container);
+}
+
+namespace {
+
+KAPContainer* NewEmptyContainer() {
+  KAPContainer* container = nullptr;
+  KAPCheck(KAPContainerClient::Call<"NewContainer">(&container));
+  return container;
+}
+
+}  // namespace
+
+CKAPContainerHolder::CKAPContainerHolder() : fContainer(NewEmptyContainer()) {}
+
+}  // namespace KAP_T_MT

@@ -1,0 +1,42 @@
+#include "kap/KAPMemory.h"
+
+#include <new>
+
+#include "kap/KAPBinder.h"
+#include "kap/KAPHostInterfaces.h"
+#include "kap/KAPProcTable.h"
+#include "kap/TOQException.h"
+
+namespace KAP_T_MT {
+
+using KAPMemoryClient = TKAPInterfaceClient<KAPMemoryInterface>;
+
+void CKAPMemory::Init() { KAPMemoryClient::Refresh(); }
+
+void* CKAPMemory::Alloc(std::size_t size) {
+  void* block = KAPMemoryClient::Call<"Alloc">(size);
+  if (!block) [[unlikely]]
+    ThrowMemError();
+  return block;
+}
+
+void CKAPMemory::Free(void* block) noexcept {
+  if (block) KAPMemoryClient::CallOrStandBy<"Free">(block);
+}
+
+void CKAPMemory::ThrowMemError() { throw std::bad_alloc(); }
+
+void CKAPMemory::StandBy() noexcept {
+  KAPMemoryClient::StandBy<"Free">([](void*) { KAPNoOpFunction(); });
+}
+
+std::size_t KAPCheckedSize(std::size_t count, std::size_t size, std::size_t header) {
+  std::size_t bytes = 0;
+  if (__builtin_mul_overflow(count, size, &bytes) ||
+      __builtin_add_overflow(bytes, header, &bytes)) {
+    KAPThrowMathOverflow();
+  }
+  return bytes;
+}
+
+}  // namespace KAP_T_MT

@@ -1,0 +1,93 @@
+#include "kap/KAPMethodTable.h"
+
+#include <mutex>
+#include <new>
+
+#include "KAPBinderState.h"
+#include "kap/KAPContainer.h"
+#include "kap/KAPMemory.h"
+
+namespace KAP_T_MT {
+
+KAPVTabGeneric* KAPVTabGeneric::NewKAPVTab(std::size_t slotCount, KAPVTabListGeneric& list) {
+  const std::size_t size = KAPCheckedSize(slotCount, sizeof(Slot), sizeof(KAPVTabGeneric));
+  auto* table = ::new (CKAPMemory::Alloc(size)) KAPVTabGeneric;
+  for (std::size_t i = 0; i < slotCount; ++i) ::new (table->Slots() + i) Slot(nullptr);
+  table->fNext = list.fHead;
+  if (list.fHead) list.fHead->fPrevious = table;
+  list.fHead = table;
+  ++list.fTableCount;
+  return table;
+}
+
+KAPVTabListGeneric::~KAPVTabListGeneric() {
+  if (KAPIsBound()) DeleteAll();
+}
+
+const KAPVTabGeneric::Slot* KAPVTabListGeneric::GetVTabDynamic(KAPContainer* container,
+                                                               KAPVTabInitProc initProc) {
+  const char* signature = container ? CKAPContainer::GetSignature(container) : nullptr;
+  if (!signature) CKAPContainer::ThrowNoSignatureException();
+  // Without the lock: an entry's count is stored last, so one that is current is complete.
+  const KAPVTabGeneric* last = fLast.load(std::memory_order_acquire);
+  if (last && IsCurrent(*last, signature) && last->fLoaded.load(std::memory_order_relaxed))
+      [[likely]]
+    return last->Slots();
+
+  const std::lock_guard lock(fLock);
+  KAPVTabGeneric& table = FindOrAdd(signature);
+  if (!IsCurrent(table, signature)) Fill(table, signature, container, initProc);
+  if (!table.fLoaded.load(std::memory_order_relaxed)) return nullptr;
+  fLast.store(&table, std::memory_order_release);
+  return table.Slots();
+}
+
+bool KAPVTabListGeneric::IsCurrent(const KAPVTabGeneric& table, const char* signature) noexcept {
+  return table.fCount.load(std::memory_order_acquire) == KAPUnregisterCountNow() &&
+         table.fFilled.load(std::memory_order_relaxed) &&
+         table.fKey.load(std::memory_order_relaxed) == signature;
+}
+
+KAPVTabGeneric& KAPVTabListGeneric::FindOrAdd(const char* signature) {
+  for (KAPVTabGeneric* table = fHead; table; table = table->fNext) {
+    if (table->fKey.load(std::memory_order_relaxed) == signature) return *table;
+  }
+  CKAPStringAtom atom(signature);  // first, so that no table stays without a key
+  KAPVTabGeneric* table = KAPVTabGeneric::NewKAPVTab(fSlotCount, *this);
+  table->fKey.store(atom.Text(), std::memory_order_relaxed);
+  swap(table->fSignature, atom);
+  return *table;
+}
+
+// The counter is read before the fill and stored after it: what moves meanwhile makes the table
+// stale again.
+void KAPVTabListGeneric::Fill(KAPVTabGeneric& table, const char* signature, KAPContainer* container,
+                              KAPVTabInitProc initProc) {
+  const unsigned long count = KAPUnregisterCountNow();
+  CKAPStringAtom atom(signature);
+  table.fKey.store(atom.Text(), std::memory_order_relaxed);
+  swap(table.fSignature, atom);
+  const bool loaded = initProc(container, 1, table.Slots()) != 0;
+  table.fLoaded.store(loaded, std::memory_order_relaxed);
+  table.fFilled.store(true, std::memory_order_relaxed);
+  table.fCount.store(count, std::memory_order_release);
+}
+
+void KAPVTabListGeneric::DeleteAll() noexcept {
+  KAPVTabGeneric* table = fHead;
+  ForgetAll();
+  while (table) {
+    KAPVTabGeneric* next = table->fNext;
+    table->~KAPVTabGeneric();
+    CKAPMemory::Free(table);
+    table = next;
+  }
+}
+
+void KAPVTabListGeneric::ForgetAll() noexcept {
+  fLast.store(nullptr);
+  fHead = nullptr;
+  fTableCount = 0;
+}
+
+}  // namespace KAP_T_MT

@@ -1,0 +1,68 @@
+#include "kap/KAPStringAtom.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "kap/KAPError.h"
+#include "kap/KAPMemory.h"
+#include "kap/TOQException.h"
+
+namespace KAP_T_MT {
+
+namespace {
+
+std::size_t LengthOf(const char* text) { return text ? std::strlen(text) : 0; }
+
+char* CopyText(char* to, const char* text) {
+  if (!text) CKAPError::ThrowError("Memory Copy Error", "", 0);
+  return std::strcpy(to, text) + std::strlen(text);
+}
+
+}  // namespace
+
+CKAPStringAtom::CKAPStringAtom(const char* text) : CKAPStringAtom() {
+  fAtom = KAPStringClient::Call<"NewStringAtom">(text);
+  if (!fAtom) [[unlikely]]
+    ThrowBadAlloc();
+  fText = KAPStringClient::Call<"GetCString">(fAtom);
+}
+
+CKAPStringAtom::CKAPStringAtom(KAPStringAtom* atom, bool adopt) : CKAPStringAtom() {
+  if (!atom) return;
+  if (!adopt) KAPStringClient::Call<"AddRef">(atom);
+  fAtom = atom;
+  fText = KAPStringClient::Call<"GetCString">(atom);
+}
+
+CKAPStringAtom::CKAPStringAtom(const CKAPStringAtom& other) : CKAPStringAtom() {
+  if (other.fAtom) KAPStringClient::Call<"AddRef">(other.fAtom);
+  fAtom = other.fAtom;
+  fText = other.fText;
+}
+
+CKAPStringAtom CKAPStringAtom::operator+(const CKAPStringAtom& other) const {
+  std::size_t size = 0;
+  if (__builtin_add_overflow(LengthOf(fText), LengthOf(other.fText), &size) ||
+      __builtin_add_overflow(size, 1, &size)) {
+    KAPThrowMathOverflow();
+  }
+  const TKAPBlock<char> joined = KAPNewBlock<char>(size);
+  CopyText(CopyText(joined.get(), fText), other.fText);
+  return CKAPStringAtom(joined.get());
+}
+
+CKAPStringAtom CKAPStringAtom::ToHex(const void* pointer) {
+  char text[] = "0x0000000000000000";
+  auto bits = reinterpret_cast<std::uintptr_t>(pointer);
+  for (char* digit = text + sizeof text - 2; bits != 0; bits >>= 4)
+    *digit-- = "0123456789abcdef"[bits & 15];
+  return CKAPStringAtom(text);
+}
+
+void CKAPStringAtom::ThrowBadAlloc() { CKAPMemory::ThrowMemError(); }
+
+void CKAPStringAtom::Close() noexcept { KAPStringClient::StandBy<"DeleteStringAtom">(&NoOpDelete); }
+
+void CKAPStringAtom::NoOpDelete(KAPStringAtom*) noexcept {}
+
+}  // namespace KAP_T_MT

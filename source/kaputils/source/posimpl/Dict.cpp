@@ -1,0 +1,54 @@
+#include "Dict.h"
+
+#include "NestingGuard.h"
+
+namespace NPOSObjectImpl {
+
+using KAP_T_MT::CKAPStringAtom;
+
+const CPOSObject* Dict::Get(std::string_view key) const noexcept {
+  const DictEntry* entry = fEntries.Find(SortableText(key));
+  return entry ? &entry->Value() : nullptr;
+}
+
+void Dict::Put(const CKAPStringAtom& key, CPOSObject value) {
+  const SortableText text(key.Text());
+  const DictTree::Position position = fEntries.FindPosition(text);
+  if (position.found) {
+    std::swap(position.found->Value(), value);
+  } else {
+    fEntries.InsertAt(position, std::unique_ptr<DictEntry>(new DictEntry(
+                                    SortableStringAtom(key, text.Prefix()), std::move(value))));
+  }
+}
+
+void Dict::Remove(std::string_view key) noexcept { fEntries.Remove(SortableText(key)); }
+
+BaseObject* Dict::Clone() {
+  const NestingGuard guard;
+  std::unique_ptr<Dict> clone(new Dict);
+  DictEntry* last = nullptr;
+  for (const DictEntry* entry = fEntries.First(); entry; entry = DictTree::Next(entry)) {
+    std::unique_ptr<DictEntry> copy(new DictEntry(entry->GetKey(), entry->Value().Clone()));
+    last = clone->fEntries.InsertLast(last, std::move(copy));
+  }
+  return clone.release();
+}
+
+// Both in the order of their keys, so one walk finds every key's counterpart.
+bool Dict::IsEqual(const BaseObject& other) const {
+  const NestingGuard guard;
+  const Dict* dict = As(&other);
+  if (!dict) return false;
+  const DictEntry* theirs = dict->fEntries.First();
+  for (const DictEntry* ours = fEntries.First(); ours; ours = DictTree::Next(ours)) {
+    int order = 1;
+    while (theirs && (order = SortableStringAtom::Compare(ours->GetKey(), theirs->GetKey())) > 0) {
+      theirs = DictTree::Next(theirs);
+    }
+    if (order != 0 || !AreEqual(ours->Value(), theirs->Value())) return false;
+  }
+  return true;
+}
+
+}  // namespace NPOSObjectImpl

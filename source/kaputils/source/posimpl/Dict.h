@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "Compound.h"
+#include "SortableStringAtom.h"
+#include "kap/KAPMemory.h"
+#include "redblack_tree.h"
+
+namespace NPOSObjectImpl {
+
+// A key and its value, in host memory.
+class DictEntry : public NPOSImpl::redblack_node, public KAP_T_MT::KAPHostAllocated {
+ public:
+  DictEntry(SortableStringAtom key, CPOSObject value) noexcept
+      : fKey(std::move(key)), fValue(std::move(value)) {}
+
+  const SortableStringAtom& GetKey() const noexcept { return fKey; }
+  CPOSObject& Value() noexcept { return fValue; }
+  const CPOSObject& Value() const noexcept { return fValue; }
+
+  template <class Key>
+  static int Compare(const Key& key, const DictEntry& entry) noexcept {
+    return SortableStringAtom::Compare(key, entry.fKey);
+  }
+
+ private:
+  SortableStringAtom fKey;
+  CPOSObject fValue;
+};
+
+using DictTree = NPOSImpl::redblack_tree<DictEntry>;
+
+// A map from texts to property objects, in the byte order of the texts. Changes swap first and
+// release last, since a release may call back.
+class Dict final : public TObjectKind<Dict, Compound> {
+ public:
+  static constexpr int kType = KAP_T_MT::kPOSDict;
+  static constexpr const char* kNotInstance = "instance was not an POSDict";
+
+  Dict() noexcept = default;
+
+  BaseObject* Clone() override;
+
+  // Every entry of this dictionary must have its equal in the other one. What only the other one
+  // has does not count: deliberate, a dictionary equals its superset.
+  bool IsEqual(const BaseObject& other) const override;
+
+  // The value, null when there is none.
+  const CPOSObject* Get(std::string_view key) const noexcept;
+  // The handle of the value that the path leads to, with a new reference; null when it leads
+  // nowhere, which includes that the host refuses anything. See DeepPath.cpp.
+  POSObject* DeepGet(const char* path) const noexcept;
+
+  // A key that is there keeps its atom and gets the new value.
+  void Put(const KAP_T_MT::CKAPStringAtom& key, CPOSObject value);
+  void Remove(std::string_view key) noexcept;  // nothing when it is absent
+
+  const DictTree& Entries() const noexcept { return fEntries; }
+
+ private:
+  DictTree fEntries;
+};
+
+}  // namespace NPOSObjectImpl

@@ -1,0 +1,55 @@
+// The procedures of "POSDictInterface".
+
+#include "Dict.h"
+#include "POSDictImpl.h"
+#include "kap/KAPBoundary.h"
+#include "kap/KAPRegistration.h"
+
+namespace NPOSObjectImpl {
+
+using KAP_T_MT::CKAPStringAtom;
+using KAP_T_MT::KAPReportingError;
+
+namespace {
+
+// The text of an atom that is borrowed for the call.
+const char* TextOf(KAPStringAtom* atom) {
+  return Required(KAP_T_MT::KAPStringClient::Call<"GetCString">(Required(atom)));
+}
+
+POSDict* POSDictNewPOSDictProc() noexcept {
+  return KAPReportingError([] { return NewObject<Dict>(); });
+}
+
+bool POSDictIsPOSDictProc(POSObject* object) noexcept {
+  return Dict::GetInstanceNoThrow(object) != nullptr;
+}
+
+POSObject* POSDictGetProc(POSDict* dict, KAPStringAtom* key) noexcept {
+  return KAPReportingError([=] { return NewReference(Dict::GetInstance(dict).Get(TextOf(key))); });
+}
+
+// What goes wrong on the way, a refusal of the host too, means that the path leads nowhere.
+POSObject* POSDictDeepGetProc(POSDict* dict, KAPStringAtom* path) noexcept {
+  return KAPReportingError([=] { return Dict::GetInstance(dict).DeepGet(TextOf(path)); });
+}
+
+void POSDictPutProc(POSDict* dict, KAPStringAtom* key, POSObject* object) noexcept {
+  KAPReportingError([=] {
+    Dict::GetInstance(dict).Put(CKAPStringAtom(Required(key), false), CPOSObject(object));
+  });
+}
+
+void POSDictRemoveProc(POSDict* dict, KAPStringAtom* key) noexcept {
+  KAPReportingError([=] { Dict::GetInstance(dict).Remove(TextOf(key)); });
+}
+
+}  // namespace
+
+bool RegisterDictProcs() {
+  return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::POSDictInterface>(
+      &POSDictNewPOSDictProc, &POSDictIsPOSDictProc, &POSDictGetProc, &POSDictDeepGetProc,
+      &POSDictPutProc, &POSDictRemoveProc);
+}
+
+}  // namespace NPOSObjectImpl

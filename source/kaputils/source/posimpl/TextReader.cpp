@@ -1,0 +1,145 @@
+#include "TextReader.h"
+
+#include "Array.h"
+#include "NestingGuard.h"
+#include "Number.h"
+#include "String.h"
+#include "UnicodeString.h"
+
+namespace NPOSObjectImpl {
+
+using KAP_T_MT::CKAPStringAtom;
+using KAP_T_MT::KAPAdopt;
+
+namespace {
+
+// A new container, and the object behind it, to be filled without crossing the boundary for each
+// value.
+template <class Kind>
+struct Made {
+  Made() : fObject(NewObject<Kind>(), KAPAdopt()), fInstance(Kind::GetInstance(fObject.Handle())) {}
+
+  CPOSObject fObject;
+  Kind& fInstance;
+};
+
+}  // namespace
+
+CPOSObject TextReader::ReadText() {
+  CPOSObject object = ReadObject();
+  while (KindOf(*fCursor) == TokenKind::kSpace) ++fCursor;
+  if (*fCursor != '\0') throw CFTParseError("Unexpected characters after object");
+  return object;
+}
+
+// Whitespace before the item is skipped; the item's first character is returned. The end of the
+// text is no item.
+char TextReader::SkipToItem() {
+  while (KindOf(*fCursor) == TokenKind::kSpace) ++fCursor;
+  ExpectMore();
+  return *fCursor;
+}
+
+void TextReader::ExpectMore() const {
+  if (*fCursor == '\0') throw CFTParseError("Empty text string");
+}
+
+void TextReader::FailAtBracket() {
+  throw CFTParseError(*fCursor++ == '>' ? "Unexpected >" : "Unexpected ]");
+}
+
+CPOSObject TextReader::ReadObject() {
+  const char first = SkipToItem();
+  switch (KindOf(first)) {
+    case TokenKind::kOpen:
+      return ReadBracketed(first);
+    case TokenKind::kClose:
+      FailAtBracket();
+    default:
+      return ReadScalar();
+  }
+}
+
+CPOSObject TextReader::ReadScalar() {
+  switch (KindOf(*fCursor)) {
+    case TokenKind::kWord:
+    case TokenKind::kParen: {
+      StringToken token;
+      return CPOSObject(NewObject<String>(token.Read(fCursor)), KAPAdopt());
+    }
+    case TokenKind::kUnicode: {
+      UnicodeToken token;
+      return CPOSObject(NewObject<UnicodeString>(token.Read(fCursor)), KAPAdopt());
+    }
+    case TokenKind::kNumber:
+      return CPOSObject(NewObject<Number>(ReadNumberToken(fCursor)), KAPAdopt());
+    default:
+      throw CFTParseError("Unexpected character");
+  }
+}
+
+CPOSObject TextReader::ReadBracketed(char bracket) {
+  const NestingGuard guard;
+  ++fCursor;
+  if (bracket == '[') {
+    Made<Array> array;
+    ReadElements(array.fInstance);
+    return std::move(array.fObject);
+  }
+  Made<Dict> dict;
+  ReadEntries(dict.fInstance);
+  return std::move(dict.fObject);
+}
+
+// Whether the next item is the closing bracket, which is consumed. The other bracket closes nothing
+// here.
+bool TextReader::EndsWith(char bracket) {
+  const char next = SkipToItem();
+  if (KindOf(next) != TokenKind::kClose) return false;
+  if (next != bracket) FailAtBracket();
+  ++fCursor;
+  return true;
+}
+
+void TextReader::ReadElements(Array& array) {
+  while (!EndsWith(']')) {
+    array.Append(ReadObject());
+    ExpectMore();
+  }
+}
+
+void TextReader::ReadEntries(Dict& dict) {
+  while (!EndsWith('>')) {
+    StringToken token;
+    const CKAPStringAtom key(ReadKey(token));
+    ExpectMore();
+    dict.Put(key, ReadObject());
+    ExpectMore();
+  }
+}
+
+// Anything but a string is read to its end, so that the error points behind it.
+const char* TextReader::ReadKey(StringToken& token) {
+  const TokenKind kind = KindOf(*fCursor);
+  if (kind == TokenKind::kWord || kind == TokenKind::kParen) return token.Read(fCursor);
+  ReadObject();
+  throw CFTParseError("Expected dictionary key string");
+}
+
+CPOSObject BaseObject::CreateFromText(const char* text, const char** end) {
+  const char* ignored = nullptr;
+  if (!end) end = &ignored;
+  *end = nullptr;
+  TextReader reader(Required(text));
+  try {
+    return reader.ReadText();
+  } catch (const CFTParseError&) {  // no error for the caller but a place
+    *end = reader.Cursor();
+    return {};
+  } catch (...) {
+    *end = reader.Cursor();
+    throw;
+  }
+}
+
+}  // namespace NPOSObjectImpl
