@@ -13,11 +13,10 @@
 // name and the procedure's signature, in slot order. Everything else (the table of names, the slot
 // of a method, typed calls, typed registration) follows from this one declaration:
 //
-//   using KAPStringInterface =
-//       TKAPInterface<"KAPStringInterface",
-//                     TKAPMethod<"NewStringAtom", "KAPNewStringAtomProc", KAPStringAtom*(const
-//                     char* text)>,
-//                     ...>;
+//   struct KAPStringInterface
+//       : TKAPInterface<"KAPStringInterface",
+//                       TKAPMethod<"GetCString", "KAPGetCStringProc", const char*(KAPStringAtom*)>,
+//                       ...> {};
 //
 // A method that an interface does not have, or a procedure of another signature, does not compile.
 

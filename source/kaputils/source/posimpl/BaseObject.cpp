@@ -1,15 +1,10 @@
 #include "BaseObject.h"
 
 #include "KAPUtilsAtoms.h"
-#include "ProcessCounter.h"
 
 namespace NPOSObjectImpl {
 
 constinit std::atomic<unsigned int> BaseObject::fNumPOSObjects = 0;
-
-BaseObject::BaseObject() noexcept { AddToProcessCounter(fNumPOSObjects, 1); }
-
-BaseObject::~BaseObject() { AddToProcessCounter(fNumPOSObjects, -1); }
 
 BaseObject* BaseObject::GetInstanceNoThrow(const POSObject* handle) noexcept {
   if (!handle) return nullptr;
@@ -27,16 +22,10 @@ BaseObject& BaseObject::GetInstance(const POSObject* handle) {
   return *instance;
 }
 
-POSObject* BaseObject::NewContainer(std::unique_ptr<BaseObject> object) {
+POSObject* BaseObject::Contain(BaseObject* object, KAPDeleteProc deleteObject) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  POSObject* handle = KAP_T_MT::CKAPContainer::NewFullContainer(
-      object.get(), atoms.POSObjectImpl, atoms.POSObjectInterface, object->GetDeleteProc());
-  object.release();  // the container's now
-  return handle;
-}
-
-KAPDeleteProc BaseObject::GetDeleteProc() const noexcept {
-  return [](void* instance) { delete static_cast<BaseObject*>(instance); };
+  return KAP_T_MT::CKAPContainer::NewFullContainer(object, atoms.POSObjectImpl,
+                                                   atoms.POSObjectInterface, deleteObject);
 }
 
 }  // namespace NPOSObjectImpl

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "ProcessCounter.h"
 #include "kap/KAPClientBase.h"
 #include "kap/KAPContainer.h"
 #include "pos/POSException.h"
@@ -19,7 +20,7 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
  public:
   BaseObject(const BaseObject&) = delete;
   BaseObject& operator=(const BaseObject&) = delete;
-  virtual ~BaseObject();
+  virtual ~BaseObject() { AddToProcessCounter(fNumPOSObjects, -1); }
 
   // This object itself when it cannot change, else a new one that the caller owns.
   virtual BaseObject* Clone() = 0;
@@ -32,19 +33,26 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   static BaseObject& GetInstance(const POSObject* handle);
 
   // Puts the object into a container: one reference for the caller.
-  static POSObject* NewContainer(std::unique_ptr<BaseObject> object);
+  template <class Kind>
+  static POSObject* NewContainer(std::unique_ptr<Kind> object) {
+    POSObject* handle = Contain(object.get(), object->GetDeleteProc());
+    object.release();  // the container's now
+    return handle;
+  }
 
   // The object written in `text`, see TextReader.h.
   static CPOSObject CreateFromText(const char* text, const char** end);
 
   static unsigned int GetNumPOSObjects() noexcept { return fNumPOSObjects.load(); }
 
+  // What a container calls with its instance, a BaseObject.
+  virtual KAPDeleteProc GetDeleteProc() const noexcept = 0;
+
  protected:
-  BaseObject() noexcept;
+  BaseObject() noexcept { AddToProcessCounter(fNumPOSObjects, 1); }
 
  private:
-  virtual KAPDeleteProc GetDeleteProc()
-      const noexcept;  // what the container calls with the instance
+  static POSObject* Contain(BaseObject* object, KAPDeleteProc deleteObject);
 
   static constinit std::atomic<unsigned int> fNumPOSObjects;  // live objects of all kinds
 };
@@ -52,8 +60,7 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
 // Calls `new Kind(args...)` and puts the result into a container.
 template <class Kind, class... Args>
 POSObject* NewObject(Args&&... args) {
-  return BaseObject::NewContainer(
-      std::unique_ptr<BaseObject>(new Kind(std::forward<Args>(args)...)));
+  return BaseObject::NewContainer(std::unique_ptr<Kind>(new Kind(std::forward<Args>(args)...)));
 }
 
 // The look-ups of one kind. `Kind` supplies kType and kNotInstance, the message for an object that
@@ -90,6 +97,9 @@ class TScalar : public TObjectKind<Kind> {
   bool IsEqual(const BaseObject& other) const final {
     const Kind* same = TObjectKind<Kind>::As(&other);
     return same && static_cast<const Kind*>(this)->EqualsSame(*same);
+  }
+  KAPDeleteProc GetDeleteProc() const noexcept final {
+    return [](void* instance) { delete static_cast<Kind*>(static_cast<BaseObject*>(instance)); };
   }
 };
 

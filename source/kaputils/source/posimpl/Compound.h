@@ -11,6 +11,9 @@ namespace NPOSObjectImpl {
 // deep in others only files its object in a list, which the outermost round works off before it
 // returns. The list runs through the objects: releasing needs no memory.
 class Compound : public BaseObject {
+ public:
+  KAPDeleteProc GetDeleteProc() const noexcept final;
+
  protected:
   Compound() noexcept = default;
 
@@ -19,8 +22,6 @@ class Compound : public BaseObject {
 
  private:
   class Releases;
-
-  KAPDeleteProc GetDeleteProc() const noexcept final;
 
   Compound* fNextToDelete = nullptr;
 };

@@ -1,26 +1,42 @@
 #include "SortableStringAtom.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace NPOSObjectImpl {
 
 namespace {
 
-std::uint64_t BigEndian(const char* bytes) noexcept {
+std::uint64_t BigEndian64(const char* bytes) noexcept {
   std::uint64_t word = 0;
   std::memcpy(&word, bytes, sizeof word);
   return __builtin_bswap64(word);
 }
 
+std::uint64_t BigEndian32(const char* bytes) noexcept {
+  std::uint32_t word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  return __builtin_bswap32(word);
+}
+
+std::uint64_t Byte(const char* byte) noexcept { return static_cast<unsigned char>(*byte); }
+
+// Up to eight bytes as a number, the first one highest. Reads nothing but them: where they are
+// fewer than a word, two shorter loads overlap.
+std::uint64_t Word(const char* bytes, std::size_t count) noexcept {
+  if (count >= 8) return BigEndian64(bytes);
+  const std::size_t unused = 64 - 8 * count;
+  if (count >= 4) return BigEndian32(bytes) << 32 | BigEndian32(bytes + count - 4) << unused;
+  if (count == 0) return 0;
+  const std::uint64_t first = Byte(bytes) << 56;
+  if (count == 1) return first;
+  return first | Byte(bytes + 1) << 48 | Byte(bytes + count - 1) << unused;
+}
+
 }  // namespace
 
-TextPrefix::TextPrefix(std::string_view text) noexcept {
-  char bytes[kSize] = {};
-  std::memcpy(bytes, text.data(), std::min(text.size(), kSize));
-  fHigh = BigEndian(bytes);
-  fLow = BigEndian(bytes + sizeof fHigh);
-}
+TextPrefix::TextPrefix(std::string_view text) noexcept
+    : fHigh(Word(text.data(), text.size())),
+      fLow(text.size() > 8 ? Word(text.data() + 8, text.size() - 8) : 0) {}
 
 int SortableStringAtom::Compare(const SortableStringAtom& a, const SortableStringAtom& b) noexcept {
   const int order = a.fPrefix.Compare(b.fPrefix);

@@ -2,8 +2,7 @@
 
 // The rules: the root is black, a red node has black children, and every way from a node down to an
 // empty place passes equally many black nodes. Empty places count as black. Repairs go bottom-up
-// along the parents. Each one is written once for both directions: `side` is the side in question
-// and `!side` the opposite one.
+// along the parents, each written once for both directions: `side` is one, `!side` the other.
 
 namespace NPOSImpl {
 namespace {
@@ -52,7 +51,7 @@ void redblack_root::Link(redblack_node* node, redblack_place place) noexcept {
 void redblack_root::Unlink(redblack_node* node) noexcept {
   redblack_node* right = node->fChild[kRight];
   if (node->fChild[kLeft] != nullptr && right != nullptr) {
-    // The next node has no left child: it is easy to take out, and it fits where this one stands.
+    // The next node has no left child: it is easy to take out, and it fits in this one's place.
     redblack_node* next = Leftmost(right);
     Unlink(next);
     Replace(node, next);
@@ -118,7 +117,7 @@ void redblack_root::Rotate(redblack_node* node, unsigned side) noexcept {
 void redblack_root::RepairRedPair(redblack_node* node) noexcept {
   while (IsRed(node->fParent)) {
     redblack_node* parent = node->fParent;
-    redblack_node* grandparent = parent->fParent;  // there is one, as the root is never red
+    redblack_node* grandparent = parent->fParent;  // never null: the root is black
     const unsigned side = SideOf(parent, grandparent);
     redblack_node* uncle = grandparent->fChild[!side];
     grandparent->fColour = kRed;
