@@ -2,6 +2,9 @@
 
 // The client runtime of the binder: everything that a component needs to bind itself to a host, use
 // the host's services and register its own. Begin with kap/KAPBinder.h.
+//
+// The namespace is hidden in all headers, so that every component has tables of its own, whatever
+// flags it is compiled with.
 
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"

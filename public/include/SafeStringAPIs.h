@@ -15,7 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // The number of bytes before the terminator, at most `maximum`. 0 for a null text.
 std::size_t strnlen_safe(const char* text, std::size_t maximum);
@@ -91,4 +91,4 @@ int _ui64toa_safe(std::uint64_t value, char* buffer, std::size_t size, int radix
 // The result is the buffer. Null, with nothing read: a null buffer or size 0.
 char* gets_safe(char* buffer, std::size_t size);
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -13,7 +13,7 @@
 // the host's one controlling thread, while no other thread uses the runtime; everything else may be
 // called from any thread.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Binds the runtime. True when it is bound, also when it was so before: a second call fetches
 // nothing, whatever it is given. False when the callback is null, when the binder lacks one of its
@@ -81,4 +81,4 @@ int KAPLoadMethodTable(const _t_KAPFTabEntry* entries, std::size_t count, KAPCon
 void KAPNoOpFunction() noexcept;
 void KAPAssertNoObjects() noexcept;
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

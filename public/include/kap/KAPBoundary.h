@@ -9,7 +9,7 @@
 // binder; every such procedure is one call of one of these two, and the type of its result decides
 // which. Nothing else catches.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Tells the binder the text of the exception being handled, "unknown KAP error" when it has none.
 void KAPReportCurrentException() noexcept;
@@ -49,4 +49,4 @@ std::invoke_result_t<Body> KAPReportingError(Body&& body) noexcept {
   }
 }
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

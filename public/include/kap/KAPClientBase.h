@@ -2,7 +2,7 @@
 
 #include "kap/KAPMemory.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Bases of the objects that a component puts into host containers. They live in host memory.
 class CKAPClientBase : public KAPHostAllocated {
@@ -24,4 +24,4 @@ class CKAPVirtualClientBase : public KAPHostAllocated {
 // The deletion procedure of instances of CKAPVirtualClientBase; null is ignored.
 void KAPDeleteVirtualClientBase(void* instance) noexcept;
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -9,7 +9,7 @@
 #include "kap/KAPProcTable.h"
 #include "kap/KAPStringAtom.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 using KAPContainerClient = TKAPInterfaceClient<KAPContainerInterface>;
 
@@ -97,8 +97,13 @@ class KAPContainerBaseGeneric {
   KAPContainerBaseGeneric(const KAPContainerBaseGeneric& other)
       : fContainer(other.fContainer ? CKAPContainer::AddRef(other.fContainer) : nullptr) {}
   KAPContainerBaseGeneric(KAPContainerBaseGeneric&& other) noexcept : fContainer(other.Detach()) {}
-  KAPContainerBaseGeneric& operator=(KAPContainerBaseGeneric other) noexcept {
-    std::swap(fContainer, other.fContainer);
+  // Unchanged when the host refuses.
+  KAPContainerBaseGeneric& operator=(const KAPContainerBaseGeneric& other) {
+    return *this = KAPContainerBaseGeneric(other);
+  }
+  KAPContainerBaseGeneric& operator=(KAPContainerBaseGeneric&& other) noexcept {
+    KAPContainerBaseGeneric released(std::move(other));
+    std::swap(fContainer, released.fContainer);
     return *this;
   }
   ~KAPContainerBaseGeneric() {
@@ -150,4 +155,4 @@ class CKAPCachedContainerHolder {
   KAPContainer* fContainer;
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

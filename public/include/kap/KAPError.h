@@ -5,7 +5,7 @@
 
 #include "kap/KAPTypes.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 using TOQErrorID = int;  // a core error of the host
 inline constexpr TOQErrorID kUnknownErrorID = 0;
@@ -19,7 +19,8 @@ class CKAPError : public std::exception {
  public:
   CKAPError() noexcept = default;
   explicit CKAPError(TOQErrorID id) noexcept;
-  // The host frees `clientData` with `freeClientData` when the error goes.
+  // The host frees `clientData` with `freeClientData` when the error goes; when it makes no error
+  // the data stays the caller's.
   CKAPError(const char* message, const char* component, long code, void* clientData = nullptr,
             KAPDeleteProc freeClientData = nullptr) noexcept;
   explicit CKAPError(KAPError* adopted) noexcept : fError(adopted) {}
@@ -41,8 +42,8 @@ class CKAPError : public std::exception {
   // null when the host gives none. A failure inside ends the process.
   const char* what() const noexcept override;
 
-  // Whether the component's text and the code are these. The empty error has the component "" and
-  // code 0.
+  // Whether the component's text (not null) and the code are these. The empty error has the
+  // component "" and code 0.
   bool Matches(const char* component, long code) const;
 
   KAPError* Handle() const noexcept { return fError; }  // borrowed
@@ -83,4 +84,4 @@ inline void KAPCheck(KAPError* error) {
     KAPThrowError(error);
 }
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -10,7 +10,7 @@
 // result places are then null or 0. Handles passed in are borrowed for the call; a returned handle
 // carries one new reference for the caller. Nothing throws.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 struct KAPStringInterface
     : TKAPInterface<
@@ -97,4 +97,4 @@ struct KAPContainerInterface
           // signature.
           TKAPMethod<"GetOffsetToPrimaryInstance", "KAPGetOffsetToPrimaryInstProc", long()>> {};
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -20,7 +20,7 @@
 //
 // A method that an interface does not have, or a procedure of another signature, does not compile.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A name as a template argument.
 template <std::size_t Size>
@@ -84,4 +84,4 @@ struct TKAPInterface {
   }
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -6,7 +6,7 @@
 
 // Memory of the host. Storage from it is never mixed with the language's own allocator.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Static only. Any thread.
 class CKAPMemory {
@@ -60,4 +60,4 @@ class KAPHostAllocated {
   ~KAPHostAllocated() = default;
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

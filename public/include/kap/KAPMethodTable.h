@@ -15,7 +15,7 @@
 // counter has moved and are never removed while the runtime is bound, so a wrapper may keep a
 // pointer to its slots.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 class KAPVTabListGeneric;
 
@@ -42,6 +42,7 @@ class KAPVTabGeneric {
   std::atomic<unsigned long> fCount = 0;    // the unregister counter of the last fill
   std::atomic<bool> fFilled = false;        // whether there was one
   std::atomic<bool> fLoaded = false;        // whether it found the methods
+  bool fFilling = false;                    // whether one is under way; read under the lock
 };
 
 // Fills the slots with the methods that a container offers; nonzero when all that are required are
@@ -61,7 +62,7 @@ class KAPVTabListGeneric {
   // the table is filled again next time.
   const KAPVTabGeneric::Slot* GetVTabDynamic(KAPContainer* container, KAPVTabInitProc initProc);
 
-  std::size_t Count() const noexcept { return fTableCount; }
+  std::size_t Count() const noexcept { return fTableCount.load(std::memory_order_relaxed); }
 
   void DeleteAll() noexcept;  // gives every table back to the host
   void ForgetAll() noexcept;  // the same without calling it
@@ -76,7 +77,7 @@ class KAPVTabListGeneric {
 
   std::atomic<KAPVTabGeneric*> fLast = nullptr;  // the table used last: the unlocked way
   KAPVTabGeneric* fHead = nullptr;
-  std::size_t fTableCount = 0;
+  std::atomic<std::size_t> fTableCount = 0;
   TOQWaitMutex fLock;
   const std::size_t fSlotCount;
 };
@@ -109,4 +110,4 @@ class TDelVTabList : public LazyTerminate {
   KAPVTabListGeneric fList{Interface::kCount};
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

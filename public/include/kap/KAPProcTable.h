@@ -11,9 +11,11 @@
 // The host raises a counter whenever an interface is unregistered. A table remembers the counter at
 // which it was loaded and is loaded again before the next use once the counter has moved; while it
 // has not, a call costs two loads and a comparison. Slots and counters are atomics, so threads may
-// meet at a reload: they then store the same procedures.
+// meet at a reload, and the last to finish has seen the counter as it stands. A thread that is
+// calling while an interface is unregistered may still reach the old procedure, as it would have a
+// moment earlier: a host keeps code that others may be running.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // What all tables share, whatever their interface. One per interface and component,
 // constant-initialised.
@@ -124,4 +126,4 @@ class TKAPInterfaceClient {
                                               Interface::kCount, fProcTable};
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -3,7 +3,7 @@
 #include "kap/KAPBinder.h"
 #include "kap/KAPInterface.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Registers `procs` as the procedures of an interface, in slot order; see KAPRegisterProcTable.
 template <class Interface, class... Procs>
@@ -12,4 +12,4 @@ bool KAPRegisterInterface(Procs... procs) {
   return KAPRegisterProcTable(entries.data(), entries.size(), Interface::kName) != 0;
 }
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -5,7 +5,7 @@
 #include "kap/KAPHostInterfaces.h"
 #include "kap/KAPProcTable.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 using KAPStringClient = TKAPInterfaceClient<KAPStringInterface>;
 
@@ -18,15 +18,17 @@ class CKAPStringAtom {
  public:
   CKAPStringAtom() noexcept : fAtom(nullptr), fText(nullptr) {}
   // Leaves both fields unset: only for those who write them next.
-  explicit CKAPStringAtom(bool) noexcept {}  // NOLINT(cppcoreguidelines-pro-type-member-init)
-  explicit CKAPStringAtom(const char* text);
+  explicit CKAPStringAtom(bool) noexcept {}   // NOLINT(cppcoreguidelines-pro-type-member-init)
+  explicit CKAPStringAtom(const char* text);  // null counts as refused
   // With `adopt` the reference passes over, else one is added. Null gives an atom without a text.
   CKAPStringAtom(KAPStringAtom* atom, bool adopt);
   CKAPStringAtom(const CKAPStringAtom& other);
   CKAPStringAtom(CKAPStringAtom&& other) noexcept
       : fAtom(std::exchange(other.fAtom, nullptr)), fText(std::exchange(other.fText, nullptr)) {}
-  CKAPStringAtom& operator=(CKAPStringAtom other) noexcept {
-    swap(*this, other);
+  CKAPStringAtom& operator=(const CKAPStringAtom& other) { return *this = CKAPStringAtom(other); }
+  CKAPStringAtom& operator=(CKAPStringAtom&& other) noexcept {
+    CKAPStringAtom released(std::move(other));
+    swap(*this, released);
     return *this;
   }
   ~CKAPStringAtom() {
@@ -63,4 +65,4 @@ class CKAPStringAtom {
   const char* fText;
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A static object that takes part in binding and unbinding. It links itself into the runtime's list
 // when it is constructed and out of it when it is destroyed; the list is walked in the order of
@@ -36,4 +36,4 @@ class LazyTerminate {
   LazyTerminate* fPrevious = nullptr;
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

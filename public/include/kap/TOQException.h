@@ -2,7 +2,7 @@
 
 #include <exception>
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // The base exception: one fixed message. The message is not copied and must outlive the exception,
 // so it is a literal.
@@ -18,4 +18,4 @@ class TOQException : public std::exception {
 // A size or a count that does not fit: TOQException "Math overflow exception".
 [[noreturn]] void KAPThrowMathOverflow();
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -2,7 +2,7 @@
 
 #include <pthread.h>
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A recursive lock made of a mutex and a condition variable. The mutex is held only while the state
 // below changes, never while the lock itself is held. Meets BasicLockable, so std::lock_guard
@@ -27,4 +27,4 @@ class TOQWaitMutex {
   unsigned int fWaiters = 0;
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

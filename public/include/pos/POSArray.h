@@ -2,7 +2,7 @@
 
 #include "pos/POSKind.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to an array of property objects. See CPOSObject for ownership, errors and threads.
 class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
@@ -25,4 +25,4 @@ class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
   void Remove(unsigned long index) { Call<"Remove">(Handle(), index); }
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

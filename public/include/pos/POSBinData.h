@@ -2,7 +2,7 @@
 
 #include "pos/POSKind.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to typed binary data. See CPOSObject for ownership, errors and threads.
 class CPOSBinData : public TPOSKind<POSBinDataInterface, "IsPOSBinData",
@@ -19,4 +19,4 @@ class CPOSBinData : public TPOSKind<POSBinDataInterface, "IsPOSBinData",
   unsigned long GetSize() const { return Call<"GetSize">(Handle()); }
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -9,7 +9,7 @@
 #include "pos/POSString.h"
 #include "pos/POSUnicodeString.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to a dictionary of property objects. Keys are given as text or, without a look-up of
 // the text, as atoms; paths lead through dictionaries and arrays, as "a.b[2].c" does. Errors of the
@@ -125,4 +125,4 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
   static CPOSRawPointer AsKAPObjRef(const CPOSObject& object, bool noThrow);
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

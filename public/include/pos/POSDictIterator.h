@@ -3,7 +3,7 @@
 #include "kap/KAPContainer.h"
 #include "pos/POSInterfaces.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 class CPOSDict;
 
@@ -30,4 +30,4 @@ class CPOSDictIterator {
   KAPContainerBaseGeneric fIterator;
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -2,7 +2,7 @@
 
 #include <exception>
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // The exception of the property-object layer: one static message text, which must outlive the
 // exception.
@@ -15,4 +15,4 @@ class POSException : public std::exception {
   const char* fMessage;
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -9,7 +9,7 @@
 // one new reference for the caller. Any number of threads may read an object that nobody changes;
 // whoever changes an array or a dictionary must be alone.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // What GetType answers.
 enum POSType : int {
@@ -154,4 +154,4 @@ struct POSDictIteratorInterface
           TKAPMethod<"CurKey", "POSDictIteratorCurKeyProc",
                      const char*(POSDictIterator* iterator)>> {};
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

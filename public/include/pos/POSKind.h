@@ -2,7 +2,7 @@
 
 #include "pos/POSObject.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // What the wrappers of one kind share: the checked downcast, and calls through the kind's
 // interface. An interface that cannot be loaded fails like an object of another kind, with
@@ -41,4 +41,4 @@ class TPOSKind : public CPOSObject {
   }
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -2,7 +2,7 @@
 
 #include "pos/POSKind.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to a number. See CPOSObject for ownership, errors and threads.
 class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
@@ -14,4 +14,4 @@ class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
   double Get() const { return Call<"Get">(Handle()); }
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

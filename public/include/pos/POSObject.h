@@ -5,7 +5,7 @@
 #include "pos/POSException.h"
 #include "pos/POSInterfaces.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to a property object of any kind and of any component, or an empty one.
 // Ownership: holds one reference, released on destruction; copies share the same object.
@@ -16,9 +16,10 @@ namespace KAP_T_MT {
 class CPOSObject : public KAPContainerBaseGeneric {
  public:
   CPOSObject() noexcept = default;
-  explicit CPOSObject(POSObject* handle);  // adds a reference
-  CPOSObject(POSObject* handle,
-             KAPAdopt);  // the reference passes over, and is released when this raises
+  // Adds a reference to what must be a property object.
+  explicit CPOSObject(POSObject* handle);
+  // The reference of a handle that a procedure of property objects returned passes over.
+  CPOSObject(POSObject* handle, KAPAdopt adopt);
 
   // The object written in `text`, as "CreateFromText" of POSObjectStatics; empty on failure.
   static CPOSObject CreateFromText(const char* text, const char** end);
@@ -29,26 +30,18 @@ class CPOSObject : public KAPContainerBaseGeneric {
   int GetType() const;  // a POSType
 
  private:
-  friend class CPOSObjectTerminate;
-
-  template <TKAPName Method>
-  POSObjectInterface::Proc<Method> Procedure() const {
-    void* proc = fMethods
-                     ? fMethods[POSObjectInterface::kSlot<Method>].load(std::memory_order_relaxed)
-                     : nullptr;
-    if (!proc) CKAPContainer::ThrowInvalidContainerException();
-    return reinterpret_cast<POSObjectInterface::Proc<Method>>(proc);
-  }
-
-  const KAPVTabGeneric::Slot* fMethods = nullptr;
+  template <TKAPName Method, class... Args>
+  auto CallMethod(Args... args) const;
 };
 
 // The method tables of all implementations of property objects, emptied when the runtime unbinds
-// itself.
+// itself. A wrapper asks for its table at each call instead of keeping it: the answer costs a few
+// loads, an object in an array is a bare handle, and one that outlives a binding holds nothing of
+// it.
 class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {
  public:
-  // Gives the wrapper its methods; CKAPError "invalid container" when its container offers none.
-  static void InitVTab(CPOSObject* object);
+  // The methods of the wrapper's container; CKAPError "invalid container" when it offers none.
+  static const KAPVTabGeneric::Slot* InitVTab(const CPOSObject* object);
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -2,7 +2,7 @@
 
 #include "pos/POSKind.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to a raw pointer with its release procedure. See CPOSObject for ownership, errors and
 // threads.
@@ -28,4 +28,4 @@ class CPOSRawPointer : public TPOSKind<POSRawPointerInterface, "IsPOSRawPointer"
 // Releases the reference that an object reference holds on its container.
 void CPOSKAPObjRefCastToContainerAndRelease(void* container) noexcept;
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

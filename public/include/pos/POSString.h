@@ -2,7 +2,7 @@
 
 #include "pos/POSKind.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to an 8-bit string. See CPOSObject for ownership, errors and threads.
 class CPOSString : public TPOSKind<POSStringInterface, "IsPOSString",
@@ -15,4 +15,4 @@ class CPOSString : public TPOSKind<POSStringInterface, "IsPOSString",
   const char* Get() const { return Call<"Get">(Handle()); }
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

@@ -2,7 +2,7 @@
 
 #include "pos/POSKind.h"
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to a string of 16-bit units. See CPOSObject for ownership, errors and threads.
 class CPOSUnicodeString : public TPOSKind<POSUnicodeStringInterface, "IsPOSUnicodeString",
@@ -24,4 +24,4 @@ class CPOSUnicodeString : public TPOSKind<POSUnicodeStringInterface, "IsPOSUnico
   }
 };
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]KAP_T_MT

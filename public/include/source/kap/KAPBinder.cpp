@@ -1,5 +1,8 @@
 #include "kap/KAPBinder.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "KAPBinderState.h"
 #include "kap/KAPContainer.h"
 #include "kap/KAPError.h"
@@ -34,11 +37,12 @@ bool FetchBinderProc(Proc& proc, const char* name) {
 }
 
 bool FetchBinderProcs() {
-  return FetchBinderProc(gRegisterProc, "KAPRegisterProcAddress") &&
-         FetchBinderProc(gErrorProc, "KAPReportError") &&
-         FetchBinderProc(gUnregisterInterfaceProc, "KAPUnregisterInterface") &&
-         FetchBinderProc(gGetUnregisterCountAddrProc, "KAPGetUnregisterCountAddr") &&
-         FetchBinderProc(gKAPIsMultiThreadedProc, "KAPIsMultiThreaded");
+  const bool fetched[] = {FetchBinderProc(gRegisterProc, "KAPRegisterProcAddress"),
+                          FetchBinderProc(gErrorProc, "KAPReportError"),
+                          FetchBinderProc(gUnregisterInterfaceProc, "KAPUnregisterInterface"),
+                          FetchBinderProc(gGetUnregisterCountAddrProc, "KAPGetUnregisterCountAddr"),
+                          FetchBinderProc(gKAPIsMultiThreadedProc, "KAPIsMultiThreaded")};
+  return std::all_of(std::begin(fetched), std::end(fetched), [](bool found) { return found; });
 }
 
 // What still reaches for the host from now on meets a stand-by procedure, and no table is loaded
@@ -55,6 +59,7 @@ void ForgetHost() noexcept {
   gGetUnregisterCountAddrProc = nullptr;
   gKAPIsMultiThreadedProc = nullptr;
   gKAPUnregisterCount = &kNoUnregisterCount;
+  gFinishedInit = false;
   gGetProc = nullptr;
 }
 
@@ -66,7 +71,9 @@ bool KAPClientInit(KAPGetProcAddressProc getProc) {
   gGetProc = getProc;
   gFinishedInit = false;
   if (!FetchBinderProcs()) return false;
-  gKAPUnregisterCount = gGetUnregisterCountAddrProc();
+  const unsigned long* unregisterCount = gGetUnregisterCountAddrProc();
+  if (!unregisterCount) return false;
+  gKAPUnregisterCount = unregisterCount;
   if (!CKAPContainer::Init() || !CKAPError::Init() || !KAPStringClient::TryRefresh()) return false;
   CKAPMemory::Init();
   gFinishedInit = true;

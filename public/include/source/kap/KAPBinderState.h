@@ -4,7 +4,7 @@
 
 // What the runtime keeps of the binder that it is bound to. Written by the controlling thread only.
 
-namespace KAP_T_MT {
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 extern constinit KAPGetProcAddressProc gGetProc;  // null: not bound
 extern constinit const unsigned long* gKAPUnregisterCount;
@@ -38,4 +38,4 @@ KAPLoadOutcome KAPFetchProcs(const _t_KAPFTabEntry* entries, std::size_t count,
 // The answer of a load: true, false, or the error of a procedure that a bound runtime misses.
 bool KAPAnswerLoad(KAPLoadOutcome outcome);
 
-}  // namespace KAP_T_MT
+}  // namespace gnu::visibility("hidden")]]

@@ -26,13 +26,14 @@ const char* TextOf(const std::exception& exception) noexcept {
 // An error is made while another failure is on its way, so a host without errors gives the empty
 // one, not a third.
 KAPError* CoreError(TOQErrorID id) noexcept {
-  return KAPErrorClient::TryRefresh() ? KAPErrorClient::Call<"GetCoreError">(id) : nullptr;
+  return KAPErrorClient::TryRefresh() ? KAPErrorClient::CallLoaded<"GetCoreError">(id) : nullptr;
 }
 
 KAPError* NewError(const char* message, const char* component, long code, void* clientData,
                    KAPDeleteProc freeClientData) noexcept {
   if (!KAPErrorClient::TryRefresh()) return nullptr;
-  return KAPErrorClient::Call<"NewError">(message, component, code, clientData, freeClientData);
+  return KAPErrorClient::CallLoaded<"NewError">(message, component, code, clientData,
+                                                freeClientData);
 }
 
 }  // namespace
@@ -88,7 +89,8 @@ KAPError* CKAPError::ForCaller() noexcept {
     throw;
   } catch (const std::exception& exception) {
     if (KAPError* error = Create(exception)) return error;
-    return AddRef(dynamic_cast<const std::bad_alloc*>(&exception) ? fMemError : fUnknownError);
+    const bool isEmpty = dynamic_cast<const CKAPError*>(&exception) != nullptr;
+    return AddRef(!isEmpty && fMemError ? fMemError : fUnknownError);  // no error: no memory for it
   } catch (...) {
     return AddRef(fUnknownError);
   }

@@ -36,7 +36,7 @@ const KAPVTabGeneric::Slot* KAPVTabListGeneric::GetVTabDynamic(KAPContainer* con
 
   const std::lock_guard lock(fLock);
   KAPVTabGeneric& table = FindOrAdd(signature);
-  if (!IsCurrent(table, signature)) Fill(table, signature, container, initProc);
+  if (!IsCurrent(table, signature) && !table.fFilling) Fill(table, signature, container, initProc);
   if (!table.fLoaded.load(std::memory_order_relaxed)) return nullptr;
   fLast.store(&table, std::memory_order_release);
   return table.Slots();
@@ -48,25 +48,30 @@ bool KAPVTabListGeneric::IsCurrent(const KAPVTabGeneric& table, const char* sign
          table.fKey.load(std::memory_order_relaxed) == signature;
 }
 
+// A table whose first fill got no key serves the next implementation that comes.
 KAPVTabGeneric& KAPVTabListGeneric::FindOrAdd(const char* signature) {
+  KAPVTabGeneric* spare = nullptr;
   for (KAPVTabGeneric* table = fHead; table; table = table->fNext) {
-    if (table->fKey.load(std::memory_order_relaxed) == signature) return *table;
+    const char* key = table->fKey.load(std::memory_order_relaxed);
+    if (key == signature) return *table;
+    if (!key && !table->fFilling) spare = table;
   }
-  CKAPStringAtom atom(signature);  // first, so that no table stays without a key
-  KAPVTabGeneric* table = KAPVTabGeneric::NewKAPVTab(fSlotCount, *this);
-  table->fKey.store(atom.Text(), std::memory_order_relaxed);
-  swap(table->fSignature, atom);
-  return *table;
+  return spare ? *spare : *KAPVTabGeneric::NewKAPVTab(fSlotCount, *this);
 }
 
 // The counter is read before the fill and stored after it: what moves meanwhile makes the table
-// stale again.
+// stale again. A fill that calls back here for the same table finds what the last one left.
 void KAPVTabListGeneric::Fill(KAPVTabGeneric& table, const char* signature, KAPContainer* container,
                               KAPVTabInitProc initProc) {
+  struct FillingMark {
+    explicit FillingMark(bool& filling) noexcept : fFilling(filling) { fFilling = true; }
+    ~FillingMark() { fFilling = false; }
+    bool& fFilling;
+  };
+  const FillingMark mark(table.fFilling);
   const unsigned long count = KAPUnregisterCountNow();
-  CKAPStringAtom atom(signature);
-  table.fKey.store(atom.Text(), std::memory_order_relaxed);
-  swap(table.fSignature, atom);
+  table.fSignature = CKAPStringAtom(signature);
+  table.fKey.store(table.fSignature.Text(), std::memory_order_relaxed);
   const bool loaded = initProc(container, 1, table.Slots()) != 0;
   table.fLoaded.store(loaded, std::memory_order_relaxed);
   table.fFilled.store(true, std::memory_order_relaxed);

@@ -4,7 +4,7 @@
 
 namespace KAP_T_MT {
 
-const unsigned long KAPProcTable::kNeverFresh = 1;
+const unsigned long KAPProcTable::kNeverFresh = ~0UL;
 constinit std::atomic<KAPProcTable*> KAPProcTable::fLoadedTables = nullptr;
 
 namespace {
@@ -24,15 +24,22 @@ bool KAPProcTable::Load() {
 
 void KAPProcTable::Reload() {
   if (!KAPIsBound()) KAPThrowMissingInterfaceError();
-  const unsigned long count = KAPUnregisterCountNow();
-  if (!Load()) KAPThrowMissingInterfaceError();
+  unsigned long count = 0;
+  do {  // again when the counter moves meanwhile
+    count = KAPUnregisterCountNow();
+    if (!Load()) KAPThrowMissingInterfaceError();
+  } while (count != KAPUnregisterCountNow());
   RememberLoaded(count);
 }
 
 bool KAPProcTable::TryReload() noexcept {
   if (!KAPIsBound()) return false;
-  const unsigned long count = KAPUnregisterCountNow();
-  if (Fetch(fInterfaceName, fEntries, fEntryCount, fSlots) != KAPLoadOutcome::kLoaded) return false;
+  unsigned long count = 0;
+  do {
+    count = KAPUnregisterCountNow();
+    const auto outcome = Fetch(fInterfaceName, fEntries, fEntryCount, fSlots);
+    if (outcome != KAPLoadOutcome::kLoaded) return false;
+  } while (count != KAPUnregisterCountNow());
   RememberLoaded(count);
   return true;
 }
@@ -51,7 +58,7 @@ void KAPProcTable::RememberLoaded(unsigned long count) noexcept {
 void KAPProcTable::ForgetAll() noexcept {
   for (KAPProcTable* table = fLoadedTables.load(); table; table = table->fNextLoaded) {
     table->fWatched.store(&kNeverFresh);
-    table->fCount.store(kNeverFresh + 1);
+    table->fCount.store(0);
   }
 }
 

@@ -11,17 +11,15 @@ namespace KAP_T_MT {
 
 namespace {
 
-std::size_t LengthOf(const char* text) { return text ? std::strlen(text) : 0; }
-
-char* CopyText(char* to, const char* text) {
+std::size_t LengthOf(const char* text) {
   if (!text) CKAPError::ThrowError("Memory Copy Error", "", 0);
-  return std::strcpy(to, text) + std::strlen(text);
+  return std::strlen(text);
 }
 
 }  // namespace
 
 CKAPStringAtom::CKAPStringAtom(const char* text) : CKAPStringAtom() {
-  fAtom = KAPStringClient::Call<"NewStringAtom">(text);
+  if (text) fAtom = KAPStringClient::Call<"NewStringAtom">(text);
   if (!fAtom) [[unlikely]]
     ThrowBadAlloc();
   fText = KAPStringClient::Call<"GetCString">(fAtom);
@@ -41,13 +39,11 @@ CKAPStringAtom::CKAPStringAtom(const CKAPStringAtom& other) : CKAPStringAtom() {
 }
 
 CKAPStringAtom CKAPStringAtom::operator+(const CKAPStringAtom& other) const {
-  std::size_t size = 0;
-  if (__builtin_add_overflow(LengthOf(fText), LengthOf(other.fText), &size) ||
-      __builtin_add_overflow(size, 1, &size)) {
-    KAPThrowMathOverflow();
-  }
+  const std::size_t length = LengthOf(fText);
+  const std::size_t size = KAPCheckedSize(LengthOf(other.fText), 1, KAPCheckedSize(length, 1, 1));
   const TKAPBlock<char> joined = KAPNewBlock<char>(size);
-  CopyText(CopyText(joined.get(), fText), other.fText);
+  std::memcpy(joined.get(), fText, length);
+  std::strcpy(joined.get() + length, other.fText);
   return CKAPStringAtom(joined.get());
 }
 

@@ -10,9 +10,11 @@ using Statics = TKAPInterfaceClient<POSObjectStatics>;
 
 }  // namespace
 
-void CPOSObjectTerminate::InitVTab(CPOSObject* object) {
-  object->fMethods = gMethodTables.Get(object->Handle());
-  if (!object->fMethods) CKAPContainer::ThrowInvalidContainerException();
+const KAPVTabGeneric::Slot* CPOSObjectTerminate::InitVTab(const CPOSObject* object) {
+  if (object->IsNull()) CKAPContainer::ThrowInvalidContainerException();
+  const KAPVTabGeneric::Slot* methods = gMethodTables.Get(object->Handle());
+  if (!methods) CKAPContainer::ThrowInvalidContainerException();
+  return methods;
 }
 
 CPOSObject::CPOSObject(POSObject* handle) : KAPContainerBaseGeneric(handle) {
@@ -21,7 +23,15 @@ CPOSObject::CPOSObject(POSObject* handle) : KAPContainerBaseGeneric(handle) {
 
 CPOSObject::CPOSObject(POSObject* handle, KAPAdopt adopt) : KAPContainerBaseGeneric(handle, adopt) {
   if (!handle) CKAPContainer::ThrowInvalidContainerException();
-  CPOSObjectTerminate::InitVTab(this);
+}
+
+template <TKAPName Method, class... Args>
+auto CPOSObject::CallMethod(Args... args) const {
+  const KAPVTabGeneric::Slot& slot =
+      CPOSObjectTerminate::InitVTab(this)[POSObjectInterface::kSlot<Method>];
+  const auto method =
+      reinterpret_cast<POSObjectInterface::Proc<Method>>(slot.load(std::memory_order_relaxed));
+  return method(Handle(), args...);
 }
 
 CPOSObject CPOSObject::CreateFromText(const char* text, const char** end) {
@@ -30,16 +40,16 @@ CPOSObject CPOSObject::CreateFromText(const char* text, const char** end) {
 }
 
 CPOSObject CPOSObject::Clone() const {
-  POSObject* clone = Procedure<"Clone">()(Handle());
+  POSObject* clone = CallMethod<"Clone">();
   if (!clone) throw POSException("CPOSObject::Clone failed");
   // The very handle that was given comes back without a reference of its own.
   return clone == Handle() ? *this : CPOSObject(clone, KAPAdopt());
 }
 
 bool CPOSObject::IsEqual(const CPOSObject& other) const {
-  return Procedure<"IsEqual">()(Handle(), other.Handle());
+  return CallMethod<"IsEqual">(other.Handle());
 }
 
-int CPOSObject::GetType() const { return Procedure<"GetType">()(Handle()); }
+int CPOSObject::GetType() const { return CallMethod<"GetType">(); }
 
 }  // namespace KAP_T_MT

@@ -4,9 +4,10 @@ namespace KAP_T_MT {
 
 CPOSRawPointer CPOSRawPointer::NewKAPObjRef(KAPContainer* container) {
   KAPContainerBaseGeneric reference(container);
-  CPOSRawPointer object(container, &CPOSKAPObjRefCastToContainerAndRelease);
-  reference.Detach();  // the object holds it now
-  return object;
+  POSRawPointer* object =
+      Call<"NewPOSRawPointer">(reference.Handle(), &CPOSKAPObjRefCastToContainerAndRelease);
+  if (object) reference.Detach();  // the object holds it now
+  return CPOSRawPointer(object);
 }
 
 void CPOSKAPObjRefCastToContainerAndRelease(void* container) noexcept {
