@@ -91,4 +91,4 @@ int _ui64toa_safe(std::uint64_t value, char* buffer, std::size_t size, int radix
 // The result is the buffer. Null, with nothing read: a null buffer or size 0.
 char* gets_safe(char* buffer, std::size_t size);
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

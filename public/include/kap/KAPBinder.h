@@ -81,4 +81,4 @@ int KAPLoadMethodTable(const _t_KAPFTabEntry* entries, std::size_t count, KAPCon
 void KAPNoOpFunction() noexcept;
 void KAPAssertNoObjects() noexcept;
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -49,4 +49,4 @@ std::invoke_result_t<Body> KAPReportingError(Body&& body) noexcept {
   }
 }
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

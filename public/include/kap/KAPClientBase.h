@@ -24,4 +24,4 @@ class CKAPVirtualClientBase : public KAPHostAllocated {
 // The deletion procedure of instances of CKAPVirtualClientBase; null is ignored.
 void KAPDeleteVirtualClientBase(void* instance) noexcept;
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

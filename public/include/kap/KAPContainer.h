@@ -54,12 +54,6 @@ class CKAPContainer {
   // From now on, and before the runtime is bound, a released container no longer reaches the host.
   static void StandBy() noexcept;
 
-  // Whether a reference was added.
-  static bool TryAddRef(KAPContainer* container) noexcept {
-    return container && KAPContainerClient::TryRefresh() &&
-           KAPContainerClient::CallLoaded<"AddRef">(container);
-  }
-
   [[noreturn]] static void ThrowInvalidContainerException();  // CKAPError "invalid container"
   [[noreturn]] static void ThrowNoSignatureException();       // CKAPError "couldn't get signature"
 
@@ -155,4 +149,4 @@ class CKAPCachedContainerHolder {
   KAPContainer* fContainer;
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -84,4 +84,4 @@ inline void KAPCheck(KAPError* error) {
     KAPThrowError(error);
 }
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -97,4 +97,4 @@ struct KAPContainerInterface
           // signature.
           TKAPMethod<"GetOffsetToPrimaryInstance", "KAPGetOffsetToPrimaryInstProc", long()>> {};
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -84,4 +84,4 @@ struct TKAPInterface {
   }
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -60,4 +60,4 @@ class KAPHostAllocated {
   ~KAPHostAllocated() = default;
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

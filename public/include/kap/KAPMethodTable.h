@@ -110,4 +110,4 @@ class TDelVTabList : public LazyTerminate {
   KAPVTabListGeneric fList{Interface::kCount};
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -126,4 +126,4 @@ class TKAPInterfaceClient {
                                               Interface::kCount, fProcTable};
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

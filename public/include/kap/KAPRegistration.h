@@ -12,4 +12,4 @@ bool KAPRegisterInterface(Procs... procs) {
   return KAPRegisterProcTable(entries.data(), entries.size(), Interface::kName) != 0;
 }
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

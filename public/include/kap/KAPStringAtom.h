@@ -65,4 +65,4 @@ class CKAPStringAtom {
   const char* fText;
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -36,4 +36,4 @@ class LazyTerminate {
   LazyTerminate* fPrevious = nullptr;
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -18,4 +18,4 @@ class TOQException : public std::exception {
 // A size or a count that does not fit: TOQException "Math overflow exception".
 [[noreturn]] void KAPThrowMathOverflow();
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

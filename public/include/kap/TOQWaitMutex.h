@@ -27,4 +27,4 @@ class TOQWaitMutex {
   unsigned int fWaiters = 0;
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -25,4 +25,4 @@ class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
   void Remove(unsigned long index) { Call<"Remove">(Handle(), index); }
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -19,4 +19,4 @@ class CPOSBinData : public TPOSKind<POSBinDataInterface, "IsPOSBinData",
   unsigned long GetSize() const { return Call<"GetSize">(Handle()); }
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -125,4 +125,4 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
   static CPOSRawPointer AsKAPObjRef(const CPOSObject& object, bool noThrow);
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -30,4 +30,4 @@ class CPOSDictIterator {
   KAPContainerBaseGeneric fIterator;
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -15,4 +15,4 @@ class POSException : public std::exception {
   const char* fMessage;
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -23,7 +23,8 @@ enum POSType : int {
 };
 
 // Gives back what a raw pointer points to, when its object is destroyed. Must not throw; it may
-// call the library.
+// call the library. What it releases itself while more than 30 nested objects are being released
+// goes at the end of the outermost release.
 using POSReleaseProc = void (*)(void* pointer);
 
 struct POSObjectInterface
@@ -154,4 +155,4 @@ struct POSDictIteratorInterface
           TKAPMethod<"CurKey", "POSDictIteratorCurKeyProc",
                      const char*(POSDictIterator* iterator)>> {};
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -41,4 +41,4 @@ class TPOSKind : public CPOSObject {
   }
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

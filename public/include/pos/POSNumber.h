@@ -14,4 +14,4 @@ class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
   double Get() const { return Call<"Get">(Handle()); }
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -44,4 +44,4 @@ class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {
   static const KAPVTabGeneric::Slot* InitVTab(const CPOSObject* object);
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

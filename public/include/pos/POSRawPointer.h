@@ -28,4 +28,4 @@ class CPOSRawPointer : public TPOSKind<POSRawPointerInterface, "IsPOSRawPointer"
 // Releases the reference that an object reference holds on its container.
 void CPOSKAPObjRefCastToContainerAndRelease(void* container) noexcept;
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

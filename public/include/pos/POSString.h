@@ -15,4 +15,4 @@ class CPOSString : public TPOSKind<POSStringInterface, "IsPOSString",
   const char* Get() const { return Call<"Get">(Handle()); }
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

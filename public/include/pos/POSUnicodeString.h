@@ -24,4 +24,4 @@ class CPOSUnicodeString : public TPOSKind<POSUnicodeStringInterface, "IsPOSUnico
   }
 };
 
-}  // namespace gnu::visibility("hidden")]]KAP_T_MT
+}  // namespace KAP_T_MT

@@ -38,4 +38,4 @@ KAPLoadOutcome KAPFetchProcs(const _t_KAPFTabEntry* entries, std::size_t count,
 // The answer of a load: true, false, or the error of a procedure that a bound runtime misses.
 bool KAPAnswerLoad(KAPLoadOutcome outcome);
 
-}  // namespace gnu::visibility("hidden")]]
+}  // namespace KAP_T_MT

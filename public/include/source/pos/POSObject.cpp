@@ -25,13 +25,14 @@ CPOSObject::CPOSObject(POSObject* handle, KAPAdopt adopt) : KAPContainerBaseGene
   if (!handle) CKAPContainer::ThrowInvalidContainerException();
 }
 
+// A slot may become empty when another thread finds that the interface has gone.
 template <TKAPName Method, class... Args>
 auto CPOSObject::CallMethod(Args... args) const {
   const KAPVTabGeneric::Slot& slot =
       CPOSObjectTerminate::InitVTab(this)[POSObjectInterface::kSlot<Method>];
-  const auto method =
-      reinterpret_cast<POSObjectInterface::Proc<Method>>(slot.load(std::memory_order_relaxed));
-  return method(Handle(), args...);
+  void* method = slot.load(std::memory_order_relaxed);
+  if (!method) CKAPContainer::ThrowInvalidContainerException();
+  return reinterpret_cast<POSObjectInterface::Proc<Method>>(method)(Handle(), args...);
 }
 
 CPOSObject CPOSObject::CreateFromText(const char* text, const char** end) {

@@ -33,9 +33,15 @@ CPOSObject* NewSlots(std::uint32_t capacity) {
 
 }  // namespace
 
+// The slots are taken out first, and again while a release that calls back puts something in.
 Array::~Array() {
-  std::destroy_n(fElements, fCapacity);
-  CKAPMemory::Free(fElements);
+  while (fElements) {
+    fCount = 0;
+    const std::uint32_t capacity = std::exchange(fCapacity, 0);
+    CPOSObject* elements = std::exchange(fElements, nullptr);
+    std::destroy_n(elements, capacity);
+    CKAPMemory::Free(elements);
+  }
 }
 
 void Array::growToHold(std::uint32_t count) {

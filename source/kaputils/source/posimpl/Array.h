@@ -3,13 +3,14 @@
 #include <cstdint>
 #include <span>
 
-#include "Compound.h"
+#include "HoldingObject.h"
+#include "ObjectKind.h"
 
 namespace NPOSObjectImpl {
 
 // A growable sequence of slots, each a reference to a property object or empty. Changes swap first
 // and release last, since a release may call back.
-class Array final : public TObjectKind<Array, Compound> {
+class Array final : public TObjectKind<Array, HoldingObject> {
  public:
   static constexpr int kType = KAP_T_MT::kPOSArray;
   static constexpr const char* kNotInstance = "instance was not an POSArray";
@@ -23,8 +24,13 @@ class Array final : public TObjectKind<Array, Compound> {
   std::uint32_t Count() const noexcept { return fCount; }
 
   // The slot, null behind the end.
-  const CPOSObject* GetAt(std::uint64_t index) const noexcept {
+  const CPOSObject* Find(std::uint64_t index) const noexcept {
     return index < fCount ? &fElements[index] : nullptr;
+  }
+  // What the slot holds, nothing behind the end.
+  CPOSObject GetAt(std::uint64_t index) const {
+    const CPOSObject* slot = Find(index);
+    return slot ? *slot : CPOSObject();
   }
   // Slots skipped over stay empty. TOQException "Math overflow exception" for an index that no
   // count can hold.

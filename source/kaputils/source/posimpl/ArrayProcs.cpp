@@ -12,7 +12,7 @@ using KAP_T_MT::KAPReportingError;
 namespace {
 
 POSArray* POSArrayNewPOSArrayProc() noexcept {
-  return KAPReportingError([] { return NewObject<Array>(); });
+  return KAPReportingError([] { return Array::NewContainer(); });
 }
 
 bool POSArrayIsPOSArrayProc(POSObject* object) noexcept {
@@ -20,7 +20,7 @@ bool POSArrayIsPOSArrayProc(POSObject* object) noexcept {
 }
 
 POSObject* POSArrayGetAtProc(POSArray* array, unsigned long index) noexcept {
-  return KAPReportingError([=] { return NewReference(Array::GetInstance(array).GetAt(index)); });
+  return KAPReportingError([=] { return Array::GetInstance(array).GetAt(index).Detach(); });
 }
 
 unsigned int POSArrayCountProc(POSArray* array) noexcept {

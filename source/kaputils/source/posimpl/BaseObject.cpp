@@ -22,7 +22,7 @@ BaseObject& BaseObject::GetInstance(const POSObject* handle) {
   return *instance;
 }
 
-POSObject* BaseObject::Contain(BaseObject* object, KAPDeleteProc deleteObject) {
+POSObject* BaseObject::NewFullContainer(BaseObject* object, KAPDeleteProc deleteObject) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
   return KAP_T_MT::CKAPContainer::NewFullContainer(object, atoms.POSObjectImpl,
                                                    atoms.POSObjectInterface, deleteObject);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Required.h"
+
 namespace NPOSObjectImpl {
 
 namespace {

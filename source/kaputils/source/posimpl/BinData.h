@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BaseObject.h"
+#include "ObjectKind.h"
 #include "kap/KAPMemory.h"
 #include "kap/KAPStringAtom.h"
 

@@ -13,7 +13,7 @@ namespace {
 
 POSBinData* POSBinDataNewPOSBinDataProc(const char* typeName, const unsigned char* data,
                                         unsigned long size) noexcept {
-  return KAPReportingError([=] { return NewObject<BinData>(typeName, data, size); });
+  return KAPReportingError([=] { return BinData::NewContainer(typeName, data, size); });
 }
 
 bool POSBinDataIsPOSBinDataProc(POSObject* object) noexcept {

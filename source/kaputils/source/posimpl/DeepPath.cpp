@@ -35,7 +35,7 @@ bool TakeIndex(const char*& rest, std::uint32_t& index) noexcept {
 
 const CPOSObject* Member(BaseObject* object, const char*& rest) noexcept {
   const Dict* dict = Dict::As(object);
-  return dict ? dict->Get(TakeKey(rest)) : nullptr;
+  return dict ? dict->Find(TakeKey(rest)) : nullptr;
 }
 
 // The upper half of the index range is negative, and so behind the end of any array, deliberately.
@@ -44,7 +44,7 @@ const CPOSObject* Element(BaseObject* object, const char*& rest) noexcept {
   std::uint32_t index = 0;
   if (!array || !TakeIndex(rest, index)) return nullptr;
   const auto widened = static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(index)});
-  const CPOSObject* element = array->GetAt(widened);
+  const CPOSObject* element = array->Find(widened);
   return element && !element->IsNull() ? element : nullptr;
 }
 
@@ -59,7 +59,7 @@ const CPOSObject* Step(BaseObject* object, const char*& rest) noexcept {
   }
 }
 
-const CPOSObject* Find(BaseObject* root, const char* rest) noexcept {
+const CPOSObject* lookup(BaseObject* root, const char* rest) noexcept {
   const CPOSObject* value = *rest == '.' ? Step(root, rest) : Member(root, rest);
   while (value && *rest != '\0')
     value = Step(BaseObject::GetInstanceNoThrow(value->Handle()), rest);
@@ -68,9 +68,13 @@ const CPOSObject* Find(BaseObject* root, const char* rest) noexcept {
 
 }  // namespace
 
-POSObject* Dict::DeepGet(const char* path) const noexcept {
-  const CPOSObject* value = Find(const_cast<Dict*>(this), path);
-  return value && KAP_T_MT::CKAPContainer::TryAddRef(value->Handle()) ? value->Handle() : nullptr;
+CPOSObject Dict::DeepGet(const char* path, bool noThrow) const {
+  try {
+    if (const CPOSObject* value = lookup(const_cast<Dict*>(this), path)) return *value;
+  } catch (...) {  // whatever the cause: the path leads nowhere
+  }
+  if (!noThrow) throw POSException("Dict::DeepGet lookup failed");
+  return {};
 }
 
 }  // namespace NPOSObjectImpl

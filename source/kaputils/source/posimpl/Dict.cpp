@@ -6,9 +6,15 @@ namespace NPOSObjectImpl {
 
 using KAP_T_MT::CKAPStringAtom;
 
-const CPOSObject* Dict::Get(std::string_view key) const noexcept {
+const CPOSObject* Dict::Find(std::string_view key) const noexcept {
   const DictEntry* entry = fEntries.Find(SortableText(key));
   return entry ? &entry->Value() : nullptr;
+}
+
+CPOSObject Dict::Get(const char* key, bool noThrow) const {
+  if (const CPOSObject* value = Find(key)) return *value;
+  if (!noThrow) throw POSException("Dict::Get lookup failed");
+  return {};
 }
 
 void Dict::Put(const CKAPStringAtom& key, CPOSObject value) {

@@ -3,7 +3,8 @@
 #include <memory>
 #include <string_view>
 
-#include "Compound.h"
+#include "HoldingObject.h"
+#include "ObjectKind.h"
 #include "SortableStringAtom.h"
 #include "kap/KAPMemory.h"
 #include "redblack_tree.h"
@@ -34,7 +35,7 @@ using DictTree = NPOSImpl::redblack_tree<DictEntry>;
 
 // A map from texts to property objects, in the byte order of the texts. Changes swap first and
 // release last, since a release may call back.
-class Dict final : public TObjectKind<Dict, Compound> {
+class Dict final : public TObjectKind<Dict, HoldingObject> {
  public:
   static constexpr int kType = KAP_T_MT::kPOSDict;
   static constexpr const char* kNotInstance = "instance was not an POSDict";
@@ -48,10 +49,13 @@ class Dict final : public TObjectKind<Dict, Compound> {
   bool IsEqual(const BaseObject& other) const override;
 
   // The value, null when there is none.
-  const CPOSObject* Get(std::string_view key) const noexcept;
-  // The handle of the value that the path leads to, with a new reference; null when it leads
-  // nowhere, which includes that the host refuses anything. See DeepPath.cpp.
-  POSObject* DeepGet(const char* path) const noexcept;
+  const CPOSObject* Find(std::string_view key) const noexcept;
+  // The value. Absent: an empty object if `noThrow`, else POSException "Dict::Get lookup failed".
+  CPOSObject Get(const char* key, bool noThrow) const;
+  // The value that the path leads to, see DeepPath.cpp. When it leads nowhere, which includes that
+  // the host refuses anything: an empty object if `noThrow`, else POSException "Dict::DeepGet
+  // lookup failed".
+  CPOSObject DeepGet(const char* path, bool noThrow) const;
 
   // A key that is there keeps its atom and gets the new value.
   void Put(const KAP_T_MT::CKAPStringAtom& key, CPOSObject value);

@@ -2,6 +2,7 @@
 
 #include "Dict.h"
 #include "POSDictImpl.h"
+#include "Required.h"
 #include "kap/KAPBoundary.h"
 #include "kap/KAPRegistration.h"
 
@@ -18,7 +19,7 @@ const char* TextOf(KAPStringAtom* atom) {
 }
 
 POSDict* POSDictNewPOSDictProc() noexcept {
-  return KAPReportingError([] { return NewObject<Dict>(); });
+  return KAPReportingError([] { return Dict::NewContainer(); });
 }
 
 bool POSDictIsPOSDictProc(POSObject* object) noexcept {
@@ -26,12 +27,13 @@ bool POSDictIsPOSDictProc(POSObject* object) noexcept {
 }
 
 POSObject* POSDictGetProc(POSDict* dict, KAPStringAtom* key) noexcept {
-  return KAPReportingError([=] { return NewReference(Dict::GetInstance(dict).Get(TextOf(key))); });
+  return KAPReportingError([=] { return Dict::GetInstance(dict).Get(TextOf(key), true).Detach(); });
 }
 
 // What goes wrong on the way, a refusal of the host too, means that the path leads nowhere.
 POSObject* POSDictDeepGetProc(POSDict* dict, KAPStringAtom* path) noexcept {
-  return KAPReportingError([=] { return Dict::GetInstance(dict).DeepGet(TextOf(path)); });
+  return KAPReportingError(
+      [=] { return Dict::GetInstance(dict).DeepGet(TextOf(path), true).Detach(); });
 }
 
 void POSDictPutProc(POSDict* dict, KAPStringAtom* key, POSObject* object) noexcept {

@@ -15,7 +15,8 @@ namespace {
 // What a level may use before the next check, procedures of the host and of other components
 // included: the more, the larger the stack is.
 constexpr std::size_t kLargestReserve = 256 * 1024;
-constexpr std::size_t kReservedPart = 4;  // at most one part in so many
+constexpr std::size_t kSmallestReserve = 12 * 1024;  // throwing takes half of it
+constexpr std::size_t kReservedPart = 4;             // one part in so many, in between
 
 constexpr unsigned int kUnknownStackLevels = 64;
 
@@ -27,7 +28,8 @@ struct ThreadStack {
   unsigned int fLevels;
 };
 
-thread_local constinit ThreadStack gStack = {};
+// In the memory that a thread begins with: the ordinary model allocates at a thread's first use.
+[[gnu::tls_model("initial-exec")]] thread_local constinit ThreadStack gStack = {};
 
 void AskForStack(ThreadStack& stack) noexcept {
   stack.fAsked = true;
@@ -38,7 +40,7 @@ void AskForStack(ThreadStack& stack) noexcept {
   if (pthread_attr_getstack(&attributes, &low, &size) == 0) {
     stack.fLow = reinterpret_cast<std::uintptr_t>(low);
     stack.fHigh = stack.fLow + size;
-    stack.fLimit = stack.fLow + std::min(kLargestReserve, size / kReservedPart);
+    stack.fLimit = stack.fLow + std::clamp(size / kReservedPart, kSmallestReserve, kLargestReserve);
   }
   pthread_attr_destroy(&attributes);
 }

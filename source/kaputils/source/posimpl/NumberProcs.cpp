@@ -12,7 +12,7 @@ using KAP_T_MT::KAPReportingError;
 namespace {
 
 POSNumber* POSNumberNewPOSNumberProc(double value) noexcept {
-  return KAPReportingError([=] { return NewObject<Number>(value); });
+  return KAPReportingError([=] { return Number::NewContainer(value); });
 }
 
 bool POSNumberIsPOSNumberProc(POSObject* object) noexcept {

@@ -17,8 +17,7 @@ POSObject* POSObjectCloneProc(POSObject* object) noexcept {
     BaseObject* clone = original.Clone();
     // An object that is its own clone is answered with the very handle that came in, deliberately
     // without a reference.
-    return clone == &original ? object
-                              : BaseObject::NewContainer(std::unique_ptr<BaseObject>(clone));
+    return clone == &original ? object : BaseObject::Contain(std::unique_ptr<BaseObject>(clone));
   });
 }
 
@@ -34,17 +33,16 @@ int POSObjectGetTypeProc(POSObject* object) noexcept {
   return KAPReportingError([=] { return BaseObject::GetInstance(object).GetType(); });
 }
 
-// Deliberate no-ops but for the check of the handle: nothing is written.
+void POSObjectDebugDumpWithHeaderProc(POSObject* object, const char* header) noexcept {
+  KAPReportingError([=] { BaseObject::DebugDump(CPOSObject(object), header); });
+}
+
 void POSObjectDebugDumpProc(POSObject* object) noexcept {
-  KAPReportingError([=] { const CPOSObject checked(object); });
+  POSObjectDebugDumpWithHeaderProc(object, nullptr);
 }
 
-void POSObjectDebugDumpWithHeaderProc(POSObject* object, const char*) noexcept {
-  POSObjectDebugDumpProc(object);
-}
-
-void POSObjectDebugDumpRewindProc(POSObject* object, const char*) noexcept {
-  POSObjectDebugDumpProc(object);
+void POSObjectDebugDumpRewindProc(POSObject* object, const char* header) noexcept {
+  KAPReportingError([=] { BaseObject::DebugDumpRewind(CPOSObject(object), header); });
 }
 
 POSObject* POSObjectCreateFromTextProc(const char* text, const char** end) noexcept {

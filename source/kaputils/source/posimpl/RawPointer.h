@@ -1,11 +1,13 @@
 #pragma once
 
-#include "BaseObject.h"
+#include "HoldingObject.h"
+#include "ObjectKind.h"
 
 namespace NPOSObjectImpl {
 
-// A pointer that the library does not look behind, and what gives it back.
-class RawPointer final : public TScalar<RawPointer> {
+// A pointer that the library does not look behind, and what gives it back. As a reference to
+// another object it holds that, so chains of them may be long.
+class RawPointer final : public TScalar<RawPointer, HoldingObject> {
  public:
   static constexpr int kType = KAP_T_MT::kPOSRawPointer;
   static constexpr const char* kNotInstance = "instance was not an POSRawPointer";

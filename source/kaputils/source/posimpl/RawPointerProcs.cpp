@@ -12,7 +12,7 @@ using KAP_T_MT::KAPReportingError;
 POSObject* RawPointer::NewContainer(void* pointer, KAP_T_MT::POSReleaseProc release) {
   std::unique_ptr<RawPointer> object(new RawPointer(pointer, release));
   RawPointer& made = *object;
-  POSObject* handle = BaseObject::NewContainer(std::move(object));
+  POSObject* handle = Contain(std::move(object));
   made.fOwned = true;
   return handle;
 }

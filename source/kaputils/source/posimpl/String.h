@@ -1,6 +1,7 @@
 #pragma once
 
-#include "BaseObject.h"
+#include "ObjectKind.h"
+#include "Required.h"
 #include "kap/KAPStringAtom.h"
 
 namespace NPOSObjectImpl {

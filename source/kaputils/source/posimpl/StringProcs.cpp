@@ -12,7 +12,7 @@ using KAP_T_MT::KAPReportingError;
 namespace {
 
 POSString* POSStringNewPOSStringProc(const char* text) noexcept {
-  return KAPReportingError([=] { return NewObject<String>(text); });
+  return KAPReportingError([=] { return String::NewContainer(text); });
 }
 
 bool POSStringIsPOSStringProc(POSObject* object) noexcept {

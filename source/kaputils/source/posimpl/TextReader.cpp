@@ -3,6 +3,7 @@
 #include "Array.h"
 #include "NestingGuard.h"
 #include "Number.h"
+#include "Required.h"
 #include "String.h"
 #include "UnicodeString.h"
 
@@ -17,7 +18,8 @@ namespace {
 // value.
 template <class Kind>
 struct Made {
-  Made() : fObject(NewObject<Kind>(), KAPAdopt()), fInstance(Kind::GetInstance(fObject.Handle())) {}
+  Made()
+      : fObject(Kind::NewContainer(), KAPAdopt()), fInstance(Kind::GetInstance(fObject.Handle())) {}
 
   CPOSObject fObject;
   Kind& fInstance;
@@ -26,7 +28,7 @@ struct Made {
 }  // namespace
 
 CPOSObject TextReader::ReadText() {
-  CPOSObject object = ReadObject();
+  CPOSObject object = textGetNextObject();
   while (KindOf(*fCursor) == TokenKind::kSpace) ++fCursor;
   if (*fCursor != '\0') throw CFTParseError("Unexpected characters after object");
   return object;
@@ -48,7 +50,7 @@ void TextReader::FailAtBracket() {
   throw CFTParseError(*fCursor++ == '>' ? "Unexpected >" : "Unexpected ]");
 }
 
-CPOSObject TextReader::ReadObject() {
+CPOSObject TextReader::textGetNextObject() {
   const char first = SkipToItem();
   switch (KindOf(first)) {
     case TokenKind::kOpen:
@@ -65,14 +67,14 @@ CPOSObject TextReader::ReadScalar() {
     case TokenKind::kWord:
     case TokenKind::kParen: {
       StringToken token;
-      return CPOSObject(NewObject<String>(token.Read(fCursor)), KAPAdopt());
+      return CPOSObject(String::NewContainer(token.Read(fCursor)), KAPAdopt());
     }
     case TokenKind::kUnicode: {
       UnicodeToken token;
-      return CPOSObject(NewObject<UnicodeString>(token.Read(fCursor)), KAPAdopt());
+      return CPOSObject(UnicodeString::NewContainer(token.Read(fCursor)), KAPAdopt());
     }
     case TokenKind::kNumber:
-      return CPOSObject(NewObject<Number>(ReadNumberToken(fCursor)), KAPAdopt());
+      return CPOSObject(Number::NewContainer(ReadNumberToken(fCursor)), KAPAdopt());
     default:
       throw CFTParseError("Unexpected character");
   }
@@ -103,7 +105,7 @@ bool TextReader::EndsWith(char bracket) {
 
 void TextReader::ReadElements(Array& array) {
   while (!EndsWith(']')) {
-    array.Append(ReadObject());
+    array.Append(textGetNextObject());
     ExpectMore();
   }
 }
@@ -113,7 +115,7 @@ void TextReader::ReadEntries(Dict& dict) {
     StringToken token;
     const CKAPStringAtom key(ReadKey(token));
     ExpectMore();
-    dict.Put(key, ReadObject());
+    dict.Put(key, textGetNextObject());
     ExpectMore();
   }
 }
@@ -122,7 +124,7 @@ void TextReader::ReadEntries(Dict& dict) {
 const char* TextReader::ReadKey(StringToken& token) {
   const TokenKind kind = KindOf(*fCursor);
   if (kind == TokenKind::kWord || kind == TokenKind::kParen) return token.Read(fCursor);
-  ReadObject();
+  textGetNextObject();
   throw CFTParseError("Expected dictionary key string");
 }
 

@@ -17,13 +17,13 @@ class CFTParseError : public POSException {
 
 // Reads objects in text notation:
 //
-//   text       := object                                whitespace may stand between any two items
+//   text       := object                    whitespace may stand between any two items
 //   object     := dictionary | array | string | unicode | number
-//   dictionary := "<" (key object)* ">"                 key: a word or a parenthesised string; the
-//   later of two equal ones array      := "[" object* "]" string     := word | "(" text ")" word:
-//   letters, digits and "_", not beginning with a digit unicode    := "`" (four hexadecimal
-//   digits)* "`" number     := digits, "+", "-" and "."              what strtod makes of it in the
-//   C locale; no exponent
+//   dictionary := "<" (key object)* ">"     key: a string; of two equal ones the later counts
+//   array      := "[" object* "]"
+//   string     := word | "(" text ")"       word: letters, digits, "_", not beginning with a digit
+//   unicode    := "`" (four hexadecimal digits)* "`"
+//   number     := digits, "+", "-", "."     what strtod makes of it in the C locale; no exponent
 //
 // Example: < name (Anna \(Ana\)) born 1978 tags [a b] >. Tokens are read without allocating. All or
 // nothing: what was built before a failure is released with it.
@@ -38,7 +38,7 @@ class TextReader {
   const char* Cursor() const noexcept { return fCursor; }  // where reading stands
 
  private:
-  CPOSObject ReadObject();
+  CPOSObject textGetNextObject();
   CPOSObject ReadBracketed(char bracket);
   CPOSObject ReadScalar();
   void ReadElements(Array& array);

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "BaseObject.h"
+#include "ObjectKind.h"
 #include "kap/KAPMemory.h"
 
 namespace NPOSObjectImpl {

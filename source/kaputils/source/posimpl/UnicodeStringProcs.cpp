@@ -12,7 +12,7 @@ using KAP_T_MT::KAPReportingError;
 namespace {
 
 POSUnicodeString* POSUnicodeStringNewPOSUnicodeStringProc(const unsigned short* text) noexcept {
-  return KAPReportingError([=] { return NewObject<UnicodeString>(text); });
+  return KAPReportingError([=] { return UnicodeString::NewContainer(text); });
 }
 
 bool POSUnicodeStringIsPOSUnicodeStringProc(POSObject* object) noexcept {

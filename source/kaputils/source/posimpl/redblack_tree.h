@@ -165,8 +165,9 @@ class redblack_tree {
 
   // Deletes every entry, in key order. The tree is empty before the first destructor runs.
   void Clear() noexcept {
-    redblack_node* rest = fRoot.Detach();
-    while (Entry* entry = Typed(redblack_root::TakeFirst(rest))) EntryPtr{entry}.reset();
+    while (redblack_node* rest = fRoot.Detach()) {
+      while (Entry* entry = Typed(redblack_root::TakeFirst(rest))) EntryPtr{entry}.reset();
+    }
   }
 
  private:

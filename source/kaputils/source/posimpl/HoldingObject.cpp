@@ -1,11 +1,11 @@
-#include "Compound.h"
+#include "HoldingObject.h"
 
 namespace NPOSObjectImpl {
 
 // The rounds of releases that are under way on this thread.
-class Compound::Releases {
+class HoldingObject::Releases {
  public:
-  void Delete(Compound* object) noexcept {
+  void Delete(HoldingObject* object) noexcept {
     if (fDepth == kDepthLimit) {
       object->fNextToDelete = fToDelete;
       fToDelete = object;
@@ -17,31 +17,27 @@ class Compound::Releases {
     --fDepth;
   }
 
-  static thread_local constinit Releases gOnThisThread;
-
  private:
   static constexpr int kDepthLimit = 32;  // so that ordinary objects go in their natural order
 
   void DeleteFiled() noexcept {
-    while (Compound* object = fToDelete) {
+    while (HoldingObject* object = fToDelete) {
       fToDelete = object->fNextToDelete;
       delete object;
     }
   }
 
   int fDepth = 0;
-  Compound* fToDelete = nullptr;
+  HoldingObject* fToDelete = nullptr;
 };
 
-thread_local constinit Compound::Releases Compound::Releases::gOnThisThread;
-
-KAPDeleteProc Compound::GetDeleteProc() const noexcept {
-  return [](void* instance) {
-    Releases::gOnThisThread.Delete(static_cast<Compound*>(static_cast<BaseObject*>(instance)));
-  };
+// In the memory that a thread begins with: the ordinary model allocates at a thread's first use.
+void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
+  [[gnu::tls_model("initial-exec")]] static thread_local constinit Releases onThisThread;
+  onThisThread.Delete(object);
 }
 
-bool Compound::AreEqual(const CPOSObject& a, const CPOSObject& b) {
+bool HoldingObject::AreEqual(const CPOSObject& a, const CPOSObject& b) {
   if (a.IsNull() || b.IsNull()) return a.IsNull() && b.IsNull();
   return a.IsEqual(b);
 }
