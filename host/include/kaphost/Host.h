@@ -1,0 +1,126 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kap/KAPHostInterfaces.h"
+#include "kaphost/Component.h"
+#include "kaphost/Refusal.h"
+#include "kaphost/Snapshot.h"
+
+namespace KAPHost {
+
+class HostState;
+
+struct HostOptions {
+  // Called with each message that a component reports, on the reporting thread. Must not throw.
+  std::function<void(const std::string& message)> fOnReport;
+  // Called when the host is destroyed while components still hold something of it; the default
+  // writes the description to std::cerr. Must not throw.
+  std::function<void(const Snapshot& leaked)> fOnLeak;
+};
+
+// A binder together with the host's own interfaces: those of kap/KAPHostInterfaces.h, and "KAP",
+// the binder's own.
+//
+// The host's procedures are plain functions, so there is one host at a time in a process; a host
+// made after another starts with empty books. Ownership: what components still hold when the host
+// is destroyed is reported and stays theirs. Procedures called
+//   after that do no harm: requests are refused, atoms and blocks may still be released, releasing
+//   containers and errors does nothing.
+// Threads: procedures and members may be called from any thread; construction and destruction need
+// to be alone.
+//   A Snapshot taken while others work may catch them halfway through a call.
+// Errors: members that allocate may throw std::bad_alloc.
+class Host {
+ public:
+  // Throws std::logic_error when another host lives.
+  explicit Host(HostOptions options = {});
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+  ~Host();
+
+  // ---- The registry ----
+
+  // The callback for components. It answers null when there is no host.
+  KAPGetProcAddressProc GetProcAddress() const;
+
+  // The procedure registered under these names, or null.
+  void* Find(const char* interfaceName, const char* methodName, const char* procName) const;
+
+  // The same, typed by an interface's declaration: host.Proc<KAP_T_MT::KAPStringInterface,
+  // "AddRef">().
+  template <class Interface, KAP_T_MT::TKAPName Method>
+  typename Interface::template Proc<Method> Proc() const {
+    constexpr auto entry = Interface::kEntries[Interface::template kSlot<Method>];
+    return reinterpret_cast<typename Interface::template Proc<Method>>(
+        Find(Interface::kName, entry.fMethodName, entry.fProcName));
+  }
+
+  // Registers a procedure, or replaces the one under these names; the host's own are no exception.
+  // A replacement is seen by those who look it up afterwards. False when a name or the procedure is
+  // null.
+  bool Register(const char* interfaceName, const char* methodName, const char* procName,
+                void* proc);
+  // Registers a whole interface from its declaration.
+  template <class Interface, class... Procs>
+  void Offer(Procs... procs) {
+    for (const auto& entry : Interface::Registration(procs...)) {
+      Register(Interface::kName, entry.fMethodName, entry.fProcName, entry.fProc);
+    }
+  }
+  // Removes all procedures of an interface. When there were any, the unregister counter grows by
+  // one.
+  void Unregister(const char* interfaceName);
+
+  // ---- Components ----
+
+  // Loads a component and initialises it. Throws LoadError.
+  Component Load(const std::string& path, const std::string& name = "KAPUtils");
+
+  // ---- Reports ----
+
+  std::vector<std::string> Reports() const;
+  // The reports so far, which are then forgotten.
+  std::vector<std::string> TakeReports();
+
+  // ---- Books ----
+
+  Snapshot TakeSnapshot() const;
+
+  // ---- Refusals ----
+  //
+  // Each kind of call has one rule, a later one replaces it. Setting a rule starts the counting of
+  // calls anew.
+
+  // Refuses the nth call of a kind from now on, the next one being the first.
+  void Refuse(Call kind, unsigned long n);
+  // Refuses every call of a kind from the nth on.
+  void RefuseFrom(Call kind, unsigned long n);
+  // Counts calls without refusing any.
+  void CountCalls();
+  // Refuses blocks of more bytes.
+  void RefuseBlocksAbove(std::size_t size);
+  // Answers null to those who look up these procedures.
+  void HideProcedure(const char* interfaceName, const char* methodName);
+  void HideInterface(const char* interfaceName);
+  // Refuses components that register such a procedure.
+  void RefuseRegistration(const char* interfaceName, const char* methodName);
+  // Ends all of the above.
+  void StopRefusing();
+
+  // Whether anything was refused since a rule was last set.
+  bool Fired() const;
+  // The refusable calls of a kind since a rule was last set, the refused ones included. Calls are
+  // only counted until StopRefusing.
+  unsigned long CallCount(Call kind) const;
+
+ private:
+  std::unique_ptr<HostState> fState;
+};
+
+}  // namespace KAPHost

@@ -1,0 +1,20 @@
+#pragma once
+
+// The reference host: a complete binder with strings, errors, memory and containers, to be embedded
+// in a program or in tests.
+//
+//   KAPHost::Host host;
+//   KAPHost::Component utils = host.Load("libKAPUtils.so");
+//   auto newAtom = host.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
+//   ...
+//   for (const std::string& message : host.TakeReports()) std::cerr << message << '\n';
+//
+// Host.h       the host itself: registry, loading, reports, books, refusals
+// Component.h  a loaded component
+// Snapshot.h   the books at one moment, and what differs between two moments
+// Refusal.h    the kinds of calls that a host can be told to refuse
+
+#include "kaphost/Component.h"
+#include "kaphost/Host.h"
+#include "kaphost/Refusal.h"
+#include "kaphost/Snapshot.h"

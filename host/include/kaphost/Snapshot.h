@@ -1,0 +1,52 @@
+#pragma once
+
+#include <iosfwd>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace KAPHost {
+
+// What the books count.
+enum class Kind { kAtom, kError, kContainer, kBlock };
+
+// An amount of one thing. `fExtent` is the number of references, for blocks that of bytes. Of an
+// atom only the references are counted, as `fNumber`.
+struct Holding {
+  long fNumber = 0;
+  long fExtent = 0;
+
+  friend bool operator==(const Holding&, const Holding&) = default;
+};
+
+// What components held of the host at one moment, by kind and name: atoms by text, errors by
+// message, containers by signature, blocks all together. References that the host holds for
+// purposes of its own are left out, also those of an error on its texts and of a container on its
+// names. Of the containers, the host tells some hundred types apart in one process; further ones
+// are counted together as "(other types)". A plain value. The difference of two moments is a
+// snapshot too; what went away is negative in it.
+class Snapshot {
+ public:
+  // No entry is made for a name of which there is nothing.
+  void Add(Kind kind, std::string_view name, Holding holding);
+
+  bool IsEmpty() const { return fHoldings.empty(); }
+  Holding Of(Kind kind, std::string_view name) const;
+  Holding Total(Kind kind) const;
+
+  // One line for each holding, such as `container "POSObjectImpl": 2 (3 references)`; empty when
+  // there is none.
+  std::string Describe() const;
+
+  Snapshot operator-(const Snapshot& other) const;
+  friend bool operator==(const Snapshot&, const Snapshot&) = default;
+
+ private:
+  std::map<std::pair<Kind, std::string>, Holding> fHoldings;
+};
+
+// Writes the description, or "nothing".
+std::ostream& operator<<(std::ostream& out, const Snapshot& snapshot);
+
+}  // namespace KAPHost

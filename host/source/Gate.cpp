@@ -1,0 +1,14 @@
+#include "Gate.h"
+
+#include "HostState.h"
+
+namespace KAPHost {
+
+constinit std::atomic<unsigned> gGate{kGateClosed};
+
+bool IsRefusedSlowly(Call kind, std::size_t blockSize) noexcept {
+  HostState* state = HostState::Current();
+  return state == nullptr || state->fRefusals.IsRefused(kind, blockSize);
+}
+
+}  // namespace KAPHost

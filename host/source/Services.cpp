@@ -1,0 +1,11 @@
+#include "Services.h"
+
+namespace KAPHost {
+
+std::span<const Service* const> Services() {
+  static constexpr const Service* kServices[] = {&kBinderService, &kStringService, &kErrorService,
+                                                 &kMemoryService, &kContainerService};
+  return kServices;
+}
+
+}  // namespace KAPHost

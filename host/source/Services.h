@@ -1,0 +1,35 @@
+#pragma once
+
+#include <span>
+
+#include "Binder.h"
+#include "kap/KAPHostInterfaces.h"
+#include "kaphost/Snapshot.h"
+
+namespace KAPHost {
+
+// One of the host's own interfaces: how it is registered and what it adds to the books (null:
+// nothing). A new interface is a new file with such a constant, declared below and listed in
+// Services.cpp.
+struct Service {
+  void (*fOffer)(Binder& binder);
+  void (*fCount)(Snapshot& books);
+};
+
+extern const Service kBinderService;
+extern const Service kStringService;
+extern const Service kErrorService;
+extern const Service kMemoryService;
+extern const Service kContainerService;
+
+std::span<const Service* const> Services();
+
+// Registers an interface's procedures under the names of its declaration.
+template <class Interface, class... Procs>
+void Offer(Binder& binder, Procs... procs) {
+  for (const auto& entry : Interface::Registration(procs...)) {
+    binder.Register(Interface::kName, entry.fMethodName, entry.fProcName, entry.fProc);
+  }
+}
+
+}  // namespace KAPHost

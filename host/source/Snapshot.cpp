@@ -1,0 +1,71 @@
+#include "kaphost/Snapshot.h"
+
+#include <ostream>
+
+namespace KAPHost {
+
+namespace {
+
+std::string Amount(long amount, const char* unit) {
+  return std::to_string(amount) + ' ' + unit + (amount == 1 ? "" : "s");
+}
+
+std::string Line(Kind kind, const std::string& name, Holding holding) {
+  const std::string quoted = " \"" + name + "\": ";
+  const std::string number = std::to_string(holding.fNumber);
+  switch (kind) {
+    case Kind::kAtom:
+      return "atom" + quoted + Amount(holding.fNumber, "reference");
+    case Kind::kError:
+      return "error" + quoted + number + " (" + Amount(holding.fExtent, "reference") + ')';
+    case Kind::kContainer:
+      return "container" + quoted + number + " (" + Amount(holding.fExtent, "reference") + ')';
+    case Kind::kBlock:
+      return "blocks: " + number + " (" + Amount(holding.fExtent, "byte") + ')';
+  }
+  return {};
+}
+
+}  // namespace
+
+void Snapshot::Add(Kind kind, std::string_view name, Holding holding) {
+  const auto entry = fHoldings.try_emplace({kind, std::string(name)}).first;
+  entry->second.fNumber += holding.fNumber;
+  entry->second.fExtent += holding.fExtent;
+  if (entry->second == Holding()) fHoldings.erase(entry);
+}
+
+Holding Snapshot::Of(Kind kind, std::string_view name) const {
+  const auto entry = fHoldings.find({kind, std::string(name)});
+  return entry == fHoldings.end() ? Holding() : entry->second;
+}
+
+Holding Snapshot::Total(Kind kind) const {
+  Holding total;
+  for (const auto& [key, holding] : fHoldings) {
+    if (key.first != kind) continue;
+    total.fNumber += holding.fNumber;
+    total.fExtent += holding.fExtent;
+  }
+  return total;
+}
+
+std::string Snapshot::Describe() const {
+  std::string text;
+  for (const auto& [key, holding] : fHoldings) text += Line(key.first, key.second, holding) + '\n';
+  return text;
+}
+
+Snapshot Snapshot::operator-(const Snapshot& other) const {
+  Snapshot difference = *this;
+  for (const auto& [key, holding] : other.fHoldings) {
+    difference.Add(key.first, key.second, {-holding.fNumber, -holding.fExtent});
+  }
+  return difference;
+}
+
+std::ostream& operator<<(std::ostream& out, const Snapshot& snapshot) {
+  return out << (snapshot.IsEmpty() ? "nothing" : snapshot.Describe());
+}
+
+}  // namespace KAPHost

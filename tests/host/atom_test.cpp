@@ -1,0 +1,71 @@
+#include <set>
+
+#include "TestHost.h"
+
+namespace {
+
+using KAPHost::Kind;
+
+class AtomTest : public HostTest {
+ protected:
+  void Delete(KAPStringAtom* atom) { fHost.Strings<"DeleteStringAtom">(atom); }
+};
+
+TEST_F(AtomTest, EqualTextsAreOneAtom) {
+  const std::string built = std::string("ke") + "y";
+  KAPStringAtom* a = fHost.Atom("key");
+  KAPStringAtom* b = fHost.Atom(built.c_str());
+  EXPECT_EQ(a, b);
+  EXPECT_EQ(fHost.Strings<"GetCString">(a), fHost.Strings<"GetCString">(b));
+  EXPECT_NE(fHost.Strings<"GetCString">(a), built.c_str());
+  fHost.Strings<"AddRef">(a);
+  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kAtom, "key").fNumber, 3);
+  for (int i = 0; i < 3; ++i) Delete(a);
+  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kAtom, "key").fNumber, 0);
+}
+
+TEST_F(AtomTest, NullIsNoAtom) {
+  EXPECT_EQ(fHost.Atom(nullptr), nullptr);
+  EXPECT_EQ(fHost.Strings<"GetCString">(nullptr), nullptr);
+  fHost.Strings<"AddRef">(nullptr);
+  Delete(nullptr);
+}
+
+// Lengths around the hash's steps, and texts that differ in one byte anywhere.
+TEST_F(AtomTest, EveryByteCounts) {
+  std::set<KAPStringAtom*> atoms;
+  std::size_t made = 0;
+  const auto add = [&](const std::string& text) {
+    KAPStringAtom* atom = fHost.Atom(text.c_str());
+    EXPECT_EQ(fHost.Strings<"GetCString">(atom), text);
+    atoms.insert(atom);
+    ++made;
+  };
+  for (std::size_t length = 0; length <= 33; ++length) {
+    std::string text(length, 'x');
+    add(text);
+    for (char& byte : text) {
+      byte = '\xFF';
+      add(text);
+      byte = 'x';
+    }
+  }
+  EXPECT_EQ(atoms.size(), made);
+  for (KAPStringAtom* atom : atoms) Delete(atom);
+}
+
+// More atoms than the table is made for at first.
+TEST_F(AtomTest, TableGrows) {
+  constexpr int kCount = 20000;
+  std::vector<KAPStringAtom*> atoms;
+  for (int i = 0; i < kCount; ++i) atoms.push_back(fHost.Atom(std::to_string(i).c_str()));
+  EXPECT_EQ(fHost.TakeSnapshot().Total(Kind::kAtom).fNumber, kCount);
+  for (int i = 0; i < kCount; ++i) {
+    KAPStringAtom* again = fHost.Atom(std::to_string(i).c_str());
+    ASSERT_EQ(again, atoms[static_cast<std::size_t>(i)]);
+    Delete(again);
+    Delete(again);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,232 @@
+#include "TestHost.h"
+
+namespace {
+
+using KAPHost::Holding;
+using KAPHost::Kind;
+
+// What the delete procedures of instances were called with, in order.
+std::string gDeleted;
+void DeleteNamed(void* name) { gDeleted += static_cast<const char*>(name); }
+
+class ContainerTest : public HostTest {
+ protected:
+  ContainerTest() { gDeleted.clear(); }
+  ~ContainerTest() override {
+    for (KAPStringAtom* atom : {fImpl, fInterface, fOther}) fHost.Strings<"DeleteStringAtom">(atom);
+  }
+
+  KAPContainer* New() {
+    KAPContainer* container = nullptr;
+    EXPECT_EQ(
+        fHost.Containers<"NewFullContainer">(&container, fNameA, fImpl, fInterface, &DeleteNamed),
+        nullptr);
+    return container;
+  }
+  void Release(KAPContainer* container) { fHost.Containers<"Release">(container); }
+  int RefCount(KAPContainer* container) {
+    return *fHost.Containers<"DebugGetRefCountAddr">(container);
+  }
+  // The primary instance (0) and the signature (1).
+  const void* Word(const KAPContainer* container, int number) {
+    const char* record =
+        reinterpret_cast<const char*>(container) + fHost.Containers<"GetOffsetToPrimaryInstance">();
+    return reinterpret_cast<void* const*>(record)[number];
+  }
+  void* Instance(KAPContainer* container, KAPStringAtom* name) {
+    void* instance = this;
+    EXPECT_EQ(fHost.Containers<"NGetInstance">(&instance, container, name), nullptr);
+    EXPECT_EQ(fHost.Containers<"GetInstance">(container, name), instance);
+    return instance;
+  }
+  void* Method(KAPContainer* container, const char* methodName, const char* procName) {
+    KAPStringAtom* method = fHost.Atom(methodName);
+    KAPStringAtom* proc = fHost.Atom(procName);
+    void* found = this;
+    EXPECT_EQ(fHost.Containers<"GetMethod">(&found, container, method, proc, 0), nullptr);
+    fHost.Strings<"DeleteStringAtom">(method);
+    fHost.Strings<"DeleteStringAtom">(proc);
+    return found;
+  }
+
+  char fNameA[2] = "a", fNameB[2] = "b", fNameC[2] = "c";
+  KAPStringAtom* fImpl = fHost.Atom("Impl");
+  KAPStringAtom* fInterface = fHost.Atom("Interface");
+  KAPStringAtom* fOther = fHost.Atom("Other");
+};
+
+TEST_F(ContainerTest, LastReleaseDeletesTheInstance) {
+  KAPContainer* container = New();
+  EXPECT_EQ(Word(container, 0), fNameA);
+  EXPECT_EQ(Word(container, 1), fHost.Strings<"GetCString">(fImpl));
+  EXPECT_EQ(fHost.TakeText(fHost.Containers<"GetSignature">(container)), "Impl");
+  EXPECT_EQ(Instance(container, fImpl), fNameA);
+  EXPECT_EQ(Instance(container, fOther), nullptr);
+
+  EXPECT_TRUE(fHost.Containers<"AddRef">(container));
+  EXPECT_EQ(RefCount(container), 2);
+  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kContainer, "Impl"), (Holding{1, 2}));
+  Release(container);
+  EXPECT_EQ(gDeleted, "");
+  Release(container);
+  EXPECT_EQ(gDeleted, "a");
+}
+
+// The container needs its names longer than their makers do.
+TEST_F(ContainerTest, OutlivesTheAtomsOfItsNames) {
+  KAPStringAtom* name = fHost.Atom("ShortLived");
+  KAPContainer* container = nullptr;
+  fHost.Containers<"NewFullContainer">(&container, fNameA, name, name, nullptr);
+  fHost.Strings<"DeleteStringAtom">(name);
+  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kAtom, "ShortLived"), Holding());
+  EXPECT_STREQ(static_cast<const char*>(Word(container, 1)), "ShortLived");
+  Release(container);
+}
+
+TEST_F(ContainerTest, ContainerBeingDestroyedTakesNoReference) {
+  static const TestHost* host = nullptr;
+  static KAPContainer* dying = nullptr;
+  host = &fHost;
+  KAPDeleteProc inspect = [](void*) {
+    EXPECT_FALSE(host->Containers<"AddRef">(dying));
+    host->Containers<"Release">(dying);  // by one who did not check
+    gDeleted += "once ";
+  };
+  fHost.Containers<"NewFullContainer">(&dying, fNameA, fImpl, fInterface, inspect);
+  Release(dying);
+  EXPECT_EQ(gDeleted, "once ");
+}
+
+TEST_F(ContainerTest, UnownedContainersLiveUntilTheyAreDeleted) {
+  KAPContainer* container = New();
+  fHost.Containers<"DeleteUnownedContainer">(container);
+  EXPECT_EQ(gDeleted, "");  // there is a reference
+  fHost.Containers<"DecrementWithoutDelete">(container);
+  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kContainer, "Impl"), (Holding{1, 0}));
+  Release(container);
+  EXPECT_EQ(gDeleted, "");
+  EXPECT_NE(fHost.TakeReport().find("without references"), std::string::npos);
+
+  EXPECT_TRUE(fHost.Containers<"AddRef">(container));
+  fHost.Containers<"DecrementWithoutDelete">(container);
+  fHost.Containers<"DeleteUnownedContainer">(container);
+  EXPECT_EQ(gDeleted, "a");
+}
+
+TEST_F(ContainerTest, EmptyContainerIsEquipped) {
+  KAPContainer* container = nullptr;
+  ASSERT_EQ(fHost.Containers<"NewContainer">(&container), nullptr);
+  EXPECT_EQ(Word(container, 0), nullptr);
+  EXPECT_EQ(Word(container, 1), nullptr);
+  EXPECT_EQ(fHost.Containers<"GetSignature">(container), nullptr);
+  fHost.Containers<"AddRef">(container);
+
+  const auto add = [&](KAPStringAtom* name, void* instance) {
+    return fHost.TakeMessage(
+        fHost.Containers<"RegisterInstance">(container, name, instance, &DeleteNamed));
+  };
+  EXPECT_EQ(add(fImpl, fNameA), "");
+  EXPECT_EQ(Word(container, 0), fNameA);
+  EXPECT_EQ(Word(container, 1), fHost.Strings<"GetCString">(fImpl));
+  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kContainer, "Impl"), (Holding{1, 2}));
+  EXPECT_EQ(add(fOther, fNameB), "");
+  EXPECT_EQ(add(fInterface, fNameC), "");
+  EXPECT_NE(add(fOther, fNameA), "");  // present already: refused
+  EXPECT_EQ(Instance(container, fOther), fNameB);
+
+  Release(container);
+  Release(container);
+  EXPECT_EQ(gDeleted, "cba");
+}
+
+TEST_F(ContainerTest, MethodsOfAllInterfacesAreFound) {
+  int first = 0, second = 0, third = 0;  // stand for procedures
+  fHost.Register("Interface", "M", "P", &first);
+  fHost.Register("Interface", "M2", "P", &second);
+  fHost.Register("Other", "M", "P", &third);
+  KAPContainer* container = New();
+  EXPECT_EQ(Method(container, "M", "P"), &first);
+  EXPECT_EQ(Method(container, "M", "P2"), nullptr);
+
+  // An interface registered later covers up the earlier one, which GetParentMethod still finds.
+  EXPECT_EQ(fHost.Containers<"RegisterInterface">(container, fOther, fOther), nullptr);
+  EXPECT_EQ(Method(container, "M", "P"), &third);
+  EXPECT_EQ(Method(container, "M2", "P"), &second);
+  KAPStringAtom* method = fHost.Atom("M");
+  KAPStringAtom* proc = fHost.Atom("P");
+  void* found = nullptr;
+  EXPECT_EQ(fHost.Containers<"GetParentMethod">(&found, container, fOther, method, proc), nullptr);
+  EXPECT_EQ(found, &first);
+  EXPECT_EQ(fHost.Containers<"GetParentMethod">(&found, container, fImpl, method, proc), nullptr);
+  EXPECT_EQ(found, nullptr);
+  fHost.Strings<"DeleteStringAtom">(method);
+  fHost.Strings<"DeleteStringAtom">(proc);
+
+  fHost.Unregister("Interface");
+  EXPECT_EQ(Method(container, "M2", "P"), nullptr);
+  Release(container);
+}
+
+TEST_F(ContainerTest, CloneKeepsTheOriginalAlive) {
+  KAPContainer* original = New();
+  fHost.Containers<"RegisterInstance">(original, fOther, fNameB, &DeleteNamed);
+  KAPContainer* clone = nullptr;
+  ASSERT_EQ(fHost.Containers<"CloneContainer">(&clone, original), nullptr);
+  EXPECT_NE(clone, original);
+  EXPECT_EQ(Instance(clone, fImpl), fNameA);
+  fHost.Containers<"RegisterInstance">(clone, fInterface, fNameC, &DeleteNamed);
+  EXPECT_EQ(Instance(original, fInterface), nullptr);
+
+  Release(original);
+  EXPECT_EQ(gDeleted, "");
+  EXPECT_EQ(Instance(clone, fOther), fNameB);
+  Release(clone);
+  EXPECT_EQ(gDeleted, "cba");
+}
+
+TEST_F(ContainerTest, LongChainsOfClonesAreReleased) {
+  KAPContainer* last = New();
+  for (int i = 0; i < 200000; ++i) {
+    KAPContainer* clone = nullptr;
+    ASSERT_EQ(fHost.Containers<"CloneContainer">(&clone, last), nullptr);
+    Release(last);
+    last = clone;
+  }
+  EXPECT_EQ(gDeleted, "");
+  Release(last);
+  EXPECT_EQ(gDeleted, "a");
+}
+
+TEST_F(ContainerTest, NullsAreErrors) {
+  KAPContainer* container = New();
+  KAPContainer* none = container;
+  void* out = this;
+  const auto message = [this](KAPError* error) { return fHost.TakeMessage(error); };
+  EXPECT_FALSE(fHost.Containers<"AddRef">(nullptr));
+  for (KAPContainer* null : {static_cast<KAPContainer*>(nullptr)}) {
+    Release(null);
+    fHost.Containers<"DecrementWithoutDelete">(null);
+    fHost.Containers<"DeleteUnownedContainer">(null);
+    EXPECT_EQ(fHost.Containers<"GetInstance">(null, fImpl), nullptr);
+    EXPECT_EQ(fHost.Containers<"GetSignature">(null), nullptr);
+    EXPECT_EQ(fHost.Containers<"DebugGetRefCountAddr">(null), nullptr);
+  }
+  EXPECT_EQ(message(fHost.Containers<"CloneContainer">(&none, nullptr)), "invalid container");
+  EXPECT_EQ(none, nullptr);
+  EXPECT_EQ(message(fHost.Containers<"NGetInstance">(&out, nullptr, fImpl)), "invalid container");
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(message(fHost.Containers<"NGetInstance">(&out, container, nullptr)),
+            "invalid argument");
+  EXPECT_EQ(message(fHost.Containers<"NGetInstance">(nullptr, container, fImpl)),
+            "invalid argument");
+  EXPECT_EQ(message(fHost.Containers<"GetMethod">(&out, nullptr, fImpl, fImpl, 1)),
+            "invalid container");
+  EXPECT_EQ(message(fHost.Containers<"GetMethod">(&out, container, nullptr, fImpl, 1)),
+            "invalid argument");
+  EXPECT_EQ(message(fHost.Containers<"NewContainer">(nullptr)), "invalid argument");
+  EXPECT_EQ(message(fHost.Containers<"RegisterInterface">(container, nullptr, fImpl)),
+            "invalid argument");
+  Release(container);
+}
+
+}  // namespace

@@ -1,0 +1,139 @@
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include "TestHost.h"
+
+namespace {
+
+using KAPHost::Kind;
+
+constexpr int kThreads = 4;
+constexpr int kRounds = 50000;
+
+class ThreadsTest : public HostTest {
+ protected:
+  // Runs body(number of the thread) on all threads at once.
+  static void RunAll(const std::function<void(int)>& body) {
+    std::atomic<int> waiting = kThreads;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&, i] {
+        --waiting;
+        while (waiting != 0) std::this_thread::yield();
+        body(i);
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+  }
+};
+
+// Every round an atom dies on one thread while others look it up: they must get it alive, or a new
+// one.
+TEST_F(ThreadsTest, LastReleaseAgainstLookUp) {
+  const auto newAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
+  const auto text = fHost.Proc<KAP_T_MT::KAPStringInterface, "GetCString">();
+  const auto deleteAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "DeleteStringAtom">();
+  RunAll([&](int) {
+    for (int round = 0; round < kRounds; ++round) {
+      const char* wanted = round % 2 == 0 ? "contended" : "other";
+      KAPStringAtom* first = newAtom(wanted);
+      KAPStringAtom* second = newAtom(wanted);
+      ASSERT_EQ(first, second);
+      ASSERT_STREQ(text(first), wanted);
+      deleteAtom(first);
+      ASSERT_STREQ(text(second), wanted);
+      deleteAtom(second);
+    }
+  });
+}
+
+// The table grows while it is searched.
+TEST_F(ThreadsTest, ManyAtoms) {
+  const auto newAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
+  std::vector<std::vector<KAPStringAtom*>> atoms(kThreads);
+  RunAll([&](int thread) {
+    for (int i = 0; i < 5000; ++i) {
+      atoms[static_cast<std::size_t>(thread)].push_back(newAtom(std::to_string(i).c_str()));
+    }
+  });
+  for (int thread = 1; thread < kThreads; ++thread) {
+    EXPECT_EQ(atoms[0], atoms[static_cast<std::size_t>(thread)]);
+  }
+  EXPECT_EQ(fHost.TakeSnapshot().Total(Kind::kAtom).fNumber, kThreads * 5000);
+  RunAll([&](int thread) {
+    for (KAPStringAtom* atom : atoms[static_cast<std::size_t>(thread)]) {
+      fHost.Strings<"DeleteStringAtom">(atom);
+    }
+  });
+}
+
+// Made on one thread, released on another; the books are read meanwhile, and right afterwards.
+TEST_F(ThreadsTest, SharedContainersAndBlocks) {
+  static std::atomic<int> deleted;
+  deleted = 0;
+  KAPStringAtom* impl = fHost.Atom("Impl");
+  std::vector<KAPContainer*> shared(1000);
+  std::vector<void*> blocks(shared.size());
+  for (std::size_t i = 0; i < shared.size(); ++i) {
+    blocks[i] = fHost.Memory<"Alloc">(100ul);
+    ASSERT_EQ(fHost.Containers<"NewFullContainer">(&shared[i], &deleted, impl, impl,
+                                                   KAPDeleteProc([](void*) { ++deleted; })),
+              nullptr);
+    for (int thread = 1; thread < kThreads; ++thread) fHost.Containers<"AddRef">(shared[i]);
+  }
+  RunAll([&](int thread) {
+    for (std::size_t i = 0; i < shared.size(); ++i) {
+      EXPECT_TRUE(fHost.Containers<"AddRef">(shared[i]));
+      fHost.Containers<"Release">(shared[i]);
+      fHost.Containers<"Release">(shared[i]);
+      if (thread == 0) fHost.Memory<"Free">(blocks[i]);
+    }
+    fHost.TakeSnapshot();
+  });
+  EXPECT_EQ(deleted, static_cast<int>(shared.size()));
+  fHost.Strings<"DeleteStringAtom">(impl);
+  EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty()) << fHost.TakeSnapshot();
+}
+
+TEST_F(ThreadsTest, RegistryCounterErrorsAndReports) {
+  using Unregister = void (*)(const char*);
+  const auto unregister = reinterpret_cast<Unregister>(
+      fHost.Find("KAP", "KAPUnregisterInterface", "KAPUnregisterInterface"));
+  const auto report = reinterpret_cast<void (*)(const char*)>(
+      fHost.Find("KAP", "KAPReportError", "KAPReportError"));
+  auto* counter =
+      reinterpret_cast<std::atomic<unsigned long>*>(reinterpret_cast<unsigned long* (*)()>(
+          fHost.Find("KAP", "KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr"))());
+  const unsigned long before = *counter;
+  constexpr int kInterfaces = 500;
+  RunAll([&](int thread) {
+    const std::string name = "Interface" + std::to_string(thread);
+    for (int i = 0; i < kInterfaces; ++i) {
+      fHost.Register(name.c_str(), "M", "P", &fHost);
+      EXPECT_EQ(fHost.Find(name.c_str(), "M", "P"), &fHost);
+      unregister(name.c_str());
+      fHost.Errors<"Release">(fHost.Errors<"NewError">(name.c_str(), "c", 0L, nullptr, nullptr));
+    }
+    report(name.c_str());
+  });
+  EXPECT_EQ(*counter, before + kThreads * kInterfaces);
+  EXPECT_EQ(fHost.TakeReports().size(), static_cast<std::size_t>(kThreads));
+}
+
+// New types of containers turn up on all threads at once.
+TEST_F(ThreadsTest, NewTypes) {
+  RunAll([&](int) {
+    for (int i = 0; i < 300; ++i) {
+      KAPStringAtom* name = fHost.Atom(("Type" + std::to_string(i)).c_str());
+      KAPContainer* container = nullptr;
+      fHost.Containers<"NewFullContainer">(&container, nullptr, name, name, nullptr);
+      EXPECT_EQ(fHost.TakeText(fHost.Containers<"GetSignature">(container)),
+                "Type" + std::to_string(i));
+      fHost.Strings<"DeleteStringAtom">(name);
+      fHost.Containers<"Release">(container);
+    }
+  });
+}
+
+}  // namespace
