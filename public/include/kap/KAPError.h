@@ -68,6 +68,7 @@ class CKAPError : public std::exception {
 
  private:
   static KAPError* AddRef(KAPError* error) noexcept;
+  static KAPError* Shared(KAPError* error) noexcept;
 
   static constinit KAPError* fUnknownError;  // for an exception of unknown type
   static constinit KAPError* fMemError;      // for exhausted memory

@@ -83,6 +83,11 @@ void CKAPError::ThrowError(const char* message, const char* component, long code
 
 void CKAPError::ThrowError(TOQErrorID id) { throw CKAPError(id); }
 
+// A shared error is never destroyed, so one that cannot be counted any more will do as well.
+KAPError* CKAPError::Shared(KAPError* error) noexcept {
+  return KAPErrorClient::TryRefresh() ? AddRef(error) : error;
+}
+
 // A rethrow inside: the exception's type decides, and this is the only place that looks at it.
 KAPError* CKAPError::ForCaller() noexcept {
   try {
@@ -90,9 +95,9 @@ KAPError* CKAPError::ForCaller() noexcept {
   } catch (const std::exception& exception) {
     if (KAPError* error = Create(exception)) return error;
     const bool isEmpty = dynamic_cast<const CKAPError*>(&exception) != nullptr;
-    return AddRef(!isEmpty && fMemError ? fMemError : fUnknownError);  // no error: no memory for it
+    return Shared(!isEmpty && fMemError ? fMemError : fUnknownError);  // no error: no memory for it
   } catch (...) {
-    return AddRef(fUnknownError);
+    return Shared(fUnknownError);
   }
 }
 

@@ -1,7 +1,5 @@
 // The three functions that the library exports.
 
-#include <cstdlib>
-
 #include "KAPUtilsAtoms.h"
 #include "POSDictImpl.h"
 #include "kap/KAPBinder.h"
@@ -25,15 +23,16 @@ KAPUTILS_EXPORT int KAPUtilsGetVersion() noexcept;
 namespace {
 
 constinit bool gInitialized = false;
-constinit bool gKillGlobalsInstalled = false;
 
 // The host may be gone by the time static objects are destroyed.
-void KillGlobals() { KAP_T_MT::KAPClientKill(); }
+void KillGlobals() noexcept { KAP_T_MT::KAPClientKill(); }
 
+// Once for the process, or until the library is unloaded. A static object's destructor does what
+// std::atexit would, except that ThreadSanitizer calls the latter when the library is gone.
 void InstallKillGlobals() noexcept {
-  if (gKillGlobalsInstalled) return;
-  std::atexit(&KillGlobals);
-  gKillGlobalsInstalled = true;
+  static const struct AtExit {
+    ~AtExit() { KillGlobals(); }
+  } gKillGlobalsInstalled;
 }
 
 bool CreateAtoms() noexcept {

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kaphost/KAPHost.h"
+
+// The binder's own procedures, declared like any other interface.
+struct BinderInterface
+    : KAP_T_MT::TKAPInterface<
+          "KAP",
+          KAP_T_MT::TKAPMethod<"KAPRegisterProcAddress", "KAPRegisterProcAddress",
+                               int(const char*, const char*, const char*, void*)>,
+          KAP_T_MT::TKAPMethod<"KAPReportError", "KAPReportError", void(const char*)>,
+          KAP_T_MT::TKAPMethod<"KAPUnregisterInterface", "KAPUnregisterInterface",
+                               void(const char*)>,
+          KAP_T_MT::TKAPMethod<"KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr",
+                               unsigned long*()>,
+          KAP_T_MT::TKAPMethod<"KAPIsMultiThreaded", "KAPIsMultiThreaded", int()>> {};
+
+using Log = std::vector<std::pair<std::string, std::string>>;
+
+// Stands between a host and its components and writes down what they ask of it: look-ups as
+// (interface, method), calls as (method, texts among its first arguments, with slashes between
+// them). The test's own calls are among them. One at a time, one thread at a time.
+class HostTap {
+ public:
+  explicit HostTap(KAPHost::Host& host) {
+    fGetProc = host.GetProcAddress();
+    Tap<BinderInterface>(host);
+    Tap<KAP_T_MT::KAPContainerInterface>(host);
+    Tap<KAP_T_MT::KAPErrorInterface>(host);
+    Tap<KAP_T_MT::KAPStringInterface>(host);
+    Tap<KAP_T_MT::KAPMemoryInterface>(host);
+    Clear();
+  }
+
+  // The callback for components.
+  static void* GetProc(const char* interfaceName, const char* methodName, const char* procName) {
+    Note(fLookUps, interfaceName, methodName);
+    return fGetProc(interfaceName, methodName, procName);
+  }
+
+  static void Clear() {
+    fLookUps.clear();
+    fCalls.clear();
+  }
+  static Log TakeLookUps() { return std::exchange(fLookUps, {}); }
+  static Log TakeCalls() { return std::exchange(fCalls, {}); }
+  // The texts that a method was called with; the calls stay in the log.
+  static std::vector<std::string> TextsOf(const std::string& method) {
+    std::vector<std::string> texts;
+    for (const auto& [name, text] : fCalls) {
+      if (name == method) texts.push_back(text);
+    }
+    return texts;
+  }
+
+  // From now on whoever asks anything of the host ends the process with status 7.
+  static void Forbid() { fForbidden = true; }
+
+ private:
+  static void Note(Log& log, const char* first, std::string second) {
+    if (fForbidden) _exit(7);
+    log.emplace_back(first, std::move(second));
+  }
+
+  template <class Interface, std::size_t Slot, class Proc>
+  struct TTap;
+  template <class Interface, std::size_t Slot, class Result, class... Args>
+  struct TTap<Interface, Slot, Result (*)(Args...)> {
+    static constexpr auto kEntry = Interface::kEntries[Slot];
+    static inline Result (*fProc)(Args...) = nullptr;
+
+    static Result Call(Args... args) {
+      Note(fCalls, kEntry.fMethodName, TextOf(args...));
+      return fProc(args...);
+    }
+    static void Install(KAPHost::Host& host) {
+      void* proc = host.Find(Interface::kName, kEntry.fMethodName, kEntry.fProcName);
+      fProc = reinterpret_cast<decltype(fProc)>(proc);
+      host.Register(Interface::kName, kEntry.fMethodName, kEntry.fProcName,
+                    reinterpret_cast<void*>(&Call));
+    }
+  };
+
+  template <class... Args>
+  static std::string TextOf(const char* text, Args... rest) {
+    const std::string behind = TextOf(rest...);
+    return (text ? text : "(null)") + (behind.empty() ? "" : "/" + behind);
+  }
+  static std::string TextOf(KAPStringAtom* atom) {
+    using Strings = KAP_T_MT::KAPStringInterface;
+    constexpr std::size_t slot = Strings::kSlot<"GetCString">;
+    return TextOf(TTap<Strings, slot, Strings::Proc<"GetCString">>::fProc(atom));
+  }
+  template <class... Args>
+  static std::string TextOf(Args...) {
+    return "";
+  }
+
+  template <class Interface>
+  static void Tap(KAPHost::Host& host) {
+    [&]<std::size_t... Slots>(std::index_sequence<Slots...>) {
+      (TTap<Interface, Slots, typename Interface::template ProcAt<Slots>>::Install(host), ...);
+    }
+    (std::make_index_sequence<Interface::kCount>());
+  }
+
+  static inline KAPGetProcAddressProc fGetProc = nullptr;
+  static inline Log fLookUps;
+  static inline Log fCalls;
+  static inline bool fForbidden = false;
+};
+
+// The look-ups that load an interface: from the last entry to the first.
+template <class Interface>
+Log LoadOf() {
+  Log log;
+  for (std::size_t i = Interface::kCount; i-- > 0;) {
+    log.emplace_back(Interface::kName, Interface::kEntries[i].fMethodName);
+  }
+  return log;
+}

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <new>
+#include <string>
+
+#include "HostTap.h"
+#include "KAP.h"
+#include "TestHost.h"
+
+// An interface for the tests to offer and to use.
+struct EchoInterface
+    : KAP_T_MT::TKAPInterface<"EchoInterface",
+                              KAP_T_MT::TKAPMethod<"First", "EchoFirstProc", int()>,
+                              KAP_T_MT::TKAPMethod<"Second", "EchoSecondProc", int()>,
+                              KAP_T_MT::TKAPMethod<"Third", "EchoThirdProc", int()>> {};
+using EchoClient = KAP_T_MT::TKAPInterfaceClient<EchoInterface>;
+
+// Offers First, Second and Third as procedures that answer Base + 1, + 2, + 3.
+template <int Base = 0>
+void OfferEcho(KAPHost::Host& host) {
+  host.Offer<EchoInterface>([] { return Base + 1; }, [] { return Base + 2; },
+                            [] { return Base + 3; });
+}
+
+inline void* EchoProc(const KAPHost::Host& host, std::size_t slot) {
+  const auto& entry = EchoInterface::kEntries[slot];
+  return host.Find(EchoInterface::kName, entry.fMethodName, entry.fProcName);
+}
+
+// A container that offers EchoInterface, made with the runtime: one reference for the caller.
+inline KAPContainer* MakeContainer(const char* implementation, void* instance = nullptr,
+                                   KAPDeleteProc deleteInstance = nullptr) {
+  using KAP_T_MT::CKAPStringAtom;
+  return KAP_T_MT::CKAPContainer::NewFullContainer(instance, CKAPStringAtom(implementation),
+                                                   CKAPStringAtom(EchoInterface::kName),
+                                                   deleteInstance);
+}
+
+// Raises the host's unregister counter by one.
+inline void MoveCounter(KAPHost::Host& host) {
+  host.Register("Passing", "Method", "Proc", &host);
+  host.Unregister("Passing");
+}
+
+// An error as "message|component|code", for comparisons; "(empty)" for one without a handle.
+inline std::string Describe(const KAP_T_MT::CKAPError& error) {
+  if (!error.Handle()) return "(empty)";
+  using Errors = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::KAPErrorInterface>;
+  const KAP_T_MT::CKAPStringAtom component(Errors::Call<"GetComponent">(error.Handle()), true);
+  const std::string text = component.Text() ? component.Text() : "(null)";
+  return std::string(error.what()) + "|" + text + "|" +
+         std::to_string(Errors::Call<"GetID">(error.Handle()));
+}
+
+// What `body` throws, in words; "" when it throws nothing.
+template <class Body>
+std::string Thrown(Body body) {
+  try {
+    body();
+    return "";
+  } catch (const KAP_T_MT::CKAPError& error) {
+    return Describe(error);
+  } catch (const std::exception& exception) {
+    return exception.what();
+  }
+}
+
+inline constexpr const char* kMissingInterface = "Missing Interface|KAP|0";
+inline constexpr const char* kMissingProcedure = "|KAP|0";
+inline constexpr const char* kBadAlloc = "std::bad_alloc";
+inline constexpr const char* kOverflow = "Math overflow exception";
+inline constexpr const char* kOutOfMemory = "out of memory|KAP|1";  // this host's core error
+inline constexpr const char* kUnknown = "unknown error|KAP|0";      // and its other one
+
+// A component that is bound to a tapped host for the length of a test.
+class BoundTest : public HostTest {
+ protected:
+  BoundTest() {
+    EXPECT_TRUE(KAP_T_MT::KAPClientInit(&HostTap::GetProc));
+    HostTap::Clear();
+  }
+  ~BoundTest() override {
+    fHost.StopRefusing();
+    KAP_T_MT::KAPClientTerminate();
+  }
+
+  HostTap fTap{fHost};
+};

@@ -1,0 +1,157 @@
+#include "RuntimeTest.h"
+
+namespace {
+
+using namespace KAP_T_MT;
+
+template <class Handle>
+Handle* NobodysHandle() {
+  return reinterpret_cast<Handle*>(64);
+}
+
+// Static objects may release what they hold before there is any host.
+const bool gReleasedBeforeBinding = [] {
+  const KAPContainerBaseGeneric wrapper(NobodysHandle<KAPContainer>(), KAPAdopt());
+  const CKAPContainerHolder holder(NobodysHandle<KAPContainer>(), true);
+  const CKAPCachedContainerHolder cached(NobodysHandle<KAPContainer>());
+  const CKAPError error(NobodysHandle<KAPError>());
+  CKAPMemory::Free(NobodysHandle<void>());
+  return true;
+}();
+
+TEST(UnboundTest, NothingWorksAndNothingCrashes) {
+  EXPECT_TRUE(gReleasedBeforeBinding);
+  EXPECT_FALSE(KAPClientInit(nullptr));
+  EXPECT_FALSE(KAPIsBound());
+  EXPECT_EQ(KAPQueryProcAddress("KAP", "KAPReportError", "KAPReportError"), nullptr);
+  KAPReportError("dropped");
+  KAPUnregisterInterface("I");
+  KAPClientTerminate();
+  EXPECT_EQ(Thrown([] { CKAPStringAtom("x"); }), "(empty)");
+  void* out[] = {NobodysHandle<void>(), NobodysHandle<void>(), NobodysHandle<void>()};
+  EXPECT_EQ(KAPLoadProcTable(EchoInterface::kEntries, 3, EchoInterface::kName, out, 0), 0);
+  EXPECT_EQ(out[1], NobodysHandle<void>());
+  EXPECT_EQ(out[2], nullptr);
+}
+
+TEST(BindingTest, LooksUpWhatItNeedsInOrder) {
+  TestHost host;
+  const HostTap tap(host);
+  ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
+  Log expected;
+  for (const auto& entry : BinderInterface::kEntries) {
+    expected.emplace_back("KAP", entry.fMethodName);
+  }
+  for (const Log& part : {LoadOf<KAPContainerInterface>(), LoadOf<KAPErrorInterface>(),
+                          LoadOf<KAPStringInterface>(), LoadOf<KAPMemoryInterface>()}) {
+    expected.insert(expected.end(), part.begin(), part.end());
+  }
+  EXPECT_EQ(HostTap::TakeLookUps(), expected);
+  EXPECT_EQ(KAPIsMultiThreaded(), 1);
+  EXPECT_TRUE(KAPClientInit(nullptr));  // bound already, whatever it is given
+  EXPECT_EQ(HostTap::TakeLookUps(), Log());
+  HostTap::Clear();
+  KAPClientTerminate();
+  EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));  // the shared errors
+  EXPECT_FALSE(KAPIsBound());
+}
+
+TEST(BindingTest, FailsWithoutWhatItNeeds) {
+  const struct {
+    const char* interfaceName;
+    const char* methodName;  // "": all of it
+    const char* thrown;      // "": the answer is false
+  } rows[] = {{"KAP", "KAPRegisterProcAddress", ""},
+              {"KAP", "KAPReportError", ""},
+              {"KAP", "KAPUnregisterInterface", ""},
+              {"KAP", "KAPGetUnregisterCountAddr", ""},
+              {"KAP", "KAPIsMultiThreaded", ""},
+              {"KAPContainerInterface", "", kMissingInterface},
+              {"KAPErrorInterface", "GetCoreError", ""},
+              {"KAPStringInterface", "", ""},
+              {"KAPMemoryInterface", "Realloc", kMissingInterface}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.interfaceName) + " " + row.methodName);
+    TestHost host;
+    const HostTap tap(host);
+    host.HideProcedure(row.interfaceName, row.methodName);
+    EXPECT_EQ(Thrown([] { EXPECT_FALSE(KAPClientInit(&HostTap::GetProc)); }), row.thrown);
+    HostTap::Clear();
+    EXPECT_TRUE(KAPClientInit(&HostTap::GetProc));  // deliberate: the callback stays stored
+    EXPECT_EQ(HostTap::TakeLookUps(), Log());
+    KAPClientTerminate();
+
+    host.StopRefusing();
+    EXPECT_TRUE(KAPClientInit(&HostTap::GetProc));
+    EXPECT_STREQ(CKAPStringAtom("usable").Text(), "usable");
+    KAPClientTerminate();
+  }
+}
+
+std::string gHistory;
+
+class Member : public LazyTerminate {
+ public:
+  enum Reply { kYes, kNo, kThrow };
+  explicit Member(const char* name, Reply reply = kYes) : fName(name), fReply(reply) {}
+  bool Initialize() override {
+    gHistory += "I" + fName;
+    if (fReply == kThrow) throw fReply;
+    return fReply == kYes;
+  }
+  void Terminate() override { gHistory += "T" + fName; }
+  void Kill() noexcept override { gHistory += "K" + fName; }
+
+ private:
+  std::string fName;
+  Reply fReply;
+};
+
+TEST(BindingTest, MembersTakePartInOrder) {
+  for (const Member::Reply reply : {Member::kYes, Member::kNo, Member::kThrow}) {
+    SCOPED_TRACE(reply);
+    const bool bound = reply == Member::kYes;
+    TestHost host;
+    const Member first("1"), second("2");
+    { const Member gone("gone"); }
+    const Member third("3", reply), fourth("4");
+    EXPECT_EQ(KAPClientInit(host.GetProcAddress()), bound);
+    EXPECT_EQ(std::exchange(gHistory, ""), bound ? "I1I2I3I4" : "I1I2I3T1T2");
+    KAPClientTerminate();
+    EXPECT_EQ(std::exchange(gHistory, ""), "T1T2T3T4");
+    KAPClientTerminate();
+    EXPECT_EQ(gHistory, "");
+    KAPClientKill();
+    EXPECT_EQ(std::exchange(gHistory, ""), "K1K2K3K4");
+  }
+}
+
+// The second host has other procedures, and a counter that stands where the first one's did.
+TEST(BindingTest, NothingOfTheFormerHostIsUsed) {
+  static unsigned long counters[] = {5, 5};
+  unsigned long* (*const counterAddresses[])() = {[] { return &counters[0]; },
+                                                  [] { return &counters[1]; }};
+  TDelVTabList<EchoInterface> tables;
+  for (int round = 0; round < 2; ++round) {
+    TestHost host;
+    if (round == 0) HostTap tap(host);  // the first host alone has its procedures
+    host.Register("KAP", "KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr",
+                  reinterpret_cast<void*>(counterAddresses[round]));
+    round == 0 ? OfferEcho<10>(host) : OfferEcho<20>(host);
+    HostTap::Clear();
+    ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+    {
+      const CKAPContainerHolder container(MakeContainer("Impl"), true);
+      const CKAPStringAtom joined = CKAPStringAtom("a") + CKAPStringAtom("b");
+      EXPECT_TRUE(CKAPError("m", "c", 1).Matches("c", 1));
+      EXPECT_EQ(EchoClient::Call<"Second">(), round == 0 ? 12 : 22);
+      const KAPVTabGeneric::Slot* slots = tables.Get(container.Handle());
+      ASSERT_NE(slots, nullptr);
+      EXPECT_EQ(slots[1], EchoProc(host, 1));
+    }
+    KAPClientTerminate();
+    EXPECT_EQ(HostTap::TakeCalls().empty(), round == 1);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,118 @@
+#include "RuntimeTest.h"
+
+// Containers, and host memory.
+
+namespace {
+
+using namespace KAP_T_MT;
+using KAPHost::Call;
+
+constexpr const char* kInvalidContainer = "invalid container||0";
+
+class ContainerTest : public BoundTest {
+ protected:
+  int References() const { return *fHost.Containers<"DebugGetRefCountAddr">(fContainer); }
+
+  int fDeleted = 0;
+  KAPContainer* fContainer =
+      MakeContainer("Impl", &fDeleted, [](void* count) { ++*static_cast<int*>(count); });
+  CKAPContainerHolder fHolder{fContainer, true};
+};
+
+TEST_F(ContainerTest, WrappersHoldOneReferenceEach) {
+  KAPContainerBaseGeneric wrapper(fContainer);
+  const KAPContainerBaseGeneric copy(wrapper), unchecked(fContainer, 1);
+  EXPECT_EQ(References(), 4);
+  const KAPContainerBaseGeneric moved(std::move(wrapper));
+  EXPECT_EQ(References(), 4);
+  wrapper = copy;
+  wrapper = KAPContainerBaseGeneric(wrapper.Detach(), KAPAdopt());
+  EXPECT_EQ(References(), 5);
+  wrapper = KAPContainerBaseGeneric();
+  EXPECT_TRUE(KAPContainerBaseGeneric(wrapper).IsNull());
+  {
+    const CKAPContainerHolder added(fContainer, false), none(nullptr, false);
+    EXPECT_EQ(References(), 5);
+    EXPECT_EQ(none.Handle(), nullptr);
+  }
+  EXPECT_EQ(References(), 4);
+}
+
+// A refused reference is neither kept nor given back.
+TEST_F(ContainerTest, RefusedReferences) {
+  const KAPContainerBaseGeneric source(fContainer);
+  KAPContainerBaseGeneric target(MakeContainer("Other"), KAPAdopt());
+  KAPContainer* const before = target.Handle();
+  const BalancedScope balanced(fHost);
+  fHost.RefuseFrom(Call::kReference, 1);
+  EXPECT_EQ(Thrown([&] { KAPContainerBaseGeneric wrapper(fContainer); }), kInvalidContainer);
+  EXPECT_EQ(Thrown([&] { KAPContainerBaseGeneric wrapper(source); }), kInvalidContainer);
+  EXPECT_EQ(Thrown([&] { target = source; }), kInvalidContainer);
+  EXPECT_EQ(target.Handle(), before);
+  EXPECT_EQ(Thrown([&] { CKAPContainerHolder holder(fContainer, false); }), kInvalidContainer);
+  EXPECT_EQ(Thrown([&] { KAPContainerBaseGeneric wrapper(nullptr); }), kInvalidContainer);
+}
+
+TEST_F(ContainerTest, NewContainersAndThoseThatAreRefused) {
+  const BalancedScope balanced(fHost);
+  EXPECT_EQ(CKAPContainer::GetSignature(CKAPContainerHolder().Handle()), nullptr);
+  fHost.RefuseFrom(Call::kContainer, 1);
+  EXPECT_EQ(Thrown([] { CKAPContainerHolder(); }), kOutOfMemory);
+  EXPECT_EQ(Thrown([] { MakeContainer("Impl"); }), kOutOfMemory);
+}
+
+TEST_F(ContainerTest, CachedHolderDestroysWhatNobodyElseHolds) {
+  { const CKAPCachedContainerHolder cached(fContainer), none(nullptr); }
+  EXPECT_EQ(References(), 1);
+  {
+    const CKAPCachedContainerHolder cached(fContainer);
+    fHost.Containers<"DecrementWithoutDelete">(fHolder.Detach());
+    EXPECT_EQ(fDeleted, 0);
+  }
+  EXPECT_EQ(fDeleted, 1);
+}
+
+TEST_F(ContainerTest, Instances) {
+  const CKAPStringAtom primary("Impl"), second("Second"), absent("Absent");
+  int other = 0;
+  fHost.Containers<"RegisterInstance">(fContainer, second.Handle(), &other, nullptr);
+  const struct {
+    const CKAPStringAtom& name;
+    void* instance;
+  } rows[] = {{primary, &fDeleted}, {second, &other}, {absent, nullptr}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(CKAPContainer::BCGetInstance(fContainer, row.name), row.instance);
+    EXPECT_EQ(CKAPContainer::GetInstance(fContainer, row.name), row.instance);
+  }
+  HostTap::Clear();
+  CKAPContainer::GetInstance(fContainer, primary);
+  EXPECT_EQ(HostTap::TakeCalls(), Log());  // the record itself says it
+  fHost.Refuse(Call::kInstance, 1);
+  EXPECT_EQ(Thrown([&] { CKAPContainer::BCGetInstance(fContainer, primary); }), kOutOfMemory);
+}
+
+class MemoryTest : public BoundTest {};
+
+TEST_F(MemoryTest, SizesThatDoNotFit) {
+  constexpr std::size_t kMax = ~std::size_t{0};
+  const struct {
+    std::size_t count, size, header;
+    bool fits;
+  } rows[] = {{kMax, 1, 0, true},      {kMax, 1, 1, false},         {kMax / 8, 8, 7, true},
+              {kMax / 8, 8, 8, false}, {kMax / 8 + 1, 8, 0, false}, {0, kMax, kMax, true}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(Thrown([&] { KAPCheckedSize(row.count, row.size, row.header); }),
+              row.fits ? "" : kOverflow)
+        << row.count << " * " << row.size << " + " << row.header;
+  }
+  EXPECT_EQ(KAPCheckedSize(3, 8, 5), 29u);
+  EXPECT_EQ(Thrown([] { KAPNewBlock<long>(kMax / 8 + 1); }), kOverflow);
+  HostTap::Clear();
+  EXPECT_EQ(KAPNewBlock<long>(0), nullptr);
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
+  fHost.RefuseBlocksAbove(64);
+  EXPECT_NE(KAPNewBlock<long>(8), nullptr);
+  EXPECT_EQ(Thrown([] { KAPNewBlock<long>(9); }), kBadAlloc);
+}
+
+}  // namespace

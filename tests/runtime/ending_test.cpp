@@ -1,0 +1,67 @@
+#include <optional>
+
+#include "OwnProcess.h"
+#include "RuntimeTest.h"
+
+// What is released after the binding has ended must not reach the host, which may be gone.
+
+namespace {
+
+using namespace KAP_T_MT;
+
+struct Holdings {
+  CKAPStringAtom fAtom;
+  CKAPError fError;
+  KAPContainerBaseGeneric fContainer;
+  std::optional<CKAPContainerHolder> fHolder;
+  std::optional<CKAPCachedContainerHolder> fCached;
+  TKAPBlock<char> fBlock;
+  TDelVTabList<EchoInterface> fTables;
+
+  void Fill() {
+    KAPContainer* container = MakeContainer("Impl");
+    fAtom = CKAPStringAtom("held");
+    fError = CKAPError("held", "c", 1);
+    fContainer = KAPContainerBaseGeneric(container, KAPAdopt());
+    fHolder.emplace(container, false);
+    fCached.emplace(container);
+    fBlock = KAPNewBlock<char>(10);
+    EXPECT_NE(fTables.Get(container), nullptr);
+  }
+};
+
+enum class End { kTerminate, kKill, kExit };
+
+void RunToTheEnd(End end, bool counterMoves, bool hostGoes) {
+  static std::optional<KAPHost::Host> host;
+  static std::optional<Holdings> holdings(std::in_place);
+  host.emplace(KAPHost::HostOptions{.fOnReport = {}, .fOnLeak = [](const auto&) {}});
+  const HostTap tap(*host);
+  ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
+  OfferEcho(*host);
+  holdings->Fill();
+  if (end == End::kTerminate) KAPClientTerminate();
+  HostTap::Forbid();
+  if (end == End::kKill) KAPClientKill();
+  if (end == End::kExit) std::atexit(&KAPClientKill);  // static objects are destroyed after it
+  if (counterMoves) MoveCounter(*host);
+  if (hostGoes) host.reset();
+  if (end == End::kExit) return;
+  const CKAPError copy(holdings->fError);
+  holdings.reset();
+  EXPECT_EQ(Thrown([] { CKAPStringAtom("too late"); }), "(empty)");
+}
+
+TEST(EndingTest, NothingReachesTheHostAnyMore) {
+  for (const End end : {End::kTerminate, End::kKill, End::kExit}) {
+    for (const bool counterMoves : {false, true}) {
+      for (const bool hostGoes : {false, true}) {
+        SCOPED_TRACE(testing::Message()
+                     << static_cast<int>(end) << ' ' << counterMoves << ' ' << hostGoes);
+        ExpectGoodExit([&] { RunToTheEnd(end, counterMoves, hostGoes); });
+      }
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,142 @@
+#include <functional>
+#include <stdexcept>
+
+#include "RuntimeTest.h"
+
+namespace {
+
+using namespace KAP_T_MT;
+using KAPHost::Call;
+using KAPHost::Kind;
+
+class ErrorTest : public BoundTest {};
+
+TEST_F(ErrorTest, CountsReferencesAndFreesClientDataOnce) {
+  static int freed;
+  auto references = [&] { return fHost.TakeSnapshot().Of(Kind::kError, "m").fExtent; };
+  {
+    CKAPError error("m", "c", 1, &freed, [](void* count) { ++*static_cast<int*>(count); });
+    const CKAPError copy(error);
+    CKAPError assigned;
+    assigned = copy;
+    EXPECT_EQ(references(), 3);
+    const CKAPError moved(std::move(error));
+    assigned = CKAPError();
+    EXPECT_EQ(references(), 2);
+    EXPECT_EQ(Thrown([&] { KAPThrowError(CKAPError(copy).Detach()); }), "m|c|1");
+    EXPECT_EQ(Thrown([&] { KAPCheck(CKAPError(copy).Detach()); }), "m|c|1");
+    EXPECT_EQ(references(), 2);
+    EXPECT_EQ(freed, 0);
+  }
+  EXPECT_EQ(freed, 1);
+}
+
+// The text lives as long as the error, also that of a core error, which lives for ever.
+TEST_F(ErrorTest, WhatKeepsNoAtom) {
+  const CKAPError errors[] = {CKAPError("message", "c", 0), CKAPError(kMemErrorID), CKAPError()};
+  const char* const texts[] = {"message", "out of memory", "Invalid CKAPError"};
+  const BalancedScope balanced(fHost);
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_STREQ(errors[i].what(), texts[i]);
+  EXPECT_EQ(CKAPError(nullptr, "c", 0).what(), nullptr);
+}
+
+TEST_F(ErrorTest, Matches) {
+  const CKAPError error("m", "Comp", 7), empty, unnamed("m", nullptr, 7);
+  const struct {
+    const CKAPError& error;
+    const char* component;
+    long code;
+    bool matches;
+  } rows[] = {{error, "Comp", 7, true}, {error, "Comp", 8, false},  {error, "comp", 7, false},
+              {error, "Com", 7, false}, {empty, "", 0, true},       {empty, "Comp", 0, false},
+              {empty, "", 1, false},    {unnamed, "Comp", 7, false}};
+  const BalancedScope balanced(fHost);
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.error.Matches(row.component, row.code), row.matches)
+        << row.error.what() << " " << row.component << row.code;
+  }
+}
+
+// Making an error never throws: it is what one does when something else has failed already.
+TEST_F(ErrorTest, WithoutMeans) {
+  fHost.RefuseFrom(Call::kError, 1);
+  EXPECT_EQ(Thrown([] { CKAPError::ThrowError("m", "c", 1); }), "(empty)");
+  MoveCounter(fHost);
+  fHost.HideInterface("KAPErrorInterface");
+  EXPECT_EQ(Describe(CKAPError("m", "c", 1)), "(empty)");
+  EXPECT_EQ(Describe(CKAPError(kMemErrorID)), "(empty)");
+}
+
+// ---- Failures that meet the boundary ----
+
+struct TextlessException : std::exception {
+  const char* what() const noexcept override { return nullptr; }
+};
+
+const struct {
+  const char* why;
+  std::function<void()> body;
+  const char* error;   // what the caller gets
+  const char* report;  // or what the binder is told
+} kFailures[] = {
+    {"a standard exception", [] { throw std::runtime_error("some"); }, "some|TOQ|0", "some"},
+    {"our own exception", [] { KAPThrowMathOverflow(); }, "Math overflow exception|TOQ|0",
+     kOverflow},
+    {"no text", [] { throw TextlessException(); }, "unknown KAP error|TOQ|0", "unknown KAP error"},
+    {"an error", [] { CKAPError::ThrowError("m", "c", -3); }, "m|c|-3", "m"},
+    {"the empty error", [] { throw CKAPError(); }, kUnknown, "Invalid CKAPError"},
+    {"a core error", [] { CKAPError::ThrowError(kMemErrorID); }, kOutOfMemory, "out of memory"},
+    {"no memory", [] { CKAPMemory::ThrowMemError(); }, kOutOfMemory, kBadAlloc},
+    {"no exception class", [] { throw 5; }, kUnknown, "unknown KAP error"},
+};
+
+using BoundaryTest = ErrorTest;
+
+TEST_F(BoundaryTest, ReturningErrors) {
+  const BalancedScope balanced(fHost);
+  EXPECT_EQ(KAPReturningError([] {}), nullptr);
+  for (const auto& row : kFailures) {
+    SCOPED_TRACE(row.why);
+    EXPECT_EQ(Describe(CKAPError(KAPReturningError(row.body))), row.error);
+  }
+}
+
+TEST_F(BoundaryTest, ReportingErrors) {
+  const BalancedScope balanced(fHost);
+  for (const auto& row : kFailures) {
+    SCOPED_TRACE(row.why);
+    auto failing = [&]() -> int { return row.body(), 1; };
+    EXPECT_EQ(KAPReportingError(failing), 0);
+    EXPECT_EQ(fHost.TakeReport(), row.report);
+    EXPECT_EQ(KAPReportingError(failing, -1), -1);
+    EXPECT_EQ(fHost.TakeReport(), row.report);
+    KAPReportingError([&] { row.body(); });
+    EXPECT_EQ(fHost.TakeReport(), row.report);
+  }
+  EXPECT_EQ(KAPReportingError([] { return 7; }, -1), 7);
+  KAPReportError(nullptr);
+  EXPECT_EQ(fHost.TakeReport(), "unknown KAP error");
+}
+
+// A failure must never look like success.
+TEST_F(BoundaryTest, NeverNullWhenErrorsAreRefused) {
+  fHost.RefuseFrom(Call::kAny, 1);
+  for (const auto& row : kFailures) {
+    EXPECT_NE(CKAPError(KAPReturningError(row.body)).Handle(), nullptr) << row.why;
+  }
+}
+
+TEST(BoundaryHostTest, NeverNullWithoutTheMemoryError) {
+  TestHost host;
+  static const auto getCoreError = host.Proc<KAPErrorInterface, "GetCoreError">();
+  const KAPErrorInterface::Proc<"GetCoreError"> onlyUnknown = [](int id) {
+    return id == kUnknownErrorID ? getCoreError(id) : nullptr;
+  };
+  host.Register("KAPErrorInterface", "GetCoreError", "KAPGetCoreErrorProc",
+                reinterpret_cast<void*>(onlyUnknown));
+  ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+  EXPECT_NE(KAPReturningError([] { throw std::bad_alloc(); }), nullptr);
+  KAPClientTerminate();
+}
+
+}  // namespace

@@ -1,0 +1,158 @@
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "HostTap.h"
+#include "TestHost.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+using KAPHost::Call;
+
+const Texts kInterfaces = {"POSObjectInterface",        "POSObjectStatics",
+                           "POSNumberInterface",        "POSStringInterface",
+                           "POSUnicodeStringInterface", "POSBinDataInterface",
+                           "POSRawPointerInterface",    "POSArrayInterface",
+                           "POSDictInterface",          "POSDictIteratorInterface"};
+const Texts kAtoms = {
+    "POSObjectImpl",   "POSObjectInterface",   "POSDictIteratorImpl", "POSDictIteratorInterface",
+    "POSStreamerImpl", "POSStreamerInterface", "POSValidatorImpl",    "POSValidatorInterface",
+    "KAPUtilsDir",     "KAPUtilsDirInterface"};
+
+// A registration, out of the text that the tap writes down: "interface/method/procedure".
+struct Registration {
+  explicit Registration(const std::string& text)
+      : fInterface(text.substr(0, text.find('/'))),
+        fMethod(text.substr(fInterface.size() + 1, text.rfind('/') - fInterface.size() - 1)),
+        fProc(text.substr(text.rfind('/') + 1)) {}
+  bool IsIn(const KAPHost::Host& host) const {
+    return host.Find(fInterface.c_str(), fMethod.c_str(), fProc.c_str()) != nullptr;
+  }
+
+  std::string fInterface, fMethod, fProc;
+};
+
+class LibraryEntryTest : public HostTest {
+ protected:
+  bool Initialize() { return fLibrary->Initialize(&HostTap::GetProc); }
+  void Terminate() {
+    fLibrary->Terminate();
+    EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty()) << fHost.TakeSnapshot();
+  }
+  // Under the refusals of the moment; then, without them, all is well again.
+  void FailAndRecover() {
+    EXPECT_FALSE(Initialize());
+    EXPECT_FALSE(Initialize());
+    Terminate();
+    fHost.StopRefusing();
+    EXPECT_TRUE(Initialize());
+    Terminate();
+  }
+  std::vector<Registration> RegistrationsSoFar() const {
+    const Texts texts = HostTap::TextsOf("KAPRegisterProcAddress");
+    return {texts.begin(), texts.end()};
+  }
+
+  HostTap fTap{fHost};
+  std::optional<KAPHost::Component> fLibrary{KAP_LIBRARY_PATH};
+};
+
+TEST_F(LibraryEntryTest, AtomsAndInterfacesInOrder) {
+  for (int round = 0; round < 2; ++round) {
+    HostTap::Clear();
+    EXPECT_TRUE(Initialize());
+    Texts interfaces;
+    for (const Registration& registration : RegistrationsSoFar()) {
+      EXPECT_TRUE(registration.IsIn(fHost)) << registration.fProc;
+      interfaces.push_back(registration.fInterface);
+    }
+    interfaces.erase(std::unique(interfaces.begin(), interfaces.end()), interfaces.end());
+    EXPECT_EQ(interfaces, kInterfaces);
+    EXPECT_EQ(HostTap::TextsOf("NewStringAtom"), kAtoms);
+    EXPECT_EQ(HostTap::TextsOf("Alloc").size(), 1u);
+
+    HostTap::Clear();
+    Terminate();
+    EXPECT_EQ(HostTap::TextsOf("KAPUnregisterInterface"), kInterfaces);
+    EXPECT_EQ(HostTap::TextsOf("DeleteStringAtom"), Texts(kAtoms.rbegin(), kAtoms.rend()));
+  }
+}
+
+TEST_F(LibraryEntryTest, WhatIsOutOfTurnChangesNothing) {
+  auto nothingAsked = [] { return HostTap::TakeCalls().empty() && HostTap::TakeLookUps().empty(); };
+  for (int round = 0; round < 2; ++round) {
+    HostTap::Clear();
+    Terminate();
+    EXPECT_EQ(fLibrary->Version(), 65793);
+    EXPECT_TRUE(nothingAsked());
+    EXPECT_TRUE(Initialize());
+    HostTap::Clear();
+    EXPECT_FALSE(Initialize());  // deliberate: not reported as success
+    EXPECT_FALSE(fLibrary->Initialize(nullptr));
+    EXPECT_EQ(fLibrary->Version(), 65793);
+    EXPECT_TRUE(nothingAsked());
+    Terminate();
+  }
+
+  EXPECT_FALSE(fLibrary->Initialize(nullptr));
+  EXPECT_FALSE(Initialize());  // a failed one counts until it is terminated
+  Terminate();
+  EXPECT_TRUE(Initialize());
+}
+
+TEST_F(LibraryEntryTest, AnyCallRefused) {
+  fHost.CountCalls();
+  EXPECT_TRUE(Initialize());
+  const unsigned long calls = fHost.CallCount(Call::kAny);
+  Terminate();
+  EXPECT_GT(calls, kAtoms.size());
+  for (unsigned long n = 1; n <= calls; ++n) {
+    SCOPED_TRACE(n);
+    fHost.Refuse(Call::kAny, n);
+    FailAndRecover();
+  }
+}
+
+TEST_F(LibraryEntryTest, AnyProcedureMissing) {
+  EXPECT_TRUE(Initialize());
+  Terminate();
+  const Log lookUps = HostTap::TakeLookUps();
+  EXPECT_GT(lookUps.size(), 30u);
+  for (const auto& [interfaceName, method] : lookUps) {
+    SCOPED_TRACE(interfaceName + " " + method);
+    fHost.HideProcedure(interfaceName.c_str(), method.c_str());
+    FailAndRecover();
+  }
+}
+
+TEST_F(LibraryEntryTest, AnyRegistrationRefused) {
+  HostTap::Clear();
+  EXPECT_TRUE(Initialize());
+  const std::vector<Registration> all = RegistrationsSoFar();
+  Terminate();
+  for (const Registration& refused : all) {
+    SCOPED_TRACE(refused.fInterface + " " + refused.fMethod);
+    fHost.RefuseRegistration(refused.fInterface.c_str(), refused.fMethod.c_str());
+    EXPECT_FALSE(Initialize());
+    for (const Registration& other : all) {  // those before it stay
+      EXPECT_EQ(other.IsIn(fHost), &other < &refused) << other.fProc;
+    }
+    Terminate();
+    for (const Registration& other : all) EXPECT_FALSE(other.IsIn(fHost)) << other.fProc;
+    FailAndRecover();
+  }
+}
+
+TEST_F(LibraryEntryTest, IsUnloadedAndLoadedAgain) {
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_TRUE(Initialize());
+    Terminate();
+    fLibrary.reset();
+    EXPECT_EQ(dlopen(KAP_LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr);
+    fLibrary.emplace(KAP_LIBRARY_PATH);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,94 @@
+#include <dlfcn.h>
+
+#include <optional>
+
+#include "HostTap.h"
+#include "OwnProcess.h"
+#include "pos/POSInterfaces.h"
+
+// The ends that a host does not plan for, each tried in a process of its own. Whoever calls a host
+// that may be gone ends that process with another status.
+
+namespace {
+
+using namespace KAP_T_MT;
+
+struct World {
+  std::optional<KAPHost::Host> fHost;
+  std::optional<HostTap> fTap;
+  std::optional<KAPHost::Component> fLibrary;
+  std::vector<KAPContainer*> fObjects;
+
+  template <class Interface, TKAPName Method, class... Args>
+  auto Call(Args... args) {
+    return fHost->Proc<Interface, Method>()(args...);
+  }
+  KAPContainer* Keep(KAPContainer* object) {
+    EXPECT_NE(object, nullptr);
+    return fObjects.emplace_back(object);
+  }
+
+  // With one object of each kind that holds something of the host.
+  World() {
+    fHost.emplace(KAPHost::HostOptions{.fOnReport = {}, .fOnLeak = [](const auto&) {}});
+    fTap.emplace(*fHost);
+    fLibrary.emplace(KAP_LIBRARY_PATH);
+    EXPECT_TRUE(fLibrary->Initialize(&HostTap::GetProc));
+    KAPContainer* array = Keep(Call<POSObjectStatics, "CreateFromText">(
+        static_cast<const char*>("[ 1 (text) <kKey 2> ]"), nullptr));
+    Keep(Call<POSObjectInterface, "Clone">(array));  // fills the library's method tables
+    Keep(Call<POSNumberInterface, "NewPOSNumber">(1.0));
+    Keep(Call<POSBinDataInterface, "NewPOSBinData">("t", nullptr, 0ul));
+    Keep(Call<POSRawPointerInterface, "NewPOSRawPointer">(nullptr, [](void*) {}));
+    KAPContainer* dict = Keep(Call<POSDictInterface, "NewPOSDict">());
+    KAPStringAtom* key = Call<KAPStringInterface, "NewStringAtom">("Key");
+    Call<POSDictInterface, "Put">(dict, key, array);
+    Keep(Call<POSDictIteratorInterface, "NewPOSDictIterator">(dict));
+  }
+};
+
+// Lasts until the process ends, unlike a static object.
+World& MakeWorld() { return *new World; }
+
+TEST(LibraryExitTest, ExitWithoutTerminate) {
+  for (const bool hostGoes : {false, true}) {
+    ExpectGoodExit([&] {
+      World& world = MakeWorld();
+      if (hostGoes) world.fHost.reset();
+      HostTap::Forbid();
+    });
+  }
+}
+
+TEST(LibraryExitTest, UnloadedWithoutTerminate) {
+  ExpectGoodExit([] {
+    MakeWorld();
+    HostTap::Forbid();
+    void* library = dlopen(KAP_LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD);
+    dlclose(library);
+    dlclose(library);
+    EXPECT_EQ(dlopen(KAP_LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  });
+}
+
+// Their procedures still run, in a library that is bound to nothing.
+TEST(LibraryExitTest, ObjectsOutliveTermination) {
+  for (const bool counterMoves : {false, true}) {
+    ExpectGoodExit([&] {
+      World& world = MakeWorld();
+      world.fLibrary->Terminate();
+      if (counterMoves) {
+        world.fHost->Register("Passing", "Method", "Proc", &world);
+        world.fHost->Unregister("Passing");
+      }
+      HostTap::Clear();
+      for (KAPContainer* object : world.fObjects) {
+        world.Call<KAPContainerInterface, "Release">(object);
+      }
+      EXPECT_EQ(HostTap::TakeCalls().size(), world.fObjects.size());  // these and no others
+      EXPECT_EQ(HostTap::TakeLookUps(), Log());
+    });
+  }
+}
+
+}  // namespace

@@ -1,0 +1,132 @@
+#include "RuntimeTest.h"
+
+namespace {
+
+using namespace KAP_T_MT;
+using KAPHost::Call;
+using Slots = const KAPVTabGeneric::Slot*;
+
+int gFills;
+
+int CountedInit(KAPContainer* container, int required, KAPVTabGeneric::Slot* slots) {
+  ++gFills;
+  return TInterfaceConstructor<EchoInterface>::InitProc(container, required, slots);
+}
+
+class MethodTableTest : public BoundTest {
+ protected:
+  MethodTableTest() {
+    gFills = 0;
+    OfferEcho(fHost);
+  }
+  Slots Get(const CKAPContainerHolder& container) {
+    return fList.GetVTabDynamic(container.Handle(), &CountedInit);
+  }
+  void* Third() const { return EchoProc(fHost, 2); }
+
+  CKAPContainerHolder fA1{MakeContainer("A"), true};
+  CKAPContainerHolder fA2{MakeContainer("A"), true};
+  CKAPContainerHolder fB{MakeContainer("B"), true};
+  KAPVTabListGeneric fList{EchoInterface::kCount};
+};
+
+TEST_F(MethodTableTest, OneTablePerImplementation) {
+  const Slots a = Get(fA1);
+  ASSERT_NE(a, nullptr);
+  EXPECT_EQ(a[2], Third());
+  EXPECT_EQ(Get(fA2), a);
+  const Slots b = Get(fB);
+  EXPECT_NE(b, a);
+  HostTap::Clear();
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(Get(fA2), a);
+    EXPECT_EQ(Get(fB), b);
+  }
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
+  EXPECT_EQ(gFills, 2);
+  EXPECT_EQ(fList.Count(), 2u);
+}
+
+TEST_F(MethodTableTest, RefilledInPlaceWhenTheCounterMoved) {
+  const Slots a = Get(fA1);
+  const Slots b = Get(fB);
+  fHost.Unregister(EchoInterface::kName);
+  OfferEcho<10>(fHost);
+  const BalancedScope balanced(fHost);
+  EXPECT_EQ(Get(fA2), a);
+  EXPECT_EQ(a[2], Third());
+  EXPECT_EQ(gFills, 3);
+  EXPECT_NE(b[2], Third());
+  EXPECT_EQ(Get(fB), b);
+  EXPECT_EQ(b[2], Third());
+  EXPECT_EQ(fList.Count(), 2u);
+}
+
+TEST_F(MethodTableTest, ANoHoldsUntilTheCounterMoves) {
+  fHost.HideProcedure(EchoInterface::kName, "Second");
+  EXPECT_EQ(Get(fA1), nullptr);
+  fHost.StopRefusing();
+  EXPECT_EQ(Get(fA1), nullptr);
+  EXPECT_EQ(gFills, 1);
+  MoveCounter(fHost);
+  EXPECT_NE(Get(fA1), nullptr);
+  MoveCounter(fHost);
+  fHost.HideInterface(EchoInterface::kName);
+  EXPECT_EQ(Get(fA1), nullptr);  // and a yes until then
+  EXPECT_EQ(Get(fA2), nullptr);
+  EXPECT_EQ(gFills, 3);
+}
+
+// Whatever is refused during a fill, the next call fills again, without the counter moving.
+TEST_F(MethodTableTest, AFailedFillIsDoneAgain) {
+  for (const bool first : {true, false}) {
+    for (unsigned long n = 1, failed = 1; failed != 0; ++n) {
+      SCOPED_TRACE(testing::Message() << (first ? "first" : "refill") << ", call " << n);
+      if (first) {
+        fList.DeleteAll();
+      } else {
+        MoveCounter(fHost);
+      }
+      fHost.Refuse(Call::kAny, n);
+      const std::string thrown = Thrown([&] { Get(fA1); });
+      failed = fHost.Fired();
+      EXPECT_NE(thrown.empty(), failed) << thrown;
+      EXPECT_TRUE(!failed || thrown == kBadAlloc || thrown == kOutOfMemory) << thrown;
+      fHost.StopRefusing();
+      const Slots slots = Get(fA1);
+      ASSERT_NE(slots, nullptr);
+      EXPECT_EQ(slots[2], Third());
+      EXPECT_EQ(fList.Count(), 1u);
+      EXPECT_TRUE(failed || n > 9);  // three methods of two atoms and a question, two for the entry
+    }
+  }
+}
+
+TEST_F(MethodTableTest, NoSignature) {
+  const CKAPContainerHolder empty;
+  const BalancedScope balanced(fHost);
+  EXPECT_EQ(Thrown([&] { Get(empty); }), "couldn't get signature||0");
+  EXPECT_EQ(Thrown([&] { fList.GetVTabDynamic(nullptr, &CountedInit); }),
+            "couldn't get signature||0");
+  EXPECT_EQ(gFills, 0);
+}
+
+// A fill may need the list that it fills.
+TEST_F(MethodTableTest, FillsNest) {
+  static KAPVTabListGeneric* list;
+  static KAPContainer* other;
+  list = &fList;
+  other = fB.Handle();
+  const KAPVTabInitProc nesting = [](KAPContainer* container, int required,
+                                     KAPVTabGeneric::Slot* slots) {
+    EXPECT_NE(list->GetVTabDynamic(other, &CountedInit), nullptr);
+    return CountedInit(container, required, slots);
+  };
+  const Slots a = fList.GetVTabDynamic(fA1.Handle(), nesting);
+  ASSERT_NE(a, nullptr);
+  EXPECT_EQ(a[2], Third());
+  EXPECT_EQ(gFills, 2);
+  EXPECT_EQ(fList.Count(), 2u);
+}
+
+}  // namespace

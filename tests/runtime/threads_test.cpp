@@ -1,0 +1,94 @@
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+#include "RuntimeTest.h"
+
+namespace {
+
+using namespace KAP_T_MT;
+
+constexpr int kThreads = 4;
+
+// Runs `body(number of the thread)` on all threads, and `meanwhile` here until they are done.
+void RunAll(const std::function<void(int)>& body, const std::function<void()>& meanwhile) {
+  std::atomic<int> running = kThreads;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&, i] {
+      body(i);
+      --running;
+    });
+  }
+  while (running != 0) meanwhile();
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(WaitMutexTest, IsRecursiveAndExclusive) {
+  TOQWaitMutex mutex;
+  long sum = 0;
+  auto add = [&](int) {
+    for (int i = 0; i < 5000; ++i) {
+      const std::lock_guard outer(mutex);
+      {
+        const std::lock_guard inner(mutex);
+        ++sum;
+      }
+      ++sum;  // still alone
+    }
+  };
+  RunAll(add, [] { std::this_thread::yield(); });
+  EXPECT_EQ(sum, 2 * 5000 * kThreads);
+}
+
+class MovingCounterTest : public HostTest {
+ protected:
+  MovingCounterTest() {
+    EXPECT_TRUE(KAPClientInit(fHost.GetProcAddress()));
+    OfferEcho(fHost);
+  }
+  ~MovingCounterTest() override { KAPClientTerminate(); }
+
+  void RunAllWhileItMoves(const std::function<void(int)>& body) {
+    RunAll(body, [this] {
+      MoveCounter(fHost);
+      std::this_thread::yield();
+    });
+  }
+};
+
+TEST_F(MovingCounterTest, HostTables) {
+  RunAllWhileItMoves([](int thread) {
+    const std::string text = std::to_string(thread);
+    for (int i = 0; i < 3000; ++i) {
+      const CKAPStringAtom own(text.c_str()), shared("shared");
+      ASSERT_STREQ((own + shared).Text(), (text + "shared").c_str());
+      ASSERT_TRUE(CKAPError("m", text.c_str(), i).Matches(text.c_str(), i));
+      const CKAPContainerHolder container;
+      const KAPContainerBaseGeneric wrapper(container.Handle());
+      ASSERT_EQ(EchoClient::Call<"First">() + EchoClient::Call<"Third">(), 4);
+    }
+  });
+}
+
+TEST_F(MovingCounterTest, MethodTables) {
+  TDelVTabList<EchoInterface> tables;
+  const char* const implementations[] = {"A", "B", "C"};
+  std::atomic<const void*> tableOfA = nullptr;
+  void* const third = EchoProc(fHost, 2);
+  RunAllWhileItMoves([&](int thread) {
+    for (int i = 0; i < 5000; ++i) {
+      const int which = (thread + i / 8) % 3;
+      const CKAPContainerHolder container(MakeContainer(implementations[which]), true);
+      const auto* slots = tables.Get(container.Handle());
+      ASSERT_NE(slots, nullptr);
+      ASSERT_EQ(slots[2], third);
+      if (which != 0) continue;
+      const void* before = nullptr;
+      ASSERT_TRUE(tableOfA.compare_exchange_strong(before, slots) || before == slots);
+    }
+  });
+}
+
+}  // namespace
