@@ -1,0 +1,22 @@
+// A host: loads the library, binds itself, reads a text and prints two of its values.
+
+#include <cstdio>
+
+#include "POSDict.h"
+#include "kaphost/KAPHost.h"
+
+using namespace KAP_T_MT;
+
+int main(int argc, char** argv) {
+  KAPHost::Host host;
+  const KAPHost::Component library = host.Load(argc > 1 ? argv[1] : "libKAPUtils.so");
+  if (!KAPClientInit(host.GetProcAddress())) return 1;
+  {  // every object is given back before the binding ends
+    const char* text = "< name (Ada Lovelace) born [10 December 1815] >";
+    const CPOSDict person(CPOSObject::CreateFromText(text, nullptr), false);
+    std::printf("%s was born in %.0f.\n", person.GetString("name", false).Get(),
+                person.DeepGetNumber("born[2]", false).Get());
+  }
+  KAPClientTerminate();
+  return 0;
+}

@@ -1,0 +1,44 @@
+// A host with two components: the library makes arrays, Totals adds them up. Neither knows the
+// other.
+
+#include <cstdio>
+
+#include "POSDict.h"
+#include "TotalsInterface.h"
+#include "kaphost/KAPHost.h"
+
+using namespace KAP_T_MT;
+
+namespace {
+
+using Totals = TKAPInterfaceClient<TotalsInterface>;
+
+void PrintSum(const char* text) {
+  const CPOSObject numbers = CPOSObject::CreateFromText(text, nullptr);
+  std::printf("%s: %g\n", text, Totals::Call<"Sum">(numbers.Handle()));
+}
+
+void Work(KAPHost::Host& host) {
+  PrintSum("[1 2.5 -4 1815]");
+  PrintSum("[]");
+  PrintSum("[1 two 3]");
+  for (const std::string& report : host.TakeReports()) {
+    std::printf("reported: %s\n", report.c_str());
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: two_components KAPUTILS TOTALS (two shared libraries)\n");
+    return 2;
+  }
+  KAPHost::Host host;
+  const KAPHost::Component library = host.Load(argv[1]);
+  const KAPHost::Component totals = host.Load(argv[2], "Totals");
+  if (!KAPClientInit(host.GetProcAddress())) return 1;
+  Work(host);
+  KAPClientTerminate();
+  return 0;
+}
