@@ -15,9 +15,10 @@ class LoadError : public std::runtime_error {
 };
 
 // A component: a shared library with the entry points <Name>Initialize, <Name>Terminate and
-// <Name>GetVersion. Ownership: the library stays loaded for as long as this object lives; its
-// destructor terminates the component if it
-//   is initialised, and unloads it. Destroy components, and whatever they made, before their host.
+// <Name>GetVersion.
+// Ownership: the library stays loaded for as long as this object lives; its destructor terminates
+//   the component if it is initialised, and unloads it. Destroy components, and whatever they made,
+//   before their host.
 // Threads: one controlling thread at a time.
 class Component {
  public:

@@ -28,13 +28,12 @@ struct HostOptions {
 // the binder's own.
 //
 // The host's procedures are plain functions, so there is one host at a time in a process; a host
-// made after another starts with empty books. Ownership: what components still hold when the host
-// is destroyed is reported and stays theirs. Procedures called
-//   after that do no harm: requests are refused, atoms and blocks may still be released, releasing
-//   containers and errors does nothing.
+// made after another starts with empty books.
+// Ownership: what components still hold when the host is destroyed is reported and stays theirs.
+//   Procedures called after that do no harm: requests are refused, atoms and blocks may still be
+//   released, releasing containers and errors does nothing.
 // Threads: procedures and members may be called from any thread; construction and destruction need
-// to be alone.
-//   A Snapshot taken while others work may catch them halfway through a call.
+//   to be alone. A Snapshot taken while others work may catch them halfway through a call.
 // Errors: members that allocate may throw std::bad_alloc.
 class Host {
  public:

@@ -12,12 +12,11 @@
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to a dictionary of property objects. Keys are given as text or, without a look-up of
-// the text, as atoms; paths lead through dictionaries and arrays, as "a.b[2].c" does. Errors of the
-// getters: with `noThrow`, a value that is missing or of another kind is an empty object. Without
-// it a
-//   missing key is POSException "CPOSDict::Get failed", a path that leads nowhere POSException
-//   "CPOSArray::GetAt subscript failed" (deliberately the array's message), another kind the
-//   downcast's message.
+// the text, as atoms; paths lead through dictionaries and arrays, as "a.b[2].c" does.
+// Errors of the getters: with `noThrow`, a value that is missing or of another kind is an empty
+//   object. Without it a missing key is POSException "CPOSDict::Get failed", a path that leads
+//   nowhere POSException "CPOSArray::GetAt subscript failed" (deliberately the array's message),
+//   another kind the downcast's message.
 // See CPOSObject for ownership and threads.
 class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
                                  "downcast from CPOSObject to CPOSDict failed"> {

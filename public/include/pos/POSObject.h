@@ -9,9 +9,9 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A reference to a property object of any kind and of any component, or an empty one.
 // Ownership: holds one reference, released on destruction; copies share the same object.
-// Errors: CKAPError "invalid container" when a handle offers no property-object methods or the host
-// refuses a reference,
-//   and when an empty object is asked anything.
+// Errors: CKAPError "invalid container" when a handle offers no property-object methods, when the
+//   host refuses a reference, and when an empty object is asked for what all kinds share. An empty
+//   object of a kind asked for what its kind has acts as a null handle: a report, and null or 0.
 // Threads: as a plain value; see POSInterfaces.h for the object behind it.
 class CPOSObject : public KAPContainerBaseGeneric {
  public:
