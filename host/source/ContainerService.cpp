@@ -31,8 +31,9 @@ KAPError* ReturnError(Body body) noexcept {
   }
 }
 
-const ContainerType& TypeOf(KAPStringAtom* instanceName, KAPStringAtom* interfaceName) {
-  const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName);
+const ContainerType& TypeOf(KAPStringAtom* instanceName, KAPStringAtom* interfaceName,
+                            KAPDeleteProc deleteInstance = nullptr) {
+  const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName, deleteInstance);
   if (type == nullptr) throw std::bad_alloc();
   return *type;
 }
@@ -42,9 +43,9 @@ KAPError* NewFullContainer(KAPContainer** out, void* instance, KAPStringAtom* in
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
   if (IsRefused(Call::kContainer)) return MemoryError();
-  const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName);
+  const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName, deleteInstance);
   if (type == nullptr) return MemoryError();
-  *out = NewContainerRecord(*type, instance, deleteInstance);
+  *out = NewContainerRecord(*type, instance);
   return *out != nullptr ? nullptr : MemoryError();
 }
 
@@ -101,15 +102,13 @@ bool IsEmpty(const KAPContainer& container) {
 }
 
 // The container's references move over to the books of its new type.
-void SetPrimary(KAPContainer& container, const ContainerType& type, void* instance,
-                KAPDeleteProc deleteInstance) {
+void SetPrimary(KAPContainer& container, const ContainerType& type, void* instance) {
   const long references = container.fCount.load(std::memory_order_relaxed);
   Count(container.fType->fSlot, -1, -references);
   Count(type.fSlot, 1, references);
   container.fPrimary = instance;
   container.fSignature = type.fSignature;
   container.fType = &type;
-  container.fDelete = deleteInstance;
 }
 
 // Whether the container has an instance of this name, and which.
@@ -135,9 +134,9 @@ KAPError* RegisterInstance(KAPContainer* container, KAPStringAtom* instanceName,
     return MakeError("the container has an instance of that name");
   }
   return ReturnError([&]() -> KAPError* {
-    const ContainerType& type = TypeOf(instanceName, nullptr);
+    const ContainerType& type = TypeOf(instanceName, nullptr, deleteInstance);
     if (IsEmpty(*container)) {
-      SetPrimary(*container, type, instance, deleteInstance);
+      SetPrimary(*container, type, instance);
     } else {
       EquipmentOf(*container).AddInstance({&type, instance, deleteInstance});
     }

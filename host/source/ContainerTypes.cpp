@@ -6,15 +6,17 @@ namespace KAPHost {
 
 constinit ContainerTypes gContainerTypes;
 
-const ContainerType* ContainerTypes::Add(KAPStringAtom* instanceName,
-                                         KAPStringAtom* interfaceName) noexcept {
+const ContainerType* ContainerTypes::Add(KAPStringAtom* instanceName, KAPStringAtom* interfaceName,
+                                         KAPDeleteProc deleteInstance) noexcept {
   const std::lock_guard lock(fMutex);
-  std::atomic<ContainerType*>& bucket = fBuckets[Bucket(instanceName, interfaceName)];
+  std::atomic<ContainerType*>& bucket =
+      fBuckets[Bucket(instanceName, interfaceName, deleteInstance)];
   ContainerType* first = bucket.load(std::memory_order_relaxed);
-  if (const ContainerType* type = Search(first, instanceName, interfaceName)) return type;
+  if (const ContainerType* type = Search(first, instanceName, interfaceName, deleteInstance))
+    return type;
   const char* signature = instanceName != nullptr ? instanceName->Text() : nullptr;
   auto* type = new (std::nothrow)
-      ContainerType{first, instanceName, interfaceName, signature, kUntypedSlot, 0};
+      ContainerType{first, instanceName, interfaceName, deleteInstance, signature, kUntypedSlot, 0};
   if (type == nullptr) return nullptr;
   if (instanceName != nullptr) type->fSlot = TakeSlot();
   gAtoms.AddRef(instanceName);

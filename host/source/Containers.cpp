@@ -55,7 +55,7 @@ namespace {
 // Returns the original of a clone, a reference to which is now to be given up.
 KAPContainer* Destroy(KAPContainer& container, long references) noexcept {
   if (container.fEquipment != nullptr) container.fEquipment->DeleteInstances();
-  if (container.fDelete != nullptr) container.fDelete(container.fPrimary);
+  if (container.fType->fDelete != nullptr) container.fType->fDelete(container.fPrimary);
   const std::unique_ptr<ContainerEquipment> equipment(container.fEquipment);
   Count(container.fType->fSlot, -1, -references);
   std::free(&container);
@@ -81,19 +81,21 @@ bool GiveUpRef(KAPContainer& container, AtZero atZero) noexcept {
 
 }  // namespace
 
-KAPContainer* NewContainerRecord(const ContainerType& type, void* instance,
-                                 KAPDeleteProc deleteInstance) noexcept {
+KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept {
   void* storage = std::malloc(sizeof(KAPContainer));
   if (storage == nullptr) return nullptr;
   Count(type.fSlot, 1, 1);
-  return new (storage) KAPContainer{1, instance, type.fSignature, &type, deleteInstance, nullptr};
+  return new (storage) KAPContainer{1, instance, type.fSignature, &type, nullptr};
 }
 
 KAPContainer* CloneContainerRecord(KAPContainer& original) {
   auto equipment = std::make_unique<ContainerEquipment>(&original);
   if (original.fEquipment != nullptr) equipment->Share(*original.fEquipment);
+  const ContainerType* unowning =
+      gContainerTypes.Find(original.fType->fInstanceName, original.fType->fInterfaceName, nullptr);
+  if (unowning == nullptr) throw std::bad_alloc();
   if (!AddContainerRef(original)) return nullptr;
-  KAPContainer* clone = NewContainerRecord(*original.fType, original.fPrimary, nullptr);
+  KAPContainer* clone = NewContainerRecord(*unowning, original.fPrimary);
   if (clone == nullptr) {
     ReleaseContainer(original);
     throw std::bad_alloc();

@@ -56,7 +56,6 @@ struct KAPContainer {
   void* fPrimary;
   const char* fSignature;
   const KAPHost::ContainerType* fType;
-  KAPDeleteProc fDelete;
   KAPHost::ContainerEquipment* fEquipment;
 };
 
@@ -67,8 +66,7 @@ static_assert(sizeof(std::atomic<int>) == sizeof(int));
 namespace KAPHost {
 
 // With one reference; null when out of memory.
-KAPContainer* NewContainerRecord(const ContainerType& type, void* instance,
-                                 KAPDeleteProc deleteInstance) noexcept;
+KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept;
 
 // A new container that shows the same instances and interfaces and keeps the original alive, since
 // it owns none of them. Null when the original is being destroyed. Throws std::bad_alloc.

@@ -26,15 +26,20 @@ class CKAPContainer {
 
   // The same, but the primary instance is read from the record itself.
   static void* GetInstance(KAPContainer* container, const CKAPStringAtom& signature) {
+    void* instance = PrimaryInstance(container, signature);
+    return instance ? instance : BCGetInstance(container, signature);
+  }
+
+  // The primary instance if it is filed under the atom (not empty), else null. Asks nobody.
+  static void* PrimaryInstance(const KAPContainer* container,
+                               const CKAPStringAtom& signature) noexcept {
     const Primary primary = GetPrimary(container);
-    return primary.fSignature == signature.Text() && primary.fSignature
-               ? primary.fInstance
-               : BCGetInstance(container, signature);
+    return primary.fSignature == signature.Text() ? primary.fInstance : nullptr;
   }
 
   // The signature: the text pointer of the primary instance's name; null for a container without
   // one.
-  static const char* GetSignature(KAPContainer* container) noexcept {
+  static const char* GetSignature(const KAPContainer* container) noexcept {
     return GetPrimary(container).fSignature;
   }
 
@@ -62,7 +67,7 @@ class CKAPContainer {
     void* fInstance;
     const char* fSignature;
   };
-  static Primary GetPrimary(KAPContainer* container) noexcept {
+  static Primary GetPrimary(const KAPContainer* container) noexcept {
     Primary primary;
     std::memcpy(&primary, reinterpret_cast<const char*>(container) + fPrimaryOffset,
                 sizeof primary);

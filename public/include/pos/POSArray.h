@@ -10,7 +10,7 @@ class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
  public:
   using TPOSKind::TPOSKind;
   // A new, empty array (the default constructor makes an empty reference).
-  static CPOSArray New() { return CPOSArray(Call<"NewPOSArray">()); }
+  static CPOSArray New() { return CPOSArray(Call<"NewPOSArray">(), KAPAdopt()); }
 
   // The element. Behind the end, or an empty slot: an empty object when `noThrow`, else
   // POSException "CPOSArray::GetAt subscript failed".

@@ -11,7 +11,7 @@ class CPOSBinData : public TPOSKind<POSBinDataInterface, "IsPOSBinData",
   using TPOSKind::TPOSKind;
   // Copies `size` bytes.
   CPOSBinData(const char* typeName, const unsigned char* data, unsigned long size)
-      : TPOSKind(Call<"NewPOSBinData">(typeName, data, size)) {}
+      : TPOSKind(Call<"NewPOSBinData">(typeName, data, size), KAPAdopt()) {}
 
   // Name and bytes live as long as the object.
   const char* GetTypeName() const { return Call<"GetTypeName">(Handle()); }

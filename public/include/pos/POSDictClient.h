@@ -23,7 +23,7 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
  public:
   using TPOSKind::TPOSKind;
   // A new, empty dictionary (the default constructor makes an empty reference).
-  static CPOSDict New() { return CPOSDict(Call<"NewPOSDict">()); }
+  static CPOSDict New() { return CPOSDict(Call<"NewPOSDict">(), KAPAdopt()); }
 
   CPOSObject Get(const CKAPStringAtom& key, bool noThrow) const;
   CPOSObject Get(const char* key, bool noThrow) const { return Get(CKAPStringAtom(key), noThrow); }

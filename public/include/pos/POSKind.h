@@ -19,7 +19,7 @@ class TPOSKind : public CPOSObject {
 
  protected:
   // A new object, from the handle that its "New" procedure returned.
-  explicit TPOSKind(POSObject* created) : CPOSObject(created, KAPAdopt()) {}
+  TPOSKind(POSObject* created, KAPAdopt adopt) : CPOSObject(created, adopt) {}
 
   template <TKAPName Method, class... Args>
   static auto Call(Args... args) {

@@ -9,7 +9,7 @@ class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
                                    "downcast from CPOSObject to CPOSNumber failed"> {
  public:
   using TPOSKind::TPOSKind;
-  explicit CPOSNumber(double value) : TPOSKind(Call<"NewPOSNumber">(value)) {}
+  explicit CPOSNumber(double value) : TPOSKind(Call<"NewPOSNumber">(value), KAPAdopt()) {}
 
   double Get() const { return Call<"Get">(Handle()); }
 };

@@ -16,7 +16,7 @@ class CPOSRawPointer : public TPOSKind<POSRawPointerInterface, "IsPOSRawPointer"
   using TPOSKind::TPOSKind;
   // When this raises, the pointer stays the caller's.
   CPOSRawPointer(void* pointer, POSReleaseProc release)
-      : TPOSKind(Call<"NewPOSRawPointer">(pointer, release)) {}
+      : TPOSKind(Call<"NewPOSRawPointer">(pointer, release), KAPAdopt()) {}
 
   // An object reference to `container`, with a reference of its own.
   static CPOSRawPointer NewKAPObjRef(KAPContainer* container);

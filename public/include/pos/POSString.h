@@ -9,7 +9,7 @@ class CPOSString : public TPOSKind<POSStringInterface, "IsPOSString",
                                    "downcast from CPOSObject to CPOSString failed"> {
  public:
   using TPOSKind::TPOSKind;
-  explicit CPOSString(const char* text) : TPOSKind(Call<"NewPOSString">(text)) {}
+  explicit CPOSString(const char* text) : TPOSKind(Call<"NewPOSString">(text), KAPAdopt()) {}
 
   // Lives as long as the object.
   const char* Get() const { return Call<"Get">(Handle()); }

@@ -11,7 +11,7 @@ class CPOSUnicodeString : public TPOSKind<POSUnicodeStringInterface, "IsPOSUnico
   using TPOSKind::TPOSKind;
   // Copies the units up to the zero unit.
   explicit CPOSUnicodeString(const unsigned short* text)
-      : TPOSKind(Call<"NewPOSUnicodeString">(text)) {}
+      : TPOSKind(Call<"NewPOSUnicodeString">(text), KAPAdopt()) {}
 
   // The units with their zero unit; they live as long as the object.
   const unsigned short* Get() const { return Call<"Get">(Handle()); }

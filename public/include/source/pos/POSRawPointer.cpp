@@ -7,7 +7,7 @@ CPOSRawPointer CPOSRawPointer::NewKAPObjRef(KAPContainer* container) {
   POSRawPointer* object =
       Call<"NewPOSRawPointer">(reference.Handle(), &CPOSKAPObjRefCastToContainerAndRelease);
   if (object) reference.Detach();  // the object holds it now
-  return CPOSRawPointer(object);
+  return CPOSRawPointer(object, KAPAdopt());
 }
 
 void CPOSKAPObjRefCastToContainerAndRelease(void* container) noexcept {

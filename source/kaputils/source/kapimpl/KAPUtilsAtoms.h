@@ -7,7 +7,9 @@
 // library, in host memory, from initialisation to termination; read by any thread.
 class KAPUtilsAtoms : public KAP_T_MT::KAPHostAllocated {
  public:
-  // The shared atoms; TOQException while the library is not initialised.
+  // The shared atoms; null while the library is not initialised.
+  static const KAPUtilsAtoms* Find() noexcept { return fInstAtoms; }
+  // The same; TOQException while the library is not initialised.
   static const KAPUtilsAtoms& Get() {
     if (!fInstAtoms) [[unlikely]]
       ThrowNotInitialized();

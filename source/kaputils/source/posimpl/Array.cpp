@@ -76,7 +76,7 @@ BaseObject* Array::Clone() {
   std::unique_ptr<Array> clone(new Array);
   clone->growToHold(fCount);
   for (const CPOSObject& element : Elements()) {
-    clone->Append(element.IsNull() ? CPOSObject() : element.Clone());
+    clone->Append(CloneOf(element));
   }
   return clone.release();
 }

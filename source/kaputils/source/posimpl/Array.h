@@ -35,7 +35,10 @@ class Array final : public TObjectKind<Array, HoldingObject> {
   // Slots skipped over stay empty. TOQException "Math overflow exception" for an index that no
   // count can hold.
   void SetAt(std::uint64_t index, CPOSObject object);
-  void Append(CPOSObject object) { SetAt(fCount, std::move(object)); }
+  void Append(CPOSObject object) {
+    if (fCount == fCapacity) return SetAt(fCount, std::move(object));
+    fElements[fCount++] = std::move(object);
+  }
   void Remove(std::uint64_t index) noexcept;  // nothing behind the end
 
  private:

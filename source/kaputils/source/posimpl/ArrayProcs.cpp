@@ -28,11 +28,11 @@ unsigned int POSArrayCountProc(POSArray* array) noexcept {
 }
 
 void POSArraySetAtProc(POSArray* array, unsigned long index, POSObject* object) noexcept {
-  KAPReportingError([=] { Array::GetInstance(array).SetAt(index, CPOSObject(object)); });
+  KAPReportingError([=] { Array::GetInstance(array).SetAt(index, BaseObject::Reference(object)); });
 }
 
 void POSArrayAppendProc(POSArray* array, POSObject* object) noexcept {
-  KAPReportingError([=] { Array::GetInstance(array).Append(CPOSObject(object)); });
+  KAPReportingError([=] { Array::GetInstance(array).Append(BaseObject::Reference(object)); });
 }
 
 void POSArrayRemoveProc(POSArray* array, unsigned long index) noexcept {

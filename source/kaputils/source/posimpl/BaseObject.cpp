@@ -6,10 +6,9 @@ namespace NPOSObjectImpl {
 
 constinit std::atomic<unsigned int> BaseObject::fNumPOSObjects = 0;
 
-BaseObject* BaseObject::GetInstanceNoThrow(const POSObject* handle) noexcept {
-  if (!handle) return nullptr;
+BaseObject* BaseObject::AskHost(const POSObject* handle) noexcept {
   try {
-    return static_cast<BaseObject*>(KAP_T_MT::CKAPContainer::GetInstance(
+    return static_cast<BaseObject*>(KAP_T_MT::CKAPContainer::BCGetInstance(
         const_cast<POSObject*>(handle), KAPUtilsAtoms::Get().POSObjectImpl));
   } catch (...) {  // asked whether there is one: no
     return nullptr;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "KAPUtilsAtoms.h"
 #include "ProcessCounter.h"
 #include "kap/KAPClientBase.h"
 #include "kap/KAPContainer.h"
@@ -29,8 +30,26 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
 
   // The property object behind a handle. Without one (null, a container of another implementation,
   // a host that refuses): null, or POSException "instance was not an POSObject".
-  static BaseObject* GetInstanceNoThrow(const POSObject* handle) noexcept;
+  static BaseObject* GetInstanceNoThrow(const POSObject* handle) noexcept {
+    BaseObject* own = OwnInstance(handle);
+    return own || !handle ? own : AskHost(handle);
+  }
   static BaseObject& GetInstance(const POSObject* handle);
+
+  // The same for the primary instance of a container of ours, which is what nearly every handle
+  // stands for; null for any other handle. Asks nobody.
+  static BaseObject* OwnInstance(const POSObject* handle) noexcept {
+    const KAPUtilsAtoms* atoms = KAPUtilsAtoms::Find();
+    if (!handle || !atoms) return nullptr;
+    return static_cast<BaseObject*>(
+        KAP_T_MT::CKAPContainer::PrimaryInstance(handle, atoms->POSObjectImpl));
+  }
+
+  // A reference to what must be a property object, see CPOSObject.
+  static CPOSObject Reference(POSObject* handle) {
+    if (!OwnInstance(handle)) return CPOSObject(handle);
+    return CPOSObject(KAP_T_MT::CKAPContainer::AddRef(handle), KAP_T_MT::KAPAdopt());
+  }
 
   // Puts the object into a container: one reference for the caller.
   template <class Kind>
@@ -59,6 +78,7 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   }
 
  private:
+  static BaseObject* AskHost(const POSObject* handle) noexcept;
   static POSObject* NewFullContainer(BaseObject* object, KAPDeleteProc deleteObject);
 
   static constinit std::atomic<unsigned int> fNumPOSObjects;  // live objects of all kinds

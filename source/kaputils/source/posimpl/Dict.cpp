@@ -4,8 +4,6 @@
 
 namespace NPOSObjectImpl {
 
-using KAP_T_MT::CKAPStringAtom;
-
 const CPOSObject* Dict::Find(std::string_view key) const noexcept {
   const DictEntry* entry = fEntries.Find(SortableText(key));
   return entry ? &entry->Value() : nullptr;
@@ -17,17 +15,6 @@ CPOSObject Dict::Get(const char* key, bool noThrow) const {
   return {};
 }
 
-void Dict::Put(const CKAPStringAtom& key, CPOSObject value) {
-  const SortableText text(key.Text());
-  const DictTree::Position position = fEntries.FindPosition(text);
-  if (position.found) {
-    std::swap(position.found->Value(), value);
-  } else {
-    fEntries.InsertAt(position, std::unique_ptr<DictEntry>(new DictEntry(
-                                    SortableStringAtom(key, text.Prefix()), std::move(value))));
-  }
-}
-
 void Dict::Remove(std::string_view key) noexcept { fEntries.Remove(SortableText(key)); }
 
 BaseObject* Dict::Clone() {
@@ -35,7 +22,7 @@ BaseObject* Dict::Clone() {
   std::unique_ptr<Dict> clone(new Dict);
   DictEntry* last = nullptr;
   for (const DictEntry* entry = fEntries.First(); entry; entry = DictTree::Next(entry)) {
-    std::unique_ptr<DictEntry> copy(new DictEntry(entry->GetKey(), entry->Value().Clone()));
+    std::unique_ptr<DictEntry> copy(new DictEntry(entry->GetKey(), CloneOf(entry->Value())));
     last = clone->fEntries.InsertLast(last, std::move(copy));
   }
   return clone.release();

@@ -57,8 +57,20 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   // lookup failed".
   CPOSObject DeepGet(const char* path, bool noThrow) const;
 
-  // A key that is there keeps its atom and gets the new value.
-  void Put(const KAP_T_MT::CKAPStringAtom& key, CPOSObject value);
+  // A key that is there keeps its atom and gets the new value. For a new one `makeKey` is asked for
+  // the atom of the text.
+  template <class MakeKey>
+  void Put(const char* text, MakeKey makeKey, CPOSObject value) {
+    const SortableText key(text);
+    const DictTree::Position position = fEntries.FindPosition(key);
+    if (position.found) {
+      std::swap(position.found->Value(), value);
+    } else {
+      fEntries.InsertAt(position,
+                        std::unique_ptr<DictEntry>(new DictEntry(
+                            SortableStringAtom(makeKey(), key.Prefix()), std::move(value))));
+    }
+  }
   void Remove(std::string_view key) noexcept;  // nothing when it is absent
 
   const DictTree& Entries() const noexcept { return fEntries; }

@@ -38,7 +38,8 @@ POSObject* POSDictDeepGetProc(POSDict* dict, KAPStringAtom* path) noexcept {
 
 void POSDictPutProc(POSDict* dict, KAPStringAtom* key, POSObject* object) noexcept {
   KAPReportingError([=] {
-    Dict::GetInstance(dict).Put(CKAPStringAtom(Required(key), false), CPOSObject(object));
+    Dict::GetInstance(dict).Put(
+        TextOf(key), [=] { return CKAPStringAtom(key, false); }, BaseObject::Reference(object));
   });
 }
 

@@ -37,9 +37,18 @@ void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
   onThisThread.Delete(object);
 }
 
+CPOSObject HoldingObject::CloneOf(const CPOSObject& held) {
+  const BaseObject* own = OwnInstance(held.Handle());
+  const bool isItsOwnClone = own ? own->GetType() < KAP_T_MT::kPOSArray : held.IsNull();
+  return isItsOwnClone ? held : held.Clone();
+}
+
 bool HoldingObject::AreEqual(const CPOSObject& a, const CPOSObject& b) {
   if (a.IsNull() || b.IsNull()) return a.IsNull() && b.IsNull();
-  return a.IsEqual(b);
+  const BaseObject* own = OwnInstance(a.Handle());
+  if (!own) return a.IsEqual(b);
+  const BaseObject* other = GetInstanceNoThrow(b.Handle());
+  return other && own->IsEqual(*other);
 }
 
 }  // namespace NPOSObjectImpl

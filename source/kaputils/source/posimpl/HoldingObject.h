@@ -20,7 +20,10 @@ class HoldingObject : public BaseObject {
     DeleteOrFile(static_cast<HoldingObject*>(static_cast<BaseObject*>(instance)));
   }
 
-  // Whether two of the things held are equal; an empty one equals only another empty one.
+  // The clone of what is held, and whether two things held are equal: by the object's own
+  // procedures, which are not needed where an object of ours answers without nesting. Nothing is its
+  // own clone and equals only nothing.
+  static CPOSObject CloneOf(const CPOSObject& held);
   static bool AreEqual(const CPOSObject& a, const CPOSObject& b);
 
  private:

@@ -113,9 +113,11 @@ void TextReader::ReadElements(Array& array) {
 void TextReader::ReadEntries(Dict& dict) {
   while (!EndsWith('>')) {
     StringToken token;
-    const CKAPStringAtom key(ReadKey(token));
+    CKAPStringAtom key(ReadKey(token));
     ExpectMore();
-    dict.Put(key, textGetNextObject());
+    CPOSObject value = textGetNextObject();
+    dict.Put(
+        key.Text(), [&] { return std::move(key); }, std::move(value));
     ExpectMore();
   }
 }

@@ -1,5 +1,6 @@
 #include "TextToken.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -50,9 +51,17 @@ unsigned short HexUnit(const char* digits) {
   return static_cast<unsigned short>(unit);
 }
 
-// Up to 15 digits and nothing else: the number is exact in 64 bits and in a double, so no
-// conversion is needed. A third of the time of the general way (bench/bench_text.cpp).
-constexpr std::size_t kExactDigits = 15;
+// With no more digits than this, point or none, the digits as a whole number and the power of ten are
+// exact as doubles, so one division rounds correctly: what a conversion gives, in half the time
+// (bench/bench_text.cpp).
+constexpr std::ptrdiff_t kExactDigits = 15;
+constexpr double kPowersOfTen[kExactDigits] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                               1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
+
+std::uint64_t TakeDigits(const char*& cursor, std::uint64_t value) noexcept {
+  while (IsDigit(*cursor)) value = value * 10 + static_cast<std::uint64_t>(*cursor++ - '0');
+  return value;
+}
 
 double ToNumber(const char* begin, const char* end) {
   double value = 0;
@@ -114,14 +123,18 @@ const unsigned short* UnicodeToken::Read(const char*& cursor) {
 
 double ReadNumberToken(const char*& cursor) {
   const char* begin = cursor;
-  std::uint64_t digits = 0;
-  while (IsDigit(*cursor)) digits = digits * 10 + static_cast<std::uint64_t>(*cursor++ - '0');
-  if (cursor == begin) ++cursor;  // a sign or a point
-  const bool whole = IsDigit(*begin) && *cursor != '.';
+  if (*cursor == '-' || *cursor == '+') ++cursor;
+  const char* first = cursor;
+  std::uint64_t digits = TakeDigits(cursor, 0);
+  const char* point = cursor;
+  if (*point == '.') digits = TakeDigits(++cursor, digits);
+  const auto decimals = std::max<std::ptrdiff_t>(cursor - point - 1, 0);
+  const bool isPlain = point != first && !ContinuesNumber(*cursor);
   while (ContinuesNumber(*cursor)) ++cursor;
-  const auto length = static_cast<std::size_t>(cursor - begin);
-  if (length > kMaxNumberLength) throw CFTParseError("Exceeded max number length");
-  return whole && length <= kExactDigits ? static_cast<double>(digits) : ToNumber(begin, cursor);
+  if (cursor - begin > kMaxNumberLength) throw CFTParseError("Exceeded max number length");
+  if (!isPlain || cursor - first > kExactDigits) return ToNumber(begin, cursor);
+  const double value = static_cast<double>(digits) / kPowersOfTen[decimals];
+  return *begin == '-' ? -value : value;
 }
 
 }  // namespace NPOSObjectImpl

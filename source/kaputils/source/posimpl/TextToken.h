@@ -53,6 +53,6 @@ class UnicodeToken {
 // The longest part that is a decimal number, 0 when there is none: what strtod gives in the C
 // locale, whatever the process's locale is.
 double ReadNumberToken(const char*& cursor);
-constexpr std::size_t kMaxNumberLength = 100;
+constexpr std::ptrdiff_t kMaxNumberLength = 100;
 
 }  // namespace NPOSObjectImpl

@@ -1,0 +1,229 @@
+#include <pthread.h>
+#include <sys/mman.h>
+#include <ucontext.h>
+
+#include <functional>
+
+#include "World.h"
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/common_interface_defs.h>
+#endif
+
+// Nesting far deeper than any stack carries: the answer is an error that says so, or the result,
+// and the release always succeeds.
+
+namespace {
+
+using namespace KAP_T_MT;
+
+constexpr int kMillion = 1000000;
+
+class NestingTest : public PosTest {
+ protected:
+  // One object in another, `levels` deep; the level decides which kind.
+  Object Chain(int levels, const std::function<Object(int level, Object inner)>& wrap) const {
+    Object object = Own(nullptr);
+    for (int level = 0; level < levels; ++level) object = wrap(level, std::move(object));
+    return object;
+  }
+
+  Object Alternating(int levels) const {
+    return Chain(levels, [this](int level, Object inner) {
+      return level % 2 == 0 ? InArray(std::move(inner)) : InDict(std::move(inner));
+    });
+  }
+
+  Object InArray(Object inner) const {
+    Object array(fNewArray(), fRelease);
+    if (inner) fAppend(array.get(), inner.get());
+    return array;
+  }
+  Object InDict(Object inner) const {
+    Object dict(fNewDict(), fRelease);
+    if (inner) fPut(dict.get(), fKey.get(), inner.get());
+    return dict;
+  }
+  // The pointer holds the reference.
+  Object InRawPointer(Object inner) const {
+    const auto release = [](void* handle) { gRelease(static_cast<KAPContainer*>(handle)); };
+    return Object(fNewRawPointer(inner.release(), release), fRelease);
+  }
+
+  // Everything that follows nesting: all results are right, or there is an error that says why not.
+  void CloneCompareAndRead(const Object& object, const std::string& text, bool mustSucceed) const {
+    const char* end = nullptr;
+    const Object read(fCreate(text.c_str(), &end), fRelease);
+    ExpectDeepUnless(read != nullptr, mustSucceed);
+    EXPECT_TRUE(read || (text.c_str() < end && end < text.c_str() + text.size()));
+    ExpectDeepUnless(IsEqual(object, object), mustSucceed);
+    Object clone(fClone(object.get()), fRelease);
+    ExpectDeepUnless(clone != nullptr, mustSucceed);
+    if (clone == object) clone.release();  // a scalar: the very handle, without a reference
+  }
+  void ExpectDeepUnless(bool succeeded, bool mustSucceed) const {
+    const std::vector<std::string> reports = const_cast<NestingTest*>(this)->TakeReports();
+    EXPECT_TRUE(succeeded || !mustSucceed);
+    EXPECT_NE(succeeded, AnyContains(reports, "deep"));
+  }
+
+  static inline void (*gRelease)(KAPContainer*) = nullptr;
+
+  void (*fRelease)(KAPContainer*) = gRelease = Proc<KAPContainerInterface, "Release">();
+  POSArray* (*fNewArray)() = Proc<POSArrayInterface, "NewPOSArray">();
+  POSDict* (*fNewDict)() = Proc<POSDictInterface, "NewPOSDict">();
+  POSArrayInterface::Proc<"Append"> fAppend = Proc<POSArrayInterface, "Append">();
+  POSDictInterface::Proc<"Put"> fPut = Proc<POSDictInterface, "Put">();
+  POSRawPointerInterface::Proc<"NewPOSRawPointer"> fNewRawPointer =
+      Proc<POSRawPointerInterface, "NewPOSRawPointer">();
+  POSObjectInterface::Proc<"Clone"> fClone = Proc<POSObjectInterface, "Clone">();
+  POSObjectStatics::Proc<"CreateFromText"> fCreate = Proc<POSObjectStatics, "CreateFromText">();
+  OwnedAtom fKey = Key("a");
+};
+
+std::string OpenBrackets(int levels) { return std::string(static_cast<std::size_t>(levels), '['); }
+std::string Brackets(int levels) {
+  return OpenBrackets(levels) + std::string(static_cast<std::size_t>(levels), ']');
+}
+
+void OnThread(std::size_t stackSize, std::function<void()> body) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, stackSize), 0);
+  pthread_t thread;
+  const auto run = [](void* argument) -> void* {
+    (*static_cast<std::function<void()>*>(argument))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+TEST_F(NestingTest, AMillionLevels) {
+  std::string alternating;
+  for (int i = 0; i < kMillion / 2; ++i) alternating += "[<a";
+  const struct {
+    const char* why;
+    std::string text;
+    std::function<Object(int level, Object inner)> wrap;
+  } rows[] = {
+      {"arrays", Brackets(kMillion),
+       [this](int, Object inner) { return InArray(std::move(inner)); }},
+      {"arrays and dictionaries", alternating,
+       [this](int level, Object inner) {
+         return level % 2 == 0 ? InArray(std::move(inner)) : InDict(std::move(inner));
+       }},
+      {"raw pointers in arrays", "1",
+       [this](int level, Object inner) {
+         return level % 2 != 0 ? InArray(std::move(inner)) : InRawPointer(std::move(inner));
+       }},
+      {"raw pointers", "1",
+       [this](int level, Object inner) {
+         return level == 0 ? Number(1) : InRawPointer(std::move(inner));
+       }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.why);
+    const BalancedScope balanced(*this);
+    Object chain = Chain(kMillion, row.wrap);
+    CloneCompareAndRead(chain, row.text, false);
+    RefuseFrom(KAPHost::Call::kAny, 1);  // releasing needs no memory
+    chain.reset();
+    EXPECT_FALSE(Fired());
+    StopRefusing();
+  }
+}
+
+// The depth follows the stack of the thread.
+TEST_F(NestingTest, SmallAndLargeStacks) {
+  const struct {
+    std::size_t stackSize;
+    int levels;
+    bool mustSucceed;
+  } rows[] = {{64 << 10, 100000, false}, {128 << 10, 100000, false}, {256 << 10, 100000, false},
+              {64 << 10, 5, true},       {256 << 10, 40, true},      {256 << 20, 20000, true}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::to_string(row.stackSize) + " bytes, " + std::to_string(row.levels));
+    Object object = Alternating(row.levels);
+    const std::string text = Brackets(row.levels);
+    OnThread(row.stackSize, [&] {
+      CloneCompareAndRead(object, text, row.mustSucceed);
+      object.reset();
+    });
+  }
+}
+
+// On a stack that the program made itself nobody knows how much is left. AddressSanitizer is told
+// of the switch, so that it knows its ends.
+class OwnStack {
+ public:
+  static void Run(std::function<void()> body) {
+    gBody = std::move(body);
+    void* block = mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ucontext_t there;
+    getcontext(&there);
+    there.uc_stack = {block, 0, kSize};
+    there.uc_link = &gHere;
+    makecontext(&there, &Enter, 0);
+    void* kept = nullptr;
+    Leave(&kept, block, kSize);
+    swapcontext(&gHere, &there);
+    Arrive(kept, nullptr, nullptr);
+    munmap(block, kSize);
+  }
+
+ private:
+  static constexpr std::size_t kSize = 512 << 10;
+
+  static void Enter() {
+    const void* low = nullptr;
+    std::size_t size = 0;
+    Arrive(nullptr, &low, &size);
+    gBody();
+    Leave(nullptr, low, size);
+  }
+
+#ifdef __SANITIZE_ADDRESS__
+  static constexpr auto Leave = &__sanitizer_start_switch_fiber;
+  static constexpr auto Arrive = &__sanitizer_finish_switch_fiber;
+#else
+  static void Leave(void**, const void*, std::size_t) {}
+  static void Arrive(void*, const void**, std::size_t*) {}
+#endif
+
+  static inline ucontext_t gHere;
+  static inline std::function<void()> gBody;
+};
+
+TEST_F(NestingTest, UnknownStack) {
+  Object deep = Alternating(100000);
+  const Object modest = Alternating(20);
+  OwnStack::Run([&] {
+    CloneCompareAndRead(deep, OpenBrackets(100000), false);
+    CloneCompareAndRead(modest, Brackets(20), true);
+    deep.reset();
+  });
+}
+
+TEST_F(NestingTest, APathOfManySegments) {
+  const int levels = 300000;
+  Object chain = Chain(
+      levels, [this](int, Object inner) { return inner ? InDict(std::move(inner)) : Number(5); });
+  std::string path;
+  for (int i = 1; i < levels; ++i) path += ".a";
+  EXPECT_EQ(Show(DeepGet(chain, path.c_str())), "5");
+  EXPECT_EQ(DeepGet(chain, (path + ".a").c_str()), nullptr);
+}
+
+TEST_F(NestingTest, AnArrayInItself) {
+  const Object array = Read("[1]");
+  fAppend(array.get(), array.get());
+  EXPECT_EQ(fClone(array.get()), nullptr);
+  EXPECT_TRUE(AnyContains(TakeReports(), "deep"));
+  EXPECT_FALSE(IsEqual(array, array));
+  EXPECT_TRUE(AnyContains(TakeReports(), "deep"));
+  Call<POSArrayInterface, "Remove">(array.get(), 1ul);
+}
+
+}  // namespace
