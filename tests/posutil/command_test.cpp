@@ -1,0 +1,122 @@
+// Commands, their arguments and exit statuses.
+
+#include "Posutil.h"
+
+namespace {
+
+const char kDocument[] = "< a < b [10 20 (x y)] > u `0041` (c d) 1.50 () < e [] > >";
+
+TEST(GetTest, PrintsAValuePerLine) {
+  const struct {
+    const char* why;
+    std::vector<std::string> paths;
+    Outcome outcome;
+  } rows[] = {
+      {"scalars as they are", {"a.b[1]", ".a.b[2]", "u", "c d"}, {0, "20\nx y\nA\n1.5\n", ""}},
+      {"compound values as JSON",
+       {"a", "a.b", ".", ".e"},
+       {1, "{\"b\":[10,20,\"x y\"]}\n[10,20,\"x y\"]\n{\"e\":[]}\n",
+        "posutil: <stdin>: nothing at \".e\"\n"}},
+      {"the empty key", {"[0]", "..e"}, {1, "[]\n", "posutil: <stdin>: nothing at \".[0]\"\n"}},
+      {"what is not there",
+       {"a.b[3]", "a.b[1]", "a.b.c", "{}"},
+       {1, "20\n",
+        "posutil: <stdin>: nothing at \"a.b[3]\"\nposutil: <stdin>: nothing at \"a.b.c\"\n"
+        "posutil: <stdin>: nothing at \"{}\"\n"}},
+      {"the form that was asked for",
+       {"--to", "json", "a.b[2]", "u"},
+       {0, "\"x y\"\n{\"$unicode\":\"A\"}\n", ""}},
+      {"text on one line",
+       {"--to", "text", "a", ".", "a.b[2]"},
+       {0, "< b [10 20 (x y)] >\n< e [] >\n(x y)\n", ""}},
+      {"a list is no list of paths",
+       {"[0,1]", ".-x"},
+       {1, "", "posutil: <stdin>: nothing at \".[0,1]\"\nposutil: <stdin>: nothing at \".-x\"\n"}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.why);
+    std::vector<std::string> arguments = {"get", "--from", "text", "-"};
+    arguments.insert(arguments.end(), row.paths.begin(), row.paths.end());
+    EXPECT_EQ(RunPosutil(arguments, kDocument), row.outcome);
+  }
+}
+
+TEST(GetTest, NeedsADictionary) {
+  EXPECT_EQ(
+      RunPosutil({"get", "--from", "text", "-", "a"}, "[1]"),
+      (Outcome{3, "",
+               "posutil: <stdin>: the document is no dictionary, so no path leads into it\n"}));
+}
+
+TEST(GetTest, AValueThatCannotBePrinted) {
+  EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a", "b"}, "< a 1 b [`D800`] >"),
+            (Outcome{3, "", "posutil: <stdin>: b: [0]: a Unicode string with a lone surrogate\n"}));
+}
+
+TEST(FormatTest, IsGuessedFromTheEnding) {
+  const TemporaryFile json(".json", "{\"a\":[1,2]}");
+  const TemporaryFile text(".txt", "< a [1 2] >");
+  const TemporaryFile other(".data", "< a [1 2] >");
+  const Outcome expected = {0, "[1,2]\n", ""};
+  EXPECT_EQ(RunPosutil({"get", json.Name(), "a"}), expected);
+  EXPECT_EQ(RunPosutil({"get", text.Name(), "a"}), expected);
+  EXPECT_EQ(RunPosutil({"get", other.Name(), "a", "--from", "text"}), expected);
+  EXPECT_EQ(RunPosutil({"get", other.Name(), "a"}),
+            (Outcome{2, "",
+                     "posutil: " + other.Name() +
+                         ": the name does not tell the format; say it with --from\n"}));
+  EXPECT_EQ(RunPosutil({"print", "-"}).fStatus, 2);
+}
+
+TEST(UsageTest, WrongUsage) {
+  const std::vector<std::string> rows[] = {{},
+                                           {"frobnicate"},
+                                           {"print"},
+                                           {"print", "a.json", "b.json"},
+                                           {"print", "--to", "yaml", "a.json"},
+                                           {"print", "--no-such-option", "a.json"},
+                                           {"get", "a.json"},
+                                           {"version", "x"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row));
+    const Outcome outcome = RunPosutil(row);
+    EXPECT_EQ(outcome.fStatus, 2);
+    EXPECT_EQ(outcome.fOut, "");
+    EXPECT_EQ(outcome.fErr.rfind("posutil: ", 0), 0U) << outcome.fErr;
+  }
+}
+
+TEST(UsageTest, HelpGivesExamples) {
+  EXPECT_EQ(RunPosutil({"--help"}).fStatus, 0);
+  for (const std::string command : {"print", "get", "version"}) {
+    const Outcome help = RunPosutil({command, "--help"});
+    EXPECT_EQ(help.fStatus, 0);
+    EXPECT_EQ(help.fErr, "");
+    EXPECT_NE(help.fOut.find("posutil " + command), std::string::npos) << help.fOut;
+    EXPECT_NE(help.fOut.find("Example"), std::string::npos) << help.fOut;
+  }
+}
+
+TEST(VersionTest, DecodesTheLibrarysNumber) {
+  const Outcome version = RunPosutil({"version"});
+  EXPECT_EQ(version.fStatus, 0);
+  EXPECT_EQ(version.fErr, "");
+  EXPECT_NE(version.fOut.find("KAPUtils 1.1.1 (65793), "), std::string::npos) << version.fOut;
+}
+
+TEST(InputTest, Unreadable) {
+  EXPECT_EQ(RunPosutil({"print", "/nowhere/a\n.json"}),
+            (Outcome{3, "", "posutil: /nowhere/a\\x0a.json: No such file or directory\n"}));
+  EXPECT_EQ(RunPosutil({"print", "--from", "json", "/"}),
+            (Outcome{3, "", "posutil: /: Is a directory\n"}));
+}
+
+TEST(LibraryTest, CanBeGivenAndMissing) {
+  EXPECT_EQ(RunPosutil({"--library", KAP_LIBRARY_PATH, "get", "--from", "text", "-", "a"}, "<a 1>"),
+            (Outcome{0, "1\n", ""}));
+  const Outcome missing = RunPosutil({"version", "--library", "/nowhere/lib.so"});
+  EXPECT_EQ(missing.fStatus, 3);
+  EXPECT_NE(missing.fErr.find("/nowhere/lib.so"), std::string::npos) << missing.fErr;
+}
+
+}  // namespace

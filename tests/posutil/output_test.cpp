@@ -1,0 +1,67 @@
+// Output that gets lost, and colours.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "Posutil.h"
+
+namespace {
+
+TEST(OutputTest, AFullDeviceIsAnError) {
+  const int full = ::open("/dev/full", O_WRONLY);
+  const Outcome expected = {3, "", "posutil: cannot write the output: No space left on device\n"};
+  EXPECT_EQ(RunPosutil({"print", "--from", "text", "-"}, "1", {.fOut = full}), expected);
+  EXPECT_EQ(RunPosutil({"version"}, "", {.fOut = full}), expected);
+  EXPECT_EQ(RunPosutil({"--help"}, "", {.fOut = full}), expected);
+  ::close(full);
+}
+
+TEST(OutputTest, AClosedPipeIsAQuietOne) {
+  int ends[2];
+  ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+  ::close(ends[0]);
+  EXPECT_EQ(RunPosutil({"print", "--from", "text", "-"}, "1", {.fOut = ends[1]}),
+            (Outcome{3, "", ""}));
+  ::close(ends[1]);
+}
+
+TEST(OutputTest, LongOutputIsWhole) {
+  // Lines, and a string, that are longer than any buffer.
+  const std::string longText(200000, 'x');
+  std::string json = "[";
+  std::string expected = "[\n";
+  for (int i = 0; i < 50000; ++i) {
+    json += std::to_string(i) + ",";
+    expected += "  " + std::to_string(i) + ",\n";
+  }
+  EXPECT_TRUE(RunPosutil({"print", "--from", "json", "--to", "json", "-"},
+                         json + "\"" + longText + "\"]") ==
+              (Outcome{0, expected + "  \"" + longText + "\"\n]\n", ""}));
+}
+
+// What the program writes when its standard output is a terminal.
+std::string OnTerminal(const std::vector<std::string>& environment) {
+  const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  if (::grantpt(master) != 0 || ::unlockpt(master) != 0) return "no terminal";
+  const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  const Outcome outcome =
+      RunPosutil({"print", "--from", "text", "-"}, "<a 1>", {terminal, environment});
+  EXPECT_EQ(outcome.fStatus, 0) << outcome.fErr;
+  char text[1000];
+  const ssize_t size = ::read(master, text, sizeof text);
+  ::close(terminal);
+  ::close(master);
+  return {text, static_cast<std::size_t>(size > 0 ? size : 0)};
+}
+
+TEST(ColourTest, OnlyOnATerminalThatWantsThem) {
+  const std::string plain = "dictionary\r\na: 1\r\n";
+  EXPECT_EQ(OnTerminal({"TERM=xterm", "NO_COLOR="}),
+            "\033[2mdictionary\033[0m\r\n\033[34ma\033[0m: \033[36m1\033[0m\r\n");
+  EXPECT_EQ(OnTerminal({"TERM=xterm", "NO_COLOR=1"}), plain);
+  EXPECT_EQ(OnTerminal({"TERM=dumb", "NO_COLOR="}), plain);
+}
+
+}  // namespace

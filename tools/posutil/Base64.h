@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace PosUtil {
+
+// Base64 with padding. Decoding accepts exactly what encoding writes.
+std::string Base64Encode(const unsigned char* data, std::size_t size);
+bool Base64Decode(std::string_view text, std::vector<unsigned char>& out);
+
+}  // namespace PosUtil

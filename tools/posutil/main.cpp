@@ -1,0 +1,93 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
+#include <new>
+#include <vector>
+
+#include "Command.h"
+#include "Session.h"
+#include "SyntaxError.h"
+
+namespace PosUtil {
+
+namespace {
+
+void DeclareAll(CLI::App& options, Session& session) {
+  options.require_subcommand(1);
+  options.set_help_flag("--help,-h", "Prints this help");
+  options
+      .add_option("--library", session.LibraryPath(),
+                  "libKAPUtils.so; else ../lib and the program's own folder are tried")
+      ->option_text("FILE");
+  options.footer(
+      "posutil COMMAND --help tells more about a command.\n\n"
+      "Exit status: 0 success, 1 a negative answer, 2 wrong usage, 3 unreadable or malformed\n"
+      "input, lost output, or a report of the library.");
+  for (Command* command : Command::All()) {
+    CLI::App* const own = options.add_subcommand(command->kName, command->kDescription);
+    own->fallthrough();
+    command->Declare(*own);
+  }
+}
+
+Command& ChosenCommand(const CLI::App& options) {
+  for (Command* command : Command::All()) {
+    if (options.got_subcommand(command->kName)) return *command;
+  }
+  throw Failure("no command", kExitUsage);
+}
+
+std::vector<std::string> Arguments(int argc, char** argv) {
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  for (const Command* command : Command::All()) {
+    const auto found = std::find(arguments.begin(), arguments.end(), command->kName);
+    if (found != arguments.end()) command->Prepare(arguments);
+  }
+  return {arguments.rbegin(), arguments.rend()};  // the parser takes them from the end
+}
+
+ExitStatus Run(CLI::App& options, int argc, char** argv, Session& session) {
+  try {
+    options.parse(Arguments(argc, argv));
+  } catch (const CLI::Success&) {
+    session.Out().Put(options.help());
+    session.Finish();
+    return kExitSuccess;
+  } catch (const CLI::ParseError& error) {
+    throw Failure(std::string(error.what()) + "\nposutil --help tells more.", kExitUsage);
+  }
+  const ExitStatus status = ChosenCommand(options).Run(session);
+  session.Finish();
+  return status;
+}
+
+// No exception may outlive the session: the text of some belongs to the library.
+int Main(int argc, char** argv) {
+  Session session;
+  try {
+    CLI::App options("Property objects on the command line.", "posutil");
+    DeclareAll(options, session);
+    return Run(options, argc, argv, session);
+  } catch (const SyntaxError& error) {
+    session.ComplainPlainly(error.what());
+    return error.Status();
+  } catch (const Failure& failure) {
+    if (*failure.what()) session.Complain(failure.what());
+    return failure.Status();
+  } catch (const std::bad_alloc&) {
+    session.Complain("out of memory");
+  } catch (const std::exception& error) {
+    session.Complain(error.what());
+  }
+  return kExitFailure;
+}
+
+}  // namespace
+
+}  // namespace PosUtil
+
+int main(int argc, char** argv) {
+  // A closed pipe shall be an error of writing.
+  std::signal(SIGPIPE, SIG_IGN);
+  return PosUtil::Main(argc, argv);
+}
