@@ -35,16 +35,19 @@ std::uint64_t Word(const char* bytes, std::size_t count) noexcept {
 
 }  // namespace
 
-TextPrefix::TextPrefix(std::string_view text) noexcept
-    : fHigh(Word(text.data(), text.size())),
-      fLow(text.size() > 8 ? Word(text.data() + 8, text.size() - 8) : 0) {}
+TextPrefix::TextPrefix(std::string_view text) noexcept {
+  for (std::size_t i = 0; i < kWords; ++i) {
+    const std::size_t begin = i * sizeof(std::uint64_t);
+    fWords[i] = text.size() > begin ? Word(text.data() + begin, text.size() - begin) : 0;
+  }
+}
 
 int SortableStringAtom::Compare(const SortableStringAtom& a, const SortableStringAtom& b) noexcept {
   const int order = a.fPrefix.Compare(b.fPrefix);
   return order != 0 || a.Text() == b.Text() ? order : std::strcmp(a.Text(), b.Text());
 }
 
-// Keys that share their first 16 bytes mostly differ soon after: a few bytes in a loop cost less
+// Keys that share their prefix mostly differ soon after: a few bytes in a loop cost less
 // than a call.
 int SortableStringAtom::CompareRest(std::string_view text, const char* key) noexcept {
   constexpr std::size_t kInLoop = TextPrefix::kSize + 16;
