@@ -4,19 +4,20 @@
 
 namespace {
 
-// Nothing in the library reads these texts: without the attributes they would be dropped, and a
-// library file could no longer be asked what it is.
-[[gnu::used, gnu::retain]] char gBuildDate[] = KAP_BUILD_DATE;
-[[gnu::used, gnu::retain]] char gBuildVersion[] = KAP_BUILD_VERSION;
-[[gnu::used, gnu::retain]] char gBuildID[] = KAP_BUILD_ID;
-[[gnu::used, gnu::retain]] char gCopyRight[] = "Copyright (c) the KAPUtils authors";
+char gBuildDate[] = KAP_BUILD_DATE;
+char gBuildVersion[] = KAP_BUILD_VERSION;
+char gBuildID[] = KAP_BUILD_ID;
+char gCopyRight[] = KAP_COPYRIGHT;
 
 }  // namespace
 
-char* KAPUtils_BuildDate() { return gBuildDate; }
+// Nothing in the library calls these: without the attributes they would be dropped, and a library
+// file could no longer be asked what it is.
 
-char* KAPUtils_BuildVersion() { return gBuildVersion; }
+[[gnu::used, gnu::retain]] char* KAPUtils_BuildDate() { return gBuildDate; }
 
-char* KAPUtils_BuildID() { return gBuildID; }
+[[gnu::used, gnu::retain]] char* KAPUtils_BuildVersion() { return gBuildVersion; }
 
-char* KAPUtils_CopyRight() { return gCopyRight; }
+[[gnu::used, gnu::retain]] char* KAPUtils_BuildID() { return gBuildID; }
+
+[[gnu::used, gnu::retain]] char* KAPUtils_CopyRight() { return gCopyRight; }
