@@ -39,9 +39,6 @@ TEST_F(MemoryTest, ReallocKeepsContentsAndBooks) {
   void* shrunk = fHost.Memory<"Realloc">(block, 0ul);
   EXPECT_NE(shrunk, nullptr);
   fHost.Memory<"Free">(shrunk);
-}
-
-TEST_F(MemoryTest, NullAndTooMuch) {
   EXPECT_EQ(fHost.Memory<"Alloc">(SIZE_MAX), nullptr);
   EXPECT_EQ(fHost.Memory<"GetBlockSize">(nullptr), 0u);
   fHost.Memory<"Free">(nullptr);

@@ -1,32 +1,13 @@
-#include <atomic>
-#include <functional>
-#include <thread>
-
+#include "Threads.h"
 #include "TestHost.h"
 
 namespace {
 
 using KAPHost::Kind;
 
-constexpr int kThreads = 4;
 constexpr int kRounds = 50000;
 
-class ThreadsTest : public HostTest {
- protected:
-  // Runs body(number of the thread) on all threads at once.
-  static void RunAll(const std::function<void(int)>& body) {
-    std::atomic<int> waiting = kThreads;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-      threads.emplace_back([&, i] {
-        --waiting;
-        while (waiting != 0) std::this_thread::yield();
-        body(i);
-      });
-    }
-    for (std::thread& thread : threads) thread.join();
-  }
-};
+class ThreadsTest : public HostTest {};
 
 // Every round an atom dies on one thread while others look it up: they must get it alive, or a new
 // one.
@@ -34,7 +15,7 @@ TEST_F(ThreadsTest, LastReleaseAgainstLookUp) {
   const auto newAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
   const auto text = fHost.Proc<KAP_T_MT::KAPStringInterface, "GetCString">();
   const auto deleteAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "DeleteStringAtom">();
-  RunAll([&](int) {
+  RunOnThreads([&](int) {
     for (int round = 0; round < kRounds; ++round) {
       const char* wanted = round % 2 == 0 ? "contended" : "other";
       KAPStringAtom* first = newAtom(wanted);
@@ -52,7 +33,7 @@ TEST_F(ThreadsTest, LastReleaseAgainstLookUp) {
 TEST_F(ThreadsTest, ManyAtoms) {
   const auto newAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
   std::vector<std::vector<KAPStringAtom*>> atoms(kThreads);
-  RunAll([&](int thread) {
+  RunOnThreads([&](int thread) {
     for (int i = 0; i < 5000; ++i) {
       atoms[static_cast<std::size_t>(thread)].push_back(newAtom(std::to_string(i).c_str()));
     }
@@ -61,7 +42,7 @@ TEST_F(ThreadsTest, ManyAtoms) {
     EXPECT_EQ(atoms[0], atoms[static_cast<std::size_t>(thread)]);
   }
   EXPECT_EQ(fHost.TakeSnapshot().Total(Kind::kAtom).fNumber, kThreads * 5000);
-  RunAll([&](int thread) {
+  RunOnThreads([&](int thread) {
     for (KAPStringAtom* atom : atoms[static_cast<std::size_t>(thread)]) {
       fHost.Strings<"DeleteStringAtom">(atom);
     }
@@ -82,7 +63,7 @@ TEST_F(ThreadsTest, SharedContainersAndBlocks) {
               nullptr);
     for (int thread = 1; thread < kThreads; ++thread) fHost.Containers<"AddRef">(shared[i]);
   }
-  RunAll([&](int thread) {
+  RunOnThreads([&](int thread) {
     for (std::size_t i = 0; i < shared.size(); ++i) {
       EXPECT_TRUE(fHost.Containers<"AddRef">(shared[i]));
       fHost.Containers<"Release">(shared[i]);
@@ -107,7 +88,7 @@ TEST_F(ThreadsTest, RegistryCounterErrorsAndReports) {
           fHost.Find("KAP", "KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr"))());
   const unsigned long before = *counter;
   constexpr int kInterfaces = 500;
-  RunAll([&](int thread) {
+  RunOnThreads([&](int thread) {
     const std::string name = "Interface" + std::to_string(thread);
     for (int i = 0; i < kInterfaces; ++i) {
       fHost.Register(name.c_str(), "M", "P", &fHost);
@@ -123,7 +104,7 @@ TEST_F(ThreadsTest, RegistryCounterErrorsAndReports) {
 
 // New types of containers turn up on all threads at once.
 TEST_F(ThreadsTest, NewTypes) {
-  RunAll([&](int) {
+  RunOnThreads([&](int) {
     for (int i = 0; i < 300; ++i) {
       KAPStringAtom* name = fHost.Atom(("Type" + std::to_string(i)).c_str());
       KAPContainer* container = nullptr;

@@ -7,55 +7,28 @@ namespace {
 
 using namespace KAP_T_MT;
 
-class DictTest : public PosTest {
- protected:
-  std::vector<std::string> Keys() const {
-    std::vector<std::string> keys;
-    const Object iterator = NewIterator();
-    for (; !Call<POSDictIteratorInterface, "IsDone">(iterator.get());
-         Call<POSDictIteratorInterface, "Next">(iterator.get())) {
-      keys.emplace_back(Call<POSDictIteratorInterface, "CurKey">(iterator.get()));
-    }
-    return keys;
-  }
-  Object NewIterator() const {
-    return Own(Call<POSDictIteratorInterface, "NewPOSDictIterator">(fDict.get()));
-  }
-
-  Object fDict = Own(Call<POSDictInterface, "NewPOSDict">());
-};
-
-TEST_F(DictTest, ReplacedValueKeepsTheKey) {
-  Put(fDict, "k", Number(1));
-  const BalancedScope balanced(*this);
-  Put(fDict, "k", Number(2));
-  EXPECT_EQ(Show(fDict), "<k 2>");
-  Remove(fDict, "absent");
-}
-
-TEST_F(DictTest, Iterators) {
-  const Object early = NewIterator();
-  const auto isDone = [](const World& world, const Object& iterator) {
-    return world.Call<POSDictIteratorInterface, "IsDone">(iterator.get());
-  };
-  EXPECT_TRUE(isDone(*this, early));
-  Put(fDict, "b", Number(2));
-  Put(fDict, "a", Number(1));
-  Call<POSDictIteratorInterface, "Begin">(early.get());
-  EXPECT_STREQ((Call<POSDictIteratorInterface, "CurKey">(early.get())), "a");
-
-  const Object iterator = NewIterator();
-  for (int i = 0; i < 5; ++i) Call<POSDictIteratorInterface, "Next">(iterator.get());
-  EXPECT_TRUE(isDone(*this, iterator));
-  EXPECT_EQ((Call<POSDictIteratorInterface, "CurKey">(iterator.get())), nullptr);
+TEST_F(PosTest, DictIterators) {
+  const Object dict = Read("<>");
+  const Object iterator = Own(Call<POSDictIteratorInterface, "NewPOSDictIterator">(dict.get()));
+  const auto begin = [&] { Call<POSDictIteratorInterface, "Begin">(iterator.get()); };
+  const auto next = [&] { Call<POSDictIteratorInterface, "Next">(iterator.get()); };
+  const auto isDone = [&] { return Call<POSDictIteratorInterface, "IsDone">(iterator.get()); };
+  const auto key = [&] { return Call<POSDictIteratorInterface, "CurKey">(iterator.get()); };
+  EXPECT_TRUE(isDone());
+  Put(dict, "b", Number(2));
+  Put(dict, "a", Number(1));
+  begin();
+  EXPECT_STREQ(key(), "a");
+  for (int i = 0; i < 5; ++i) next();
+  EXPECT_TRUE(isDone());
+  EXPECT_EQ(key(), nullptr);
   EXPECT_NE(TakeReport(), "");
-  Call<POSDictIteratorInterface, "Begin">(iterator.get());
-  EXPECT_STREQ((Call<POSDictIteratorInterface, "CurKey">(iterator.get())), "a");
-  Call<POSDictIteratorInterface, "Next">(iterator.get());
-  EXPECT_STREQ((Call<POSDictIteratorInterface, "CurKey">(iterator.get())), "b");
+  begin();
+  next();
+  EXPECT_STREQ(key(), "b");
 }
 
-TEST_F(DictTest, CloneSharesScalarsOnly) {
+TEST_F(PosTest, DictCloneSharesScalarsOnly) {
   const Object dict = Read("< a [1 2] n 5 >");
   const Object clone = Own(Call<POSObjectInterface, "Clone">(dict.get()));
   EXPECT_EQ(Get(clone, "n"), Get(dict, "n"));
@@ -65,7 +38,7 @@ TEST_F(DictTest, CloneSharesScalarsOnly) {
   EXPECT_EQ(Show(clone), "<a [2] b 1 n 5>");
 }
 
-TEST_F(DictTest, RandomChangesAgreeWithAMap) {
+TEST_F(PosTest, RandomChangesAgreeWithAMap) {
   constexpr unsigned kSeed = 20240502;
   SCOPED_TRACE("seed " + std::to_string(kSeed));
   std::mt19937 random(kSeed);
@@ -77,28 +50,31 @@ TEST_F(DictTest, RandomChangesAgreeWithAMap) {
     for (auto n = random() % 6; n > 0; --n) key += "ab\x01\xff"[random() % 4];
     return key;
   };
+  const Object dict = Read("<>");
   std::map<std::string, int> model;
   for (int i = 0; i < 20000; ++i) {
     const std::string key = randomKey();
     // Grows and shrinks by turns, down to nothing.
     if (random() % 100 < (i / 2000 % 2 == 0 ? 80u : 5u)) {
-      Put(fDict, key.c_str(), Number(i));
+      Put(dict, key.c_str(), Number(i));
       model[key] = i;
     } else {
       const std::string gone = model.empty() ? key
                                : model.lower_bound(key) != model.end()
                                    ? model.lower_bound(key)->first
                                    : model.begin()->first;
-      Remove(fDict, gone.c_str());
+      Remove(dict, gone.c_str());
       model.erase(gone);
     }
     const auto found = model.find(key);
-    ASSERT_EQ(Show(Get(fDict, key.c_str())),
+    ASSERT_EQ(Show(Get(dict, key.c_str())),
               found == model.end() ? "~" : std::to_string(found->second));
     if (i % 50 != 0) continue;
-    std::vector<std::string> keys;
-    for (const auto& entry : model) keys.push_back(entry.first);
-    ASSERT_EQ(Keys(), keys);
+    std::string all;
+    for (const auto& [k, value] : model) {
+      all += (all.empty() ? "" : " ") + (k.empty() ? "()" : k) + " " + std::to_string(value);
+    }
+    ASSERT_EQ(Show(dict), "<" + all + ">");
   }
 }
 

@@ -98,13 +98,4 @@ TEST_F(ForeignTest, AreClonedByTheirOwnProcedure) {
   gCloning = Cloning::kCopied;
 }
 
-// A refusal of the host does not make it one of the library's kinds either, nor an error.
-TEST_F(ForeignTest, AreOfNoKind) {
-  const Object three = New(3);
-  RefuseFrom(KAPHost::Call::kAny, 1);
-  EXPECT_FALSE((Call<POSNumberInterface, "IsPOSNumber">(three.get())));
-  EXPECT_TRUE(Fired());
-  StopRefusing();
-}
-
 }  // namespace

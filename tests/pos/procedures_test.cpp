@@ -6,14 +6,12 @@ namespace {
 
 using namespace KAP_T_MT;
 
-struct BadHandle {
-  const char* fWhy;
-  KAPContainer* fHandle;
-};
-
 // The error of a typed interface, "" for an interface that takes any object.
-std::string KindMessage(const std::string& interfaceName) {
-  const std::string kind = interfaceName.substr(0, interfaceName.find("Interface"));
+template <class Procedure>
+std::string KindMessage() {
+  const std::string_view interfaceName =
+      Procedure::kMethod == "NewPOSDictIterator" ? "POSDictInterface" : Procedure::kInterface;
+  const std::string kind(interfaceName.substr(0, interfaceName.find("Interface")));
   const bool anyObject = kind == "POSObject" || kind == "POSObjectStatics";
   return anyObject ? "" : "instance was not an " + kind;
 }
@@ -35,59 +33,48 @@ class BadInputSweep {
 
   template <class Procedure, std::size_t Position>
   void RunPosition() {
+    using T = typename Procedure::Types::template Arg<Position>;
     if constexpr (Procedure::template Needs<Position>()) {
-      using T = typename Procedure::Types::template Arg<Position>;
-      constexpr bool isHandle = std::is_same_v<T, KAPContainer*>;
-      std::vector<BadHandle> bad = {{"null", nullptr}};
-      if (isHandle) AddHandles<Procedure, Position>(bad);
-      for (const BadHandle& handle : bad) RunOne<Procedure, Position>(handle);
+      RunOne<Procedure, Position>("null", nullptr);
+      if constexpr (std::is_same_v<T, KAPContainer*>) RunHandles<Procedure, Position>();
     }
   }
 
   template <class Procedure, std::size_t Position>
-  void AddHandles(std::vector<BadHandle>& bad) {
-    const bool wantsIterator =
-        std::string_view(Procedure::kInterface) == "POSDictIteratorInterface" &&
-        Procedure::kMethod != "NewPOSDictIterator";
-    bad.push_back({"a container of another implementation", fForeign.get()});
-    bad.push_back({"an empty container", fEmpty.get()});
-    if (!wantsIterator) bad.push_back({"an iterator", fIterator.get()});
-    if (Position != 0 || KindMessage(Procedure::kInterface).empty()) return;
+  void RunHandles() {
+    RunOne<Procedure, Position>("a container of another implementation", fForeign.get());
+    RunOne<Procedure, Position>("an empty container", fEmpty.get());
+    const bool wantsIterator = KindMessage<Procedure>() == "instance was not an POSDictIterator";
+    if (!wantsIterator) RunOne<Procedure, Position>("an iterator", fIterator.get());
+    if (Position != 0 || KindMessage<Procedure>().empty()) return;
     for (const Object& object : fKinds) {
-      Given given(fWorld, Procedure::kInterface, Procedure::kMethod);
+      const Given given(fWorld, Procedure::kInterface, Procedure::kMethod);
       const bool fits = !wantsIterator && TypeOf(object.get()) == TypeOf(given.Subject());
-      if (!fits) bad.push_back({"an object of another kind", object.get()});
+      if (!fits) RunOne<Procedure, Position>("an object of another kind", object.get());
     }
   }
 
   template <class Procedure, std::size_t Position>
-  void RunOne(const BadHandle& bad) {
+  void RunOne(const char* why, KAPContainer* handle) {
     SCOPED_TRACE(std::string(Procedure::kInterface) + "." + std::string(Procedure::kMethod) +
-                 ", argument " + std::to_string(Position) + ": " + bad.fWhy);
+                 ", argument " + std::to_string(Position) + ": " + why);
     Given given(fWorld, Procedure::kInterface, Procedure::kMethod);
     const std::string before = given.Show();
-    given.Spoil(Position, bad.fHandle);
+    given.Spoil(Position, handle);
     EXPECT_TRUE(Procedure::Call(fWorld, given).value_or(true));
     const std::vector<std::string> reports = fWorld.TakeReports();
-    const bool quiet = Procedure::kMethod.starts_with("IsPOS") ||
-                       (Procedure::kMethod == "IsEqual" && Position == 1);
-    if (quiet) {
+    using First = typename Procedure::Types::template Arg<0>;
+    if (Procedure::kMethod.starts_with("IsPOS") ||
+        (Procedure::kMethod == "IsEqual" && Position == 1)) {
       EXPECT_EQ(reports, std::vector<std::string>());
-    } else if (Position == 0 && Procedure::template Needs<0>() && TakesObjectFirst<Procedure>() &&
-               !KindMessage(Procedure::kInterface).empty()) {
-      const bool takesDict = Procedure::kMethod == "NewPOSDictIterator";
-      EXPECT_EQ(reports, std::vector<std::string>{
-                             KindMessage(takesDict ? "POSDictInterface" : Procedure::kInterface)});
+    } else if (Position == 0 && std::is_same_v<First, KAPContainer*> &&
+               !KindMessage<Procedure>().empty()) {
+      EXPECT_EQ(reports, std::vector<std::string>{KindMessage<Procedure>()});
     } else {
       EXPECT_FALSE(reports.empty());
     }
     EXPECT_EQ(given.Show(), before);
     ++fCalls;
-  }
-
-  template <class Procedure>
-  static constexpr bool TakesObjectFirst() {
-    return std::is_same_v<typename Procedure::Types::template Arg<0>, KAPContainer*>;
   }
 
   int TypeOf(KAPContainer* object) const {
@@ -109,28 +96,17 @@ TEST(ProceduresTest, BadInput) {
   EXPECT_GT(sweep.Calls(), 200);
 }
 
-// How the nth call of the host fails: alone, or with all after it; and whether method tables are to
-// be loaded anew, which takes calls of its own.
-struct Refusal {
-  const char* fWhy;
-  bool fAndAllAfterIt;
-  bool fCold;
-};
-
-// True while there is a call to refuse.
+// The nth call of the host fails, alone or with all after it; when it is cold, the method tables are
+// to be loaded anew, which takes calls of its own. True while there is a call to refuse.
 template <class Procedure>
-bool RefuseCall(const Refusal& refusal, unsigned long n) {
-  SCOPED_TRACE(std::string(Procedure::kInterface) + "." + std::string(Procedure::kMethod) + ", " +
-               refusal.fWhy + " from call " + std::to_string(n));
+bool RefuseCall(unsigned long n, bool andAllAfterIt, bool cold) {
+  SCOPED_TRACE(testing::Message() << Procedure::kInterface << '.' << Procedure::kMethod << ", call "
+                                  << n << (andAllAfterIt ? " on" : "") << (cold ? ", cold" : ""));
   World world;
   Given given(world, Procedure::kInterface, Procedure::kMethod);
   const std::string before = given.Show();
-  if (refusal.fCold) world.MoveUnregisterCounter();
-  if (refusal.fAndAllAfterIt) {
-    world.RefuseFrom(KAPHost::Call::kAny, n);
-  } else {
-    world.Refuse(KAPHost::Call::kAny, n);
-  }
+  if (cold) world.MoveUnregisterCounter();
+  andAllAfterIt ? world.RefuseFrom(KAPHost::Call::kAny, n) : world.Refuse(KAPHost::Call::kAny, n);
   const std::optional<bool> failed = Procedure::Call(world, given);
   const bool fired = world.Fired();
   world.StopRefusing();
@@ -147,17 +123,15 @@ bool RefuseCall(const Refusal& refusal, unsigned long n) {
 
 TEST(ProceduresTest, NthCallOfTheHostFails) {
   unsigned long refused = 0;
-  for (const Refusal& refusal : {Refusal{"one refused", false, false},
-                                 {"all refused", true, false},
-                                 {"one refused, cold", false, true},
-                                 {"all refused, cold", true, true}}) {
-    ForEachProcedure([&]<class Procedure>() {
-      for (unsigned long n = 1; RefuseCall<Procedure>(refusal, n) && !testing::Test::HasFailure();
-           ++n) {
-        ++refused;
+  ForEachProcedure([&]<class Procedure>() {
+    for (const bool andAllAfterIt : {false, true}) {
+      for (const bool cold : {false, true}) {
+        unsigned long n = 1;
+        while (RefuseCall<Procedure>(n, andAllAfterIt, cold) && !testing::Test::HasFailure()) ++n;
+        refused += n - 1;
       }
-    });
-  }
+    }
+  });
   EXPECT_GT(refused, 200u);
 }
 

@@ -8,31 +8,14 @@ namespace {
 
 using namespace KAP_T_MT;
 
-TEST_F(PosTest, KindsAreToldApart) {
-  bool (*const is[])(KAPContainer*) = {Proc<POSNumberInterface, "IsPOSNumber">(),
-                                       Proc<POSStringInterface, "IsPOSString">(),
-                                       Proc<POSUnicodeStringInterface, "IsPOSUnicodeString">(),
-                                       Proc<POSBinDataInterface, "IsPOSBinData">(),
-                                       Proc<POSRawPointerInterface, "IsPOSRawPointer">(),
-                                       Proc<POSArrayInterface, "IsPOSArray">(),
-                                       Proc<POSDictInterface, "IsPOSDict">()};
-  const std::vector<Object> objects = OneOfEachKind();
-  for (std::size_t i = 0; i < objects.size(); ++i) {
-    SCOPED_TRACE("kind " + std::to_string(i + 1));
-    EXPECT_EQ((Call<POSObjectInterface, "GetType">(objects[i].get())), static_cast<int>(i) + 1);
-    for (std::size_t j = 0; j < objects.size(); ++j) {
-      EXPECT_EQ(is[j](objects[i].get()), i == j);
-      EXPECT_EQ(IsEqual(objects[i], objects[j]), i == j);
-    }
-  }
-}
-
 // A scalar is its own clone, deliberately without a reference; an array or dictionary is copied.
-TEST_F(PosTest, CloneAndReferences) {
+TEST_F(PosTest, TypesEqualityAndClones) {
   const std::vector<Object> objects = OneOfEachKind();
   for (std::size_t i = 0; i < objects.size(); ++i) {
     SCOPED_TRACE("kind " + std::to_string(i + 1));
     const BalancedScope balanced(*this);
+    EXPECT_EQ((Call<POSObjectInterface, "GetType">(objects[i].get())), static_cast<int>(i) + 1);
+    for (const Object& other : objects) EXPECT_EQ(IsEqual(objects[i], other), objects[i] == other);
     KAPContainer* clone = Call<POSObjectInterface, "Clone">(objects[i].get());
     EXPECT_EQ(clone == objects[i].get(), i < 5);
     if (i < 5) continue;
@@ -101,12 +84,9 @@ TEST_F(PosTest, Equality) {
       {"zeros of either sign", Number(0.0), Number(-0.0), true},
       {"numbers", Number(1), Number(2), false},
       {"one text", Read("ab"), Read("(ab)"), true},
-      {"case", Read("ab"), Read("aB"), false},
       {"same characters, other kind", Read("A"), Read("`0041`"), false},
-      {"units", Read("`00410042`"), Read("`00410042`"), true},
       {"a unit more", Read("`0041`"), Read("`00410042`"), false},
       {"another unit", Read("`0041`"), Read("`0141`"), false},
-      {"empty Unicode strings", Read("``"), Read("``"), true},
       {"data", BinData("t", "ab"), BinData("t", "ab"), true},
       {"bytes", BinData("t", "ab"), BinData("t", "ac"), false},
       {"size", BinData("t", "ab"), BinData("t", "abc"), false},
@@ -118,8 +98,6 @@ TEST_F(PosTest, Equality) {
       {"order", Read("[1 2]"), Read("[2 1]"), false},
       {"empty slots", withEmptySlot(), withEmptySlot(), true},
       {"an empty slot and an object", withEmptySlot(), Read("[1 2 3]"), false},
-      {"an object and an empty slot", Read("[1 2 3]"), withEmptySlot(), false},
-      {"empty arrays", Read("[]"), Read("[]"), true},
       {"dictionaries", Read("<a 1 b <c 2>>"), Read("<b <c 2> a 1>"), true},
       {"a superset, deliberately", Read("<a 1 b 2>"), Read("<a 1 aa 0 b 2 c 0>"), true},
       {"a subset", Read("<a 1 b 2>"), Read("<a 1>"), false},

@@ -1,14 +1,10 @@
-#include <atomic>
-#include <functional>
-#include <thread>
-
+#include "Threads.h"
 #include "World.h"
 
 namespace {
 
 using namespace KAP_T_MT;
 
-constexpr int kThreads = 4;
 constexpr int kRounds = 150;
 
 // One document that nobody changes, read by all threads through procedures and wrappers, while the
@@ -20,7 +16,6 @@ TEST_F(WrapperTest, ManyThreadsReadOneDocument) {
   }
   const Object document = Read(("<" + text + ">").c_str());
   const std::string shown = Show(document);
-  std::atomic<int> reading = kThreads;
 
   const auto read = [&](int thread) {
     for (int round = 0; round < kRounds; ++round) {
@@ -39,20 +34,7 @@ TEST_F(WrapperTest, ManyThreadsReadOneDocument) {
       ASSERT_TRUE(own.IsEqual(own.Clone()));
     }
   };
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, i] {
-      read(i);
-      --reading;
-    });
-  }
-  threads.emplace_back([&] {
-    while (reading != 0) {
-      MoveUnregisterCounter();
-      std::this_thread::yield();
-    }
-  });
-  for (std::thread& thread : threads) thread.join();
+  RunOnThreads(read, [this] { MoveUnregisterCounter(); });
   EXPECT_EQ(Show(document), shown);
 }
 

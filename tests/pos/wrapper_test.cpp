@@ -20,44 +20,23 @@ std::string DowncastMessage(const char* wrapper) {
   return std::string("downcast from CPOSObject to ") + wrapper + " failed";
 }
 
-TEST_F(WrapperTest, Downcasts) {
-  std::vector<CPOSObject> objects(1);  // an empty one, then those of each type
-  for (const Object& object : OneOfEachKind()) objects.emplace_back(object.get());
-  const auto check = [&]<class Wrapper>(int type, const char* name, const Wrapper&) {
-    SCOPED_TRACE(name);
-    for (int i = 0; i <= kPOSDict; ++i) {
-      const CPOSObject& object = objects[static_cast<std::size_t>(i)];
-      const BalancedScope balanced(*this);
-      EXPECT_EQ(Wrapper(object, true).Handle(), i == type ? object.Handle() : nullptr);
-      EXPECT_EQ(Thrown([&] { EXPECT_EQ(Wrapper(object, false).Handle(), object.Handle()); }),
-                i == type ? "" : DowncastMessage(name));
-    }
-  };
-  check(kPOSNumber, "CPOSNumber", CPOSNumber());
-  check(kPOSString, "CPOSString", CPOSString());
-  check(kPOSUnicodeString, "CPOSUnicodeString", CPOSUnicodeString());
-  check(kPOSBinData, "CPOSBinData", CPOSBinData());
-  check(kPOSRawPointer, "CPOSRawPointer", CPOSRawPointer());
-  check(kPOSArray, "CPOSArray", CPOSArray());
-  check(kPOSDict, "CPOSDict", CPOSDict());
-}
-
 TEST_F(WrapperTest, Getters) {
   CPOSDict dict = CPOSDict::New();
   for (const Object& object : OneOfEachKind()) {
     dict.Put(std::to_string(dict.NumKeys() + 1).c_str(), CPOSObject(object.get()));
   }
-  const auto checkOne = [&](const char* name, const char* key, auto get, const char* missing) {
+  const auto checkOne = [&](const char* name, const std::string& key, auto get,
+                            const char* missing) {
     SCOPED_TRACE(std::string(name) + ", " + missing);
     const BalancedScope balanced(*this);
-    for (bool noThrow : {true, false}) {
-      EXPECT_EQ((dict.*get)(key, noThrow).Handle(), dict[key].Handle());
+    for (const char* other : {"1", "2", "3", "4", "5", "6", "7"}) {
+      const auto getOther = [&] { return (dict.*get)(other, false).Handle(); };
+      EXPECT_EQ((dict.*get)(other, true).Handle(), other == key ? dict[other].Handle() : nullptr);
+      EXPECT_EQ(Thrown([&] { EXPECT_EQ(getOther(), dict[other].Handle()); }),
+                other == key ? "" : DowncastMessage(name));
     }
-    const char* other = *key == '1' ? "2" : "1";
     EXPECT_TRUE((dict.*get)("absent", true).IsNull());
-    EXPECT_TRUE((dict.*get)(other, true).IsNull());
     EXPECT_EQ(Thrown([&] { (dict.*get)("absent", false); }), missing);
-    EXPECT_EQ(Thrown([&] { (dict.*get)(other, false); }), DowncastMessage(name));
   };
   const auto check = [&](const char* name, const char* key, auto get, auto deepGet) {
     checkOne(name, key, get, "CPOSDict::Get failed");
@@ -76,48 +55,35 @@ TEST_F(WrapperTest, Getters) {
 
   EXPECT_EQ(dict.NumKeys(), 7u);
   EXPECT_EQ(CPOSDict::New().NumKeys(), 0u);
-  EXPECT_TRUE(dict.Get("absent", true).IsNull());
   EXPECT_EQ(Thrown([&] { dict["absent"]; }), "CPOSDict::Get failed");
   EXPECT_EQ(Thrown([&] { dict.DeepGet("a.b", false); }), "CPOSArray::GetAt subscript failed");
   EXPECT_EQ(dict.GetNumber(CKAPStringAtom("1"), false).Get(), 1.5);
 }
 
-TEST_F(WrapperTest, WrappersForward) {
+TEST_F(WrapperTest, ArraysAndIterators) {
   const unsigned short units[] = {1, 2, 3, 0};
-  const unsigned char bytes[] = {4, 5};
-  const auto release = [](void*) {};
   CPOSArray array = CPOSArray::New();
   array.Append(CPOSNumber(1));
-  array.Append(CPOSString("x"));
-  array.SetAt(5, CPOSBinData("type", bytes, 2));
   array.SetAt(2, CPOSUnicodeString(units));
-  array.SetAt(4, CPOSRawPointer(&array, release));
+  array.SetAt(4, CPOSString("x"));
   array.Remove(0);
-  EXPECT_EQ(Show(array.Handle()), R"(["x" u(0001 0002 0003) ~ * type(0405)])");
-  EXPECT_EQ(array.Count(), 5u);
+  EXPECT_EQ(Show(array.Handle()), R"([~ u(0001 0002 0003) ~ "x"])");
   EXPECT_EQ(CPOSUnicodeString::GetLength(CPOSUnicodeString(array[1], false).Get()), 3u);
-  EXPECT_EQ(CPOSRawPointer(array[3], false).GetRawPointer(), &array);
-  EXPECT_EQ(CPOSRawPointer(array[3], false).GetReleaseProc(), +release);
-  for (unsigned long index : {2ul, 5ul}) {
+  for (unsigned long index : {2ul, 4ul}) {
     EXPECT_TRUE(array.GetAt(index, true).IsNull());
     EXPECT_EQ(Thrown([&] { array[index]; }), "CPOSArray::GetAt subscript failed");
   }
-
-  CPOSDict dict(CPOSObject::CreateFromText("< b 2 a 1 c 3 >", nullptr), false);
-  dict.Remove("b");
+  const CPOSDict dict(CPOSObject::CreateFromText("< b 2 a 1 >", nullptr), false);
   std::string keys;
   for (CPOSDictIterator i(dict); !i.IsDone(); i.Next()) keys += i.CurKey();
-  EXPECT_EQ(keys, "ac");
-  EXPECT_TRUE(CPOSObject::CreateFromText("<", nullptr).IsNull());
+  EXPECT_EQ(keys, "ab");
 }
 
 TEST_F(WrapperTest, CloneCountsItsReferences) {
   for (const Object& object : OneOfEachKind()) {
     const BalancedScope balanced(*this);
     const CPOSObject original(object.get());
-    const CPOSObject clone = original.Clone();
-    const CPOSObject again = clone.Clone();
-    EXPECT_EQ(original.GetType(), again.GetType());
+    const CPOSObject again = original.Clone().Clone();
     EXPECT_TRUE(original.IsEqual(again));
   }
 }
@@ -140,27 +106,28 @@ TEST_F(WrapperTest, HasKeyLeavesAReference) {
 TEST_F(WrapperTest, ObjectReferences) {
   static int deleted;
   deleted = 0;
+  CPOSDict dict = CPOSDict::New();
+  Object container = Foreign("Referenced", nullptr, [](void*) { ++deleted; });
+  dict.Put("r", CPOSRawPointer::NewKAPObjRef(container.get()));
+  EXPECT_EQ(dict.GetKAPObjRef("r", false).GetRawPointer(), container.get());
   {
-    CPOSDict dict = CPOSDict::New();
-    Object container = Foreign("Referenced", nullptr, [](void*) { ++deleted; });
-    dict.Put("r", CPOSRawPointer::NewKAPObjRef(container.get()));
-    EXPECT_EQ(dict.GetKAPObjRef("r", false).GetRawPointer(), container.get());
-    container.reset();
-    EXPECT_EQ(deleted, 0);
-    dict.Remove("r");
-    EXPECT_EQ(deleted, 1);
+    const BalancedScope balanced(*this);
+    Refuse(KAPHost::Call::kContainer, 1);
+    EXPECT_EQ(Thrown([&] { CPOSRawPointer::NewKAPObjRef(container.get()); }),
+              "CKAPError invalid container");
+    StopRefusing();
+    EXPECT_NE(TakeReport(), "");
   }
-  const Object container = Foreign("Referenced");
-  const BalancedScope balanced(*this);
-  Refuse(KAPHost::Call::kContainer, 1);
-  EXPECT_EQ(Thrown([&] { CPOSRawPointer::NewKAPObjRef(container.get()); }),
-            "CKAPError invalid container");
-  StopRefusing();
-  EXPECT_NE(TakeReport(), "");
+  container.reset();
+  EXPECT_EQ(deleted, 0);
+  dict.Remove("r");
+  EXPECT_EQ(deleted, 1);
 }
 
 TEST_F(WrapperTest, EmptyObjects) {
   const CPOSObject empty;
+  EXPECT_TRUE(CPOSNumber(empty, true).IsNull());
+  EXPECT_EQ(Thrown([&] { CPOSNumber(empty, false); }), DowncastMessage("CPOSNumber"));
   EXPECT_EQ(Thrown([&] { (void)empty.Clone(); }), "CKAPError invalid container");
   EXPECT_EQ(Thrown([&] { (void)empty.GetType(); }), "CKAPError invalid container");
   const Object foreign = Foreign("NoPropertyObject");

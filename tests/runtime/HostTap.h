@@ -115,13 +115,3 @@ class HostTap {
   static inline Log fCalls;
   static inline bool fForbidden = false;
 };
-
-// The look-ups that load an interface: from the last entry to the first.
-template <class Interface>
-Log LoadOf() {
-  Log log;
-  for (std::size_t i = Interface::kCount; i-- > 0;) {
-    log.emplace_back(Interface::kName, Interface::kEntries[i].fMethodName);
-  }
-  return log;
-}

@@ -34,23 +34,14 @@ TEST(UnboundTest, NothingWorksAndNothingCrashes) {
   EXPECT_EQ(out[2], nullptr);
 }
 
-TEST(BindingTest, LooksUpWhatItNeedsInOrder) {
+TEST(BindingTest, BoundOnce) {
   TestHost host;
   const HostTap tap(host);
   ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
-  Log expected;
-  for (const auto& entry : BinderInterface::kEntries) {
-    expected.emplace_back("KAP", entry.fMethodName);
-  }
-  for (const Log& part : {LoadOf<KAPContainerInterface>(), LoadOf<KAPErrorInterface>(),
-                          LoadOf<KAPStringInterface>(), LoadOf<KAPMemoryInterface>()}) {
-    expected.insert(expected.end(), part.begin(), part.end());
-  }
-  EXPECT_EQ(HostTap::TakeLookUps(), expected);
   EXPECT_EQ(KAPIsMultiThreaded(), 1);
-  EXPECT_TRUE(KAPClientInit(nullptr));  // bound already, whatever it is given
-  EXPECT_EQ(HostTap::TakeLookUps(), Log());
   HostTap::Clear();
+  EXPECT_TRUE(KAPClientInit(nullptr));  // whatever it is given
+  EXPECT_EQ(HostTap::TakeLookUps(), Log());
   KAPClientTerminate();
   EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));  // the shared errors
   EXPECT_FALSE(KAPIsBound());
@@ -62,9 +53,6 @@ TEST(BindingTest, FailsWithoutWhatItNeeds) {
     const char* methodName;  // "": all of it
     const char* thrown;      // "": the answer is false
   } rows[] = {{"KAP", "KAPRegisterProcAddress", ""},
-              {"KAP", "KAPReportError", ""},
-              {"KAP", "KAPUnregisterInterface", ""},
-              {"KAP", "KAPGetUnregisterCountAddr", ""},
               {"KAP", "KAPIsMultiThreaded", ""},
               {"KAPContainerInterface", "", kMissingInterface},
               {"KAPErrorInterface", "GetCoreError", ""},
@@ -112,9 +100,9 @@ TEST(BindingTest, MembersTakePartInOrder) {
     SCOPED_TRACE(reply);
     const bool bound = reply == Member::kYes;
     TestHost host;
-    const Member first("1"), second("2");
+    const Member first("1");
     { const Member gone("gone"); }
-    const Member third("3", reply), fourth("4");
+    const Member second("2"), third("3", reply), fourth("4");
     EXPECT_EQ(KAPClientInit(host.GetProcAddress()), bound);
     EXPECT_EQ(std::exchange(gHistory, ""), bound ? "I1I2I3I4" : "I1I2I3T1T2");
     KAPClientTerminate();
@@ -126,13 +114,18 @@ TEST(BindingTest, MembersTakePartInOrder) {
   }
 }
 
-// The second host has other procedures, and a counter that stands where the first one's did.
+// The second host has other procedures, and a counter that stands where the first one's did,
+// wherever that is.
 TEST(BindingTest, NothingOfTheFormerHostIsUsed) {
-  static unsigned long counters[] = {5, 5};
+  static unsigned long counters[2];
   unsigned long* (*const counterAddresses[])() = {[] { return &counters[0]; },
                                                   [] { return &counters[1]; }};
   TDelVTabList<EchoInterface> tables;
-  for (int round = 0; round < 2; ++round) {
+  const unsigned long starts[] = {0, 1, 5, ~0ul};
+  for (std::size_t i = 0; i < 2 * std::size(starts); ++i) {
+    SCOPED_TRACE(i);
+    const std::size_t round = i % 2;
+    counters[round] = starts[i / 2];
     TestHost host;
     if (round == 0) HostTap tap(host);  // the first host alone has its procedures
     host.Register("KAP", "KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr",

@@ -23,9 +23,9 @@ struct World {
   auto Call(Args... args) {
     return fHost->Proc<Interface, Method>()(args...);
   }
-  KAPContainer* Keep(KAPContainer* object) {
-    EXPECT_NE(object, nullptr);
-    return fObjects.emplace_back(object);
+  KAPContainer* Keep(KAPContainer* object) { return fObjects.emplace_back(object); }
+  KAPContainer* Read(const char* text) {
+    return Keep(Call<POSObjectStatics, "CreateFromText">(text, nullptr));
   }
 
   // With one object of each kind that holds something of the host.
@@ -34,15 +34,11 @@ struct World {
     fTap.emplace(*fHost);
     fLibrary.emplace(KAP_LIBRARY_PATH);
     EXPECT_TRUE(fLibrary->Initialize(&HostTap::GetProc));
-    KAPContainer* array = Keep(Call<POSObjectStatics, "CreateFromText">(
-        static_cast<const char*>("[ 1 (text) <kKey 2> ]"), nullptr));
-    Keep(Call<POSObjectInterface, "Clone">(array));  // fills the library's method tables
-    Keep(Call<POSNumberInterface, "NewPOSNumber">(1.0));
+    for (const char* text : {"1", "(text)", "`0041`"}) Read(text);
     Keep(Call<POSBinDataInterface, "NewPOSBinData">("t", nullptr, 0ul));
     Keep(Call<POSRawPointerInterface, "NewPOSRawPointer">(nullptr, [](void*) {}));
-    KAPContainer* dict = Keep(Call<POSDictInterface, "NewPOSDict">());
-    KAPStringAtom* key = Call<KAPStringInterface, "NewStringAtom">("Key");
-    Call<POSDictInterface, "Put">(dict, key, array);
+    Keep(Call<POSObjectInterface, "Clone">(Read("[1 (text)]")));  // fills the method tables
+    KAPContainer* dict = Read("<Key [1 <kKey 2>]>");
     Keep(Call<POSDictIteratorInterface, "NewPOSDictIterator">(dict));
   }
 };

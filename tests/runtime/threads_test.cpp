@@ -1,34 +1,16 @@
-#include <atomic>
-#include <functional>
 #include <mutex>
-#include <thread>
 
 #include "RuntimeTest.h"
+#include "Threads.h"
 
 namespace {
 
 using namespace KAP_T_MT;
 
-constexpr int kThreads = 4;
-
-// Runs `body(number of the thread)` on all threads, and `meanwhile` here until they are done.
-void RunAll(const std::function<void(int)>& body, const std::function<void()>& meanwhile) {
-  std::atomic<int> running = kThreads;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, i] {
-      body(i);
-      --running;
-    });
-  }
-  while (running != 0) meanwhile();
-  for (std::thread& thread : threads) thread.join();
-}
-
 TEST(WaitMutexTest, IsRecursiveAndExclusive) {
   TOQWaitMutex mutex;
   long sum = 0;
-  auto add = [&](int) {
+  RunOnThreads([&](int) {
     for (int i = 0; i < 5000; ++i) {
       const std::lock_guard outer(mutex);
       {
@@ -37,8 +19,7 @@ TEST(WaitMutexTest, IsRecursiveAndExclusive) {
       }
       ++sum;  // still alone
     }
-  };
-  RunAll(add, [] { std::this_thread::yield(); });
+  });
   EXPECT_EQ(sum, 2 * 5000 * kThreads);
 }
 
@@ -50,16 +31,13 @@ class MovingCounterTest : public HostTest {
   }
   ~MovingCounterTest() override { KAPClientTerminate(); }
 
-  void RunAllWhileItMoves(const std::function<void(int)>& body) {
-    RunAll(body, [this] {
-      MoveCounter(fHost);
-      std::this_thread::yield();
-    });
+  void RunWhileItMoves(const std::function<void(int)>& body) {
+    RunOnThreads(body, [this] { MoveCounter(fHost); });
   }
 };
 
 TEST_F(MovingCounterTest, HostTables) {
-  RunAllWhileItMoves([](int thread) {
+  RunWhileItMoves([](int thread) {
     const std::string text = std::to_string(thread);
     for (int i = 0; i < 3000; ++i) {
       const CKAPStringAtom own(text.c_str()), shared("shared");
@@ -77,7 +55,7 @@ TEST_F(MovingCounterTest, MethodTables) {
   const char* const implementations[] = {"A", "B", "C"};
   std::atomic<const void*> tableOfA = nullptr;
   void* const third = EchoProc(fHost, 2);
-  RunAllWhileItMoves([&](int thread) {
+  RunWhileItMoves([&](int thread) {
     for (int i = 0; i < 5000; ++i) {
       const int which = (thread + i / 8) % 3;
       const CKAPContainerHolder container(MakeContainer(implementations[which]), true);
