@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+
+#include "kap/KAPInterface.h"
 #include "kap/KAPTypes.h"
 
 // What the runtime keeps of the binder that it is bound to. Written by the controlling thread only.

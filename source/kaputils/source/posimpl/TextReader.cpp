@@ -5,6 +5,7 @@
 #include "Number.h"
 #include "Required.h"
 #include "String.h"
+#include "TokenKind.h"
 #include "UnicodeString.h"
 
 namespace NPOSObjectImpl {

@@ -1,35 +1,16 @@
 #include "TextToken.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
 
 #include "TextReader.h"
+#include "TokenKind.h"
 
 namespace NPOSObjectImpl {
 
 namespace {
-
-using KindTable = std::array<TokenKind, 256>;
-
-constexpr void Mark(KindTable& kinds, const char* characters, TokenKind kind) {
-  for (; *characters != '\0'; ++characters) kinds[static_cast<unsigned char>(*characters)] = kind;
-}
-
-constexpr KindTable kKinds = [] {
-  KindTable kinds = {};
-  kinds[0] = TokenKind::kEnd;
-  Mark(kinds, "\t\n\r ", TokenKind::kSpace);
-  Mark(kinds, "<[", TokenKind::kOpen);
-  Mark(kinds, ">]", TokenKind::kClose);
-  Mark(kinds, "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_", TokenKind::kWord);
-  Mark(kinds, "(", TokenKind::kParen);
-  Mark(kinds, "`", TokenKind::kUnicode);
-  Mark(kinds, "0123456789+-.", TokenKind::kNumber);
-  return kinds;
-}();
 
 bool IsDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 bool ContinuesWord(char c) noexcept { return KindOf(c) == TokenKind::kWord || IsDigit(c); }
@@ -70,9 +51,23 @@ double ToNumber(const char* begin, const char* end) {
   return value;
 }
 
-}  // namespace
+double ReadOtherNumber(const char*& cursor) {
+  const char* begin = cursor;
+  if (*cursor == '-' || *cursor == '+') ++cursor;
+  const char* first = cursor;
+  std::uint64_t digits = TakeDigits(cursor, 0);
+  const char* point = cursor;
+  if (*point == '.') digits = TakeDigits(++cursor, digits);
+  const auto decimals = std::max<std::ptrdiff_t>(cursor - point - 1, 0);
+  const bool isPlain = point != first && !ContinuesNumber(*cursor);
+  while (ContinuesNumber(*cursor)) ++cursor;
+  if (cursor - begin > kMaxNumberLength) throw CFTParseError("Exceeded max number length");
+  if (!isPlain || cursor - first > kExactDigits) return ToNumber(begin, cursor);
+  const double value = static_cast<double>(digits) / kPowersOfTen[decimals];
+  return *begin == '-' ? -value : value;
+}
 
-TokenKind KindOf(char first) noexcept { return kKinds[static_cast<unsigned char>(first)]; }
+}  // namespace
 
 const char* StringToken::Read(const char*& cursor) {
   return *cursor == '(' ? ReadParenthesised(cursor) : ReadWord(cursor);
@@ -123,18 +118,12 @@ const unsigned short* UnicodeToken::Read(const char*& cursor) {
 
 double ReadNumberToken(const char*& cursor) {
   const char* begin = cursor;
-  if (*cursor == '-' || *cursor == '+') ++cursor;
-  const char* first = cursor;
-  std::uint64_t digits = TakeDigits(cursor, 0);
-  const char* point = cursor;
-  if (*point == '.') digits = TakeDigits(++cursor, digits);
-  const auto decimals = std::max<std::ptrdiff_t>(cursor - point - 1, 0);
-  const bool isPlain = point != first && !ContinuesNumber(*cursor);
-  while (ContinuesNumber(*cursor)) ++cursor;
-  if (cursor - begin > kMaxNumberLength) throw CFTParseError("Exceeded max number length");
-  if (!isPlain || cursor - first > kExactDigits) return ToNumber(begin, cursor);
-  const double value = static_cast<double>(digits) / kPowersOfTen[decimals];
-  return *begin == '-' ? -value : value;
+  const std::uint64_t digits = TakeDigits(cursor, 0);
+  if (cursor != begin && cursor - begin <= kExactDigits && *cursor != '.') {
+    return static_cast<double>(digits);  // most numbers are whole
+  }
+  cursor = begin;
+  return ReadOtherNumber(cursor);
 }
 
 }  // namespace NPOSObjectImpl

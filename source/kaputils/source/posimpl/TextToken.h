@@ -9,20 +9,6 @@ namespace NPOSObjectImpl {
 // it behind the token, also when the token is faulty; a literal that the text does not close leaves
 // it at the end. Faults are CFTParseErrors.
 
-// How a character begins a token.
-enum class TokenKind : unsigned char {
-  kUnexpected,
-  kEnd,
-  kSpace,
-  kOpen,
-  kClose,
-  kWord,
-  kParen,
-  kUnicode,
-  kNumber
-};
-TokenKind KindOf(char first) noexcept;
-
 // A word, or a parenthesised string, in which a backslash takes the next character literally.
 class StringToken {
  public:
