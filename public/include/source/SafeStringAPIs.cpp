@@ -1,6 +1,7 @@
 #include "SafeStringAPIs.h"
 
-#include <string.h>  // strnlen is POSIX and not part of <cstring>
+// NOLINTNEXTLINE(modernize-deprecated-headers): strnlen is POSIX and not part of <cstring>
+#include <string.h>
 
 #include <algorithm>
 #include <climits>

@@ -43,7 +43,7 @@ CKAPStringAtom CKAPStringAtom::operator+(const CKAPStringAtom& other) const {
   const std::size_t size = KAPCheckedSize(LengthOf(other.fText), 1, KAPCheckedSize(length, 1, 1));
   const TKAPBlock<char> joined = KAPNewBlock<char>(size);
   std::memcpy(joined.get(), fText, length);
-  std::strcpy(joined.get() + length, other.fText);
+  std::memcpy(joined.get() + length, other.fText, size - length);
   return CKAPStringAtom(joined.get());
 }
 

@@ -55,7 +55,7 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   template <class Kind>
   static POSObject* Contain(std::unique_ptr<Kind> object) {
     POSObject* handle = NewFullContainer(object.get(), object->GetDeleteProc());
-    object.release();  // the container's now
+    static_cast<void>(object.release());  // the container's now
     return handle;
   }
 

@@ -17,7 +17,7 @@ POSDictIterator* DictIterator::NewContainer(const Dict& dict) {
   POSDictIterator* handle = CKAPContainer::NewFullContainer(
       iterator.get(), atoms.POSDictIteratorImpl, atoms.POSDictIteratorInterface,
       [](void* instance) { delete static_cast<DictIterator*>(instance); });
-  iterator.release();  // the container's now
+  static_cast<void>(iterator.release());  // the container's now
   return handle;
 }
 
