@@ -69,7 +69,7 @@ TEST(TextTest, JsonThereAndBack) {
 }
 
 TEST(TextTest, SyntaxErrorsShowWhereTheReaderStopped) {
-  const std::string ends = "the text ends before its object does\n";
+  const std::string ends = "syntax error at the end of the text\n";
   const struct {
     const char* why;
     std::string in;

@@ -33,7 +33,7 @@ class TextReader final : public Reader {
     if (stop < bytes.size()) return "syntax error";
     return bytes.find_first_not_of(" \t\r\n") == std::string_view::npos
                ? "no object in the text"
-               : "the text ends before its object does";
+               : "syntax error at the end of the text";
   }
 } gTextReader;
 
