@@ -18,19 +18,6 @@ namespace KAPHost {
 
 namespace {
 
-KAPError* InvalidContainer() noexcept { return MakeError("invalid container"); }
-KAPError* InvalidArgument() noexcept { return MakeError("invalid argument"); }
-
-// Runs `body`, which may throw std::bad_alloc.
-template <class Body>
-KAPError* ReturnError(Body body) noexcept {
-  try {
-    return body();
-  } catch (const std::bad_alloc&) {
-    return MemoryError();
-  }
-}
-
 const ContainerType& TypeOf(KAPStringAtom* instanceName, KAPStringAtom* interfaceName,
                             KAPDeleteProc deleteInstance = nullptr) {
   const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName, deleteInstance);

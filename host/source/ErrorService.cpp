@@ -1,11 +1,14 @@
 #include <atomic>
 #include <mutex>
 #include <new>
+#include <string>
+#include <system_error>
 
 #include "AtomTable.h"
 #include "Counting.h"
 #include "Errors.h"
 #include "Gate.h"
+#include "HostState.h"
 #include "Services.h"
 
 // The procedures of KAPErrorInterface, and the errors.
@@ -156,9 +159,29 @@ void CountErrors(Snapshot& books) {
 
 }  // namespace
 
-KAPError* MakeError(const char* message) noexcept {
-  KAPError* error = MakeError(message, kComponent, 0, nullptr, nullptr);
+KAPError* MakeError(const char* message, long code) noexcept {
+  KAPError* error = MakeError(message, kComponent, code, nullptr, nullptr);
   return error != nullptr ? error : MemoryError();
+}
+
+KAPError* InvalidContainer() noexcept { return MakeError("invalid container"); }
+
+KAPError* InvalidArgument() noexcept { return MakeError("invalid argument"); }
+
+KAPError* SystemError(const char* action, const char* path, int number) noexcept {
+  return ReturnError([&] {
+    const std::string reason = std::generic_category().message(number);
+    const std::string message = std::string("cannot ") + action + " \"" + path + "\": " + reason;
+    return MakeError(message.c_str(), number);
+  });
+}
+
+void ReportError(KAPError* error) noexcept {
+  if (error == nullptr) return;
+  KAPStringAtom* message = GetErrorMessage(error);
+  Report(message != nullptr ? message->Text() : "(an error without a message)");
+  gAtoms.Release(message);
+  Release(error);
 }
 
 KAPError* MemoryError() noexcept { return &gCoreErrors[1]; }

@@ -11,4 +11,9 @@ bool IsRefusedSlowly(Call kind, std::size_t blockSize) noexcept {
   return state == nullptr || state->fRefusals.IsRefused(kind, blockSize);
 }
 
+std::size_t ReadLimitSlowly() noexcept {
+  HostState* state = HostState::Current();
+  return state == nullptr ? 0 : state->fRefusals.ReadLimit();
+}
+
 }  // namespace KAPHost

@@ -8,8 +8,8 @@
 namespace KAPHost {
 
 // Asked at the start of every call that can be refused. The one word is zero in everyday use: a
-// host lives and refuses nothing.
-enum GateBits : unsigned { kGateClosed = 1, kGateArmed = 2 };
+// host lives, refuses nothing and logs nothing.
+enum GateBits : unsigned { kGateClosed = 1, kGateArmed = 2, kGateLogging = 4 };
 
 extern constinit std::atomic<unsigned> gGate;
 
@@ -20,7 +20,21 @@ inline bool IsClosed() noexcept {
 bool IsRefusedSlowly(Call kind, std::size_t blockSize) noexcept;
 
 inline bool IsRefused(Call kind, std::size_t blockSize = 0) noexcept {
-  return gGate.load(std::memory_order_relaxed) != 0 && IsRefusedSlowly(kind, blockSize);
+  return (gGate.load(std::memory_order_relaxed) & (kGateClosed | kGateArmed)) != 0 &&
+         IsRefusedSlowly(kind, blockSize);
+}
+
+std::size_t ReadLimitSlowly() noexcept;
+
+// The most bytes that a stream may give in one read.
+inline std::size_t ReadLimit() noexcept {
+  return (gGate.load(std::memory_order_relaxed) & kGateArmed) == 0 ? ~std::size_t{0}
+                                                                   : ReadLimitSlowly();
+}
+
+// Whether the calls of streams are logged.
+inline bool IsLogging() noexcept {
+  return (gGate.load(std::memory_order_relaxed) & kGateLogging) != 0;
 }
 
 }  // namespace KAPHost

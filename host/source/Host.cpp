@@ -57,6 +57,8 @@ void Host::CountCalls() { fState->fRefusals.CountCalls(); }
 
 void Host::RefuseBlocksAbove(std::size_t size) { fState->fRefusals.RefuseBlocksAbove(size); }
 
+void Host::LimitReads(std::size_t size) { fState->fRefusals.LimitReads(size); }
+
 void Host::HideProcedure(const char* interfaceName, const char* methodName) {
   fState->fRefusals.HideProcedure(interfaceName, methodName);
 }
@@ -74,5 +76,9 @@ void Host::StopRefusing() { fState->fRefusals.Stop(); }
 bool Host::Fired() const { return fState->fRefusals.Fired(); }
 
 unsigned long Host::CallCount(Call kind) const { return fState->fRefusals.CallCount(kind); }
+
+void Host::LogStreamCalls(bool log) { fState->fStreamLog.Switch(log); }
+
+std::vector<StreamCall> Host::TakeStreamCalls() { return fState->fStreamLog.Take(); }
 
 }  // namespace KAPHost

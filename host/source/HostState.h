@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Binder.h"
+#include "ClientPurges.h"
 #include "Refusals.h"
 #include "Reports.h"
+#include "StreamLog.h"
 #include "kaphost/Host.h"
 
 namespace KAPHost {
@@ -34,6 +36,8 @@ class HostState {
   Binder fBinder;
   Refusals fRefusals;
   Reports fReports;
+  StreamLog fStreamLog;
+  ClientPurges fClientPurges;
 
  private:
   void ReportLeaks() const noexcept;

@@ -30,6 +30,12 @@ void Refusals::RefuseBlocksAbove(std::size_t size) {
   Arm();
 }
 
+void Refusals::LimitReads(std::size_t size) {
+  const std::lock_guard lock(fMutex);
+  fLargestRead = size;
+  Arm();
+}
+
 void Refusals::HideProcedure(std::string_view interfaceName, std::string_view methodName) {
   const std::lock_guard lock(fMutex);
   fHidden.emplace(interfaceName, methodName);
@@ -49,6 +55,7 @@ void Refusals::Stop() {
   gGate.fetch_and(~static_cast<unsigned>(kGateArmed));
   fRules = {};
   fLargestBlock = kAnySize;
+  fLargestRead = kAnySize;
   fHidden.clear();
   fUnregistrable.clear();
 }
@@ -76,6 +83,11 @@ bool Refusals::IsRefused(Call kind, std::size_t blockSize) noexcept {
   const bool refused = byKind || byNumber || blockSize > fLargestBlock;
   fFired = fFired || refused;
   return refused;
+}
+
+std::size_t Refusals::ReadLimit() const noexcept {
+  const std::lock_guard lock(fMutex);
+  return fLargestRead;
 }
 
 // The sets are small; comparing beats making the texts that a look-up would need.

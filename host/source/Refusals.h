@@ -20,6 +20,7 @@ class Refusals {
   void RefuseFrom(Call kind, unsigned long n) { SetRule(kind, {n, kForever}); }
   void CountCalls();
   void RefuseBlocksAbove(std::size_t size);
+  void LimitReads(std::size_t size);
   void HideProcedure(std::string_view interfaceName, std::string_view methodName);
   void HideInterface(std::string_view interfaceName);
   void RefuseRegistration(std::string_view interfaceName, std::string_view methodName);
@@ -30,6 +31,7 @@ class Refusals {
 
   // Asked by the procedures; they count the call.
   bool IsRefused(Call kind, std::size_t blockSize) noexcept;
+  std::size_t ReadLimit() const noexcept;
   bool IsHidden(std::string_view interfaceName, std::string_view methodName) const noexcept;
   bool IsRegistrationRefused(std::string_view interfaceName,
                              std::string_view methodName) const noexcept;
@@ -55,6 +57,7 @@ class Refusals {
   std::array<Rule, kCallKinds> fRules;
   std::array<unsigned long, kCallKinds> fCalls{};
   std::size_t fLargestBlock = kAnySize;
+  std::size_t fLargestRead = kAnySize;
   Names fHidden;  // with an empty method name: the whole interface
   Names fUnregistrable;
   mutable bool fFired = false;

@@ -21,15 +21,27 @@ extern const Service kStringService;
 extern const Service kErrorService;
 extern const Service kMemoryService;
 extern const Service kContainerService;
+extern const Service kStreamService;
+extern const Service kSharedBuffService;
+extern const Service kCacheService;
+extern const Service kFilterService;
+extern const Service kProgressService;
 
 std::span<const Service* const> Services();
+
+// Registers an interface's procedures under the names of its declaration, but for that of the
+// interface.
+template <class Interface, class... Procs>
+void OfferUnder(const char* interfaceName, Binder& binder, Procs... procs) {
+  for (const auto& entry : Interface::Registration(procs...)) {
+    binder.Register(interfaceName, entry.fMethodName, entry.fProcName, entry.fProc);
+  }
+}
 
 // Registers an interface's procedures under the names of its declaration.
 template <class Interface, class... Procs>
 void Offer(Binder& binder, Procs... procs) {
-  for (const auto& entry : Interface::Registration(procs...)) {
-    binder.Register(Interface::kName, entry.fMethodName, entry.fProcName, entry.fProc);
-  }
+  OfferUnder<Interface>(Interface::kName, binder, procs...);
 }
 
 }  // namespace KAPHost

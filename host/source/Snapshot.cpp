@@ -13,15 +13,34 @@ std::string Amount(long amount, const char* unit) {
 std::string Line(Kind kind, const std::string& name, Holding holding) {
   const std::string quoted = " \"" + name + "\": ";
   const std::string number = std::to_string(holding.fNumber);
+  const auto with = [&](const char* unit) {
+    return number + " (" + Amount(holding.fExtent, unit) + ')';
+  };
   switch (kind) {
     case Kind::kAtom:
       return "atom" + quoted + Amount(holding.fNumber, "reference");
     case Kind::kError:
-      return "error" + quoted + number + " (" + Amount(holding.fExtent, "reference") + ')';
+      return "error" + quoted + with("reference");
     case Kind::kContainer:
-      return "container" + quoted + number + " (" + Amount(holding.fExtent, "reference") + ')';
+      return "container" + quoted + with("reference");
     case Kind::kBlock:
-      return "blocks: " + number + " (" + Amount(holding.fExtent, "byte") + ')';
+      return "blocks: " + with("byte");
+    case Kind::kBuffer:
+      return "shared buffers: " + with("byte");
+    case Kind::kFile:
+      return "open file" + quoted + number;
+    case Kind::kCacheID:
+      return "cache identities: " + with("reference");
+    case Kind::kCacheItem:
+      return "cached items: " + number + " (cost " + std::to_string(holding.fExtent) + ')';
+    case Kind::kCacheSet:
+      return "cache sets: " + with("reference");
+    case Kind::kCachePurge:
+      return "cache purges: " + number;
+    case Kind::kSink:
+      return "data sinks: " + with("reference");
+    case Kind::kProgress:
+      return "progress objects: " + with("reference");
   }
   return {};
 }

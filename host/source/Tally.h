@@ -13,11 +13,18 @@ namespace KAPHost {
 
 inline constexpr unsigned kTallySlots = 128;
 
-// Slots: the blocks, the containers without a type, those of one type each, and those of all types
-// for which no slot was left.
+// Slots: the kinds that have no names, the containers without a type, those of one type each, and
+// those of all types for which no slot was left.
 inline constexpr unsigned kBlockSlot = 0;
-inline constexpr unsigned kUntypedSlot = 1;
-inline constexpr unsigned kFirstTypeSlot = 2;
+inline constexpr unsigned kBufferSlot = 1;
+inline constexpr unsigned kCacheIDSlot = 2;
+inline constexpr unsigned kCacheItemSlot = 3;
+inline constexpr unsigned kCacheSetSlot = 4;
+inline constexpr unsigned kCachePurgeSlot = 5;
+inline constexpr unsigned kSinkSlot = 6;
+inline constexpr unsigned kProgressSlot = 7;
+inline constexpr unsigned kUntypedSlot = 8;
+inline constexpr unsigned kFirstTypeSlot = 9;
 inline constexpr unsigned kOtherTypesSlot = kTallySlots - 1;
 
 struct Tally {

@@ -3,6 +3,7 @@
 
 namespace {
 
+using namespace KAP_T_MT;
 using KAPHost::Kind;
 
 constexpr int kRounds = 50000;
@@ -115,6 +116,38 @@ TEST_F(ThreadsTest, NewTypes) {
       fHost.Containers<"Release">(container);
     }
   });
+}
+
+// Independent streams over one file, and one cache, in which an item is filed, used and purged.
+TEST_F(ThreadsTest, StreamsAndCaches) {
+  using Cache = KAPCacheInterface;
+  static std::atomic<int> filed, purged;
+  filed = purged = 0;
+  const auto read = fHost.Proc<KAPSimpleStreamInterface, "Read">();
+  KAPContainer* file = nullptr;
+  fHost.Call<KAPStreamFactoryInterface, "NewPositionableFileStream">(&file, "/proc/self/exe", "r");
+  KAPContainer* streams[kThreads] = {};
+  for (KAPContainer*& stream : streams) {
+    fHost.Call<KAPRewindableStreamInterface, "CreateIndependentlyRewindableStream">(&stream, file);
+  }
+  KAPCacheID* const id = fHost.Call<Cache, "NewCacheID">();
+  const KAPDeleteProc purgeItem = [](void*) { ++purged; };
+  RunOnThreads(
+      [&](int thread) {
+        unsigned char buffer[100];
+        std::size_t count = 0;
+        for (int round = 0; round < 2000; ++round) {
+          EXPECT_EQ(read(&count, streams[thread], buffer, sizeof buffer), nullptr);
+          if (fHost.Call<Cache, "Add">(id, &filed, 1ul, purgeItem)) ++filed;
+          if (void* item = fHost.Call<Cache, "Attach">(id))
+            fHost.Call<Cache, "MarkPurge">(id, item);
+        }
+        fHost.Containers<"Release">(streams[thread]);
+      },
+      [&] { fHost.Call<Cache, "PurgeAll">(); });
+  fHost.Call<Cache, "Release">(id);
+  EXPECT_EQ(filed, purged);
+  fHost.Containers<"Release">(file);
 }
 
 }  // namespace

@@ -28,21 +28,25 @@ class TestHost : public KAPHost::Host {
   TestHost() : Host({.fOnReport = {}, .fOnLeak = &Complain}) {}
   ~TestHost() { EXPECT_EQ(TakeReports(), std::vector<std::string>()) << "reports not expected"; }
 
+  template <class Interface, KAP_T_MT::TKAPName Method, class... Args>
+  auto Call(Args... args) const {
+    return Proc<Interface, Method>()(args...);
+  }
   template <KAP_T_MT::TKAPName Method, class... Args>
   auto Strings(Args... args) const {
-    return Proc<KAP_T_MT::KAPStringInterface, Method>()(args...);
+    return Call<KAP_T_MT::KAPStringInterface, Method>(args...);
   }
   template <KAP_T_MT::TKAPName Method, class... Args>
   auto Errors(Args... args) const {
-    return Proc<KAP_T_MT::KAPErrorInterface, Method>()(args...);
+    return Call<KAP_T_MT::KAPErrorInterface, Method>(args...);
   }
   template <KAP_T_MT::TKAPName Method, class... Args>
   auto Memory(Args... args) const {
-    return Proc<KAP_T_MT::KAPMemoryInterface, Method>()(args...);
+    return Call<KAP_T_MT::KAPMemoryInterface, Method>(args...);
   }
   template <KAP_T_MT::TKAPName Method, class... Args>
   auto Containers(Args... args) const {
-    return Proc<KAP_T_MT::KAPContainerInterface, Method>()(args...);
+    return Call<KAP_T_MT::KAPContainerInterface, Method>(args...);
   }
 
   // A new reference.
@@ -60,6 +64,12 @@ class TestHost : public KAPHost::Host {
     std::string message = TakeText(Errors<"GetErrorMessage">(error));
     Errors<"Release">(error);
     return message;
+  }
+
+  // Makes a call whose result is an error, and gives its message.
+  template <class Interface, KAP_T_MT::TKAPName Method, class... Args>
+  std::string Do(Args... args) const {
+    return TakeMessage(Call<Interface, Method>(args...));
   }
 
   // Takes the reports, of which there must be one, and gives it. Otherwise the test fails.

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <gtest/gtest.h>
+#include <pthread.h>
+
 #include <atomic>
 #include <functional>
 #include <thread>
@@ -27,4 +30,19 @@ inline void RunOnThreads(
     std::this_thread::yield();
   }
   for (std::thread& thread : threads) thread.join();
+}
+
+// Runs `body` on a thread with a stack of that size.
+inline void RunOnStack(std::size_t size, std::function<void()> body) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, size), 0);
+  pthread_t thread;
+  const auto run = [](void* argument) -> void* {
+    (*static_cast<std::function<void()>*>(argument))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
 }

@@ -11,6 +11,7 @@
 #include "kaphost/Component.h"
 #include "kaphost/Refusal.h"
 #include "kaphost/Snapshot.h"
+#include "kaphost/StreamCall.h"
 
 namespace KAPHost {
 
@@ -104,6 +105,8 @@ class Host {
   void CountCalls();
   // Refuses blocks of more bytes.
   void RefuseBlocksAbove(std::size_t size);
+  // Streams give at most this many bytes in one read; at least 1.
+  void LimitReads(std::size_t size);
   // Answers null to those who look up these procedures.
   void HideProcedure(const char* interfaceName, const char* methodName);
   void HideInterface(const char* interfaceName);
@@ -117,6 +120,14 @@ class Host {
   // The refusable calls of a kind since a rule was last set, the refused ones included. Calls are
   // only counted until StopRefusing.
   unsigned long CallCount(Call kind) const;
+
+  // ---- Stream calls ----
+
+  // Logs the calls of all streams' methods from now on, or no longer. Those of a client stream are
+  // logged like the others; what it calls in turn comes before it.
+  void LogStreamCalls(bool log = true);
+  // The calls so far, in the order in which they ended. They are then forgotten.
+  std::vector<StreamCall> TakeStreamCalls();
 
  private:
   std::unique_ptr<HostState> fState;

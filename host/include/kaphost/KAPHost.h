@@ -1,7 +1,7 @@
 #pragma once
 
-// The reference host: a complete binder with strings, errors, memory and containers, to be embedded
-// in a program or in tests.
+// The reference host: a complete binder with strings, errors, memory, containers, streams, shared
+// buffers, caches, filters and progress, to be embedded in a program or in tests.
 //
 //   KAPHost::Host host;
 //   KAPHost::Component utils = host.Load("libKAPUtils.so");
@@ -13,8 +13,10 @@
 // Component.h  a loaded component
 // Snapshot.h   the books at one moment, and what differs between two moments
 // Refusal.h    the kinds of calls that a host can be told to refuse
+// StreamCall.h a logged call of a stream's method
 
 #include "kaphost/Component.h"
 #include "kaphost/Host.h"
 #include "kaphost/Refusal.h"
 #include "kaphost/Snapshot.h"
+#include "kaphost/StreamCall.h"

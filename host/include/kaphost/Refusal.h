@@ -10,12 +10,22 @@ enum class Call {
   kAtom,       // NewStringAtom
   kError,      // NewError
   kBlock,      // Alloc, Realloc
-  kContainer,  // NewFullContainer, NewContainer, CloneContainer
+  kContainer,  // NewFullContainer, NewContainer, CloneContainer, the container of a stream
   kReference,  // AddRef of a container
   kInstance,   // NGetInstance, GetInstance, RegisterInstance, RegisterInterface
   kMethod,     // GetMethod, GetParentMethod
+  kBuffer,     // NewBuffer
+  kStream,     // the procedures of the stream factory
+  kRead,       // of a stream, like the next four
+  kWrite,
+  kSeek,  // Seek, Rewind
+  kMark,
+  kIndependentStream,  // CreateIndependently...
+  kCache,              // NewCacheID, NewCacheSet, NewCachePurge, Add
+  kSink,               // New... of data sinks and filters
+  kProgress,           // New... of progress objects
 };
 
-inline constexpr unsigned kCallKinds = 8;
+inline constexpr unsigned kCallKinds = 18;
 
 }  // namespace KAPHost

@@ -9,10 +9,24 @@
 namespace KAPHost {
 
 // What the books count.
-enum class Kind { kAtom, kError, kContainer, kBlock };
+enum class Kind {
+  kAtom,
+  kError,
+  kContainer,
+  kBlock,
+  kBuffer,
+  kFile,
+  kCacheID,
+  kCacheItem,
+  kCacheSet,
+  kCachePurge,
+  kSink,
+  kProgress,
+};
 
-// An amount of one thing. `fExtent` is the number of references, for blocks that of bytes. Of an
-// atom only the references are counted, as `fNumber`.
+// An amount of one thing. `fExtent` is the number of references; for blocks and buffers that of
+// bytes, for cached items their cost, for open files and purges nothing. Of an atom only the
+// references are counted, as `fNumber`.
 struct Holding {
   long fNumber = 0;
   long fExtent = 0;
@@ -21,10 +35,10 @@ struct Holding {
 };
 
 // What components held of the host at one moment, by kind and name: atoms by text, errors by
-// message, containers by signature, blocks all together. References that the host holds for
-// purposes of its own are left out, also those of an error on its texts and of a container on its
-// names. Of the containers, the host tells some hundred types apart in one process; further ones
-// are counted together as "(other types)". A plain value. The difference of two moments is a
+// message, containers by signature (streams are containers), open files by path, the others all
+// together. References that the host holds for purposes of its own are left out, also those of an
+// error on its texts, of a container on its names and of a filter on its target. Of the containers,
+// the host tells some hundred types apart in one process; further ones are counted together as "(other types)". A plain value. The difference of two moments is a
 // snapshot too; what went away is negative in it.
 class Snapshot {
  public:

@@ -18,8 +18,10 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Binds the runtime. True when it is bound, also when it was so before: a second call fetches
 // nothing, whatever it is given. False when the callback is null, when the binder lacks one of its
 // own procedures or a core table cannot be had; CKAPError "Missing Interface" when the container or
-// the memory interface is not there. After a failure the callback stays stored, deliberately, so
-// that KAPClientTerminate is the way back.
+// the memory interface is not there. Last, when all else is bound, the host is told of the static
+// caches, if there are any: for want of its cache interface that raises a CKAPError with an empty
+// message. After a failure the callback stays stored, deliberately, so that KAPClientTerminate is
+// the way back.
 bool KAPClientInit(KAPGetProcAddressProc getProc);
 
 // Gives back what the runtime holds of the host and unbinds it; nothing when it is not bound. What

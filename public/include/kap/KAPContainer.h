@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "kap/KAPAdopt.h"
 #include "kap/KAPError.h"
 #include "kap/KAPHostInterfaces.h"
 #include "kap/KAPProcTable.h"
@@ -80,8 +81,6 @@ class CKAPContainer {
 
 // The stand-by "Release": does nothing.
 void KAPContainerNoOpRelease(KAPContainer* container) noexcept;
-
-struct KAPAdopt {};  // says that a reference passes over
 
 // Owns one reference to a container, or to none. Base of the typed wrappers.
 // Errors: CKAPError "invalid container" when the host refuses a reference.

@@ -1,9 +1,14 @@
 #pragma once
 
+#include "kap/KAPCacheInterface.h"
+#include "kap/KAPFilterInterface.h"
 #include "kap/KAPInterface.h"
+#include "kap/KAPProgressInterface.h"
+#include "kap/KAPSharedBuffInterface.h"
+#include "kap/KAPStreamInterfaces.h"
 
-// The host interfaces that the client runtime uses, one declaration each. The binder's own
-// procedures are in KAPBinder.h.
+// The host interfaces that the client runtime uses, one declaration each: the core below, the
+// others in headers of their own. The binder's own procedures are in KAPBinder.h.
 //
 // Conventions of every procedure: result places come first, then the object acted on, then the
 // rest. A `KAPError*` result is null on success, else a new reference for the caller, and the

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "kap/KAPBinder.h"
+#include "kap/KAPContainer.h"
 #include "kap/KAPInterface.h"
 #include "kap/KAPStringAtom.h"
 #include "kap/LazyTerminate.h"
@@ -102,8 +103,27 @@ class TDelVTabList : public LazyTerminate {
   void Terminate() override { fList.DeleteAll(); }
   void Kill() noexcept override { fList.ForgetAll(); }
 
-  const KAPVTabGeneric::Slot* Get(KAPContainer* container) {
-    return fList.GetVTabDynamic(container, &TInterfaceConstructor<Interface>::InitProc);
+  // The methods of the container's implementation; CKAPError "invalid container" for null or when
+  // it does not offer them. See GetVTabDynamic for other errors.
+  const KAPVTabGeneric::Slot* InitVTab(KAPContainer* container) {
+    const KAPVTabGeneric::Slot* methods =
+        container ? fList.GetVTabDynamic(container, &TInterfaceConstructor<Interface>::InitProc)
+                  : nullptr;
+    if (!methods) [[unlikely]]
+      CKAPContainer::ThrowInvalidContainerException();
+    return methods;
+  }
+
+  // One of them: Method<"Read">(stream)(...). It is looked up anew at each call, a few loads, since
+  // a kept pointer would not follow the host's changes.
+  template <TKAPName Name>
+  auto Method(KAPContainer* container) {
+    // Empty when another thread has just found that the interface is gone.
+    void* method =
+        InitVTab(container)[Interface::template kSlot<Name>].load(std::memory_order_relaxed);
+    if (!method) [[unlikely]]
+      CKAPContainer::ThrowInvalidContainerException();
+    return reinterpret_cast<typename Interface::template Proc<Name>>(method);
   }
 
  private:

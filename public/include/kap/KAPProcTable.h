@@ -94,14 +94,14 @@ class TKAPInterfaceClient {
     return Slot<Method>()(args...);
   }
 
-  // Calls a method that counts a reference, from where nothing may be raised. Once the runtime is
-  // unbound only the stand-by procedure of the slot is called, if any. A table that is gone while
-  // bound ends the process.
-  template <TKAPName Method, class Handle>
-  static void CallOrStandBy(Handle* handle) noexcept {
+  // Calls a method that gives something back, or counts a reference, from where nothing may be
+  // raised. Once the runtime is unbound only the stand-by procedure of the slot is called, if any.
+  // A table that is gone while bound ends the process.
+  template <TKAPName Method, class... Args>
+  static void CallOrStandBy(Args... args) noexcept {
     if (!fTable.IsFresh()) [[unlikely]]
       RefreshIfBound();
-    if (const auto proc = Slot<Method>()) proc(handle);
+    if (const auto proc = Slot<Method>()) proc(args...);
   }
 
   // Puts a stand-by procedure into a slot, for the time when the host can no longer be called.

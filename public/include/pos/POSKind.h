@@ -10,6 +10,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 template <class Interface, TKAPName IsKind, TKAPName Message>
 class TPOSKind : public CPOSObject {
  public:
+  static constexpr const char* kDowncastFailed = Message.fText;
+
   // An object of the kind, or an empty one; see the downcast.
   TPOSKind() noexcept = default;
 
@@ -24,7 +26,7 @@ class TPOSKind : public CPOSObject {
   template <TKAPName Method, class... Args>
   static auto Call(Args... args) {
     if (!Client::TryRefresh()) [[unlikely]]
-      throw POSException(Message.fText);
+      throw POSException(kDowncastFailed);
     return Client::template CallLoaded<Method>(args...);
   }
 
@@ -36,7 +38,7 @@ class TPOSKind : public CPOSObject {
         Client::template CallLoaded<IsKind>(object.Handle())) {
       return object;
     }
-    if (!noThrow) throw POSException(Message.fText);
+    if (!noThrow) throw POSException(kDowncastFailed);
     return {};
   }
 };

@@ -7,6 +7,12 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// The method tables of all implementations of property objects, emptied when the runtime unbinds
+// itself. A wrapper asks for its table at each call instead of keeping it: the answer costs a few
+// loads, an object in an array is a bare handle, and one that outlives a binding holds nothing of
+// it.
+class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {};
+
 // A reference to a property object of any kind and of any component, or an empty one.
 // Ownership: holds one reference, released on destruction; copies share the same object.
 // Errors: CKAPError "invalid container" when a handle offers no property-object methods, when the
@@ -30,18 +36,7 @@ class CPOSObject : public KAPContainerBaseGeneric {
   int GetType() const;  // a POSType
 
  private:
-  template <TKAPName Method, class... Args>
-  auto CallMethod(Args... args) const;
-};
-
-// The method tables of all implementations of property objects, emptied when the runtime unbinds
-// itself. A wrapper asks for its table at each call instead of keeping it: the answer costs a few
-// loads, an object in an array is a bare handle, and one that outlives a binding holds nothing of
-// it.
-class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {
- public:
-  // The methods of the wrapper's container; CKAPError "invalid container" when it offers none.
-  static const KAPVTabGeneric::Slot* InitVTab(const CPOSObject* object);
+  static CPOSObjectTerminate fTerm;
 };
 
 }  // namespace KAP_T_MT

@@ -4,10 +4,15 @@
 #include <iterator>
 
 #include "KAPBinderState.h"
+#include "kap/KAPCache.h"
 #include "kap/KAPContainer.h"
 #include "kap/KAPError.h"
+#include "kap/KAPFilter.h"
 #include "kap/KAPMemory.h"
 #include "kap/KAPProcTable.h"
+#include "kap/KAPProgress.h"
+#include "kap/KAPSharedBuff.h"
+#include "kap/KAPStaticCache.h"
 #include "kap/KAPStringAtom.h"
 #include "kap/LazyTerminate.h"
 
@@ -53,6 +58,10 @@ void ForgetHost() noexcept {
   CKAPStringAtom::Close();
   CKAPError::StandBy();
   CKAPMemory::StandBy();
+  CKAPSharedBuff::Close();
+  CKAPCache::StandBy();
+  CKAPDataSink::StandBy();
+  CKAPProgress::StandBy();
   gRegisterProc = nullptr;
   gErrorProc = nullptr;
   gUnregisterInterfaceProc = nullptr;
@@ -77,17 +86,21 @@ bool KAPClientInit(KAPGetProcAddressProc getProc) {
   if (!CKAPContainer::Init() || !CKAPError::Init() || !KAPStringClient::TryRefresh()) return false;
   CKAPMemory::Init();
   gFinishedInit = true;
-  return LazyTerminate::InitializeAll();
+  if (!LazyTerminate::InitializeAll()) return false;
+  CKAPStaticCacheBase::LinkToKAP();
+  return true;
 }
 
 void KAPClientTerminate() {
   if (!gGetProc) return;
+  CKAPStaticCacheBase::UnlinkFromKAP();
   LazyTerminate::TerminateAll();
   CKAPError::Close();
   ForgetHost();
 }
 
 void KAPClientKill() noexcept {
+  CKAPStaticCacheBase::KillAll();
   LazyTerminate::KillAll();
   CKAPError::Kill();
   ForgetHost();

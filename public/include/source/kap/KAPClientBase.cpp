@@ -1,9 +1,11 @@
 #include "kap/KAPClientBase.h"
 
+#include "kap/KAPBoundary.h"
+
 namespace KAP_T_MT {
 
 void KAPDeleteVirtualClientBase(void* instance) noexcept {
-  delete static_cast<CKAPVirtualClientBase*>(instance);
+  KAPReportingError([=] { delete static_cast<CKAPVirtualClientBase*>(instance); });
 }
 
 }  // namespace KAP_T_MT

@@ -1,0 +1,59 @@
+#include "ClientStream.h"
+
+#include "Errors.h"
+
+namespace KAPHost {
+
+bool ClientStreamProcs::IsComplete(StreamLength length) const noexcept {
+  const bool simple = fRead != nullptr && fWrite != nullptr && fDelete != nullptr;
+  const bool rewindable = fCreateRewindable != nullptr && fRewind != nullptr;
+  const bool positionable = fCreatePositionable != nullptr && fMark != nullptr && fSeek != nullptr;
+  return simple && (length == StreamLength::kSimple || rewindable) &&
+         (length != StreamLength::kPositionable || positionable);
+}
+
+ClientStream::~ClientStream() {
+  if (fIsOwner) ReportError(fProcs.fDelete(fClient));
+}
+
+KAPError* ClientStream::Read(std::size_t& outCount, unsigned char* buffer,
+                             std::size_t count) noexcept {
+  std::size_t read = 0;
+  if (KAPError* error = fProcs.fRead(&read, fClient, buffer, count)) return error;
+  if (read > count) return MakeError("a client stream read more than it was asked for");
+  outCount = read;
+  return nullptr;
+}
+
+KAPError* ClientStream::Write(const unsigned char* bytes, std::size_t count) noexcept {
+  return fProcs.fWrite(fClient, bytes, count);
+}
+
+KAPError* ClientStream::Rewind() noexcept { return fProcs.fRewind(fClient); }
+
+KAPError* ClientStream::Mark(long& outPosition) noexcept {
+  long position = 0;
+  if (KAPError* error = fProcs.fMark(&position, fClient)) return error;
+  outPosition = position;
+  return nullptr;
+}
+
+KAPError* ClientStream::Seek(long offset, int origin) noexcept {
+  return fProcs.fSeek(fClient, offset, origin);
+}
+
+// The new object has the length of this one, which is at least what was asked for.
+KAPError* ClientStream::CreateIndependent(std::unique_ptr<Stream>& out,
+                                          StreamLength length) noexcept {
+  const auto create =
+      length == StreamLength::kPositionable ? fProcs.fCreatePositionable : fProcs.fCreateRewindable;
+  void* client = nullptr;
+  if (KAPError* error = create(&client, fClient)) return error;
+  if (client == nullptr) return MakeError("a client stream gave no independent stream");
+  out.reset(new (std::nothrow) ClientStream(Length(), client, fProcs));
+  if (out != nullptr) return nullptr;
+  ReportError(fProcs.fDelete(client));
+  return MemoryError();
+}
+
+}  // namespace KAPHost

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <type_traits>
+
+#include "kap/KAPBoundary.h"
+#include "kap/KAPClientBase.h"
+#include "kap/KAPError.h"
+
+// The procedures by which the host calls a component's own objects: streams, sinks, filters,
+// progress. They follow one pattern, made here from the operation alone: the result place is set to
+// 0 or null, the virtual operation is called, its result is stored, and an exception becomes the
+// error that is returned. A client object crosses as the address of its CKAPVirtualClientBase.
+
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
+
+inline void* KAPClientAddress(CKAPVirtualClientBase* client) noexcept { return client; }
+
+// The object behind the address; the core unknown error for null.
+template <class Client>
+Client& KAPClientAt(void* address) {
+  if (!address) CKAPError::ThrowError(kUnknownErrorID);
+  return *static_cast<Client*>(static_cast<CKAPVirtualClientBase*>(address));
+}
+
+// How the result of an operation crosses: as it is, a new client object as its address.
+template <class Result>
+struct TKAPClientResult {
+  using Place = Result;
+  static Place Cross(Result result) { return result; }
+};
+
+template <class Client>
+struct TKAPClientResult<TKAPClientObject<Client>> {
+  using Place = void*;
+  static Place Cross(TKAPClientObject<Client> client) {
+    if (!client) CKAPError::ThrowError(kUnknownErrorID);
+    return KAPClientAddress(client.release());
+  }
+};
+
+template <auto Operation>
+struct TKAPClientProc;
+
+template <class Client, class Result, class... Args, Result (Client::*Operation)(Args...)>
+requires(!std::is_void_v<Result>) struct TKAPClientProc<Operation> {
+  using Crossing = TKAPClientResult<Result>;
+  using Place = typename Crossing::Place;
+
+  static KAPError* Call(Place* out, void* client, Args... args) noexcept {
+    return KAPReturningError([&] {
+      if (!out) CKAPError::ThrowError(kUnknownErrorID);
+      *out = Place();
+      *out = Crossing::Cross((KAPClientAt<Client>(client).*Operation)(args...));
+    });
+  }
+};
+
+template <class Client, class... Args, void (Client::*Operation)(Args...)>
+struct TKAPClientProc<Operation> {
+  static KAPError* Call(void* client, Args... args) noexcept {
+    return KAPReturningError([&] { (KAPClientAt<Client>(client).*Operation)(args...); });
+  }
+};
+
+// Deletes a client object; what its destructor raises becomes the error.
+inline KAPError* KAPDeleteClientProc(void* client) noexcept {
+  return KAPReturningError([=] { delete static_cast<CKAPVirtualClientBase*>(client); });
+}
+
+}  // namespace KAP_T_MT

@@ -1,0 +1,42 @@
+#include "kap/KAPProgress.h"
+
+#include <utility>
+
+#include "KAPHandOver.h"
+#include "kap/KAPClientProcs.h"
+#include "kap/KAPError.h"
+
+namespace KAP_T_MT {
+
+namespace {
+
+using KAPProgressClient = TKAPInterfaceClient<KAPProgressInterface>;
+
+constexpr KAPProgressUpdateProc MyProgressUpdate =
+    &TKAPClientProc<&KAPClientProgress::Update>::Call;
+constexpr KAPProgressDeleteProc MyProgressDelete = &KAPDeleteClientProc;
+
+}  // namespace
+
+CKAPProgress::CKAPProgress()
+    : CKAPProgress(KAPProgressClient::Call<"NewNullProgress">(), KAPAdopt()) {}
+
+CKAPProgress::CKAPProgress(TKAPClientObject<KAPClientProgress> client)
+    : CKAPProgress(_NewClientProgress(std::move(client)), KAPAdopt()) {}
+
+void CKAPProgress::FinishConstruct() const {
+  if (IsNull()) CKAPError::ThrowError("couldn't construct CKAPProgress", "", 0);
+}
+
+KAPProgress* CKAPProgress::_NewClientProgress(TKAPClientObject<KAPClientProgress> client) {
+  return KAPHandOver<KAPProgressInterface>(std::move(client), [](void* object) {
+    return KAPProgressClient::CallLoaded<"NewClientProgress">(object, MyProgressUpdate,
+                                                              MyProgressDelete);
+  });
+}
+
+void CKAPProgress::Update(float fraction, const char* text, int flag) {
+  KAPCheck(KAPProgressClient::Call<"Update">(Handle(), fraction, text, flag));
+}
+
+}  // namespace KAP_T_MT

@@ -1,0 +1,62 @@
+#include "kap/KAPStaticCache.h"
+
+#include <utility>
+
+#include "kap/KAPBoundary.h"
+#include "kap/KAPCacheInterface.h"
+#include "kap/KAPProcTable.h"
+
+namespace KAP_T_MT {
+
+using KAPCacheClient = TKAPInterfaceClient<KAPCacheInterface>;
+
+// Constant-initialised: caches are static objects of several files and may be constructed before
+// this one's.
+constinit CKAPStaticCacheBase* CKAPStaticCacheBase::fList = nullptr;
+constinit bool CKAPStaticCacheBase::fAcceptingCaches = false;
+
+CKAPStaticCacheBase::CKAPStaticCacheBase() {
+  if (fAcceptingCaches && !fList) AddClientPurge();
+  fNext = fList;
+  if (fNext) fNext->fPrevious = this;
+  fList = this;
+}
+
+CKAPStaticCacheBase::~CKAPStaticCacheBase() {
+  (fPrevious ? fPrevious->fNext : fList) = fNext;
+  if (fNext) fNext->fPrevious = fPrevious;
+  if (fAcceptingCaches && !fList) RemoveClientPurge();
+}
+
+void CKAPStaticCacheBase::LinkToKAP() {
+  if (fList) AddClientPurge();
+  fAcceptingCaches = true;
+}
+
+void CKAPStaticCacheBase::UnlinkFromKAP() noexcept {
+  const bool known = std::exchange(fAcceptingCaches, false) && fList;
+  if (known) RemoveClientPurge();
+  ClearAll();
+}
+
+void CKAPStaticCacheBase::KillAll() noexcept {
+  fAcceptingCaches = false;
+  for (CKAPStaticCacheBase* cache = fList; cache; cache = cache->fNext) cache->Kill();
+}
+
+void CKAPStaticCacheBase::AddClientPurge() { KAPCacheClient::Call<"AddClientPurge">(&ClearAll, 1); }
+
+// A host whose caches have gone has nothing left to forget.
+void CKAPStaticCacheBase::RemoveClientPurge() noexcept {
+  if (KAPCacheClient::TryRefresh()) KAPCacheClient::CallLoaded<"RemoveClientPurge">(&ClearAll, 1);
+}
+
+// The host calls it as well: one cache that cannot be cleared keeps neither the others from it nor
+// raises anything here.
+void CKAPStaticCacheBase::ClearAll() noexcept {
+  for (CKAPStaticCacheBase* cache = fList; cache; cache = cache->fNext) {
+    KAPReportingError([cache] { cache->Clear(); });
+  }
+}
+
+}  // namespace KAP_T_MT

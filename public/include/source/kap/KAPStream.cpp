@@ -1,0 +1,86 @@
+#include "kap/KAPStream.h"
+
+#include "kap/KAPError.h"
+#include "kap/KAPStreamFactory.h"
+
+namespace KAP_T_MT {
+
+CKAPSimpleStreamTerminate CKAPSimpleStream::fSimpleTerm;
+CKAPRewindableStreamTerminate CKAPRewindableStream::fRewindableTerm;
+CKAPPositionableStreamTerminate CKAPPositionableStream::fPositionableTerm;
+
+CKAPSimpleStream::CKAPSimpleStream(KAPSimpleStream* handle) : KAPContainerBaseGeneric(handle) {
+  fSimpleTerm.InitVTab(handle);
+}
+
+CKAPSimpleStream::CKAPSimpleStream(KAPSimpleStream* handle, KAPAdopt adopt)
+    : KAPContainerBaseGeneric(handle, adopt) {
+  fSimpleTerm.InitVTab(handle);
+}
+
+std::size_t CKAPSimpleStream::Read(unsigned char* buffer, std::size_t size) {
+  std::size_t count = 0;
+  KAPCheck(fSimpleTerm.Method<"Read">(Handle())(&count, Handle(), buffer, size));
+  if (count > size) CKAPError::ThrowError("a stream returned more than was asked for", "KAP", 0);
+  return count;
+}
+
+void CKAPSimpleStream::Write(const unsigned char* buffer, std::size_t size) {
+  KAPCheck(fSimpleTerm.Method<"Write">(Handle())(Handle(), buffer, size));
+}
+
+CKAPRewindableStream::CKAPRewindableStream(KAPRewindableStream* handle) : CKAPSimpleStream(handle) {
+  fRewindableTerm.InitVTab(handle);
+}
+
+CKAPRewindableStream::CKAPRewindableStream(KAPRewindableStream* handle, KAPAdopt adopt)
+    : CKAPSimpleStream(handle, adopt) {
+  fRewindableTerm.InitVTab(handle);
+}
+
+CKAPRewindableStream CKAPRewindableStream::CreateIndependentlyRewindableStream() {
+  KAPRewindableStream* stream = nullptr;
+  KAPCheck(
+      fRewindableTerm.Method<"CreateIndependentlyRewindableStream">(Handle())(&stream, Handle()));
+  return CKAPRewindableStream(stream, KAPAdopt());
+}
+
+void CKAPRewindableStream::Rewind() {
+  KAPCheck(fRewindableTerm.Method<"Rewind">(Handle())(Handle()));
+}
+
+CKAPPositionableStream::CKAPPositionableStream()
+    : CKAPPositionableStream(CKAPStreamFactory::NewPositionableMemoryStream(), KAPAdopt()) {}
+
+CKAPPositionableStream::CKAPPositionableStream(const char* path, const char* mode)
+    : CKAPPositionableStream(CKAPStreamFactory::NewPositionableFileStream(path, mode), KAPAdopt()) {
+}
+
+CKAPPositionableStream::CKAPPositionableStream(KAPPositionableStream* handle)
+    : CKAPRewindableStream(handle) {
+  fPositionableTerm.InitVTab(handle);
+}
+
+CKAPPositionableStream::CKAPPositionableStream(KAPPositionableStream* handle, KAPAdopt adopt)
+    : CKAPRewindableStream(handle, adopt) {
+  fPositionableTerm.InitVTab(handle);
+}
+
+CKAPPositionableStream CKAPPositionableStream::CreateIndependentlyPositionableStream() {
+  KAPPositionableStream* stream = nullptr;
+  KAPCheck(fPositionableTerm.Method<"CreateIndependentlyPositionableStream">(Handle())(&stream,
+                                                                                       Handle()));
+  return CKAPPositionableStream(stream, KAPAdopt());
+}
+
+long CKAPPositionableStream::Mark() {
+  long position = 0;
+  KAPCheck(fPositionableTerm.Method<"Mark">(Handle())(&position, Handle()));
+  return position;
+}
+
+void CKAPPositionableStream::Seek(long offset, int origin) {
+  KAPCheck(fPositionableTerm.Method<"Seek">(Handle())(Handle(), offset, origin));
+}
+
+}  // namespace KAP_T_MT

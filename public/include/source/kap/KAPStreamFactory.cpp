@@ -1,0 +1,76 @@
+#include "kap/KAPStreamFactory.h"
+
+#include <utility>
+
+#include "KAPHandOver.h"
+#include "kap/KAPClientProcs.h"
+#include "kap/KAPError.h"
+
+namespace KAP_T_MT {
+
+namespace {
+
+constexpr KAPClientReadProc MyReadProc = &TKAPClientProc<&KAPClientSimpleStream::Read>::Call;
+constexpr KAPClientWriteProc MyWriteProc = &TKAPClientProc<&KAPClientSimpleStream::Write>::Call;
+constexpr KAPClientDeleteProc MyDeleteStreamProc = &KAPDeleteClientProc;
+constexpr KAPClientCreateStreamProc MyCreateIndependentlyRewindableStreamProc =
+    &TKAPClientProc<&KAPClientRewindableStream::CreateIndependentlyRewindableStream>::Call;
+constexpr KAPClientRewindProc MyRewindProc =
+    &TKAPClientProc<&KAPClientRewindableStream::Rewind>::Call;
+constexpr KAPClientCreateStreamProc MyCreateIndependentlyPositionableStreamProc =
+    &TKAPClientProc<&KAPClientPositionableStream::CreateIndependentlyPositionableStream>::Call;
+constexpr KAPClientMarkProc MyMarkProc = &TKAPClientProc<&KAPClientPositionableStream::Mark>::Call;
+constexpr KAPClientSeekProc MySeekProc = &TKAPClientProc<&KAPClientPositionableStream::Seek>::Call;
+
+template <TKAPName Method, class... Args>
+KAPContainer* NewStream(Args... args) {
+  if (!GetGlobalKAPStreamFactoryInterfaceProcs()) return nullptr;
+  KAPContainer* stream = nullptr;
+  KAPCheck(KAPStreamFactoryClient::CallLoaded<Method>(&stream, args...));
+  return stream;
+}
+
+template <TKAPName Method, class Client, class... Procs>
+KAPContainer* NewClientStream(TKAPClientObject<Client> client, Procs... procs) {
+  return KAPHandOver<KAPStreamFactoryInterface>(
+      std::move(client), [=](void* object) { return NewStream<Method>(object, procs...); });
+}
+
+}  // namespace
+
+KAPPositionableStream* CKAPStreamFactory::NewPositionableMemoryStream() {
+  return NewStream<"NewPositionableMemoryStream">();
+}
+
+KAPPositionableStream* CKAPStreamFactory::NewPositionableBufferStream(const unsigned char* data,
+                                                                      std::size_t size) {
+  return NewStream<"NewPositionableBufferStream">(data, size);
+}
+
+KAPPositionableStream* CKAPStreamFactory::NewPositionableFileStream(const char* path,
+                                                                    const char* mode) {
+  return NewStream<"NewPositionableFileStream">(path, mode);
+}
+
+KAPSimpleStream* CKAPStreamFactory::NewClientSimpleStream(
+    TKAPClientObject<KAPClientSimpleStream> client) {
+  return NewClientStream<"NewClientSimpleStream">(std::move(client), MyReadProc, MyWriteProc,
+                                                  MyDeleteStreamProc);
+}
+
+KAPRewindableStream* CKAPStreamFactory::NewClientRewindableStream(
+    TKAPClientObject<KAPClientRewindableStream> client) {
+  return NewClientStream<"NewClientRewindableStream">(
+      std::move(client), MyReadProc, MyWriteProc, MyDeleteStreamProc,
+      MyCreateIndependentlyRewindableStreamProc, MyRewindProc);
+}
+
+KAPPositionableStream* CKAPStreamFactory::NewClientPositionableStream(
+    TKAPClientObject<KAPClientPositionableStream> client) {
+  return NewClientStream<"NewClientPositionableStream">(
+      std::move(client), MyReadProc, MyWriteProc, MyDeleteStreamProc,
+      MyCreateIndependentlyRewindableStreamProc, MyRewindProc,
+      MyCreateIndependentlyPositionableStreamProc, MyMarkProc, MySeekProc);
+}
+
+}  // namespace KAP_T_MT

@@ -1,0 +1,72 @@
+#include "TestHost.h"
+
+namespace {
+
+std::string gPurged;  // the items, in the order in which they were purged
+std::function<void()> gOnPurge;
+
+class CacheTest : public HostTest {
+ protected:
+  template <KAP_T_MT::TKAPName Method, class... Args>
+  auto Cache(Args... args) {
+    return fHost.Call<KAP_T_MT::KAPCacheInterface, Method>(args...);
+  }
+
+  void SetUp() override {
+    gPurged.clear();
+    gOnPurge = [] {};
+    for (KAPCacheID*& id : fIDs) id = Cache<"NewCacheID">();
+  }
+  void TearDown() override {
+    for (KAPCacheID* id : fIDs) Cache<"Release">(id);
+  }
+  // Files item number i at a cost of 10.
+  bool Add(int i) {
+    return Cache<"Add">(fIDs[i], &fItems[i], 10ul, KAPDeleteProc([](void* item) {
+                          gPurged += *static_cast<char*>(item);
+                          gOnPurge();
+                        }));
+  }
+
+  KAPCacheID* fIDs[4];
+  char fItems[4] = {'a', 'b', 'c', 'd'};
+};
+
+TEST_F(CacheTest, LeastRecentlyUsedFirst) {
+  for (int i = 0; i < 4; ++i) EXPECT_TRUE(Add(i));
+  EXPECT_FALSE(Add(0));
+  for (int i : {0, 1, 1}) EXPECT_EQ(Cache<"Attach">(fIDs[i]), &fItems[i]);
+  Cache<"MarkPurge">(fIDs[0], &fItems[0]);  // used last
+  Cache<"MarkPurge">(fIDs[1], &fItems[1]);  // still marked once
+  EXPECT_FALSE(Cache<"MarkNoPurge">(fIDs[1], &fItems[0]));
+  Cache<"UpdateCost">(fIDs[1], &fItems[1], 5ul);
+  EXPECT_EQ(Cache<"ReturnCost">(fIDs[1], &fItems[1]), 5u);
+  EXPECT_EQ(Cache<"CurrentCacheSize">(), 35u);
+  KAPCachePurge* const purge = Cache<"NewCachePurge">();
+  EXPECT_EQ(fHost.TakeSnapshot().Describe(),
+            "cache identities: 4 (4 references)\ncached items: 4 (cost 35)\ncache purges: 1\n");
+  gOnPurge = [this] { Add(2); };  // an item used after the purge began is left alone
+  while (Cache<"PurgeNextBlock">(purge)) {
+  }
+  Cache<"DeleteCachePurge">(purge);
+  EXPECT_EQ(gPurged, "cda");
+  gOnPurge = [] {};
+  EXPECT_EQ(Cache<"Attach">(fIDs[3]), nullptr);
+  Cache<"Release">(std::exchange(fIDs[1], nullptr));  // marked or not
+  Cache<"PurgeAll">();
+  EXPECT_EQ(gPurged, "cdabc");
+}
+
+TEST_F(CacheTest, Sets) {
+  KAPCacheSet* const set = Cache<"NewCacheSet">();
+  EXPECT_TRUE(Add(0) && Add(1));
+  for (KAPCacheID* id : fIDs) EXPECT_FALSE(Cache<"SearchForID">(set, id));
+  EXPECT_TRUE(Cache<"SearchForID">(set, fIDs[1]));
+  Cache<"Release">(fIDs[1]);
+  EXPECT_EQ(gPurged, "");
+  Cache<"RemoveID">(set, std::exchange(fIDs[1], nullptr));
+  EXPECT_EQ(gPurged, "b");
+  Cache<"DeleteCacheSet">(set);
+}
+
+}  // namespace

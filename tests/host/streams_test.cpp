@@ -1,0 +1,168 @@
+#include "StreamsTest.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <filesystem>
+#include <random>
+
+namespace {
+
+using KAPHost::Call;
+
+class FileStreamsTest : public StreamsTest {
+ protected:
+  ~FileStreamsTest() override { std::filesystem::remove(fPath); }
+
+  const std::string fPath =
+      std::filesystem::temp_directory_path() / ("stream" + std::to_string(getpid()));
+};
+
+// The same operations on a stream and on a plain text with a position, in sizes around that of a
+// file's buffer; now and then through a second stream over the same bytes.
+TEST_F(FileStreamsTest, AgreeWithAModel) {
+  const std::size_t sizes[] = {0, 1, 16, 100, 16383, 16384, 16385, 70000};
+  for (const bool file : {false, true}) {
+    std::mt19937 random(20);
+    KAPContainer* streams[2] = {file ? NewFile(fPath, "w+b") : NewMemory(), nullptr};
+    std::size_t positions[2] = {};
+    std::string bytes;
+    for (int step = 0; step < 3000; ++step) {
+      SCOPED_TRACE(testing::Message() << (file ? "file" : "memory") << ", step " << step);
+      if (step % 500 == 250) streams[1] = NewIndependent(streams[0]), positions[1] = 0;
+      if (step % 500 == 400) Release(std::exchange(streams[1], nullptr));
+      const std::size_t which = streams[1] != nullptr ? random() % 2 : 0;
+      KAPContainer* const stream = streams[which];
+      std::size_t& position = positions[which];
+      const std::size_t count = random() % 3 == 0 ? sizes[random() % 8] : random() % 40;
+      if (const auto action = random() % 4; action == 0) {
+        const std::string text(count, static_cast<char>('a' + random() % 26));
+        ASSERT_EQ(Write(stream, text), "");
+        if (count != 0) bytes.resize(std::max(bytes.size(), position + count));
+        if (count != 0) bytes.replace(position, count, text);
+        position += count;
+      } else if (action == 1) {
+        const std::string expected = position < bytes.size() ? bytes.substr(position, count) : "";
+        ASSERT_TRUE(Read(stream, count) == expected);
+        position += expected.size();
+      } else {
+        const std::size_t back = action == 2 ? random() % 20000 : bytes.size() / 2;
+        const std::size_t from = action == 2 ? position : bytes.size() + random() % 2 * 50;
+        position = from - std::min(from, back);
+        const std::size_t origin = action == 2 ? from : bytes.size();
+        ASSERT_EQ(Seek(stream, static_cast<long>(position - origin), action == 2 ? 1 : 2), "");
+        ASSERT_EQ(Mark(stream), std::to_string(position));
+      }
+    }
+    for (KAPContainer* stream : streams) Release(stream);
+    EXPECT_TRUE(!file || std::filesystem::file_size(fPath) == bytes.size());
+  }
+}
+
+TEST_F(FileStreamsTest, Bounds) {
+  for (KAPContainer* stream : {NewMemory(), NewFile(fPath, "w+")}) {
+    EXPECT_EQ(Write(stream, "12345"), "");
+    EXPECT_EQ(Seek(stream, 2), "");
+    EXPECT_EQ(Seek(stream, -3, 1), "seek before the start of the stream");
+    EXPECT_EQ(Seek(stream, -6, 2), "seek before the start of the stream");
+    EXPECT_EQ(Seek(stream, LONG_MAX, 1), "seek out of range");
+    EXPECT_EQ(Seek(stream, 0, 3), "unknown origin of a seek");
+    EXPECT_EQ(Mark(stream), "2");
+    EXPECT_EQ(Seek(stream, LONG_MAX), "");
+    EXPECT_EQ(Read(stream, 10), "");
+    EXPECT_NE(Write(stream, "x"), "");
+    EXPECT_EQ(Mark(stream), std::to_string(LONG_MAX));
+    EXPECT_EQ(Rewind(stream), "");
+    EXPECT_EQ((fHost.Do<Simple, "Write">(stream, nullptr, 1ul)), "invalid argument");
+    EXPECT_EQ(Read(stream, 10), "12345");
+    Release(stream);
+  }
+}
+
+TEST_F(FileStreamsTest, Modes) {
+  const std::string badWrite = "cannot write \"" + fPath + "\": Bad file descriptor";
+  const std::string badRead = "cannot read \"" + fPath + "\": Bad file descriptor";
+  const struct {
+    const char* mode;
+    std::string read, write, after;  // of a file that holds "old"; "+" is written
+  } rows[] = {{"r", "old", badWrite, "old"}, {"rb+", "old", "", "old+"}, {"w", badRead, "", "+"},
+              {"w+b", "", "", "+"},          {"a", badRead, "", "old+"}, {"a+", "old", "", "old+"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.mode);
+    KAPContainer* stream = NewFile(fPath, "w");
+    Write(stream, "old");
+    Release(stream);
+    stream = NewFile(fPath, row.mode);
+    EXPECT_EQ(fHost.TakeSnapshot().Of(KAPHost::Kind::kFile, fPath).fNumber, 1);
+    EXPECT_EQ(Read(stream, 10), row.read);
+    EXPECT_EQ(Write(stream, "+"), row.write);
+    Release(stream);
+    stream = NewFile(fPath, "r");
+    EXPECT_EQ(Read(stream, 10), row.after);
+    Release(stream);
+  }
+  const std::pair<const char*, int> failures[] = {
+      {"wx", EEXIST}, {"q", EINVAL}, {"r?", EINVAL}, {"r", ENOENT}};
+  for (const auto& [mode, code] : failures) {
+    if (code == ENOENT) std::filesystem::remove(fPath);
+    KAPContainer* stream = reinterpret_cast<KAPContainer*>(this);
+    KAPError* const error =
+        fHost.Call<Factory, "NewPositionableFileStream">(&stream, fPath.c_str(), mode);
+    EXPECT_EQ(stream, nullptr);
+    EXPECT_EQ(fHost.Errors<"GetID">(error), code);
+    EXPECT_EQ(fHost.TakeMessage(error), "cannot open \"" + fPath + "\": " + std::strerror(code));
+  }
+}
+
+// What the system does not take is told by the call that tries to write it, or at the end.
+TEST_F(StreamsTest, FullDisk) {
+  KAPContainer* const stream = NewFile("/dev/full", "w+");
+  const char* const message = "cannot write \"/dev/full\": No space left on device";
+  EXPECT_EQ(Write(stream, "waits"), "");
+  EXPECT_EQ(Write(stream, std::string(20000, 'x')), message);
+  EXPECT_EQ(Mark(stream), "5");
+  Release(stream);
+  EXPECT_EQ(fHost.TakeReport(), message);
+}
+
+TEST_F(StreamsTest, Handles) {
+  KAPContainer* const original = NewMemory();
+  KAPStringAtom* const name = fHost.Containers<"GetSignature">(original);
+  KAPContainer* impostor = nullptr;
+  KAPContainer* clone = nullptr;
+  fHost.Containers<"NewFullContainer">(&impostor, this, name, name, nullptr);
+  fHost.Containers<"CloneContainer">(&clone, original);
+  EXPECT_EQ(Write(nullptr, "x"), "invalid container");
+  EXPECT_EQ(Read(impostor, 1), "invalid container");
+  EXPECT_EQ(Write(clone, "x"), "");
+  for (KAPContainer* handle : {impostor, original, clone}) Release(handle);
+  fHost.Strings<"DeleteStringAtom">(name);
+}
+
+TEST_F(StreamsTest, RefusalsLimitsAndLog) {
+  KAPContainer* const stream = New<Factory, "NewPositionableBufferStream">(
+      reinterpret_cast<const unsigned char*>("12345"), 5ul);
+  EXPECT_EQ(Write(stream, "x"), "a buffer stream is read-only");
+  fHost.Refuse(Call::kSeek, 2);
+  fHost.Refuse(Call::kMark, 1);
+  fHost.LimitReads(2);
+  fHost.LogStreamCalls();
+  EXPECT_EQ(Read(stream, 4), "12");
+  EXPECT_EQ(Seek(stream, -1, 1), "");
+  EXPECT_EQ(Rewind(stream), "out of memory");
+  EXPECT_EQ(Mark(stream), "out of memory");
+  fHost.StopRefusing();
+  EXPECT_EQ(Mark(stream), "1");
+  EXPECT_EQ(Read(stream, 9), "2345");
+  fHost.LogStreamCalls(false);
+  EXPECT_EQ(Rewind(stream), "");
+  EXPECT_EQ(testing::PrintToString(fHost.TakeStreamCalls()),
+            "{ buffer: Read(4) = 2, buffer: Seek(-1, 1), buffer: Rewind() failed, "
+            "buffer: Mark() failed, buffer: Mark() = 1, buffer: Read(9) = 4 }");
+  Release(stream);
+}
+
+}  // namespace
