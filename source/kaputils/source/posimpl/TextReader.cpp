@@ -1,6 +1,7 @@
 #include "TextReader.h"
 
 #include "Array.h"
+#include "Made.h"
 #include "NestingGuard.h"
 #include "Number.h"
 #include "Required.h"
@@ -12,21 +13,6 @@ namespace NPOSObjectImpl {
 
 using KAP_T_MT::CKAPStringAtom;
 using KAP_T_MT::KAPAdopt;
-
-namespace {
-
-// A new container, and the object behind it, to be filled without crossing the boundary for each
-// value.
-template <class Kind>
-struct Made {
-  Made()
-      : fObject(Kind::NewContainer(), KAPAdopt()), fInstance(Kind::GetInstance(fObject.Handle())) {}
-
-  CPOSObject fObject;
-  Kind& fInstance;
-};
-
-}  // namespace
 
 CPOSObject TextReader::ReadText() {
   CPOSObject object = textGetNextObject();

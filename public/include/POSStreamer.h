@@ -1,0 +1,6 @@
+#pragma once
+
+// Property objects as documents on streams.
+
+#include "pos/POSStreamerClient.h"
+#include "pos/POSStreamerInterfaces.h"
