@@ -2,8 +2,6 @@
 
 #include "pos/POSException.h"
 
-namespace NPOSObjectImpl {
-
 // The argument; POSException when it is null.
 template <class T>
 T* Required(T* argument) {
@@ -11,5 +9,3 @@ T* Required(T* argument) {
     throw KAP_T_MT::POSException("a null pointer was given where a value is needed");
   return argument;
 }
-
-}  // namespace NPOSObjectImpl

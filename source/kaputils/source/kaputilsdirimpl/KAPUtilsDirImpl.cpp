@@ -1,0 +1,119 @@
+// The procedures of "KAPUtilsDirInterface" and "KAPUtilsTempFileStreamFactory".
+
+#include "KAPUtilsDirImpl.h"
+
+#include "FiledObject.h"
+#include "KAPUtilsAtoms.h"
+#include "Required.h"
+#include "TempFileStream.h"
+#include "dir/KAPUtilsDirInterfaces.h"
+#include "kap/KAPBoundary.h"
+#include "kap/KAPRegistration.h"
+
+namespace NKAPUtilsDirImpl {
+
+using KAP_T_MT::KAPNewClient;
+using KAP_T_MT::KAPReturningError;
+
+void DeleteKAPUtilsDirImpl(void* instance) noexcept {
+  KAP_T_MT::KAPDeleteVirtualClientBase(instance);
+}
+
+namespace {
+
+// Deliberate: directories are filed under the names of validators, hence the type is asked as well.
+KAPUtilsDir* Contain(TKAPClientObject<KAPUtilsDirImpl> directory) {
+  const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
+  return KAPContain(std::move(directory), atoms.POSValidatorImpl, atoms.POSValidatorInterface,
+                    &DeleteKAPUtilsDirImpl);
+}
+
+const KAPUtilsDirImpl& Instance(KAPUtilsDir* handle) {
+  return KAPInstanceOf<KAPUtilsDirImpl>(handle, KAPUtilsAtoms::Get().POSValidatorImpl);
+}
+
+// A reference for the duration of the call.
+CKAPStringAtom Atom(KAPStringAtom* atom) { return CKAPStringAtom(Required(atom), false); }
+
+// Stores what `body` answers. Without a place for it nothing is done.
+template <class Result, class Body>
+KAPError* KAPReturningResult(Result* out, Body body) noexcept {
+  return KAPReturningError([&] {
+    *Required(out) = Result();
+    *out = body();
+  });
+}
+
+KAPError* KAPUtilsDirGetTempDir(KAPUtilsDir** out) noexcept {
+  return KAPReturningResult(out, [] { return Contain(KAPUtilsDirImpl::GetTempDir()); });
+}
+
+KAPError* KAPUtilsDirGetCurrent(KAPUtilsDir** out) noexcept {
+  return KAPReturningResult(out, [] { return Contain(KAPUtilsDirImpl::GetCurrent()); });
+}
+
+KAPError* KAPUtilsDirNewKAPUtilsDir(KAPUtilsDir** out, KAPStringAtom* path) noexcept {
+  return KAPReturningResult(out,
+                            [=] { return Contain(KAPNewClient<KAPUtilsDirImpl>(Atom(path))); });
+}
+
+KAPError* KAPUtilsDirFileExists(unsigned char* out, KAPUtilsDir* directory,
+                                KAPStringAtom* name) noexcept {
+  return KAPReturningResult(out, [=] { return Instance(directory).FileExists(Atom(name)); });
+}
+
+KAPError* KAPUtilsDirDelete(KAPUtilsDir* directory, KAPStringAtom* name) noexcept {
+  return KAPReturningError([=] { Instance(directory).Delete(Atom(name)); });
+}
+
+KAPError* KAPUtilsDirRename(KAPUtilsDir* directory, KAPStringAtom* from,
+                            KAPStringAtom* to) noexcept {
+  return KAPReturningError([=] { Instance(directory).Rename(Atom(from), Atom(to)); });
+}
+
+KAPError* KAPUtilsDirGetFilePathSpec(KAPStringAtom** out, KAPUtilsDir* directory,
+                                     KAPStringAtom* name) noexcept {
+  return KAPReturningResult(
+      out, [=] { return Instance(directory).GetFilePathSpec(Atom(name)).Detach(); });
+}
+
+KAPError* KAPUtilsDirCreateUniqueFilename(KAPStringAtom** out, KAPUtilsDir* directory,
+                                          KAPStringAtom* prefix, KAPStringAtom* second) noexcept {
+  return KAPReturningResult(out, [=] {
+    return Instance(directory)
+        .CreateUniqueFilename(Atom(prefix), CKAPStringAtom(second, false))
+        .Detach();
+  });
+}
+
+KAPError* KAPUtilsNewTempFileStream(KAPPositionableStream** out, const char* prefix,
+                                    const char* second, const char* mode) noexcept {
+  return KAPReturningResult(out, [=] {
+    return TempFileStream::New(CKAPStringAtom(Required(prefix)),
+                               second ? CKAPStringAtom(second) : CKAPStringAtom(),
+                               CKAPStringAtom(Required(mode)));
+  });
+}
+
+bool RegisterDirectories() {
+  return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::KAPUtilsDirInterface>(
+      &KAPUtilsDirGetTempDir, &KAPUtilsDirGetCurrent, &KAPUtilsDirNewKAPUtilsDir,
+      &KAPUtilsDirFileExists, &KAPUtilsDirDelete, &KAPUtilsDirRename, &KAPUtilsDirGetFilePathSpec,
+      &KAPUtilsDirCreateUniqueFilename);
+}
+
+bool RegisterTempFileStreams() {
+  return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::KAPUtilsTempFileStreamFactory>(
+      &KAPUtilsNewTempFileStream);
+}
+
+}  // namespace
+
+bool RegisterKAPUtilsDirImpl() { return RegisterDirectories() && RegisterTempFileStreams(); }
+
+void UnregisterKAPUtilsDirImpl() {
+  KAP_T_MT::KAPUnregisterInterface(KAP_T_MT::KAPUtilsDirInterface::kName);
+  KAP_T_MT::KAPUnregisterInterface(KAP_T_MT::KAPUtilsTempFileStreamFactory::kName);
+}
+
+}  // namespace NKAPUtilsDirImpl

@@ -1,0 +1,148 @@
+// The directory's operations on a POSIX system.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "KAPUtilsDirImpl.h"
+#include "SafeStringAPIs.h"
+#include "kap/KAPError.h"
+#include "kap/KAPMemory.h"
+#include "kap/TOQException.h"
+
+namespace NKAPUtilsDirImpl {
+
+using KAP_T_MT::CKAPError;
+using KAP_T_MT::KAPCheckedSize;
+using KAP_T_MT::KAPNewBlock;
+using KAP_T_MT::KAPNewClient;
+
+namespace {
+
+[[noreturn]] void ThrowSystemError(const char* message) {
+  CKAPError::ThrowError(message, "KAPUtilsDir", errno);
+}
+
+// Deliberate: a unique file that cannot be made has the same message.
+[[noreturn]] void ThrowCreateError() {
+  ThrowSystemError("KAPUtilsDirImpl::createNewFile: Unknown error");
+}
+
+// As sprintf_safe.
+int FormatFullPath(char* buffer, std::size_t size, const CKAPStringAtom& directory,
+                   const CKAPStringAtom& name) noexcept {
+  const char* separator = std::string_view(directory.Text()).ends_with('/') ? "" : "/";
+  return KAP_T_MT::sprintf_safe(buffer, size, "%s%s%s", directory.Text(), separator, name.Text());
+}
+
+CKAPStringAtom makeFullPath(const CKAPStringAtom& directory, const CKAPStringAtom& name) {
+  const std::size_t size = KAPCheckedSize(std::strlen(name.Text()), 1,
+                                          KAPCheckedSize(std::strlen(directory.Text()), 1, 16));
+  const auto path = KAPNewBlock<char>(size);
+  if (FormatFullPath(path.get(), size, directory, name) < 0) KAP_T_MT::KAPThrowMathOverflow();
+  return CKAPStringAtom(path.get());
+}
+
+// The full path for a call of the system. On the stack, so that a file can be deleted when the host
+// has no memory left. A longer path is cut, to one that the system still refuses as too long.
+class SystemPath {
+ public:
+  SystemPath(const CKAPStringAtom& directory, const CKAPStringAtom& name) noexcept {
+    FormatFullPath(fText, sizeof fText, directory, name);
+  }
+  const char* Text() const noexcept { return fText; }
+
+ private:
+  char fText[PATH_MAX + 1];  // the system takes PATH_MAX with the terminator
+};
+
+// A new, empty file with a name of its own. Gone again unless it is kept.
+class UniqueFile {
+ public:
+  // The pattern's six X at the end become the unique part.
+  explicit UniqueFile(char* pattern) : fPath(pattern), fDescriptor(::mkostemp(pattern, O_CLOEXEC)) {
+    if (fDescriptor < 0) ThrowCreateError();
+  }
+  UniqueFile(const UniqueFile&) = delete;
+  UniqueFile& operator=(const UniqueFile&) = delete;
+  ~UniqueFile() {
+    if (fDescriptor < 0) return;
+    ::close(fDescriptor);
+    ::unlink(fPath);
+  }
+
+  const char* Name() const noexcept { return std::strrchr(fPath, '/') + 1; }
+  // Deliberate: the descriptor stays open for the life of the process.
+  void Keep() noexcept { fDescriptor = -1; }
+
+ private:
+  const char* fPath;
+  int fDescriptor;
+};
+
+}  // namespace
+
+TKAPClientObject<KAPUtilsDirImpl> KAPUtilsDirImpl::GetTempDir() {
+  const char* path = std::getenv("TMPDIR");
+  return KAPNewClient<KAPUtilsDirImpl>(CKAPStringAtom(path ? path : "/tmp"));
+}
+
+TKAPClientObject<KAPUtilsDirImpl> KAPUtilsDirImpl::GetCurrent() {
+  char path[1024];
+  if (!::getcwd(path, sizeof path)) {
+    ThrowSystemError("KAPUtilsDirImpl::GetCurrent: Unknown error");
+  }
+  return KAPNewClient<KAPUtilsDirImpl>(CKAPStringAtom(path));
+}
+
+bool KAPUtilsDirImpl::FileExists(const CKAPStringAtom& name) const noexcept {
+  struct stat entry;
+  return ::stat(SystemPath(fPath, name).Text(), &entry) == 0;
+}
+
+void KAPUtilsDirImpl::Delete(const CKAPStringAtom& name) const {
+  if (std::remove(SystemPath(fPath, name).Text()) != 0) {
+    ThrowSystemError("KAPUtilsDirImpl::Delete: Unknown error");
+  }
+}
+
+void KAPUtilsDirImpl::Rename(const CKAPStringAtom& from, const CKAPStringAtom& to) const {
+  if (std::rename(SystemPath(fPath, from).Text(), SystemPath(fPath, to).Text()) != 0) {
+    ThrowSystemError("KAPUtilsDirImpl::Rename: Unknown error");
+  }
+}
+
+CKAPStringAtom KAPUtilsDirImpl::GetFilePathSpec(const CKAPStringAtom& name) const {
+  return makeFullPath(fPath, name);
+}
+
+bool KAPUtilsDirImpl::createNewFile(const CKAPStringAtom& name) const {
+  if (FileExists(name)) return false;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.Text(), "w"),
+                                                             &std::fclose);
+  if (!file) ThrowCreateError();
+  return true;
+}
+
+CKAPStringAtom KAPUtilsDirImpl::CreateUniqueFilename(const CKAPStringAtom& prefix,
+                                                     const CKAPStringAtom& /*second*/) const {
+  // A slash even behind one: the system takes two for one.
+  const CKAPStringAtom pattern = fPath + CKAPStringAtom("/") + prefix + CKAPStringAtom(".XXXXXX");
+  const std::size_t size = KAPCheckedSize(std::strlen(pattern.Text()), 1, 1);
+  const auto path = KAPNewBlock<char>(size);
+  std::memcpy(path.get(), pattern.Text(), size);
+  UniqueFile file(path.get());
+  CKAPStringAtom name(file.Name());
+  file.Keep();
+  return name;
+}
+
+}  // namespace NKAPUtilsDirImpl
