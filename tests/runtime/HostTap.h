@@ -35,6 +35,11 @@ class HostTap {
     Tap<KAP_T_MT::KAPErrorInterface>(host);
     Tap<KAP_T_MT::KAPStringInterface>(host);
     Tap<KAP_T_MT::KAPMemoryInterface>(host);
+    Tap<KAP_T_MT::KAPCacheInterface>(host);
+    Tap<KAP_T_MT::KAPSharedBuffInterface>(host);
+    Tap<KAP_T_MT::KAPStreamFactoryInterface>(host);
+    Tap<KAP_T_MT::KAPFilterInterface>(host);
+    Tap<KAP_T_MT::KAPProgressInterface>(host);
     Clear();
   }
 

@@ -67,6 +67,7 @@ std::string Thrown(Body body) {
 
 inline constexpr const char* kMissingInterface = "Missing Interface|KAP|0";
 inline constexpr const char* kMissingProcedure = "|KAP|0";
+inline constexpr const char* kInvalidContainer = "invalid container||0";
 inline constexpr const char* kBadAlloc = "std::bad_alloc";
 inline constexpr const char* kOverflow = "Math overflow exception";
 inline constexpr const char* kOutOfMemory = "out of memory|KAP|1";  // this host's core error

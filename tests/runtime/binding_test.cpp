@@ -16,6 +16,7 @@ const bool gReleasedBeforeBinding = [] {
   const CKAPCachedContainerHolder cached(NobodysHandle<KAPContainer>());
   const CKAPError error(NobodysHandle<KAPError>());
   CKAPMemory::Free(NobodysHandle<void>());
+  const TKAPSharedBuffer<char> buffer(NobodysHandle<KAPSharedBuffer>(), KAPAdopt());
   return true;
 }();
 
@@ -138,7 +139,7 @@ TEST(BindingTest, NothingOfTheFormerHostIsUsed) {
       const CKAPStringAtom joined = CKAPStringAtom("a") + CKAPStringAtom("b");
       EXPECT_TRUE(CKAPError("m", "c", 1).Matches("c", 1));
       EXPECT_EQ(EchoClient::Call<"Second">(), round == 0 ? 12 : 22);
-      const KAPVTabGeneric::Slot* slots = tables.Get(container.Handle());
+      const KAPVTabGeneric::Slot* slots = tables.InitVTab(container.Handle());
       ASSERT_NE(slots, nullptr);
       EXPECT_EQ(slots[1], EchoProc(host, 1));
     }

@@ -7,8 +7,6 @@ namespace {
 using namespace KAP_T_MT;
 using KAPHost::Call;
 
-constexpr const char* kInvalidContainer = "invalid container||0";
-
 class ContainerTest : public BoundTest {
  protected:
   int References() const { return *fHost.Containers<"DebugGetRefCountAddr">(fContainer); }

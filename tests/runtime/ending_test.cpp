@@ -17,6 +17,14 @@ struct Holdings {
   std::optional<CKAPCachedContainerHolder> fCached;
   TKAPBlock<char> fBlock;
   TDelVTabList<EchoInterface> fTables;
+  TKAPSharedBuffer<char> fBuffer;
+  std::optional<CKAPCacheLock> fLock;
+  std::optional<CKAPDataSink> fSink;
+  std::optional<CKAPProgress> fProgress;
+  struct : CKAPStaticCacheBase {
+    void Clear() override {}
+    void Kill() noexcept override {}
+  } fCache;
 
   void Fill() {
     KAPContainer* container = MakeContainer("Impl");
@@ -26,7 +34,13 @@ struct Holdings {
     fHolder.emplace(container, false);
     fCached.emplace(container);
     fBlock = KAPNewBlock<char>(10);
-    EXPECT_NE(fTables.Get(container), nullptr);
+    fTables.InitVTab(container);
+    fBuffer = TKAPSharedBuffer<char>(1);
+    const CKAPCacheID id;
+    ASSERT_TRUE(CKAPCache::Add(id, this, 1, [](void*) {}));
+    fLock.emplace(CKAPCache::Attach(id));
+    fSink.emplace();
+    fProgress.emplace();
   }
 };
 

@@ -12,11 +12,21 @@ namespace {
 using Texts = std::vector<std::string>;
 using KAPHost::Call;
 
-const Texts kInterfaces = {"POSObjectInterface",        "POSObjectStatics",
-                           "POSNumberInterface",        "POSStringInterface",
-                           "POSUnicodeStringInterface", "POSBinDataInterface",
-                           "POSRawPointerInterface",    "POSArrayInterface",
-                           "POSDictInterface",          "POSDictIteratorInterface"};
+const Texts kInterfaces = {
+    "POSObjectInterface",          "POSObjectStatics",          "POSNumberInterface",
+    "POSStringInterface",          "POSUnicodeStringInterface", "POSBinDataInterface",
+    "POSRawPointerInterface",      "POSArrayInterface",         "POSDictInterface",
+    "POSDictIteratorInterface",    "POSStreamerInterface",      "POSValidatorInterface",
+    "POSStructValidatorInterface", "KAPUtilsDirInterface",      "KAPUtilsTempFileStreamFactory"};
+// The groups in the reverse order, each from its first to its last.
+const Texts kWithdrawn = {"KAPUtilsDirInterface",    "KAPUtilsTempFileStreamFactory",
+                          "POSValidatorInterface",   "POSStructValidatorInterface",
+                          "POSStreamerInterface",    "POSObjectInterface",
+                          "POSObjectStatics",        "POSNumberInterface",
+                          "POSStringInterface",      "POSUnicodeStringInterface",
+                          "POSBinDataInterface",     "POSRawPointerInterface",
+                          "POSArrayInterface",       "POSDictInterface",
+                          "POSDictIteratorInterface"};
 const Texts kAtoms = {
     "POSObjectImpl",   "POSObjectInterface",   "POSDictIteratorImpl", "POSDictIteratorInterface",
     "POSStreamerImpl", "POSStreamerInterface", "POSValidatorImpl",    "POSValidatorInterface",
@@ -76,7 +86,7 @@ TEST_F(LibraryEntryTest, AtomsAndInterfacesInOrder) {
 
     HostTap::Clear();
     Terminate();
-    EXPECT_EQ(HostTap::TextsOf("KAPUnregisterInterface"), kInterfaces);
+    EXPECT_EQ(HostTap::TextsOf("KAPUnregisterInterface"), kWithdrawn);
     EXPECT_EQ(HostTap::TextsOf("DeleteStringAtom"), Texts(kAtoms.rbegin(), kAtoms.rend()));
 
     fLibrary.reset();

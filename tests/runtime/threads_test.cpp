@@ -59,7 +59,7 @@ TEST_F(MovingCounterTest, MethodTables) {
     for (int i = 0; i < 5000; ++i) {
       const int which = (thread + i / 8) % 3;
       const CKAPContainerHolder container(MakeContainer(implementations[which]), true);
-      const auto* slots = tables.Get(container.Handle());
+      const auto* slots = tables.InitVTab(container.Handle());
       ASSERT_NE(slots, nullptr);
       ASSERT_EQ(slots[2], third);
       if (which != 0) continue;

@@ -1,7 +1,10 @@
 // The three functions that the library exports.
 
 #include "KAPUtilsAtoms.h"
+#include "KAPUtilsDirImpl.h"
 #include "POSDictImpl.h"
+#include "POSStreamerImpl.h"
+#include "POSValidatorImpl.h"
 #include "kap/KAPBinder.h"
 
 #define KAPUTILS_EXPORT extern "C" [[gnu::visibility("default")]]
@@ -44,9 +47,18 @@ bool CreateAtoms() noexcept {
   }
 }
 
-bool RegisterAll() { return NPOSObjectImpl::RegisterPOSDictImpl(); }
+bool RegisterAll() {
+  return NPOSObjectImpl::RegisterPOSDictImpl() && NPOSStreamerImpl::RegisterPOSStreamerImpl() &&
+         NPOSValidatorImpl::RegisterPOSValidatorImpl() &&
+         NKAPUtilsDirImpl::RegisterKAPUtilsDirImpl();
+}
 
-void UnregisterAll() { NPOSObjectImpl::UnregisterPOSDictImpl(); }
+void UnregisterAll() {
+  NKAPUtilsDirImpl::UnregisterKAPUtilsDirImpl();
+  NPOSValidatorImpl::UnregisterPOSValidatorImpl();
+  NPOSStreamerImpl::UnregisterPOSStreamerImpl();
+  NPOSObjectImpl::UnregisterPOSDictImpl();
+}
 
 }  // namespace
 

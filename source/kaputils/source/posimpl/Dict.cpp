@@ -4,9 +4,20 @@
 
 namespace NPOSObjectImpl {
 
-const CPOSObject* Dict::Find(std::string_view key) const noexcept {
-  const DictEntry* entry = fEntries.Find(SortableText(key));
+namespace {
+
+const CPOSObject* ValueOf(const DictEntry* entry) noexcept {
   return entry ? &entry->Value() : nullptr;
+}
+
+}  // namespace
+
+const CPOSObject* Dict::Find(std::string_view key) const noexcept {
+  return ValueOf(fEntries.Find(SortableText(key)));
+}
+
+const CPOSObject* Dict::Find(const SortableStringAtom& key) const noexcept {
+  return ValueOf(fEntries.Find(key));
 }
 
 CPOSObject Dict::Get(const char* key, bool noThrow) const {

@@ -50,6 +50,7 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
 
   // The value, null when there is none.
   const CPOSObject* Find(std::string_view key) const noexcept;
+  const CPOSObject* Find(const SortableStringAtom& key) const noexcept;
   // The value. Absent: an empty object if `noThrow`, else POSException "Dict::Get lookup failed".
   CPOSObject Get(const char* key, bool noThrow) const;
   // The value that the path leads to, see DeepPath.cpp. When it leads nowhere, which includes that

@@ -1,8 +1,8 @@
 // The procedures of "POSDictInterface".
 
+#include "AtomText.h"
 #include "Dict.h"
 #include "POSDictImpl.h"
-#include "Required.h"
 #include "kap/KAPBoundary.h"
 #include "kap/KAPRegistration.h"
 
@@ -12,11 +12,6 @@ using KAP_T_MT::CKAPStringAtom;
 using KAP_T_MT::KAPReportingError;
 
 namespace {
-
-// The text of an atom that is borrowed for the call.
-const char* TextOf(KAPStringAtom* atom) {
-  return Required(KAP_T_MT::KAPStringClient::Call<"GetCString">(Required(atom)));
-}
 
 POSDict* POSDictNewPOSDictProc() noexcept {
   return KAPReportingError([] { return Dict::NewContainer(); });

@@ -16,6 +16,7 @@ class UnicodeString final : public TScalar<UnicodeString> {
   explicit UnicodeString(const unsigned short* text);
 
   const unsigned short* Get() const noexcept { return fText.get(); }
+  std::size_t Length() const noexcept { return fLength; }  // in units, without the zero unit
   bool EqualsSame(const UnicodeString& other) const noexcept;
 
  private:

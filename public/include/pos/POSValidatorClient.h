@@ -1,0 +1,57 @@
+#pragma once
+
+#include "kap/KAPContainer.h"
+#include "kap/KAPMethodTable.h"
+#include "kap/KAPStringAtom.h"
+#include "pos/POSDictClient.h"
+#include "pos/POSValidatorInterfaces.h"
+
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
+
+// The method tables of all implementations of validators, emptied when the runtime unbinds itself.
+class CPOSValidatorTerminate : public TDelVTabList<POSValidatorInterface> {};
+
+// A reference to a validator of any component.
+// Ownership: holds one reference, released on destruction; copies share the same validator.
+// Errors: CKAPError "invalid container" for a handle that is null or offers no validator's methods,
+//   and when the host refuses a reference.
+// Threads: see POSValidatorInterfaces.h.
+class CPOSValidator : public KAPContainerBaseGeneric {
+ public:
+  explicit CPOSValidator(POSValidator* handle);  // adds a reference
+  CPOSValidator(POSValidator* handle, KAPAdopt adopt);
+
+  // Whether the object complies with the type. If not, `message`, unless null, is called for each
+  // reason. What keeps the check from being made is reported by the validator, and is false too.
+  bool Validate(const CPOSObject& object, const CKAPStringAtom& typeName,
+                POSMessageProc message) const;
+  bool Validate(const CPOSObject& object, const char* typeName, POSMessageProc message) const {
+    return Validate(object, CKAPStringAtom(typeName), message);
+  }
+
+ private:
+  static CPOSValidatorTerminate fTerm;
+};
+
+// A validator over a schema of one's own.
+class CPOSStructValidator : public CPOSValidator {
+ public:
+  // The schema is kept, not copied, and not checked. CKAPError "invalid container", with a report,
+  // when there can be no validator.
+  explicit CPOSStructValidator(const CPOSDict& schema);
+
+  // Has `callback` called for each object that complies with the type, instead of the one that the
+  // type had; null ends that. A failure is reported and changes nothing.
+  void RegisterCallbackProc(const CKAPStringAtom& typeName, POSExtraValidationProc callback,
+                            void* clientData);
+  void RegisterCallbackProc(const char* typeName, POSExtraValidationProc callback,
+                            void* clientData) {
+    RegisterCallbackProc(CKAPStringAtom(typeName), callback, clientData);
+  }
+
+  // Whether the dictionary is a schema; `message` as for Validate. What the check raises passes as
+  // std::exception.
+  static bool ValidateSchema(const CPOSDict& schema, POSMessageProc message);
+};
+
+}  // namespace KAP_T_MT

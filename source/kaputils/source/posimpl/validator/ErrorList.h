@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "PropertyObjects.h"
+#include "pos/POSValidatorInterfaces.h"
+
+namespace NPOSValidatorImpl {
+
+// What a check returns: how many errors it found. A failed union counts as one however many messages
+// it appends. Only whether it is zero decides anything.
+using ErrorCount = std::int64_t;
+
+// The messages of a check in order, one property string each. Where nobody wants messages none is
+// made, and nothing at all before the first.
+class ErrorList {
+ public:
+  enum class Wanted : bool { kNo, kYes };
+
+  explicit ErrorList(Wanted wanted) noexcept : fWanted(wanted) {}
+  // An empty list, for a part of what `whole` is for.
+  static ErrorList ForPartOf(const ErrorList& whole) noexcept { return ErrorList(whole.fWanted); }
+
+  // Appends the property string that `makeMessage` makes. What that raises passes.
+  template <class MakeMessage>
+  void Append(MakeMessage makeMessage) {
+    if (fWanted == Wanted::kYes) AppendMade(makeMessage());
+  }
+  void Append(const char* message);
+
+  bool IsEmpty() const noexcept { return Count() == 0; }
+  std::uint32_t Count() const noexcept { return fMessages ? fMessages->Count() : 0; }
+  const char* TextAt(std::uint32_t index) const;
+
+ private:
+  void AppendMade(CPOSObject message);
+
+  const Wanted fWanted;
+  std::optional<Array> fMessages;
+};
+
+// Appends each message of the source behind the context and a blank.
+void AppendErrorsInContext(ErrorList& destination, const ErrorList& source, const char* context);
+
+}  // namespace NPOSValidatorImpl

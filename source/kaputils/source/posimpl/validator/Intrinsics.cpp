@@ -1,0 +1,84 @@
+#include "Intrinsics.h"
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace NPOSValidatorImpl {
+
+namespace {
+
+const char* AnyFault(const Subject& /*object*/, const Keywords& /*words*/) { return nullptr; }
+
+const char* BoolFault(const Subject& object, const Keywords& words) {
+  if (const Number* number = object.As<Number>()) {
+    const bool isBool = number->Get() == 0.0 || number->Get() == 1.0;
+    return isBool ? nullptr : "BOOL was a number unequal to zero or one";
+  }
+  if (const AtomText text = object.Text()) {
+    const bool isBool = words.True.Is(text) || words.False.Is(text);
+    return isBool ? nullptr : "BOOL was not a valid string (true/false)";
+  }
+  return "Expected BOOL was of invalid type";
+}
+
+// A whole number beyond 32 bits is none here, deliberately.
+bool IsWhole(double value) noexcept {
+  using Limits = std::numeric_limits<std::int32_t>;
+  return value >= Limits::min() && value <= Limits::max() && value == std::trunc(value);
+}
+
+const char* IntFault(const Subject& object, const Keywords& /*words*/) {
+  const Number* number = object.As<Number>();
+  if (!number) return "Expected INT was of invalid type";
+  return IsWhole(number->Get()) ? nullptr : "INT was not a whole number";
+}
+
+const char* StringFault(const Subject& object, const Keywords& /*words*/) {
+  return object.Text() ? nullptr : "Expected STRING was of invalid type";
+}
+
+template <class Kind>
+const char* FaultUnless(const Subject& object, const char* fault) {
+  return object.As<Kind>() ? nullptr : fault;
+}
+const char* RealFault(const Subject& object, const Keywords& /*words*/) {
+  return FaultUnless<Number>(object, "Expected REAL was of invalid type");
+}
+const char* UnicodeStringFault(const Subject& object, const Keywords& /*words*/) {
+  return FaultUnless<UnicodeString>(object, "Expected UNICODESTRING was of invalid type");
+}
+const char* BinDataFault(const Subject& object, const Keywords& /*words*/) {
+  return FaultUnless<BinData>(object, "Expected BINDATA was of invalid type");
+}
+const char* RawPtrFault(const Subject& object, const Keywords& /*words*/) {
+  return FaultUnless<RawPointer>(object, "Expected RAWPTR was of invalid type");
+}
+const char* ObjRefFault(const Subject& object, const Keywords& /*words*/) {
+  return FaultUnless<RawPointer>(object, "Expected OBJREF was of invalid type");
+}
+
+constexpr Intrinsic kIntrinsics[] = {
+    {&Keywords::Any, &AnyFault},
+    {&Keywords::Bool, &BoolFault},
+    {&Keywords::Int, &IntFault},
+    {&Keywords::Real, &RealFault},
+    {&Keywords::String, &StringFault},
+    {&Keywords::UnicodeString, &UnicodeStringFault},
+    {&Keywords::BinData, &BinDataFault},
+    {&Keywords::RawPtr, &RawPtrFault},
+    {&Keywords::KAPObjRef, &ObjRefFault},
+    {&Keywords::QNBaseObjRef, &ObjRefFault},
+    {&Keywords::KAPErrorObjRef, &ObjRefFault},
+};
+
+}  // namespace
+
+const Intrinsic* Intrinsic::Find(AtomText name, const Keywords& words) noexcept {
+  for (const Intrinsic& intrinsic : kIntrinsics) {
+    if ((words.*intrinsic.fName).Is(name)) return &intrinsic;
+  }
+  return nullptr;
+}
+
+}  // namespace NPOSValidatorImpl

@@ -1,0 +1,125 @@
+#include "StructValidator.h"
+
+#include <memory>
+#include <utility>
+
+#include "Category.h"
+#include "FiledObject.h"
+#include "KAPUtilsAtoms.h"
+#include "MalformedDefinition.h"
+#include "NestingGuard.h"
+#include "kap/KAPSharedBuff.h"
+#include "kap/TOQException.h"
+
+namespace NPOSValidatorImpl {
+
+using KAP_T_MT::CKAPStringAtom;
+
+namespace {
+
+void DeletePOSValidatorImpl(void* instance) noexcept {
+  KAP_T_MT::KAPDeleteVirtualClientBase(instance);
+}
+
+}  // namespace
+
+StructValidator::StructValidator(CPOSObject schema, bool validateSchema)
+    : fSchemaReference(std::move(schema)), fSchema(Dict::GetInstance(fSchemaReference.Handle())) {
+  if (validateSchema && !ValidateSchema(fSchemaReference, nullptr)) {
+    throw KAP_T_MT::TOQException("Schema is not valid");
+  }
+}
+
+POSValidator* StructValidator::NewContainer(CPOSObject schema, bool validateSchema) {
+  const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
+  return KAPContain(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema), validateSchema),
+                    atoms.POSValidatorImpl, atoms.POSValidatorInterface, &DeletePOSValidatorImpl);
+}
+
+StructValidator& StructValidator::GetInstance(POSValidator* handle) {
+  return KAPInstanceOf<StructValidator>(handle, KAPUtilsAtoms::Get().POSValidatorImpl);
+}
+
+void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
+                                              KAP_T_MT::POSExtraValidationProc callback,
+                                              void* clientData) {
+  fExtraValidations.Insert(std::make_unique<ProcEntry>(typeName, callback, clientData));
+}
+
+// Most objects are valid, and a valid one can be full of unions whose first alternatives do not
+// hold: so an object is checked without messages first, and only an invalid one once more with them.
+// Extra validations must not run twice; where there are any, one check does both.
+bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
+                               POSMessageProc message) const {
+  const Subject subject(object.Handle());
+  if (!message || fExtraValidations.empty()) {
+    ErrorList unwanted(ErrorList::Wanted::kNo);
+    if (GetObjectErrors(typeName, subject, unwanted) == 0) return true;
+  }
+  if (!message) return false;
+  ErrorList errors(ErrorList::Wanted::kYes);
+  if (GetObjectErrors(typeName, subject, errors) == 0) return true;
+  for (std::uint32_t i = 0; i < errors.Count(); ++i) message(errors.TextAt(i));
+  return false;
+}
+
+ErrorCount StructValidator::GetObjectErrors(AtomText typeName, const Subject& object,
+                                            ErrorList& errors) const {
+  const IntrinsicCheck intrinsic = CheckIntrinsic(typeName, object, errors);
+  if (intrinsic == IntrinsicCheck::kValid) return 0;
+  if (intrinsic == IntrinsicCheck::kInvalid) return 1;
+  const ErrorCount count = GetTypeDefinitionComplianceErrors(typeName, object, errors);
+  return count > 0 ? count : GetExtraValidationErrors(typeName, object, errors);
+}
+
+StructValidator::IntrinsicCheck StructValidator::CheckIntrinsic(AtomText typeName,
+                                                                const Subject& object,
+                                                                ErrorList& errors) const {
+  const Intrinsic* intrinsic = Intrinsic::Find(typeName, fWords);
+  if (!intrinsic) return IntrinsicCheck::kNotIntrinsic;
+  const char* fault = intrinsic->fFault(object, fWords);
+  if (!fault) return IntrinsicCheck::kValid;
+  errors.Append(fault);
+  return IntrinsicCheck::kInvalid;
+}
+
+ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
+                                                              const Subject& object,
+                                                              ErrorList& errors) const {
+  const NPOSObjectImpl::NestingGuard guard;
+  const CPOSObject* member = fSchema.Find(typeName);
+  const Dict* attributes = member ? Dict::GetInstanceNoThrow(member->Handle()) : nullptr;
+  if (!attributes) {
+    errors.Append([=] {
+      return FormatIntoPOSString("Schema not applicable, no definition for %s", typeName);
+    });
+    return 1;
+  }
+  const CPOSObject* word = attributes->Find(fWords.Category);
+  const String* category = word ? String::GetInstanceNoThrow(word->Handle()) : nullptr;
+  if (!category) throw MalformedDefinition(typeName);
+  const Definition definition(*attributes, fWords);
+  return Category::Get(category->Get(), fWords)
+      .fCheck({*this, definition, category->Get(), object, errors});
+}
+
+// The callback may register another in its own place: the entry is not touched after the call, and
+// what it was called with stays until it is back.
+ErrorCount StructValidator::GetExtraValidationErrors(AtomText typeName, const Subject& object,
+                                                     ErrorList& errors) const {
+  if (fExtraValidations.empty()) return 0;
+  const ProcEntry* entry = fExtraValidations.Find(SortableText(typeName));
+  if (!entry || !entry->Callback()) return 0;
+  const CKAPStringAtom name = entry->GetKey().Atom();
+  const CPOSObject reference = object.Reference();
+  const KAP_T_MT::TKAPSharedBuffer<char> reason(kMessageSize);
+  if (entry->Callback()(reference.Handle(), name.Handle(), reason.Handle(), entry->ClientData())) {
+    return 0;
+  }
+  errors.Append([&] {
+    return FormatIntoPOSString("%.*s", static_cast<int>(kMessageSize - 1), reason.Data());
+  });
+  return 1;
+}
+
+}  // namespace NPOSValidatorImpl

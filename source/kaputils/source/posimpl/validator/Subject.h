@@ -1,0 +1,42 @@
+#pragma once
+
+#include "PropertyObjects.h"
+
+namespace NPOSValidatorImpl {
+
+// What is checked: a property object, or the name of a dictionary's member, which counts as an 8-bit
+// string and becomes an object only for those who ask for one. Borrowed.
+class Subject {
+ public:
+  // An object of another component is of no kind that a schema knows.
+  explicit Subject(POSObject* handle) noexcept
+      : fHandle(handle),
+        fObject(BaseObject::GetInstanceNoThrow(handle)),
+        fType(fObject ? fObject->GetType() : 0),
+        fText(fType == KAP_T_MT::kPOSString ? static_cast<const String*>(fObject)->Get()
+                                            : nullptr) {}
+  explicit Subject(const KAP_T_MT::CKAPStringAtom& memberName) noexcept
+      : fHandle(nullptr), fObject(nullptr), fType(KAP_T_MT::kPOSString), fText(memberName.Text()) {}
+
+  // The object as one of this kind, null when it is of another. For strings: Text.
+  template <class Kind>
+  const Kind* As() const noexcept {
+    static_assert(Kind::kType != KAP_T_MT::kPOSString, "a member's name is no object");
+    return fType == Kind::kType ? static_cast<const Kind*>(fObject) : nullptr;
+  }
+  AtomText Text() const noexcept { return fText; }  // null when it is no 8-bit string
+
+  // The object, made for a member's name.
+  CPOSObject Reference() const {
+    if (fHandle) return BaseObject::Reference(fHandle);
+    return CPOSObject(String::NewContainer(fText), KAP_T_MT::KAPAdopt());
+  }
+
+ private:
+  POSObject* fHandle;         // null for a member's name
+  const BaseObject* fObject;  // null for a member's name and for objects of other components
+  int fType;                  // a POSType, 0 for none
+  AtomText fText;
+};
+
+}  // namespace NPOSValidatorImpl

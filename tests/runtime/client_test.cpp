@@ -1,0 +1,172 @@
+#include <functional>
+#include <stdexcept>
+
+#include "RuntimeTest.h"
+
+// Objects of the component's own in the hands of the host: streams, sinks, filters, progress.
+
+namespace {
+
+using namespace KAP_T_MT;
+using Factory = CKAPStreamFactory;
+using KAPHost::Call;
+
+std::string gHistory;         // what was asked of client objects
+std::function<void()> gFail;  // called in each of their operations
+int gLive = 0;
+std::string TakeHistory() { return std::exchange(gHistory, ""); }
+
+// A client object of any kind: counts itself, and fails where it is told to.
+template <class Base>
+struct Client : Base {
+  Client() { ++gLive; }
+  ~Client() override { --gLive; }
+  template <class... Numbers>
+  static void Note(std::string what, Numbers... numbers) {
+    ((what += " " + std::to_string(numbers)), ...);
+    gHistory += what + ";";
+    if (gFail) gFail();
+  }
+};
+
+struct Stream : Client<KAPClientPositionableStream> {
+  std::size_t Read(unsigned char*, std::size_t size) override { return Note("Read", size), 1; }
+  void Write(const unsigned char*, std::size_t size) override { Note("Write", size); }
+  void Seek(long offset, int origin) override { Note("Seek", offset, origin); }
+  long Mark() override { return Note("Mark"), 5; }
+};
+
+struct IndependentStream : Stream {
+  TKAPClientObject<KAPClientPositionableStream> CreateIndependentlyPositionableStream() override {
+    Note("Create");
+    return KAPNewClient<Stream>();
+  }
+};
+
+struct Filter : Client<KAPClientFilterJPEG> {
+  void Write(const unsigned char*, std::size_t size) override { Note("Write", size); }
+  void Close() override { Note("Close"); }
+  CKAPFilter GetVellumcodeFilter() override { return CKAPFilter::NewIdentityFilter({}); }
+  void SetImageParameters(int w, int h, int c) override { Note("Image", w, h, c); }
+  void SetCompressionParameters(float quality) override { Note("Quality", quality); }
+};
+
+struct Progress : Client<KAPClientProgress> {
+  void Update(float fraction, const char* text, int flag) override { Note(text, fraction, flag); }
+};
+
+const unsigned char kBytes[8] = {};
+unsigned char gBuffer[8];
+
+struct ClientTest : BoundTest {
+  ~ClientTest() override { EXPECT_EQ(TakeHistory() + std::to_string(gLive), "0"); }
+};
+
+TEST_F(ClientTest, Streams) {
+  CKAPPositionableStream stream(Factory::NewClientPositionableStream(KAPNewClient<Stream>()),
+                                KAPAdopt());
+  stream.Write(kBytes, 2);
+  EXPECT_EQ(stream.Read(gBuffer, 8), 1u);
+  EXPECT_EQ(stream.Mark(), 5);
+  stream.Seek(-3, kKAPSeekFromEnd);
+  EXPECT_EQ(TakeHistory(), "Write 2;Read 8;Mark;Seek -3 2;");
+  EXPECT_EQ(Thrown([&] { stream.CreateIndependentlyRewindableStream(); }), kUnknown);
+  stream = CKAPPositionableStream(
+      Factory::NewClientPositionableStream(KAPNewClient<IndependentStream>()), KAPAdopt());
+  stream.CreateIndependentlyRewindableStream().Rewind();
+  CKAPRewindableStream rewindable(Factory::NewClientRewindableStream(KAPNewClient<Stream>()),
+                                  KAPAdopt());
+  rewindable.Rewind();
+  EXPECT_EQ(TakeHistory(), "Create;Seek 0 0;Seek 0 0;");
+  CKAPSimpleStream simple(Factory::NewClientSimpleStream(KAPNewClient<Stream>()), KAPAdopt());
+  EXPECT_EQ(Thrown([&] { CKAPRewindableStream wrong(simple.Handle()); }), kInvalidContainer);
+}
+
+TEST_F(ClientTest, SinksFiltersAndProgress) {
+  const CKAPDataSink sink(KAPNewClient<Filter>());
+  CKAPFilter identity = CKAPFilter::NewIdentityFilter(sink);
+  EXPECT_EQ(identity.PeekTarget().Handle(), sink.Handle());
+  EXPECT_TRUE(identity.IsFilter() && !sink.IsFilter());
+  identity.Write(kBytes, 3);
+  CKAPFilter filter(sink, TKAPClientObject<KAPClientFilter>(KAPNewClient<Filter>()));
+  EXPECT_TRUE(filter.GetVellumcodeFilter().IsFilter());
+  filter.Close();
+  CKAPFilterJPEG jpeg(sink, KAPNewClient<Filter>());
+  jpeg.SetImageParameters(1, 2, 3);
+  jpeg.SetCompressionParameters(0.5f);
+  EXPECT_EQ(TakeHistory(), "Write 3;Close;Image 1 2 3;Quality 0.500000;");
+  CKAPProgress(CKAPProgress(KAPNewClient<Progress>())).Update(0.25f, "at", 7);
+  EXPECT_EQ(TakeHistory(), "at 0.250000 7;");
+}
+
+// What an operation raises becomes the error, and the result place is cleared.
+TEST_F(ClientTest, FailuresBecomeErrors) {
+  using Base = KAPClientPositionableStream;
+  const std::pair<std::function<void()>, const char*> rows[] = {
+      {[] { CKAPError::ThrowError("own", "c", 3); }, "own|c|3"},
+      {[] { throw CKAPError(); }, kUnknown},
+      {[] { throw std::runtime_error("text"); }, "text|TOQ|0"},
+      {[] { throw std::bad_alloc(); }, kOutOfMemory},
+      {[] { throw 1; }, kUnknown}};
+  IndependentStream object;
+  void* const client = KAPClientAddress(&object);
+  for (const auto& [raise, text] : rows) {
+    gFail = raise;
+    std::size_t count = 7;
+    void* created = client;
+    KAPError* const errors[] = {
+        TKAPClientProc<&KAPClientSimpleStream::Read>::Call(&count, client, gBuffer, 8),
+        TKAPClientProc<&KAPClientSimpleStream::Write>::Call(client, kBytes, 1),
+        TKAPClientProc<&Base::CreateIndependentlyPositionableStream>::Call(&created, client)};
+    gFail = nullptr;
+    for (KAPError* error : errors) EXPECT_EQ(Describe(CKAPError(error)), text);
+    EXPECT_EQ(count, 0u);
+    EXPECT_EQ(created, nullptr);
+    EXPECT_EQ(TakeHistory(), "Read 8;Write 1;Create;");
+  }
+}
+
+// An object is deleted when the host cannot be asked to take it.
+TEST_F(ClientTest, TablesThatAreGone) {
+  fHost.RefuseFrom(Call::kProgress, 1);
+  EXPECT_EQ(Thrown([] { CKAPProgress progress; }), "couldn't construct CKAPProgress||0");
+  for (const auto* name :
+       {KAPStreamFactoryInterface::kName, KAPFilterInterface::kName, KAPProgressInterface::kName}) {
+    fHost.HideInterface(name);
+  }
+  MoveCounter(fHost);
+  EXPECT_EQ(Factory::NewClientSimpleStream(KAPNewClient<Stream>()), nullptr);
+  EXPECT_EQ(CKAPDataSink::_NewClientDataSink(KAPNewClient<Filter>()), nullptr);
+  EXPECT_EQ(CKAPProgress::_NewClientProgress(KAPNewClient<Progress>()), nullptr);
+  EXPECT_EQ(Thrown([] { CKAPDataSink sink(KAPNewClient<Filter>()); }), kMissingInterface);
+}
+
+void UseEverything() {
+  const TKAPSharedBuffer<char> buffer(4);
+  const CKAPCacheID id;
+  const CKAPPositionableStream memory;
+  CKAPPositionableStream stream(
+      Factory::NewClientPositionableStream(KAPNewClient<IndependentStream>()), KAPAdopt());
+  stream.CreateIndependentlyPositionableStream().Write(kBytes, 1);
+  CKAPFilterJPEG jpeg(CKAPDataSink(), KAPNewClient<Filter>());
+  jpeg.GetVellumcodeFilter().Write(kBytes, 1);
+  CKAPProgress(KAPNewClient<Progress>()).Update(0, "", 0);
+}
+
+// Whichever call the host refuses: it is told, and nothing is kept on either side.
+TEST(ClientFaultTest, EachCallRefused) {
+  bool refused = true;
+  for (unsigned long n = 1; refused; ++n) {
+    TestHost host;
+    ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+    host.Refuse(Call::kAny, n);
+    const std::string thrown = Thrown(&UseEverything);
+    refused = host.Fired();
+    EXPECT_EQ(!thrown.empty(), refused) << n << " " << thrown;
+    EXPECT_EQ(gLive, 0) << n;
+    KAPClientTerminate();
+  }
+  TakeHistory();
+}
+
+}  // namespace

@@ -1,0 +1,100 @@
+#include <stdexcept>
+
+#include "RuntimeTest.h"
+
+// A component's own caches, and how the host is told of them.
+
+namespace {
+
+using namespace KAP_T_MT;
+
+std::string gHistory;
+
+// With + and - for what the host was told of the caches.
+std::string TakeHistory() {
+  for (const auto& [method, text] : HostTap::TakeCalls()) {
+    if (method == "AddClientPurge") gHistory += "+";
+    if (method == "RemoveClientPurge") gHistory += "-";
+  }
+  return std::exchange(gHistory, "");
+}
+
+// A cache, and another member of the same rounds to see who comes first.
+struct Cache : CKAPStaticCacheBase {
+  explicit Cache(const char* name, bool throws = false) : fName(name), fThrows(throws) {}
+  void Clear() override {
+    gHistory += "C" + fName;
+    if (fThrows) throw std::runtime_error("cannot clear " + fName);
+  }
+  void Kill() noexcept override { gHistory += "K" + fName; }
+
+  std::string fName;
+  bool fThrows;
+};
+
+struct Member : LazyTerminate {
+  bool Initialize() override {
+    gHistory += CKAPStaticCacheBase::IsAccepting() ? "too late" : "I";
+    return true;
+  }
+  void Terminate() override { gHistory += "T"; }
+  void Kill() noexcept override { gHistory += "K"; }
+};
+
+struct StaticCacheTest : HostTest {
+  ~StaticCacheTest() override { KAPClientTerminate(); }
+  void Purge() { fHost.Call<KAPCacheInterface, "PurgeAllStaticCaches">(); }
+
+  HostTap fTap{fHost};
+};
+
+// One that cannot be cleared does not keep the others from it.
+TEST_F(StaticCacheTest, BoundAndUnboundInOrder) {
+  const Cache first("1"), second("2", true);
+  const Member member;
+  EXPECT_TRUE(KAPClientInit(&HostTap::GetProc));
+  EXPECT_EQ(TakeHistory(), "I+");
+  EXPECT_TRUE(CKAPStaticCacheBase::IsAccepting());
+  Purge();
+  EXPECT_EQ(TakeHistory() + fHost.TakeReport(), "C2C1cannot clear 2");
+  KAPClientTerminate();
+  EXPECT_EQ(TakeHistory() + fHost.TakeReport(), "C2C1T-cannot clear 2");
+  EXPECT_FALSE(CKAPStaticCacheBase::IsAccepting());
+  Purge();
+  KAPClientKill();
+  EXPECT_EQ(TakeHistory(), "K2K1K");
+}
+
+// The host knows them exactly while there are any.
+TEST_F(StaticCacheTest, ComingAndGoing) {
+  ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
+  {
+    const Cache last("1");
+    { const Cache between("2"), top("3"); }
+    Purge();
+    EXPECT_EQ(TakeHistory(), "C1+");
+  }
+  EXPECT_EQ(TakeHistory(), "-");
+}
+
+TEST_F(StaticCacheTest, WithoutTheCacheInterface) {
+  const Member member;
+  fHost.HideInterface(KAPCacheInterface::kName);
+  {
+    const Cache cache("1");
+    EXPECT_EQ(Thrown([] { KAPClientInit(&HostTap::GetProc); }), kMissingProcedure);
+    EXPECT_FALSE(CKAPStaticCacheBase::IsAccepting());
+    KAPClientTerminate();  // the way back
+  }
+  EXPECT_EQ(TakeHistory(), "IC1T");
+  ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));  // no cache, nothing missed
+  EXPECT_EQ(Thrown([] { Cache("2"); }), kMissingProcedure);
+  fHost.StopRefusing();
+  const Cache cache("3");
+  fHost.HideInterface(KAPCacheInterface::kName);
+  MoveCounter(fHost);
+  KAPClientTerminate();  // a host that has lost its caches does not keep the component
+  EXPECT_EQ(TakeHistory(), "IC3T+");
+}
+
+}  // namespace

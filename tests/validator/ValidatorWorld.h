@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "POSValidator.h"
+#include "World.h"
+
+// How a validation ends: {"valid"}, the messages, or {"! report"} when it could not be made.
+using Outcome = std::vector<std::string>;
+
+// A world with short ways to the procedures of validators.
+class ValidatorWorld : public World {
+ public:
+  Object Validator(const Object& schema) const;
+  Object Validator(const char* schema) const { return Validator(Read(schema)); }
+  void RegisterCallback(const Object& validator, const char* typeName,
+                        KAP_T_MT::POSExtraValidationProc callback,
+                        void* clientData = nullptr) const;
+
+  Outcome Validate(const Object& validator, const char* typeName, const Object& object);
+  // With a validator for this once, whose answer must be the same when nobody hears the messages.
+  Outcome Check(const std::string& schema, const char* typeName, const Object& object);
+  Outcome Check(const std::string& schema, const char* typeName, const char* object) {
+    return Check(schema, typeName, Read(object));
+  }
+  // As above, but what is thrown is {"thrown: ..."}.
+  Outcome CheckSchema(const Object& schema);
+
+  // Hears messages; on each thread its own.
+  static void Hear(const char* message) { gHeard.emplace_back(message); }
+  static Outcome TakeHeard() { return std::exchange(gHeard, {}); }
+
+ private:
+  Outcome OutcomeOf(bool valid);
+
+  static thread_local Outcome gHeard;
+};
+
+class ValidatorTest : public ::testing::Test, protected ValidatorWorld {};

@@ -1,0 +1,107 @@
+#include <cstring>
+
+#include "ValidatorWorld.h"
+
+// Extra validations.
+
+namespace {
+
+using namespace KAP_T_MT;
+
+const Outcome kValid = {"valid"};
+
+class CallbackTest : public ::testing::Test, public ValidatorWorld {
+ public:
+  CallbackTest() { gWorld = this; }
+
+  static char* Bytes(KAPSharedBuffer* buffer) {
+    return reinterpret_cast<char*>(gWorld->Call<KAPSharedBuffInterface, "GetBuffer">(buffer));
+  }
+  // Refuses everything, with the text that the client data are.
+  static long Refuse(POSObject*, KAPStringAtom*, KAPSharedBuffer* buffer, void* text) {
+    std::strcpy(Bytes(buffer), static_cast<const char*>(text));
+    return 0;
+  }
+  static void* Text(const char* text) { return const_cast<char*>(text); }
+
+  // Adds what it is given to the text that the client data are; the number 13 does not pass.
+  static long Write(POSObject* object, KAPStringAtom* type, KAPSharedBuffer* buffer, void* text) {
+    const std::string shown = gWorld->Show(object);
+    *static_cast<std::string*>(text) += gWorld->Strings<"GetCString">(type) + (" " + shown + ";");
+    const std::size_t size = gWorld->Call<KAPSharedBuffInterface, "GetSize">(buffer);
+    EXPECT_EQ(std::string(Bytes(buffer), size), std::string(1024, '\0'));
+    return shown == "13" ? 0 : -1;
+  }
+
+  static CallbackTest* gWorld;
+};
+
+CallbackTest* CallbackTest::gWorld = nullptr;
+
+TEST_F(CallbackTest, AfterASuccessfulCheckOfTheType) {
+  const Object validator = Validator(
+      "< L < category array membertype N > N < category int max 20 > K < category string >"
+      "  D < category dict keytype K valuetype N > U < category union set [string N] > >");
+  std::string calls;
+  for (const char* type : {"N", "L", "K", "int", "any", "string"}) {
+    RegisterCallback(validator, type, &Write, &calls);
+  }
+  const auto callsOf = [&](const char* type, const char* object, const Outcome& outcome) {
+    calls.clear();
+    EXPECT_EQ(Validate(validator, type, Read(object)), outcome);
+    return calls;
+  };
+  EXPECT_EQ(callsOf("L", "[1 2]", kValid), "N 1;N 2;L [1 2];");
+  EXPECT_EQ(
+      callsOf("L", "[1 21 13]", (Outcome{"[1]: Number above maximum value 20.000000", "[2]: "})),
+      "N 1;N 13;");
+  EXPECT_EQ(callsOf("D", "< a 1 >", kValid), "K \"a\";N 1;");
+  EXPECT_EQ(callsOf("U", "1", kValid), "N 1;");
+  EXPECT_EQ(callsOf("int", "1", kValid), "");
+  EXPECT_EQ(callsOf("any", "1", kValid), "");
+}
+
+TEST_F(CallbackTest, ALaterOneReplaces) {
+  const Object validator = Validator("< N < category int > >");
+  const Object one = Number(1);
+  RegisterCallback(validator, "N", &Refuse, Text("first"));
+  RegisterCallback(validator, "N", &Refuse, Text("second"));
+  EXPECT_EQ(Validate(validator, "N", one), Outcome{"second"});
+  RegisterCallback(validator, "N", nullptr);
+  EXPECT_EQ(Validate(validator, "N", one), kValid);
+
+  // In the middle of its own call.
+  const auto replace = [](POSObject*, KAPStringAtom* typeName, KAPSharedBuffer* buffer,
+                          void* self) {
+    gWorld->Call<POSStructValidatorInterface, "RegisterCallbackProc">(
+        static_cast<KAPContainer*>(self), typeName, &Refuse, Text("third"));
+    return Refuse(nullptr, typeName, buffer, Text("replaced"));
+  };
+  RegisterCallback(validator, "N", replace, validator.get());
+  EXPECT_EQ(Validate(validator, "N", one), Outcome{"replaced"});
+  EXPECT_EQ(Validate(validator, "N", one), Outcome{"third"});
+}
+
+// A reason that fills the buffer, with or without a terminator, and one in a context that makes it
+// too long.
+TEST_F(CallbackTest, ReasonsAreCut) {
+  const auto fill = [](POSObject*, KAPStringAtom*, KAPSharedBuffer* buffer, void* size) {
+    std::memset(Bytes(buffer), 'x', *static_cast<std::size_t*>(size));
+    return 0l;
+  };
+  const Object validator = Validator("< N < category int > L < category array membertype N > >");
+  for (std::size_t size : {1022u, 1023u, 1024u}) {
+    RegisterCallback(validator, "N", fill, &size);
+    EXPECT_EQ(Validate(validator, "N", Number(1)),
+              Outcome{std::string(std::min<std::size_t>(size, 1023), 'x')});
+    EXPECT_EQ(Validate(validator, "L", Read("[1]")), Outcome{"[0]: " + std::string(1018, 'x')});
+  }
+  const std::string name(2000, 'n');
+  const Object schema = Read("<>");
+  Put(schema, name.c_str(), schema);
+  EXPECT_EQ(Validate(Validator(schema), name.c_str(), Number(1)),
+            Outcome{("! Malformed schema definition for " + name).substr(0, 1025)});
+  Remove(schema, name.c_str());
+}
+
+}  // namespace

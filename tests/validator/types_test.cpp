@@ -1,0 +1,129 @@
+#include <cmath>
+#include <fstream>
+
+#include "ValidatorWorld.h"
+
+// What each type accepts, and what is said about the rest: whole outcomes, in their order.
+
+namespace {
+
+using namespace KAP_T_MT;
+
+const Outcome kValid = {"valid"};
+
+class TypesTest : public ValidatorTest {
+ protected:
+  // The type, or T when it is a definition.
+  Outcome CheckOne(const std::string& type, const Object& object) {
+    const bool defined = type.find(' ') != std::string::npos;
+    return Check("< T < " + (defined ? type : std::string()) +
+                     " >"
+                     "  NoDict int Text2 < category string maxlen 2 > Max2 < category real max 2 >"
+                     "  Max1 < category real max 1 maxexcl 2 > None < category union >"
+                     "  Entry < category dict keytype string valuetype Item >"
+                     "  Item < category int max 10 > List < category array membertype Entry > >",
+                 defined ? "T" : type.c_str(), object);
+  }
+};
+
+std::vector<std::string> Split(std::string text, const std::string& separator) {
+  std::vector<std::string> parts;
+  for (std::size_t end = 0; (end = text.find(separator)) != std::string::npos;) {
+    parts.push_back(text.substr(0, end));
+    text.erase(0, end + separator.size());
+  }
+  parts.push_back(text);
+  return parts;
+}
+
+TEST_F(TypesTest, Cases) {
+  std::ifstream file(VALIDATOR_CASES);
+  int cases = 0;
+  for (std::string row; std::getline(file, row);) {
+    if (row.empty() || row[0] == '#') continue;
+    SCOPED_TRACE(row);
+    const std::vector<std::string> parts = Split(row, " | ");
+    ASSERT_EQ(parts.size(), 3u);
+    const Object object = Read(parts[1].c_str());
+    const Outcome outcome = parts[0] == "schema" ? CheckSchema(object) : CheckOne(parts[0], object);
+    if (parts[2] == "faulty") {
+      EXPECT_TRUE(!outcome.empty() && outcome != kValid);
+    } else {
+      EXPECT_EQ(outcome, parts[2] == "invalid" ? Outcome() : Split(parts[2], "; "));
+    }
+    ++cases;
+  }
+  EXPECT_GT(cases, 120);
+}
+
+TEST_F(TypesTest, UndefinedTypes) {
+  const auto outcomeFor = [this](const std::string& name) {
+    const Object schema = Read("< A < category dict > >");
+    Put(Get(schema, "A"), "valuetype", Own(Call<POSStringInterface, "NewPOSString">(name.c_str())));
+    return CheckSchema(schema).front();
+  };
+  const std::string context =
+      "A (value, type != TypeDefn): Not a valid union type: Trying DictDefn: "
+      "valuetype (optional, type != TypeName): ";
+  EXPECT_EQ(outcomeFor("Widget"), context + "Cannot locate definition of type Widget");
+  // The reason has 1024 bytes of room, and its context shares them.
+  const std::string name(990, 'n');
+  EXPECT_EQ(outcomeFor(name),
+            (context + "Cannot locate definition of type " + name).substr(0, 1023));
+  EXPECT_EQ(outcomeFor(name + 'n'), context + "Caught exception: Error buffer too small");
+}
+
+// Which of one object of each kind an intrinsic type accepts (number, string, Unicode string, binary
+// data, pointer, array, dictionary). The schema's own entry of that name is never asked.
+TEST_F(TypesTest, IntrinsicTypes) {
+  const struct {
+    const char *type, *accepted, *name;
+  } rows[] = {{"any", "xxxxxxx", ""},
+              {"real", "x......", "REAL"},
+              {"string", ".x.....", "STRING"},
+              {"unicodestring", "..x....", "UNICODESTRING"},
+              {"bindata", "...x...", "BINDATA"},
+              {"rawptr", "....x..", "RAWPTR"},
+              {"kapobjref", "....x..", "OBJREF"},
+              {"qnbaseobjref", "....x..", "OBJREF"},
+              {"kaperrorobjref", "....x..", "OBJREF"}};
+  const std::vector<Object> objects = OneOfEachKind();
+  for (const auto& row : rows) {
+    const std::string schema = std::string("< ") + row.type + " < category int min 99 > >";
+    const std::string refusal = std::string("Expected ") + row.name + " was of invalid type";
+    for (std::size_t kind = 0; kind < objects.size(); ++kind) {
+      EXPECT_EQ(Check(schema, row.type, objects[kind]),
+                row.accepted[kind] == 'x' ? kValid : Outcome{refusal})
+          << row.type << kind;
+    }
+  }
+}
+
+// What text notation cannot say.
+TEST_F(TypesTest, OtherObjects) {
+  for (double value : {double(NAN), double(INFINITY), -double(INFINITY), 1e300}) {
+    EXPECT_EQ(CheckOne("int", Number(value)), Outcome{"INT was not a whole number"});
+    EXPECT_EQ(CheckOne("bool", Number(value)), Outcome{"BOOL was a number unequal to zero or one"});
+  }
+  EXPECT_EQ(CheckOne("bool", Number(-0.0)), kValid);
+  EXPECT_EQ(CheckOne("category real min 1 max 0 minexcl 1 maxexcl 0", Number(NAN)), kValid);
+  const Object schema = Read("< T < category real > >");
+  Put(Get(schema, "T"), "min", Number(1e308));
+  EXPECT_EQ(Validate(Validator(schema), "T", Number(0)).front().size(), 27u + 309 + 7);
+
+  const Object data = BinData("png", "abc");
+  EXPECT_EQ(CheckOne("category bindata minlen 3 maxlen 3 oneof [gif png]", data), kValid);
+  EXPECT_EQ(CheckOne("category bindata minlen 4 maxlen 2 oneof [gif]", data),
+            (Outcome{"String length below mininum value 4", "String length above maximum value 2",
+                     "TypeName is not one of the enumerated values"}));
+  const Object pointer = RawPointer(this, [](void*) {});
+  for (const std::string type : {"rawptr", "kapobjref", "qnbaseobjref", "kaperrorobjref"}) {
+    EXPECT_EQ(CheckOne("category " + type, pointer), kValid);
+  }
+  const Object array = Read("[1]");
+  Call<POSArrayInterface, "SetAt">(array.get(), 2ul, Number(1).get());
+  EXPECT_EQ(CheckOne("category array membertype any", array),
+            Outcome{"! CPOSArray::GetAt subscript failed"});
+}
+
+}  // namespace
