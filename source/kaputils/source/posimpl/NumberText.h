@@ -8,8 +8,7 @@ namespace NPOSObjectImpl {
 
 constexpr std::size_t kNumberTextSize = 64;  // holds every number that WriteNumber writes
 
-// Writes what "%.32g" gives in the C locale, without a terminator; returns the end. All of the place
-// may be written.
+// Writes what "%.32g" gives in the C locale, without a terminator; returns the end.
 char* WriteNumber(double value, char* text) noexcept;
 
 // What strtod gives in the C locale: the value of the longest part that is a number, 0 when there

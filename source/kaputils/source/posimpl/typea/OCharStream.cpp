@@ -31,6 +31,8 @@ void OCharStream::PutText(const char* text) {
   }
 }
 
+void OCharStream::PutAcrossBlocks(std::string_view text) { PutRaw(text); }
+
 void OCharStream::PutEscaped(char ch, char letter) {
   PutRaw('\\');
   if (letter != StreamParams::kOctal) return PutRaw(letter);

@@ -33,6 +33,9 @@ class OCharStream final : public CharStream {
   void PutRaw(std::string_view text) {
     for (const char ch : text) PutRaw(ch);
   }
+  void PutRaw(char ch, std::size_t count) {
+    for (; count > 0; --count) PutRaw(ch);
+  }
 
   // The same, written in place: `write` puts at most `kSize` characters at the place that it is
   // given and returns their end.
@@ -42,13 +45,15 @@ class OCharStream final : public CharStream {
       fUsed = static_cast<std::size_t>(write(fBytes + fUsed) - fBytes);
     } else {
       char text[kSize];
-      PutRaw(std::string_view(text, write(text)));
+      PutAcrossBlocks(std::string_view(text, write(text)));
     }
   }
 
  private:
-  void PutEscaped(char ch, char letter);
-  void Flush();
+  // Out of line, so that the ordinary case needs no registers saved.
+  [[gnu::noinline]] void PutAcrossBlocks(std::string_view text);
+  [[gnu::noinline]] void PutEscaped(char ch, char letter);
+  [[gnu::noinline]] void Flush();
 
   KAP_T_MT::CKAPPositionableStream fStream;
   const KAP_T_MT::TKAPSharedBuffer<char> fBuffer{kCapacity};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 namespace NPOSStreamerImpl::NTypeAImpl {
@@ -12,7 +13,9 @@ struct EscapePair {
 };
 
 constexpr bool IsWhitespace(char c) noexcept {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+  constexpr std::uint64_t kWhitespace = 1ULL << ' ' | 1ULL << '\t' | 1ULL << '\n' | 1ULL << '\r';
+  const auto code = static_cast<unsigned char>(c);
+  return code <= ' ' && (kWhitespace >> code & 1) != 0;
 }
 
 // The rules inside a construct: what ends it and what is escaped in it. A constant per kind of

@@ -59,11 +59,13 @@ bool ReadQuickNumber(ICharStream& in, double* value) noexcept {
   if (atHand.size() < kMaxQuickDigits + 2) return false;
   const char* const begin = atHand.data();
   const char* const first = *begin == '-' ? begin + 1 : begin;
+  const char* const limit = first + kMaxQuickDigits;
   const char* cursor = first;
   std::int64_t digits = 0;
-  for (; *cursor >= '0' && *cursor <= '9'; ++cursor) {
-    if (cursor - first == kMaxQuickDigits) return false;
-    digits = digits * 10 + (*cursor - '0');
+  for (; cursor != limit; ++cursor) {
+    const unsigned digit = static_cast<unsigned char>(*cursor) - unsigned{'0'};
+    if (digit > 9) break;
+    digits = digits * 10 + digit;
   }
   if (cursor == first || !IsWhitespace(*cursor)) return false;
   in.Skip(static_cast<std::size_t>(cursor + 1 - begin));

@@ -1,6 +1,8 @@
 // How values are written.
 
+#include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <iterator>
 
 #include "NestingGuard.h"
@@ -84,15 +86,17 @@ void TypeAStreamer::WriteContent(OCharStream& out, int type, const BaseObject& o
   }
 }
 
+// Few tabs, the ordinary case, come with the line feed in one copy.
 void TypeAStreamer::NewLine(OCharStream& out) const {
-  constexpr std::size_t kFewTabs = 15;
-  std::size_t tabs = static_cast<std::size_t>(fLevel);
-  out.PutInPlace<1 + kFewTabs>([&](char* place) {
-    *place++ = '\n';
-    for (; tabs > 0 && tabs <= kFewTabs; --tabs) *place++ = '\t';
-    return place;
+  static constexpr char kLine[] = "\n\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t";
+  constexpr std::size_t kSize = sizeof kLine - 1;
+  const std::size_t length = 1 + static_cast<std::size_t>(fLevel);
+  out.PutInPlace<kSize>([=](char* place) {
+    std::memcpy(place, kLine, kSize);
+    return place + std::min(length, kSize);
   });
-  for (; tabs > 0; --tabs) out.PutRaw('\t');
+  if (length > kSize) [[unlikely]]
+    out.PutRaw('\t', length - kSize);
 }
 
 // Nothing in a number's text needs an escape, wherever it stands.
