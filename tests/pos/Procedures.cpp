@@ -20,8 +20,25 @@ Object SubjectOf(const World& world, std::string_view interfaceName, const Objec
   if (interfaceName == POSDictIteratorInterface::kName) {
     return world.Own(world.Call<POSDictIteratorInterface, "NewPOSDictIterator">(dict.get()));
   }
+  if (interfaceName == POSStreamerInterface::kName) {
+    return world.Own(world.Call<POSStreamerInterface, "NewPOSStreamer">());
+  }
   world.Containers<"AddRef">(dict.get());
   return world.Own(dict.get());
+}
+
+Object OtherOf(const World& world, std::string_view method) {
+  constexpr std::string_view kDocument =
+      "POSStreamerTypeA_Version1.0 <\"a\"[#1 `0041`{\"t\"#1 ff}]>";
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(kDocument.data());
+  KAPContainer* stream = nullptr;
+  if (method == "Serialize")
+    world.Do<KAPStreamFactoryInterface, "NewPositionableMemoryStream">(&stream);
+  if (method == "Deserialize")
+    world.Do<KAPStreamFactoryInterface, "NewPositionableBufferStream">(&stream, bytes,
+                                                                       kDocument.size());
+  if (stream) return world.Own(stream);
+  return method == "IsEqual" ? world.Read(kDict) : world.Number(7);
 }
 
 }  // namespace
@@ -30,7 +47,8 @@ Given::Given(const World& world, std::string_view interfaceName, std::string_vie
     : fWorld(world),
       fDict(world.Read(kDict)),
       fSubject(SubjectOf(world, method == "NewPOSDictIterator" ? "" : interfaceName, fDict)),
-      fOther(method == "IsEqual" ? world.Read(kDict) : world.Number(7)),
+      fOther(OtherOf(world, method)),
+      fThird(method == "Serialize" ? fDict.get() : fOther.get()),
       fWatched(world.Own(nullptr)),
       fKey(world.Key(method == "DeepGet" ? "a.b[0]"
                      : method == "Put"   ? "new"
@@ -38,10 +56,13 @@ Given::Given(const World& world, std::string_view interfaceName, std::string_vie
       fNumber(method == "NewPOSBinData" ? 3
               : method == "SetAt"       ? 9
                                         : 0),
-      fText(method == "CreateFromText" ? kDict : "text") {
+      fText(method == "CreateFromText" ? kDict
+            : method == "Serialize"    ? nullptr
+                                       : "text") {
   gReleased = 0;
-  const bool isIterator =
-      interfaceName == POSDictIteratorInterface::kName && method != "NewPOSDictIterator";
-  fWatched.reset(isIterator ? fDict.get() : fSubject.get());
+  const bool isObject =
+      method == "NewPOSDictIterator" || (interfaceName != POSDictIteratorInterface::kName &&
+                                         interfaceName != POSStreamerInterface::kName);
+  fWatched.reset(isObject ? fSubject.get() : fDict.get());
   world.Containers<"AddRef">(fWatched.get());
 }

@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "POSStreamer.h"
 #include "World.h"
 
 // Every registered procedure of property objects, called from its declaration alone, so that one
@@ -38,6 +39,7 @@ class Given {
   Object fDict;
   Object fSubject;
   Object fOther;
+  KAPContainer* fThird;
   Object fWatched;
   OwnedAtom fKey;
   unsigned long fNumber = 0;
@@ -54,7 +56,7 @@ T Given::Argument(std::size_t position) {
   const bool bad = position == fBadPosition;
   if constexpr (std::is_same_v<T, KAPContainer*>) {
     if (bad) return fBadHandle;
-    return position == 0 ? fSubject.get() : fOther.get();
+    return position == 0 ? fSubject.get() : position == 1 ? fOther.get() : fThird;
   } else if constexpr (std::is_same_v<T, double>) {
     return 1.5;
   } else if constexpr (std::is_same_v<T, unsigned long>) {
@@ -101,7 +103,9 @@ struct Procedure {
   template <std::size_t Position>
   static constexpr bool Needs() {
     using T = typename Types::template Arg<Position>;
-    if (std::is_same_v<T, const char*>) return !kMethod.starts_with("DebugDump");
+    if (std::is_same_v<T, const char*>) {
+      return !kMethod.starts_with("DebugDump") && kMethod != "Serialize";
+    }
     return std::is_same_v<T, KAPContainer*> || std::is_same_v<T, KAPStringAtom*> ||
            std::is_same_v<T, const unsigned char*> || std::is_same_v<T, const unsigned short*>;
   }
@@ -139,8 +143,8 @@ void ForEachProcedure(Visitor visit) {
     (visitAll(static_cast<const Interfaces*>(nullptr)), ...);
   };
   visitEach(
-      static_cast<const std::tuple<POSObjectInterface, POSObjectStatics, POSNumberInterface,
-                                   POSStringInterface, POSUnicodeStringInterface,
-                                   POSBinDataInterface, POSRawPointerInterface, POSArrayInterface,
-                                   POSDictInterface, POSDictIteratorInterface>*>(nullptr));
+      static_cast<const std::tuple<
+          POSObjectInterface, POSObjectStatics, POSNumberInterface, POSStringInterface,
+          POSUnicodeStringInterface, POSBinDataInterface, POSRawPointerInterface, POSArrayInterface,
+          POSDictInterface, POSDictIteratorInterface, POSStreamerInterface>*>(nullptr));
 }

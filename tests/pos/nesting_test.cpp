@@ -1,8 +1,7 @@
-#include <pthread.h>
-
 #include <csignal>
 #include <functional>
 
+#include "Threads.h"
 #include "World.h"
 
 // Nesting far deeper than any stack carries: the answer is an error that says so, or the result,
@@ -83,20 +82,6 @@ std::string Brackets(int levels) {
   return OpenBrackets(levels) + std::string(static_cast<std::size_t>(levels), ']');
 }
 
-void OnThread(std::size_t stackSize, std::function<void()> body) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, stackSize), 0);
-  pthread_t thread;
-  const auto run = [](void* argument) -> void* {
-    (*static_cast<std::function<void()>*>(argument))();
-    return nullptr;
-  };
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
-}
-
 TEST_F(NestingTest, AMillionLevels) {
   std::string alternating;
   for (int i = 0; i < kMillion / 2; ++i) alternating += "[<a";
@@ -138,7 +123,7 @@ TEST_F(NestingTest, SmallAndLargeStacks) {
     SCOPED_TRACE(std::to_string(row.stackSize) + " bytes, " + std::to_string(row.levels));
     Object object = Alternating(row.levels);
     const std::string text = Brackets(row.levels);
-    OnThread(row.stackSize, [&] {
+    RunOnStack(row.stackSize, [&] {
       CloneCompareAndRead(object, text, row.mustSucceed);
       object.reset();
     });

@@ -1,0 +1,16 @@
+#include "Harness.h"
+
+// Deep paths into one dictionary: nothing is reported, and a path leads where it led before, with
+// its leading point or without.
+KAP_FUZZ_TARGET(input, harness) {
+  using namespace KAP_T_MT;
+  const CPOSDict dict(
+      CPOSObject::CreateFromText("< a < b [10 [20 <c 3>] (x)] > () < b 1 > (x]) 2 (e f) [[[4]]] >",
+                                 nullptr),
+      false);
+  const std::string path(input.substr(0, input.find('\0')));
+  const CPOSObject found = dict.DeepGet(path.c_str(), true);
+  const CPOSObject again = dict.DeepGet((path.starts_with('.') ? path : "." + path).c_str(), true);
+  Harness::Expect(found.Handle() == again.Handle(), "a path leads to one place");
+  Harness::Expect(harness.TakeReports().empty(), "nothing is reported");
+}

@@ -1,0 +1,158 @@
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "Harness.h"
+#include "POSValidator.h"
+
+// Objects against schemas: the input is read as a series of choices that make both. A few choices
+// are faults, so that schemas are wrong in every way now and then.
+
+namespace {
+
+using namespace KAP_T_MT;
+using Texts = std::vector<std::string>;
+
+class Maker {
+ public:
+  explicit Maker(std::string_view choices) : fChoices(choices) {}
+
+  std::string Schema() {
+    std::string schema = "<";
+    for (const char* name : {"A", "B", "C", "D"}) schema += std::string(" ") + name + Definition();
+    return schema + " >";
+  }
+
+  std::string Object(int depth = 0) {
+    switch (Choose(depth < 5 ? 7 : 4)) {
+      case 0:
+        return Pick({"0", "1", "2", "-3", "4.5", "3000000000", "100000000000000000000"});
+      case 1:
+        return "`0041" + std::string(Choose(2) ? "0042`" : "`");
+      case 2:
+        return Pick({"()", "false"});
+      case 3:
+        return Word();
+      case 4:
+      case 5:
+        return "[" + Series([&] { return Object(depth + 1); }) + "]";
+      default:
+        return "<" + Series([&] { return Word() + " " + Object(depth + 1); }) + ">";
+    }
+  }
+
+ private:
+  std::string Definition() {
+    std::string definition = " < category " + Category();
+    definition += Series([&] { return Attribute(); });
+    return definition + " >";
+  }
+  std::string Category() {
+    return Pick({"int", "real", "string", "unicodestring", "bindata", "array", "array", "dict",
+                 "dict", "union", "intersection", "rawptr", "objref", "nothing"});
+  }
+  std::string Attribute() {
+    switch (Choose(10)) {
+      case 0:
+        return Pick({"min ", "max ", "minexcl ", "maxexcl "}) + Object(9);
+      case 1:
+        return Pick({"minlen ", "maxlen "}) + Pick({"0", "1", "2.5", "-1", "99999999999"});
+      case 2:
+        return "illegalchars " + Word();
+      case 3:
+        return "oneof [" + Series([&] { return Word(); }) + "]";
+      case 4:
+        return "membertype " + TypeName();
+      case 5:
+        return "membertype [" + Series([&] { return TypeName(); }) + "]";
+      case 6:
+        return "set [" + Series([&] { return TypeName(); }) + "]";
+      case 7:
+        return Pick({"keytype ", "valuetype "}) + TypeName();
+      case 8:
+        return Pick({"min ", "oneof ", "set ", "required ", "keytype "}) + Object(4);
+      default:
+        return Pick({"required <", "optional <"}) +
+               Series([&] { return Word() + " " + TypeName(); }) + ">";
+    }
+  }
+  std::string TypeName() {
+    return Pick({"A", "B", "C", "D", "int", "real", "string", "any", "bool", "unicodestring", "E"});
+  }
+  std::string Word() { return Pick({"a", "b", "c", "abc", "true", "(a b)"}); }
+
+  template <class Make>
+  std::string Series(Make make) {
+    std::string series;
+    for (unsigned left = Choose(5); left > 0; --left) series += " " + make() + " ";
+    return series;
+  }
+  std::string Pick(std::initializer_list<const char*> texts) {
+    return texts.begin()[Choose(static_cast<unsigned>(texts.size()))];
+  }
+  // The first of them when the input has come to its end.
+  unsigned Choose(unsigned count) {
+    if (fChoices.empty()) return 0;
+    const auto choice = static_cast<unsigned char>(fChoices.front());
+    fChoices.remove_prefix(1);
+    return choice % count;
+  }
+
+  std::string_view fChoices;
+};
+
+Texts gMessages;
+void Receive(const char* message) { gMessages.emplace_back(message); }
+
+long Pass(POSObject*, KAPStringAtom*, KAPSharedBuffer*, void*) { return 1; }
+
+struct Outcome {
+  bool fValid;
+  Texts fMessages;
+  Texts fReports;
+  friend bool operator==(const Outcome&, const Outcome&) = default;
+};
+
+Outcome Check(Harness& harness, const CPOSStructValidator& validator, const CPOSObject& object) {
+  gMessages.clear();
+  const bool valid = validator.Validate(object, "A", &Receive);
+  Outcome outcome{valid, gMessages, harness.TakeReports()};
+  // The other way round there is an exception: an empty union accepts nothing and gives no reason.
+  Harness::Expect(!valid || (outcome.fMessages.empty() && outcome.fReports.empty()),
+                  "nothing is said about a valid object");
+  return outcome;
+}
+
+// Whether the schema is one; raising says that it is none.
+bool IsSchema(const CPOSDict& schema) {
+  try {
+    return CPOSStructValidator::ValidateSchema(schema, nullptr);
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+KAP_FUZZ_TARGET(input, harness) {
+  Maker maker(input);
+  const std::string schemaText = maker.Schema();
+  const CPOSDict schema(CPOSObject::CreateFromText(schemaText.c_str(), nullptr), false);
+  const CPOSObject object = CPOSObject::CreateFromText(maker.Object().c_str(), nullptr);
+  Harness::Expect(!object.IsNull(), "an object is made");
+
+  CPOSStructValidator validator(schema);
+  const Outcome outcome = Check(harness, validator, object);
+  Harness::Expect(Check(harness, validator, object) == outcome, "checking changes nothing");
+  for (const char* type : {"A", "B", "C", "D"})
+    validator.RegisterCallbackProc(type, &Pass, nullptr);
+  Harness::Expect(Check(harness, validator, object) == outcome,
+                  "what always passes changes nothing");
+
+  const bool hasObjRef = schemaText.find("objref") != std::string::npos;
+  if (!IsSchema(schema) || hasObjRef) return;
+  const bool isSound = std::all_of(
+      outcome.fReports.begin(), outcome.fReports.end(),
+      [](const std::string& report) { return report.find("deep") != std::string::npos; });
+  Harness::Expect(isSound, "a schema that was checked leads to no report but that of a cycle");
+}

@@ -1,0 +1,118 @@
+#include "StreamerWorld.h"
+#include "Threads.h"
+
+// What goes wrong outside the document, and documents that would ask for too much.
+
+namespace {
+
+using namespace KAP_T_MT;
+using HostCall = KAPHost::Call;
+
+class FailingTest : public StreamerTest {
+ protected:
+  // Writes and reads with the nth call refused, alone or with all after it. Reading gives all or
+  // nothing, writing the beginning of the document; there is a report exactly if there was
+  // something to refuse, which is the result. False also after a failure of the test.
+  bool Refused(HostCall kind, unsigned long n, bool andAllAfterIt) {
+    SCOPED_TRACE(testing::Message() << "kind " << static_cast<int>(kind) << ", call " << n);
+    const BalancedScope balanced(*this);
+    const Object out = NewMemory();
+    const Object in = NewBuffer(fDocument);
+    andAllAfterIt ? RefuseFrom(kind, n) : Refuse(kind, n);
+    Serialize(out, fObject);
+    const Object object = Deserialize(in);
+    const bool fired = Fired();
+    StopRefusing();
+    const std::string written = Contents(out);
+    EXPECT_TRUE(fDocument.starts_with(written)) << written;
+    EXPECT_TRUE(!object || IsEqual(object, fObject));
+    EXPECT_EQ(fired, !object || written != fDocument);
+    EXPECT_EQ(fired, !TakeReports().empty());
+    return fired && !HasFailure();
+  }
+
+  const Object fObject = Everything();
+  const std::string fDocument = Document(fObject);
+};
+
+TEST_F(FailingTest, NthCallOfTheHostFails) {
+  const std::pair<HostCall, unsigned long> rows[] = {
+      // with so many calls at least
+      {HostCall::kRead, 30},  {HostCall::kWrite, 4},  {HostCall::kMark, 1},
+      {HostCall::kSeek, 1},   {HostCall::kBuffer, 2}, {HostCall::kContainer, 10},
+      {HostCall::kBlock, 10}, {HostCall::kAny, 100}};
+  for (const auto& [kind, calls] : rows) {
+    for (const bool andAllAfterIt : {false, true}) {
+      unsigned long n = 1;
+      while (Refused(kind, n, andAllAfterIt)) ++n;
+      EXPECT_GT(n, calls);
+    }
+  }
+}
+
+// The first failure is the one reported.
+TEST_F(FailingTest, SeekingBackFailsToo) {
+  for (const HostCall kind : {HostCall::kMark, HostCall::kSeek}) {
+    RefuseFrom(kind, 1);
+    EXPECT_EQ(Deserialize(NewBuffer(Tagged("[%]"))), nullptr);
+    EXPECT_TRUE(Fired());
+    EXPECT_EQ(TakeReport(), "Cannot determine streaming params");
+    StopRefusing();
+  }
+}
+
+TEST_F(FailingTest, EveryTruncation) {
+  const BalancedScope balanced(*this);
+  for (std::size_t size = 0; size < fDocument.size(); ++size) {
+    SCOPED_TRACE(size);
+    EXPECT_EQ(Outcome(std::string_view(fDocument).substr(0, size)),
+              size < kTag.size() ? "error: getNextChar unexpected EOF" : "error: unexpected EOF");
+  }
+}
+
+TEST_F(FailingTest, ShortReads) {
+  for (std::size_t most = 1; most <= 520; ++most) {
+    SCOPED_TRACE(most);
+    const Object stream = NewBuffer(fDocument + "#");
+    LimitReads(most);
+    const Object object = Deserialize(stream);
+    StopRefusing();
+    EXPECT_TRUE(IsEqual(object, fObject));
+    EXPECT_EQ(Rest(stream), "#");
+  }
+}
+
+// Memory is taken in step with the bytes that are there.
+TEST_F(FailingTest, PromisedBytes) {
+  RefuseBlocksAbove(4096);
+  EXPECT_EQ(OutcomeOfValue("{\"t\" #1000000000000000 " + std::string(2000, '0')),
+            "error: unexpected EOF");
+  EXPECT_EQ(OutcomeOfValue("[[[{\"t\" #18446744073709549568 ff}"),
+            "error: GetChars ran out of input");
+  EXPECT_FALSE(Fired());
+}
+
+TEST_F(FailingTest, DeepNesting) {
+  constexpr int kLevels = 100000;
+  Object deep = Read("[]");
+  std::string dicts;
+  for (int i = 0; i < kLevels; ++i) {
+    const Object inner = std::exchange(deep, Read("[]"));
+    Call<POSArrayInterface, "Append">(deep.get(), inner.get());
+    dicts += "<\"a\"[";
+  }
+  for (const std::size_t stackSize : {64u << 10, 256u << 10, 1u << 20}) {
+    SCOPED_TRACE(stackSize);
+    RunOnStack(stackSize, [&] {
+      EXPECT_EQ(OutcomeOfValue(Value(Read("[<a[]>]"))), "[<a []>]");
+      Serialize(NewMemory(), deep);
+      EXPECT_NE(TakeReport().find("deep"), std::string::npos);
+      for (const std::string& text : {std::string(kLevels, '['), dicts}) {
+        EXPECT_EQ(Deserialize(NewBuffer(Tagged(text))), nullptr);
+        EXPECT_NE(TakeReport().find("deep"), std::string::npos);
+      }
+    });
+  }
+}
+
+}  // namespace
