@@ -6,7 +6,7 @@
 
 #include "DirWorld.h"
 #include "KAPUtilsDirImpl.h"
-#include "POSDict.h"
+#include "POSValidator.h"
 
 namespace {
 
@@ -105,6 +105,7 @@ TEST_F(DirTest, BadArguments) {
   const CKAPUtilsDir good = CKAPUtilsDir::GetTempDir();
   const CPOSNumber number(1);
   const CKAPContainerHolder empty;
+  const CPOSStructValidator validator(CPOSDict::New());  // filed under the same name as a directory
   const CKAPStringAtom text = Text("file");
   KAPUtilsDir* const dir = good.Handle();
   KAPStringAtom* const name = text.Handle();
@@ -114,7 +115,8 @@ TEST_F(DirTest, BadArguments) {
   const auto expect = [this](const char* message, const std::vector<KAPError*>& errors) {
     for (KAPError* error : errors) EXPECT_EQ(TakeMessage(error), message);
   };
-  for (KAPUtilsDir* bad : {static_cast<KAPUtilsDir*>(nullptr), number.Handle(), empty.Handle()}) {
+  for (KAPUtilsDir* bad :
+       {static_cast<KAPUtilsDir*>(nullptr), number.Handle(), empty.Handle(), validator.Handle()}) {
     expect("instance was not an KAPUtilsDir",
            {Call<Dir, "FileExists">(&exists, bad, name), Call<Dir, "Delete">(bad, name),
             Call<Dir, "Rename">(bad, name, name), Call<Dir, "GetFilePathSpec">(&atom, bad, name),

@@ -1,4 +1,5 @@
 #include <cstring>
+#include <stdexcept>
 
 #include "ValidatorWorld.h"
 
@@ -80,6 +81,17 @@ TEST_F(CallbackTest, ALaterOneReplaces) {
   RegisterCallback(validator, "N", replace, validator.get());
   EXPECT_EQ(Validate(validator, "N", one), Outcome{"replaced"});
   EXPECT_EQ(Validate(validator, "N", one), Outcome{"third"});
+}
+
+// Against its contract.
+TEST_F(CallbackTest, OneThatThrows) {
+  const Object validator =
+      Validator("< N < category int > D < category dict keytype string valuetype N > >");
+  const auto fail = [](POSObject*, KAPStringAtom*, KAPSharedBuffer*, void*) -> long {
+    throw std::runtime_error("what went wrong");
+  };
+  RegisterCallback(validator, "N", fail);
+  EXPECT_EQ(Validate(validator, "D", Read("< a 1 >")), Outcome{"! what went wrong"});
 }
 
 // A reason that fills the buffer, with or without a terminator, and one in a context that makes it

@@ -73,8 +73,8 @@ TEST_F(TypesTest, UndefinedTypes) {
   EXPECT_EQ(outcomeFor(name + 'n'), context + "Caught exception: Error buffer too small");
 }
 
-// Which of one object of each kind an intrinsic type accepts (number, string, Unicode string, binary
-// data, pointer, array, dictionary). The schema's own entry of that name is never asked.
+// Which of one object of each kind an intrinsic type accepts (number, string, Unicode string,
+// binary data, pointer, array, dictionary). The schema's own entry of that name is never asked.
 TEST_F(TypesTest, IntrinsicTypes) {
   const struct {
     const char *type, *accepted, *name;
@@ -110,6 +110,10 @@ TEST_F(TypesTest, OtherObjects) {
   const Object schema = Read("< T < category real > >");
   Put(Get(schema, "T"), "min", Number(1e308));
   EXPECT_EQ(Validate(Validator(schema), "T", Number(0)).front().size(), 27u + 309 + 7);
+  Put(Get(schema, "T"), "min", Number(INFINITY));
+  EXPECT_EQ(Validate(Validator(schema), "T", Number(1e308)),
+            Outcome{"Number below mininum value inf"});
+  EXPECT_EQ(Validate(Validator(schema), "T", Number(INFINITY)), kValid);
 
   const Object data = BinData("png", "abc");
   EXPECT_EQ(CheckOne("category bindata minlen 3 maxlen 3 oneof [gif png]", data), kValid);

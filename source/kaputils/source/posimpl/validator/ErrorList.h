@@ -8,8 +8,8 @@
 
 namespace NPOSValidatorImpl {
 
-// What a check returns: how many errors it found. A failed union counts as one however many messages
-// it appends. Only whether it is zero decides anything.
+// What a check returns: how many errors it found. A failed union counts as one however many
+// messages it appends. Only whether it is zero decides anything.
 using ErrorCount = std::int64_t;
 
 // The messages of a check in order, one property string each. Where nobody wants messages none is

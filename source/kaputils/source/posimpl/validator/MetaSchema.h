@@ -3,10 +3,10 @@
 namespace NPOSValidatorImpl {
 
 // The schema of schemas, in text notation. Its features are deliberate, the odd ones too: bounds of
-// an "int" are whole numbers while lengths are any; an array type by type has no lengths; references
-// have only the category "objref", which no object can be checked against.
-inline constexpr char kMetaSchema[] = R"(<
-kInt              < category string oneof [int] >
+// an "int" are whole numbers while lengths are any; an array type by type has no lengths;
+// references have only the category "objref", which no object can be checked against.
+inline constexpr char kMetaSchema[] =
+    R"(<kInt             < category string oneof [int] >
 kReal             < category string oneof [real] >
 kString           < category string oneof [string] >
 kUnicodeString    < category string oneof [unicodestring] >
@@ -44,7 +44,6 @@ IntersectionDefn  < category dict required < category kIntersection set TypeList
 TypeDefn          < category union
                     set [DictDefn ArrayDefn IntDefn RealDefn StringDefn UnicodeStringDefn
                          BinDataDefn ObjRefDefn UnionDefn IntersectionDefn] >
-StructSchema      < category dict keytype TypeName valuetype TypeDefn >
->)";
+StructSchema      < category dict keytype TypeName valuetype TypeDefn > >)";
 
 }  // namespace NPOSValidatorImpl

@@ -3,7 +3,6 @@
 
 #include <cstring>
 #include <exception>
-#include <string_view>
 
 #include "Downcast.h"
 #include "MetaSchema.h"
@@ -27,44 +26,37 @@ struct KnownTypes {
   bool Has(AtomText name) const { return fChecker.IsIntrinsic(name) || fSchema.Find(name); }
 };
 
-// Where a callback writes its reason; nowhere without a buffer.
-struct ReasonPlace {
-  char* fText = nullptr;
-  std::size_t fSize = 0;
-
-  ReasonPlace() noexcept = default;
-  explicit ReasonPlace(KAPSharedBuffer* buffer)
-      : fText(reinterpret_cast<char*>(CKAPSharedBuff::GetBuffer(buffer))),
-        fSize(CKAPSharedBuff::GetSize(buffer)) {}
-
-  void Write(const char* beginning, const char* end) const noexcept {
-    KAP_T_MT::sprintf_safe(fText, fSize, "%s%s", beginning, end);
+// Writes nothing without a buffer, or when the host refuses its bytes.
+void WriteReason(KAPSharedBuffer* buffer, const char* beginning, const char* end) noexcept {
+  if (!buffer) return;
+  try {
+    char* const place = reinterpret_cast<char*>(CKAPSharedBuff::GetBuffer(buffer));
+    KAP_T_MT::sprintf_safe(place, CKAPSharedBuff::GetSize(buffer), "%s%s", beginning, end);
+  } catch (...) {  // the answer is no all the same
   }
-};
+}
 
-void WriteUndefined(const ReasonPlace& reason, const char* name) {
-  constexpr std::string_view kBeginning = "Cannot locate definition of type ";
-  if (!reason.fText) return;
-  if (reason.fSize <= kBeginning.size() + std::strlen(name)) {
+void WriteUndefined(KAPSharedBuffer* buffer, const char* name) {
+  constexpr const char* kBeginning = "Cannot locate definition of type ";
+  const std::size_t length = std::strlen(kBeginning) + std::strlen(name);
+  if (buffer && CKAPSharedBuff::GetSize(buffer) <= length) {
     throw KAP_T_MT::TOQException("Error buffer too small");
   }
-  reason.Write(kBeginning.data(), name);
+  WriteReason(buffer, kBeginning, name);
 }
 
 // The extra validation of "TypeName"; the client data are the KnownTypes. What goes wrong is a
 // reason like any other.
 long DictEntryDefinedCallback(POSObject* object, KAPStringAtom* /*typeName*/,
                               KAPSharedBuffer* buffer, void* clientData) noexcept {
-  ReasonPlace reason;
   try {
-    if (buffer) reason = ReasonPlace(buffer);
     const AtomText name = Downcast<String>(object).Get();
     if (static_cast<const KnownTypes*>(clientData)->Has(name)) return 1;
-    WriteUndefined(reason, name);
+    WriteUndefined(buffer, name);
   } catch (const std::exception& failure) {
-    reason.Write("Caught exception: ", failure.what());
+    WriteReason(buffer, "Caught exception: ", failure.what());
   } catch (...) {
-    reason.Write("Caught unknown exception: ", "");
+    WriteReason(buffer, "Caught unknown exception: ", "");
   }
   return 0;
 }

@@ -8,6 +8,7 @@
 #include "KAPUtilsAtoms.h"
 #include "MalformedDefinition.h"
 #include "NestingGuard.h"
+#include "Required.h"
 #include "kap/KAPSharedBuff.h"
 #include "kap/TOQException.h"
 
@@ -47,8 +48,8 @@ void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
 }
 
 // Most objects are valid, and a valid one can be full of unions whose first alternatives do not
-// hold: so an object is checked without messages first, and only an invalid one once more with them.
-// Extra validations must not run twice; where there are any, one check does both.
+// hold: so an object is checked without messages first, and only an invalid one once more with
+// them. Extra validations must not run twice; where there are any, one check does both.
 bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
                                POSMessageProc message) const {
   const Subject subject(object.Handle());
@@ -117,7 +118,8 @@ ErrorCount StructValidator::GetExtraValidationErrors(AtomText typeName, const Su
     return 0;
   }
   errors.Append([&] {
-    return FormatIntoPOSString("%.*s", static_cast<int>(kMessageSize - 1), reason.Data());
+    constexpr int kRoom = kMessageSize - 1;  // the callback may have left no terminator
+    return FormatIntoPOSString("%.*s", kRoom, Required(reason.Data()));
   });
   return 1;
 }

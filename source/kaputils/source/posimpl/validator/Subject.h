@@ -4,8 +4,8 @@
 
 namespace NPOSValidatorImpl {
 
-// What is checked: a property object, or the name of a dictionary's member, which counts as an 8-bit
-// string and becomes an object only for those who ask for one. Borrowed.
+// What is checked: a property object, or the name of a dictionary's member, which counts as an
+// 8-bit string and becomes an object only for those who ask for one. Borrowed.
 class Subject {
  public:
   // An object of another component is of no kind that a schema knows.
