@@ -1,14 +1,12 @@
 #include "Posutil.h"
 
-#include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <cstdlib>
-#include <fstream>
 #include <stdexcept>
 
 namespace {
@@ -56,36 +54,45 @@ std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
              << outcome.fErr << "----";
 }
 
-Outcome RunPosutil(const std::vector<std::string>& arguments, const std::string& input,
-                   const Setting& setting) {
+Running::Running(const std::vector<std::string>& arguments, const Descriptors& descriptors,
+                 const std::vector<std::string>& extraEnvironment) {
   std::vector<std::string> texts = {POSUTIL_PATH};
   texts.insert(texts.end(), arguments.begin(), arguments.end());
-  std::vector<std::string> environment = setting.fEnvironment;
+  std::vector<std::string> environment = extraEnvironment;
   for (char** each = environ; *each; ++each) environment.emplace_back(*each);
 
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, descriptors.fIn, STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, descriptors.fOut, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, descriptors.fErr, STDERR_FILENO);
+  // A shell may have started the tests with signals ignored.
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t all;
+  sigfillset(&all);
+  posix_spawnattr_setsigdefault(&attributes, &all);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+  const int error = posix_spawn(&fProcess, POSUTIL_PATH, &actions, &attributes,
+                                Pointers(texts).data(), Pointers(environment).data());
+  posix_spawn_file_actions_destroy(&actions);
+  posix_spawnattr_destroy(&attributes);
+  if (error != 0) throw std::runtime_error("cannot start " POSUTIL_PATH);
+}
+
+int Running::Wait() const {
+  int status = 0;
+  ::waitpid(fProcess, &status, 0);
+  return status;
+}
+
+Outcome RunPosutil(const std::vector<std::string>& arguments, const std::string& input,
+                   const Setting& setting) {
   const MemoryFile in(input);
   const MemoryFile out;
   const MemoryFile err;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, in.Descriptor(), STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, setting.fOut < 0 ? out.Descriptor() : setting.fOut,
-                                   STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, err.Descriptor(), STDERR_FILENO);
-  pid_t child = 0;
-  const int error = posix_spawn(&child, POSUTIL_PATH, &actions, nullptr, Pointers(texts).data(),
-                                Pointers(environment).data());
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) throw std::runtime_error("cannot start " POSUTIL_PATH);
-  int status = 0;
-  ::waitpid(child, &status, 0);
+  const int to = setting.fOut < 0 ? out.Descriptor() : setting.fOut;
+  const int status =
+      Running(arguments, {in.Descriptor(), to, err.Descriptor()}, setting.fEnvironment).Wait();
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out.Content(), err.Content()};
 }
-
-TemporaryFile::TemporaryFile(const std::string& ending, const std::string& content)
-    : fName(testing::TempDir() + "posutil-XXXXXX" + ending) {
-  ::close(::mkstemps(fName.data(), static_cast<int>(ending.size())));
-  std::ofstream(fName, std::ios::binary) << content;
-}
-
-TemporaryFile::~TemporaryFile() { ::unlink(fName.c_str()); }

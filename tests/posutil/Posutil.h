@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/types.h>
 
 #include <string>
 #include <vector>
@@ -22,20 +23,26 @@ struct Setting {
   std::vector<std::string> fEnvironment = {};  // added to the test's own, as NAME=VALUE
 };
 
+struct Descriptors {
+  int fIn;
+  int fOut;
+  int fErr;
+};
+
+// The program while it runs.
+class Running {
+ public:
+  Running(const std::vector<std::string>& arguments, const Descriptors& descriptors,
+          const std::vector<std::string>& extraEnvironment = {});
+
+  pid_t Process() const { return fProcess; }
+  // How it ended, as waitpid tells it.
+  int Wait() const;
+
+ private:
+  pid_t fProcess = 0;
+};
+
 // Runs the program with these arguments and this standard input.
 Outcome RunPosutil(const std::vector<std::string>& arguments, const std::string& input = "",
                    const Setting& setting = {});
-
-// A file that is gone at the end.
-class TemporaryFile {
- public:
-  TemporaryFile(const std::string& ending, const std::string& content);
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile();
-
-  const std::string& Name() const { return fName; }
-
- private:
-  std::string fName;
-};

@@ -1,5 +1,6 @@
 // Commands, their arguments and exit statuses.
 
+#include "Folder.h"
 #include "Posutil.h"
 
 namespace {
@@ -54,17 +55,18 @@ TEST(GetTest, AValueThatCannotBePrinted) {
 }
 
 TEST(FormatTest, IsGuessedFromTheEnding) {
-  const TemporaryFile json(".json", "{\"a\":[1,2]}");
-  const TemporaryFile text(".txt", "< a [1 2] >");
-  const TemporaryFile other(".data", "< a [1 2] >");
+  const Folder folder;
+  const std::string json = folder.Put("a.json", "{\"a\":[1,2]}");
+  const std::string text = folder.Put("a.txt", "< a [1 2] >");
+  const std::string other = folder.Put("a.data", "< a [1 2] >");
   const Outcome expected = {0, "[1,2]\n", ""};
-  EXPECT_EQ(RunPosutil({"get", json.Name(), "a"}), expected);
-  EXPECT_EQ(RunPosutil({"get", text.Name(), "a"}), expected);
-  EXPECT_EQ(RunPosutil({"get", other.Name(), "a", "--from", "text"}), expected);
-  EXPECT_EQ(RunPosutil({"get", other.Name(), "a"}),
-            (Outcome{2, "",
-                     "posutil: " + other.Name() +
-                         ": the name does not tell the format; say it with --from\n"}));
+  EXPECT_EQ(RunPosutil({"get", json, "a"}), expected);
+  EXPECT_EQ(RunPosutil({"get", text, "a"}), expected);
+  EXPECT_EQ(RunPosutil({"get", other, "a", "--from", "text"}), expected);
+  EXPECT_EQ(
+      RunPosutil({"get", other, "a"}),
+      (Outcome{2, "",
+               "posutil: " + other + ": the name does not tell the format; say it with --from\n"}));
   EXPECT_EQ(RunPosutil({"print", "-"}).fStatus, 2);
 }
 
@@ -88,7 +90,8 @@ TEST(UsageTest, WrongUsage) {
 
 TEST(UsageTest, HelpGivesExamples) {
   EXPECT_EQ(RunPosutil({"--help"}).fStatus, 0);
-  for (const std::string command : {"print", "get", "version"}) {
+  for (const std::string command :
+       {"print", "get", "convert", "validate", "check-schema", "version"}) {
     const Outcome help = RunPosutil({command, "--help"});
     EXPECT_EQ(help.fStatus, 0);
     EXPECT_EQ(help.fErr, "");

@@ -131,6 +131,10 @@ TEST(JsonTest, SyntaxErrorsShowTheirPlace) {
            "...\n"
            "  " +
            std::string(53, ' ') + "^\n"},
+      {"far behind what is still in memory",
+       "[\"\u00E9\",\n" + std::string(600000, ' ') + "\n" + std::string(300000, ' ') + "1 2]",
+       "3:300003: " + parsing + "array - unexpected number literal; expected ']' (at [2])\n  ..." +
+           std::string(48, ' ') + "1 2]\n" + std::string(55, ' ') + "^\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);

@@ -13,6 +13,8 @@ TEST(OutputTest, AFullDeviceIsAnError) {
   const int full = ::open("/dev/full", O_WRONLY);
   const Outcome expected = {3, "", "posutil: cannot write the output: No space left on device\n"};
   EXPECT_EQ(RunPosutil({"print", "--from", "text", "-"}, "1", {.fOut = full}), expected);
+  EXPECT_EQ(RunPosutil({"print", "--from", "text", "--to", "typea", "-"}, "1", {.fOut = full}),
+            expected);
   EXPECT_EQ(RunPosutil({"version"}, "", {.fOut = full}), expected);
   EXPECT_EQ(RunPosutil({"--help"}, "", {.fOut = full}), expected);
   ::close(full);
@@ -24,6 +26,11 @@ TEST(OutputTest, AClosedPipeIsAQuietOne) {
   ::close(ends[0]);
   EXPECT_EQ(RunPosutil({"print", "--from", "text", "-"}, "1", {.fOut = ends[1]}),
             (Outcome{3, "", ""}));
+  // So long that it fails within the library.
+  const std::string longText = "[\"" + std::string(200000, 'x') + "\"]";
+  EXPECT_EQ(
+      RunPosutil({"print", "--from", "json", "--to", "typea", "-"}, longText, {.fOut = ends[1]}),
+      (Outcome{3, "", ""}));
   ::close(ends[1]);
 }
 

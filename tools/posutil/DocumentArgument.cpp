@@ -1,18 +1,15 @@
 #include "DocumentArgument.h"
 
 #include <CLI/CLI.hpp>
+#include <utility>
 
 #include "Failure.h"
-#include "HeapReserve.h"
+#include "InputFile.h"
 #include "Printable.h"
-#include "Source.h"
 
 namespace PosUtil {
 
 namespace {
-
-// What property objects take, compared with their text.
-constexpr std::size_t kHeapPerByte = 10;
 
 template <class Format>
 std::vector<std::string> Names() {
@@ -38,44 +35,80 @@ std::string ListOfEndings() {
   return text;
 }
 
+// Asks the library for reports after each document.
+class CheckedDocuments final : public Documents {
+ public:
+  CheckedDocuments(std::unique_ptr<Documents> documents, const std::string& name, Library& library)
+      : fDocuments(std::move(documents)), fName(name), fLibrary(library) {}
+
+  KAP_T_MT::CPOSObject Next() override {
+    try {
+      KAP_T_MT::CPOSObject object = fDocuments->Next();
+      fLibrary.CheckReports(fName);
+      return object;
+    } catch (const Failure&) {
+      fLibrary.CheckReports(fName);  // what the library has to say is the cause
+      throw;
+    }
+  }
+
+ private:
+  const std::unique_ptr<Documents> fDocuments;
+  const std::string fName;
+  Library& fLibrary;
+};
+
 }  // namespace
 
-void DocumentArgument::Declare(CLI::App& options) {
-  options.add_option("FILE", fFile, "The document, - for standard input")
+void DocumentArgument::Declare(CLI::App& options, const char* name) {
+  options.add_option(name, fFile, "The document, - for standard input")
       ->required()
       ->option_text(" ");
-  DeclareFormat<Reader>(options, "--from", fFormat,
-                        "Format of FILE; else its ending tells (" + ListOfEndings() + ")");
+  DeclareFrom(options, "--from", fFormat, name);
 }
 
-const Reader& DocumentArgument::ChosenReader() const {
-  const Reader* const reader =
-      fFormat.empty() ? Reader::ForFile(fFile) : FindFormat<Reader>(fFormat);
+void DocumentArgument::DeclareAll(CLI::App& options) {
+  options.add_flag("--all", fAll, "All documents that stand one behind the other");
+}
+
+std::string DocumentArgument::Name() const { return InputName(fFile); }
+
+std::string DocumentArgument::Name(std::size_t number) const {
+  return fAll ? Name() + ", document " + std::to_string(number) : Name();
+}
+
+std::unique_ptr<Documents> DocumentArgument::Open(Session& session) const {
+  return OpenDocuments(Format(), fFile, HowMany(), session);
+}
+
+std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
+                                         Extent extent, Session& session) {
+  Library& library = session.TheLibrary();
+  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, session), InputName(file),
+                                            library);
+}
+
+const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option) {
+  const Reader* const reader = format.empty() ? Reader::ForFile(file) : FindFormat<Reader>(format);
   if (!reader) {
-    throw Failure(Printable(fFile) + ": the name does not tell the format; say it with --from",
+    throw Failure(Printable(file) + ": the name does not tell the format; say it with " + option,
                   kExitUsage);
   }
   return *reader;
 }
 
-KAP_T_MT::CPOSObject DocumentArgument::Read(Session& session) {
-  const Reader& reader = ChosenReader();
-  const Source source = Source::Read(fFile);
-  fName = source.Name();
-  ReserveHeap(kHeapPerByte * source.Bytes().size());
-  Library& library = session.TheLibrary();
-  try {
-    KAP_T_MT::CPOSObject object = reader.Read(source);
-    library.CheckReports(fName);
-    return object;
-  } catch (const Failure&) {
-    library.CheckReports(fName);  // what the library has to say is the cause
-    throw;
-  }
+void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file) {
+  DeclareFormat<Reader>(
+      options, option, format,
+      "Format of " + std::string(file) + "; else its ending tells (" + ListOfEndings() + ")");
 }
 
 void DeclareTo(CLI::App& options, std::string& format, const char* description) {
   DeclareFormat<Writer>(options, "--to", format, description);
+}
+
+void DeclareToOfFile(CLI::App& options, std::string& format, const char* description) {
+  DeclareFormat<Reader>(options, "--to", format, description);
 }
 
 }  // namespace PosUtil

@@ -1,15 +1,22 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "Documents.h"
 #include "Output.h"
 #include "Registered.h"
-#include "Source.h"
+#include "Session.h"
 #include "Style.h"
 #include "pos/POSObject.h"
 
 namespace PosUtil {
+
+enum class Extent {
+  kOne,  // anything behind the first document is an error
+  kAll,  // documents stand one behind the other
+};
 
 // A format that documents are read from. One static object per format.
 class Reader : public Registered<Reader> {
@@ -18,8 +25,9 @@ class Reader : public Registered<Reader> {
   Reader(int order, const char* name, std::string_view endings)
       : Registered(order), kName(name), kEndings(endings) {}
 
-  // Makes the object. Throws SyntaxError, or another Failure; the caller asks for reports.
-  virtual KAP_T_MT::CPOSObject Read(const Source& source) const = 0;
+  // "-" is standard input. The documents must be gone before the library is. Throws Failure.
+  virtual std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent,
+                                          Session& session) const = 0;
 
   // Null when there is none.
   static const Reader* ForFile(const std::string& fileName);
@@ -39,14 +47,20 @@ struct WriteOptions {
 // A format that documents are written in. One static object per format.
 class Writer : public Registered<Writer> {
  public:
-  Writer(int order, const char* name) : Registered(order), kName(name) {}
+  // `between` stands between two documents, `behind` follows the last one in a file.
+  Writer(int order, const char* name, std::string_view between = "\n",
+         std::string_view behind = "\n")
+      : Registered(order), kName(name), kBetween(between), kBehind(behind) {}
 
-  // Writes the object, without a line feed at the end. Throws Failure; `document` is the name to be used in it. What
-  // was put into `out` before a failure is worth nothing.
+  // Writes the object, without what stands behind it. Throws Failure; `document` is the name to be
+  // used in it. What was put into `out` before a failure is worth nothing. The caller asks for
+  // reports.
   virtual void Write(const KAP_T_MT::CPOSObject& object, const std::string& document,
                      const WriteOptions& options, Output& out) const = 0;
 
   const char* const kName;
+  const std::string_view kBetween;
+  const std::string_view kBehind;
 
  protected:
   ~Writer() = default;

@@ -1,12 +1,14 @@
-// JSON, read piece by piece: the document is never held in another form. See JsonForms.h for what JSON has no values
-// for; true and false become strings, null an empty slot or an absent member.
+// JSON, read piece by piece: the document is never held in another form. See JsonForms.h for what
+// JSON has no values for; true and false become strings, null an empty slot or an absent member.
+// Several documents stand on a line each.
 
 #include <nlohmann/json.hpp>
 
 #include "Failure.h"
-#include "Format.h"
 #include "JsonBuilder.h"
+#include "JsonCursor.h"
 #include "Printable.h"
+#include "SourceReader.h"
 #include "SyntaxError.h"
 
 namespace PosUtil {
@@ -17,7 +19,9 @@ constexpr int kNumberOverflow = 406;  // the parser's number for that error
 
 class Handler final : public nlohmann::json_sax<nlohmann::json> {
  public:
-  Handler(const Source& source, JsonBuilder& builder) : fSource(source), fBuilder(builder) {}
+  // The text begins at byte `begin` of the source.
+  Handler(const Source& source, std::size_t begin, JsonBuilder& builder)
+      : fSource(source), fBegin(begin), fBuilder(builder) {}
 
   bool null() override { return fBuilder.Null(), true; }
   bool boolean(bool value) override { return fBuilder.String(value ? "true" : "false"), true; }
@@ -46,12 +50,13 @@ class Handler final : public nlohmann::json_sax<nlohmann::json> {
     const std::string message = error.id == kNumberOverflow
                                     ? "the number " + token + " is too large"
                                     : Message(error.what());
-    throw SyntaxError(fSource, position > 0 ? position - 1 : 0,
+    throw SyntaxError(fSource, fBegin + (position > 0 ? position - 1 : 0),
                       Printable(message) + (path.empty() ? "" : " (at " + Printable(path) + ")"));
   }
 
  private:
-  // What the parser says, without its own name and place, and without the text that the excerpt will show.
+  // What the parser says, without its own name and place, and without the text that the excerpt
+  // will show.
   static std::string Message(std::string text) {
     text.erase(0, std::min(text.find(": ", text.find(", column ")), text.size() - 2) + 2);
     const std::size_t token = text.find("; last read: '");
@@ -62,23 +67,61 @@ class Handler final : public nlohmann::json_sax<nlohmann::json> {
   }
 
   const Source& fSource;
+  const std::size_t fBegin;
   JsonBuilder& fBuilder;
 };
 
-class JsonReader final : public Reader {
- public:
-  JsonReader() : Reader(2, "json", ".json") {}
+// `text` is a part of the source.
+KAP_T_MT::CPOSObject ReadJson(const Source& source, std::string_view text, ReadingWatch& watch) {
+  JsonBuilder builder;
+  Handler handler(source, static_cast<std::size_t>(text.data() - source.Text()), builder);
+  try {
+    nlohmann::json::sax_parse(JsonCursor(text.data(), watch),
+                              JsonCursor(text.data() + text.size(), watch), &handler);
+  } catch (const ValueError& error) {
+    throw error.At(source.Name(), builder.Path());
+  }
+  return builder.Take();
+}
 
-  KAP_T_MT::CPOSObject Read(const Source& source) const override {
-    const std::string_view bytes = source.Bytes();
-    JsonBuilder builder;
-    Handler handler(source, builder);
-    try {
-      nlohmann::json::sax_parse(bytes.begin(), bytes.end(), &handler);
-    } catch (const ValueError& error) {
-      throw error.At(source.Name(), builder.Path());
-    }
-    return builder.Take();
+// Blank lines do not count.
+class JsonLines final : public Documents {
+ public:
+  JsonLines(const std::string& fileName, Progress& progress)
+      : fSource(Source::Read(fileName)), fRest(fSource.Bytes()), fWatch(fSource, progress) {
+    progress.Begin("reading", fRest.size());
+  }
+
+  KAP_T_MT::CPOSObject Next() override {
+    fRest.remove_prefix(std::min(fRest.find_first_not_of(" \t\r\n"), fRest.size()));
+    if (fRest.empty() && fIsBegun) return {};
+    fIsBegun = true;
+    const std::string_view line = fRest.substr(0, fRest.find('\n'));
+    fRest.remove_prefix(line.size());
+    return ReadJson(fSource, line, fWatch);
+  }
+
+ private:
+  Source fSource;
+  std::string_view fRest;
+  ReadingWatch fWatch;
+  bool fIsBegun = false;
+};
+
+class JsonReader final : public SourceReader {
+ public:
+  JsonReader() : SourceReader(2, "json", ".json .jsonl") {}
+
+  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent,
+                                  Session& session) const override {
+    if (extent == Extent::kOne) return SourceReader::Open(fileName, extent, session);
+    return std::make_unique<JsonLines>(fileName, session.TheProgress());
+  }
+
+ private:
+  KAP_T_MT::CPOSObject Read(Source& source, Progress& progress) const override {
+    ReadingWatch watch(source, progress);
+    return ReadJson(source, source.Bytes(), watch);
   }
 } gJsonReader;
 

@@ -36,6 +36,11 @@ KAPHost::Component Load(KAPHost::Host& host, const std::string& path) {
 
 }  // namespace
 
+std::string ReportText(const std::string& about, const std::string& report) {
+  return (about.empty() ? "" : Printable(about) + ": ") +
+         "the library reports: " + Printable(report);
+}
+
 Library::Binding::Binding(KAPGetProcAddressProc getProcAddress) {
   if (KAP_T_MT::KAPClientInit(getProcAddress)) return;
   KAP_T_MT::KAPClientTerminate();
@@ -48,11 +53,9 @@ Library::Library(const std::string& path)
     : fComponent(Load(fHost, path)), fBinding(fHost.GetProcAddress()) {}
 
 void Library::CheckReports(const std::string& about) {
-  const std::string prefix =
-      (about.empty() ? "" : Printable(about) + ": ") + "the library reports: ";
   std::string text;
-  for (const std::string& report : fHost.TakeReports()) {
-    text += (text.empty() ? "" : "\n") + prefix + Printable(report);
+  for (const std::string& report : TakeReports()) {
+    text += (text.empty() ? "" : "\n") + ReportText(about, report);
   }
   if (!text.empty()) throw Failure(text);
 }

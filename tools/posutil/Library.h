@@ -7,6 +7,9 @@
 
 namespace PosUtil {
 
+// A report of the library as the user is told of it. `about` names the document concerned, if any.
+std::string ReportText(const std::string& about, const std::string& report);
+
 // libKAPUtils.so, loaded into a host of this program's own, and the client runtime bound to that host.
 // Ownership: every property object must be gone before this is.
 class Library {
@@ -20,8 +23,10 @@ class Library {
   const std::string& Path() const { return fComponent.Path(); }
   int Version() const { return fComponent.Version(); }
 
-  // Throws Failure, with their texts, when the library has reported anything since this was last asked. `about` names
-  // the document concerned, if any.
+  // What the library has reported since this was last asked.
+  std::vector<std::string> TakeReports() { return fHost.TakeReports(); }
+  // Throws Failure, with their texts, when the library has reported anything since this was last asked. `about` as for
+  // ReportText.
   void CheckReports(const std::string& about);
 
  private:

@@ -47,7 +47,9 @@ void Output::Finish() {
   if (::close(fDescriptor) != 0 && errno != EBADF && errno != EINTR) ThrowLost(errno);
 }
 
-void Output::Write(const char* data, std::size_t size) const {
+void Output::Write(const char* data, std::size_t size) {
+  if (fProgress) fProgress->Advance(size);
+  fFlushed += size;
   while (size > 0) {
     const ssize_t written = ::write(fDescriptor, data, size);
     if (written < 0) {

@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Command.h"
-#include "DocumentArgument.h"
+#include "WriteDocuments.h"
 
 namespace PosUtil {
 
@@ -13,6 +13,7 @@ class PrintCommand final : public Command {
 
   void Declare(CLI::App& options) override {
     fDocument.Declare(options);
+    fDocument.DeclareAll(options);
     DeclareTo(options, fFormat, "Format of the output; else tree, an outline for reading");
     options.footer(
         "In JSON, a Unicode string is {\"$unicode\": \"text\"}, binary data\n"
@@ -27,9 +28,8 @@ class PrintCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
-    const KAP_T_MT::CPOSObject object = fDocument.Read(session);
-    const Writer& writer = *FindFormat<Writer>(fFormat);
-    writer.Write(object, fDocument.Name(), {.fStyle = session.OutStyle()}, session.Out());
+    WriteDocuments(fDocument, *FindFormat<Writer>(fFormat), session.OutStyle(), session,
+                   session.Out());
     session.Out().Put('\n');
     return kExitSuccess;
   }

@@ -14,7 +14,8 @@ Library& Session::TheLibrary() {
   return *fLibrary;
 }
 
-void Session::ComplainPlainly(const std::string& text) const {
+void Session::ComplainPlainly(const std::string& text) {
+  fProgress.Erase();
   std::string lines = fErrorStyle.fError + text;
   const std::size_t firstEnd = std::min(lines.find('\n'), lines.size());
   lines.insert(firstEnd, fErrorStyle.fPlain);

@@ -5,11 +5,13 @@
 
 #include "Library.h"
 #include "Output.h"
+#include "Progress.h"
 #include "Style.h"
 
 namespace PosUtil {
 
-// What a command works with: the library, loaded when it is first asked for, and the standard output.
+// What a command works with: the library, loaded when it is first asked for, the standard output
+// and the progress shown meanwhile.
 class Session {
  public:
   Session();
@@ -19,18 +21,21 @@ class Session {
   Library& TheLibrary();
 
   Output& Out() { return fOut; }
+  Progress& TheProgress() { return fProgress; }
   const Style& OutStyle() const { return fOutStyle; }
 
   // Tells the user on standard error, as the program or as it is.
-  void Complain(const std::string& text) const { ComplainPlainly("posutil: " + text); }
-  void ComplainPlainly(const std::string& text) const;
+  void Complain(const std::string& text) { ComplainPlainly("posutil: " + text); }
+  void ComplainPlainly(const std::string& text);
 
-  // Makes sure that all is well after a command: nothing reported, nothing of the output lost. Throws Failure.
+  // Makes sure that all is well after a command: nothing reported, nothing of the output lost.
+  // Throws Failure.
   void Finish();
 
  private:
   std::string fLibraryPath;
   std::optional<Library> fLibrary;
+  Progress fProgress;
   Output fOut;
   Style fOutStyle;
   Style fErrorStyle;

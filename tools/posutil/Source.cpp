@@ -1,64 +1,21 @@
 #include "Source.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <sys/mman.h>
 
-#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <utility>
 
-#include "Failure.h"
-#include "Printable.h"
+#include "InputFile.h"
 
 namespace PosUtil {
 
 namespace {
 
-constexpr std::size_t kFirstRead = 64 * 1024;
-
-[[noreturn]] void ThrowUnreadable(const std::string& name) {
-  throw Failure(Printable(name) + ": " + std::strerror(errno));
-}
-
-class OpenFile {
- public:
-  explicit OpenFile(const std::string& fileName)
-      : fIsStandard(fileName == "-"), fName(fIsStandard ? "<stdin>" : fileName) {
-    fDescriptor = fIsStandard ? STDIN_FILENO : ::open(fileName.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fDescriptor < 0) ThrowUnreadable(fName);
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() {
-    if (!fIsStandard) ::close(fDescriptor);
-  }
-
-  const std::string& Name() const { return fName; }
-
-  // What a regular file is expected to hold; a guess for anything else.
-  std::size_t LikelySize() const {
-    struct stat status {};
-    if (::fstat(fDescriptor, &status) != 0 || !S_ISREG(status.st_mode)) return kFirstRead;
-    return static_cast<std::size_t>(status.st_size);
-  }
-
-  // 0 at the end.
-  std::size_t Read(char* to, std::size_t size) const {
-    for (;;) {
-      const ssize_t count = ::read(fDescriptor, to, size);
-      if (count >= 0) return static_cast<std::size_t>(count);
-      if (errno != EINTR) ThrowUnreadable(fName);
-    }
-  }
-
- private:
-  bool fIsStandard;
-  std::string fName;
-  int fDescriptor = -1;
-};
+constexpr std::size_t kFirstRead = 64 * 1024;  // where nobody tells the size
+constexpr std::size_t kPage = 4096;
 
 }  // namespace
 
@@ -81,10 +38,22 @@ Source::Source(std::string name, std::string_view bytes)
   std::memcpy(fBytes.get(), bytes.data(), bytes.size());
 }
 
+void Source::Forget(std::size_t end) {
+  // Whole pages, and not yet those that were read last.
+  const auto begin = reinterpret_cast<std::uintptr_t>(fBytes.get());
+  if (end < fForgotten + 2 * kPage) return;
+  const std::size_t upTo = (begin + end - kPage) / kPage * kPage - begin;
+  const std::size_t from = (begin + fForgotten + kPage - 1) / kPage * kPage - begin;
+  fBefore.Add(Bytes().substr(fForgotten, upTo - fForgotten));
+  fForgotten = upTo;
+  static_cast<void>(::madvise(fBytes.get() + from, upTo - from, MADV_DONTNEED));
+}
+
 Source Source::Read(const std::string& fileName) {
-  const OpenFile file(fileName);
-  // Room for one byte more than expected, so that the end is seen without growing, and for the zero byte.
-  std::size_t capacity = file.LikelySize() + 2;
+  const InputFile file(fileName);
+  // Room for one byte more than expected, so that the end is seen without growing, and for the zero
+  // byte.
+  std::size_t capacity = (file.Size() ? file.Size() : kFirstRead) + 2;
   Block block = Resize(nullptr, capacity);
   std::size_t size = 0;
   while (const std::size_t count = file.Read(block.get() + size, capacity - size - 1)) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "TextPart.h"
+
 namespace PosUtil {
 
 // The bytes of a document and the name to call it by.
@@ -16,6 +18,12 @@ class Source {
 
   const std::string& Name() const { return fName; }
   std::string_view Bytes() const { return {fBytes.get(), fSize}; }
+  // Gives back the memory of what stands before `end`, except for what an excerpt may need. Those
+  // bytes are zero from then on.
+  void Forget(std::size_t end);
+  // What has not been forgotten, and its place.
+  TextPart Remembered() const { return {fBefore, Bytes().substr(fForgotten)}; }
+  std::size_t Forgotten() const { return fForgotten; }
   // The bytes with a zero byte behind them.
   const char* Text() const { return fBytes.get(); }
 
@@ -31,6 +39,8 @@ class Source {
   std::string fName;
   Block fBytes;
   std::size_t fSize;
+  std::size_t fForgotten = 0;
+  LineCounter fBefore;  // what is forgotten
 };
 
 }  // namespace PosUtil

@@ -35,19 +35,21 @@ std::string Shown(std::string_view text) {
   return out;
 }
 
-std::string Describe(const Source& source, std::size_t offset, const std::string& message) {
-  const std::string_view bytes = source.Bytes();
-  const std::string_view before = bytes.substr(0, offset);
+std::string Describe(const std::string& name, const TextPart& part, std::size_t offset,
+                     const std::string& message) {
+  const std::string_view before = part.fBytes.substr(0, offset);
   const std::size_t lineStart = before.rfind('\n') + 1;  // 0 when there is none
-  std::string_view line = bytes.substr(lineStart);
+  std::string_view line = part.fBytes.substr(lineStart);
   line = line.substr(0, line.find('\n'));
   if (line.ends_with('\r')) line.remove_suffix(1);
 
-  const auto number = std::count(before.begin(), before.end(), '\n') + 1;
-  const std::size_t column = CountCharacters(before.substr(lineStart)) + 1;
+  const auto linesWithin = std::count(before.begin(), before.end(), '\n');
+  const std::size_t number = part.fBefore.fLines + static_cast<std::size_t>(linesWithin) + 1;
+  const std::size_t column = (linesWithin == 0 ? part.fBefore.fColumns : 0) +
+                             CountCharacters(before.substr(lineStart)) + 1;
   const Excerpt excerpt = ExcerptAround(line, offset - lineStart);
-  return Printable(source.Name()) + ":" + std::to_string(number) + ":" + std::to_string(column) +
-         ": " + message + "\n  " + excerpt.fLine + "\n  " + std::string(excerpt.fCaret, ' ') + "^";
+  return Printable(name) + ":" + std::to_string(number) + ":" + std::to_string(column) + ": " +
+         message + "\n  " + excerpt.fLine + "\n  " + std::string(excerpt.fCaret, ' ') + "^";
 }
 
 }  // namespace
@@ -68,6 +70,11 @@ Excerpt ExcerptAround(std::string_view line, std::size_t offset) {
 }
 
 SyntaxError::SyntaxError(const Source& source, std::size_t offset, const std::string& message)
-    : Failure(Describe(source, std::min(offset, source.Bytes().size()), message)) {}
+    : SyntaxError(source.Name(), source.Remembered(), offset - std::min(offset, source.Forgotten()),
+                  message) {}
+
+SyntaxError::SyntaxError(const std::string& name, const TextPart& part, std::size_t offset,
+                         const std::string& message)
+    : Failure(Describe(name, part, std::min(offset, part.fBytes.size()), message)) {}
 
 }  // namespace PosUtil

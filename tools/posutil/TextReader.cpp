@@ -2,18 +2,19 @@
 
 #include <cstring>
 
-#include "Format.h"
+#include "SourceReader.h"
 #include "SyntaxError.h"
 
 namespace PosUtil {
 
 namespace {
 
-class TextReader final : public Reader {
+class TextReader final : public SourceReader {
  public:
-  TextReader() : Reader(1, "text", ".txt .text .pos") {}
+  TextReader() : SourceReader(1, "text", ".txt .text .pos") {}
 
-  KAP_T_MT::CPOSObject Read(const Source& source) const override {
+ private:
+  KAP_T_MT::CPOSObject Read(Source& source, Progress&) const override {
     const std::string_view bytes = source.Bytes();
     const char* end = nullptr;
     KAP_T_MT::CPOSObject object = KAP_T_MT::CPOSObject::CreateFromText(source.Text(), &end);
@@ -27,7 +28,6 @@ class TextReader final : public Reader {
     return object;
   }
 
- private:
   // The library does not tell what it misses, only where.
   static const char* Message(std::string_view bytes, std::size_t stop) {
     if (stop < bytes.size()) return "syntax error";

@@ -111,7 +111,7 @@ class TreeVisitor final : public Visitor {
 
 class TreeWriter final : public Writer {
  public:
-  TreeWriter() : Writer(1, "tree") {}
+  TreeWriter() : Writer(1, "tree", "\n\n") {}
 
   void Write(const KAP_T_MT::CPOSObject& object, const std::string& document,
              const WriteOptions& options, Output& out) const override {

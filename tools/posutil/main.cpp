@@ -87,7 +87,8 @@ int Main(int argc, char** argv) {
 }  // namespace PosUtil
 
 int main(int argc, char** argv) {
-  // A closed pipe shall be an error of writing.
+  // A closed pipe and a limit on the size of files shall be errors of writing.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   return PosUtil::Main(argc, argv);
 }

@@ -8,6 +8,11 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// Whether the interface's table is there and current.
+inline bool GetGlobalKAPUtilsDirInterfaceProcs() noexcept {
+  return TKAPInterfaceClient<KAPUtilsDirInterface>::TryRefresh();
+}
+
 // A reference to a directory, or an empty one; the operations are those of KAPUtilsDirInterface.
 //
 //   const CKAPUtilsDir directory = CKAPUtilsDir::GetTempDir();

@@ -14,7 +14,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A directory is a path, kept as it was given: it is not opened and need not exist until it is
 // used. The full path of a file is the directory, a slash unless the directory ends in one, and the
-// name as it stands: an absolute name is appended as well, and ".." leads out of the directory.
+// name as it stands: an absolute name is appended as well, and ".." leads out of the directory. A
+// relative path counts from the process's working directory at the time of each use.
 //
 // A failure of the system is an error of the component "KAPUtilsDir" with the errno as its code.
 struct KAPUtilsDirInterface

@@ -6,7 +6,7 @@ namespace KAP_T_MT {
 
 template <TKAPName Method, class... Args>
 CKAPUtilsDir CKAPUtilsDir::Make(Args... args) {
-  if (!Client::TryRefresh()) return CKAPUtilsDir();
+  if (!GetGlobalKAPUtilsDirInterfaceProcs()) return CKAPUtilsDir();
   KAPUtilsDir* handle = nullptr;
   KAPCheck(Client::CallLoaded<Method>(&handle, args...));
   return CKAPUtilsDir(handle, KAPAdopt());

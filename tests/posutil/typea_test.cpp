@@ -1,0 +1,137 @@
+// TypeA documents in and out.
+
+#include <unistd.h>
+
+#include "Folder.h"
+#include "Posutil.h"
+
+namespace {
+
+const std::string kTag = "POSStreamerTypeA_Version1.0 ";
+
+Outcome Print(const std::string& document, const std::string& to = "json") {
+  return RunPosutil({"print", "--from", "typea", "--to", to, "-"}, document);
+}
+
+const char kEveryKind[] =
+    "<\n\t\"a\" [\n\t\t#1 \n\t\t\"x\\n\\303\\251\\\\\\\"\"\n\t\t`00c903b1`\n\t]\n"
+    "\t\"b\" {\"t\" #3  \n\t\t00FF10\n\t}\n\t\"c d\" <\n\t>\n\t\"e\" #-0.5 \n>";
+
+TEST(TypeATest, EveryKindComesBackAsItWas) {
+  const std::string json =
+      R"({"a":[1,"x\né\\\"",{"$unicode":"Éα"}],"b":{"$binary":"t","base64":"AP8Q"},)"
+      R"("c d":{},"e":-0.5})";
+  const Outcome typeA = RunPosutil({"convert", "--from", "json", "--to", "typea", "-", "-"}, json);
+  EXPECT_EQ(typeA, (Outcome{0, kTag + kEveryKind, ""}));
+  EXPECT_EQ(RunPosutil({"get", "--from", "typea", "-", "a", "b", "e"}, typeA.fOut),
+            (Outcome{0,
+                     "[1,\"x\\né\\\\\\\"\",{\"$unicode\":\"Éα\"}]\n"
+                     "{\"$binary\":\"t\",\"base64\":\"AP8Q\"}\n-0.5\n",
+                     ""}));
+  EXPECT_EQ(Print(typeA.fOut, "typea"), (Outcome{0, typeA.fOut + "\n", ""}));
+  EXPECT_EQ(Print(kTag + "[#1 \"x\"] \t\r\n\n", "tree"),
+            (Outcome{0, "array of 2\n[0]: 1\n[1]: \"x\"\n", ""}));
+}
+
+TEST(TypeATest, ErrorsShowTheirPlace) {
+  const struct {
+    std::string in;
+    std::string err;
+  } rows[] = {
+      {"", "1:1: the document ends before its version name does (after 0 bytes)\n  \n  ^\n"},
+      {" \n", "2:1: the document ends before"},
+      {"POSStreamerTypeA_Version2.0 #1 ",
+       "1:28: a document begins with POSStreamerTypeA_Version1.0 and a space (after 28 bytes)\n"
+       "  POSStreamerTypeA_Version2.0 #1 \n                             ^\n"},
+      {kTag + "?", "1:29: no value begins with this character (after 29 bytes)\n"},
+      {kTag + "[\n\t#1 \n\t%]", "3:2: no value begins with this character (after 37 bytes)\n"},
+      {kTag + "\"é\\q\"", "1:32: an escape that has no meaning here (after 33 bytes)\n"},
+      {kTag + "{\"a\" #2 00}", "1:39: there is less binary data than its length tells"},
+      {kTag + "{\"a\" #1 000}", "1:39: there is more binary data than its length tells"},
+      {kTag + "{#1 }", "1:32: a string is expected"},
+      {kTag + "<\"a\">", "1:33: a key without a value"},
+      {kTag + "$0x1 ", "1:29: a raw pointer cannot be read"},
+      {kTag + std::string(1, '\0'), "1:29: a zero character instead of a value"},
+      {kTag + "#1,5 ", "1:33: malformed number"},
+      {kTag + "#1 \n#2 ", "2:1: something follows the document (see --all)\n  #2 \n  ^\n"},
+      {kTag + "\"" + std::string(300000, 'x') + "\n\n" + std::string(70000, 'y') + "\\q",
+       "3:70002: an escape that has no meaning here (after 370033 bytes)\n  ...yyy"},
+  };
+  const Folder folder;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.in.substr(0, 100));
+    const Outcome piped = Print(row.in);
+    EXPECT_EQ(piped.fStatus, 3);
+    EXPECT_EQ(piped.fOut, "");
+    EXPECT_EQ(piped.fErr.rfind("<stdin>:" + row.err, 0), 0U) << piped.fErr;
+    const Outcome named = RunPosutil({"print", folder.Put("a.typea", row.in)});
+    EXPECT_EQ(named.fErr, folder.Path("a.typea") + piped.fErr.substr(7));
+  }
+}
+
+TEST(TypeATest, TruncatedAnywhere) {
+  const std::string whole = kTag + kEveryKind;
+  for (std::size_t size = 1; size < whole.size(); size += 7) {
+    const Outcome outcome = Print(whole.substr(0, size));
+    EXPECT_EQ(outcome.fStatus, 3);
+    EXPECT_NE(outcome.fErr.find("(after " + std::to_string(size) + " bytes)"), std::string::npos)
+        << outcome.fErr;
+  }
+}
+
+TEST(TypeATest, WhatItCannotHoldIsNamed) {
+  EXPECT_EQ(
+      RunPosutil({"convert", "--from", "json", "--to", "typea", "-", "-"}, "{\"a\":[1,null]}"),
+      (Outcome{3, "", "posutil: <stdin>: a[1]: TypeA cannot hold an empty slot\n"}));
+  EXPECT_EQ(Print(kTag + "[#1 #-1e999 ]", "typea"),
+            (Outcome{3, "", "posutil: <stdin>: [1]: TypeA cannot hold infinities and NaN\n"}));
+}
+
+TEST(TypeATest, TwoGibibytesAreRefused) {
+  const Folder folder;
+  const std::string large = folder.Put("large.typea", kTag);
+  ASSERT_EQ(::truncate(large.c_str(), 1L << 31), 0);
+  EXPECT_EQ(RunPosutil({"convert", large, large}),
+            (Outcome{3, "", "posutil: " + large + ": TypeA documents end below 2 GiB\n"}));
+  EXPECT_EQ(std::filesystem::file_size(large), 1UL << 31);
+}
+
+TEST(AllTest, DocumentsOneBehindTheOther) {
+  const std::string two = kTag + "[\n\t#1 \n]" + kTag + "\"x\"";
+  const struct {
+    const char* to;
+    std::string converted;
+    std::string printed;
+  } rows[] = {
+      {"typea", two, two + "\n"},
+      {"json", "[1]\n\"x\"\n", "[1]\n\"x\"\n"},
+      {"text", "[1]\nx\n", "[1]\nx\n"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.to);
+    EXPECT_EQ(RunPosutil({"convert", "--all", "--from", "typea", "--to", row.to, "-", "-"}, two),
+              (Outcome{0, row.converted, ""}));
+    EXPECT_EQ(RunPosutil({"print", "--all", "--from", "typea", "--to", row.to, "-"}, two),
+              (Outcome{0, row.printed, ""}));
+  }
+  EXPECT_EQ(
+      RunPosutil({"print", "--all", "--from", "typea", "-"}, kTag + "[#1 ]\n" + kTag + "#2 \n"),
+      (Outcome{0, "array of 1\n[0]: 1\n\n2\n", ""}));
+  EXPECT_EQ(RunPosutil({"convert", "--all", "--from", "json", "--to", "typea", "-", "-"},
+                       "\n[1]\r\n\n\"x\""),
+            (Outcome{0, two, ""}));
+}
+
+TEST(AllTest, ErrorsTellTheDocument) {
+  EXPECT_EQ(RunPosutil({"print", "--all", "--from", "typea", "--to", "text", "-"},
+                       kTag + "#1 \n" + kTag + "{\"\" #0 }"),
+            (Outcome{3, "",
+                     "posutil: <stdin>, document 2: the document: text notation cannot hold "
+                     "binary data\n"}));
+  const Outcome behind =
+      RunPosutil({"print", "--all", "--from", "typea", "-"}, kTag + "#1 \n\nx y");
+  EXPECT_EQ(behind.fErr.rfind("<stdin>:3:2: a document begins with", 0), 0U) << behind.fErr;
+  EXPECT_EQ(RunPosutil({"print", "--all", "--from", "typea", "-"}, "").fStatus, 3);
+}
+
+}  // namespace
