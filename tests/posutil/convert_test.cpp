@@ -104,7 +104,8 @@ TEST_P(InterruptedTest, LeavesTheFileAsItWas) {
   EXPECT_EQ(fFolder.Content("out.typea"), "old");
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, InterruptedTest, testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM));
+INSTANTIATE_TEST_SUITE_P(Signals, InterruptedTest,
+                         testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM));
 
 TEST(ConvertTest, TheSameFileAndLinksAndModes) {
   const Folder folder;

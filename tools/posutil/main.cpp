@@ -4,9 +4,9 @@
 #include <new>
 #include <vector>
 
-#include "Command.h"
-#include "Session.h"
-#include "SyntaxError.h"
+#include "commands/Command.h"
+#include "formats/SyntaxError.h"
+#include "program/Session.h"
 
 namespace PosUtil {
 

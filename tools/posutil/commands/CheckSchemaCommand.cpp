@@ -1,0 +1,49 @@
+#include <CLI/CLI.hpp>
+
+#include "commands/Command.h"
+#include "commands/FilesArgument.h"
+#include "commands/Schema.h"
+#include "commands/VerdictReport.h"
+#include "files/InputFile.h"
+
+namespace PosUtil {
+
+namespace {
+
+class CheckSchemaCommand final : public Command {
+ public:
+  CheckSchemaCommand() : Command(5, "check-schema", "Checks schemas themselves") {}
+
+  void Declare(CLI::App& options) override {
+    fSchemas.Declare(options, "SCHEMA");
+    fResults.Declare(options);
+    options.footer(
+        "A message goes to a line of its own, behind the name of its SCHEMA and the way to the\n"
+        "place. Exit status: 0 when all schemas are valid, 1 when one is not, 3 when one cannot\n"
+        "be read or checked, whatever the others are. All schemas are looked at.\n\n"
+        "Example:\n"
+        "  posutil check-schema people.txt places.json");
+  }
+
+  ExitStatus Run(Session& session) override {
+    fSchemas.CheckFormats();
+    session.TheProgress().Show(session.Out().Descriptor());
+    VerdictReport report(fResults, session);
+    for (const std::string& file : fSchemas.Files()) {
+      const std::string name = InputName(file);
+      report.Add(name, [&] {
+        return Schema(fSchemas.Read(file, session), name, session.TheLibrary())
+            .CheckItself(fResults.WantedMessages());
+      });
+    }
+    return report.Finish();
+  }
+
+ private:
+  FilesArgument fSchemas;
+  VerdictOptions fResults;
+} gCheckSchemaCommand;
+
+}  // namespace
+
+}  // namespace PosUtil

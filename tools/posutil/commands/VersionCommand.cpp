@@ -1,0 +1,36 @@
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "KAPUtilsVers.h"
+#include "commands/Command.h"
+
+namespace PosUtil {
+
+namespace {
+
+// A byte for each part.
+std::string Decoded(int version) {
+  return std::to_string(version >> 16) + "." + std::to_string(version >> 8 & 0xFF) + "." +
+         std::to_string(version & 0xFF);
+}
+
+class VersionCommand final : public Command {
+ public:
+  VersionCommand() : Command(9, "version", "Prints the versions of the program and the library") {}
+
+  void Declare(CLI::App& options) override { options.footer("Example:\n  posutil version"); }
+
+  ExitStatus Run(Session& session) override {
+    const Library& library = session.TheLibrary();
+    const int version = library.Version();
+    session.Out().Put(std::string("posutil ") + KAPUtils_BuildVersion() + " (build " +
+                      KAPUtils_BuildID() + ", " + KAPUtils_BuildDate() + ")\nKAPUtils " +
+                      Decoded(version) + " (" + std::to_string(version) + "), " + library.Path() +
+                      "\n");
+    return kExitSuccess;
+  }
+} gVersionCommand;
+
+}  // namespace
+
+}  // namespace PosUtil

@@ -1,0 +1,64 @@
+#include "files/Output.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "program/Failure.h"
+
+namespace PosUtil {
+
+namespace {
+
+[[noreturn]] void ThrowLost(int error) {
+  throw Failure(error == EPIPE ? std::string()
+                               : std::string("cannot write the output: ") + std::strerror(error));
+}
+
+}  // namespace
+
+void Output::PutRepeated(char character, std::size_t count) {
+  while (count > 0) {
+    if (fUsed == kCapacity) Flush();
+    const std::size_t chunk = std::min(count, kCapacity - fUsed);
+    std::memset(fBuffer.get() + fUsed, character, chunk);
+    fUsed += chunk;
+    count -= chunk;
+  }
+}
+
+void Output::PutLong(std::string_view text) {
+  Flush();
+  if (text.size() >= kCapacity) return Write(text.data(), text.size());
+  Put(text);
+}
+
+void Output::Flush() {
+  const std::size_t size = std::exchange(fUsed, 0);
+  Write(fBuffer.get(), size);
+}
+
+void Output::Finish() {
+  Flush();
+  // A descriptor that was never open is an error only for those who wrote to it.
+  if (::close(fDescriptor) != 0 && errno != EBADF && errno != EINTR) ThrowLost(errno);
+}
+
+void Output::Write(const char* data, std::size_t size) {
+  if (fProgress) fProgress->Advance(size);
+  fFlushed += size;
+  while (size > 0) {
+    const ssize_t written = ::write(fDescriptor, data, size);
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      ThrowLost(errno);
+    }
+    data += written;
+    size -= static_cast<std::size_t>(written);
+  }
+}
+
+}  // namespace PosUtil

@@ -1,0 +1,37 @@
+#include "formats/SourceReader.h"
+
+#include <utility>
+
+#include "files/HeapReserve.h"
+
+namespace PosUtil {
+
+// What property objects take, compared with their text.
+void ReserveHeapFor(std::size_t textSize) { ReserveHeap(10 * textSize); }
+
+class SourceReader::OnlyDocument final : public Documents {
+ public:
+  OnlyDocument(const SourceReader& reader, const std::string& fileName, Progress& progress)
+      : fReader(reader), fFileName(fileName), fProgress(progress) {}
+
+  KAP_T_MT::CPOSObject Next() override {
+    if (std::exchange(fIsRead, true)) return {};
+    Source source = Source::Read(fFileName);  // gone before the object is used
+    ReserveHeapFor(source.Bytes().size());
+    fProgress.Begin("reading", source.Bytes().size());
+    return fReader.Read(source, fProgress);
+  }
+
+ private:
+  const SourceReader& fReader;
+  const std::string fFileName;
+  Progress& fProgress;
+  bool fIsRead = false;
+};
+
+std::unique_ptr<Documents> SourceReader::Open(const std::string& fileName, Extent,
+                                              Session& session) const {
+  return std::make_unique<OnlyDocument>(*this, fileName, session.TheProgress());
+}
+
+}  // namespace PosUtil
