@@ -4,7 +4,10 @@
 
 #include "HostTap.h"
 #include "OwnProcess.h"
+#include "dir/KAPUtilsDirInterfaces.h"
 #include "pos/POSInterfaces.h"
+#include "pos/POSStreamerInterfaces.h"
+#include "pos/POSValidatorInterfaces.h"
 
 // The ends that a host does not plan for, each tried in a process of its own. Whoever calls a host
 // that may be gone ends that process with another status.
@@ -40,6 +43,9 @@ struct World {
     Keep(Call<POSObjectInterface, "Clone">(Read("[1 (text)]")));  // fills the method tables
     KAPContainer* dict = Read("<Key [1 <kKey 2>]>");
     Keep(Call<POSDictIteratorInterface, "NewPOSDictIterator">(dict));
+    Keep(Call<POSStructValidatorInterface, "NewPOSStructValidator">(dict));
+    Keep(Call<POSStreamerInterface, "NewPOSStreamer">());
+    Call<KAPUtilsDirInterface, "GetTempDir">(&fObjects.emplace_back());
   }
 };
 

@@ -96,10 +96,12 @@ TEST_F(FailingTest, DeepNesting) {
   constexpr int kLevels = 100000;
   Object deep = Read("[]");
   std::string dicts;
+  std::string lengths;
   for (int i = 0; i < kLevels; ++i) {
     const Object inner = std::exchange(deep, Read("[]"));
     Call<POSArrayInterface, "Append">(deep.get(), inner.get());
     dicts += "<\"a\"[";
+    lengths += "{\"t\"";
   }
   for (const std::size_t stackSize : {64u << 10, 256u << 10, 1u << 20}) {
     SCOPED_TRACE(stackSize);
@@ -107,7 +109,8 @@ TEST_F(FailingTest, DeepNesting) {
       EXPECT_EQ(OutcomeOfValue(Value(Read("[<a[]>]"))), "[<a []>]");
       Serialize(NewMemory(), deep);
       EXPECT_NE(TakeReport().find("deep"), std::string::npos);
-      for (const std::string& text : {std::string(kLevels, '['), dicts}) {
+      for (const std::string& text :
+           {std::string(kLevels, '['), dicts, std::string(kLevels, '{'), lengths}) {
         EXPECT_EQ(Deserialize(NewBuffer(Tagged(text))), nullptr);
         EXPECT_NE(TakeReport().find("deep"), std::string::npos);
       }

@@ -3,6 +3,8 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 
 #include "StreamerWorld.h"
 
@@ -68,6 +70,26 @@ TEST_F(RoundTripTest, ObjectsComeBack) {
     RC_ASSERT(Show(read) == Show(object));
     RC_ASSERT(Document(read) == document);
   }));
+}
+
+TEST_F(RoundTripTest, MegabytesOnAFile) {
+  std::string text = "[";
+  for (int i = 0; i < 40000; ++i) {
+    const std::string number = std::to_string(i);
+    text += "<id " + number + " name (record number " + number + ") tags [a b " + number + ".5]>";
+  }
+  const Object object = Read((text + "]").c_str());
+
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), &std::fclose);
+  const std::string path = "/proc/self/fd/" + std::to_string(fileno(file.get()));
+  KAPContainer* stream = nullptr;
+  ASSERT_EQ((Do<Factory, "NewPositionableFileStream">(&stream, path.c_str(), "w+b")), "");
+  const Object onFile = Own(stream);
+  Serialize(onFile, object);
+  EXPECT_EQ(Contents(onFile), Document(object));
+  EXPECT_EQ((Do<KAPRewindableStreamInterface, "Rewind">(onFile.get())), "");
+  EXPECT_TRUE(IsEqual(Deserialize(onFile), object));
+  EXPECT_EQ(Rest(onFile), "");
 }
 
 }  // namespace

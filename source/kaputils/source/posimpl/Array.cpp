@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 
+#include "FetchAhead.h"
 #include "NestingGuard.h"
 #include "kap/KAPMemory.h"
 #include "kap/TOQException.h"
@@ -31,6 +32,13 @@ CPOSObject* NewSlots(std::uint32_t capacity) {
   return static_cast<CPOSObject*>(CKAPMemory::Alloc(size));
 }
 
+void DestroySlots(std::span<CPOSObject> slots) noexcept {
+  for (std::size_t i = 0; i < slots.size(); ++i) {
+    FetchAhead(slots, i);
+    std::destroy_at(&slots[i]);
+  }
+}
+
 }  // namespace
 
 // The slots are taken out first, and again while a release that calls back puts something in.
@@ -39,7 +47,7 @@ Array::~Array() {
     fCount = 0;
     const std::uint32_t capacity = std::exchange(fCapacity, 0);
     CPOSObject* elements = std::exchange(fElements, nullptr);
-    std::destroy_n(elements, capacity);
+    DestroySlots({elements, capacity});
     CKAPMemory::Free(elements);
   }
 }

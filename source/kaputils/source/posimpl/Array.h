@@ -41,10 +41,12 @@ class Array final : public TObjectKind<Array, HoldingObject> {
   }
   void Remove(std::uint64_t index) noexcept;  // nothing behind the end
 
+  // All slots, for walks; good until the array changes.
+  std::span<const CPOSObject> Elements() const noexcept { return {fElements, fCount}; }
+
  private:
   // Makes room for `count` slots: 4, then twice as many. Unchanged when it raises.
   void growToHold(std::uint32_t count);
-  std::span<const CPOSObject> Elements() const noexcept { return {fElements, fCount}; }
 
   CPOSObject* fElements = nullptr;  // fCapacity constructed slots in host memory
   std::uint32_t fCapacity = 0;

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "FetchAhead.h"
 #include "NestingGuard.h"
 #include "Number.h"
 #include "NumberText.h"
@@ -152,9 +153,10 @@ void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
   const NPOSObjectImpl::NestingGuard guard;
   {
     const Indented indented(fLevel);
-    for (std::uint32_t i = 0; i < array.Count(); ++i) {
+    for (std::size_t i = 0; i < array.Count(); ++i) {
+      NPOSObjectImpl::FetchAhead(array.Elements(), i);
       NewLine(out);
-      const CPOSObject& element = *array.Find(i);
+      const CPOSObject& element = array.Elements()[i];
       if (element.IsNull()) throw POSException("CPOSArray::GetAt subscript failed");
       SerializeObject(out, element);
     }

@@ -1,4 +1,5 @@
 #include "Category.h"
+#include "FetchAhead.h"
 #include "Length.h"
 
 namespace NPOSValidatorImpl {
@@ -14,6 +15,7 @@ template <class TypeAt>
 ErrorCount CheckMembers(const TypeCheck& check, const Array& members, TypeAt typeAt) {
   ErrorCount count = 0;
   for (std::uint32_t i = 0; i < members.Count(); ++i) {
+    NPOSObjectImpl::FetchAhead(members.Elements(), i);
     const Subject member(ElementAt(members, i).Handle());
     count += check.CheckPart(member, typeAt(i),
                              [=] { return FormatIntoPOSString("[%d]:", static_cast<int>(i)); });
