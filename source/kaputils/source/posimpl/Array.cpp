@@ -4,7 +4,6 @@
 #include <limits>
 #include <memory>
 
-#include "FetchAhead.h"
 #include "NestingGuard.h"
 #include "kap/KAPMemory.h"
 #include "kap/TOQException.h"
@@ -32,13 +31,6 @@ CPOSObject* NewSlots(std::uint32_t capacity) {
   return static_cast<CPOSObject*>(CKAPMemory::Alloc(size));
 }
 
-void DestroySlots(std::span<CPOSObject> slots) noexcept {
-  for (std::size_t i = 0; i < slots.size(); ++i) {
-    FetchAhead(slots, i);
-    std::destroy_at(&slots[i]);
-  }
-}
-
 }  // namespace
 
 // The slots are taken out first, and again while a release that calls back puts something in.
@@ -47,7 +39,7 @@ Array::~Array() {
     fCount = 0;
     const std::uint32_t capacity = std::exchange(fCapacity, 0);
     CPOSObject* elements = std::exchange(fElements, nullptr);
-    DestroySlots({elements, capacity});
+    std::destroy_n(elements, capacity);
     CKAPMemory::Free(elements);
   }
 }
