@@ -44,11 +44,12 @@ def read(paths, summary):
     for path in paths:
         with open(path, encoding="utf-8") as file:
             runs = json.load(file)["benchmarks"]
+        program = path.split("/")[-1].split(".")[0]
         for run in runs:
             if run.get("error_occurred"):
                 sys.exit(f"{path}: {run['name']}: {run.get('error_message', 'failed')}")
             if run["run_type"] == "iteration":
-                place = (path, run["family_index"], run["per_family_instance_index"])
+                place = (program, run["family_index"], run["per_family_instance_index"], run["run_name"])
                 families.setdefault(place, []).append(run)
     rows = {}
     for _, runs in sorted(families.items()):
