@@ -11,7 +11,8 @@ namespace NPOSObjectImpl {
 // first their containers, then they themselves. Where a heap is scattered each of them is a wait
 // for memory, which is over by the time the walk comes there (measured in bench/bench_stream.cpp).
 // Always inline: a function that does nothing else, g++ takes for one without effect.
-[[gnu::always_inline]] inline void FetchAhead(std::span<const CPOSObject> elements, std::size_t index) noexcept {
+[[gnu::always_inline]] inline void FetchAhead(std::span<const CPOSObject> elements,
+                                              std::size_t index) noexcept {
   constexpr std::size_t kContainersAhead = 12;
   constexpr std::size_t kObjectsAhead = 6;
   if (index + kContainersAhead < elements.size()) {
