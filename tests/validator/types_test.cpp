@@ -1,5 +1,5 @@
-#include <cmath>
 #include <fstream>
+#include <limits>
 
 #include "ValidatorWorld.h"
 
@@ -10,6 +10,8 @@ namespace {
 using namespace KAP_T_MT;
 
 const Outcome kValid = {"valid"};
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 class TypesTest : public ValidatorTest {
  protected:
@@ -101,19 +103,19 @@ TEST_F(TypesTest, IntrinsicTypes) {
 
 // What text notation cannot say.
 TEST_F(TypesTest, OtherObjects) {
-  for (double value : {double(NAN), double(INFINITY), -double(INFINITY), 1e300}) {
+  for (double value : {kNan, kInfinity, -kInfinity, 1e300}) {
     EXPECT_EQ(CheckOne("int", Number(value)), Outcome{"INT was not a whole number"});
     EXPECT_EQ(CheckOne("bool", Number(value)), Outcome{"BOOL was a number unequal to zero or one"});
   }
   EXPECT_EQ(CheckOne("bool", Number(-0.0)), kValid);
-  EXPECT_EQ(CheckOne("category real min 1 max 0 minexcl 1 maxexcl 0", Number(NAN)), kValid);
+  EXPECT_EQ(CheckOne("category real min 1 max 0 minexcl 1 maxexcl 0", Number(kNan)), kValid);
   const Object schema = Read("< T < category real > >");
   Put(Get(schema, "T"), "min", Number(1e308));
   EXPECT_EQ(Validate(Validator(schema), "T", Number(0)).front().size(), 27u + 309 + 7);
-  Put(Get(schema, "T"), "min", Number(INFINITY));
+  Put(Get(schema, "T"), "min", Number(kInfinity));
   EXPECT_EQ(Validate(Validator(schema), "T", Number(1e308)),
             Outcome{"Number below mininum value inf"});
-  EXPECT_EQ(Validate(Validator(schema), "T", Number(INFINITY)), kValid);
+  EXPECT_EQ(Validate(Validator(schema), "T", Number(kInfinity)), kValid);
 
   const Object data = BinData("png", "abc");
   EXPECT_EQ(CheckOne("category bindata minlen 3 maxlen 3 oneof [gif png]", data), kValid);
