@@ -1,6 +1,7 @@
 // Conversions of files: there and back, and what becomes of the file that is to be made.
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -170,9 +171,15 @@ TEST_F(WaitingTest, ATerminalShowsTheProgress) {
   ::close(std::exchange(fPipe[1], -1));
   EXPECT_EQ(running.Wait(), 0);
   EXPECT_EQ(fFolder.Content("out.typea"), document);
-  char shown[1000];
-  const ssize_t size = ::read(master, shown, sizeof shown);
-  const std::string text(shown, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  // What was written comes out of a terminal in pieces, some of them later.
+  std::string text;
+  pollfd ready = {master, POLLIN, 0};
+  while (!text.ends_with("%\r\033[K") && !text.ends_with("B\r\033[K") &&
+         ::poll(&ready, 1, 10'000) > 0) {
+    char piece[1000];
+    const ssize_t size = ::read(master, piece, sizeof piece);
+    text.append(piece, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  }
   EXPECT_EQ(text.rfind("\r\033[Kreading ", 0), 0U) << text;
   EXPECT_TRUE(text.ends_with("\r\033[K")) << text;
   ::close(terminal);
