@@ -62,13 +62,12 @@ KAPError* NewClientStream(KAPContainer** out, StreamLength length, void* client,
   *out = nullptr;
   if (IsRefused(Call::kStream)) return MemoryError();
   if (client == nullptr || !procs.IsComplete(length)) return InvalidArgument();
-  return ReturnError([&] {
-    auto* const stream = new ClientStream(length, client, procs);
-    std::unique_ptr<Stream> owner(stream);
-    KAPError* const error = ContainStream(out, owner);
-    if (error != nullptr) stream->Disown();
-    return error;
-  });
+  auto* const stream = new (std::nothrow) ClientStream(length, client, procs);
+  std::unique_ptr<Stream> owner(stream);
+  if (owner == nullptr) return MemoryError();
+  KAPError* const error = ContainStream(out, owner);
+  if (error != nullptr) stream->Disown();
+  return error;
 }
 
 KAPError* NewClientSimpleStream(KAPContainer** out, void* client, KAPClientReadProc read,

@@ -13,7 +13,7 @@ using namespace KAP_T_MT;
 namespace {
 
 CPOSDict AsDict(const CPOSObject& object, const std::string& name) {
-  const CPOSDict dict(object, true);
+  CPOSDict dict(object, true);
   if (dict.IsNull()) throw Failure(Printable(name) + ": a schema is a dictionary of types");
   return dict;
 }

@@ -27,9 +27,12 @@ class StreamerBase : public KAP_T_MT::CKAPVirtualClientBase {
   // Empty when the end of the construct comes instead of a value.
   virtual KAP_T_MT::CPOSObject DeserializeObject(
       const KAP_T_MT::CKAPPositionableStream& stream) = 0;
-  virtual void SerializeObject(NTypeAImpl::OCharStream& stream,
+  virtual void SerializeObject(NTypeAImpl::OCharStream& out,
                                const KAP_T_MT::CPOSObject& object) = 0;
-  virtual KAP_T_MT::CPOSObject DeserializeObject(NTypeAImpl::ICharStream& stream) = 0;
+  virtual KAP_T_MT::CPOSObject DeserializeObject(NTypeAImpl::ICharStream& in) = 0;
+
+  // The message for an object of a kind that the format does not have.
+  static constexpr const char* kCannotBeWritten = "Cannot determine writing params";
 
   // The parameters of the values that begin with the character, and of those of the object's type.
   virtual const NTypeAImpl::StreamParams& GetReadingParams(char open) const = 0;

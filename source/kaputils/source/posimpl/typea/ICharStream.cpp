@@ -46,8 +46,8 @@ bool ICharStream::GetSpecialChar(char* out, StreamParams::Meaning meaning) {
 char ICharStream::ReadEscape() {
   const char escape = NextByte();
   if (escape >= '0' && escape <= '9') {
-    const int second = NextByte();
-    const int third = NextByte();
+    const int second = static_cast<unsigned char>(NextByte());
+    const int third = static_cast<unsigned char>(NextByte());
     return static_cast<char>((escape - '0') * 64 + (second - '0') * 8 + (third - '0'));
   }
   const EscapePair* pair = Context().FindLetter(escape);

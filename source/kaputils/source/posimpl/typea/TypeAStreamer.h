@@ -16,8 +16,8 @@ class TypeAStreamer : public StreamerBase {
   void SerializeObject(const KAP_T_MT::CKAPPositionableStream& stream,
                        const KAP_T_MT::CPOSObject& object) final;
   KAP_T_MT::CPOSObject DeserializeObject(const KAP_T_MT::CKAPPositionableStream& stream) final;
-  void SerializeObject(OCharStream& stream, const KAP_T_MT::CPOSObject& object) final;
-  KAP_T_MT::CPOSObject DeserializeObject(ICharStream& stream) final;
+  void SerializeObject(OCharStream& out, const KAP_T_MT::CPOSObject& object) final;
+  KAP_T_MT::CPOSObject DeserializeObject(ICharStream& in) final;
 
  protected:
   explicit TypeAStreamer(int level) noexcept : fLevel(level) {}

@@ -52,7 +52,8 @@ void TypeAStreamer::SerializeObject(const KAP_T_MT::CKAPPositionableStream& stre
 
 void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) {
   const BaseObject* instance = BaseObject::GetInstanceNoThrow(object.Handle());
-  const StreamParams& params = GetWritingParams(instance ? instance->GetType() : 0);
+  if (!instance) throw POSException(kCannotBeWritten);
+  const StreamParams& params = GetWritingParams(instance->GetType());
   if (params.kType == KAP_T_MT::kPOSNumber) {
     return WriteNumberValue(out, params,
                             static_cast<const NPOSObjectImpl::Number*>(instance)->Get());

@@ -61,7 +61,7 @@ const StreamParams& Version10::GetWritingParams(int type) const {
     case KAP_T_MT::kPOSDict:
       return fDictStreamParams;
     default:
-      throw POSException("Cannot determine writing params");
+      throw POSException(kCannotBeWritten);
   }
 }
 
