@@ -104,7 +104,7 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
   using Base = KAPClientPositionableStream;
   const std::pair<std::function<void()>, const char*> rows[] = {
       {[] { CKAPError::ThrowError("own", "c", 3); }, "own|c|3"},
-      {[] { throw CKAPError(); }, kUnknown},
+      {[] { throw CKAPError(); }, "(empty)"},
       {[] { throw std::runtime_error("text"); }, "text|TOQ|0"},
       {[] { throw std::bad_alloc(); }, kOutOfMemory},
       {[] { throw 1; }, kUnknown}};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <type_traits>
+#include <utility>
 
 #include "kap/KAPBoundary.h"
 #include "kap/KAPClientBase.h"
@@ -20,6 +21,20 @@ template <class Client>
 Client& KAPClientAt(void* address) {
   if (!address) CKAPError::ThrowError(kUnknownErrorID);
   return *static_cast<Client*>(static_cast<CKAPVirtualClientBase*>(address));
+}
+
+// As KAPReturningError, but an empty CKAPError gives null, deliberately: it has no error to hand
+// over.
+template <class Body>
+KAPError* KAPReturningClientError(Body&& body) noexcept {
+  try {
+    std::forward<Body>(body)();
+    return nullptr;
+  } catch (const CKAPError& error) {
+    return CKAPError(error).Detach();
+  } catch (...) {
+    return KAPCurrentExceptionAsError();
+  }
 }
 
 // How the result of an operation crosses: as it is, a new client object as its address.
@@ -47,7 +62,7 @@ requires(!std::is_void_v<Result>) struct TKAPClientProc<Operation> {
   using Place = typename Crossing::Place;
 
   static KAPError* Call(Place* out, void* client, Args... args) noexcept {
-    return KAPReturningError([&] {
+    return KAPReturningClientError([&] {
       if (!out) CKAPError::ThrowError(kUnknownErrorID);
       *out = Place();
       *out = Crossing::Cross((KAPClientAt<Client>(client).*Operation)(args...));
@@ -58,13 +73,13 @@ requires(!std::is_void_v<Result>) struct TKAPClientProc<Operation> {
 template <class Client, class... Args, void (Client::*Operation)(Args...)>
 struct TKAPClientProc<Operation> {
   static KAPError* Call(void* client, Args... args) noexcept {
-    return KAPReturningError([&] { (KAPClientAt<Client>(client).*Operation)(args...); });
+    return KAPReturningClientError([&] { (KAPClientAt<Client>(client).*Operation)(args...); });
   }
 };
 
 // Deletes a client object; what its destructor raises becomes the error.
 inline KAPError* KAPDeleteClientProc(void* client) noexcept {
-  return KAPReturningError([=] { delete static_cast<CKAPVirtualClientBase*>(client); });
+  return KAPReturningClientError([=] { delete static_cast<CKAPVirtualClientBase*>(client); });
 }
 
 }  // namespace KAP_T_MT
