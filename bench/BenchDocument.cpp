@@ -102,4 +102,13 @@ Reference Parsed(const Document& document) {
   return Made(Statics::Call<"CreateFromText">(document.fText.c_str(), nullptr));
 }
 
+void ParseJson(benchmark::State& state, const Document& document) {
+  for (auto _ : state) {
+    const Json value = Json::parse(document.fJson);
+    benchmark::DoNotOptimize(&value);
+    benchmark::ClobberMemory();
+  }
+  SetItems(state, document.fCount);
+}
+
 }  // namespace Bench

@@ -28,4 +28,7 @@ Document NewDocument(Content content, std::int64_t count);
 
 Reference Parsed(const Document& document);
 
+// The peer of all reading: nlohmann's parse of the document, release included, for each iteration.
+void ParseJson(benchmark::State& state, const Document& document);
+
 }  // namespace Bench

@@ -164,11 +164,7 @@ void OurRead(State& state, Content content) {
 
 void JsonRead(State& state, Content content) {
   const Document document = NewDocument(content, state.range(0));
-  for (auto _ : state) {
-    const nlohmann::json value = nlohmann::json::parse(document.fJson);
-    DoNotOptimize(&value);
-    benchmark::ClobberMemory();
-  }
+  ParseJson(state, document);
   SetDone(state, document.fCount, document.fJson.size());
   SetTarget(state, kReadTarget);
 }

@@ -30,13 +30,7 @@ void OurParse(State& state, Content content) {
 }
 
 void JsonParse(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
-  for (auto _ : state) {
-    const nlohmann::json value = nlohmann::json::parse(document.fJson);
-    DoNotOptimize(&value);
-    benchmark::ClobberMemory();
-  }
-  SetItems(state, document.fCount);
+  ParseJson(state, NewDocument(content, state.range(0)));
   SetTarget(state, kTarget);
 }
 
