@@ -1,14 +1,14 @@
 // The procedures of "KAPUtilsDirInterface" and "KAPUtilsTempFileStreamFactory".
 
-#include "KAPUtilsDirImpl.h"
+#include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 
-#include "FiledObject.h"
-#include "KAPUtilsAtoms.h"
-#include "Required.h"
-#include "TempFileStream.h"
 #include "dir/KAPUtilsDirInterfaces.h"
 #include "kap/KAPBoundary.h"
 #include "kap/KAPRegistration.h"
+#include "kapimpl/FiledObject.h"
+#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/Required.h"
+#include "kaputilsdirimpl/TempFileStream.h"
 
 namespace NKAPUtilsDirImpl {
 

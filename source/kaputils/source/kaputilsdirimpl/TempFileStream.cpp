@@ -1,4 +1,4 @@
-#include "TempFileStream.h"
+#include "kaputilsdirimpl/TempFileStream.h"
 
 #include <cstring>
 #include <exception>

@@ -1,6 +1,6 @@
-#include "Category.h"
-#include "FetchAhead.h"
-#include "Length.h"
+#include "posimpl/base/FetchAhead.h"
+#include "posimpl/validator/Category.h"
+#include "posimpl/validator/Length.h"
 
 namespace NPOSValidatorImpl {
 

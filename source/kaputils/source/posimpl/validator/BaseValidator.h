@@ -1,8 +1,8 @@
 #pragma once
 
-#include "PropertyObjects.h"
 #include "kap/KAPClientBase.h"
 #include "pos/POSValidatorInterfaces.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TypeCheck.h"
+#include "posimpl/validator/TypeCheck.h"
 
 namespace NPOSValidatorImpl {
 

@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "Downcast.h"
-#include "Keywords.h"
+#include "posimpl/validator/Downcast.h"
+#include "posimpl/validator/Keywords.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,4 +1,4 @@
-#include "Category.h"
+#include "posimpl/validator/Category.h"
 
 namespace NPOSValidatorImpl {
 

@@ -2,11 +2,11 @@
 
 #include <cstdint>
 
-#include "PropertyObjects.h"
 #include "pos/POSArray.h"
 #include "pos/POSDictClient.h"
 #include "pos/POSNumber.h"
 #include "pos/POSString.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,4 +1,4 @@
-#include "Intrinsics.h"
+#include "posimpl/validator/Intrinsics.h"
 
 #include <cmath>
 #include <cstdint>

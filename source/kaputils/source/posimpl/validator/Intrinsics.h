@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Keywords.h"
-#include "Subject.h"
+#include "posimpl/validator/Keywords.h"
+#include "posimpl/validator/Subject.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,4 +1,4 @@
-#include "Length.h"
+#include "posimpl/validator/Length.h"
 
 #include <algorithm>
 #include <limits>

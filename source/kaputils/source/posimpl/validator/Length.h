@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "TypeCheck.h"
+#include "posimpl/validator/TypeCheck.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "MessageText.h"
 #include "SafeStringAPIs.h"
 #include "kap/TOQException.h"
+#include "posimpl/validator/MessageText.h"
 
 namespace NPOSValidatorImpl {
 

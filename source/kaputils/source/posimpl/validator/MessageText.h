@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "PropertyObjects.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 

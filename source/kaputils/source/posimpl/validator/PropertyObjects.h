@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Array.h"
-#include "AtomText.h"
-#include "BinData.h"
-#include "Dict.h"
-#include "Number.h"
-#include "RawPointer.h"
-#include "String.h"
-#include "UnicodeString.h"
+#include "posimpl/base/AtomText.h"
+#include "posimpl/objects/Array.h"
+#include "posimpl/objects/BinData.h"
+#include "posimpl/objects/Dict.h"
+#include "posimpl/objects/Number.h"
+#include "posimpl/objects/RawPointer.h"
+#include "posimpl/objects/String.h"
+#include "posimpl/objects/UnicodeString.h"
 
 // The property objects that are validated and that schemas are made of. Their classes are used
 // directly: reading a value takes no call across the boundary, and no reference.

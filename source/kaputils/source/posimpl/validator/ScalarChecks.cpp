@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "Category.h"
-#include "Length.h"
+#include "posimpl/validator/Category.h"
+#include "posimpl/validator/Length.h"
 
 namespace NPOSValidatorImpl {
 

@@ -4,12 +4,12 @@
 #include <cstring>
 #include <exception>
 
-#include "Downcast.h"
-#include "MetaSchema.h"
 #include "SafeStringAPIs.h"
-#include "StructValidator.h"
 #include "kap/KAPSharedBuff.h"
 #include "kap/TOQException.h"
+#include "posimpl/validator/Downcast.h"
+#include "posimpl/validator/MetaSchema.h"
+#include "posimpl/validator/StructValidator.h"
 
 namespace NPOSValidatorImpl {
 

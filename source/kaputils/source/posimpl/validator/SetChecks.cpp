@@ -1,6 +1,6 @@
 // The categories that combine types.
 
-#include "Category.h"
+#include "posimpl/validator/Category.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,16 +1,16 @@
-#include "StructValidator.h"
+#include "posimpl/validator/StructValidator.h"
 
 #include <memory>
 #include <utility>
 
-#include "Category.h"
-#include "FiledObject.h"
-#include "KAPUtilsAtoms.h"
-#include "MalformedDefinition.h"
-#include "NestingGuard.h"
-#include "Required.h"
 #include "kap/KAPSharedBuff.h"
 #include "kap/TOQException.h"
+#include "kapimpl/FiledObject.h"
+#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/Required.h"
+#include "posimpl/base/NestingGuard.h"
+#include "posimpl/validator/Category.h"
+#include "posimpl/validator/MalformedDefinition.h"
 
 namespace NPOSValidatorImpl {
 

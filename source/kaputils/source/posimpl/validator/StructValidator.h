@@ -1,12 +1,12 @@
 #pragma once
 
-#include "BaseValidator.h"
-#include "ErrorList.h"
-#include "Intrinsics.h"
-#include "Keywords.h"
-#include "ProcEntry.h"
-#include "PropertyObjects.h"
-#include "Subject.h"
+#include "posimpl/validator/BaseValidator.h"
+#include "posimpl/validator/ErrorList.h"
+#include "posimpl/validator/Intrinsics.h"
+#include "posimpl/validator/Keywords.h"
+#include "posimpl/validator/ProcEntry.h"
+#include "posimpl/validator/PropertyObjects.h"
+#include "posimpl/validator/Subject.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Definition.h"
-#include "ErrorList.h"
-#include "MessageText.h"
-#include "StructValidator.h"
-#include "Subject.h"
+#include "posimpl/validator/Definition.h"
+#include "posimpl/validator/ErrorList.h"
+#include "posimpl/validator/MessageText.h"
+#include "posimpl/validator/StructValidator.h"
+#include "posimpl/validator/Subject.h"
 
 namespace NPOSValidatorImpl {
 

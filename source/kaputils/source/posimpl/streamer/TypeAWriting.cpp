@@ -1,0 +1,187 @@
+// How values are written.
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <iterator>
+
+#include "pos/POSException.h"
+#include "posimpl/base/FetchAhead.h"
+#include "posimpl/base/NestingGuard.h"
+#include "posimpl/notation/NumberText.h"
+#include "posimpl/objects/Number.h"
+#include "posimpl/objects/RawPointer.h"
+#include "posimpl/objects/String.h"
+#include "posimpl/streamer/TypeAStreamer.h"
+
+namespace NPOSStreamerImpl::NTypeAImpl {
+
+using KAP_T_MT::CPOSObject;
+using KAP_T_MT::POSException;
+using NPOSObjectImpl::Array;
+using NPOSObjectImpl::BaseObject;
+using NPOSObjectImpl::BinData;
+using NPOSObjectImpl::Dict;
+
+namespace {
+
+constexpr char kUpperDigits[] = "0123456789ABCDEF";
+constexpr char kLowerDigits[] = "0123456789abcdef";
+
+constexpr std::size_t kBytesPerLine = 40;
+
+// One level of indentation more.
+class Indented {
+ public:
+  explicit Indented(std::int32_t& level) noexcept : fLevel(level) { ++fLevel; }
+  Indented(const Indented&) = delete;
+  Indented& operator=(const Indented&) = delete;
+  ~Indented() { --fLevel; }
+
+ private:
+  std::int32_t& fLevel;
+};
+
+}  // namespace
+
+void TypeAStreamer::SerializeObject(const KAP_T_MT::CKAPPositionableStream& stream,
+                                    const CPOSObject& object) {
+  OCharStream out(stream);
+  SerializeObject(out, object);
+}
+
+void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) {
+  const BaseObject* instance = BaseObject::GetInstanceNoThrow(object.Handle());
+  if (!instance) throw POSException(kCannotBeWritten);
+  const StreamParams& params = GetWritingParams(instance->GetType());
+  if (params.kType == KAP_T_MT::kPOSNumber) {
+    return WriteNumberValue(out, params,
+                            static_cast<const NPOSObjectImpl::Number*>(instance)->Get());
+  }
+  WriteValue(out, params, [&] { WriteContent(out, params.kType, *instance); });
+}
+
+// The close character is written as it is, also where the escapes of the value have one for it.
+template <class Content>
+void TypeAStreamer::WriteValue(OCharStream& out, const StreamParams& params, Content content) {
+  out.PutChar(params.kOpen);
+  const ContextScope context(out, params);
+  content();
+  out.PutRaw(params.kClose);
+}
+
+void TypeAStreamer::WriteContent(OCharStream& out, int type, const BaseObject& object) {
+  switch (type) {
+    case KAP_T_MT::kPOSString:
+      return out.PutText(static_cast<const NPOSObjectImpl::String&>(object).Get());
+    case KAP_T_MT::kPOSUnicodeString:
+      return WriteUnicode(out, static_cast<const NPOSObjectImpl::UnicodeString&>(object).Get());
+    case KAP_T_MT::kPOSBinData:
+      return WriteBinData(out, static_cast<const BinData&>(object));
+    case KAP_T_MT::kPOSRawPointer:
+      return WriteRawPointer(
+          out, static_cast<const NPOSObjectImpl::RawPointer&>(object).GetRawPointer());
+    case KAP_T_MT::kPOSArray:
+      return WriteArray(out, static_cast<const Array&>(object));
+    default:
+      return WriteDict(out, static_cast<const Dict&>(object));
+  }
+}
+
+// Few tabs, the ordinary case, come with the line feed in one copy.
+void TypeAStreamer::NewLine(OCharStream& out) const {
+  static constexpr char kLine[] = "\n\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t";
+  constexpr std::size_t kSize = sizeof kLine - 1;
+  const std::size_t length = 1 + static_cast<std::size_t>(fLevel);
+  out.PutInPlace<kSize>([=](char* place) {
+    std::memcpy(place, kLine, kSize);
+    return place + std::min(length, kSize);
+  });
+  if (length > kSize) [[unlikely]]
+    out.PutRaw('\t', length - kSize);
+}
+
+// Nothing in a number's text needs an escape, wherever it stands.
+void TypeAStreamer::WriteNumberValue(OCharStream& out, const StreamParams& params, double value) {
+  out.PutInPlace<NPOSObjectImpl::kNumberTextSize + 2>([&](char* place) {
+    *place++ = params.kOpen;
+    place = NPOSObjectImpl::WriteNumber(value, place);
+    *place++ = params.kClose;
+    return place;
+  });
+}
+
+// Upper-case digits for the high byte and lower-case ones for the low byte, deliberately.
+void TypeAStreamer::WriteUnicode(OCharStream& out, const unsigned short* units) {
+  for (; *units != 0; ++units) {
+    const unsigned unit = *units;
+    out.PutRaw(kUpperDigits[unit >> 12]);
+    out.PutRaw(kUpperDigits[unit >> 8 & 15]);
+    out.PutRaw(kLowerDigits[unit >> 4 & 15]);
+    out.PutRaw(kLowerDigits[unit & 15]);
+  }
+}
+
+void TypeAStreamer::WriteBinData(OCharStream& out, const BinData& data) {
+  WriteStringValue(out, data.GetTypeName());
+  out.PutRaw(' ');
+  WriteNumberValue(out, GetWritingParams(KAP_T_MT::kPOSNumber),
+                   static_cast<double>(data.GetSize()));
+  out.PutRaw(' ');
+  {
+    const Indented indented(fLevel);
+    const unsigned char* const bytes = data.GetBinData();
+    for (unsigned long i = 0; i < data.GetSize(); ++i) {
+      if (i % kBytesPerLine == 0) NewLine(out);
+      out.PutRaw(kUpperDigits[bytes[i] >> 4]);
+      out.PutRaw(kUpperDigits[bytes[i] & 15]);
+    }
+  }
+  NewLine(out);
+}
+
+// For debugging only: it cannot be read back.
+void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
+  char text[NPOSObjectImpl::kNumberTextSize];
+  if (!pointer) return out.PutRaw("(nil)");
+  out.PutRaw("0x");
+  const auto [end, error] = std::to_chars(std::begin(text), std::end(text),
+                                          reinterpret_cast<std::uintptr_t>(pointer), 16);
+  out.PutRaw(std::string_view(text, end));
+}
+
+void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
+  const NPOSObjectImpl::NestingGuard guard;
+  {
+    const Indented indented(fLevel);
+    for (std::size_t i = 0; i < array.Count(); ++i) {
+      NPOSObjectImpl::FetchAhead(array.Elements(), i);
+      NewLine(out);
+      const CPOSObject& element = array.Elements()[i];
+      if (element.IsNull()) throw POSException("CPOSArray::GetAt subscript failed");
+      SerializeObject(out, element);
+    }
+  }
+  NewLine(out);
+}
+
+void TypeAStreamer::WriteDict(OCharStream& out, const Dict& dict) {
+  const NPOSObjectImpl::NestingGuard guard;
+  {
+    const Indented indented(fLevel);
+    for (const auto* entry = dict.Entries().First(); entry;
+         entry = NPOSObjectImpl::DictTree::Next(entry)) {
+      NewLine(out);
+      WriteStringValue(out, entry->GetKey().Text());
+      out.PutRaw(' ');
+      SerializeObject(out, entry->Value());
+    }
+  }
+  NewLine(out);
+}
+
+void TypeAStreamer::WriteStringValue(OCharStream& out, const char* text) {
+  WriteValue(out, GetWritingParams(KAP_T_MT::kPOSString), [&] { out.PutText(text); });
+}
+
+}  // namespace NPOSStreamerImpl::NTypeAImpl
