@@ -84,4 +84,17 @@ struct TKAPInterface {
   }
 };
 
+// A list of interfaces.
+template <class... Interfaces>
+struct TKAPInterfaceSet {
+  static constexpr std::size_t kCount = sizeof...(Interfaces);
+  static constexpr const char* kNames[kCount] = {Interfaces::kName...};
+
+  // Calls visit.operator()<Interface>() for each interface, in order.
+  template <class Visitor>
+  static constexpr void ForEach(Visitor&& visit) {
+    (visit.template operator()<Interfaces>(), ...);
+  }
+};
+
 }  // namespace KAP_T_MT

@@ -24,8 +24,8 @@ namespace {
 // Deliberate: directories are filed under the names of validators, hence the type is asked as well.
 KAPUtilsDir* Contain(TKAPClientObject<KAPUtilsDirImpl> directory) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(std::move(directory), atoms.POSValidatorImpl, atoms.POSValidatorInterface,
-                    &DeleteKAPUtilsDirImpl);
+  return KAPContain(KAPFiledObject(std::move(directory)), atoms.POSValidatorImpl,
+                    atoms.POSValidatorInterface, &DeleteKAPUtilsDirImpl);
 }
 
 const KAPUtilsDirImpl& Instance(KAPUtilsDir* handle) {

@@ -1,6 +1,6 @@
 #include "posimpl/base/BaseObject.h"
 
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/FiledObject.h"
 
 namespace NPOSObjectImpl {
 
@@ -21,10 +21,10 @@ BaseObject& BaseObject::GetInstance(const POSObject* handle) {
   return *instance;
 }
 
-POSObject* BaseObject::NewFullContainer(BaseObject* object, KAPDeleteProc deleteObject) {
+POSObject* BaseObject::PutIntoContainer(std::unique_ptr<BaseObject> object,
+                                        KAPDeleteProc deleteObject) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAP_T_MT::CKAPContainer::NewFullContainer(object, atoms.POSObjectImpl,
-                                                   atoms.POSObjectInterface, deleteObject);
+  return KAPContain(std::move(object), atoms.POSObjectImpl, atoms.POSObjectInterface, deleteObject);
 }
 
 }  // namespace NPOSObjectImpl

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/single_threaded.h>
+
 #include <atomic>
 #include <memory>
 #include <utility>
@@ -9,27 +11,27 @@
 #include "kapimpl/KAPUtilsAtoms.h"
 #include "pos/POSException.h"
 #include "pos/POSObject.h"
-#include "posimpl/base/ProcessCounter.h"
 
 namespace NPOSObjectImpl {
 
 using KAP_T_MT::CPOSObject;
 using KAP_T_MT::POSException;
+using KAP_T_MT::POSType;
 
-// What stands behind the handle of a property object: the primary instance of its container.
+// What the handle of a property object stands for: the primary instance of its container.
 class BaseObject : public KAP_T_MT::CKAPClientBase {
  public:
   BaseObject(const BaseObject&) = delete;
   BaseObject& operator=(const BaseObject&) = delete;
-  virtual ~BaseObject() { AddToProcessCounter(fNumPOSObjects, -1); }
+  virtual ~BaseObject() { CountObjects(-1); }
 
   // This object itself when it cannot change, else a new one that the caller owns.
   virtual BaseObject* Clone() = 0;
   virtual bool IsEqual(const BaseObject& other) const = 0;
-  virtual int GetType() const = 0;  // a POSType
+  virtual POSType GetType() const = 0;
 
-  // The property object behind a handle. Without one (null, a container of another implementation,
-  // a host that refuses): null, or POSException "instance was not an POSObject".
+  // The property object of a handle. Without one (null, a container of another implementation, a
+  // host that fails): null, or POSException "instance was not an POSObject".
   static BaseObject* GetInstanceNoThrow(const POSObject* handle) noexcept {
     BaseObject* own = OwnInstance(handle);
     return own || !handle ? own : AskHost(handle);
@@ -37,7 +39,7 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   static BaseObject& GetInstance(const POSObject* handle);
 
   // The same for the primary instance of a container of ours, which is what nearly every handle
-  // stands for; null for any other handle. Asks nobody.
+  // stands for; null for any other handle. Calls nothing.
   static BaseObject* OwnInstance(const POSObject* handle) noexcept {
     const KAPUtilsAtoms* atoms = KAPUtilsAtoms::Find();
     if (!handle || !atoms) return nullptr;
@@ -45,7 +47,7 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
         KAP_T_MT::CKAPContainer::PrimaryInstance(handle, atoms->POSObjectImpl));
   }
 
-  // A reference to what must be a property object, see CPOSObject.
+  // A new reference to what must be a property object, see CPOSObject.
   static CPOSObject Reference(POSObject* handle) {
     if (!OwnInstance(handle)) return CPOSObject(handle);
     return CPOSObject(KAP_T_MT::CKAPContainer::AddRef(handle), KAP_T_MT::KAPAdopt());
@@ -54,13 +56,9 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   // Puts the object into a container: one reference for the caller.
   template <class Kind>
   static POSObject* Contain(std::unique_ptr<Kind> object) {
-    POSObject* handle = NewFullContainer(object.get(), object->GetDeleteProc());
-    static_cast<void>(object.release());  // the container's now
-    return handle;
+    const KAPDeleteProc deleteObject = object->GetDeleteProc();
+    return PutIntoContainer(std::unique_ptr<BaseObject>(std::move(object)), deleteObject);
   }
-
-  // The object written in `text`, see TextReader.h.
-  static CPOSObject CreateFromText(const char* text, const char** end);
 
   // Deliberate no-ops: they write nothing.
   static void DebugDump(const CPOSObject&, const char* /*header*/) noexcept {}
@@ -70,7 +68,7 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   virtual KAPDeleteProc GetDeleteProc() const noexcept = 0;
 
  protected:
-  BaseObject() noexcept { AddToProcessCounter(fNumPOSObjects, 1); }
+  BaseObject() noexcept { CountObjects(1); }
 
   template <class Kind>
   static void Delete(void* instance) noexcept {
@@ -79,7 +77,21 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
 
  private:
   static BaseObject* AskHost(const POSObject* handle) noexcept;
-  static POSObject* NewFullContainer(BaseObject* object, KAPDeleteProc deleteObject);
+  static POSObject* PutIntoContainer(std::unique_ptr<BaseObject> object,
+                                     KAPDeleteProc deleteObject);
+
+  // While the process has had only one thread, which the C library knows, an ordinary addition does:
+  // a locked one costs more than the rest of an object's constructor. A second thread is created
+  // after it and sees it.
+  static void CountObjects(int change) noexcept {
+    const auto difference = static_cast<unsigned int>(change);
+    if (__libc_single_threaded) {
+      fNumPOSObjects.store(fNumPOSObjects.load(std::memory_order_relaxed) + difference,
+                           std::memory_order_relaxed);
+    } else {
+      fNumPOSObjects.fetch_add(difference, std::memory_order_relaxed);
+    }
+  }
 
   static constinit std::atomic<unsigned int> fNumPOSObjects;  // live objects of all kinds
 };

@@ -39,7 +39,7 @@ void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
 
 CPOSObject HoldingObject::CloneOf(const CPOSObject& held) {
   const BaseObject* own = OwnInstance(held.Handle());
-  const bool isItsOwnClone = own ? own->GetType() < KAP_T_MT::kPOSArray : held.IsNull();
+  const bool isItsOwnClone = own ? KAP_T_MT::POSIsScalar(own->GetType()) : held.IsNull();
   return isItsOwnClone ? held : held.Clone();
 }
 

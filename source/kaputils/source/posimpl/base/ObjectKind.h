@@ -34,7 +34,7 @@ class TObjectKind : public Base {
     return As(const_cast<BaseObject*>(object));
   }
 
-  int GetType() const final { return Kind::kType; }
+  POSType GetType() const final { return Kind::kType; }
   KAPDeleteProc GetDeleteProc() const noexcept final { return &Base::template Delete<Kind>; }
 };
 
@@ -47,6 +47,18 @@ class TScalar : public TObjectKind<Kind, Base> {
     const Kind* same = TScalar::As(&other);
     return same && static_cast<const Kind*>(this)->EqualsSame(*same);
   }
+};
+
+// A new, empty array or dictionary, and the object inside its container, to be filled without
+// crossing the boundary for each value.
+template <class Kind>
+struct Made {
+  Made()
+      : fObject(Kind::NewContainer(), KAP_T_MT::KAPAdopt()),
+        fInstance(Kind::GetInstance(fObject.Handle())) {}
+
+  CPOSObject fObject;
+  Kind& fInstance;
 };
 
 }  // namespace NPOSObjectImpl

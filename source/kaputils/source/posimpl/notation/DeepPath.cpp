@@ -8,11 +8,12 @@
 // On < a < b [10 20 30] > > both "a.b[1]" and ".a.b[01]" lead to 20; "a.b[3]", "a.b[]", "a[0]" and
 // "a.b.c" lead nowhere.
 
+#include "posimpl/notation/DeepPath.h"
+
 #include <cstdint>
 #include <string_view>
 
 #include "posimpl/objects/Array.h"
-#include "posimpl/objects/Dict.h"
 
 namespace NPOSObjectImpl {
 
@@ -68,9 +69,9 @@ const CPOSObject* lookup(BaseObject* root, const char* rest) noexcept {
 
 }  // namespace
 
-CPOSObject Dict::DeepGet(const char* path, bool noThrow) const {
+CPOSObject DeepGet(const Dict& dict, const char* path, bool noThrow) {
   try {
-    if (const CPOSObject* value = lookup(const_cast<Dict*>(this), path)) return *value;
+    if (const CPOSObject* value = lookup(const_cast<Dict*>(&dict), path)) return *value;
   } catch (...) {  // whatever the cause: the path leads nowhere
   }
   if (!noThrow) throw POSException("Dict::DeepGet lookup failed");

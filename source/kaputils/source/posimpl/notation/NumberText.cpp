@@ -8,6 +8,8 @@
 #include <cstring>
 #include <limits>
 
+#include "posimpl/notation/Digits.h"
+
 namespace NPOSObjectImpl {
 
 namespace {
@@ -45,8 +47,6 @@ char* WriteShort(std::uint32_t value, char* text) noexcept {
   }
   return end;
 }
-
-bool IsDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 // The exponent of a number in decimal notation, as far as its sign matters.
 long Exponent(const char* begin, const char* end) noexcept {

@@ -1,9 +1,8 @@
 #include "posimpl/notation/TextReader.h"
 
 #include "kapimpl/Required.h"
-#include "posimpl/base/Made.h"
 #include "posimpl/base/NestingGuard.h"
-#include "posimpl/notation/TokenKind.h"
+#include "posimpl/base/ObjectKind.h"
 #include "posimpl/objects/Array.h"
 #include "posimpl/objects/Number.h"
 #include "posimpl/objects/String.h"
@@ -117,7 +116,7 @@ const char* TextReader::ReadKey(StringToken& token) {
   throw CFTParseError("Expected dictionary key string");
 }
 
-CPOSObject BaseObject::CreateFromText(const char* text, const char** end) {
+CPOSObject CreateFromText(const char* text, const char** end) {
   const char* ignored = nullptr;
   if (!end) end = &ignored;
   *end = nullptr;

@@ -8,13 +8,6 @@ namespace NPOSObjectImpl {
 
 class Array;
 
-// A syntax error: one static message. Caught where reading began; the caller learns the place, not
-// the message.
-class CFTParseError : public POSException {
- public:
-  using POSException::POSException;
-};
-
 // Reads objects in text notation:
 //
 //   text       := object                    whitespace may stand between any two items
@@ -52,5 +45,10 @@ class TextReader {
 
   const char* fCursor;
 };
+
+// The object written in `text`, and null in `*end`. A syntax error: an empty object, and where the
+// reader stopped. Any other failure is thrown, with the position reached in `*end`. `end` may be
+// null.
+CPOSObject CreateFromText(const char* text, const char** end);
 
 }  // namespace NPOSObjectImpl

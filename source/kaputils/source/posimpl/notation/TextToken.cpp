@@ -4,30 +4,18 @@
 #include <cstdint>
 #include <cstring>
 
-#include "posimpl/notation/TextReader.h"
-#include "posimpl/notation/TokenKind.h"
+#include "posimpl/notation/Digits.h"
 
 namespace NPOSObjectImpl {
 
 namespace {
 
-bool IsDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 bool ContinuesWord(char c) noexcept { return KindOf(c) == TokenKind::kWord || IsDigit(c); }
 bool ContinuesNumber(char c) noexcept { return IsDigit(c) || c == '.'; }
 
-// The value of a hexadecimal digit, or 16.
-unsigned int HexValue(char c) noexcept {
-  unsigned int value = 0;
-  return std::from_chars(&c, &c + 1, value, 16).ec == std::errc() ? value : 16;
-}
-
 unsigned short HexUnit(const char* digits) {
-  unsigned int unit = 0;
-  for (int i = 0; i < 4; ++i) {
-    const unsigned int value = HexValue(digits[i]);
-    if (value > 15) throw CFTParseError("Malformed Unicode string");
-    unit = unit * 16 + value;
-  }
+  unsigned unit = 0;
+  if (!ReadHex(digits, 4, &unit)) throw CFTParseError("Malformed Unicode string");
   return static_cast<unsigned short>(unit);
 }
 

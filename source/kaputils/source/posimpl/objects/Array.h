@@ -12,7 +12,7 @@ namespace NPOSObjectImpl {
 // and release last, since a release may call back.
 class Array final : public TObjectKind<Array, HoldingObject> {
  public:
-  static constexpr int kType = KAP_T_MT::kPOSArray;
+  static constexpr POSType kType = KAP_T_MT::kPOSArray;
   static constexpr const char* kNotInstance = "instance was not an POSArray";
 
   Array() noexcept = default;

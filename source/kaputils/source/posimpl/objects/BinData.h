@@ -9,7 +9,7 @@ namespace NPOSObjectImpl {
 // Bytes with a type name: a copy in host memory, none for no bytes.
 class BinData final : public TScalar<BinData> {
  public:
-  static constexpr int kType = KAP_T_MT::kPOSBinData;
+  static constexpr POSType kType = KAP_T_MT::kPOSBinData;
   static constexpr const char* kNotInstance = "instance was not an POSBinData";
 
   BinData(const char* typeName, const unsigned char* data, unsigned long size);

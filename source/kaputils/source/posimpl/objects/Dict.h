@@ -37,7 +37,7 @@ using DictTree = NPOSImpl::redblack_tree<DictEntry>;
 // release last, since a release may call back.
 class Dict final : public TObjectKind<Dict, HoldingObject> {
  public:
-  static constexpr int kType = KAP_T_MT::kPOSDict;
+  static constexpr POSType kType = KAP_T_MT::kPOSDict;
   static constexpr const char* kNotInstance = "instance was not an POSDict";
 
   Dict() noexcept = default;
@@ -53,10 +53,6 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   const CPOSObject* Find(const SortableStringAtom& key) const noexcept;
   // The value. Absent: an empty object if `noThrow`, else POSException "Dict::Get lookup failed".
   CPOSObject Get(const char* key, bool noThrow) const;
-  // The value that the path leads to, see DeepPath.cpp. When it leads nowhere, which includes that
-  // the host refuses anything: an empty object if `noThrow`, else POSException "Dict::DeepGet
-  // lookup failed".
-  CPOSObject DeepGet(const char* path, bool noThrow) const;
 
   // A key that is there keeps its atom and gets the new value. For a new one `makeKey` is asked for
   // the atom of the text.

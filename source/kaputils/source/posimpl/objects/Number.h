@@ -6,7 +6,7 @@ namespace NPOSObjectImpl {
 
 class Number final : public TScalar<Number> {
  public:
-  static constexpr int kType = KAP_T_MT::kPOSNumber;
+  static constexpr POSType kType = KAP_T_MT::kPOSNumber;
   static constexpr const char* kNotInstance = "instance was not an POSNumber";
 
   explicit Number(double value) noexcept : fValue(value) {}

@@ -9,7 +9,7 @@ namespace NPOSObjectImpl {
 // another object it holds that, so chains of them may be long.
 class RawPointer final : public TScalar<RawPointer, HoldingObject> {
  public:
-  static constexpr int kType = KAP_T_MT::kPOSRawPointer;
+  static constexpr POSType kType = KAP_T_MT::kPOSRawPointer;
   static constexpr const char* kNotInstance = "instance was not an POSRawPointer";
 
   ~RawPointer() override {
@@ -17,7 +17,13 @@ class RawPointer final : public TScalar<RawPointer, HoldingObject> {
   }
 
   // Until the container stands, the pointer is the caller's and nothing is released.
-  static POSObject* NewContainer(void* pointer, KAP_T_MT::POSReleaseProc release);
+  static POSObject* NewContainer(void* pointer, KAP_T_MT::POSReleaseProc release) {
+    std::unique_ptr<RawPointer> object(new RawPointer(pointer, release));
+    RawPointer& made = *object;
+    POSObject* handle = Contain(std::move(object));
+    made.fOwned = true;
+    return handle;
+  }
 
   void* GetRawPointer() const noexcept { return fPointer; }
   KAP_T_MT::POSReleaseProc GetReleaseProc() const noexcept { return fRelease; }

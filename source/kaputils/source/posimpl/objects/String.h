@@ -9,7 +9,7 @@ namespace NPOSObjectImpl {
 // An 8-bit string. Its text is an atom, so equal strings share one text.
 class String final : public TScalar<String> {
  public:
-  static constexpr int kType = KAP_T_MT::kPOSString;
+  static constexpr POSType kType = KAP_T_MT::kPOSString;
   static constexpr const char* kNotInstance = "instance was not an POSString";
 
   explicit String(const char* text) : fText(Required(text)) {}

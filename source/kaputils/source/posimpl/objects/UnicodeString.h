@@ -10,7 +10,7 @@ namespace NPOSObjectImpl {
 // A string of 16-bit units: a copy in host memory, with a zero unit behind it.
 class UnicodeString final : public TScalar<UnicodeString> {
  public:
-  static constexpr int kType = KAP_T_MT::kPOSUnicodeString;
+  static constexpr POSType kType = KAP_T_MT::kPOSUnicodeString;
   static constexpr const char* kNotInstance = "instance was not an POSUnicodeString";
 
   explicit UnicodeString(const unsigned short* text);

@@ -3,6 +3,7 @@
 #include "kap/KAPBoundary.h"
 #include "kap/KAPRegistration.h"
 #include "posimpl/base/BaseObject.h"
+#include "posimpl/notation/TextReader.h"
 #include "posimpl/procs/POSDictImpl.h"
 
 namespace NPOSObjectImpl {
@@ -46,17 +47,19 @@ void POSObjectDebugDumpRewindProc(POSObject* object, const char* header) noexcep
 }
 
 POSObject* POSObjectCreateFromTextProc(const char* text, const char** end) noexcept {
-  return KAPReportingError([=] { return BaseObject::CreateFromText(text, end).Detach(); });
+  return KAPReportingError([=] { return CreateFromText(text, end).Detach(); });
 }
 
 }  // namespace
 
-bool RegisterObjectProcs() {
+template <>
+bool RegisterProcs<KAP_T_MT::POSObjectInterface>() {
   return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::POSObjectInterface>(
       &POSObjectCloneProc, &POSObjectIsEqualProc, &POSObjectGetTypeProc);
 }
 
-bool RegisterStaticsProcs() {
+template <>
+bool RegisterProcs<KAP_T_MT::POSObjectStatics>() {
   return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::POSObjectStatics>(
       &POSObjectDebugDumpProc, &POSObjectDebugDumpWithHeaderProc, &POSObjectDebugDumpRewindProc,
       &POSObjectCreateFromTextProc);

@@ -8,6 +8,7 @@
 #include "kapimpl/KAPUtilsAtoms.h"
 #include "pos/POSStreamerInterfaces.h"
 #include "posimpl/base/BaseObject.h"
+#include "posimpl/streamer/StreamerVersions.h"
 
 namespace NPOSStreamerImpl {
 
@@ -55,8 +56,8 @@ void Write(CKAPPositionableStream& stream, std::string_view text) {
 
 void KAPImpl::Serialize(CKAPPositionableStream stream, const CPOSObject& object,
                         const char* version) const {
-  const std::string_view name = version ? version : StreamerBase::GetDefaultVersion();
-  const StreamerBase::Owner streamer = StreamerBase::LookupStreamer(name);
+  const std::string_view name = version ? version : GetDefaultVersion();
+  const StreamerBase::Owner streamer = LookupStreamer(name);
   Write(stream, name);
   Write(stream, " ");
   streamer->SerializeObject(stream, object);
@@ -64,7 +65,7 @@ void KAPImpl::Serialize(CKAPPositionableStream stream, const CPOSObject& object,
 
 CPOSObject KAPImpl::Deserialize(CKAPPositionableStream stream) const {
   const Tag tag(stream);
-  const StreamerBase::Owner streamer = StreamerBase::LookupStreamer(tag.Text());
+  const StreamerBase::Owner streamer = LookupStreamer(tag.Text());
   CPOSObject object = streamer->DeserializeObject(stream);
   if (object.IsNull()) throw POSException("POSObjectStreamerImpl::Deserialize failure");
   return object;
@@ -78,7 +79,7 @@ const KAPImpl& StreamerOf(POSStreamer* streamer) {
 
 POSStreamer* NewStreamer() {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAP_T_MT::KAPNewClient<KAPImpl>(), atoms.POSStreamerImpl,
+  return KAPContain(KAPFiledObject(KAP_T_MT::KAPNewClient<KAPImpl>()), atoms.POSStreamerImpl,
                     atoms.POSStreamerInterface, &DeletePOSStreamerImpl);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "posimpl/streamer/StreamerBase.h"
+#include "kap/KAPClientBase.h"
+#include "kap/KAPStream.h"
+#include "pos/POSObject.h"
 
 namespace NPOSStreamerImpl {
 

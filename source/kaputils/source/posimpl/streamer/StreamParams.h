@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "pos/POSKinds.h"
+
 namespace NPOSStreamerImpl::NTypeAImpl {
 
 // A character that must be escaped, and the letter that stands for it behind the backslash.
@@ -26,13 +28,15 @@ class StreamParams {
   // What a character that is read means.
   enum class Meaning : unsigned char { kItself, kSpace, kClose, kBackslash };
 
+  static constexpr KAP_T_MT::POSType kNoType = {};
   static constexpr std::size_t kMaxEscapes = 5;
   static constexpr char kPlain = '\0';  // written as it is
   static constexpr char kOctal = '\1';  // written as a backslash and three octal digits
 
   // `escapes` holds characters and letters by turns. White space that is not escaped is read as a
   // space, in all of them.
-  constexpr StreamParams(int type, char open, char close, std::string_view escapes) noexcept
+  constexpr StreamParams(KAP_T_MT::POSType type, char open, char close,
+                         std::string_view escapes) noexcept
       : kType(type), kOpen(open), kClose(close) {
     for (std::size_t i = 0; i + 1 < escapes.size(); i += 2) {
       fEscapes[i / 2] = {escapes[i], escapes[i + 1]};
@@ -59,7 +63,7 @@ class StreamParams {
     return nullptr;
   }
 
-  const int kType;  // the POSType of the values, 0 for the top level
+  const KAP_T_MT::POSType kType;  // of the values; kNoType at the top level
   const char kOpen;
   const char kClose;
 
@@ -85,6 +89,6 @@ class StreamParams {
 };
 
 // Outside all values.
-inline constexpr StreamParams kTopLevelParams(0, '\0', '\0', R"(\\)");
+inline constexpr StreamParams kTopLevelParams(StreamParams::kNoType, '\0', '\0', R"(\\)");
 
 }  // namespace NPOSStreamerImpl::NTypeAImpl

@@ -14,11 +14,6 @@ class StreamerBase : public KAP_T_MT::CKAPVirtualClientBase {
  public:
   using Owner = KAP_T_MT::TKAPClientObject<StreamerBase>;
 
-  // The streamer of that version; POSException "StreamerBase::LookupStreamer unrecognized version".
-  static Owner LookupStreamer(std::string_view version);
-  static const char* GetDefaultVersion();
-  static std::size_t GetNumStreamerCreatorProcs() noexcept;
-
   // The name of the version, a constant.
   virtual const char* GetVersion() const noexcept = 0;
 
@@ -36,14 +31,7 @@ class StreamerBase : public KAP_T_MT::CKAPVirtualClientBase {
 
   // The parameters of the values that begin with the character, and of those of the object's type.
   virtual const NTypeAImpl::StreamParams& GetReadingParams(char open) const = 0;
-  virtual const NTypeAImpl::StreamParams& GetWritingParams(int type) const = 0;
-
- private:
-  using CreatorProc = Owner (*)();
-
-  static Owner createStreamer_TypeAVersion10();
-
-  static const CreatorProc fStreamerCreatorProcs[1];  // the first is the default
+  virtual const NTypeAImpl::StreamParams& GetWritingParams(KAP_T_MT::POSType type) const = 0;
 };
 
 }  // namespace NPOSStreamerImpl

@@ -6,8 +6,9 @@
 #include "pos/POSException.h"
 #include "pos/POSNumber.h"
 #include "pos/POSString.h"
-#include "posimpl/base/Made.h"
 #include "posimpl/base/NestingGuard.h"
+#include "posimpl/base/ObjectKind.h"
+#include "posimpl/notation/Digits.h"
 #include "posimpl/notation/NumberText.h"
 #include "posimpl/objects/Number.h"
 #include "posimpl/objects/String.h"
@@ -32,24 +33,13 @@ constexpr std::size_t kMaxNumberLength = 62;
 constexpr std::ptrdiff_t kMaxQuickDigits = 15;  // exact as a double
 
 bool ContinuesNumber(char c) noexcept {
-  return (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.' || c == 'E' || c == 'e';
+  return NPOSObjectImpl::IsDigit(c) || c == '+' || c == '-' || c == '.' || c == 'E' || c == 'e';
 }
 
-// The value of a hexadecimal digit, 16 for another character.
-unsigned HexValue(char c) noexcept {
-  if (c >= '0' && c <= '9') return static_cast<unsigned>(c - '0');
-  const char lower = static_cast<char>(c | 0x20);
-  return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a' + 10) : 16;
-}
-
-// The number that `count` hexadecimal digits make; POSException with the message for others.
+// The number that the hexadecimal digits make; POSException with the message for others.
 unsigned HexNumber(const char* digits, std::size_t count, const char* malformed) {
   unsigned number = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const unsigned value = HexValue(digits[i]);
-    if (value > 15) throw POSException(malformed);
-    number = number * 16 + value;
-  }
+  if (!NPOSObjectImpl::ReadHex(digits, count, &number)) throw POSException(malformed);
   return number;
 }
 
@@ -115,9 +105,10 @@ CPOSObject TypeAStreamer::ReadValue(ICharStream& in, char open) {
       return ReadArray(in);
     case KAP_T_MT::kPOSDict:
       return ReadDict(in);
-    default:
+    case KAP_T_MT::kPOSRawPointer:
       throw POSException("Cannot meaningfully read in a raw pointer (write is for debugging only)");
   }
+  throw POSException("Cannot determine streaming params");
 }
 
 double TypeAStreamer::ReadNumber(ICharStream& in) {

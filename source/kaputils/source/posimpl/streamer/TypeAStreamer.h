@@ -24,7 +24,6 @@ class TypeAStreamer : public StreamerBase {
 
  private:
   // ---- Writing: the content of each kind ----
-  void WriteContent(OCharStream& out, int type, const NPOSObjectImpl::BaseObject& object);
   static void WriteNumberValue(OCharStream& out, const StreamParams& params, double value);
   static void WriteUnicode(OCharStream& out, const unsigned short* units);
   void WriteBinData(OCharStream& out, const NPOSObjectImpl::BinData& data);

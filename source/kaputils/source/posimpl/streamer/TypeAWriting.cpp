@@ -8,6 +8,7 @@
 #include "pos/POSException.h"
 #include "posimpl/base/FetchAhead.h"
 #include "posimpl/base/NestingGuard.h"
+#include "posimpl/notation/Digits.h"
 #include "posimpl/notation/NumberText.h"
 #include "posimpl/objects/Number.h"
 #include "posimpl/objects/RawPointer.h"
@@ -22,11 +23,13 @@ using NPOSObjectImpl::Array;
 using NPOSObjectImpl::BaseObject;
 using NPOSObjectImpl::BinData;
 using NPOSObjectImpl::Dict;
+using NPOSObjectImpl::kLowerHexDigits;
+using NPOSObjectImpl::kUpperHexDigits;
+using NPOSObjectImpl::Number;
+using NPOSObjectImpl::RawPointer;
+using NPOSObjectImpl::UnicodeString;
 
 namespace {
-
-constexpr char kUpperDigits[] = "0123456789ABCDEF";
-constexpr char kLowerDigits[] = "0123456789abcdef";
 
 constexpr std::size_t kBytesPerLine = 40;
 
@@ -44,6 +47,15 @@ class Indented {
 
 }  // namespace
 
+// The close character is written as it is, also where the escapes of the value have one for it.
+template <class Content>
+void TypeAStreamer::WriteValue(OCharStream& out, const StreamParams& params, Content content) {
+  out.PutChar(params.kOpen);
+  const ContextScope context(out, params);
+  content();
+  out.PutRaw(params.kClose);
+}
+
 void TypeAStreamer::SerializeObject(const KAP_T_MT::CKAPPositionableStream& stream,
                                     const CPOSObject& object) {
   OCharStream out(stream);
@@ -54,38 +66,29 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
   const BaseObject* instance = BaseObject::GetInstanceNoThrow(object.Handle());
   if (!instance) throw POSException(kCannotBeWritten);
   const StreamParams& params = GetWritingParams(instance->GetType());
-  if (params.kType == KAP_T_MT::kPOSNumber) {
-    return WriteNumberValue(out, params,
-                            static_cast<const NPOSObjectImpl::Number*>(instance)->Get());
-  }
-  WriteValue(out, params, [&] { WriteContent(out, params.kType, *instance); });
-}
-
-// The close character is written as it is, also where the escapes of the value have one for it.
-template <class Content>
-void TypeAStreamer::WriteValue(OCharStream& out, const StreamParams& params, Content content) {
-  out.PutChar(params.kOpen);
-  const ContextScope context(out, params);
-  content();
-  out.PutRaw(params.kClose);
-}
-
-void TypeAStreamer::WriteContent(OCharStream& out, int type, const BaseObject& object) {
-  switch (type) {
+  switch (params.kType) {
+    case KAP_T_MT::kPOSNumber:
+      return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
     case KAP_T_MT::kPOSString:
-      return out.PutText(static_cast<const NPOSObjectImpl::String&>(object).Get());
+      return WriteStringValue(out, static_cast<const NPOSObjectImpl::String*>(instance)->Get());
     case KAP_T_MT::kPOSUnicodeString:
-      return WriteUnicode(out, static_cast<const NPOSObjectImpl::UnicodeString&>(object).Get());
+      return WriteValue(out, params, [&] {
+        WriteUnicode(out, static_cast<const UnicodeString*>(instance)->Get());
+      });
     case KAP_T_MT::kPOSBinData:
-      return WriteBinData(out, static_cast<const BinData&>(object));
+      return WriteValue(out, params,
+                        [&] { WriteBinData(out, *static_cast<const BinData*>(instance)); });
     case KAP_T_MT::kPOSRawPointer:
-      return WriteRawPointer(
-          out, static_cast<const NPOSObjectImpl::RawPointer&>(object).GetRawPointer());
+      return WriteValue(out, params, [&] {
+        WriteRawPointer(out, static_cast<const RawPointer*>(instance)->GetRawPointer());
+      });
     case KAP_T_MT::kPOSArray:
-      return WriteArray(out, static_cast<const Array&>(object));
-    default:
-      return WriteDict(out, static_cast<const Dict&>(object));
+      return WriteValue(out, params,
+                        [&] { WriteArray(out, *static_cast<const Array*>(instance)); });
+    case KAP_T_MT::kPOSDict:
+      return WriteValue(out, params, [&] { WriteDict(out, *static_cast<const Dict*>(instance)); });
   }
+  throw POSException(kCannotBeWritten);
 }
 
 // Few tabs, the ordinary case, come with the line feed in one copy.
@@ -115,10 +118,10 @@ void TypeAStreamer::WriteNumberValue(OCharStream& out, const StreamParams& param
 void TypeAStreamer::WriteUnicode(OCharStream& out, const unsigned short* units) {
   for (; *units != 0; ++units) {
     const unsigned unit = *units;
-    out.PutRaw(kUpperDigits[unit >> 12]);
-    out.PutRaw(kUpperDigits[unit >> 8 & 15]);
-    out.PutRaw(kLowerDigits[unit >> 4 & 15]);
-    out.PutRaw(kLowerDigits[unit & 15]);
+    out.PutRaw(kUpperHexDigits[unit >> 12]);
+    out.PutRaw(kUpperHexDigits[unit >> 8 & 15]);
+    out.PutRaw(kLowerHexDigits[unit >> 4 & 15]);
+    out.PutRaw(kLowerHexDigits[unit & 15]);
   }
 }
 
@@ -133,8 +136,8 @@ void TypeAStreamer::WriteBinData(OCharStream& out, const BinData& data) {
     const unsigned char* const bytes = data.GetBinData();
     for (unsigned long i = 0; i < data.GetSize(); ++i) {
       if (i % kBytesPerLine == 0) NewLine(out);
-      out.PutRaw(kUpperDigits[bytes[i] >> 4]);
-      out.PutRaw(kUpperDigits[bytes[i] & 15]);
+      out.PutRaw(kUpperHexDigits[bytes[i] >> 4]);
+      out.PutRaw(kUpperHexDigits[bytes[i] & 15]);
     }
   }
   NewLine(out);

@@ -1,6 +1,5 @@
 #include "posimpl/base/FetchAhead.h"
-#include "posimpl/validator/Category.h"
-#include "posimpl/validator/Length.h"
+#include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,4 +1,4 @@
-#include "posimpl/validator/Category.h"
+#include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {
 

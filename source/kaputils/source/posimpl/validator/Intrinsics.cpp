@@ -81,4 +81,14 @@ const Intrinsic* Intrinsic::Find(AtomText name, const Keywords& words) noexcept 
   return nullptr;
 }
 
+IntrinsicCheck CheckIntrinsic(AtomText typeName, const Subject& object, const Keywords& words,
+                              ErrorList& errors) {
+  const Intrinsic* intrinsic = Intrinsic::Find(typeName, words);
+  if (!intrinsic) return IntrinsicCheck::kNotIntrinsic;
+  const char* fault = intrinsic->fFault(object, words);
+  if (!fault) return IntrinsicCheck::kValid;
+  errors.Append(fault);
+  return IntrinsicCheck::kInvalid;
+}
+
 }  // namespace NPOSValidatorImpl

@@ -5,6 +5,7 @@
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
 #include "kap/KAPRegistration.h"
+#include "posimpl/validator/SchemaCheck.h"
 #include "posimpl/validator/StructValidator.h"
 
 namespace NPOSValidatorImpl {
@@ -27,7 +28,7 @@ bool POSValidatorValidateProc(POSValidator* validator, POSObject* object, KAPStr
 
 POSValidator* POSStructValidatorNewStructValidatorProc(POSDict* schema) noexcept {
   return KAPReportingError(
-      [=] { return StructValidator::NewContainer(BaseObject::Reference(schema), false); });
+      [=] { return StructValidator::NewContainer(BaseObject::Reference(schema)); });
 }
 
 void POSStructValidatorRegisterCallbackProc(POSValidator* validator, KAPStringAtom* typeName,
@@ -41,7 +42,7 @@ void POSStructValidatorRegisterCallbackProc(POSValidator* validator, KAPStringAt
 
 // Deliberately without a handler: the caller may catch what the check raises.
 bool POSStructValidatorValidateSchemaProc(POSDict* schema, POSMessageProc message) {
-  return StructValidator::ValidateSchema(BaseObject::Reference(schema), message);
+  return ValidateSchema(BaseObject::Reference(schema), message);
 }
 
 }  // namespace

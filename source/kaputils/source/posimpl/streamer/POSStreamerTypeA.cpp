@@ -1,4 +1,4 @@
-#include "posimpl/streamer/Version10.h"
+#include "posimpl/streamer/POSStreamerTypeA.h"
 
 #include "pos/POSException.h"
 #include "pos/POSInterfaces.h"
@@ -44,7 +44,7 @@ const StreamParams& Version10::GetReadingParams(char open) const {
   }
 }
 
-const StreamParams& Version10::GetWritingParams(int type) const {
+const StreamParams& Version10::GetWritingParams(KAP_T_MT::POSType type) const {
   switch (type) {
     case KAP_T_MT::kPOSNumber:
       return fNumberStreamParams;
@@ -60,9 +60,8 @@ const StreamParams& Version10::GetWritingParams(int type) const {
       return fArrayStreamParams;
     case KAP_T_MT::kPOSDict:
       return fDictStreamParams;
-    default:
-      throw POSException(kCannotBeWritten);
   }
+  throw POSException(kCannotBeWritten);
 }
 
 }  // namespace NPOSStreamerImpl::NTypeAImpl
