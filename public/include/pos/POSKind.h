@@ -10,6 +10,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 template <class Interface, TKAPName IsKind, TKAPName Message>
 class TPOSKind : public CPOSObject {
  public:
+  static constexpr POSType kType = Interface::kType;
   static constexpr const char* kDowncastFailed = Message.fText;
 
   // An object of the kind, or an empty one; see the downcast.

@@ -1,7 +1,6 @@
-#include "TempFileStream.h"
+#include "kaputilsdirimpl/TempFileStream.h"
 
 #include <cstring>
-#include <exception>
 #include <mutex>
 #include <utility>
 
@@ -70,12 +69,7 @@ TempFileStream::TempFileStream(CKAPUtilsDir directory, CKAPStringAtom name, cons
 TempFileStream::~TempFileStream() noexcept(false) {
   CloseFile();
   if (!fDeleteOnRelease) return;
-  try {
-    fDirectory.Delete(fName);
-  } catch (...) {
-    if (std::uncaught_exceptions() == 0) throw;
-    KAP_T_MT::KAPReportCurrentException();  // a second exception would end the process
-  }
+  fFinishing.Run([this] { fDirectory.Delete(fName); }, &KAP_T_MT::KAPReportCurrentException);
 }
 
 // An empty memory stream takes the file stream's place, so that the file is closed before it is

@@ -3,6 +3,7 @@
 #include "dir/KAPUtilsDirClient.h"
 #include "kap/KAPClientStream.h"
 #include "kap/TOQWaitMutex.h"
+#include "kapimpl/Finishing.h"
 
 namespace NKAPUtilsDirImpl {
 
@@ -44,6 +45,7 @@ class TempFileStream : public KAP_T_MT::KAPClientPositionableStream {
   const bool fDeleteOnRelease;
   bool fReopenedForReading = false;
   KAP_T_MT::TOQWaitMutex fLock;
+  const Finishing fFinishing;
 };
 
 }  // namespace NKAPUtilsDirImpl

@@ -12,11 +12,11 @@
 #include <memory>
 #include <string_view>
 
-#include "KAPUtilsDirImpl.h"
 #include "SafeStringAPIs.h"
 #include "kap/KAPError.h"
 #include "kap/KAPMemory.h"
 #include "kap/TOQException.h"
+#include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 
 namespace NKAPUtilsDirImpl {
 

@@ -1,6 +1,5 @@
-#include "Category.h"
-#include "FetchAhead.h"
-#include "Length.h"
+#include "posimpl/base/FetchAhead.h"
+#include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {
 

@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "Downcast.h"
-#include "Keywords.h"
+#include "posimpl/validator/Keywords.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 
@@ -15,6 +15,8 @@ class Definition {
  public:
   Definition(const Dict& attributes, const Keywords& words) noexcept
       : fAttributes(attributes), fWords(words) {}
+
+  const Keywords& Words() const noexcept { return fWords; }
 
   const CPOSObject* Find(KeywordName name) const noexcept { return fAttributes.Find(fWords.*name); }
   template <class Kind>

@@ -1,4 +1,4 @@
-#include "Category.h"
+#include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,6 +1,6 @@
 // The categories that combine types.
 
-#include "Category.h"
+#include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {
 
@@ -8,7 +8,7 @@ namespace NPOSValidatorImpl {
 ErrorCount CheckUnion(const TypeCheck& check) {
   const auto* set = check.fDefinition.Get<Array>(&Keywords::Set);
   ErrorList collected = ErrorList::ForPartOf(check.fErrors);
-  const TypeCheck attempt = {check.fValidator, check.fDefinition, check.fCategory, check.fObject,
+  const TypeCheck attempt = {check.fChecker, check.fDefinition, check.fCategory, check.fObject,
                              collected};
   for (std::uint32_t i = 0; set && i < set->Count(); ++i) {
     const AtomText type = TextAt(*set, i);
