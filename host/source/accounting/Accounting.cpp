@@ -9,37 +9,32 @@ namespace {
 
 // Nothing here is ever destroyed: static objects of components may call the host until the very
 // end.
-constinit std::mutex gTallyMutex;
-constinit Tally* gTallies = nullptr;
-constinit std::array<Holding, kTallySlots> gRetired{};
+constinit std::mutex gMutex;
+constinit IntrusiveList<ThreadAccount> gAccounts;
+constinit std::array<Holding, kSlots> gRetired{};
 // Written by all threads for which there is no memory; what they count may then be lost.
-constinit Tally gSpare;
+constinit ThreadAccount gSpare;
 
-void Unlink(const Tally& tally) noexcept {
-  (tally.fPrevious != nullptr ? tally.fPrevious->fNext : gTallies) = tally.fNext;
-  if (tally.fNext != nullptr) tally.fNext->fPrevious = tally.fPrevious;
-}
-
-void AddEntry(Holding& sum, const Tally::Entry& entry) noexcept {
+void AddEntry(Holding& sum, const ThreadAccount::Entry& entry) noexcept {
   sum.fNumber += entry.fNumber.load(std::memory_order_relaxed);
   sum.fExtent += entry.fExtent.load(std::memory_order_relaxed);
 }
 
-// Adds the thread's numbers to those of the threads that have ended, when the thread ends.
-// Thread-local objects that are destroyed still later get a tally that stays.
+// When the thread ends, adds its numbers to those of the threads that have ended. Thread-local
+// objects that are destroyed still later get an account that stays.
 struct Retirement {
   ~Retirement() {
-    Tally* tally = tTally;
-    tTally = nullptr;
-    if (tally == nullptr || tally == &gSpare) return;
+    ThreadAccount* account = tAccount;
+    tAccount = nullptr;
+    if (!account) return;
     {
-      const std::lock_guard lock(gTallyMutex);
-      for (unsigned slot = 0; slot < kTallySlots; ++slot) {
-        AddEntry(gRetired[slot], tally->fEntries[slot]);
+      const std::lock_guard lock(gMutex);
+      for (unsigned slot = 0; slot < kSlots; ++slot) {
+        AddEntry(gRetired[slot], account->fEntries[slot]);
       }
-      Unlink(*tally);
+      gAccounts.Remove(*account);
     }
-    delete tally;
+    delete account;
   }
   bool fArmed = false;
 };
@@ -49,28 +44,24 @@ thread_local Retirement tRetirement;
 
 }  // namespace
 
-Tally& NewTally() noexcept {
+ThreadAccount& NewAccount() noexcept {
   if (!tRetirementArmed) {
     tRetirementArmed = true;
     tRetirement.fArmed = true;  // the first touch is what schedules the destructor
   }
-  Tally* tally = new (std::nothrow) Tally;
-  if (tally == nullptr) return gSpare;
-  const std::lock_guard lock(gTallyMutex);
-  tally->fNext = gTallies;
-  if (gTallies != nullptr) gTallies->fPrevious = tally;
-  gTallies = tally;
-  tTally = tally;
-  return *tally;
+  auto* account = new (std::nothrow) ThreadAccount;
+  if (!account) return gSpare;
+  const std::lock_guard lock(gMutex);
+  gAccounts.Append(*account);
+  tAccount = account;
+  return *account;
 }
 
-Holding TallyTotal(unsigned slot) noexcept {
-  const std::lock_guard lock(gTallyMutex);
+Holding TotalOf(unsigned slot) noexcept {
+  const std::lock_guard lock(gMutex);
   Holding sum = gRetired[slot];
   AddEntry(sum, gSpare.fEntries[slot]);
-  for (const Tally* tally = gTallies; tally != nullptr; tally = tally->fNext) {
-    AddEntry(sum, tally->fEntries[slot]);
-  }
+  gAccounts.ForEach([&](const ThreadAccount& account) { AddEntry(sum, account.fEntries[slot]); });
   return sum;
 }
 

@@ -3,54 +3,60 @@
 #include <array>
 #include <atomic>
 
+#include "accounting/Resources.h"
+#include "base/IntrusiveList.h"
 #include "kaphost/Snapshot.h"
 
 namespace KAPHost {
 
-// The numbers in the books. Each thread writes a tally of its own, without locked instructions, and
-// a total is the sum over all threads, those that have ended included: a block that one thread
-// allocates and another one frees leaves 1 and -1 behind.
+// The host's accounting. Each thread counts in slots of its own, without locked instructions. A
+// total is the sum over all threads, those that have ended included: a block that one thread
+// allocates and another one frees leaves 1 and -1 in their slots.
 
-inline constexpr unsigned kTallySlots = 128;
+inline constexpr unsigned kSlots = 128;
 
-// Slots: the kinds that have no names, the containers without a type, those of one type each, and
-// those of all types for which no slot was left.
-inline constexpr unsigned kBlockSlot = 0;
-inline constexpr unsigned kBufferSlot = 1;
-inline constexpr unsigned kCacheIDSlot = 2;
-inline constexpr unsigned kCacheItemSlot = 3;
-inline constexpr unsigned kCacheSetSlot = 4;
-inline constexpr unsigned kCachePurgeSlot = 5;
-inline constexpr unsigned kSinkSlot = 6;
-inline constexpr unsigned kProgressSlot = 7;
-inline constexpr unsigned kUntypedSlot = 8;
-inline constexpr unsigned kFirstTypeSlot = 9;
-inline constexpr unsigned kOtherTypesSlot = kTallySlots - 1;
+// The slot of a resource. That of containers counts those without a type.
+constexpr unsigned SlotOf(KAPResource resource) { return static_cast<unsigned>(resource); }
 
-struct Tally {
+// Types of containers have a slot each; those for which none is left share the last one.
+inline constexpr unsigned kFirstTypeSlot = kResources;
+inline constexpr unsigned kOtherTypesSlot = kSlots - 1;
+static_assert(kFirstTypeSlot < kOtherTypesSlot);
+
+// What one thread counts.
+struct ThreadAccount {
   struct Entry {
     std::atomic<long> fNumber{0};
     std::atomic<long> fExtent{0};
   };
 
-  std::array<Entry, kTallySlots> fEntries;
-  Tally* fPrevious = nullptr;
-  Tally* fNext = nullptr;
+  std::array<Entry, kSlots> fEntries;
+  ListLinks<ThreadAccount> fLinks;
 };
 
-inline thread_local constinit Tally* tTally = nullptr;
+inline thread_local constinit ThreadAccount* tAccount = nullptr;
 
-// Sets tTally.
-Tally& NewTally() noexcept;
+// Sets tAccount.
+ThreadAccount& NewAccount() noexcept;
 
+// Adds to the thread's numbers of a slot.
 inline void Count(unsigned slot, long number, long extent) noexcept {
-  Tally& tally = tTally != nullptr ? *tTally : NewTally();
-  Tally::Entry& entry = tally.fEntries[slot];
+  ThreadAccount& account = tAccount ? *tAccount : NewAccount();
+  ThreadAccount::Entry& entry = account.fEntries[slot];
   constexpr auto relaxed = std::memory_order_relaxed;
   if (number != 0) entry.fNumber.store(entry.fNumber.load(relaxed) + number, relaxed);
   entry.fExtent.store(entry.fExtent.load(relaxed) + extent, relaxed);
 }
 
-Holding TallyTotal(unsigned slot) noexcept;
+inline void Count(KAPResource resource, long number, long extent) noexcept {
+  Count(SlotOf(resource), number, extent);
+}
+
+Holding TotalOf(unsigned slot) noexcept;
+
+// Adds what is held of a resource that is counted by name. Each such resource has a specialisation,
+// where its things are kept.
+template <KAPResource kResource>
+void AddNamed(Snapshot& snapshot);
 
 }  // namespace KAPHost

@@ -2,6 +2,8 @@
 
 #include <ostream>
 
+#include "accounting/Resources.h"
+
 namespace KAPHost {
 
 namespace {
@@ -10,62 +12,43 @@ std::string Amount(long amount, const char* unit) {
   return std::to_string(amount) + ' ' + unit + (amount == 1 ? "" : "s");
 }
 
-std::string Line(KAPResource kind, const std::string& name, Holding holding) {
-  const std::string quoted = " \"" + name + "\": ";
+std::string Line(KAPResource resource, const std::string& name, Holding holding) {
+  const ResourceText& text = TextOf(resource);
+  const std::string label =
+      text.fIsNamed ? text.fLabel + (" \"" + name + "\": ") : std::string(text.fLabel) + ": ";
+  if (resource == KAPResource::kAtom) return label + Amount(holding.fNumber, "reference");
   const std::string number = std::to_string(holding.fNumber);
-  const auto with = [&](const char* unit) {
-    return number + " (" + Amount(holding.fExtent, unit) + ')';
-  };
-  switch (kind) {
-    case KAPResource::kAtom:
-      return "atom" + quoted + Amount(holding.fNumber, "reference");
-    case KAPResource::kError:
-      return "error" + quoted + with("reference");
-    case KAPResource::kContainer:
-      return "container" + quoted + with("reference");
-    case KAPResource::kBlock:
-      return "blocks: " + with("byte");
-    case KAPResource::kBuffer:
-      return "shared buffers: " + with("byte");
-    case KAPResource::kFile:
-      return "open file" + quoted + number;
-    case KAPResource::kCacheID:
-      return "cache identities: " + with("reference");
-    case KAPResource::kCacheItem:
-      return "cached items: " + number + " (cost " + std::to_string(holding.fExtent) + ')';
-    case KAPResource::kCacheSet:
-      return "cache sets: " + with("reference");
-    case KAPResource::kCachePurge:
-      return "cache purges: " + number;
-    case KAPResource::kSink:
-      return "data sinks: " + with("reference");
-    case KAPResource::kProgress:
-      return "progress objects: " + with("reference");
-    case KAPResource::kNothing:
-    case KAPResource::kCount:
-      break;
+  switch (text.fExtent) {
+    case Extent::kNone:
+      return label + number;
+    case Extent::kReferences:
+      return label + number + " (" + Amount(holding.fExtent, "reference") + ')';
+    case Extent::kBytes:
+      return label + number + " (" + Amount(holding.fExtent, "byte") + ')';
+    case Extent::kCost:
+      return label + number + " (cost " + std::to_string(holding.fExtent) + ')';
   }
   return {};
 }
 
 }  // namespace
 
-void Snapshot::Add(KAPResource kind, std::string_view name, Holding holding) {
-  const auto entry = fHoldings.try_emplace({kind, std::string(name)}).first;
+void Snapshot::Add(KAPResource resource, std::string_view name, Holding holding) {
+  const auto entry = fHoldings.try_emplace({resource, std::string(name)}).first;
   entry->second.fNumber += holding.fNumber;
   entry->second.fExtent += holding.fExtent;
   if (entry->second == Holding()) fHoldings.erase(entry);
 }
 
-Holding Snapshot::Of(KAPResource kind, std::string_view name) const {
-  const auto entry = fHoldings.find({kind, std::string(name)});
+Holding Snapshot::Of(KAPResource resource, std::string_view name) const {
+  const auto entry = fHoldings.find({resource, std::string(name)});
   return entry == fHoldings.end() ? Holding() : entry->second;
 }
 
-Holding Snapshot::Total(KAPResource kind) const {
+Holding Snapshot::Total(KAPResource resource) const {
   Holding total;
   for (const auto& [key, holding] : fHoldings) {
-    if (key.first != kind) continue;
+    if (key.first != resource) continue;
     total.fNumber += holding.fNumber;
     total.fExtent += holding.fExtent;
   }

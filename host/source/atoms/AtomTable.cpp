@@ -51,11 +51,11 @@ bool HasText(const KAPStringAtom& atom, std::string_view text) noexcept {
 }  // namespace
 
 KAPStringAtom* AtomTable::Intern(const char* text) noexcept {
-  if (text == nullptr) return nullptr;
+  if (!text) return nullptr;
   const std::string_view view(text);
   const std::size_t hash = Hash(view);
   const ThreadLock lock(fMutex);
-  for (KAPStringAtom* atom = fBuckets[hash & fMask]; atom != nullptr; atom = atom->fNext) {
+  for (KAPStringAtom* atom = fBuckets[hash & fMask]; atom; atom = atom->fNext) {
     if (atom->fHash == hash && HasText(*atom, view)) {
       Increment(atom->fCount);
       return atom;
@@ -66,7 +66,7 @@ KAPStringAtom* AtomTable::Intern(const char* text) noexcept {
 
 KAPStringAtom* AtomTable::Add(std::string_view text, std::size_t hash) noexcept {
   void* storage = std::malloc(sizeof(KAPStringAtom) + text.size() + 1);
-  if (storage == nullptr) return nullptr;
+  if (!storage) return nullptr;
   if (fSize > fMask) Grow();
   KAPStringAtom*& bucket = fBuckets[hash & fMask];
   auto* atom = new (storage) KAPStringAtom{bucket, hash, text.size(), 1};
@@ -80,9 +80,9 @@ KAPStringAtom* AtomTable::Add(std::string_view text, std::size_t hash) noexcept 
 void AtomTable::Grow() noexcept {
   const std::size_t size = 2 * (fMask + 1);
   auto** buckets = new (std::nothrow) KAPStringAtom* [size] {};
-  if (buckets == nullptr) return;
+  if (!buckets) return;
   for (std::size_t i = 0; i <= fMask; ++i) {
-    for (KAPStringAtom *atom = fBuckets[i], *next; atom != nullptr; atom = next) {
+    for (KAPStringAtom *atom = fBuckets[i], *next; atom; atom = next) {
       next = atom->fNext;
       KAPStringAtom*& bucket = buckets[atom->fHash & (size - 1)];
       atom->fNext = bucket;
@@ -95,11 +95,11 @@ void AtomTable::Grow() noexcept {
 }
 
 void AtomTable::AddRef(KAPStringAtom* atom) noexcept {
-  if (atom != nullptr) Increment(atom->fCount);
+  if (atom) Increment(atom->fCount);
 }
 
 void AtomTable::Release(KAPStringAtom* atom) noexcept {
-  if (atom == nullptr) return;
+  if (!atom) return;
   const long before =
       Update(atom->fCount, [](long count) { return count > 1 ? count - 1 : count; });
   if (before == 1) ReleaseLast(atom);

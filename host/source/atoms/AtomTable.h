@@ -15,6 +15,7 @@ struct KAPStringAtom {
   std::atomic<long> fCount;
 
   const char* Text() const noexcept { return reinterpret_cast<const char*>(this + 1); }
+  std::string_view View() const noexcept { return {Text(), fLength}; }
 };
 
 namespace KAPHost {
@@ -39,7 +40,7 @@ class AtomTable {
   void ForEach(Visit visit) {
     const std::lock_guard lock(fMutex);
     for (std::size_t i = 0; i <= fMask; ++i) {
-      for (const KAPStringAtom* atom = fBuckets[i]; atom != nullptr; atom = atom->fNext) {
+      for (const KAPStringAtom* atom = fBuckets[i]; atom; atom = atom->fNext) {
         visit(*atom, atom->fCount.load(std::memory_order_relaxed));
       }
     }

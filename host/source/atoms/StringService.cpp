@@ -1,7 +1,7 @@
+#include "accounting/Accounting.h"
 #include "atoms/AtomTable.h"
-#include "binder/Services.h"
-#include "containers/ContainerTypes.h"
-#include "faults/Gate.h"
+#include "binder/Registration.h"
+#include "kap/KAPStringInterface.h"
 
 // The procedures of KAPStringInterface.
 
@@ -9,39 +9,27 @@ namespace KAPHost {
 
 namespace {
 
-KAPStringAtom* NewStringAtom(const char* text) noexcept {
-  return Fails(KAPFault::kAtom) ? nullptr : gAtoms.Intern(text);
-}
+KAPStringAtom* NewStringAtom(const char* text) noexcept { return gAtoms.Intern(text); }
 
 void DeleteStringAtom(KAPStringAtom* atom) noexcept { gAtoms.Release(atom); }
 
-const char* GetCString(KAPStringAtom* atom) noexcept {
-  return atom != nullptr ? atom->Text() : nullptr;
-}
+const char* GetCString(KAPStringAtom* atom) noexcept { return atom ? atom->Text() : nullptr; }
 
 void AddRef(KAPStringAtom* atom) noexcept { gAtoms.AddRef(atom); }
 
-void RegisterStrings(Binder& binder) {
-  RegisterProcs<KAP_T_MT::KAPStringInterface>(binder, &NewStringAtom, &DeleteStringAtom,
-                                              &GetCString, &AddRef);
-}
-
-std::string_view View(const KAPStringAtom& atom) { return {atom.Text(), atom.fLength}; }
-
-// Without the references that the types hold.
-void CountAtoms(Snapshot& books) {
-  gAtoms.ForEach([&](const KAPStringAtom& atom, long references) {
-    books.Add(KAPResource::kAtom, View(atom), {references, 0});
-  });
-  gContainerTypes.ForEach([&](const ContainerType& type) {
-    for (const KAPStringAtom* atom : {type.fInstanceName, type.fInterfaceName}) {
-      if (atom != nullptr) books.Add(KAPResource::kAtom, View(*atom), {-1, 0});
-    }
-  });
-}
-
 }  // namespace
 
-const Service kStringService = {&RegisterStrings, &CountAtoms};
+template <>
+void RegisterService<KAP_T_MT::KAPStringInterface>(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPStringInterface, &NewStringAtom, &DeleteStringAtom, &GetCString,
+                &AddRef>(binder);
+}
+
+template <>
+void AddNamed<KAPResource::kAtom>(Snapshot& snapshot) {
+  gAtoms.ForEach([&](const KAPStringAtom& atom, long references) {
+    snapshot.Add(KAPResource::kAtom, atom.View(), {references, 0});
+  });
+}
 
 }  // namespace KAPHost

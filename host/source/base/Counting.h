@@ -52,12 +52,12 @@ Value Decrement(std::atomic<Value>& count) noexcept {
 class ThreadLock {
  public:
   explicit ThreadLock(std::mutex& mutex) : fMutex(IsSingleThreaded() ? nullptr : &mutex) {
-    if (fMutex != nullptr) fMutex->lock();
+    if (fMutex) fMutex->lock();
   }
   ThreadLock(const ThreadLock&) = delete;
   ThreadLock& operator=(const ThreadLock&) = delete;
   ~ThreadLock() {
-    if (fMutex != nullptr) fMutex->unlock();
+    if (fMutex) fMutex->unlock();
   }
 
  private:

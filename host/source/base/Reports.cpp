@@ -3,6 +3,8 @@
 #include <new>
 #include <utility>
 
+#include "base/Current.h"
+
 namespace KAPHost {
 
 void Reports::Add(const char* message) noexcept {
@@ -25,6 +27,10 @@ std::vector<std::string> Reports::All() const {
 std::vector<std::string> Reports::Take() {
   const std::lock_guard lock(fMutex);
   return std::exchange(fMessages, {});
+}
+
+void Report(const char* message) noexcept {
+  if (Reports* reports = Current<Reports>()) reports->Add(message);
 }
 
 }  // namespace KAPHost

@@ -7,7 +7,7 @@
 
 namespace KAPHost {
 
-// The messages that components reported. Thread-safe.
+// The messages that components report. Thread-safe.
 class Reports {
  public:
   explicit Reports(std::function<void(const std::string&)> onReport)
@@ -23,5 +23,8 @@ class Reports {
   mutable std::mutex fMutex;
   std::vector<std::string> fMessages;
 };
+
+// Adds to the reports of the live host, if any.
+void Report(const char* message) noexcept;
 
 }  // namespace KAPHost

@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <mutex>
+#include <new>
+
+#include "faults/FaultRules.h"
 
 namespace KAPHost {
 
@@ -13,32 +16,49 @@ static_assert(sizeof gUnregisterCount == sizeof(unsigned long) &&
 
 }  // namespace
 
-void Binder::Register(std::string_view interfaceName, std::string_view methodName,
-                      std::string_view procName, void* proc) {
+bool Binder::Register(const char* interfaceName, const char* methodName, const char* procName,
+                      void* proc) {
+  if (!interfaceName || !methodName || !procName || !proc) return false;
   const std::unique_lock lock(fMutex);
-  auto procs = fInterfaces.find(interfaceName);
+  auto procs = fInterfaces.find(std::string_view(interfaceName));
   const bool isNew = procs == fInterfaces.end();
   if (isNew) procs = fInterfaces.emplace(interfaceName, Procs()).first;
   try {
-    procs->second.insert_or_assign({std::string(methodName), std::string(procName)}, proc);
+    procs->second.insert_or_assign({methodName, procName}, proc);
   } catch (...) {
     if (isNew) fInterfaces.erase(procs);
     throw;
   }
+  return true;
 }
 
-void Binder::Unregister(std::string_view interfaceName) noexcept {
+bool Binder::RegisterForComponent(const char* interfaceName, const char* methodName,
+                                  const char* procName, void* proc) noexcept {
+  if (interfaceName && methodName && fFaultRules.FailsRegistration(interfaceName, methodName)) {
+    return false;
+  }
+  try {
+    return Register(interfaceName, methodName, procName, proc);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+void Binder::Unregister(const char* interfaceName) noexcept {
+  if (!interfaceName) return;
   const std::unique_lock lock(fMutex);
-  const auto procs = fInterfaces.find(interfaceName);
+  const auto procs = fInterfaces.find(std::string_view(interfaceName));
   if (procs == fInterfaces.end()) return;
   fInterfaces.erase(procs);
   gUnregisterCount.fetch_add(1, std::memory_order_release);
 }
 
-void* Binder::Find(std::string_view interfaceName, std::string_view methodName,
-                   std::string_view procName) const noexcept {
+void* Binder::Find(const char* interfaceName, const char* methodName,
+                   const char* procName) const noexcept {
+  if (!interfaceName || !methodName || !procName) return nullptr;
+  if (fFaultRules.IsHidden(interfaceName, methodName)) return nullptr;
   const std::shared_lock lock(fMutex);
-  const auto procs = fInterfaces.find(interfaceName);
+  const auto procs = fInterfaces.find(std::string_view(interfaceName));
   if (procs == fInterfaces.end()) return nullptr;
   const auto proc = procs->second.find(Names(methodName, procName));
   return proc == procs->second.end() ? nullptr : proc->second;

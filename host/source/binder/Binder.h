@@ -9,18 +9,28 @@
 
 namespace KAPHost {
 
+class FaultRules;
+
 // The registry of procedures by interface, method and procedure name. Thread-safe; look-ups do not
 // wait for each other.
 class Binder {
  public:
-  // Replaces a procedure under the same names. Throws std::bad_alloc.
-  void Register(std::string_view interfaceName, std::string_view methodName,
-                std::string_view procName, void* proc);
-  // When the interface had any procedures, they are gone and the unregister counter has grown by
-  // one.
-  void Unregister(std::string_view interfaceName) noexcept;
-  void* Find(std::string_view interfaceName, std::string_view methodName,
-             std::string_view procName) const noexcept;
+  explicit Binder(const FaultRules& faultRules) : fFaultRules(faultRules) {}
+  Binder(const Binder&) = delete;
+  Binder& operator=(const Binder&) = delete;
+
+  // Replaces a procedure under the same names. False when a name or the procedure is null. Throws
+  // std::bad_alloc.
+  bool Register(const char* interfaceName, const char* methodName, const char* procName,
+                void* proc);
+  // The same with fault injection, noexcept for use across the boundary: false when out of memory.
+  bool RegisterForComponent(const char* interfaceName, const char* methodName, const char* procName,
+                            void* proc) noexcept;
+  // When the interface has any procedures, removes them and raises the unregister counter by one.
+  void Unregister(const char* interfaceName) noexcept;
+  // Null when there is no such procedure, when it is hidden, and when a name is null.
+  void* Find(const char* interfaceName, const char* methodName,
+             const char* procName) const noexcept;
 
   // The counter of the process: it outlives every binder and never goes back.
   static unsigned long* UnregisterCountAddr() noexcept;
@@ -47,6 +57,7 @@ class Binder {
   using Procs =
       std::unordered_map<std::pair<std::string, std::string>, void*, NamesHash, NamesEqual>;
 
+  const FaultRules& fFaultRules;
   mutable std::shared_mutex fMutex;
   std::unordered_map<std::string, Procs, TextHash, std::equal_to<>> fInterfaces;
 };

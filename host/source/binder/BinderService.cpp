@@ -1,11 +1,9 @@
-#include <new>
+#include "base/Current.h"
+#include "base/Reports.h"
+#include "binder/Registration.h"
+#include "kap/KAPBinderInterface.h"
 
-#include "binder/Services.h"
-#include "faults/Gate.h"
-#include "host/HostState.h"
-
-// The binder's own procedures, under the interface name "KAP". Their method names are their
-// procedure names.
+// The procedures of KAPBinderInterface.
 
 namespace KAPHost {
 
@@ -13,22 +11,16 @@ namespace {
 
 int RegisterProcAddress(const char* interfaceName, const char* methodName, const char* procName,
                         void* proc) noexcept {
-  HostState* state = HostState::Current();
-  if (state == nullptr) return 0;
-  try {
-    return state->RegisterForComponent(interfaceName, methodName, procName, proc) ? 1 : 0;
-  } catch (const std::bad_alloc&) {
-    return 0;
-  }
+  Binder* binder = Current<Binder>();
+  return binder && binder->RegisterForComponent(interfaceName, methodName, procName, proc);
 }
 
 void ReportError(const char* message) noexcept {
-  Report(message != nullptr ? message : "(a report without a message)");
+  Report(message ? message : "(a report without a message)");
 }
 
 void UnregisterInterface(const char* interfaceName) noexcept {
-  HostState* state = HostState::Current();
-  if (state != nullptr && interfaceName != nullptr) state->fBinder.Unregister(interfaceName);
+  if (Binder* binder = Current<Binder>()) binder->Unregister(interfaceName);
 }
 
 unsigned long* GetUnregisterCountAddr() noexcept { return Binder::UnregisterCountAddr(); }
@@ -36,21 +28,12 @@ unsigned long* GetUnregisterCountAddr() noexcept { return Binder::UnregisterCoun
 // Components must expect calls from any thread.
 int IsMultiThreaded() noexcept { return 1; }
 
-template <class Proc>
-void RegisterOwn(Binder& binder, const char* name, Proc* proc) {
-  binder.Register("KAP", name, name, reinterpret_cast<void*>(proc));
-}
-
-void RegisterBinder(Binder& binder) {
-  RegisterOwn(binder, "KAPRegisterProcAddress", &RegisterProcAddress);
-  RegisterOwn(binder, "KAPReportError", &ReportError);
-  RegisterOwn(binder, "KAPUnregisterInterface", &UnregisterInterface);
-  RegisterOwn(binder, "KAPGetUnregisterCountAddr", &GetUnregisterCountAddr);
-  RegisterOwn(binder, "KAPIsMultiThreaded", &IsMultiThreaded);
-}
-
 }  // namespace
 
-const Service kBinderService = {&RegisterBinder, nullptr};
+template <>
+void RegisterService<KAP_T_MT::KAPBinderInterface>(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPBinderInterface, &RegisterProcAddress, &ReportError,
+                &UnregisterInterface, &GetUnregisterCountAddr, &IsMultiThreaded>(binder);
+}
 
 }  // namespace KAPHost

@@ -7,28 +7,20 @@ namespace KAPHost {
 
 constinit Cache gCache;
 
-// The item becomes the newest one that may be purged.
+// Makes the item the newest of those that may be purged.
 void Cache::Use(KAPCacheID& id) noexcept {
   id.fTime = ++fTime;
-  id.fPrevious = fNewest;
-  id.fNext = nullptr;
-  (fNewest != nullptr ? fNewest->fNext : fOldest) = &id;
-  fNewest = &id;
-}
-
-void Cache::Unlink(const KAPCacheID& id) noexcept {
-  (id.fPrevious != nullptr ? id.fPrevious->fNext : fOldest) = id.fNext;
-  (id.fNext != nullptr ? id.fNext->fPrevious : fNewest) = id.fPrevious;
+  fPurgeable.Append(id);
 }
 
 void Cache::Protect(KAPCacheID& id) noexcept {
-  if (id.fMarks++ == 0) Unlink(id);
+  if (id.fMarks++ == 0) fPurgeable.Remove(id);
 }
 
 Cache::Item Cache::Remove(KAPCacheID& id) noexcept {
-  if (id.fMarks == 0) Unlink(id);
+  if (id.fMarks == 0) fPurgeable.Remove(id);
   fSize -= id.fCost;
-  Count(kCacheItemSlot, -1, -static_cast<long>(id.fCost));
+  Count(KAPResource::kCacheItem, -1, -static_cast<long>(id.fCost));
   const Item item = {id.fItem, id.fPurge};
   id.fItem = nullptr;
   id.fMarks = 0;
@@ -37,19 +29,19 @@ Cache::Item Cache::Remove(KAPCacheID& id) noexcept {
 
 bool Cache::Add(KAPCacheID& id, void* item, std::size_t cost, KAPDeleteProc purgeItem) noexcept {
   const ThreadLock lock(fMutex);
-  if (id.fItem != nullptr || id.fCount.load(std::memory_order_relaxed) <= 0) return false;
+  if (id.fItem || id.fCount.load(std::memory_order_relaxed) <= 0) return false;
   id.fItem = item;
   id.fCost = cost;
   id.fPurge = purgeItem;
   fSize += cost;
-  Count(kCacheItemSlot, 1, static_cast<long>(cost));
+  Count(KAPResource::kCacheItem, 1, static_cast<long>(cost));
   Use(id);
   return true;
 }
 
 void* Cache::Attach(KAPCacheID& id) noexcept {
   const ThreadLock lock(fMutex);
-  if (id.fItem != nullptr) Protect(id);
+  if (id.fItem) Protect(id);
   return id.fItem;
 }
 
@@ -68,7 +60,7 @@ void Cache::Unmark(KAPCacheID& id, const void* item) noexcept {
 void Cache::SetCost(KAPCacheID& id, const void* item, std::size_t cost) noexcept {
   const ThreadLock lock(fMutex);
   if (id.fItem != item) return;
-  Count(kCacheItemSlot, 0, static_cast<long>(cost) - static_cast<long>(id.fCost));
+  Count(KAPResource::kCacheItem, 0, static_cast<long>(cost) - static_cast<long>(id.fCost));
   fSize += cost - id.fCost;
   id.fCost = cost;
 }
@@ -92,10 +84,11 @@ bool Cache::PurgeOldest(unsigned long time) noexcept {
   Item item = {};
   {
     const ThreadLock lock(fMutex);
-    if (fOldest == nullptr || fOldest->fTime > time) return false;
-    item = Remove(*fOldest);
+    KAPCacheID* oldest = fPurgeable.First();
+    if (!oldest || oldest->fTime > time) return false;
+    item = Remove(*oldest);
   }
-  if (item.fPurge != nullptr) item.fPurge(item.fItem);
+  if (item.fPurge) item.fPurge(item.fItem);
   return true;
 }
 
@@ -103,10 +96,10 @@ void Cache::Purge(KAPCacheID& id) noexcept {
   Item item = {};
   {
     const ThreadLock lock(fMutex);
-    if (id.fItem == nullptr) return;
+    if (!id.fItem) return;
     item = Remove(id);
   }
-  if (item.fPurge != nullptr) item.fPurge(item.fItem);
+  if (item.fPurge) item.fPurge(item.fItem);
 }
 
 }  // namespace KAPHost

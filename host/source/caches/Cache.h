@@ -4,39 +4,38 @@
 #include <cstddef>
 #include <mutex>
 
+#include "base/IntrusiveList.h"
 #include "kap/KAPTypes.h"
 
-// An identity. What is filed under it is guarded by the cache's lock.
+// An identity. The cache's lock guards its item.
 struct KAPCacheID {
   std::atomic<long> fCount{1};
   void* fItem = nullptr;  // null: none
   std::size_t fCost = 0;
   KAPDeleteProc fPurge = nullptr;
-  unsigned long fMarks = 0;  // those who do not want the item purged
-  unsigned long fTime = 0;   // of the last use
-  // Of the items that may be purged.
-  KAPCacheID* fPrevious = nullptr;
-  KAPCacheID* fNext = nullptr;
+  unsigned long fMarks = 0;                    // the item is purged only when it has none
+  unsigned long fTime = 0;                     // of the last use
+  KAPHost::ListLinks<KAPCacheID> fLinks = {};  // of the items that may be purged
 };
 
 namespace KAPHost {
 
-// All items of the process, one for each identity at most. An item may be purged while nobody has
-// marked it; those that may are in a list, the least recently used one first. Marks are counted: an
-// item is used when it is filed and when its last mark goes.
+// All items of the process, at most one for each identity. An item without marks may be purged; such
+// items are in a list, the least recently used one first. Marks are counted. An item is used when it
+// is added and when its last mark is removed.
 //
-// Thread-safe. Items are purged without the lock, when nobody can find them any more: their
-// procedures may call the cache.
+// Thread-safe. An item's purge procedure runs without the lock, after the item has left the cache:
+// it may call the cache.
 class Cache {
  public:
   constexpr Cache() = default;
 
-  // False when the identity has an item already, or is being given up.
+  // False when the identity already has an item or is being destroyed.
   bool Add(KAPCacheID& id, void* item, std::size_t cost, KAPDeleteProc purgeItem) noexcept;
-  // The item, with one mark more; null when there is none.
+  // The item, with one more mark; null when there is none.
   void* Attach(KAPCacheID& id) noexcept;
 
-  // These do nothing, and give false or 0, unless this is the identity's item.
+  // These do nothing and return false or 0 unless `item` is the identity's item.
   bool Mark(KAPCacheID& id, const void* item) noexcept;
   void Unmark(KAPCacheID& id, const void* item) noexcept;
   void SetCost(KAPCacheID& id, const void* item, std::size_t cost) noexcept;
@@ -44,13 +43,12 @@ class Cache {
 
   // The number of uses so far: a clock by which items age.
   unsigned long Time() noexcept;
-  // What all items cost.
+  // The cost of all items.
   std::size_t Size() noexcept;
 
-  // Purges the least recently used item, unless it was used later than at `time`. False when there
-  // is no such item that may be purged.
+  // Purges the least recently used item. False when there is none, or it was used after `time`.
   bool PurgeOldest(unsigned long time) noexcept;
-  // Purges the item, if there is one, marked or not.
+  // Purges the item, if any, marked or not.
   void Purge(KAPCacheID& id) noexcept;
 
  private:
@@ -61,12 +59,10 @@ class Cache {
 
   void Use(KAPCacheID& id) noexcept;
   void Protect(KAPCacheID& id) noexcept;
-  void Unlink(const KAPCacheID& id) noexcept;
   Item Remove(KAPCacheID& id) noexcept;
 
   std::mutex fMutex;
-  KAPCacheID* fOldest = nullptr;
-  KAPCacheID* fNewest = nullptr;
+  IntrusiveList<KAPCacheID> fPurgeable;
   unsigned long fTime = 0;
   std::size_t fSize = 0;
 };

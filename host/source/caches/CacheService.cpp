@@ -2,18 +2,18 @@
 
 #include "accounting/Accounting.h"
 #include "base/Counting.h"
-#include "binder/Services.h"
+#include "base/Current.h"
+#include "binder/Registration.h"
 #include "caches/Cache.h"
 #include "caches/CacheSet.h"
+#include "caches/ClientPurges.h"
 #include "errors/Errors.h"
 #include "faults/Gate.h"
-#include "host/HostState.h"
 
-// The procedures of KAPCacheInterface. Nothing is purged unless somebody asks for it: the host has
-// no limit of its own.
+// The procedures of KAPCacheInterface. The host purges only on request: it has no limit of its own.
 
-// A purge in progress. Items used after it began are left alone, so that it comes to an end even
-// when items are filed again as they are purged.
+// A purge in progress. It leaves items alone that were used after it began, so it ends even when
+// purge procedures add items again.
 struct KAPCachePurge {
   unsigned long fBegun;
 };
@@ -25,49 +25,45 @@ namespace {
 using KAP_T_MT::KAPClientPurgeProc;
 
 KAPCacheID* NewCacheID() noexcept {
-  if (Fails(KAPFault::kCache)) return nullptr;
   auto* const id = new (std::nothrow) KAPCacheID;
-  if (id != nullptr) Count(kCacheIDSlot, 1, 1);
+  if (id) Count(KAPResource::kCacheID, 1, 1);
   return id;
 }
 
 void AddRef(KAPCacheID* id) noexcept {
-  if (id == nullptr) return;
+  if (!id) return;
   AddCacheIDRef(*id);
-  Count(kCacheIDSlot, 0, 1);
+  Count(KAPResource::kCacheID, 0, 1);
 }
 
-// Without a host the components whose procedures would purge items may be gone as well; hence
-// nothing is purged then, here and below.
+// Without a host, the components whose procedures purge items may be unloaded as well; hence nothing
+// is purged then, here and below.
 void Release(KAPCacheID* id) noexcept {
-  if (id == nullptr || IsClosed()) return;
-  Count(kCacheIDSlot, 0, -1);
+  if (!id || IsClosed()) return;
+  Count(KAPResource::kCacheID, 0, -1);
   ReleaseCacheID(*id);
 }
 
-void* Attach(KAPCacheID* id) noexcept {
-  return id != nullptr && !IsClosed() ? gCache.Attach(*id) : nullptr;
-}
+void* Attach(KAPCacheID* id) noexcept { return id && !IsClosed() ? gCache.Attach(*id) : nullptr; }
 
 bool Add(KAPCacheID* id, void* item, std::size_t cost, KAPDeleteProc purgeItem) noexcept {
-  return !Fails(KAPFault::kCache) && id != nullptr && item != nullptr &&
-         gCache.Add(*id, item, cost, purgeItem);
+  return id && item && gCache.Add(*id, item, cost, purgeItem);
 }
 
 void UpdateCost(KAPCacheID* id, void* item, std::size_t cost) noexcept {
-  if (id != nullptr && item != nullptr) gCache.SetCost(*id, item, cost);
+  if (id && item) gCache.SetCost(*id, item, cost);
 }
 
 std::size_t ReturnCost(KAPCacheID* id, void* item) noexcept {
-  return id != nullptr && item != nullptr ? gCache.GetCost(*id, item) : 0;
+  return id && item ? gCache.GetCost(*id, item) : 0;
 }
 
 bool MarkNoPurge(KAPCacheID* id, void* item) noexcept {
-  return id != nullptr && item != nullptr && gCache.Mark(*id, item);
+  return id && item && gCache.Mark(*id, item);
 }
 
 void MarkPurge(KAPCacheID* id, void* item) noexcept {
-  if (id != nullptr && item != nullptr) gCache.Unmark(*id, item);
+  if (id && item) gCache.Unmark(*id, item);
 }
 
 unsigned long GetCacheTime() noexcept { return gCache.Time(); }
@@ -75,19 +71,18 @@ unsigned long GetCacheTime() noexcept { return gCache.Time(); }
 std::size_t CurrentCacheSize() noexcept { return gCache.Size(); }
 
 KAPCachePurge* NewCachePurge() noexcept {
-  if (Fails(KAPFault::kCache)) return nullptr;
   auto* const purge = new (std::nothrow) KAPCachePurge{gCache.Time()};
-  if (purge != nullptr) Count(kCachePurgeSlot, 1, 0);
+  if (purge) Count(KAPResource::kCachePurge, 1, 0);
   return purge;
 }
 
 bool PurgeNextBlock(KAPCachePurge* purge) noexcept {
-  return purge != nullptr && !IsClosed() && gCache.PurgeOldest(purge->fBegun);
+  return purge && !IsClosed() && gCache.PurgeOldest(purge->fBegun);
 }
 
 void DeleteCachePurge(KAPCachePurge* purge) noexcept {
-  if (purge == nullptr) return;
-  Count(kCachePurgeSlot, -1, 0);
+  if (!purge) return;
+  Count(KAPResource::kCachePurge, -1, 0);
   delete purge;
 }
 
@@ -97,13 +92,13 @@ void PurgeAll() noexcept {
   }
 }
 
-// Runs body(the client purges of the live host), which may throw std::bad_alloc.
+// Runs body(client purges) when there is a host; reports when it throws std::bad_alloc.
 template <class Body>
 void WithClientPurges(Body body) noexcept {
-  HostState* const state = HostState::Current();
-  if (state == nullptr) return;
+  ClientPurges* const purges = Current<ClientPurges>();
+  if (!purges) return;
   ReportError(ReturnError([&]() -> KAPError* {
-    body(state->fClientPurges);
+    body(*purges);
     return nullptr;
   }));
 }
@@ -112,9 +107,9 @@ void PurgeAllStaticCaches() noexcept {
   WithClientPurges([](ClientPurges& purges) { purges.CallAll(); });
 }
 
-// The number that components hand over makes no difference.
+// The number makes no difference.
 void AddClientPurge(KAPClientPurgeProc clearAll, int) noexcept {
-  if (clearAll != nullptr) WithClientPurges([&](ClientPurges& purges) { purges.Add(clearAll); });
+  if (clearAll) WithClientPurges([&](ClientPurges& purges) { purges.Add(clearAll); });
 }
 
 void RemoveClientPurge(KAPClientPurgeProc clearAll, int) noexcept {
@@ -122,32 +117,30 @@ void RemoveClientPurge(KAPClientPurgeProc clearAll, int) noexcept {
 }
 
 KAPCacheSet* NewCacheSet() noexcept {
-  if (Fails(KAPFault::kCache)) return nullptr;
   auto* const set = new (std::nothrow) KAPCacheSet;
-  if (set != nullptr) Count(kCacheSetSlot, 1, 1);
+  if (set) Count(KAPResource::kCacheSet, 1, 1);
   return set;
 }
 
 void AddRefCacheSet(KAPCacheSet* set) noexcept {
-  if (set == nullptr) return;
+  if (!set) return;
   Increment(set->fCount);
-  Count(kCacheSetSlot, 0, 1);
+  Count(KAPResource::kCacheSet, 0, 1);
 }
 
-// Gives up one reference.
 void DeleteCacheSet(KAPCacheSet* set) noexcept {
-  if (set == nullptr || IsClosed()) return;
-  Count(kCacheSetSlot, 0, -1);
+  if (!set || IsClosed()) return;
+  Count(KAPResource::kCacheSet, 0, -1);
   if (Decrement(set->fCount) != 0) return;
-  Count(kCacheSetSlot, -1, 0);
+  Count(KAPResource::kCacheSet, -1, 0);
   delete set;
 }
 
-// Files the identity when it is not there yet: there is no other way in. Deliberate, so that who
-// walks through items may ask whether it has seen one before.
+// Adds the identity when it is not there: deliberate, so that a caller that walks through items can
+// ask whether it has seen one before.
 bool SearchForID(KAPCacheSet* set, KAPCacheID* id) noexcept {
   bool found = false;
-  if (set == nullptr || id == nullptr) return found;
+  if (!set || !id) return found;
   ReportError(ReturnError([&]() -> KAPError* {
     found = set->FindOrAdd(*id);
     return nullptr;
@@ -156,30 +149,22 @@ bool SearchForID(KAPCacheSet* set, KAPCacheID* id) noexcept {
 }
 
 void RemoveID(KAPCacheSet* set, KAPCacheID* id) noexcept {
-  if (set != nullptr && id != nullptr && !IsClosed()) set->Remove(*id);
+  if (set && id && !IsClosed()) set->Remove(*id);
 }
 
 void RemoveIDs(KAPCacheSet* set) noexcept {
-  if (set != nullptr && !IsClosed()) set->RemoveAll();
-}
-
-void RegisterCaches(Binder& binder) {
-  RegisterProcs<KAP_T_MT::KAPCacheInterface>(
-      binder, &NewCacheID, &AddRef, &Release, &Attach, &Add, &UpdateCost, &ReturnCost, &MarkNoPurge,
-      &MarkPurge, &GetCacheTime, &CurrentCacheSize, &NewCachePurge, &PurgeNextBlock,
-      &DeleteCachePurge, &PurgeAll, &PurgeAllStaticCaches, &AddClientPurge, &RemoveClientPurge,
-      &NewCacheSet, &AddRefCacheSet, &DeleteCacheSet, &SearchForID, &RemoveID, &RemoveIDs);
-}
-
-void CountCaches(Snapshot& books) {
-  books.Add(KAPResource::kCacheID, "", TallyTotal(kCacheIDSlot));
-  books.Add(KAPResource::kCacheItem, "", TallyTotal(kCacheItemSlot));
-  books.Add(KAPResource::kCacheSet, "", TallyTotal(kCacheSetSlot));
-  books.Add(KAPResource::kCachePurge, "", TallyTotal(kCachePurgeSlot));
+  if (set && !IsClosed()) set->RemoveAll();
 }
 
 }  // namespace
 
-const Service kCacheService = {&RegisterCaches, &CountCaches};
+template <>
+void RegisterService<KAP_T_MT::KAPCacheInterface>(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPCacheInterface, &NewCacheID, &AddRef, &Release, &Attach, &Add,
+                &UpdateCost, &ReturnCost, &MarkNoPurge, &MarkPurge, &GetCacheTime,
+                &CurrentCacheSize, &NewCachePurge, &PurgeNextBlock, &DeleteCachePurge, &PurgeAll,
+                &PurgeAllStaticCaches, &AddClientPurge, &RemoveClientPurge, &NewCacheSet,
+                &AddRefCacheSet, &DeleteCacheSet, &SearchForID, &RemoveID, &RemoveIDs>(binder);
+}
 
 }  // namespace KAPHost

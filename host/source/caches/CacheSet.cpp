@@ -13,7 +13,7 @@ void AddCacheIDRef(KAPCacheID& id) noexcept { Increment(id.fCount); }
 void ReleaseCacheID(KAPCacheID& id) noexcept {
   if (Decrement(id.fCount) != 0) return;
   gCache.Purge(id);
-  Count(kCacheIDSlot, -1, 0);
+  Count(KAPResource::kCacheID, -1, 0);
   delete &id;
 }
 

@@ -8,14 +8,14 @@
 
 namespace KAPHost {
 
-// An identity's references; the last one purges its item.
+// Count an identity's references. Releasing the last one purges its item.
 void AddCacheIDRef(KAPCacheID& id) noexcept;
 void ReleaseCacheID(KAPCacheID& id) noexcept;
 
 }  // namespace KAPHost
 
-// A group of identities, each held by a reference. Thread-safe. References are given up without the
-// lock, since an item may be purged then.
+// A set of identities, with a reference to each. Thread-safe. References are released without the
+// lock, since that may purge an item.
 struct KAPCacheSet {
  public:
   KAPCacheSet() = default;
@@ -23,7 +23,7 @@ struct KAPCacheSet {
   KAPCacheSet& operator=(const KAPCacheSet&) = delete;
   ~KAPCacheSet() { RemoveAll(); }
 
-  // Whether the identity was here before; it is now. Throws std::bad_alloc.
+  // Adds the identity unless it is there; returns whether it was. Throws std::bad_alloc.
   bool FindOrAdd(KAPCacheID& id);
   void Remove(KAPCacheID& id) noexcept;
   void RemoveAll() noexcept;

@@ -12,9 +12,9 @@ class ClientPurges {
  public:
   // Throws std::bad_alloc.
   void Add(KAP_T_MT::KAPClientPurgeProc clearAll);
-  // Takes back one Add.
+  // Undoes one Add.
   void Remove(KAP_T_MT::KAPClientPurgeProc clearAll) noexcept;
-  // Calls each once, without the lock: they may add and remove. Throws std::bad_alloc.
+  // Calls each procedure without the lock: it may add and remove. Throws std::bad_alloc.
   void CallAll();
 
  private:

@@ -10,14 +10,14 @@ namespace {
 
 std::string LastError() {
   const char* text = dlerror();
-  return text != nullptr ? text : "unknown reason";
+  return text ? text : "unknown reason";
 }
 
 }  // namespace
 
 Component::Component(const std::string& path, const std::string& name)
     : fPath(path), fLibrary(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-  if (fLibrary == nullptr) throw LoadError("cannot load \"" + path + "\": " + LastError());
+  if (!fLibrary) throw LoadError("cannot load \"" + path + "\": " + LastError());
   try {
     fInitialize = reinterpret_cast<decltype(fInitialize)>(Symbol(name + "Initialize"));
     fTerminate = reinterpret_cast<decltype(fTerminate)>(Symbol(name + "Terminate"));
@@ -50,8 +50,8 @@ Component::~Component() { Close(); }
 
 void* Component::Symbol(const std::string& symbol) const {
   void* address = dlsym(fLibrary, symbol.c_str());
-  if (address == nullptr) {
-    throw LoadError("\"" + fPath + "\" is no component: " + LastError());
+  if (!address) {
+    throw LoadError("\"" + fPath + "\" is not a component: " + LastError());
   }
   return address;
 }
@@ -68,7 +68,7 @@ void Component::Terminate() {
 
 void Component::Close() noexcept {
   if (fMustTerminate) Terminate();
-  if (fLibrary != nullptr) dlclose(fLibrary);
+  if (fLibrary) dlclose(fLibrary);
   fLibrary = nullptr;
 }
 

@@ -1,18 +1,16 @@
 #include <memory>
 #include <new>
 
+#include "accounting/Accounting.h"
 #include "atoms/AtomTable.h"
-#include "binder/Services.h"
+#include "base/Current.h"
+#include "binder/Registration.h"
 #include "containers/Containers.h"
 #include "errors/Errors.h"
 #include "faults/Gate.h"
-#include "host/HostState.h"
+#include "kap/KAPContainerInterface.h"
 
 // The procedures of KAPContainerInterface.
-//
-// The first instance of an empty container becomes the primary one. Interfaces registered later
-// come first in GetMethod; what they cover up is found by GetParentMethod. A container is equipped
-// with further interfaces and instances by its maker, before other threads use it.
 
 namespace KAPHost {
 
@@ -21,19 +19,16 @@ namespace {
 const ContainerType& TypeOf(KAPStringAtom* instanceName, KAPStringAtom* interfaceName,
                             KAPDeleteProc deleteInstance = nullptr) {
   const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName, deleteInstance);
-  if (type == nullptr) throw std::bad_alloc();
+  if (!type) throw std::bad_alloc();
   return *type;
 }
 
 KAPError* NewFullContainer(KAPContainer** out, void* instance, KAPStringAtom* instanceName,
                            KAPStringAtom* interfaceName, KAPDeleteProc deleteInstance) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  if (Fails(KAPFault::kContainer)) return MemoryError();
   const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName, deleteInstance);
-  if (type == nullptr) return MemoryError();
+  if (!type) return MemoryError();
   *out = NewContainerRecord(*type, instance);
-  return *out != nullptr ? nullptr : MemoryError();
+  return *out ? nullptr : MemoryError();
 }
 
 KAPError* NewContainer(KAPContainer** out) noexcept {
@@ -41,43 +36,37 @@ KAPError* NewContainer(KAPContainer** out) noexcept {
 }
 
 KAPError* CloneContainer(KAPContainer** out, KAPContainer* container) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  if (Fails(KAPFault::kContainer)) return MemoryError();
-  if (container == nullptr) return InvalidContainer();
+  if (!container) return InvalidContainer();
   return ReturnError([&]() -> KAPError* {
     *out = CloneContainerRecord(*container);
-    return *out != nullptr ? nullptr : InvalidContainer();
+    return *out ? nullptr : InvalidContainer();
   });
 }
 
-bool AddRef(KAPContainer* container) noexcept {
-  return !Fails(KAPFault::kReference) && container != nullptr && AddContainerRef(*container);
-}
+bool AddRef(KAPContainer* container) noexcept { return container && AddContainerRef(*container); }
 
-// Without a host the components whose procedures would delete the instances may be gone as well.
+// Without a host, the components whose procedures delete the instances may be unloaded as well.
 void Release(KAPContainer* container) noexcept {
-  if (container != nullptr && !IsClosed()) ReleaseContainer(*container);
+  if (container && !IsClosed()) ReleaseContainer(*container);
 }
 
 void DecrementWithoutDelete(KAPContainer* container) noexcept {
-  if (container != nullptr && !IsClosed()) DropContainerRef(*container);
+  if (container && !IsClosed()) DropContainerRef(*container);
 }
 
 void DeleteUnowned(KAPContainer* container) noexcept {
-  if (container != nullptr && !IsClosed()) DeleteUnownedContainer(*container);
+  if (container && !IsClosed()) DeleteUnownedContainer(*container);
 }
 
 ContainerEquipment& EquipmentOf(KAPContainer& container) {
-  if (container.fEquipment == nullptr) container.fEquipment = new ContainerEquipment;
+  if (!container.fEquipment) container.fEquipment = new ContainerEquipment;
   return *container.fEquipment;
 }
 
 KAPError* RegisterInterface(KAPContainer* container, KAPStringAtom* instanceName,
                             KAPStringAtom* interfaceName) noexcept {
-  if (Fails(KAPFault::kInstance)) return MemoryError();
-  if (container == nullptr) return InvalidContainer();
-  if (instanceName == nullptr || interfaceName == nullptr) return InvalidArgument();
+  if (!container) return InvalidContainer();
+  if (!instanceName || !interfaceName) return InvalidArgument();
   return ReturnError([&]() -> KAPError* {
     EquipmentOf(*container).AddInterface(TypeOf(instanceName, interfaceName));
     return nullptr;
@@ -85,10 +74,10 @@ KAPError* RegisterInterface(KAPContainer* container, KAPStringAtom* instanceName
 }
 
 bool IsEmpty(const KAPContainer& container) {
-  return container.fType->fInstanceName == nullptr && container.fPrimary == nullptr;
+  return !container.fType->fInstanceName && !container.fPrimary;
 }
 
-// The container's references move over to the books of its new type.
+// The container and its references are counted under its new type from now on.
 void SetPrimary(KAPContainer& container, const ContainerType& type, void* instance) {
   const long references = container.fCount.load(std::memory_order_relaxed);
   Count(container.fType->fSlot, -1, -references);
@@ -98,24 +87,23 @@ void SetPrimary(KAPContainer& container, const ContainerType& type, void* instan
   container.fType = &type;
 }
 
-// Whether the container has an instance of this name, and which.
+// Whether the container has an instance of this name. Sets `out` to it.
 bool FindInstance(void** out, const KAPContainer& container, const KAPStringAtom* instanceName) {
   if (container.fType->fInstanceName == instanceName) {
     *out = container.fPrimary;
     return true;
   }
-  if (container.fEquipment == nullptr) return false;
+  if (!container.fEquipment) return false;
   const ContainerEquipment::Instance* found = container.fEquipment->FindInstance(instanceName);
-  if (found == nullptr) return false;
+  if (!found) return false;
   *out = found->fInstance;
   return true;
 }
 
 KAPError* RegisterInstance(KAPContainer* container, KAPStringAtom* instanceName, void* instance,
                            KAPDeleteProc deleteInstance) noexcept {
-  if (Fails(KAPFault::kInstance)) return MemoryError();
-  if (container == nullptr) return InvalidContainer();
-  if (instanceName == nullptr) return InvalidArgument();
+  if (!container) return InvalidContainer();
+  if (!instanceName) return InvalidArgument();
   void* present = nullptr;
   if (FindInstance(&present, *container, instanceName)) {
     return MakeError("the container has an instance of that name");
@@ -131,26 +119,26 @@ KAPError* RegisterInstance(KAPContainer* container, KAPStringAtom* instanceName,
   });
 }
 
-// Looks through the container's interfaces, those registered later first, from number `count` - 1
-// down. Number 0 is the interface that the container was made with.
+// Searches the container's interfaces from number `count` - 1 down, so those registered later come
+// first. Number 0 is the interface that the container was made with.
 void* FindMethod(const KAPContainer& container, std::size_t count, const KAPStringAtom& methodName,
                  const KAPStringAtom& procName) {
+  const Binder* const binder = Current<Binder>();
   for (std::size_t i = count; i-- > 0;) {
     const ContainerType* type =
         i == 0 ? container.fType : container.fEquipment->Interfaces()[i - 1];
-    if (type->fInterfaceName == nullptr) continue;
-    void* proc = HostState::Current()->Find(type->fInterfaceName->Text(), methodName.Text(),
-                                            procName.Text());
-    if (proc != nullptr) return proc;
+    if (!type->fInterfaceName) continue;
+    void* proc = binder->Find(type->fInterfaceName->Text(), methodName.Text(), procName.Text());
+    if (proc) return proc;
   }
   return nullptr;
 }
 
 std::size_t InterfaceCount(const KAPContainer& container) {
-  return container.fEquipment == nullptr ? 1 : 1 + container.fEquipment->Interfaces().size();
+  return !container.fEquipment ? 1 : 1 + container.fEquipment->Interfaces().size();
 }
 
-// The number of the first interface that was registered for the instance.
+// The number of the first interface registered for the instance.
 std::size_t FirstInterface(const KAPContainer& container, const KAPStringAtom* instanceName) {
   const std::size_t count = InterfaceCount(container);
   std::size_t i = 0;
@@ -162,26 +150,19 @@ std::size_t FirstInterface(const KAPContainer& container, const KAPStringAtom* i
   return i == count ? 0 : i;
 }
 
-// `optional` makes no difference: a method that there is not is never an error here.
+// `optional` makes no difference: a missing method is never an error here.
 KAPError* GetMethod(void** out, KAPContainer* container, KAPStringAtom* methodName,
                     KAPStringAtom* procName, int) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  if (Fails(KAPFault::kMethod)) return MemoryError();
-  if (container == nullptr) return InvalidContainer();
-  if (methodName == nullptr || procName == nullptr) return InvalidArgument();
+  if (!container) return InvalidContainer();
+  if (!methodName || !procName) return InvalidArgument();
   *out = FindMethod(*container, InterfaceCount(*container), *methodName, *procName);
   return nullptr;
 }
 
-// What the interfaces offer that were registered before those of `instanceName`.
 KAPError* GetParentMethod(void** out, KAPContainer* container, KAPStringAtom* instanceName,
                           KAPStringAtom* methodName, KAPStringAtom* procName) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  if (Fails(KAPFault::kMethod)) return MemoryError();
-  if (container == nullptr) return InvalidContainer();
-  if (instanceName == nullptr || methodName == nullptr || procName == nullptr) {
+  if (!container) return InvalidContainer();
+  if (!instanceName || !methodName || !procName) {
     return InvalidArgument();
   }
   *out = FindMethod(*container, FirstInterface(*container, instanceName), *methodName, *procName);
@@ -190,57 +171,57 @@ KAPError* GetParentMethod(void** out, KAPContainer* container, KAPStringAtom* in
 
 void* GetInstance(KAPContainer* container, KAPStringAtom* instanceName) noexcept {
   void* instance = nullptr;
-  if (Fails(KAPFault::kInstance) || container == nullptr || instanceName == nullptr) return nullptr;
+  if (!container || !instanceName) return nullptr;
   FindInstance(&instance, *container, instanceName);
   return instance;
 }
 
 KAPError* NGetInstance(void** out, KAPContainer* container, KAPStringAtom* instanceName) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  if (Fails(KAPFault::kInstance)) return MemoryError();
-  if (container == nullptr) return InvalidContainer();
-  if (instanceName == nullptr) return InvalidArgument();
+  if (!container) return InvalidContainer();
+  if (!instanceName) return InvalidArgument();
   FindInstance(out, *container, instanceName);
   return nullptr;
 }
 
 KAPStringAtom* GetSignature(KAPContainer* container) noexcept {
-  if (container == nullptr) return nullptr;
+  if (!container) return nullptr;
   gAtoms.AddRef(container->fType->fInstanceName);
   return container->fType->fInstanceName;
 }
 
-// Below zero while the container is being destroyed.
+// The count is below zero while the container is being destroyed.
 const int* DebugGetRefCountAddr(KAPContainer* container) noexcept {
-  return container == nullptr ? nullptr : reinterpret_cast<const int*>(&container->fCount);
+  return !container ? nullptr : reinterpret_cast<const int*>(&container->fCount);
 }
 
 long GetOffsetToPrimaryInstance() noexcept {
   return static_cast<long>(offsetof(KAPContainer, fPrimary));
 }
 
-void RegisterContainers(Binder& binder) {
-  RegisterProcs<KAP_T_MT::KAPContainerInterface>(
-      binder, &NewFullContainer, &NewContainer, &CloneContainer, &AddRef, &Release,
-      &DecrementWithoutDelete, &DeleteUnowned, &RegisterInterface, &RegisterInstance, &GetMethod,
-      &GetParentMethod, &GetInstance, &NGetInstance, &GetSignature, &DebugGetRefCountAddr,
-      &GetOffsetToPrimaryInstance);
-}
-
-// Types of one signature share a line; types without a slot of their own share theirs.
-void CountContainers(Snapshot& books) {
-  gContainerTypes.ForEach([&](const ContainerType& type) {
-    if (type.fSlot >= kFirstTypeSlot && type.fSlot < kOtherTypesSlot) {
-      books.Add(KAPResource::kContainer, type.fSignature, TallyTotal(type.fSlot));
-    }
-  });
-  books.Add(KAPResource::kContainer, "(no signature)", TallyTotal(kUntypedSlot));
-  books.Add(KAPResource::kContainer, "(other types)", TallyTotal(kOtherTypesSlot));
-}
-
 }  // namespace
 
-const Service kContainerService = {&RegisterContainers, &CountContainers};
+template <>
+void RegisterService<KAP_T_MT::KAPContainerInterface>(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPContainerInterface, &NewFullContainer, &NewContainer, &CloneContainer,
+                &AddRef, &Release, &DecrementWithoutDelete, &DeleteUnowned, &RegisterInterface,
+                &RegisterInstance, &GetMethod, &GetParentMethod, &GetInstance, &NGetInstance,
+                &GetSignature, &DebugGetRefCountAddr, &GetOffsetToPrimaryInstance>(binder);
+}
+
+// Types of one signature share a line; types without a slot of their own share theirs. References
+// that the types hold to their names are not held by components.
+template <>
+void AddNamed<KAPResource::kContainer>(Snapshot& snapshot) {
+  gContainerTypes.ForEach([&](const ContainerType& type) {
+    if (type.fSlot >= kFirstTypeSlot && type.fSlot < kOtherTypesSlot) {
+      snapshot.Add(KAPResource::kContainer, type.fSignature, TotalOf(type.fSlot));
+    }
+    for (const KAPStringAtom* atom : {type.fInstanceName, type.fInterfaceName}) {
+      if (atom) snapshot.Add(KAPResource::kAtom, atom->View(), {-1, 0});
+    }
+  });
+  snapshot.Add(KAPResource::kContainer, "(no signature)", TotalOf(SlotOf(KAPResource::kContainer)));
+  snapshot.Add(KAPResource::kContainer, "(other types)", TotalOf(kOtherTypesSlot));
+}
 
 }  // namespace KAPHost

@@ -14,11 +14,16 @@ const ContainerType* ContainerTypes::Add(KAPStringAtom* instanceName, KAPStringA
   ContainerType* first = bucket.load(std::memory_order_relaxed);
   if (const ContainerType* type = Search(first, instanceName, interfaceName, deleteInstance))
     return type;
-  const char* signature = instanceName != nullptr ? instanceName->Text() : nullptr;
-  auto* type = new (std::nothrow)
-      ContainerType{first, instanceName, interfaceName, deleteInstance, signature, kUntypedSlot, 0};
-  if (type == nullptr) return nullptr;
-  if (instanceName != nullptr) type->fSlot = TakeSlot();
+  const char* signature = instanceName ? instanceName->Text() : nullptr;
+  auto* type = new (std::nothrow) ContainerType{first,
+                                                instanceName,
+                                                interfaceName,
+                                                deleteInstance,
+                                                signature,
+                                                SlotOf(KAPResource::kContainer),
+                                                0};
+  if (!type) return nullptr;
+  if (instanceName) type->fSlot = TakeSlot();
   gAtoms.AddRef(instanceName);
   gAtoms.AddRef(interfaceName);
   bucket.store(type, std::memory_order_release);
@@ -39,11 +44,9 @@ void ContainerTypes::ReleaseUnused() noexcept {
   const std::lock_guard lock(fMutex);
   for (auto& bucket : fBuckets) {
     ContainerType* kept = nullptr;
-    for (ContainerType *type = bucket.load(std::memory_order_relaxed), *next; type != nullptr;
-         type = next) {
+    for (ContainerType *type = bucket.load(std::memory_order_relaxed), *next; type; type = next) {
       next = type->fNext;
-      if (type->fUses.load(std::memory_order_relaxed) == 0 &&
-          TallyTotal(type->fSlot) == Holding()) {
+      if (type->fUses.load(std::memory_order_relaxed) == 0 && TotalOf(type->fSlot) == Holding()) {
         Delete(type);
       } else {
         type->fNext = kept;

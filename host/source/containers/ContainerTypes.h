@@ -8,21 +8,22 @@
 
 namespace KAPHost {
 
-// The names of an instance and of an interface that it offers, and what deletes the instance; each
-// may be null. Made once for all three, it holds the atoms, so that containers need no references of
-// their own, and keeps the delete procedure out of the records: they fit a smaller size of malloc.
+// The name of an instance, the name of its interface and the procedure that deletes the instance;
+// each may be null. There is one type for each combination. It holds the atoms, so that containers
+// need no references of their own, and keeps the delete procedure out of the container records,
+// which then fit a smaller size class of malloc.
 struct ContainerType {
   ContainerType* fNext;
   KAPStringAtom* fInstanceName;
   KAPStringAtom* fInterfaceName;
   KAPDeleteProc fDelete;
   const char* fSignature;           // the text of the instance name, or null
-  unsigned fSlot;                   // of the tally
-  mutable std::atomic<long> fUses;  // by equipment; the containers themselves are in the tally
+  unsigned fSlot;                   // of the accounting
+  mutable std::atomic<long> fUses;  // by equipment; the accounting counts the containers
 };
 
-// All types of the process. Look-ups take no lock: types only join at the head of a chain, and
-// leave when a host is destroyed, while nothing else happens.
+// All types of the process. Look-ups take no lock: a new type becomes the head of a chain, and types
+// leave only when a host is destroyed, which is alone by contract.
 class ContainerTypes {
  public:
   constexpr ContainerTypes() = default;
@@ -34,21 +35,21 @@ class ContainerTypes {
         fBuckets[Bucket(instanceName, interfaceName, deleteInstance)];
     const ContainerType* type =
         Search(bucket.load(std::memory_order_acquire), instanceName, interfaceName, deleteInstance);
-    return type != nullptr ? type : Add(instanceName, interfaceName, deleteInstance);
+    return type ? type : Add(instanceName, interfaceName, deleteInstance);
   }
 
   template <class Visit>
   void ForEach(Visit visit) {
     const std::lock_guard lock(fMutex);
     for (const auto& bucket : fBuckets) {
-      for (const ContainerType* type = bucket.load(std::memory_order_relaxed); type != nullptr;
+      for (const ContainerType* type = bucket.load(std::memory_order_relaxed); type;
            type = type->fNext) {
         visit(*type);
       }
     }
   }
 
-  // Gives up the types that no container uses. Nobody else may be using the host.
+  // Deletes the types that no container uses. No other thread may use the host meanwhile.
   void ReleaseUnused() noexcept;
 
  private:
@@ -65,9 +66,8 @@ class ContainerTypes {
   static const ContainerType* Search(const ContainerType* chain, const KAPStringAtom* instanceName,
                                      const KAPStringAtom* interfaceName,
                                      KAPDeleteProc deleteInstance) noexcept {
-    while (chain != nullptr &&
-           (chain->fInstanceName != instanceName || chain->fInterfaceName != interfaceName ||
-            chain->fDelete != deleteInstance)) {
+    while (chain && (chain->fInstanceName != instanceName ||
+                     chain->fInterfaceName != interfaceName || chain->fDelete != deleteInstance)) {
       chain = chain->fNext;
     }
     return chain;
@@ -79,7 +79,7 @@ class ContainerTypes {
 
   std::mutex fMutex;
   std::atomic<ContainerType*> fBuckets[kBuckets] = {};
-  bool fSlotTaken[kTallySlots] = {};
+  bool fSlotTaken[kSlots] = {};
 };
 
 extern constinit ContainerTypes gContainerTypes;

@@ -6,8 +6,7 @@
 
 #include "accounting/Accounting.h"
 #include "base/Counting.h"
-#include "faults/Gate.h"
-#include "host/HostState.h"
+#include "base/Reports.h"
 
 namespace KAPHost {
 
@@ -38,7 +37,7 @@ void ContainerEquipment::DeleteInstances() noexcept {
     const Instance instance = fInstances.back();
     fInstances.pop_back();
     --instance.fType->fUses;
-    if (instance.fDelete != nullptr) instance.fDelete(instance.fInstance);
+    if (instance.fDelete) instance.fDelete(instance.fInstance);
   }
 }
 
@@ -52,19 +51,19 @@ const ContainerEquipment::Instance* ContainerEquipment::FindInstance(
 
 namespace {
 
-// Returns the original of a clone, a reference to which is now to be given up.
+// Returns the original of a clone; the caller releases a reference to it.
 KAPContainer* Destroy(KAPContainer& container, long references) noexcept {
-  if (container.fEquipment != nullptr) container.fEquipment->DeleteInstances();
-  if (container.fType->fDelete != nullptr) container.fType->fDelete(container.fPrimary);
+  if (container.fEquipment) container.fEquipment->DeleteInstances();
+  if (container.fType->fDelete) container.fType->fDelete(container.fPrimary);
   const std::unique_ptr<ContainerEquipment> equipment(container.fEquipment);
   Count(container.fType->fSlot, -1, -references);
   std::free(&container);
-  return equipment != nullptr ? equipment->Original() : nullptr;
+  return equipment ? equipment->Original() : nullptr;
 }
 
 enum class AtZero { kDestroy, kLive };
 
-// True when the container is now to be destroyed. Its books are read first: once the reference is
+// True when the caller must destroy the container. The slot is read first: once the reference is
 // gone, another thread may destroy the container.
 bool GiveUpRef(KAPContainer& container, AtZero atZero) noexcept {
   const unsigned slot = container.fType->fSlot;
@@ -83,20 +82,20 @@ bool GiveUpRef(KAPContainer& container, AtZero atZero) noexcept {
 
 KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept {
   void* storage = std::malloc(sizeof(KAPContainer));
-  if (storage == nullptr) return nullptr;
+  if (!storage) return nullptr;
   Count(type.fSlot, 1, 1);
   return new (storage) KAPContainer{1, instance, type.fSignature, &type, nullptr};
 }
 
 KAPContainer* CloneContainerRecord(KAPContainer& original) {
   auto equipment = std::make_unique<ContainerEquipment>(&original);
-  if (original.fEquipment != nullptr) equipment->Share(*original.fEquipment);
+  if (original.fEquipment) equipment->Share(*original.fEquipment);
   const ContainerType* unowning =
       gContainerTypes.Find(original.fType->fInstanceName, original.fType->fInterfaceName, nullptr);
-  if (unowning == nullptr) throw std::bad_alloc();
+  if (!unowning) throw std::bad_alloc();
   if (!AddContainerRef(original)) return nullptr;
   KAPContainer* clone = NewContainerRecord(*unowning, original.fPrimary);
-  if (clone == nullptr) {
+  if (!clone) {
     ReleaseContainer(original);
     throw std::bad_alloc();
   }
@@ -112,9 +111,9 @@ bool AddContainerRef(KAPContainer& container) noexcept {
   return true;
 }
 
-// A loop, since clones of clones make a chain of any length.
+// A loop: clones of clones form chains of any length.
 void ReleaseContainer(KAPContainer& container) noexcept {
-  for (KAPContainer* next = &container; next != nullptr && GiveUpRef(*next, AtZero::kDestroy);) {
+  for (KAPContainer* next = &container; next && GiveUpRef(*next, AtZero::kDestroy);) {
     next = Destroy(*next, 1);
   }
 }

@@ -9,8 +9,8 @@
 
 namespace KAPHost {
 
-// What few containers have: further interfaces and instances, and for a clone the container that it
-// was made of. The original is held by a reference, since its instances are the clone's too.
+// What only few containers have: further interfaces and instances, and for a clone its original. The
+// clone holds a reference to the original, since it shares the instances.
 class ContainerEquipment {
  public:
   struct Instance {
@@ -27,7 +27,7 @@ class ContainerEquipment {
   // Both throw std::bad_alloc and then change nothing.
   void AddInstance(const Instance& instance);
   void AddInterface(const ContainerType& type);
-  // Everything that `other` has, its instances without their delete procedures.
+  // Adds everything that `other` has; its instances without their delete procedures.
   void Share(const ContainerEquipment& other);
   // The newest first.
   void DeleteInstances() noexcept;
@@ -43,14 +43,14 @@ class ContainerEquipment {
   KAPContainer* fOriginal;
 };
 
-// The count while a container is being destroyed: whatever is added to it or taken off, it stays
-// below zero.
+// The count while a container is being destroyed: it stays below zero whatever is added to it or
+// subtracted.
 inline constexpr int kDying = -(1 << 30);
 
 }  // namespace KAPHost
 
-// A container record, one allocation. The primary instance and the signature are read in place by
-// components.
+// A container record, one allocation. Components read the primary instance and the signature in
+// place.
 struct KAPContainer {
   std::atomic<int> fCount;
   void* fPrimary;
@@ -65,17 +65,17 @@ static_assert(sizeof(std::atomic<int>) == sizeof(int));
 
 namespace KAPHost {
 
-// With one reference; null when out of memory.
+// A container with one reference; null when out of memory.
 KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept;
 
-// A new container that shows the same instances and interfaces and keeps the original alive, since
-// it owns none of them. Null when the original is being destroyed. Throws std::bad_alloc.
+// A new container with the same instances and interfaces. It owns none of them and keeps the
+// original alive. Null when the original is being destroyed. Throws std::bad_alloc.
 KAPContainer* CloneContainerRecord(KAPContainer& original);
 
 // False when the container is being destroyed.
 bool AddContainerRef(KAPContainer& container) noexcept;
 void ReleaseContainer(KAPContainer& container) noexcept;
-// Gives up a reference and lets the container live, even with none.
+// Releases a reference without destroying the container, even when it was the last one.
 void DropContainerRef(KAPContainer& container) noexcept;
 // Destroys a container that has no reference.
 void DeleteUnownedContainer(KAPContainer& container) noexcept;

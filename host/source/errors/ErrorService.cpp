@@ -4,14 +4,16 @@
 #include <string>
 #include <system_error>
 
+#include "accounting/Accounting.h"
 #include "atoms/AtomTable.h"
 #include "base/Counting.h"
-#include "binder/Services.h"
+#include "base/IntrusiveList.h"
+#include "base/Reports.h"
+#include "binder/Registration.h"
 #include "errors/Errors.h"
-#include "faults/Gate.h"
-#include "host/HostState.h"
+#include "kap/KAPErrorInterface.h"
 
-// The procedures of KAPErrorInterface, and the errors.
+// The errors, and the procedures of KAPErrorInterface.
 
 struct KAPError {
   std::atomic<long> fCount{1};
@@ -21,8 +23,7 @@ struct KAPError {
   long fCode = 0;
   void* fClientData = nullptr;
   KAPDeleteProc fFreeClientData = nullptr;
-  KAPError* fPrevious = nullptr;
-  KAPError* fNext = nullptr;
+  KAPHost::ListLinks<KAPError> fLinks = {};
 };
 
 namespace KAPHost {
@@ -34,32 +35,17 @@ constexpr const char* kComponent = "KAP";
 constinit KAPError gCoreErrors[] = {{.fCoreMessage = "unknown error"},
                                     {.fCoreMessage = "out of memory", .fCode = 1}};
 
-// The live errors; of interest to the books only.
+// The live errors, kept for the accounting only.
 constinit std::mutex gErrorMutex;
-constinit KAPError* gErrors = nullptr;
+constinit IntrusiveList<KAPError> gErrors;
 
-void Link(KAPError& error) noexcept {
-  const ThreadLock lock(gErrorMutex);
-  error.fNext = gErrors;
-  if (gErrors != nullptr) gErrors->fPrevious = &error;
-  gErrors = &error;
-}
-
-void Unlink(const KAPError& error) noexcept {
-  const ThreadLock lock(gErrorMutex);
-  (error.fPrevious != nullptr ? error.fPrevious->fNext : gErrors) = error.fNext;
-  if (error.fNext != nullptr) error.fNext->fPrevious = error.fPrevious;
-}
-
-// A text that could not be made into an atom.
-bool IsLost(const char* text, const KAPStringAtom* atom) {
-  return text != nullptr && atom == nullptr;
-}
+// Whether there was no memory for the atom of a text.
+bool IsLost(const char* text, const KAPStringAtom* atom) { return text && !atom; }
 
 KAPError* MakeError(const char* message, const char* component, long code, void* clientData,
                     KAPDeleteProc freeClientData) noexcept {
   auto* error = new (std::nothrow) KAPError;
-  if (error == nullptr) return nullptr;
+  if (!error) return nullptr;
   error->fMessage = gAtoms.Intern(message);
   error->fComponent = gAtoms.Intern(component);
   if (IsLost(message, error->fMessage) || IsLost(component, error->fComponent)) {
@@ -71,40 +57,42 @@ KAPError* MakeError(const char* message, const char* component, long code, void*
   error->fCode = code;
   error->fClientData = clientData;
   error->fFreeClientData = freeClientData;
-  Link(*error);
+  const ThreadLock lock(gErrorMutex);
+  gErrors.Append(*error);
   return error;
 }
 
-// When there is no error, the client data stays the caller's. A null text gives a null atom.
+// A null text is not an error: its atom is null.
 KAPError* NewError(const char* message, const char* component, long code, void* clientData,
                    KAPDeleteProc freeClientData) noexcept {
-  if (Fails(KAPFault::kError)) return nullptr;
   return MakeError(message, component, code, clientData, freeClientData);
 }
 
-// Whatever is no core error is unknown.
+// An unknown number returns the unknown error.
 KAPError* GetCoreError(int id) noexcept { return &gCoreErrors[id == 1 ? 1 : 0]; }
 
-bool IsCounted(const KAPError* error) { return error != nullptr && error->fCoreMessage == nullptr; }
+bool IsCounted(const KAPError* error) { return error && !error->fCoreMessage; }
 
 void AddRef(KAPError* error) noexcept {
   if (IsCounted(error)) Increment(error->fCount);
 }
 
-// Without a host the component whose procedure would free the client data may be gone as well.
+// Without a host, the component whose procedure frees the client data may be unloaded as well.
 void Release(KAPError* error) noexcept {
   if (!IsCounted(error) || IsClosed() || Decrement(error->fCount) != 0) return;
-  Unlink(*error);
-  if (error->fFreeClientData != nullptr) error->fFreeClientData(error->fClientData);
+  {
+    const ThreadLock lock(gErrorMutex);
+    gErrors.Remove(*error);
+  }
+  if (error->fFreeClientData) error->fFreeClientData(error->fClientData);
   gAtoms.Release(error->fMessage);
   gAtoms.Release(error->fComponent);
   delete error;
 }
 
-// A new reference to the text. A core error makes it when it is first asked for and keeps it from
-// then on, as every error keeps its texts.
+// Returns a new reference to the text. A core error makes its texts on first use and keeps them.
 KAPStringAtom* TextOf(const KAPError* error, KAPStringAtom*& atom, const char* coreText) noexcept {
-  if (error->fCoreMessage == nullptr) {
+  if (!error->fCoreMessage) {
     gAtoms.AddRef(atom);
     return atom;
   }
@@ -115,54 +103,34 @@ KAPStringAtom* TextOf(const KAPError* error, KAPStringAtom*& atom, const char* c
 }
 
 KAPStringAtom* GetErrorMessage(KAPError* error) noexcept {
-  if (error == nullptr) return nullptr;
+  if (!error) return nullptr;
   return TextOf(error, error->fMessage, error->fCoreMessage);
 }
 
 KAPStringAtom* GetComponent(KAPError* error) noexcept {
-  if (error == nullptr) return nullptr;
+  if (!error) return nullptr;
   return TextOf(error, error->fComponent, kComponent);
 }
 
-long GetID(KAPError* error) noexcept { return error == nullptr ? 0 : error->fCode; }
+long GetID(KAPError* error) noexcept { return !error ? 0 : error->fCode; }
 
-void* GetErrorInfo(KAPError* error) noexcept {
-  return error == nullptr ? nullptr : error->fClientData;
-}
+void* GetErrorInfo(KAPError* error) noexcept { return !error ? nullptr : error->fClientData; }
 
-void RegisterErrors(Binder& binder) {
-  RegisterProcs<KAP_T_MT::KAPErrorInterface>(binder, &NewError, &GetCoreError, &AddRef, &Release,
-                                             &GetErrorMessage, &GetComponent, &GetID,
-                                             &GetErrorInfo);
-}
+std::string_view View(const KAPStringAtom* atom) { return atom ? atom->View() : "(no text)"; }
 
-std::string_view View(const KAPStringAtom* atom) {
-  return atom != nullptr ? std::string_view(atom->Text(), atom->fLength) : "(no text)";
-}
-
-// An error's own references on its texts are not the components'.
-void LeaveOutTexts(Snapshot& books, KAPError& error) {
+// An error's own references to its texts are not held by components.
+void LeaveOutTexts(Snapshot& snapshot, KAPError& error) {
   for (KAPStringAtom** text : {&error.fMessage, &error.fComponent}) {
     const KAPStringAtom* atom = std::atomic_ref(*text).load();
-    if (atom != nullptr) books.Add(KAPResource::kAtom, View(atom), {-1, 0});
+    if (atom) snapshot.Add(KAPResource::kAtom, atom->View(), {-1, 0});
   }
-}
-
-void CountErrors(Snapshot& books) {
-  const std::lock_guard lock(gErrorMutex);
-  for (KAPError* error = gErrors; error != nullptr; error = error->fNext) {
-    books.Add(KAPResource::kError, View(error->fMessage),
-              {1, error->fCount.load(std::memory_order_relaxed)});
-    LeaveOutTexts(books, *error);
-  }
-  for (KAPError& error : gCoreErrors) LeaveOutTexts(books, error);
 }
 
 }  // namespace
 
 KAPError* MakeError(const char* message, long code) noexcept {
   KAPError* error = MakeError(message, kComponent, code, nullptr, nullptr);
-  return error != nullptr ? error : MemoryError();
+  return error ? error : MemoryError();
 }
 
 KAPError* InvalidContainer() noexcept { return MakeError("invalid container"); }
@@ -178,15 +146,30 @@ KAPError* SystemError(const char* action, const char* path, int number) noexcept
 }
 
 void ReportError(KAPError* error) noexcept {
-  if (error == nullptr) return;
+  if (!error) return;
   KAPStringAtom* message = GetErrorMessage(error);
-  Report(message != nullptr ? message->Text() : "(an error without a message)");
+  Report(message ? message->Text() : "(an error without a message)");
   gAtoms.Release(message);
   Release(error);
 }
 
 KAPError* MemoryError() noexcept { return &gCoreErrors[1]; }
 
-const Service kErrorService = {&RegisterErrors, &CountErrors};
+template <>
+void RegisterService<KAP_T_MT::KAPErrorInterface>(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPErrorInterface, &NewError, &GetCoreError, &AddRef, &Release,
+                &GetErrorMessage, &GetComponent, &GetID, &GetErrorInfo>(binder);
+}
+
+template <>
+void AddNamed<KAPResource::kError>(Snapshot& snapshot) {
+  const std::lock_guard lock(gErrorMutex);
+  gErrors.ForEach([&](KAPError& error) {
+    snapshot.Add(KAPResource::kError, View(error.fMessage),
+                 {1, error.fCount.load(std::memory_order_relaxed)});
+    LeaveOutTexts(snapshot, error);
+  });
+  for (KAPError& error : gCoreErrors) LeaveOutTexts(snapshot, error);
+}
 
 }  // namespace KAPHost

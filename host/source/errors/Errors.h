@@ -2,27 +2,23 @@
 
 #include <new>
 
+#include "binder/Failures.h"
 #include "kap/KAPTypes.h"
 
 namespace KAPHost {
 
-// Errors of the host's own making, for the caller. Each is the memory error when there is no memory
-// for it.
+// Errors that the host makes: one reference for the caller. Without memory for one, the core memory
+// error.
 KAPError* MakeError(const char* message, long code = 0) noexcept;
 KAPError* InvalidContainer() noexcept;
-KAPError* InvalidArgument() noexcept;
-// `cannot write "path": No space left on device`, with the number of the system's error as its
-// code.
+// `cannot write "path": No space left on device`, with the system's error number as its code.
 KAPError* SystemError(const char* action, const char* path, int number) noexcept;
 
-// Core error 1.
-KAPError* MemoryError() noexcept;
-
-// Takes an error that no caller is there to be given: its message goes to the reports. Null is
-// none.
+// Releases an error that has no caller to be returned to, and adds its message to the reports. Null
+// is ignored.
 void ReportError(KAPError* error) noexcept;
 
-// Runs `body`, which may throw std::bad_alloc.
+// Runs `body`; returns what it returns, or the memory error when it throws std::bad_alloc.
 template <class Body>
 KAPError* ReturnError(Body body) noexcept {
   try {

@@ -2,11 +2,23 @@
 
 #include <algorithm>
 
-#include "faults/Gate.h"
+#include "base/Current.h"
 
 namespace KAPHost {
 
-// A new rule starts the counting anew, for all kinds.
+constinit std::atomic<unsigned> gGate{kGateClosed};
+
+bool FailsSlowly(KAPFault kind, std::size_t blockSize) noexcept {
+  FaultRules* rules = Current<FaultRules>();
+  return !rules || rules->Fails(kind, blockSize);
+}
+
+std::size_t ReadLimitSlowly() noexcept {
+  const FaultRules* rules = Current<FaultRules>();
+  return rules ? rules->ReadLimit() : 0;
+}
+
+// A new rule restarts the counting, for all kinds.
 void FaultRules::Arm() {
   fCalls = {};
   fFired = false;
@@ -80,9 +92,9 @@ bool FaultRules::Fails(KAPFault kind, std::size_t blockSize) noexcept {
   const std::lock_guard lock(fMutex);
   const bool byKind = CountOne(kind);
   const bool byNumber = CountOne(KAPFault::kAny);
-  const bool refused = byKind || byNumber || blockSize > fLargestBlock;
-  fFired = fFired || refused;
-  return refused;
+  const bool fails = byKind || byNumber || blockSize > fLargestBlock;
+  fFired = fFired || fails;
+  return fails;
 }
 
 std::size_t FaultRules::ReadLimit() const noexcept {
@@ -90,7 +102,7 @@ std::size_t FaultRules::ReadLimit() const noexcept {
   return fLargestRead;
 }
 
-// The sets are small; comparing beats making the texts that a look-up would need.
+// The sets are small; comparing is cheaper than making the strings that a look-up needs.
 bool FaultRules::Contains(const Names& names, std::string_view first,
                           std::string_view second) noexcept {
   return std::any_of(names.begin(), names.end(), [&](const auto& name) {
@@ -100,7 +112,7 @@ bool FaultRules::Contains(const Names& names, std::string_view first,
 
 bool FaultRules::IsHidden(std::string_view interfaceName,
                           std::string_view methodName) const noexcept {
-  if (gGate.load(std::memory_order_relaxed) == 0) return false;
+  if (!HasGateBits(kGateArmed)) return false;
   const std::lock_guard lock(fMutex);
   const bool hidden =
       Contains(fHidden, interfaceName, methodName) || Contains(fHidden, interfaceName, "");
@@ -110,11 +122,11 @@ bool FaultRules::IsHidden(std::string_view interfaceName,
 
 bool FaultRules::FailsRegistration(std::string_view interfaceName,
                                    std::string_view methodName) const noexcept {
-  if (gGate.load(std::memory_order_relaxed) == 0) return false;
+  if (!HasGateBits(kGateArmed)) return false;
   const std::lock_guard lock(fMutex);
-  const bool refused = Contains(fFailingRegistrations, interfaceName, methodName);
-  fFired = fFired || refused;
-  return refused;
+  const bool fails = Contains(fFailingRegistrations, interfaceName, methodName);
+  fFired = fFired || fails;
+  return fails;
 }
 
 }  // namespace KAPHost

@@ -8,16 +8,13 @@
 #include <string_view>
 #include <utility>
 
+#include "faults/Gate.h"
 #include "kap/KAPInterface.h"
 
 namespace KAPHost {
 
-using KAP_T_MT::KAPFault;
-
-inline constexpr std::size_t kFaultKinds = static_cast<std::size_t>(KAPFault::kCount);
-
-// The rules by which calls are refused, and the calls counted. Thread-safe. The gate is armed while
-// there are any rules.
+// The rules of fault injection, and the calls counted. Thread-safe. The gate is armed while there
+// are any rules.
 class FaultRules {
  public:
   void FailCall(KAPFault kind, unsigned long n) { SetRule(kind, {n, n}); }
@@ -33,7 +30,7 @@ class FaultRules {
   bool Fired() const;
   unsigned long CallCount(KAPFault kind) const;
 
-  // Asked by the procedures; they count the call.
+  // Called by the procedures, to count the call.
   bool Fails(KAPFault kind, std::size_t blockSize) noexcept;
   std::size_t ReadLimit() const noexcept;
   bool IsHidden(std::string_view interfaceName, std::string_view methodName) const noexcept;
@@ -41,10 +38,11 @@ class FaultRules {
                          std::string_view methodName) const noexcept;
 
  private:
+  static constexpr std::size_t kKinds = static_cast<std::size_t>(KAPFault::kCount);
   static constexpr unsigned long kForever = ~0ul;
   static constexpr std::size_t kAnySize = ~std::size_t{0};
 
-  // The first and the last call to refuse; 0 for none.
+  // The first and the last call to fail; 0 for none.
   struct Rule {
     unsigned long fFirst = 0;
     unsigned long fLast = 0;
@@ -58,8 +56,8 @@ class FaultRules {
                        std::string_view second) noexcept;
 
   mutable std::mutex fMutex;
-  std::array<Rule, kFaultKinds> fRules;
-  std::array<unsigned long, kFaultKinds> fCalls{};
+  std::array<Rule, kKinds> fRules;
+  std::array<unsigned long, kKinds> fCalls{};
   std::size_t fLargestBlock = kAnySize;
   std::size_t fLargestRead = kAnySize;
   Names fHidden;  // with an empty method name: the whole interface

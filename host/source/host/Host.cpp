@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/Current.h"
 #include "host/HostState.h"
 
 namespace KAPHost {
@@ -10,8 +11,8 @@ namespace {
 
 void* GetProcAddressProc(const char* interfaceName, const char* methodName,
                          const char* procName) noexcept {
-  const HostState* state = HostState::Current();
-  return state != nullptr ? state->Find(interfaceName, methodName, procName) : nullptr;
+  const Binder* binder = Current<Binder>();
+  return binder ? binder->Find(interfaceName, methodName, procName) : nullptr;
 }
 
 }  // namespace
@@ -23,17 +24,15 @@ Host::~Host() = default;
 KAPGetProcAddressProc Host::GetProcAddress() const { return &GetProcAddressProc; }
 
 void* Host::Find(const char* interfaceName, const char* methodName, const char* procName) const {
-  return fState->Find(interfaceName, methodName, procName);
+  return fState->fBinder.Find(interfaceName, methodName, procName);
 }
 
 bool Host::Register(const char* interfaceName, const char* methodName, const char* procName,
                     void* proc) {
-  return fState->Register(interfaceName, methodName, procName, proc);
+  return fState->fBinder.Register(interfaceName, methodName, procName, proc);
 }
 
-void Host::Unregister(const char* interfaceName) {
-  if (interfaceName != nullptr) fState->fBinder.Unregister(interfaceName);
-}
+void Host::Unregister(const char* interfaceName) { fState->fBinder.Unregister(interfaceName); }
 
 Component Host::Load(const std::string& path, const std::string& name) {
   Component component(path, name);

@@ -3,37 +3,65 @@
 #include <atomic>
 #include <iostream>
 #include <stdexcept>
+#include <utility>
 
-#include "binder/Services.h"
+#include "accounting/Accounting.h"
+#include "base/Current.h"
+#include "binder/Registration.h"
 #include "containers/ContainerTypes.h"
 #include "faults/Gate.h"
+#include "kap/KAPHostInterfaces.h"
 
 namespace KAPHost {
 
 namespace {
 
-constinit std::atomic<HostState*> gCurrent{nullptr};
+constinit std::atomic<bool> gClaimed{false};
+
+template <KAPResource kResource>
+void AddAll(Snapshot& snapshot) {
+  if constexpr (TextOf(kResource).fIsNamed) {
+    AddNamed<kResource>(snapshot);
+  } else {
+    snapshot.Add(kResource, "", TotalOf(SlotOf(kResource)));
+  }
+}
 
 Snapshot CountAll() {
-  Snapshot books;
-  for (const Service* service : Services()) {
-    if (service->fCount != nullptr) service->fCount(books);
+  Snapshot snapshot;
+  [&]<std::size_t... kValues>(std::index_sequence<kValues...>) {
+    (AddAll<static_cast<KAPResource>(kValues)>(snapshot), ...);
   }
-  return books;
+  (std::make_index_sequence<kResources>());
+  return snapshot;
+}
+
+void SetCurrent(HostState* state) noexcept {
+  gCurrent<FaultRules> = state ? &state->fFaultRules : nullptr;
+  gCurrent<Binder> = state ? &state->fBinder : nullptr;
+  gCurrent<Reports> = state ? &state->fReports : nullptr;
+  gCurrent<StreamLog> = state ? &state->fStreamLog : nullptr;
+  gCurrent<ClientPurges> = state ? &state->fClientPurges : nullptr;
 }
 
 }  // namespace
+
+HostState::Claim::Claim() {
+  if (gClaimed.exchange(true)) {
+    throw std::logic_error(
+        "KAPHost::Host: another host lives in this process; there can be one at a time");
+  }
+}
+
+HostState::Claim::~Claim() { gClaimed = false; }
 
 HostState::HostState(HostOptions options)
     : fReports(std::move(options.fOnReport)),
       fOnLeak(std::move(options.fOnLeak)),
       fBefore(CountAll()) {
-  for (const Service* service : Services()) service->fRegister(fBinder);
-  HostState* none = nullptr;
-  if (!gCurrent.compare_exchange_strong(none, this)) {
-    throw std::logic_error(
-        "KAPHost::Host: another host lives in this process; there can be one at a time");
-  }
+  KAP_T_MT::KAPHostInterfaceSet::ForEach(
+      [&]<class Interface>() { RegisterService<Interface>(fBinder); });
+  SetCurrent(this);
   gGate.store(0);
 }
 
@@ -41,34 +69,7 @@ HostState::~HostState() {
   gContainerTypes.ReleaseUnused();
   ReportLeaks();
   gGate.store(kGateClosed);
-  gCurrent.store(nullptr);
-}
-
-HostState* HostState::Current() noexcept { return gCurrent.load(std::memory_order_acquire); }
-
-void* HostState::Find(const char* interfaceName, const char* methodName,
-                      const char* procName) const noexcept {
-  if (interfaceName == nullptr || methodName == nullptr || procName == nullptr) return nullptr;
-  if (fFaultRules.IsHidden(interfaceName, methodName)) return nullptr;
-  return fBinder.Find(interfaceName, methodName, procName);
-}
-
-bool HostState::Register(const char* interfaceName, const char* methodName, const char* procName,
-                         void* proc) {
-  if (interfaceName == nullptr || methodName == nullptr || procName == nullptr || proc == nullptr) {
-    return false;
-  }
-  fBinder.Register(interfaceName, methodName, procName, proc);
-  return true;
-}
-
-bool HostState::RegisterForComponent(const char* interfaceName, const char* methodName,
-                                     const char* procName, void* proc) {
-  if (interfaceName != nullptr && methodName != nullptr &&
-      fFaultRules.FailsRegistration(interfaceName, methodName)) {
-    return false;
-  }
-  return Register(interfaceName, methodName, procName, proc);
+  SetCurrent(nullptr);
 }
 
 Snapshot HostState::TakeSnapshot() const { return CountAll() - fBefore; }
@@ -83,12 +84,8 @@ void HostState::ReportLeaks() const noexcept {
       std::cerr << "KAP host: still held at shutdown:\n" << leaked;
     }
   } catch (const std::exception&) {
-    std::cerr << "KAP host: no memory to tell what is still held at shutdown\n";
+    std::cerr << "KAP host: no memory for the leak report at shutdown\n";
   }
-}
-
-void Report(const char* message) noexcept {
-  if (HostState* state = HostState::Current()) state->fReports.Add(message);
 }
 
 }  // namespace KAPHost

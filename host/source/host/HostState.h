@@ -9,8 +9,8 @@
 
 namespace KAPHost {
 
-// What belongs to the one live host, reached by its procedures. Atoms, containers and the like
-// belong to the process: components may hold them longer than the host lives.
+// What belongs to the one live host. Atoms, containers and the like belong to the process:
+// components may hold them longer than the host lives.
 class HostState {
  public:
   // Throws std::logic_error when there is one already.
@@ -19,34 +19,32 @@ class HostState {
   HostState& operator=(const HostState&) = delete;
   ~HostState();
 
-  // Null when there is no host.
-  static HostState* Current() noexcept;
-
-  // A procedure, unless it is hidden or a name is null.
-  void* Find(const char* interfaceName, const char* methodName,
-             const char* procName) const noexcept;
-  // False when it is refused, or a name or the procedure is null. Throws std::bad_alloc.
-  bool Register(const char* interfaceName, const char* methodName, const char* procName,
-                void* proc);
-  bool RegisterForComponent(const char* interfaceName, const char* methodName, const char* procName,
-                            void* proc);
   // Without what was held before this host.
   Snapshot TakeSnapshot() const;
 
-  Binder fBinder;
+ private:
+  // Claims the process for one host.
+  struct Claim {
+    Claim();
+    Claim(const Claim&) = delete;
+    Claim& operator=(const Claim&) = delete;
+    ~Claim();
+  };
+
+  void ReportLeaks() const noexcept;
+
+  const Claim fClaim;
+
+ public:
   FaultRules fFaultRules;
+  Binder fBinder{fFaultRules};
   Reports fReports;
   StreamLog fStreamLog;
   ClientPurges fClientPurges;
 
  private:
-  void ReportLeaks() const noexcept;
-
-  std::function<void(const Snapshot&)> fOnLeak;
-  Snapshot fBefore;
+  const std::function<void(const Snapshot&)> fOnLeak;
+  const Snapshot fBefore;
 };
-
-// Adds to the reports of the live host, if any.
-void Report(const char* message) noexcept;
 
 }  // namespace KAPHost

@@ -9,9 +9,9 @@ namespace KAPHost {
 void AddSinkRef(KAPDataSink& sink) noexcept { Increment(sink.fCount); }
 
 void ReleaseSink(KAPDataSink* sink) noexcept {
-  while (sink != nullptr && Decrement(sink->fCount) == 0) {
+  while (sink && Decrement(sink->fCount) == 0) {
     KAPDataSink* const target = sink->TakeTarget();
-    Count(kSinkSlot, -1, 0);
+    Count(KAPResource::kSink, -1, 0);
     delete sink;
     sink = target;
   }

@@ -5,8 +5,8 @@
 
 #include "kap/KAPFilterInterface.h"
 
-// A sink of the host. Arguments have been checked when it is called.
-// Threads: references may be counted on any thread, else one at a time.
+// A sink of the host. Its callers check arguments.
+// Threads: references may be counted on any thread; all else is for one thread at a time.
 struct KAPDataSink {
  public:
   KAPDataSink(const KAPDataSink&) = delete;
@@ -15,7 +15,7 @@ struct KAPDataSink {
 
   // All of the bytes, or an error.
   virtual KAPError* Write(const unsigned char* data, std::size_t count) noexcept = 0;
-  // The target, whose reference passes over to the caller; null when there is none.
+  // The target and its reference, which the caller now owns; null when there is none.
   virtual KAPDataSink* TakeTarget() noexcept { return nullptr; }
 
   std::atomic<long> fCount{1};
@@ -27,17 +27,17 @@ struct KAPDataSink {
 namespace KAPHost {
 
 void AddSinkRef(KAPDataSink& sink) noexcept;
-// Null is allowed. A loop, since filters make chains of any length.
+// Ignores null. A loop: filters form chains of any length.
 void ReleaseSink(KAPDataSink* sink) noexcept;
 
-// Forgets what it is given.
+// Discards its bytes.
 class NullSink final : public KAPDataSink {
  public:
   KAPError* Write(const unsigned char*, std::size_t) noexcept override { return nullptr; }
 };
 
-// A sink or filter object of a component. It is handed back exactly once, and what its Delete has
-// to complain of is reported.
+// A sink or filter object of a component. It is handed to its delete procedure exactly once; an
+// error of that is reported, since releasing returns no result.
 class SinkClient {
  public:
   SinkClient(void* client, KAP_T_MT::KAPSinkWriteProc write,

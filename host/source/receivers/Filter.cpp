@@ -17,7 +17,7 @@ KAPError* Filter::Write(const unsigned char* data, std::size_t count) noexcept {
 }
 
 KAPError* Filter::SetTarget(KAPDataSink& target) noexcept {
-  for (auto* next = dynamic_cast<Filter*>(&target); next != nullptr; next = next->Next()) {
+  for (auto* next = dynamic_cast<Filter*>(&target); next; next = next->Next()) {
     if (next == this) return MakeError("a filter cannot be its own target");
   }
   AddSinkRef(target);
@@ -27,20 +27,20 @@ KAPError* Filter::SetTarget(KAPDataSink& target) noexcept {
 
 KAPError* Filter::Close() noexcept {
   KAPError* const error = fIsClosed ? nullptr : DoClose();
-  fIsClosed = error == nullptr;
+  fIsClosed = !error;
   return error;
 }
 
 unsigned long Filter::ChainState() const noexcept {
   unsigned long closed = 0;
-  for (const Filter* filter = this; filter != nullptr; filter = filter->Next()) {
+  for (const Filter* filter = this; filter; filter = filter->Next()) {
     if (filter->fIsClosed) ++closed;
   }
   return closed;
 }
 
 void Filter::ResetChainState() noexcept {
-  for (Filter* filter = this; filter != nullptr; filter = filter->Next()) {
+  for (Filter* filter = this; filter; filter = filter->Next()) {
     filter->fIsClosed = false;
   }
 }
@@ -50,7 +50,7 @@ KAPError* IdentityFilter::GetVellumcodeFilter(KAPDataSink*&) noexcept { return n
 KAPError* ClientFilter::GetVellumcodeFilter(KAPDataSink*& out) noexcept {
   KAPDataSink* filter = nullptr;
   KAPError* const error = fProcs.fGetVellumcodeFilter(&filter, fClient.Client());
-  if (error == nullptr) out = filter;
+  if (!error) out = filter;
   return error;
 }
 

@@ -4,9 +4,9 @@
 
 namespace KAPHost {
 
-// A sink with a target, which it holds by a reference. Once closed it takes no bytes until the
-// state of its chain is reset. The chain of a filter is the filter itself and those that follow it
-// as targets, up to the first sink that is no filter.
+// A sink with a target, to which it holds a reference. A closed filter takes no bytes until the
+// state of its chain is reset. The chain of a filter is the filter itself and the filters that follow
+// it as targets, up to the first sink that is not a filter.
 class Filter : public KAPDataSink {
  public:
   explicit Filter(KAPDataSink& target) noexcept;
@@ -16,14 +16,14 @@ class Filter : public KAPDataSink {
   KAPDataSink* TakeTarget() noexcept final;
 
   KAPDataSink* Target() const noexcept { return fTarget; }
-  // An error when the filter would lead to itself.
+  // An error when the filter would become its own target, directly or through others.
   KAPError* SetTarget(KAPDataSink& target) noexcept;
 
-  // Does nothing when it is closed already. A filter that could not be closed is open.
+  // A no-op on a closed filter. After an error the filter is open.
   KAPError* Close() noexcept;
-  // How many of the chain are closed.
+  // The number of closed filters in the chain.
   unsigned long ChainState() const noexcept;
-  // Opens all of the chain.
+  // Opens every filter of the chain.
   void ResetChainState() noexcept;
 
   // A new reference; null when there is none.
@@ -41,7 +41,7 @@ class Filter : public KAPDataSink {
   bool fIsClosed = false;
 };
 
-// Hands on what it is given.
+// Passes its bytes on as they are.
 class IdentityFilter final : public Filter {
  public:
   using Filter::Filter;
@@ -55,7 +55,7 @@ class IdentityFilter final : public Filter {
   KAPError* DoClose() noexcept override { return nullptr; }
 };
 
-// What a component hands over with a filter object; the last two are those of a JPEG filter.
+// The procedures of a component's filter object; the last two are for JPEG filters.
 struct ClientFilterProcs {
   KAP_T_MT::KAPSinkWriteProc fWrite;
   KAP_T_MT::KAPSinkDeleteProc fDelete;
@@ -65,7 +65,7 @@ struct ClientFilterProcs {
   KAP_T_MT::KAPCompressionParmsProc fCompressionParms = nullptr;
 };
 
-// The client's object writes to the target itself.
+// A component's filter, which writes to the target itself.
 class ClientFilter : public Filter {
  public:
   ClientFilter(KAPDataSink& target, void* client, const ClientFilterProcs& procs) noexcept

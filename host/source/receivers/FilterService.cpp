@@ -1,7 +1,7 @@
 #include <new>
 
 #include "accounting/Accounting.h"
-#include "binder/Services.h"
+#include "binder/Registration.h"
 #include "errors/Errors.h"
 #include "faults/Gate.h"
 #include "receivers/Filter.h"
@@ -17,45 +17,33 @@ using namespace KAP_T_MT;
 // Makes a sink with one reference.
 template <class Sink, class... Args>
 KAPError* New(KAPDataSink** out, Args&&... args) noexcept {
-  if (Fails(KAPFault::kSink)) return MemoryError();
   *out = new (std::nothrow) Sink(args...);
-  if (*out == nullptr) return MemoryError();
-  Count(kSinkSlot, 1, 1);
+  if (!*out) return MemoryError();
+  Count(KAPResource::kSink, 1, 1);
   return nullptr;
 }
 
-KAPError* NewNullDataSink(KAPDataSink** out) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  return New<NullSink>(out);
-}
+KAPError* NewNullDataSink(KAPDataSink** out) noexcept { return New<NullSink>(out); }
 
 KAPError* NewClientDataSink(KAPDataSink** out, void* client, KAPSinkWriteProc write,
                             KAPSinkDeleteProc deleteClient) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  if (client == nullptr || write == nullptr || deleteClient == nullptr) return InvalidArgument();
+  if (!client || !write || !deleteClient) return InvalidArgument();
   return New<ClientSink>(out, client, write, deleteClient);
 }
 
 KAPError* NewIdentityFilter(KAPDataSink** out, KAPDataSink* target) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  if (target == nullptr) return InvalidArgument();
+  if (!target) return InvalidArgument();
   return New<IdentityFilter>(out, *target);
 }
 
 bool IsComplete(const ClientFilterProcs& procs) noexcept {
-  return procs.fWrite != nullptr && procs.fDelete != nullptr && procs.fClose != nullptr &&
-         procs.fGetVellumcodeFilter != nullptr;
+  return procs.fWrite && procs.fDelete && procs.fClose && procs.fGetVellumcodeFilter;
 }
 
 template <class Sink>
 KAPError* NewOfClient(KAPDataSink** out, KAPDataSink* target, void* client,
                       const ClientFilterProcs& procs) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
-  if (target == nullptr || client == nullptr || !IsComplete(procs)) return InvalidArgument();
+  if (!target || !client || !IsComplete(procs)) return InvalidArgument();
   return New<Sink>(out, *target, client, procs);
 }
 
@@ -73,37 +61,37 @@ KAPError* NewFilterJPEG(KAPDataSink** out, KAPDataSink* target, void* client,
                         KAPFilterGetVellumcodeFilterProc getVellumcodeFilter,
                         KAPImageParmsProc imageParms,
                         KAPCompressionParmsProc compressionParms) noexcept {
-  const bool complete = imageParms != nullptr && compressionParms != nullptr;
+  const bool complete = imageParms && compressionParms;
   return NewOfClient<JPEGFilter>(
       out, target, complete ? client : nullptr,
       {write, deleteClient, close, getVellumcodeFilter, imageParms, compressionParms});
 }
 
 void AddRef(KAPDataSink* sink) noexcept {
-  if (sink == nullptr) return;
+  if (!sink) return;
   AddSinkRef(*sink);
-  Count(kSinkSlot, 0, 1);
+  Count(KAPResource::kSink, 0, 1);
 }
 
-// Without a host the component whose procedure would delete the object may be gone as well.
+// Without a host, the component whose procedure deletes the object may be unloaded as well.
 void Release(KAPDataSink* sink) noexcept {
-  if (sink == nullptr || IsClosed()) return;
-  Count(kSinkSlot, 0, -1);
+  if (!sink || IsClosed()) return;
+  Count(KAPResource::kSink, 0, -1);
   ReleaseSink(sink);
 }
 
 KAPError* Write(KAPDataSink* sink, const unsigned char* data, std::size_t count) noexcept {
-  if (sink == nullptr || (data == nullptr && count != 0)) return InvalidArgument();
+  if (!sink || (!data && count != 0)) return InvalidArgument();
   return sink->Write(data, count);
 }
 
-bool IsFilter(KAPDataSink* sink) noexcept { return dynamic_cast<Filter*>(sink) != nullptr; }
+bool IsFilter(KAPDataSink* sink) noexcept { return dynamic_cast<Filter*>(sink); }
 
-// Runs operation(filter) if the sink is a filter of that kind.
+// Runs operation(filter), or returns an error when the sink is not a filter of that kind.
 template <class Kind, class Operation>
 KAPError* WithFilter(KAPDataSink* sink, Operation operation) noexcept {
   auto* const filter = dynamic_cast<Kind*>(sink);
-  return filter != nullptr ? operation(*filter) : MakeError("invalid filter");
+  return filter ? operation(*filter) : MakeError("invalid filter");
 }
 
 KAPError* Close(KAPDataSink* sink) noexcept {
@@ -111,19 +99,17 @@ KAPError* Close(KAPDataSink* sink) noexcept {
 }
 
 KAPError* GetVellumcodeFilter(KAPDataSink** out, KAPDataSink* sink) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = nullptr;
   return WithFilter<Filter>(sink, [&](Filter& filter) { return filter.GetVellumcodeFilter(*out); });
 }
 
 KAPError* SetDataSink(KAPDataSink* sink, KAPDataSink* target) noexcept {
-  if (target == nullptr) return InvalidArgument();
+  if (!target) return InvalidArgument();
   return WithFilter<Filter>(sink, [&](Filter& filter) { return filter.SetTarget(*target); });
 }
 
 KAPDataSink* PeekTarget(KAPDataSink* sink) noexcept {
   const auto* const filter = dynamic_cast<Filter*>(sink);
-  return filter != nullptr ? filter->Target() : nullptr;
+  return filter ? filter->Target() : nullptr;
 }
 
 KAPError* SetImageParameters(KAPDataSink* sink, int width, int height, int channels) noexcept {
@@ -137,8 +123,6 @@ KAPError* SetCompressionParameters(KAPDataSink* sink, float quality) noexcept {
 }
 
 KAPError* GetChainState(unsigned long* out, KAPDataSink* sink) noexcept {
-  if (out == nullptr) return InvalidArgument();
-  *out = 0;
   return WithFilter<Filter>(sink, [&](const Filter& filter) -> KAPError* {
     *out = filter.ChainState();
     return nullptr;
@@ -152,18 +136,14 @@ KAPError* ResetChainState(KAPDataSink* sink) noexcept {
   });
 }
 
-void RegisterFilters(Binder& binder) {
-  RegisterProcs<KAPFilterInterface>(binder, &NewNullDataSink, &NewClientDataSink,
-                                    &NewIdentityFilter, &NewClientFilter, &NewFilterJPEG, &AddRef,
-                                    &Release, &Write, &IsFilter, &Close, &GetVellumcodeFilter,
-                                    &SetDataSink, &PeekTarget, &SetImageParameters,
-                                    &SetCompressionParameters, &GetChainState, &ResetChainState);
-}
-
-void CountSinks(Snapshot& books) { books.Add(KAPResource::kSink, "", TallyTotal(kSinkSlot)); }
-
 }  // namespace
 
-const Service kFilterService = {&RegisterFilters, &CountSinks};
+template <>
+void RegisterService<KAPFilterInterface>(Binder& binder) {
+  RegisterProcs<KAPFilterInterface, &NewNullDataSink, &NewClientDataSink, &NewIdentityFilter,
+                &NewClientFilter, &NewFilterJPEG, &AddRef, &Release, &Write, &IsFilter, &Close,
+                &GetVellumcodeFilter, &SetDataSink, &PeekTarget, &SetImageParameters,
+                &SetCompressionParameters, &GetChainState, &ResetChainState>(binder);
+}
 
 }  // namespace KAPHost

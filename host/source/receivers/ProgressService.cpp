@@ -3,13 +3,14 @@
 
 #include "accounting/Accounting.h"
 #include "base/Counting.h"
-#include "binder/Services.h"
+#include "binder/Registration.h"
 #include "errors/Errors.h"
 #include "faults/Gate.h"
+#include "kap/KAPProgressInterface.h"
 
 // The procedures of KAPProgressInterface.
 
-// A progress object. Without procedures nobody watches it.
+// A progress object. One without procedures ignores what it is told.
 struct KAPProgress {
   void* const fClient = nullptr;
   const KAP_T_MT::KAPProgressUpdateProc fUpdate = nullptr;
@@ -26,9 +27,8 @@ using KAP_T_MT::KAPProgressUpdateProc;
 
 KAPProgress* New(void* client, KAPProgressUpdateProc update,
                  KAPProgressDeleteProc deleteClient) noexcept {
-  if (Fails(KAPFault::kProgress)) return nullptr;
   auto* const progress = new (std::nothrow) KAPProgress{client, update, deleteClient};
-  if (progress != nullptr) Count(kProgressSlot, 1, 1);
+  if (progress) Count(KAPResource::kProgress, 1, 1);
   return progress;
 }
 
@@ -36,43 +36,39 @@ KAPProgress* NewNullProgress() noexcept { return New(nullptr, nullptr, nullptr);
 
 KAPProgress* NewClientProgress(void* client, KAPProgressUpdateProc update,
                                KAPProgressDeleteProc deleteClient) noexcept {
-  if (client == nullptr || update == nullptr || deleteClient == nullptr) return nullptr;
+  if (!client || !update || !deleteClient) return nullptr;
   return New(client, update, deleteClient);
 }
 
 void AddRef(KAPProgress* progress) noexcept {
-  if (progress == nullptr) return;
+  if (!progress) return;
   Increment(progress->fCount);
-  Count(kProgressSlot, 0, 1);
+  Count(KAPResource::kProgress, 0, 1);
 }
 
-// Without a host the component whose procedure would delete the object may be gone as well.
+// Without a host, the component whose procedure deletes the object may be unloaded as well.
 void Release(KAPProgress* progress) noexcept {
-  if (progress == nullptr || IsClosed()) return;
-  Count(kProgressSlot, 0, -1);
+  if (!progress || IsClosed()) return;
+  Count(KAPResource::kProgress, 0, -1);
   if (Decrement(progress->fCount) != 0) return;
-  Count(kProgressSlot, -1, 0);
-  if (progress->fDelete != nullptr) ReportError(progress->fDelete(progress->fClient));
+  Count(KAPResource::kProgress, -1, 0);
+  if (progress->fDelete) ReportError(progress->fDelete(progress->fClient));
   delete progress;
 }
 
-KAPError* Update(KAPProgress* progress, float fraction, const char* text, int flag) noexcept {
-  if (progress == nullptr) return InvalidArgument();
-  if (progress->fUpdate == nullptr) return nullptr;
+KAPError* UpdateProgress(KAPProgress* progress, float fraction, const char* text,
+                         int flag) noexcept {
+  if (!progress) return InvalidArgument();
+  if (!progress->fUpdate) return nullptr;
   return progress->fUpdate(progress->fClient, fraction, text, flag);
-}
-
-void RegisterProgress(Binder& binder) {
-  RegisterProcs<KAP_T_MT::KAPProgressInterface>(binder, &NewNullProgress, &NewClientProgress,
-                                                &AddRef, &Release, &Update);
-}
-
-void CountProgress(Snapshot& books) {
-  books.Add(KAPResource::kProgress, "", TallyTotal(kProgressSlot));
 }
 
 }  // namespace
 
-const Service kProgressService = {&RegisterProgress, &CountProgress};
+template <>
+void RegisterService<KAP_T_MT::KAPProgressInterface>(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPProgressInterface, &NewNullProgress, &NewClientProgress, &AddRef,
+                &Release, &UpdateProgress>(binder);
+}
 
 }  // namespace KAPHost

@@ -4,7 +4,7 @@
 
 namespace KAPHost {
 
-// Bytes that grow. Growing doubles the capacity; a store that is written once has exactly what it
+// Bytes that grow. Growing at least doubles the capacity; the first write reserves exactly what it
 // needs.
 class ByteStore {
  public:
@@ -14,9 +14,9 @@ class ByteStore {
   ~ByteStore();
 
   std::size_t Size() const noexcept { return fSize; }
-  // The bytes from `position` on that were there to copy.
+  // Copies bytes from `position` on, as far as there are any; returns how many.
   std::size_t Read(std::size_t position, unsigned char* buffer, std::size_t count) const noexcept;
-  // A gap before `position` is filled with zeros. False when out of memory: nothing has changed.
+  // Fills a gap before `position` with zeros. False when out of memory; nothing changes then.
   bool Write(std::size_t position, const unsigned char* bytes, std::size_t count) noexcept;
 
  private:

@@ -5,9 +5,9 @@
 namespace KAPHost {
 
 bool ClientStreamProcs::IsComplete(StreamCapability capability) const noexcept {
-  const bool simple = fRead != nullptr && fWrite != nullptr && fDelete != nullptr;
-  const bool rewindable = fCreateRewindable != nullptr && fRewind != nullptr;
-  const bool positionable = fCreatePositionable != nullptr && fMark != nullptr && fSeek != nullptr;
+  const bool simple = fRead && fWrite && fDelete;
+  const bool rewindable = fCreateRewindable && fRewind;
+  const bool positionable = fCreatePositionable && fMark && fSeek;
   return simple && (capability == StreamCapability::kSimple || rewindable) &&
          (capability != StreamCapability::kPositionable || positionable);
 }
@@ -42,16 +42,16 @@ KAPError* ClientStream::Seek(long offset, int origin) noexcept {
   return fProcs.fSeek(fClient, offset, origin);
 }
 
-// The new object has the capability of this one, which is at least what was asked for.
+// The new object has the capability of this one, which is at least the one asked for.
 KAPError* ClientStream::CreateIndependent(std::unique_ptr<Stream>& out,
                                           StreamCapability capability) noexcept {
   const auto create = capability == StreamCapability::kPositionable ? fProcs.fCreatePositionable
                                                                     : fProcs.fCreateRewindable;
   void* client = nullptr;
   if (KAPError* error = create(&client, fClient)) return error;
-  if (client == nullptr) return MakeError("a client stream gave no independent stream");
+  if (!client) return MakeError("a client stream gave no independent stream");
   out.reset(new (std::nothrow) ClientStream(Capability(), client, fProcs));
-  if (out != nullptr) return nullptr;
+  if (out) return nullptr;
   ReportError(fProcs.fDelete(client));
   return MemoryError();
 }

@@ -5,7 +5,7 @@
 
 namespace KAPHost {
 
-// What a component hands over with a stream object; those beyond the stream's capability are null.
+// The procedures of a component's stream object; those beyond its capability are null.
 struct ClientStreamProcs {
   KAP_T_MT::KAPClientReadProc fRead;
   KAP_T_MT::KAPClientWriteProc fWrite;
@@ -19,15 +19,15 @@ struct ClientStreamProcs {
   bool IsComplete(StreamCapability capability) const noexcept;
 };
 
-// A stream object of a component. It is handed back through its Delete exactly once, and what that
-// has to complain of is reported.
+// A stream object of a component. It is handed to its delete procedure exactly once; an error of that
+// is reported, since releasing returns no result.
 class ClientStream final : public Stream {
  public:
   ClientStream(StreamCapability capability, void* client, const ClientStreamProcs& procs) noexcept
       : Stream(capability, "client"), fClient(client), fProcs(procs) {}
   ~ClientStream() override;
 
-  // Lets the object be its maker's.
+  // Leaves the object to its maker: it is not deleted.
   void Disown() noexcept { fIsOwner = false; }
 
   KAPError* Read(std::size_t& outCount, unsigned char* buffer, std::size_t count) noexcept override;

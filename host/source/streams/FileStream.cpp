@@ -11,25 +11,25 @@ namespace KAPHost {
 
 namespace {
 
-// The bytes between a place and the last one that there can be.
-std::size_t RoomBehind(long position) noexcept {
+// The bytes from a position to the largest one.
+std::size_t RoomAfter(long position) noexcept {
   return static_cast<std::size_t>(std::numeric_limits<long>::max() - position);
 }
 
 }  // namespace
 
-// Reading begins at the start even where writing appends.
+// Reading starts at the beginning even when writing appends.
 FileStream::FileStream(std::shared_ptr<OpenFile> file) noexcept
     : PositionedStream("file"), fFile(std::move(file)) {}
 
 FileStream::~FileStream() { ReportError(Flush()); }
 
-// No stream but this one can make the file shared, and it empties the buffer then.
+// Only this stream can make the file shared, and it empties the buffer then.
 bool FileStream::IsBuffered() const noexcept {
   return fFile->IsSeekable() && (!fFile->IsWritable() || fFile.use_count() == 1);
 }
 
-// A position before the buffer makes a huge offset.
+// A position before the buffer becomes a huge offset.
 std::size_t FileStream::Held() const noexcept {
   const auto offset = static_cast<std::size_t>(fPosition - fStart);
   return offset < fFilled ? fFilled - offset : 0;
@@ -47,7 +47,7 @@ KAPError* FileStream::Read(std::size_t& outCount, unsigned char* buffer,
     }
     done += some;
     fPosition += static_cast<long>(some);
-    if (!fFile->IsSeekable()) break;  // to ask a pipe for more could mean to wait for it
+    if (!fFile->IsSeekable()) break;  // a second read of a pipe may block
   }
   outCount = done;
   return nullptr;
@@ -59,7 +59,7 @@ KAPError* FileStream::ReadSome(std::size_t& outCount, unsigned char* buffer,
   if (Held() == 0) {
     if (count >= kBufferSize || !IsBuffered()) {
       if (KAPError* error = Flush()) return error;
-      return fFile->Read(outCount, fPosition, buffer, std::min(count, RoomBehind(fPosition)));
+      return fFile->Read(outCount, fPosition, buffer, std::min(count, RoomAfter(fPosition)));
     }
     if (KAPError* error = Fill()) return error;
   }
@@ -72,7 +72,7 @@ KAPError* FileStream::Fill() noexcept {
   if (KAPError* error = Flush()) return error;
   fStart = fPosition;
   fFilled = 0;
-  return fFile->Read(fFilled, fStart, fBuffer, std::min(kBufferSize, RoomBehind(fStart)));
+  return fFile->Read(fFilled, fStart, fBuffer, std::min(kBufferSize, RoomAfter(fStart)));
 }
 
 KAPError* FileStream::Write(const unsigned char* bytes, std::size_t count) noexcept {
@@ -81,7 +81,7 @@ KAPError* FileStream::Write(const unsigned char* bytes, std::size_t count) noexc
   if (fFile->IsAppending() && fFile->IsSeekable()) {
     if (KAPError* error = GetSize(position)) return error;
   }
-  if (count > RoomBehind(position)) return fFile->MakeError("write", EFBIG);
+  if (count > RoomAfter(position)) return fFile->MakeError("write", EFBIG);
   if (count >= kBufferSize || !IsBuffered()) return WriteDirectly(position, bytes, count);
   if (!CanAdd(position, count)) {
     if (KAPError* error = Flush()) return error;
@@ -104,15 +104,15 @@ bool FileStream::CanAdd(long position, std::size_t count) const noexcept {
 KAPError* FileStream::WriteDirectly(long position, const unsigned char* bytes,
                                     std::size_t count) noexcept {
   if (KAPError* error = Flush()) return error;
-  fFilled = 0;  // it may hold bytes that are now overwritten
+  fFilled = 0;  // it may hold bytes that are overwritten now
   std::size_t written = 0;
   if (KAPError* error = fFile->Write(written, position, bytes, count)) return error;
   fPosition = position + static_cast<long>(count);
   return nullptr;
 }
 
-// Afterwards the bytes are as good as read. Where writing appends, another program may have been
-// faster, and they lie elsewhere than expected.
+// Afterwards the buffer holds the bytes as if it had read them. In append mode it does not: another
+// program may have written first, and the bytes lie elsewhere.
 KAPError* FileStream::Flush() noexcept {
   if (!fIsWaiting) return nullptr;
   std::size_t written = 0;
@@ -145,7 +145,7 @@ KAPError* FileStream::GetSize(long& outSize) noexcept {
 KAPError* FileStream::CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept {
   if (KAPError* error = Flush()) return error;
   out.reset(new (std::nothrow) FileStream(fFile));
-  if (out == nullptr) return MemoryError();
+  if (!out) return MemoryError();
   fFilled = 0;
   return nullptr;
 }

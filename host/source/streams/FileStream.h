@@ -5,15 +5,15 @@
 
 namespace KAPHost {
 
-// A stream over a file. The buffer serves small transfers; large ones pass it by. Reading and
-// writing may alternate at will.
+// A stream over a file. Small transfers go through a buffer, large ones do not. Reads and writes may
+// alternate.
 //
-// Independent streams share the open file. While a writable file is shared nothing is buffered, so
-// that each sees at once what another has written. Different streams may be used on different
-// threads.
+// Independent streams share the open file. While a writable file is shared, nothing is buffered, so
+// that each stream sees at once what another has written. Different threads may use different
+// streams.
 //
-// Bytes that the system refuses to take stay in the buffer: the error is returned by the call that
-// tried to write them, and reported if the last attempt, on release, fails as well.
+// Bytes that the system does not take stay in the buffer. The call that tries to write them returns
+// the error; when the last attempt, on release, fails too, its error is reported.
 class FileStream final : public PositionedStream {
  public:
   explicit FileStream(std::shared_ptr<OpenFile> file) noexcept;
@@ -34,15 +34,15 @@ class FileStream final : public PositionedStream {
   std::size_t Held() const noexcept;
   KAPError* ReadSome(std::size_t& outCount, unsigned char* buffer, std::size_t count) noexcept;
   KAPError* Fill() noexcept;
-  // Whether the buffer can take that many bytes, there, in addition to those that wait in it.
+  // Whether the buffer can take that many more bytes at that position.
   bool CanAdd(long position, std::size_t count) const noexcept;
   KAPError* WriteDirectly(long position, const unsigned char* bytes, std::size_t count) noexcept;
   KAPError* Flush() noexcept;
 
   const std::shared_ptr<OpenFile> fFile;
-  long fStart = 0;          // the place of the buffer's bytes in the file
+  long fStart = 0;          // the position of the buffer in the file
   std::size_t fFilled = 0;  // the bytes in the buffer
-  bool fIsWaiting = false;  // all of them wait to be written; else they have been read
+  bool fIsWaiting = false;  // the bytes are not written yet; else they were read
   unsigned char fBuffer[kBufferSize];
 };
 

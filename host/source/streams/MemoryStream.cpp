@@ -1,5 +1,6 @@
 #include "streams/MemoryStream.h"
 
+#include <cerrno>
 #include <limits>
 
 #include "errors/Errors.h"
@@ -24,12 +25,21 @@ KAPError* MemoryStream::Write(const unsigned char* bytes, std::size_t count) noe
 
 KAPError* MemoryStream::CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept {
   out.reset(new (std::nothrow) MemoryStream(fBytes));
-  return out != nullptr ? nullptr : MemoryError();
+  return out ? nullptr : MemoryError();
 }
 
 KAPError* MemoryStream::GetSize(long& outSize) noexcept {
   outSize = static_cast<long>(fBytes->Size());
   return nullptr;
+}
+
+KAPError* BufferStream::Write(const unsigned char*, std::size_t) noexcept {
+  return MakeError("a buffer stream is read-only", EBADF);
+}
+
+KAPError* BufferStream::CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept {
+  out.reset(new (std::nothrow) BufferStream(fBytes));
+  return out ? nullptr : MemoryError();
 }
 
 }  // namespace KAPHost

@@ -5,8 +5,8 @@
 
 namespace KAPHost {
 
-// A stream over bytes in memory that grow. Independent streams share the bytes: what one writes the
-// others read. Sharing is for one thread.
+// A stream over bytes in memory that grow. Independent streams share the bytes: what one writes, the
+// others read. They have no lock and are for one thread.
 class MemoryStream : public PositionedStream {
  public:
   explicit MemoryStream(std::shared_ptr<ByteStore> bytes) noexcept
@@ -23,6 +23,17 @@ class MemoryStream : public PositionedStream {
   KAPError* GetSize(long& outSize) noexcept final;
 
   const std::shared_ptr<ByteStore> fBytes;
+};
+
+// A read-only stream over bytes in memory. The bytes never change, so different threads may read
+// independent streams.
+class BufferStream final : public MemoryStream {
+ public:
+  explicit BufferStream(std::shared_ptr<ByteStore> bytes) noexcept
+      : MemoryStream("buffer", std::move(bytes)) {}
+
+  KAPError* Write(const unsigned char* bytes, std::size_t count) noexcept override;
+  KAPError* CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept override;
 };
 
 }  // namespace KAPHost

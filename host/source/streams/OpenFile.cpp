@@ -7,17 +7,18 @@
 #include <cerrno>
 #include <mutex>
 
+#include "accounting/Accounting.h"
 #include "errors/Errors.h"
 
 namespace KAPHost {
 
 namespace {
 
-// The open files; of interest to the books only.
+// The open files, kept for the accounting only.
 constinit std::mutex gFilesMutex;
-constinit OpenFile* gFiles = nullptr;
+constinit IntrusiveList<OpenFile> gFiles;
 
-// The flags of open(2); -1 for a mode that there is not.
+// The flags of open(2); -1 for an unknown mode.
 int Flags(const char* mode) noexcept {
   const char kind = *mode;
   if (kind != 'r' && kind != 'w' && kind != 'a') return -1;
@@ -36,7 +37,7 @@ int Flags(const char* mode) noexcept {
   return access | others;
 }
 
-// Repeats a call of the system that a signal has interrupted.
+// Repeats a system call that a signal interrupts.
 template <class Call>
 auto Uninterrupted(Call call) noexcept {
   auto result = call();
@@ -52,18 +53,15 @@ OpenFile::OpenFile(int descriptor, int flags, std::string path) noexcept
       fIsSeekable(lseek(descriptor, 0, SEEK_CUR) >= 0),
       fPath(std::move(path)) {
   const std::lock_guard lock(gFilesMutex);
-  fNext = gFiles;
-  if (gFiles != nullptr) gFiles->fPrevious = this;
-  gFiles = this;
+  gFiles.Append(*this);
 }
 
 OpenFile::~OpenFile() {
   {
     const std::lock_guard lock(gFilesMutex);
-    (fPrevious != nullptr ? fPrevious->fNext : gFiles) = fNext;
-    if (fNext != nullptr) fNext->fPrevious = fPrevious;
+    gFiles.Remove(*this);
   }
-  // Interrupted or not, the descriptor is gone.
+  // An interrupted close has closed the descriptor all the same.
   if (close(fDescriptor) != 0 && errno != EINTR) ReportError(MakeError("close", errno));
 }
 
@@ -76,7 +74,7 @@ KAPError* OpenFile::Open(std::shared_ptr<OpenFile>& out, const char* path,
     const int descriptor = Uninterrupted([&] { return open(path, flags, 0666); });
     if (descriptor == -1) return SystemError("open", path, errno);
     auto* const file = new (std::nothrow) OpenFile(descriptor, flags, std::move(name));
-    if (file == nullptr) {
+    if (!file) {
       close(descriptor);
       return MemoryError();
     }
@@ -127,11 +125,16 @@ KAPError* OpenFile::MakeError(const char* action, int number) const noexcept {
   return SystemError(action, fPath.c_str(), number);
 }
 
-void OpenFile::Count(Snapshot& books) {
+void OpenFile::AddAll(Snapshot& snapshot) {
   const std::lock_guard lock(gFilesMutex);
-  for (const OpenFile* file = gFiles; file != nullptr; file = file->fNext) {
-    books.Add(KAPResource::kFile, file->fPath, {1, 0});
-  }
+  gFiles.ForEach([&](const OpenFile& file) {
+    snapshot.Add(KAPResource::kFile, file.fPath, {1, 0});
+  });
+}
+
+template <>
+void AddNamed<KAPResource::kFile>(Snapshot& snapshot) {
+  OpenFile::AddAll(snapshot);
 }
 
 }  // namespace KAPHost

@@ -4,18 +4,19 @@
 #include <memory>
 #include <string>
 
+#include "base/IntrusiveList.h"
 #include "kap/KAPTypes.h"
 #include "kaphost/Snapshot.h"
 
 namespace KAPHost {
 
-// An open file, shared by the streams over it: each names the place of every transfer, so that they
-// need no descriptor each. A pipe or a terminal has no places; there the transfers follow each
-// other. Thread-safe.
+// An open file, shared by the streams over it. Each transfer states its position, so that streams
+// share one descriptor. A pipe or a terminal is not seekable; positions are ignored there.
+// Thread-safe.
 class OpenFile {
  public:
-  // The modes are those of fopen: r, w or a, then any of + b x e. The descriptor is always closed
-  // in programs that the process starts.
+  // The modes are those of fopen: r, w or a, then any of + b x e. The descriptor is always
+  // close-on-exec.
   static KAPError* Open(std::shared_ptr<OpenFile>& out, const char* path,
                         const char* mode) noexcept;
 
@@ -26,14 +27,14 @@ class OpenFile {
 
   bool IsReadable() const noexcept;
   bool IsWritable() const noexcept;
-  // All writes go to the end.
+  // Whether all writes go to the end.
   bool IsAppending() const noexcept;
   bool IsSeekable() const noexcept { return fIsSeekable; }
 
-  // What is there to read, up to `count` bytes; 0 at the end.
+  // Reads up to `count` bytes; 0 at the end.
   KAPError* Read(std::size_t& outCount, long position, unsigned char* buffer,
                  std::size_t count) const noexcept;
-  // All of it, or an error; `outCount` bytes have been written in either case.
+  // Writes all bytes or returns an error; `outCount` bytes are written in either case.
   KAPError* Write(std::size_t& outCount, long position, const unsigned char* bytes,
                   std::size_t count) const noexcept;
   KAPError* GetSize(long& outSize) const noexcept;
@@ -41,18 +42,18 @@ class OpenFile {
   // `cannot <action> "<path>": ...`
   KAPError* MakeError(const char* action, int number) const noexcept;
 
-  // All that are open.
-  static void Count(Snapshot& books);
+  static void AddAll(Snapshot& snapshot);
 
  private:
+  friend IntrusiveList<OpenFile>;
+
   OpenFile(int descriptor, int flags, std::string path) noexcept;
 
   const int fDescriptor;
   const int fFlags;
   const bool fIsSeekable;
   const std::string fPath;
-  OpenFile* fPrevious = nullptr;
-  OpenFile* fNext = nullptr;
+  ListLinks<OpenFile> fLinks;
 };
 
 }  // namespace KAPHost

@@ -4,8 +4,8 @@
 
 namespace KAPHost {
 
-// A positionable stream whose position is a number of its own. It may lie behind the end: reading
-// there finds nothing, writing there fills the gap with zeros.
+// A positionable stream that keeps its position as a number. The position may lie past the end:
+// reading there returns no bytes, writing there fills the gap with zeros.
 class PositionedStream : public Stream {
  public:
   KAPError* Rewind() noexcept final { return Seek(0, 0); }

@@ -7,12 +7,12 @@
 
 namespace KAPHost {
 
-// How far the methods of a stream reach; each capability includes those before it.
+// What a stream can do; each capability includes those before it.
 enum class StreamCapability { kSimple, kRewindable, kPositionable };
 
-// A stream of the host: the primary instance of a container. Arguments have been checked and result
-// places are 0 when a method is called; only methods within the stream's capability are called. A
-// method that fails leaves the result at 0 and the position where it was.
+// A stream of the host: the primary instance of a container. Callers check arguments, set result
+// places to 0 and call only what the stream is capable of. A method that fails leaves the result at 0
+// and the position where it was.
 // Threads: one at a time.
 class Stream {
  public:
@@ -21,7 +21,7 @@ class Stream {
   virtual ~Stream() = default;
 
   StreamCapability Capability() const noexcept { return fCapability; }
-  // As it is logged.
+  // The name in the log.
   const char* Kind() const noexcept { return fKind; }
 
   virtual KAPError* Read(std::size_t& outCount, unsigned char* buffer,
@@ -30,7 +30,8 @@ class Stream {
   virtual KAPError* Rewind() noexcept = 0;
   virtual KAPError* Mark(long& outPosition) noexcept = 0;
   virtual KAPError* Seek(long offset, int origin) noexcept = 0;
-  // A stream over the same data with a position of its own, at the start; at least of this capability.
+  // A stream over the same data with a position of its own, at the start, and at least this
+  // capability.
   virtual KAPError* CreateIndependent(std::unique_ptr<Stream>& out,
                                       StreamCapability capability) noexcept = 0;
 

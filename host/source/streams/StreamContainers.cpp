@@ -8,8 +8,7 @@ namespace KAPHost {
 
 namespace {
 
-// The delete procedure tells a stream's container from one that a component has filed something
-// under the same name in.
+// The delete procedure tells a stream's container from a component's container of the same name.
 void DeleteStream(void* stream) noexcept { delete static_cast<Stream*>(stream); }
 
 const char* Signature(StreamCapability capability) noexcept {
@@ -22,9 +21,8 @@ const ContainerType* TypeOf(StreamCapability capability) noexcept {
   KAPStringAtom* const signature = gAtoms.Intern(Signature(capability));
   KAPStringAtom* const interfaceName = gAtoms.Intern(StreamInterfaceName(capability));
   const ContainerType* const type =
-      signature == nullptr || interfaceName == nullptr
-          ? nullptr
-          : gContainerTypes.Find(signature, interfaceName, &DeleteStream);
+      !signature || !interfaceName ? nullptr
+                                   : gContainerTypes.Find(signature, interfaceName, &DeleteStream);
   gAtoms.Release(interfaceName);
   gAtoms.Release(signature);
   return type;
@@ -42,17 +40,17 @@ const char* StreamInterfaceName(StreamCapability capability) noexcept {
 KAPError* ContainStream(KAPContainer** out, std::unique_ptr<Stream>& stream) noexcept {
   if (Fails(KAPFault::kContainer)) return MemoryError();
   const ContainerType* const type = TypeOf(stream->Capability());
-  if (type != nullptr) *out = NewContainerRecord(*type, stream.get());
-  if (*out == nullptr) return MemoryError();
-  static_cast<void>(stream.release());  // the container's now
+  if (type) *out = NewContainerRecord(*type, stream.get());
+  if (!*out) return MemoryError();
+  static_cast<void>(stream.release());  // owned by the container now
   return nullptr;
 }
 
 Stream* StreamOf(const KAPContainer* handle) noexcept {
-  while (handle != nullptr && handle->fType->fDelete != &DeleteStream) {
-    handle = handle->fEquipment != nullptr ? handle->fEquipment->Original() : nullptr;
+  while (handle && handle->fType->fDelete != &DeleteStream) {
+    handle = handle->fEquipment ? handle->fEquipment->Original() : nullptr;
   }
-  return handle != nullptr ? static_cast<Stream*>(handle->fPrimary) : nullptr;
+  return handle ? static_cast<Stream*>(handle->fPrimary) : nullptr;
 }
 
 }  // namespace KAPHost

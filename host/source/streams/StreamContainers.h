@@ -5,15 +5,14 @@
 
 namespace KAPHost {
 
-// The interface that containers of streams of this capability offer. It includes the methods of the
-// shorter ones, so that a container needs no equipment.
+// The interface of containers whose streams have this capability. It includes the methods of lesser
+// capabilities, so that a container needs no equipment.
 const char* StreamInterfaceName(StreamCapability capability) noexcept;
 
-// Puts a stream into a container, with one reference for the caller. On an error the stream stays
-// where it is.
+// Makes a container that owns the stream: one reference. On an error the stream stays the caller's.
 KAPError* ContainStream(KAPContainer** out, std::unique_ptr<Stream>& stream) noexcept;
 
-// Null for a handle that is no stream. The clone of a stream's container is a stream.
+// Null for a handle that is not a stream. The clone of a stream's container is a stream.
 Stream* StreamOf(const KAPContainer* handle) noexcept;
 
 }  // namespace KAPHost

@@ -7,7 +7,7 @@
 
 namespace KAPHost {
 
-// The logged calls of streams. Thread-safe.
+// The log of stream calls. Thread-safe.
 class StreamLog {
  public:
   void Switch(bool log) noexcept;
