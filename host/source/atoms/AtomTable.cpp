@@ -26,15 +26,15 @@ std::uint64_t Word(const char* bytes, std::size_t count) noexcept {
   return word;
 }
 
-// Eight bytes at a time. The seed is where the table lies, which differs from process to process: a
-// document cannot be made of keys that collide.
+// Hashes eight bytes at a time. The seed is the address of the table, which differs from process to
+// process, so that no document can be made of keys that collide.
 std::size_t Hash(std::string_view text) noexcept {
   constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
   const char* bytes = text.data();
   std::size_t left = text.size();
   std::uint64_t hash = reinterpret_cast<std::uintptr_t>(&gAtoms) ^ (left * kFactor);
   for (; left > 8; bytes += 8, left -= 8) hash = Mix(hash ^ Word(bytes, 8), kFactor);
-  // The last one to eight bytes: two overlapping halves spare a loop.
+  // The last one to eight bytes: two overlapping halves avoid a loop.
   std::uint64_t tail = 0;
   if (left >= 4) {
     tail = Word(bytes, 4) | Word(bytes + left - 4, 4) << 32;
@@ -76,7 +76,7 @@ KAPStringAtom* AtomTable::Add(std::string_view text, std::size_t hash) noexcept 
   return atom;
 }
 
-// Without memory for a larger table the chains merely grow longer.
+// Without memory for a larger table, only the chains grow longer.
 void AtomTable::Grow() noexcept {
   const std::size_t size = 2 * (fMask + 1);
   auto** buckets = new (std::nothrow) KAPStringAtom* [size] {};
@@ -108,7 +108,7 @@ void AtomTable::Release(KAPStringAtom* atom) noexcept {
 void AtomTable::ReleaseLast(KAPStringAtom* atom) noexcept {
   {
     const ThreadLock lock(fMutex);
-    if (Decrement(atom->fCount) != 0) return;  // a look-up was faster
+    if (Decrement(atom->fCount) != 0) return;  // a look-up came first
     KAPStringAtom** link = &fBuckets[atom->fHash & fMask];
     while (*link != atom) link = &(*link)->fNext;
     *link = atom->fNext;

@@ -7,14 +7,13 @@
 
 namespace KAPHost {
 
-// Counts and locks that cost nothing while the process has one thread. The C library knows when
-// that is so, and it changes only in a call that starts or joins a thread, which orders everything
+// Counts and locks without locked instructions while the process has one thread. The C library knows
+// when that is so. It changes only in a call that starts or joins a thread, which orders everything
 // before it.
 
 inline bool IsSingleThreaded() noexcept { return __libc_single_threaded != 0; }
 
-// Replaces the value by next(value) and returns the former one. An `Next` that returns its argument
-// changes nothing.
+// Replaces the value by next(value) and returns the former one.
 template <class Value, class Next>
 Value Update(std::atomic<Value>& count, Next next) noexcept {
   Value value = count.load(std::memory_order_relaxed);
