@@ -138,7 +138,14 @@ TEST_F(ClientTest, TablesThatAreGone) {
   EXPECT_EQ(Factory::NewClientSimpleStream(KAPNewClient<Stream>()), nullptr);
   EXPECT_EQ(CKAPDataSink::_NewClientDataSink(KAPNewClient<Filter>()), nullptr);
   EXPECT_EQ(CKAPProgress::_NewClientProgress(KAPNewClient<Progress>()), nullptr);
-  EXPECT_EQ(Thrown([] { CKAPDataSink sink(KAPNewClient<Filter>()); }), kMissingInterface);
+  for (auto* construct :
+       {+[] { CKAPDataSink sink; }, +[] { CKAPDataSink(KAPNewClient<Filter>()); },
+        +[] { CKAPFilter(CKAPDataSink(nullptr), KAPNewClient<Filter>()); },
+        +[] { CKAPFilterJPEG(CKAPDataSink(nullptr), KAPNewClient<Filter>()); },
+        +[] { CKAPProgress progress; }, +[] { CKAPProgress(KAPNewClient<Progress>()); }}) {
+    EXPECT_EQ(Thrown(construct), kMissingProcedure);
+  }
+  EXPECT_EQ(Thrown([] { CKAPPositionableStream stream("/tmp", "r"); }), kInvalidContainer);
 }
 
 void UseEverything() {

@@ -27,6 +27,19 @@ TEST_F(ResourceTest, SharedBuffers) {
   EXPECT_EQ(Thrown([] { TKAPSharedBuffer<long>(~std::size_t{0} / 8 + 1); }), kOverflow);
 }
 
+TEST_F(ResourceTest, SharedBuffersAfterTheTableWasDropped) {
+  std::optional<TKAPSharedBuffer<char>> ignored(std::size_t{4}), released(std::size_t{4});
+  KAPSharedBuffer* const handle = ignored->Handle();
+  CKAPSharedBuff::Close();
+  HostTap::Clear();
+  ignored.reset();
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
+  CKAPSharedBuff::Init();
+  released.reset();
+  TKAPSharedBuffer<char>(handle, KAPAdopt());  // the reference that was ignored
+  EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));
+}
+
 // The caller's data is given back exactly once, whatever happens.
 TEST_F(ResourceTest, CallersBuffers) {
   char data[4];
