@@ -4,8 +4,8 @@
 #include <new>
 #include <vector>
 
+#include "base/SyntaxError.h"
 #include "commands/Command.h"
-#include "formats/SyntaxError.h"
 #include "program/Session.h"
 
 namespace PosUtil {

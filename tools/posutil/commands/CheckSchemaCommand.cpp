@@ -1,9 +1,9 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
-#include "commands/FilesArgument.h"
-#include "commands/Schema.h"
-#include "commands/VerdictReport.h"
+#include "commands/documents/FilesArgument.h"
+#include "commands/verdicts/Schema.h"
+#include "commands/verdicts/VerdictReport.h"
 #include "files/InputFile.h"
 
 namespace PosUtil {

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "program/Failure.h"
-#include "program/Registered.h"
+#include "base/Failure.h"
+#include "base/Registered.h"
 #include "program/Session.h"
 
 namespace CLI {

@@ -2,7 +2,7 @@
 #include <optional>
 
 #include "commands/Command.h"
-#include "commands/WriteDocuments.h"
+#include "commands/documents/WriteDocuments.h"
 #include "files/Destination.h"
 
 namespace PosUtil {

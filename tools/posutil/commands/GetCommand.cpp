@@ -3,11 +3,11 @@
 #include <vector>
 
 #include "POSDict.h"
+#include "base/DecimalText.h"
+#include "base/Printable.h"
+#include "base/Utf.h"
 #include "commands/Command.h"
-#include "commands/DocumentArgument.h"
-#include "formats/NumberText.h"
-#include "formats/Printable.h"
-#include "formats/Utf.h"
+#include "commands/documents/DocumentArgument.h"
 
 namespace PosUtil {
 
@@ -76,7 +76,7 @@ class GetCommand final : public Command {
   // False when the value has no plain form.
   static bool PrintPlainly(const CPOSObject& value, const std::string& name, Output& out) {
     if (const CPOSNumber number(value, true); number) {
-      out.Put(NumberText(number.Get()).View());
+      out.Put(DecimalText(number.Get()).View());
     } else if (const CPOSString string(value, true); string) {
       out.Put(string.Get());
     } else if (const CPOSUnicodeString unicode(value, true); unicode) {

@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
-#include "commands/WriteDocuments.h"
+#include "commands/documents/WriteDocuments.h"
 
 namespace PosUtil {
 

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <filesystem>
 
-#include "formats/Printable.h"
-#include "program/Failure.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
 
 namespace PosUtil {
 

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "formats/Printable.h"
-#include "program/Failure.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
 
 namespace PosUtil {
 

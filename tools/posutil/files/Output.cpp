@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "program/Failure.h"
+#include "base/Failure.h"
 
 namespace PosUtil {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string_view>
 
-#include "program/Progress.h"
+#include "terminal/Progress.h"
 
 namespace PosUtil {
 

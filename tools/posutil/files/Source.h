@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "formats/TextPart.h"
+#include "base/TextPart.h"
 
 namespace PosUtil {
 

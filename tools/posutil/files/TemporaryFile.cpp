@@ -12,8 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "formats/Printable.h"
-#include "program/Failure.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
 
 namespace PosUtil {
 

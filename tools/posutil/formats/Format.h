@@ -4,12 +4,12 @@
 #include <string>
 #include <string_view>
 
+#include "base/Registered.h"
 #include "files/Output.h"
 #include "formats/Documents.h"
 #include "pos/POSObject.h"
-#include "program/Registered.h"
 #include "program/Session.h"
-#include "program/Style.h"
+#include "terminal/Style.h"
 
 namespace PosUtil {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Failure.h"
 #include "kap/KAPContainer.h"
 #include "kap/KAPProcTable.h"
 #include "pos/POSInterfaces.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 

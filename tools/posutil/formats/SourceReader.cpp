@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "files/HeapReserve.h"
+#include "formats/HeapReserve.h"
 
 namespace PosUtil {
 

@@ -3,10 +3,10 @@
 #include <utility>
 #include <vector>
 
-#include "formats/DeepPath.h"
+#include "base/Failure.h"
+#include "base/ValueError.h"
 #include "formats/Handles.h"
 #include "formats/KeyAtoms.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 

@@ -4,9 +4,9 @@
 
 #include <filesystem>
 
-#include "formats/Printable.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
 #include "kap/KAPBinder.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 

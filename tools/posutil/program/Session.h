@@ -5,8 +5,8 @@
 
 #include "files/Output.h"
 #include "program/Library.h"
-#include "program/Progress.h"
-#include "program/Style.h"
+#include "terminal/Progress.h"
+#include "terminal/Style.h"
 
 namespace PosUtil {
 

@@ -3,10 +3,10 @@
 #include <charconv>
 #include <utility>
 
-#include "formats/DeepPath.h"
-#include "formats/NumberText.h"
+#include "base/DecimalText.h"
+#include "base/Failure.h"
+#include "base/ValueError.h"
 #include "formats/json/JsonForms.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 
@@ -57,7 +57,7 @@ void JsonBuilder::Unsigned(unsigned long long value) {
 
 void JsonBuilder::Integer(std::string_view digits, double nearest) {
   // Without a precision, the shortest digits are followed by the exact ones of the double, not by zeros.
-  if (NumberText(nearest, NumberText::kWithoutExponent).View() != digits) ThrowInexact();
+  if (DecimalText(nearest, DecimalText::kWithoutExponent).View() != digits) ThrowInexact();
   Number(nearest);
 }
 

@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "files/Source.h"
-#include "program/Progress.h"
+#include "terminal/Progress.h"
 
 namespace PosUtil {
 

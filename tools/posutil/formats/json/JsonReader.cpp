@@ -4,12 +4,12 @@
 
 #include <nlohmann/json.hpp>
 
-#include "formats/Printable.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
+#include "base/SyntaxError.h"
 #include "formats/SourceReader.h"
-#include "formats/SyntaxError.h"
 #include "formats/json/JsonBuilder.h"
 #include "formats/json/JsonCursor.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 

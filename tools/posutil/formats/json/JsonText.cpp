@@ -3,8 +3,8 @@
 #include <array>
 #include <string_view>
 
-#include "formats/Utf.h"
-#include "program/Failure.h"
+#include "base/Failure.h"
+#include "base/Utf.h"
 
 namespace PosUtil {
 

@@ -3,15 +3,15 @@
 #include <cmath>
 #include <string>
 
+#include "base/DecimalText.h"
+#include "base/Failure.h"
+#include "base/Utf.h"
 #include "formats/Format.h"
 #include "formats/Layout.h"
-#include "formats/NumberText.h"
-#include "formats/Utf.h"
 #include "formats/Visitor.h"
 #include "formats/json/Base64.h"
 #include "formats/json/JsonForms.h"
 #include "formats/json/JsonText.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 
@@ -30,7 +30,7 @@ class JsonVisitor final : public Visitor {
 
   void Number(double value) override {
     if (!std::isfinite(value)) throw ValueError("JSON has no infinities and no NaN");
-    fOut.Put(NumberText(value).View());
+    fOut.Put(DecimalText(value).View());
     // Many readers take "-0" for the integer 0.
     if (value == 0 && std::signbit(value)) fOut.Put(".0");
   }

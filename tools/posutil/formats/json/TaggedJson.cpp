@@ -2,10 +2,10 @@
 
 #include <vector>
 
-#include "formats/Utf.h"
+#include "base/Failure.h"
+#include "base/Utf.h"
 #include "formats/json/Base64.h"
 #include "formats/json/JsonForms.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "POSStreamer.h"
-#include "files/StreamInput.h"
 #include "formats/Format.h"
 #include "formats/SourceReader.h"
+#include "formats/typea/StreamInput.h"
 
 namespace PosUtil {
 

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "formats/Printable.h"
-#include "program/Failure.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
 
 namespace PosUtil {
 

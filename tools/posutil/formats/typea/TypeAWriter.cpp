@@ -3,10 +3,10 @@
 #include <cmath>
 
 #include "POSStreamer.h"
-#include "files/StreamOutput.h"
+#include "base/Failure.h"
 #include "formats/Format.h"
 #include "formats/Visitor.h"
-#include "program/Failure.h"
+#include "formats/typea/StreamOutput.h"
 
 namespace PosUtil {
 
