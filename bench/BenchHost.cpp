@@ -36,7 +36,7 @@ std::jthread SleepingThread() {
   });
 }
 
-// False when the client runtime could not be bound.
+// Returns false if the binding failed.
 bool RunBound(KAPHost::Host& host) {
   const KAPHost::Component library = host.Load(KAP_LIBRARY_PATH);
   const BoundRuntime runtime(host);
@@ -48,16 +48,16 @@ bool RunBound(KAPHost::Host& host) {
   return true;
 }
 
-// True when everything went well: nothing reported, nothing kept.
+// Returns true if there is no report and the accounting is balanced.
 bool Run() {
   bool balanced = true;
   {
     KAPHost::Host host({.fOnReport = {}, .fOnLeak = [&balanced](const KAPHost::Snapshot& leaked) {
-                          std::cerr << "still held at the end:\n" << leaked << '\n';
+                          std::cerr << "leak report:\n" << leaked << '\n';
                           balanced = false;
                         }});
     if (!RunBound(host)) {
-      std::cerr << "the client runtime cannot be bound\n";
+      std::cerr << "cannot bind to the host\n";
       balanced = false;
     }
     for (const std::string& report : host.TakeReports()) {
@@ -84,7 +84,7 @@ const HostCalls& Host() { return *gHostCalls; }
 
 Reference Made(KAPContainer* handle) {
   if (!handle) {
-    std::cerr << "an object to measure upon could not be made\n";
+    std::cerr << "cannot create an object for the benchmark\n";
     std::exit(EXIT_FAILURE);
   }
   return Reference(handle, KAPAdopt());

@@ -1,4 +1,4 @@
-// A host: loads the library, binds itself, reads a text and prints two of its values.
+// A host: loads the library, binds itself, parses a text and prints two of its values.
 
 #include <cstdio>
 
@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
   KAPHost::Host host;
   const KAPHost::Component library = host.Load(argc > 1 ? argv[1] : "libKAPUtils.so");
   if (!KAPClientInit(host.GetProcAddress())) return 1;
-  {  // every object is given back before the binding ends
+  {  // every object goes before the binding ends
     const char* text = "< name (Ada Lovelace) born [10 December 1815] >";
     const CPOSDict person(CPOSObject::CreateFromText(text, nullptr), false);
     std::printf("%s was born in %.0f.\n", person.GetString("name", false).Get(),

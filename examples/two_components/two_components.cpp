@@ -1,5 +1,5 @@
-// A host with two components: the library makes arrays, Totals adds them up. Neither knows the
-// other.
+// A host with two components: the library makes arrays, Totals adds their numbers. Neither depends
+// on the other.
 
 #include <cstdio>
 

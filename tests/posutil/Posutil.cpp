@@ -11,7 +11,7 @@
 
 namespace {
 
-// A file in memory: never full, so that nobody waits for a reader.
+// A file in memory. It never fills up, so the program never waits for a reader.
 class MemoryFile {
  public:
   explicit MemoryFile(const std::string& content = "") : fDescriptor(::memfd_create("posutil", 0)) {
@@ -66,7 +66,7 @@ Running::Running(const std::vector<std::string>& arguments, const Descriptors& d
   posix_spawn_file_actions_adddup2(&actions, descriptors.fIn, STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, descriptors.fOut, STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, descriptors.fErr, STDERR_FILENO);
-  // A shell may have started the tests with signals ignored.
+  // The shell that started the tests may ignore signals.
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   sigset_t all;

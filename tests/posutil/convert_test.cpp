@@ -1,4 +1,4 @@
-// Conversions of files: there and back, and what becomes of the file that is to be made.
+// Conversions of files: round trips, and the state of the output file in every case.
 
 #include <fcntl.h>
 #include <poll.h>
@@ -53,7 +53,7 @@ TEST(ConvertTest, WrongUsageTouchesNothing) {
   EXPECT_EQ(folder.Names(), (Names{"in.json"}));
 }
 
-TEST(ConvertTest, AFailureLeavesTheFileAsItWas) {
+TEST(ConvertTest, AFailureLeavesTheFileUnchanged) {
   const Folder folder;
   folder.Put("slot.json", "[1,null]");
   folder.Put("wrong.json", "[1");
@@ -73,7 +73,7 @@ TEST(ConvertTest, AFailureLeavesTheFileAsItWas) {
   }
 }
 
-// A conversion that waits for more input, with its temporary file already there.
+// A conversion that waits for more input when its temporary file already exists.
 class WaitingTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -94,7 +94,7 @@ class WaitingTest : public testing::Test {
 
 class InterruptedTest : public WaitingTest, public testing::WithParamInterface<int> {};
 
-TEST_P(InterruptedTest, LeavesTheFileAsItWas) {
+TEST_P(InterruptedTest, LeavesTheFileUnchanged) {
   const Running running({"convert", "--from", "json", "-", fFolder.Path("out.typea")},
                         {fPipe[0], STDOUT_FILENO, STDERR_FILENO});
   AwaitTemporaryFile();
@@ -116,7 +116,7 @@ TEST(ConvertTest, TheSameFileAndLinksAndModes) {
   EXPECT_EQ(folder.Content("in.typea"), expected);
 
   folder.Put("target", "old");
-  fs::permissions(folder.Path("target"), fs::perms(04640));  // the first bit goes, as in writing
+  fs::permissions(folder.Path("target"), fs::perms(04640));  // writing clears the set-user-ID bit
   fs::create_symlink("target", folder.Path("link.json"));
   fs::create_symlink("new", folder.Path("dangling.json"));
   for (const std::string out : {"link.json", "dangling.json"}) {
@@ -132,7 +132,7 @@ TEST(ConvertTest, TheSameFileAndLinksAndModes) {
   EXPECT_EQ(fs::status(folder.Path("new")).permissions(), fs::perms(0666 & ~mask));
 }
 
-TEST(ConvertTest, DevicesAreWrittenAtOnce) {
+TEST(ConvertTest, WritesDevicesDirectly) {
   const Folder folder;
   const std::string in = folder.Put("in.json", "[1]");
   for (const std::string to : {"typea", "json"}) {
@@ -142,8 +142,8 @@ TEST(ConvertTest, DevicesAreWrittenAtOnce) {
             (Outcome{3, "", "posutil: " + folder.Path(".") + ": Is a directory\n"}));
 }
 
-// Under another name too it is what others have written to, and may go on with.
-TEST(ConvertTest, StandardOutputIsWrittenAtOnce) {
+// Under any name: other programs may have written to it and may continue.
+TEST(ConvertTest, WritesStandardOutputDirectly) {
   const Folder folder;
   const std::string in = folder.Put("in.json", "[1]");
   const std::string log = folder.Put("log", "before ");
@@ -156,7 +156,7 @@ TEST(ConvertTest, StandardOutputIsWrittenAtOnce) {
   EXPECT_EQ(folder.Content("log"), "before [\n  1\n]\n[\n  1\n]\nafter");
 }
 
-// More than a second of work. Elsewhere standard error is no terminal and stays empty.
+// The work takes longer than a second. The other tests have no terminal and expect no output.
 TEST_F(WaitingTest, ATerminalShowsTheProgress) {
   const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   ASSERT_TRUE(::grantpt(master) == 0 && ::unlockpt(master) == 0);
@@ -171,7 +171,7 @@ TEST_F(WaitingTest, ATerminalShowsTheProgress) {
   ::close(std::exchange(fPipe[1], -1));
   EXPECT_EQ(running.Wait(), 0);
   EXPECT_EQ(fFolder.Content("out.typea"), document);
-  // What was written comes out of a terminal in pieces, some of them later.
+  // A terminal delivers the text in pieces.
   std::string text;
   pollfd ready = {master, POLLIN, 0};
   while (!text.ends_with("%\r\033[K") && !text.ends_with("B\r\033[K") &&

@@ -7,7 +7,7 @@ namespace PosUtil {
 
 namespace {
 
-// Below, every whole number is written as users write them: 100000, not 1e+05.
+// Whole numbers below this limit look as users write them: 100000, not 1e+05.
 constexpr double kWholeLimit = 9007199254740992.0;
 
 bool IsWhole(double number) {

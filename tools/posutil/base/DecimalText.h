@@ -1,10 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace PosUtil {
 
-// A number as the shortest text that reads back as the same number, whatever the locale.
+// A number as the shortest decimal text that reads back as the same number, in any locale.
 class DecimalText {
  public:
   enum Form { kAny, kWithoutExponent };

@@ -7,12 +7,12 @@ namespace PosUtil {
 
 enum ExitStatus : int {
   kExitSuccess = 0,
-  kExitNegative = 1,  // the answer is no: there is nothing at a path, a document is not valid
+  kExitNegative = 1,  // the answer is no: a path has no value, a document is not valid
   kExitUsage = 2,
   kExitFailure = 3,  // unreadable or malformed input, lost output, a report of the library
 };
 
-// What ends a command. The text, when there is any, is meant for the user as it is.
+// Ends a command. The text is the message to the user; an empty text prints nothing.
 class Failure : public std::runtime_error {
  public:
   explicit Failure(const std::string& text, ExitStatus status = kExitFailure)
@@ -22,15 +22,6 @@ class Failure : public std::runtime_error {
 
  private:
   ExitStatus fStatus;
-};
-
-// A value that a format cannot hold, at a place in the document.
-class ValueError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-
-  // The failure to tell of: the document's name, the path to the value, the reason.
-  Failure At(const std::string& document, const std::string& path) const;
 };
 
 }  // namespace PosUtil

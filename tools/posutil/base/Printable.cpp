@@ -1,5 +1,6 @@
 #include "base/Printable.h"
 
+#include "base/HexText.h"
 #include "base/Utf.h"
 
 namespace PosUtil {
@@ -8,13 +9,6 @@ namespace {
 
 constexpr std::size_t kLongest = 400;
 
-void AppendHex(std::string& out, unsigned char byte) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  out += "\\x";
-  out += kDigits[byte >> 4];
-  out += kDigits[byte & 15];
-}
-
 bool IsControl(std::string_view character) {
   const auto first = static_cast<unsigned char>(character[0]);
   // U+0080 to U+009F are control characters too.
@@ -22,7 +16,7 @@ bool IsControl(std::string_view character) {
          (first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0);
 }
 
-// The length of what comes first and needs no closer look.
+// The length of the leading part that every form shows as it is.
 std::size_t PlainLength(std::string_view text) {
   std::size_t length = 0;
   while (length < text.size() && text[length] >= ' ' && text[length] < 0x7F &&
@@ -44,7 +38,9 @@ void AppendPrintable(std::string& out, std::string_view text, Quotes quotes) {
     const std::string_view character = text.substr(0, length ? length : 1);
     text.remove_prefix(character.size());
     if (length == 0 || IsControl(character)) {
-      for (const char byte : character) AppendHex(out, static_cast<unsigned char>(byte));
+      for (const char byte : character) {
+        (out += "\\x") += HexText(static_cast<unsigned char>(byte)).View();
+      }
       continue;
     }
     const bool isQuote = character[0] == '"' || character[0] == '\\';

@@ -5,13 +5,14 @@
 
 namespace PosUtil {
 
-// The text as it can be shown on a terminal: control characters and bytes that are no UTF-8 become \xNN, the middle of
-// a long text "...".
+// The text in a form that is safe on a terminal: control characters and invalid UTF-8 become \xNN,
+// the middle of a long text becomes "...".
 std::string Printable(std::string_view text);
 
 enum class Quotes { kAsTheyAre, kEscaped };
 
-// The same without a limit, appended; on demand with a backslash before double quotes and backslashes.
+// Appends the same without a limit on the length. With kEscaped, double quotes and backslashes get
+// a backslash.
 void AppendPrintable(std::string& out, std::string_view text, Quotes quotes = Quotes::kAsTheyAre);
 
 }  // namespace PosUtil

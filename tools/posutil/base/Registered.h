@@ -5,30 +5,35 @@
 
 namespace PosUtil {
 
-// A base for objects that are defined as statics, one per file, and found through All: to add one, add its file.
+// A base class for static objects that a list of all of them finds: adding one means adding the
+// file that defines it. No other file changes.
 template <class T>
 class Registered {
  public:
   Registered(const Registered&) = delete;
   Registered& operator=(const Registered&) = delete;
 
-  // In the order of fOrder. Not to be called before main.
+  // Sorted by `order`. Call it only after main has started: the statics exist then.
   static std::vector<T*> All() {
     std::vector<T*> all;
-    for (Registered* each = gFirst; each; each = each->fNext) all.push_back(static_cast<T*>(each));
+    for (Registered* each : List()) all.push_back(static_cast<T*>(each));
     std::sort(all.begin(), all.end(), [](const T* a, const T* b) { return a->fOrder < b->fOrder; });
     return all;
   }
 
  protected:
-  explicit Registered(int order) : fOrder(order), fNext(gFirst) { gFirst = this; }
+  // `order` is the position in lists that users see.
+  explicit Registered(int order) : fOrder(order) { List().push_back(this); }
   ~Registered() = default;
 
  private:
-  inline static constinit Registered* gFirst = nullptr;
+  // A function-local static exists before the first object that registers itself.
+  static std::vector<Registered*>& List() {
+    static std::vector<Registered*> list;
+    return list;
+  }
 
-  const int fOrder;  // where it stands in lists for users
-  Registered* const fNext;
+  const int fOrder;
 };
 
 }  // namespace PosUtil

@@ -5,12 +5,13 @@
 
 namespace PosUtil {
 
-// What one of our streams raised in a call of the library, which makes no more than a text of it.
+// An exception that one of our callbacks throws into a call of the library. The library keeps
+// only its text; this saves the exception itself, for the caller on the other side.
 class SavedException {
  public:
-  // Calls, and keeps what that raises before it passes.
+  // Runs the call; saves the exception it throws, then rethrows it.
   template <class Call>
-  auto Keep(Call call) {
+  auto Save(Call call) {
     try {
       return call();
     } catch (...) {
@@ -18,6 +19,7 @@ class SavedException {
       throw;
     }
   }
+  // Throws the saved exception, if there is one, and forgets it.
   void Rethrow() {
     if (fException) std::rethrow_exception(std::exchange(fException, nullptr));
   }

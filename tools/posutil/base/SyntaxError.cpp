@@ -9,7 +9,7 @@ namespace PosUtil {
 
 namespace {
 
-constexpr std::size_t kBytesBefore = 50;  // at most that many on either side of the caret
+constexpr std::size_t kBytesBefore = 50;  // the most that an excerpt shows before the caret
 constexpr std::size_t kBytesAfter = 30;
 
 std::size_t CountCharacters(std::string_view text) {
@@ -21,7 +21,7 @@ std::size_t CountCharacters(std::string_view text) {
   return count;
 }
 
-// The same number of characters, each with a shape.
+// The same number of characters, each of them visible.
 std::string Shown(std::string_view text) {
   std::string out;
   while (!text.empty()) {
@@ -68,10 +68,6 @@ Excerpt ExcerptAround(std::string_view line, std::size_t offset) {
   excerpt.fLine += Shown(line.substr(offset, end - offset)) + (end < line.size() ? cut : "");
   return excerpt;
 }
-
-SyntaxError::SyntaxError(const Source& source, std::size_t offset, const std::string& message)
-    : SyntaxError(source.Name(), source.Remembered(), offset - std::min(offset, source.Forgotten()),
-                  message) {}
 
 SyntaxError::SyntaxError(const std::string& name, const TextPart& part, std::size_t offset,
                          const std::string& message)

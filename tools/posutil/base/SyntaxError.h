@@ -5,30 +5,27 @@
 
 #include "base/Failure.h"
 #include "base/TextPart.h"
-#include "files/Source.h"
 
 namespace PosUtil {
 
-// A document that cannot be read. The text is FILE:LINE:COLUMN and the message, then the line and,
-// below it, a caret where the reader stopped. Lines count from 1; so do columns, in characters, a
-// tab being one.
+// A document that is not well-formed. The text is FILE:LINE:COLUMN and the message, then the line
+// and, below it, a caret at the byte where the reader stopped. Lines and columns count from 1; a
+// column is a character, and a tab is one.
 class SyntaxError : public Failure {
  public:
-  // `offset` is the byte where the reader stopped, at most the size of the source.
-  SyntaxError(const Source& source, std::size_t offset, const std::string& message);
-  // The same for a text of which only a part is at hand; `offset` counts in it.
+  // `offset` counts bytes from the start of the part; past the end means the end.
   SyntaxError(const std::string& name, const TextPart& part, std::size_t offset,
               const std::string& message);
 };
 
-// A line to show, and the width of what stands before the caret.
+// A line to show, and the number of characters before the caret.
 struct Excerpt {
   std::string fLine;
   std::size_t fCaret;
 };
 
-// The line around `offset`, cut on either side when it is long. Tabs and control characters become
-// one character each, so that the caret needs no tabs.
+// Cuts a long line around `offset`. A tab or a control character becomes one character, so that
+// spaces alone position the caret.
 Excerpt ExcerptAround(std::string_view line, std::size_t offset);
 
 }  // namespace PosUtil

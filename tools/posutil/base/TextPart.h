@@ -6,11 +6,11 @@
 
 namespace PosUtil {
 
-// Where in lines a text stands whose beginning is no longer at hand. Columns are characters of
-// UTF-8.
+// Counts the lines and columns of a text that is no longer in memory. A column is a UTF-8
+// character.
 struct LineCounter {
-  std::size_t fLines = 0;    // that have ended
-  std::size_t fColumns = 0;  // behind the last of them
+  std::size_t fLines = 0;    // complete ones
+  std::size_t fColumns = 0;  // after the last complete line
 
   void Add(std::string_view bytes) {
     const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
@@ -24,7 +24,7 @@ struct LineCounter {
   }
 };
 
-// A part of a text: what stands in front of it, and its bytes.
+// A part of a text: its bytes and the position of the first one.
 struct TextPart {
   LineCounter fBefore;
   std::string_view fBytes;

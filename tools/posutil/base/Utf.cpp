@@ -47,7 +47,7 @@ std::size_t Utf8CharacterLength(std::string_view text) {
   if (first < 0x80) return text.empty() ? 0 : 1;
   if (first < 0xC2 || first > 0xF4 || !IsContinuation(second)) return 0;
   if (first < 0xE0) return 2;
-  // Too long a form, a surrogate, and beyond the last character.
+  // An overlong form, a surrogate, and a code past the last character.
   if ((first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F)) return 0;
   if ((first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F)) return 0;
   if (!IsContinuation(Byte(text, 2))) return 0;

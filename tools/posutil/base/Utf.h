@@ -6,16 +6,19 @@
 
 namespace PosUtil {
 
-// The length in bytes of the well-formed UTF-8 character that the text begins with; 0 when there is none.
+// The length in bytes of the well-formed UTF-8 character at the start of the text; 0 when there is
+// none.
 std::size_t Utf8CharacterLength(std::string_view text);
 
-// The start of the character that the byte at `offset` belongs to.
+// The offset of the character that contains the byte at `offset`.
 std::size_t Utf8Boundary(std::string_view text, std::size_t offset);
 
-// UTF-16 units, zero-terminated, as UTF-8. False, with nothing of use in `out`, when a surrogate stands alone.
+// Appends zero-terminated UTF-16 units as UTF-8. Returns false for a lone surrogate; `out` then
+// holds a part of the text.
 bool Utf16ToUtf8(const unsigned short* units, std::string& out);
+inline constexpr char kLoneSurrogate[] = "the Unicode string has a lone surrogate";
 
-// Well-formed UTF-8 as UTF-16 units.
+// Converts well-formed UTF-8 to UTF-16 units.
 std::basic_string<unsigned short> Utf8ToUtf16(std::string_view text);
 
 }  // namespace PosUtil

@@ -15,7 +15,7 @@ namespace PosUtil {
 namespace {
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
-constexpr int kLargestHeapBlock = 32 << 20;  // larger blocks never come from the heap
+constexpr int kLargestHeapBlock = 32 << 20;  // malloc accepts no larger threshold
 
 void AdviseLargePages(void* block, std::size_t size) {
   const auto begin = reinterpret_cast<std::uintptr_t>(block);
@@ -27,12 +27,13 @@ void AdviseLargePages(void* block, std::size_t size) {
 
 }  // namespace
 
-void ReserveHeap(std::size_t size) {
+void ReserveHeapFor(std::size_t textSize) {
+  const std::size_t size = 10 * textSize;  // what property objects take, compared with their text
   if (size < 2 * kLargePage) return;
   mallopt(M_MMAP_THRESHOLD, kLargestHeapBlock);
   mallopt(M_TRIM_THRESHOLD, INT_MAX);
   mallopt(M_TOP_PAD, kLargestHeapBlock);
-  // Freed at once: the heap keeps them.
+  // Freed at the end of this function; the thresholds above keep them in the heap.
   std::vector<std::unique_ptr<void, decltype(&std::free)>> blocks;
   for (std::size_t left = size; left > 0;) {
     const std::size_t part = std::min<std::size_t>(left, kLargestHeapBlock - 4096);

@@ -23,7 +23,7 @@ std::string Locate() {
   }
   throw Failure(std::string(kLibraryName) + " is neither in " +
                 (folder / ".." / "lib").lexically_normal().string() + " nor in " + folder.string() +
-                "; say where it is with --library");
+                "; use --library");
 }
 
 KAPHost::Component Load(KAPHost::Host& host, const std::string& path) {

@@ -12,10 +12,10 @@ namespace {
 
 constexpr auto kPatience = std::chrono::seconds(1);
 constexpr auto kBetweenDrawings = std::chrono::milliseconds(100);
-constexpr std::size_t kBetweenLooks = 64 * 1024;
+constexpr std::size_t kBetweenChecks = 64 * 1024;  // reading the clock costs time
 constexpr std::size_t kWidth = 40;
 
-// Where even that cannot be written there is nobody to tell.
+// An error is ignored: standard error is where it would be reported.
 void PutToTerminal(std::string_view text) {
   static_cast<void>(!::write(STDERR_FILENO, text.data(), text.size()));
 }
@@ -32,14 +32,14 @@ void Progress::Begin(const char* activity, std::size_t total) {
   fActivity = activity;
   fTotal = total;
   fDone = 0;
-  fNextLook = 0;
+  fNextCheck = 0;
 }
 
-void Progress::Look() {
-  fNextLook = fDone + kBetweenLooks;
+void Progress::CheckClock() {
+  fNextCheck = fDone + kBetweenChecks;
   const Clock::time_point now = Clock::now();
-  if (now - fStart < kPatience || now - fLatest < kBetweenDrawings) return;
-  fLatest = now;
+  if (now - fStart < kPatience || now - fLastDrawn < kBetweenDrawings) return;
+  fLastDrawn = now;
   fIsDrawn = true;
   PutToTerminal("\r\033[K" + std::string(fActivity) + " " + Bar());
 }

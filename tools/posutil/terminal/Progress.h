@@ -6,8 +6,8 @@
 
 namespace PosUtil {
 
-// A bar on standard error for work that takes longer than a second. Shown on a terminal only, and
-// not while results go to one.
+// A progress bar on standard error, for work that takes longer than a second. It appears only on a
+// terminal, and not while results go to a terminal.
 class Progress {
  public:
   Progress() = default;
@@ -15,34 +15,35 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress() { Erase(); }
 
-  // To be called once it is known where the results go.
+  // Call it when the destination of the results is known; before that nothing appears.
   void Show(int resultDescriptor);
   bool IsShown() const { return fIsShown; }
 
-  // Begins a piece of work; `total` is 0 when nobody knows it.
+  // Starts a piece of work. `total` is in bytes, 0 if it is not known.
   void Begin(const char* activity, std::size_t total);
-  // So many more bytes are done.
+  // Adds `bytes` to the bytes done.
   void Advance(std::size_t bytes) {
     if (!fIsShown) return;
     fDone += bytes;
-    if (fDone >= fNextLook) Look();
+    if (fDone >= fNextCheck) CheckClock();
   }
+  // Removes the bar from the screen, so that a message can take its place.
   void Erase();
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  void Look();
+  void CheckClock();
   std::string Bar() const;
 
   const Clock::time_point fStart = Clock::now();
-  Clock::time_point fLatest = fStart;  // drawing
+  Clock::time_point fLastDrawn = fStart;
   bool fIsShown = false;
   bool fIsDrawn = false;
   const char* fActivity = "";
   std::size_t fTotal = 0;
   std::size_t fDone = 0;
-  std::size_t fNextLook = 0;  // at the clock
+  std::size_t fNextCheck = 0;  // value of fDone at which to read the clock again
 };
 
 }  // namespace PosUtil

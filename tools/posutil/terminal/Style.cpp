@@ -8,9 +8,9 @@
 namespace PosUtil {
 
 Style Style::For(int descriptor) {
-  const char* const refusal = std::getenv("NO_COLOR");
+  const char* const noColor = std::getenv("NO_COLOR");
   const char* const terminal = std::getenv("TERM");
-  if ((refusal && *refusal) || !terminal || std::string_view(terminal) == "dumb" ||
+  if ((noColor && *noColor) || !terminal || std::string_view(terminal) == "dumb" ||
       !::isatty(descriptor)) {
     return {};
   }

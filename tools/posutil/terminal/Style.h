@@ -2,7 +2,7 @@
 
 namespace PosUtil {
 
-// Escape sequences for coloured text; all empty where there are to be no colours.
+// Escape sequences for coloured text. All are empty where there are no colours.
 struct Style {
   const char* fKey = "";
   const char* fString = "";
@@ -11,7 +11,7 @@ struct Style {
   const char* fError = "";
   const char* fPlain = "";
 
-  // Colours when the descriptor is a terminal that knows them and NO_COLOR is not set.
+  // Has colours if the descriptor is a terminal that supports them and NO_COLOR is not set.
   static Style For(int descriptor);
 };
 

@@ -1,64 +1,10 @@
 #include "commands/documents/DocumentArgument.h"
 
 #include <CLI/CLI.hpp>
-#include <utility>
 
-#include "base/Failure.h"
-#include "base/Printable.h"
 #include "files/InputFile.h"
 
 namespace PosUtil {
-
-namespace {
-
-template <class Format>
-std::vector<std::string> Names() {
-  std::vector<std::string> names;
-  for (const Format* format : Format::All()) names.emplace_back(format->kName);
-  return names;
-}
-
-template <class Format>
-void DeclareFormat(CLI::App& options, const char* name, std::string& format,
-                   const std::string& description) {
-  options.add_option(name, format, description)
-      ->check(CLI::IsMember(Names<Format>()))
-      ->option_text(CLI::detail::join(Names<Format>(), "|"));
-}
-
-std::string ListOfEndings() {
-  std::string text;
-  for (const Reader* reader : Reader::All()) {
-    text += (text.empty() ? "" : "; ") + std::string(reader->kName) + " for " +
-            std::string(reader->kEndings);
-  }
-  return text;
-}
-
-// Asks the library for reports after each document.
-class CheckedDocuments final : public Documents {
- public:
-  CheckedDocuments(std::unique_ptr<Documents> documents, const std::string& name, Library& library)
-      : fDocuments(std::move(documents)), fName(name), fLibrary(library) {}
-
-  KAP_T_MT::CPOSObject Next() override {
-    try {
-      KAP_T_MT::CPOSObject object = fDocuments->Next();
-      fLibrary.CheckReports(fName);
-      return object;
-    } catch (const Failure&) {
-      fLibrary.CheckReports(fName);  // what the library has to say is the cause
-      throw;
-    }
-  }
-
- private:
-  const std::unique_ptr<Documents> fDocuments;
-  const std::string fName;
-  Library& fLibrary;
-};
-
-}  // namespace
 
 void DocumentArgument::Declare(CLI::App& options, const char* name) {
   options.add_option(name, fFile, "The document, - for standard input")
@@ -68,7 +14,7 @@ void DocumentArgument::Declare(CLI::App& options, const char* name) {
 }
 
 void DocumentArgument::DeclareAll(CLI::App& options) {
-  options.add_flag("--all", fAll, "All documents that stand one behind the other");
+  options.add_flag("--all", fAll, "Reads every document in the input");
 }
 
 std::string DocumentArgument::Name() const { return InputName(fFile); }
@@ -81,34 +27,22 @@ std::unique_ptr<Documents> DocumentArgument::Open(Session& session) const {
   return OpenDocuments(Format(), fFile, HowMany(), session);
 }
 
-std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
-                                         Extent extent, Session& session) {
-  Library& library = session.TheLibrary();
-  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, session), InputName(file),
-                                            library);
-}
-
-const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option) {
-  const Reader* const reader = format.empty() ? Reader::ForFile(file) : FindFormat<Reader>(format);
-  if (!reader) {
-    throw Failure(Printable(file) + ": the name does not tell the format; say it with " + option,
-                  kExitUsage);
+void DocumentArgument::Write(const Writer& writer, Style style, Session& session,
+                             Output& out) const {
+  Progress& progress = session.TheProgress();
+  progress.Show(out.Descriptor());
+  const WriteOptions options = {.fOnOneLine = fAll, .fStyle = style};
+  const auto documents = Open(session);
+  std::size_t number = 0;
+  while (const KAP_T_MT::CPOSObject object = documents->Next()) {
+    if (++number > 1) out.Put(writer.kBetween);
+    if (!fAll) {  // with several documents, reading advances the progress
+      progress.Begin("writing", 0);
+      out.SetProgress(progress);
+    }
+    writer.Write(object, Name(number), options, out);
+    session.TheLibrary().CheckReports(Name(number));
   }
-  return *reader;
-}
-
-void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file) {
-  DeclareFormat<Reader>(
-      options, option, format,
-      "Format of " + std::string(file) + "; else its ending tells (" + ListOfEndings() + ")");
-}
-
-void DeclareTo(CLI::App& options, std::string& format, const char* description) {
-  DeclareFormat<Writer>(options, "--to", format, description);
-}
-
-void DeclareToOfFile(CLI::App& options, std::string& format, const char* description) {
-  DeclareFormat<Reader>(options, "--to", format, description);
 }
 
 }  // namespace PosUtil

@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "commands/documents/DocumentArgument.h"
+#include "commands/documents/FormatOption.h"
 
 namespace PosUtil {
 

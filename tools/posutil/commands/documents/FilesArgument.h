@@ -12,16 +12,16 @@ class App;
 
 namespace PosUtil {
 
-// The arguments of commands that read several files, a document in each.
+// The arguments of a command that reads several files with one document each.
 class FilesArgument {
  public:
-  // The files, called so in the help, and --from.
+  // Declares the files, under this name, and --from.
   void Declare(CLI::App& options, const char* name);
 
-  // Failure, of wrong usage, unless the format of every file is known.
+  // Throws Failure with kExitUsage if the format of a file is unknown.
   void CheckFormats() const;
   const std::vector<std::string>& Files() const { return fFiles; }
-  // Throws Failure, also for what the library reports.
+  // Throws Failure, also for the reports of the library.
   KAP_T_MT::CPOSObject Read(const std::string& file, Session& session) const;
 
  private:

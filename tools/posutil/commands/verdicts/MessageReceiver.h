@@ -8,8 +8,8 @@
 
 namespace PosUtil {
 
-// Takes the messages of a check. The library hands them to a procedure without client data, so the one that was made
-// last on the thread takes them.
+// Collects the messages of a check. The library calls a procedure without client data, so the
+// messages go to the newest receiver of the thread.
 class MessageReceiver {
  public:
   MessageReceiver() : fBefore(std::exchange(gCurrent, this)) {}
@@ -17,13 +17,13 @@ class MessageReceiver {
   MessageReceiver& operator=(const MessageReceiver&) = delete;
   ~MessageReceiver() { gCurrent = fBefore; }
 
-  // For the library. Not without a receiver.
+  // The procedure for the library. The thread must have a receiver.
   static void Receive(const char* message) {
-    gCurrent->fKept.Keep([=] { gCurrent->fMessages.emplace_back(message); });
+    gCurrent->fSaved.Save([=] { gCurrent->fMessages.emplace_back(message); });
   }
 
-  // Raises what kept a message from being taken, which the library has made a report of.
-  void Rethrow() { fKept.Rethrow(); }
+  // Throws the exception that stopped a message, if there is one. To the library it is a report.
+  void Rethrow() { fSaved.Rethrow(); }
   std::vector<std::string> Take() { return std::move(fMessages); }
 
  private:
@@ -31,7 +31,7 @@ class MessageReceiver {
 
   MessageReceiver* const fBefore;
   std::vector<std::string> fMessages;
-  SavedException fKept;
+  SavedException fSaved;
 };
 
 }  // namespace PosUtil

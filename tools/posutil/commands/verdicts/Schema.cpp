@@ -14,12 +14,12 @@ namespace {
 
 CPOSDict AsDict(const CPOSObject& object, const std::string& name) {
   CPOSDict dict(object, true);
-  if (dict.IsNull()) throw Failure(Printable(name) + ": a schema is a dictionary of types");
+  if (dict.IsNull()) throw Failure(Printable(name) + ": a schema must be a dictionary of types");
   return dict;
 }
 
-// `check` takes the procedure for messages, and answers whether all is well. What it raises is a report like those that
-// the library files: the check of a schema is not filed.
+// `check` takes the procedure for messages and returns the verdict. The check of a schema throws
+// what other checks report; both become the same Failure.
 template <class Check>
 Verdict MakeCheck(const std::string& name, Library& library, Messages messages, Check check) {
   MessageReceiver receiver;
@@ -37,7 +37,8 @@ Verdict MakeCheck(const std::string& name, Library& library, Messages messages, 
   return verdict;
 }
 
-// Whether the library knows the type without a schema: nothing but that makes a schema of a type that refers to it.
+// Returns whether the library knows the type without a schema: only then is a schema valid that
+// refers to it and does not define it.
 bool IsIntrinsic(const std::string& type) {
   CPOSArray set = CPOSArray::New();
   set.Append(CPOSString(type.c_str()));
@@ -69,10 +70,10 @@ void Schema::RequireItself() const {
 }
 
 void Schema::RequireType(const std::string& type) const {
-  // A definition that is no dictionary counts as none.
+  // A definition must be a dictionary.
   if (fTypes.GetDict(type.c_str(), true) || IsIntrinsic(type)) return;
-  throw Failure(Printable(fName) + ": there is no type \"" + Printable(type) + "\" (there is " +
-                    Printable(TypeNames()) + ")",
+  throw Failure(Printable(fName) + ": no type \"" + Printable(type) +
+                    "\" (types: " + Printable(TypeNames()) + ")",
                 kExitUsage);
 }
 

@@ -8,18 +8,19 @@
 
 namespace PosUtil {
 
-// A dictionary of types that documents are checked against. What keeps a check from being made, an error in the schema
-// for one, is a Failure with the text of the library.
+// A dictionary of types to check documents against.
+// Errors: Failure with the text of the library if a check cannot run, for example because of an
+//   error in the schema.
 class Schema {
  public:
-  // `name` is that of the schema in messages. Failure for an object that is no dictionary.
+  // `name` is the name of the schema in messages. Throws Failure if the object is not a dictionary.
   Schema(const KAP_T_MT::CPOSObject& object, std::string name, Library& library);
 
-  // Whether it is a schema at all, by the rules of the library.
+  // Checks the schema itself against the rules of the library.
   Verdict CheckItself(Messages messages) const;
-  // Failure when it is none, with the messages.
+  // Throws Failure with the messages if the schema is not valid.
   void RequireItself() const;
-  // Failure, of wrong usage, when there is no such type.
+  // Throws Failure with kExitUsage if there is no type of this name.
   void RequireType(const std::string& type) const;
 
   Verdict Check(const KAP_T_MT::CPOSObject& object, const KAP_T_MT::CKAPStringAtom& type,

@@ -3,17 +3,23 @@
 #include <string>
 #include <vector>
 
+#include "base/Printable.h"
+
 namespace PosUtil {
 
 enum class Messages : bool { kUnwanted, kWanted };
 
-// What a check came to. Of what is not valid there may be no message; of what is valid there is none.
+// The result of a check. A document that is not valid may have no message; a valid one has none.
 struct Verdict {
   bool fIsValid = false;
   std::vector<std::string> fMessages;
 };
 
-// The message as the user reads it. `name` is that of the file.
-std::string MessageLine(const std::string& name, const std::string& message);
+// A message as the user sees it. `name` is the name of the file.
+inline std::string MessageLine(const std::string& name, const std::string& message) {
+  std::string line = Printable(name) + ": ";
+  AppendPrintable(line, message);
+  return line;
+}
 
 }  // namespace PosUtil

@@ -11,7 +11,7 @@ std::string Amount(std::size_t count, const char* noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-// A line for each message, and one for the counts.
+// Prints a line for each message, and a line of counts.
 class TextPrinter final : public VerdictPrinter {
  public:
   using VerdictPrinter::VerdictPrinter;
@@ -38,7 +38,7 @@ class TextPrinter final : public VerdictPrinter {
   }
 };
 
-// An object, with a line for each file.
+// Prints one JSON object, with a line for each file.
 class JsonPrinter final : public VerdictPrinter {
  public:
   using VerdictPrinter::VerdictPrinter;
@@ -84,7 +84,7 @@ class JsonPrinter final : public VerdictPrinter {
     fOut.Put(std::string(",\"") + name + "\":" + std::to_string(count));
   }
 
-  // Names and messages may hold bytes that JSON cannot.
+  // Names and messages may hold bytes that JSON cannot hold.
   void PutText(const std::string& text) {
     std::string printable;
     AppendPrintable(printable, text);

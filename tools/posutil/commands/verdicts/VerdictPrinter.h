@@ -16,10 +16,10 @@ struct VerdictCounts {
   std::size_t fMessages = 0;
 };
 
-// Prints what the checks of files come to: Begin, then one of the next two for each file, then End.
+// Prints the verdicts: Begin, then Print or PrintUnchecked for each file, then End.
 class VerdictPrinter {
  public:
-  // The names of the forms, and the printer of a form.
+  // The names of the forms, and a new printer for one of them.
   static constexpr const char* kText = "text";
   static constexpr const char* kJson = "json";
   static std::unique_ptr<VerdictPrinter> New(const std::string& form, Output& out);
@@ -31,7 +31,7 @@ class VerdictPrinter {
 
   virtual void Begin() = 0;
   virtual void Print(const std::string& name, const Verdict& verdict) = 0;
-  // `reason` is told on standard error as well.
+  // For a file without a verdict. `reason` is on standard error too.
   virtual void PrintUnchecked(const std::string& name, const std::string& reason) = 0;
   virtual void End(const VerdictCounts& counts) = 0;
 

@@ -5,10 +5,10 @@
 namespace PosUtil {
 
 void VerdictOptions::Declare(CLI::App& options) {
-  options.add_option("--format", fForm, "How results are printed; else text")
+  options.add_option("--format", fForm, "Format of the results; default: text")
       ->check(CLI::IsMember({VerdictPrinter::kText, VerdictPrinter::kJson}))
       ->option_text("text|json");
-  options.add_flag("--quiet,-q", fIsQuiet, "Prints no results; the exit status tells");
+  options.add_flag("--quiet,-q", fIsQuiet, "Prints no results; only the exit status");
 }
 
 std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Output& out) const {

@@ -13,14 +13,14 @@ class App;
 
 namespace PosUtil {
 
-// How a command that checks files prints what the checks come to.
+// The options of a command that checks files.
 class VerdictOptions {
  public:
-  // --format and --quiet.
+  // Declares --format and --quiet.
   void Declare(CLI::App& options);
 
   Messages WantedMessages() const { return fIsQuiet ? Messages::kUnwanted : Messages::kWanted; }
-  // Null when nothing is to be printed.
+  // Null with --quiet.
   std::unique_ptr<VerdictPrinter> NewPrinter(Output& out) const;
 
  private:
@@ -28,13 +28,13 @@ class VerdictOptions {
   bool fIsQuiet = false;
 };
 
-// Checks files one after the other, prints what each check comes to, and counts. A file that cannot be checked is told
-// of on standard error; the next ones are checked all the same.
+// Checks files one by one, prints the verdicts and counts them. If a file cannot be checked, a
+// message goes to standard error, and the checks of the other files continue.
 class VerdictReport {
  public:
   VerdictReport(const VerdictOptions& options, Session& session);
 
-  // `makeVerdict` checks the file of that name. A Failure of it is one of the file.
+  // `makeVerdict` checks the file `name`; if it throws Failure, the file counts as unchecked.
   template <class MakeVerdict>
   void Add(const std::string& name, MakeVerdict makeVerdict) {
     Verdict verdict;
@@ -50,8 +50,8 @@ class VerdictReport {
     Count(name, verdict);
   }
 
-  // Prints the counts. The worst of all files: kExitFailure when one could not be checked, else kExitNegative when one
-  // is not valid.
+  // Prints the counts. Returns kExitFailure if a file could not be checked, else kExitNegative if
+  // one is not valid.
   ExitStatus Finish();
 
  private:

@@ -1,4 +1,4 @@
-// The text notation of property objects, read by the library.
+// The reader of text notation: the library does the work.
 
 #include <cstring>
 
@@ -18,17 +18,17 @@ class NotationReader final : public SourceReader {
     const std::string_view bytes = source.Bytes();
     const char* end = nullptr;
     KAP_T_MT::CPOSObject object = KAP_T_MT::CPOSObject::CreateFromText(source.Text(), &end);
-    // The library sees the end of the text in a zero byte.
+    // A zero byte is the end of the text to the library.
     const std::size_t length = std::strlen(source.Text());
     const std::size_t stop = end ? static_cast<std::size_t>(end - source.Text()) : length;
     if (stop == length && length < bytes.size()) {
-      throw SyntaxError(source, length, "a zero character in the text");
+      throw source.ErrorAt(length, "a zero character in the text");
     }
-    if (object.IsNull()) throw SyntaxError(source, stop, Message(bytes, stop));
+    if (object.IsNull()) throw source.ErrorAt(stop, Message(bytes, stop));
     return object;
   }
 
-  // The library does not tell what it misses, only where.
+  // The library returns the position of an error, but no reason.
   static const char* Message(std::string_view bytes, std::size_t stop) {
     if (stop < bytes.size()) return "syntax error";
     return bytes.find_first_not_of(" \t\r\n") == std::string_view::npos

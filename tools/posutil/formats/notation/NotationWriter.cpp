@@ -1,12 +1,13 @@
-// The text notation of property objects: < key value ... >, [ value ... ], bare words, (strings), numbers, and Unicode
-// strings as hexadecimal digits between grave accents.
+// The writer of text notation: < key value ... >, [ value ... ], bare words, (strings), numbers and
+// `hexadecimal Unicode strings`.
 
 #include <cmath>
 #include <string>
 #include <string_view>
 
 #include "base/DecimalText.h"
-#include "base/Failure.h"
+#include "base/HexText.h"
+#include "base/ValueError.h"
 #include "formats/Format.h"
 #include "formats/Layout.h"
 #include "formats/Visitor.h"
@@ -15,7 +16,7 @@ namespace PosUtil {
 
 namespace {
 
-constexpr std::size_t kLongestToken = 100;  // in characters, for a Unicode string in units
+constexpr std::size_t kLongestToken = 100;  // in characters; in units for a Unicode string
 
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -29,7 +30,8 @@ bool IsBareWord(std::string_view text) {
 }
 
 std::string Token(std::string_view text) {
-  if (text.size() > kLongestToken) throw ValueError("text notation ends strings at 100 characters");
+  if (text.size() > kLongestToken)
+    throw ValueError("text notation limits strings to 100 characters");
   if (IsBareWord(text)) return std::string(text);
   std::string token = "(";
   for (const char c : text) {
@@ -37,7 +39,7 @@ std::string Token(std::string_view text) {
     token += c;
   }
   if (token.size() - 1 > kLongestToken) {
-    throw ValueError("text notation ends strings at 100 characters, counting backslashes");
+    throw ValueError("text notation limits strings to 100 characters, including backslashes");
   }
   return token + ')';
 }
@@ -59,24 +61,20 @@ class NotationVisitor final : public Visitor {
   }
 
   void Number(double value) override {
-    if (!std::isfinite(value)) throw ValueError("text notation has no infinities and no NaN");
+    if (!std::isfinite(value)) throw ValueError("text notation cannot hold infinities or NaN");
     const DecimalText text(value, DecimalText::kWithoutExponent);
     if (text.View().size() > kLongestToken) {
-      throw ValueError("a number that needs an exponent, which text notation has not");
+      throw ValueError("the number needs an exponent, which text notation does not have");
     }
     fOut.Put(text.View());
   }
   void String(const char* text) override { fOut.Put(Token(text)); }
   void UnicodeString(const unsigned short* units) override {
     if (std::basic_string_view<unsigned short>(units).size() > kLongestToken) {
-      throw ValueError("text notation ends Unicode strings at 100 units");
+      throw ValueError("text notation limits Unicode strings to 100 units");
     }
     fOut.Put('`');
-    for (; *units; ++units) {
-      for (int shift = 12; shift >= 0; shift -= 4) {
-        fOut.Put("0123456789ABCDEF"[*units >> shift & 15]);
-      }
-    }
+    for (; *units; ++units) fOut.Put(HexText(*units, HexCase::kUpper).View());
     fOut.Put('`');
   }
   void BinData(const char*, const unsigned char*, std::size_t) override {

@@ -1,9 +1,10 @@
-// An outline for people: a value per line, indented by its depth, with its key or index before it.
+// The writer of outlines for people: one value a line, indented by depth, after its key or index.
 
 #include <string>
 #include <string_view>
 
 #include "base/DecimalText.h"
+#include "base/HexText.h"
 #include "base/Printable.h"
 #include "base/Utf.h"
 #include "formats/Format.h"
@@ -13,7 +14,7 @@ namespace PosUtil {
 
 namespace {
 
-// Deeper levels are not indented further: the depth is then told by a number.
+// Below this level a number shows the depth, and the indentation stays the same.
 constexpr std::size_t kDeepestIndent = 50;
 constexpr std::size_t kShownBytes = 16;
 
@@ -23,7 +24,7 @@ std::string Quoted(std::string_view text) {
   return out += '"';
 }
 
-// Keys are quoted where a reader could take them for something else.
+// Other keys appear in quotes, because they look like a part of the outline.
 bool IsPlainKey(std::string_view key) {
   if (key.empty() || key.front() == '[' || key.front() == '"' || key.front() == ' ' ||
       key.back() == ' ' || key.find_first_of(":\\") != std::string_view::npos) {
@@ -37,9 +38,7 @@ bool IsPlainKey(std::string_view key) {
 std::string Hex(const unsigned char* data, std::size_t size) {
   std::string out;
   for (std::size_t i = 0; i < size && i < kShownBytes; ++i) {
-    out += ' ';
-    out += "0123456789abcdef"[data[i] >> 4];
-    out += "0123456789abcdef"[data[i] & 15];
+    (out += ' ') += HexText(data[i]).View();
   }
   return size > kShownBytes ? out + " ..." : out;
 }
@@ -95,13 +94,10 @@ class TreeVisitor final : public Visitor {
     if (!colour.empty()) fOut.Put(fStyle.fPlain);
   }
 
-  // With a surrogate that stands alone there are no characters to show.
+  // A Unicode string with a lone surrogate is not a sequence of characters.
   static std::string Units(const unsigned short* units) {
     std::string out = "units";
-    for (; *units; ++units) {
-      out += ' ';
-      for (int shift = 12; shift >= 0; shift -= 4) out += "0123456789abcdef"[*units >> shift & 15];
-    }
+    for (; *units; ++units) (out += ' ') += HexText(*units).View();
     return out;
   }
 

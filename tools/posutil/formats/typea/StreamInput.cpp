@@ -9,8 +9,7 @@
 #include "base/Failure.h"
 #include "base/SavedException.h"
 #include "files/InputFile.h"
-#include "formats/typea/HostStream.h"
-#include "formats/typea/TypeASize.h"
+#include "formats/typea/TypeAStream.h"
 
 namespace PosUtil {
 
@@ -22,7 +21,7 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
   }
 
   std::size_t Read(unsigned char* buffer, std::size_t size) override {
-    return fKept.Keep([&] {
+    return fSaved.Save([&] {
       if (!HasMore()) return std::size_t{0};
       const std::size_t count = std::min(size, fWindow.size() - fNext);
       std::memcpy(buffer, fWindow.data() + fNext, count);
@@ -33,12 +32,12 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
   void Seek(long offset, int origin) override;
   long Mark() override { return static_cast<long>(Position()); }
   void Write(const unsigned char*, std::size_t) override {
-    throw Failure("the input cannot be written to");
+    throw Failure("the input stream is read-only");
   }
 
   std::size_t Size() const { return fFile.Size(); }
   std::size_t Position() const { return fDiscarded + fNext; }
-  SavedException& Kept() { return fKept; }
+  SavedException& Saved() { return fSaved; }
   bool SkipSpace() {
     while (HasMore() && kSpace.find(fWindow[fNext]) != std::string_view::npos) ++fNext;
     return HasMore();
@@ -51,9 +50,9 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
  private:
   static constexpr std::string_view kSpace = " \t\r\n";
   static constexpr std::size_t kCapacity = 64 * 1024;
-  static constexpr std::size_t kKept = 4 * 1024;
+  static constexpr std::size_t kKept = 4 * 1024;  // for seeking back, and for excerpts
 
-  // Whether there is a byte at the position.
+  // Returns whether there is a byte at the position.
   bool HasMore() {
     if (fNext == fWindow.size() && !fIsAtEnd) Refill();
     return fNext < fWindow.size();
@@ -63,12 +62,12 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
 
   const InputFile fFile;
   Progress& fProgress;
-  std::vector<char> fWindow;   // what was read last
-  std::size_t fNext = 0;       // in the window
-  std::size_t fDiscarded = 0;  // bytes in front of the window
-  LineCounter fBefore;         // the same as lines
+  std::vector<char> fWindow;   // the bytes read last
+  std::size_t fNext = 0;       // index in the window
+  std::size_t fDiscarded = 0;  // bytes before the window
+  LineCounter fBefore;         // counts the discarded bytes
   bool fIsAtEnd = false;
-  SavedException fKept;
+  SavedException fSaved;
 };
 
 void StreamInput::Client::Seek(long offset, int origin) {
@@ -76,7 +75,7 @@ void StreamInput::Client::Seek(long offset, int origin) {
   const long place = position - static_cast<long>(fDiscarded);
   if (origin == KAP_T_MT::kKAPSeekFromEnd || place < 0 ||
       place > static_cast<long>(fWindow.size())) {
-    throw Failure("the input cannot be set to that position");
+    throw Failure("the input stream cannot seek to that position");
   }
   fNext = static_cast<std::size_t>(place);
 }
@@ -103,13 +102,13 @@ StreamInput::StreamInput(const std::string& fileName, Progress& progress)
     : StreamInput(KAP_T_MT::KAPNewClient<Client>(fileName, progress)) {}
 
 StreamInput::StreamInput(KAP_T_MT::TKAPClientObject<Client> client)
-    : fClient(client.get()), fStream(HostStream(std::move(client))) {}
+    : fClient(client.get()), fStream(NewHostStream(std::move(client))) {}
 
 std::size_t StreamInput::Size() const { return fClient->Size(); }
 
 std::size_t StreamInput::Position() const { return fClient->Position(); }
 
-void StreamInput::CheckFailure() { fClient->Kept().Rethrow(); }
+void StreamInput::CheckFailure() { fClient->Saved().Rethrow(); }
 
 bool StreamInput::SkipSpace() { return fClient->SkipSpace(); }
 

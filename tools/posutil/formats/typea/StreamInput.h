@@ -9,26 +9,26 @@
 
 namespace PosUtil {
 
-// A file, or standard input, as a host stream. It need not have positions: what was read last is
-// kept, so that a reader can go back as far as it reads ahead.
+// A file, or standard input, as a host stream. The file need not be seekable: a window over the
+// bytes read last lets a reader go back as far as it reads ahead.
 class StreamInput {
  public:
-  // What is read advances the progress. Throws Failure, for what is too large as well.
+  // Reading advances `progress`. Throws Failure, also for a file that is too large.
   StreamInput(const std::string& fileName, Progress& progress);
   StreamInput(const StreamInput&) = delete;
   StreamInput& operator=(const StreamInput&) = delete;
 
   KAP_T_MT::CKAPPositionableStream& Stream() { return fStream; }
-  // What a regular file holds, 0 for anything else.
+  // The size of a regular file, 0 for anything else.
   std::size_t Size() const;
-  // How many bytes have been read.
+  // The number of bytes that the reader has taken.
   std::size_t Position() const;
 
-  // Throws what kept the input from being read, if anything did.
+  // Throws the failure that stopped the reading, if there is one.
   void CheckFailure();
-  // Moves on to the first byte that is no white space; false when there is none.
+  // Skips white space. Returns false at the end of the input.
   bool SkipSpace();
-  // The error at the byte of that number from the start. It must have been read lately.
+  // The error at a byte of the window; `offset` counts from the start of the input.
   SyntaxError ErrorAt(std::size_t offset, const std::string& message) const;
 
  private:
@@ -36,7 +36,7 @@ class StreamInput {
 
   explicit StreamInput(KAP_T_MT::TKAPClientObject<Client> client);
 
-  Client* fClient;  // the stream's
+  Client* fClient;  // owned by the stream
   KAP_T_MT::CKAPPositionableStream fStream;
 };
 

@@ -1,17 +1,16 @@
 #include "formats/typea/StreamOutput.h"
 
 #include "base/Failure.h"
-#include "formats/typea/HostStream.h"
-#include "formats/typea/TypeASize.h"
+#include "formats/typea/TypeAStream.h"
 
 namespace PosUtil {
 
 class StreamOutput::Client final : public KAP_T_MT::KAPClientPositionableStream {
  public:
-  Client(Output& out, SavedException& kept) : fOut(out), fKept(kept) {}
+  Client(Output& out, SavedException& saved) : fOut(out), fSaved(saved) {}
 
   void Write(const unsigned char* buffer, std::size_t size) override {
-    fKept.Keep([&] {
+    fSaved.Save([&] {
       CheckTypeASize(fOut.Position() + size, "the output");
       fOut.Put({reinterpret_cast<const char*>(buffer), size});
     });
@@ -19,16 +18,16 @@ class StreamOutput::Client final : public KAP_T_MT::KAPClientPositionableStream 
   long Mark() override { return static_cast<long>(fOut.Position()); }
 
   std::size_t Read(unsigned char*, std::size_t) override {
-    throw Failure("the output cannot be read from");
+    throw Failure("the output stream is write-only");
   }
-  void Seek(long, int) override { throw Failure("the output cannot be set to a position"); }
+  void Seek(long, int) override { throw Failure("the output stream cannot seek"); }
 
  private:
   Output& fOut;
-  SavedException& fKept;
+  SavedException& fSaved;
 };
 
 StreamOutput::StreamOutput(Output& out)
-    : fStream(HostStream(KAP_T_MT::KAPNewClient<Client>(out, fKept))) {}
+    : fStream(NewHostStream(KAP_T_MT::KAPNewClient<Client>(out, fSaved))) {}
 
 }  // namespace PosUtil

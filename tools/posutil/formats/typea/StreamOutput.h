@@ -6,8 +6,7 @@
 
 namespace PosUtil {
 
-// A host stream that writes behind what an output holds. The output is not to be used while there
-// is one.
+// A host stream that appends to an output. Do not use the output while this exists.
 class StreamOutput {
  public:
   explicit StreamOutput(Output& out);
@@ -15,13 +14,13 @@ class StreamOutput {
   StreamOutput& operator=(const StreamOutput&) = delete;
 
   KAP_T_MT::CKAPPositionableStream& Stream() { return fStream; }
-  // Throws what kept the output from being written, if anything did.
-  void CheckFailure() { fKept.Rethrow(); }
+  // Throws the failure that stopped the writing, if there is one.
+  void CheckFailure() { fSaved.Rethrow(); }
 
  private:
   class Client;
 
-  SavedException fKept;
+  SavedException fSaved;
   KAP_T_MT::CKAPPositionableStream fStream;
 };
 

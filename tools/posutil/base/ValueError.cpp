@@ -1,4 +1,4 @@
-#include "base/Failure.h"
+#include "base/ValueError.h"
 
 #include "base/Printable.h"
 
