@@ -20,6 +20,7 @@ std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
 
 struct Setting {
   int fOut = -1;                               // the standard output; -1 collects it
+  std::vector<std::string> fPrefix = {};       // a program that runs posutil, with arguments
   std::vector<std::string> fEnvironment = {};  // NAME=VALUE, added to the environment of the test
 };
 
@@ -33,7 +34,8 @@ struct Descriptors {
 class Running {
  public:
   Running(const std::vector<std::string>& arguments, const Descriptors& descriptors,
-          const std::vector<std::string>& extraEnvironment = {});
+          const std::vector<std::string>& extraEnvironment = {},
+          const std::vector<std::string>& prefix = {});
 
   pid_t Process() const { return fProcess; }
   // Waits for the end and returns the status of waitpid.

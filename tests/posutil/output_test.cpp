@@ -53,8 +53,8 @@ std::string OnTerminal(const std::vector<std::string>& environment) {
   const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   if (::grantpt(master) != 0 || ::unlockpt(master) != 0) return "no terminal";
   const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
-  const Outcome outcome =
-      RunPosutil({"print", "--from", "text", "-"}, "<a 1>", {terminal, environment});
+  const Outcome outcome = RunPosutil({"print", "--from", "text", "-"}, "<a 1>",
+                                     {.fOut = terminal, .fEnvironment = environment});
   EXPECT_EQ(outcome.fStatus, 0) << outcome.fErr;
   char text[1000];
   const ssize_t size = ::read(master, text, sizeof text);

@@ -35,12 +35,13 @@ class ConvertCommand final : public Command {
   ExitStatus Run(Session& session) override {
     fDocuments.Format();  // wrong usage ends the command before it creates a file
     const Reader& format = FormatOfFile(fFormat, fFile, "--to");
-    const Writer& writer = *FindFormat<Writer>(format.kName);
+    const Writer* const writer = FindFormat<Writer>(format.kName);
+    if (!writer) throw Failure(std::string("cannot write the format ") + format.kName, kExitUsage);
     std::optional<Destination> destination;
     if (fFile != "-") destination.emplace(fFile);
     Output& out = destination ? destination->Out() : session.Out();
-    fDocuments.Write(writer, Style(), session, out);
-    out.Put(writer.kEnd);
+    fDocuments.Write(*writer, Style(), session, out);
+    out.Put(writer->kEnd);
     if (destination) destination->Commit();
     return kExitSuccess;
   }
