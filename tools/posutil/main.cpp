@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
@@ -62,7 +64,7 @@ ExitStatus Run(CLI::App& options, int argc, char** argv, Session& session) {
 }
 
 // Catches inside the session: the library owns the text of some exceptions.
-int Main(int argc, char** argv) {
+ExitStatus RunInSession(int argc, char** argv) {
   Session session;
   try {
     CLI::App options("Property objects on the command line.", "posutil");
@@ -75,11 +77,21 @@ int Main(int argc, char** argv) {
     if (*failure.what()) session.Complain(failure.what());
     return failure.Status();
   } catch (const std::bad_alloc&) {
-    session.Complain("out of memory");
+    throw;  // a message of the session needs memory
   } catch (const std::exception& error) {
     session.Complain(error.what());
   }
   return kExitFailure;
+}
+
+int Main(int argc, char** argv) {
+  try {
+    return RunInSession(argc, argv);
+  } catch (const std::bad_alloc&) {
+    static constexpr char kText[] = "posutil: out of memory\n";
+    static_cast<void>(!::write(STDERR_FILENO, kText, sizeof kText - 1));
+    return kExitFailure;
+  }
 }
 
 }  // namespace
