@@ -2,7 +2,7 @@
 
 #include "base/Failure.h"
 #include "kap/KAPContainer.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
 #include "pos/POSInterfaces.h"
 
 namespace PosUtil {

@@ -6,7 +6,6 @@
 
 #include "base/Failure.h"
 #include "base/Printable.h"
-#include "kap/KAPBinder.h"
 
 namespace PosUtil {
 
@@ -41,16 +40,8 @@ std::string ReportText(const std::string& about, const std::string& report) {
          "the library reports: " + Printable(report);
 }
 
-Library::Binding::Binding(KAPGetProcAddressProc getProcAddress) {
-  if (KAP_T_MT::KAPClientInit(getProcAddress)) return;
-  KAP_T_MT::KAPClientTerminate();
-  throw Failure("cannot bind to the host");
-}
-
-Library::Binding::~Binding() { KAP_T_MT::KAPClientTerminate(); }
-
 Library::Library(const std::string& path)
-    : fComponent(Load(fHost, path)), fBinding(fHost.GetProcAddress()) {}
+    : fComponent(Load(fHost, path)), fClient(fHost.GetProcAddress()) {}
 
 void Library::CheckReports(const std::string& about) {
   std::string text;

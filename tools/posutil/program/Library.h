@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "kap/KAPClient.h"
 #include "kaphost/KAPHost.h"
 
 namespace PosUtil {
@@ -31,17 +32,9 @@ class Library {
   void CheckReports(const std::string& about);
 
  private:
-  // The binding of the client runtime.
-  struct Binding {
-    explicit Binding(KAPGetProcAddressProc getProcAddress);
-    Binding(const Binding&) = delete;
-    Binding& operator=(const Binding&) = delete;
-    ~Binding();
-  };
-
   KAPHost::Host fHost;
   KAPHost::Component fComponent;
-  Binding fBinding;
+  KAP_T_MT::KAPClient fClient;
 };
 
 }  // namespace PosUtil
