@@ -10,11 +10,7 @@ Harness& Harness::Get() {
   return harness;
 }
 
-Harness::Harness() : fLibrary(fHost.Load(KAP_LIBRARY_PATH)), fBinding(fHost) {}
-
-Harness::Binding::Binding(const KAPHost::Host& host) {
-  Expect(KAPClientInit(host.GetProcAddress()), "the program is bound");
-}
+Harness::Harness() : fLibrary(fHost.Load(KAP_LIBRARY_PATH)), fClient(fHost.GetProcAddress()) {}
 
 // Loads the library before the first input, so that libFuzzer knows all of its branches.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {

@@ -8,6 +8,7 @@
 
 #include "POSDict.h"
 #include "POSStreamer.h"
+#include "kap/KAPClient.h"
 #include "kaphost/KAPHost.h"
 
 // The common part of all fuzz targets. A target is a function of the input and a harness:
@@ -42,19 +43,15 @@ class Harness {
   // Infinite numbers are an exception: no reader accepts them.
   void ExpectRoundTrip(const KAP_T_MT::CPOSObject& object);
 
+  KAPHost::Host& Host() { return fHost; }
   const KAP_T_MT::CPOSStreamer& Streamer() const { return fStreamer; }
 
  private:
-  struct Binding {
-    explicit Binding(const KAPHost::Host& host);
-    ~Binding() { KAP_T_MT::KAPClientTerminate(); }
-  };
-
   Harness();
 
   KAPHost::Host fHost;
   KAPHost::Component fLibrary;
-  const Binding fBinding;
+  const KAP_T_MT::KAPClient fClient;
   KAP_T_MT::CPOSStreamer fStreamer;
 };
 

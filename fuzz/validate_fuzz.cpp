@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "Choices.h"
 #include "Harness.h"
 #include "POSValidator.h"
 
@@ -87,18 +88,10 @@ class Maker {
     for (unsigned left = Choose(5); left > 0; --left) series += " " + make() + " ";
     return series;
   }
-  std::string Pick(std::initializer_list<const char*> texts) {
-    return texts.begin()[Choose(static_cast<unsigned>(texts.size()))];
-  }
-  // Past the end of the input every choice is the first one.
-  unsigned Choose(unsigned count) {
-    if (fChoices.empty()) return 0;
-    const auto choice = static_cast<unsigned char>(fChoices.front());
-    fChoices.remove_prefix(1);
-    return choice % count;
-  }
+  std::string Pick(std::initializer_list<const char*> texts) { return fChoices.Of(texts); }
+  unsigned Choose(unsigned count) { return fChoices.Below(count); }
 
-  std::string_view fChoices;
+  Choices fChoices;
 };
 
 Texts gMessages;

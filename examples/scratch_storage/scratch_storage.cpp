@@ -48,8 +48,7 @@ void Work() {
 int main(int argc, char** argv) {
   KAPHost::Host host;
   const KAPHost::Component library = host.Load(argc > 1 ? argv[1] : "libKAPUtils.so");
-  if (!KAPClientInit(host.GetProcAddress())) return 1;
+  const KAPClient client(host.GetProcAddress());
   Work();
-  KAPClientTerminate();
   return 0;
 }
