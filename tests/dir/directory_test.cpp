@@ -6,7 +6,7 @@
 
 #include "DirWorld.h"
 #include "POSValidator.h"
-#include "kaputilsdirimpl/KAPUtilsDirImpl.h"
+#include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
 
 namespace {
 

@@ -94,6 +94,22 @@ Object World::DeepGet(const Object& dict, const char* path) const {
   return Own(Call<POSDictInterface, "DeepGet">(dict.get(), Key(path).get()));
 }
 
+void World::Empty(const Object& container) const {
+  KAPContainer* const handle = container.get();
+  if (Call<POSArrayInterface, "IsPOSArray">(handle)) {
+    while (Call<POSArrayInterface, "Count">(handle) != 0) {
+      Call<POSArrayInterface, "Remove">(handle, 0ul);
+    }
+    return;
+  }
+  for (;;) {
+    const Object iterator = Own(Call<POSDictIteratorInterface, "NewPOSDictIterator">(handle));
+    if (Call<POSDictIteratorInterface, "IsDone">(iterator.get())) return;
+    const std::string key = Call<POSDictIteratorInterface, "CurKey">(iterator.get());
+    Remove(container, key.c_str());
+  }
+}
+
 bool World::IsEqual(const Object& a, const Object& b) const {
   return Call<POSObjectInterface, "IsEqual">(a.get(), b.get());
 }

@@ -41,6 +41,7 @@ class World : public TestHost {
   void Remove(const Object& dict, const char* key) const;
   Object Get(const Object& dict, const char* key) const;
   Object DeepGet(const Object& dict, const char* path) const;
+  void Empty(const Object& container) const;  // takes everything out of an array or a dictionary
   bool IsEqual(const Object& a, const Object& b) const;
 
   // What an object holds, all the way down: 1.5, "s", u(0041), type(010203), *, [1 ~ "s"], <a 1>.

@@ -26,13 +26,8 @@
 //    new reference for the caller; "Clone" of a scalar is the one exception.
 // 4. A null handle, atom or text, and a handle of another kind, is a failure wherever the contract
 //    does not allow it.
-// 5. Each contract ends with the threads that may call:
-//    [any thread]      no restriction
-//    [shared read]     any thread, together with other reads of the same object, but not while
-//                      something changes it
-//    [exclusive]       any thread, while nothing else uses the same object
-//    [binding thread]  the host's controlling thread only
-//    Objects have no lock. Reference counts may change on any thread at any time.
+// 5. Each contract ends with a thread tag, see kap/KAPInterface.h. Objects have no lock. Reference
+//    counts may change on any thread at any time.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 

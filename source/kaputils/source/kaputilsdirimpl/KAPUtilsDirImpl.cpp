@@ -9,6 +9,7 @@
 #include "kapimpl/KAPUtilsAtoms.h"
 #include "kapimpl/Required.h"
 #include "kaputilsdirimpl/TempFileStream.h"
+#include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
 
 namespace NKAPUtilsDirImpl {
 
@@ -87,11 +88,9 @@ KAPError* KAPUtilsDirCreateUniqueFilename(KAPStringAtom** out, KAPUtilsDir* dire
 }
 
 KAPError* KAPUtilsNewTempFileStream(KAPPositionableStream** out, const char* prefix,
-                                    const char* second, const char* mode) noexcept {
+                                    const char* /*second*/, const char* mode) noexcept {
   return KAPReturningResult(out, [=] {
-    return TempFileStream::New(CKAPStringAtom(Required(prefix)),
-                               second ? CKAPStringAtom(second) : CKAPStringAtom(),
-                               CKAPStringAtom(Required(mode)));
+    return TempFileStream::New(CKAPStringAtom(Required(prefix)), CKAPStringAtom(Required(mode)));
   });
 }
 

@@ -1,12 +1,18 @@
 #include "posimpl/base/HoldingObject.h"
 
+#include <algorithm>
+
+#include "posimpl/base/NestingGuard.h"
+
 namespace NPOSObjectImpl {
 
-// The rounds of releases that are under way on this thread.
+// The rounds of releases that are nested in each other on this thread.
 class HoldingObject::Releases {
  public:
+  static Releases& OnThisThread() noexcept;
+
   void Delete(HoldingObject* object) noexcept {
-    if (fDepth == kDepthLimit) {
+    if (fDepth == fDepthLimit) {
       object->fNextToDelete = fToDelete;
       fToDelete = object;
       return;
@@ -17,8 +23,32 @@ class HoldingObject::Releases {
     --fDepth;
   }
 
+  // Runs `body` with rounds of its own, as many as the stack carries. While it carries none, all
+  // objects are filed.
+  template <class Body>
+  void Apart(Body body) noexcept {
+    const NestingLevel level;
+    if (level.Fits()) {
+      const Releases outside = std::exchange(*this, Releases(RoundsThatFit()));
+      body();
+      *this = outside;  // nothing is filed any more: the outermost round of `body` has ended
+    } else {
+      const int depth = std::exchange(fDepth, fDepthLimit);
+      body();
+      fDepth = depth;
+    }
+  }
+
  private:
-  static constexpr int kDepthLimit = 32;  // so that ordinary objects go in their natural order
+  static constexpr int kMaxDepth = 32;  // so that ordinary objects go in their natural order
+  static constexpr unsigned long kStackOfRound = 2048;  // four times what an optimised build takes
+
+  explicit constexpr Releases(int depthLimit = kMaxDepth) noexcept : fDepthLimit(depthLimit) {}
+
+  static int RoundsThatFit() noexcept {
+    const unsigned long rounds = NestingLevel::HowManyFit(kStackOfRound);
+    return static_cast<int>(std::clamp<unsigned long>(rounds, 1, kMaxDepth));
+  }
 
   void DeleteFiled() noexcept {
     while (HoldingObject* object = fToDelete) {
@@ -27,20 +57,31 @@ class HoldingObject::Releases {
     }
   }
 
+  int fDepthLimit;
   int fDepth = 0;
   HoldingObject* fToDelete = nullptr;
 };
 
-// In the memory that a thread begins with: the ordinary model allocates at a thread's first use.
-void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
+// In the memory that a thread begins with: the ordinary model allocates at a thread's first use, and
+// a release must need no memory.
+HoldingObject::Releases& HoldingObject::Releases::OnThisThread() noexcept {
   [[gnu::tls_model("initial-exec")]] static thread_local constinit Releases onThisThread;
-  onThisThread.Delete(object);
+  return onThisThread;
+}
+
+void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
+  Releases::OnThisThread().Delete(object);
+}
+
+void HoldingObject::CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* pointer) noexcept {
+  Releases::OnThisThread().Apart([=] { release(pointer); });
 }
 
 CPOSObject HoldingObject::CloneOf(const CPOSObject& held) {
-  const BaseObject* own = OwnInstance(held.Handle());
-  const bool isItsOwnClone = own ? KAP_T_MT::POSIsScalar(own->GetType()) : held.IsNull();
-  return isItsOwnClone ? held : held.Clone();
+  BaseObject* own = OwnInstance(held.Handle());
+  if (!own) return held.IsNull() ? held : held.Clone();
+  if (KAP_T_MT::POSIsScalar(own->GetType())) return held;
+  return CPOSObject(Contain(std::unique_ptr<BaseObject>(own->Clone())), KAP_T_MT::KAPAdopt());
 }
 
 bool HoldingObject::AreEqual(const CPOSObject& a, const CPOSObject& b) {

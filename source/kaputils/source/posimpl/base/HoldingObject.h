@@ -8,9 +8,14 @@ namespace NPOSObjectImpl {
 // deep.
 //
 // Releasing one runs from the host to the library, which releases what the object holds, to the
-// host, and so on, one round for each level. To keep the stack bounded, a round that stands too
+// host, and so on, one round for each level. To keep the stack bounded, a round that is nested too
 // deep in others only files its object in a list, which the outermost round works off before it
 // returns. The list runs through the objects: releasing needs no memory.
+//
+// A release procedure of another component may release objects too, and relies on their being gone
+// when "Release" returns. So its rounds do not count with those around it: they have an outermost
+// round and a list of their own. Nested release procedures therefore take stack; only where that
+// ends are their objects filed for a round outside of them.
 class HoldingObject : public BaseObject {
  protected:
   HoldingObject() noexcept = default;
@@ -20,9 +25,12 @@ class HoldingObject : public BaseObject {
     DeleteOrFile(static_cast<HoldingObject*>(static_cast<BaseObject*>(instance)));
   }
 
-  // The clone of what is held, and whether two things held are equal: by the object's own
-  // procedures, which are not needed where an object of ours answers without nesting. Nothing is its
-  // own clone and equals only nothing.
+  // Calls the release procedure of a raw pointer.
+  static void CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* pointer) noexcept;
+
+  // The clone of what is held, and whether two things held are equal. Null clones to null and equals
+  // only null. An object of ours is asked directly, so that a failure at the bottom of a thousand
+  // levels is thrown through them and reported once; any other one through its own procedures.
   static CPOSObject CloneOf(const CPOSObject& held);
   static bool AreEqual(const CPOSObject& a, const CPOSObject& b);
 

@@ -2,16 +2,39 @@
 
 namespace NPOSObjectImpl {
 
-// One level of a recursion over nested objects, on this thread. Raises POSException "property
-// object is nested too deep" when the stack that is left would not carry another level; where the
-// ends of the stack cannot be known, a modest number of levels is the limit. Also counts levels
-// that other recursions on the same thread have entered.
+// One level of a recursion over nested objects, on this thread. All recursions of a thread count
+// together, since they share its stack.
+class NestingLevel {
+ public:
+  NestingLevel() noexcept;
+  ~NestingLevel();
+  NestingLevel(const NestingLevel&) = delete;
+  NestingLevel& operator=(const NestingLevel&) = delete;
+
+  // Whether the stack that is left carries the level. Where the ends of the stack cannot be known, a
+  // modest number of levels is the limit.
+  bool Fits() const noexcept { return fFits; }
+
+  // How many levels still fit if each takes so many bytes of stack; 0 where the ends of the stack
+  // cannot be known. For a thread that has entered a level.
+  static unsigned long HowManyFit(unsigned long bytesPerLevel) noexcept;
+
+ private:
+  const bool fFits;
+};
+
+// The same. POSException "property object is nested too deep" when the level does not fit.
 class NestingGuard {
  public:
-  NestingGuard();
-  ~NestingGuard();
-  NestingGuard(const NestingGuard&) = delete;
-  NestingGuard& operator=(const NestingGuard&) = delete;
+  NestingGuard() {
+    if (!fLevel.Fits()) [[unlikely]]
+      ThrowTooDeep();
+  }
+
+  [[noreturn]] static void ThrowTooDeep();
+
+ private:
+  const NestingLevel fLevel;
 };
 
 }  // namespace NPOSObjectImpl

@@ -125,6 +125,16 @@ class redblack_tree {
   static Entry* Next(Entry* entry) noexcept { return Typed(redblack_root::Next(entry)); }
   static const Entry* Next(const Entry* entry) noexcept { return Next(const_cast<Entry*>(entry)); }
 
+  // The first entry after the key, which need not be there; for a walk whose entry has left the
+  // tree. Null when there is none.
+  template <class Key>
+  const Entry* FirstAfter(const Key& key) const noexcept {
+    const Position position = Search(key);
+    if (position.found) return Next(position.found);
+    const Entry* parent = Typed(position.place.parent);
+    return parent && position.place.side != 0 ? Next(parent) : parent;
+  }
+
   // With InsertAt: find or insert in one descent.
   template <class Key>
   Position FindPosition(const Key& key) noexcept {

@@ -5,18 +5,18 @@
 
 namespace NPOSObjectImpl {
 
-// A pointer that the library does not look behind, and what gives it back. As a reference to
-// another object it holds that, so chains of them may be long.
+// A pointer that the library does not follow, and the procedure that releases it. An object
+// reference holds another object in this way, so chains of them may be long.
 class RawPointer final : public TScalar<RawPointer, HoldingObject> {
  public:
   static constexpr POSType kType = KAP_T_MT::kPOSRawPointer;
   static constexpr const char* kNotInstance = "instance was not an POSRawPointer";
 
   ~RawPointer() override {
-    if (fOwned && fRelease) fRelease(fPointer);
+    if (fOwned && fRelease) CallReleaseProc(fRelease, fPointer);
   }
 
-  // Until the container stands, the pointer is the caller's and nothing is released.
+  // Until there is a container, the pointer is the caller's, and nothing is released.
   static POSObject* NewContainer(void* pointer, KAP_T_MT::POSReleaseProc release) {
     std::unique_ptr<RawPointer> object(new RawPointer(pointer, release));
     RawPointer& made = *object;

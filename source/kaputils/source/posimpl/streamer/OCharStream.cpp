@@ -10,11 +10,19 @@ OCharStream::~OCharStream() noexcept(false) {
   });
 }
 
-// The bytes leave the buffer once the stream has taken them: those that it refused are offered
-// again at the end.
+// The bytes leave the buffer once the stream has taken them: after a failure they are written again
+// at the end. What is outside of something kept is kept already.
 void OCharStream::Flush() {
+  for (InUse* use = fInUse; use && !use->fIsKept; use = use->fOuter) use->Keep();
   fStream.Write(reinterpret_cast<const unsigned char*>(fBytes), fUsed);
   fUsed = 0;
+}
+
+void InUse::Keep() {
+  fKeptObject = *fObject;
+  fObject = &fKeptObject;
+  if (fKey) fKey = &fKeptKey.emplace(*fKey);
+  fIsKept = true;
 }
 
 void OCharStream::PutText(const char* text) {

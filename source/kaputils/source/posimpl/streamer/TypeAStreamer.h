@@ -20,7 +20,7 @@ class TypeAStreamer : public StreamerBase {
   KAP_T_MT::CPOSObject DeserializeObject(ICharStream& in) final;
 
  protected:
-  explicit TypeAStreamer(int level) noexcept : fLevel(level) {}
+  explicit TypeAStreamer(int level) noexcept : fFirstLevel(level), fLevel(level) {}
 
  private:
   // ---- Writing: the content of each kind ----
@@ -34,6 +34,7 @@ class TypeAStreamer : public StreamerBase {
   void WriteValue(OCharStream& out, const StreamParams& params, Content content);
   void WriteStringValue(OCharStream& out, const char* text);
   void NewLine(OCharStream& out) const;
+  void CheckDepth(const NPOSObjectImpl::BaseObject& object);
 
   // ---- Reading: the content of each kind, the close character included ----
   KAP_T_MT::CPOSObject ReadValue(ICharStream& in, char open);
@@ -49,7 +50,9 @@ class TypeAStreamer : public StreamerBase {
 
   GrowingBuffer<char> fText;  // of the string that is being read
   GrowingBuffer<unsigned short> fUnits;
-  std::int32_t fLevel;  // of indentation
+  const std::int32_t fFirstLevel;
+  std::int32_t fLevel;             // of indentation
+  std::uintptr_t fFirstFrame = 0;  // where the stack was at the first level
 };
 
 }  // namespace NPOSStreamerImpl::NTypeAImpl

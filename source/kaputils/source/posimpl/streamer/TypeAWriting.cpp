@@ -23,6 +23,8 @@ using NPOSObjectImpl::Array;
 using NPOSObjectImpl::BaseObject;
 using NPOSObjectImpl::BinData;
 using NPOSObjectImpl::Dict;
+using NPOSObjectImpl::DictEntry;
+using NPOSObjectImpl::DictTree;
 using NPOSObjectImpl::kLowerHexDigits;
 using NPOSObjectImpl::kUpperHexDigits;
 using NPOSObjectImpl::Number;
@@ -32,6 +34,25 @@ using NPOSObjectImpl::UnicodeString;
 namespace {
 
 constexpr std::size_t kBytesPerLine = 40;
+
+// The levels that are written before the depth of the rest is checked. Their indentation is little.
+constexpr std::int32_t kLevelsUnchecked = 64;
+
+// Throws what NestingGuard throws when the object has more levels.
+void ExpectNoMoreLevels(const BaseObject& object, unsigned long levels) {
+  if (levels == 0) NPOSObjectImpl::NestingGuard::ThrowTooDeep();
+  const NPOSObjectImpl::NestingGuard guard;
+  const auto expectInside = [=](const CPOSObject& held) {
+    const BaseObject* inner = BaseObject::OwnInstance(held.Handle());
+    if (inner && !KAP_T_MT::POSIsScalar(inner->GetType())) ExpectNoMoreLevels(*inner, levels - 1);
+  };
+  if (const Array* array = Array::As(&object)) {
+    for (const CPOSObject& element : array->Elements()) expectInside(element);
+  } else if (const Dict* dict = Dict::As(&object)) {
+    const DictEntry* entry = dict->Entries().First();
+    for (; entry; entry = DictTree::Next(entry)) expectInside(entry->Value());
+  }
+}
 
 // One level of indentation more.
 class Indented {
@@ -66,9 +87,13 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
   const BaseObject* instance = BaseObject::GetInstanceNoThrow(object.Handle());
   if (!instance) throw POSException(kCannotBeWritten);
   const StreamParams& params = GetWritingParams(instance->GetType());
+  if (params.kType == KAP_T_MT::kPOSNumber) {
+    return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
+  }
+  const InUse inUse(out, object, nullptr);
   switch (params.kType) {
-    case KAP_T_MT::kPOSNumber:
-      return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
+    case KAP_T_MT::kPOSNumber:  // written above: nothing of it is needed while the stream writes
+      break;
     case KAP_T_MT::kPOSString:
       return WriteStringValue(out, static_cast<const NPOSObjectImpl::String*>(instance)->Get());
     case KAP_T_MT::kPOSUnicodeString:
@@ -83,12 +108,27 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
         WriteRawPointer(out, static_cast<const RawPointer*>(instance)->GetRawPointer());
       });
     case KAP_T_MT::kPOSArray:
+      CheckDepth(*instance);
       return WriteValue(out, params,
                         [&] { WriteArray(out, *static_cast<const Array*>(instance)); });
     case KAP_T_MT::kPOSDict:
+      CheckDepth(*instance);
       return WriteValue(out, params, [&] { WriteDict(out, *static_cast<const Dict*>(instance)); });
   }
   throw POSException(kCannotBeWritten);
+}
+
+// An array that contains itself would fill half a gigabyte with indentation before the stack ends.
+// So what is nested deeper than usual is looked through before anything of it is written. The levels
+// written so far tell how much stack a level takes, and what depth is thus out of reach; a quarter
+// is added because the levels to come may take less.
+void TypeAStreamer::CheckDepth(const BaseObject& object) {
+  const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  if (fLevel == fFirstLevel) fFirstFrame = here;
+  if (fLevel != fFirstLevel + kLevelsUnchecked) return;
+  const unsigned long fit =
+      NPOSObjectImpl::NestingLevel::HowManyFit((fFirstFrame - here) / kLevelsUnchecked);
+  ExpectNoMoreLevels(object, fit + fit / 4);
 }
 
 // Few tabs, the ordinary case, come with the line feed in one copy.
@@ -153,6 +193,7 @@ void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
   out.PutRaw(std::string_view(text, end));
 }
 
+// The stream may change the array while it writes: each element is taken as it is then.
 void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
   const NPOSObjectImpl::NestingGuard guard;
   {
@@ -160,6 +201,7 @@ void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
     for (std::size_t i = 0; i < array.Count(); ++i) {
       NPOSObjectImpl::FetchAhead(array.Elements(), i);
       NewLine(out);
+      if (i >= array.Count()) break;
       const CPOSObject& element = array.Elements()[i];
       if (element.IsNull()) throw POSException("CPOSArray::GetAt subscript failed");
       SerializeObject(out, element);
@@ -168,16 +210,19 @@ void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
   NewLine(out);
 }
 
+// Where the stream has written during an entry, the entry may be gone: the next one is found by its
+// key.
 void TypeAStreamer::WriteDict(OCharStream& out, const Dict& dict) {
   const NPOSObjectImpl::NestingGuard guard;
   {
     const Indented indented(fLevel);
-    for (const auto* entry = dict.Entries().First(); entry;
-         entry = NPOSObjectImpl::DictTree::Next(entry)) {
+    for (const DictEntry* entry = dict.Entries().First(); entry;) {
+      const InUse inUse(out, entry->Value(), &entry->GetKey());
       NewLine(out);
-      WriteStringValue(out, entry->GetKey().Text());
+      WriteStringValue(out, inUse.Key().Text());
       out.PutRaw(' ');
-      SerializeObject(out, entry->Value());
+      SerializeObject(out, inUse.Object());
+      entry = inUse.IsKept() ? dict.Entries().FirstAfter(inUse.Key()) : DictTree::Next(entry);
     }
   }
   NewLine(out);

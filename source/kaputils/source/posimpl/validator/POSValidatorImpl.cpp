@@ -9,6 +9,7 @@
 
 namespace NPOSValidatorImpl {
 
+using KAP_T_MT::CKAPContainerHolder;
 using KAP_T_MT::CKAPStringAtom;
 using KAP_T_MT::KAPReportingError;
 using KAP_T_MT::POSStructValidatorInterface;
@@ -20,7 +21,8 @@ namespace {
 bool POSValidatorValidateProc(POSValidator* validator, POSObject* object, KAPStringAtom* typeName,
                               POSMessageProc message) noexcept {
   return KAPReportingError([=] {
-    const BaseValidator& instance = StructValidator::GetInstance(validator);
+    const StructValidator& instance = StructValidator::GetInstance(validator);
+    const CKAPContainerHolder kept(instance.Keeps() ? validator : nullptr, false);
     return instance.Validate(BaseObject::Reference(object), TextOf(typeName), message);
   });
 }
@@ -35,7 +37,8 @@ void POSStructValidatorRegisterCallbackProc(POSValidator* validator, KAPStringAt
                                             void* clientData) noexcept {
   KAPReportingError([=] {
     StructValidator::GetInstance(validator).RegisterExtraValidation(
-        CKAPStringAtom(Required(typeName), false), callback, clientData);
+        CKAPStringAtom(Required(typeName), false), callback, clientData,
+        StructValidator::Callback::kMayChange);
   });
 }
 

@@ -72,8 +72,24 @@ inline const CPOSObject& ElementAt(const Array& array, std::uint32_t index) {
   return *element;
 }
 
-inline AtomText TextAt(const Array& array, std::uint32_t index) {
-  return Downcast<String>(ElementAt(array, index).Handle()).Get();
-}
+// An object of a schema that a check goes on using while callbacks run, which may take it out of
+// the schema. Holds a reference if it `keeps`; where no callback can run, that would be waste.
+template <class Kind>
+class Kept {
+ public:
+  Kept() noexcept = default;
+  // POSException for an object of another kind.
+  Kept(const CPOSObject& object, bool keeps)
+      : fInstance(&Downcast<Kind>(object.Handle())), fReference(keeps ? object : CPOSObject()) {}
+
+  const Kind* Get() const noexcept { return fInstance; }
+  const Kind* operator->() const noexcept { return fInstance; }
+  const Kind& operator*() const noexcept { return *fInstance; }
+  explicit operator bool() const noexcept { return fInstance != nullptr; }
+
+ private:
+  const Kind* fInstance = nullptr;
+  CPOSObject fReference;
+};
 
 }  // namespace NPOSValidatorImpl

@@ -56,7 +56,7 @@ ErrorCount CheckOneOf(const TypeCheck& check, AtomText text, const char* message
   const auto* entries = check.fDefinition.Get<Array>(&Keywords::OneOf);
   if (!entries) return 0;
   for (std::uint32_t i = 0; i < entries->Count(); ++i) {
-    if (TextAt(*entries, i) == text) return 0;
+    if (Downcast<String>(ElementAt(*entries, i).Handle()).Get() == text) return 0;
   }
   return check.Fail(message);
 }

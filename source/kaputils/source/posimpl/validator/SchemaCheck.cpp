@@ -72,7 +72,8 @@ CPOSObject ReadMetaSchema() {
 bool ValidateSchema(const CPOSObject& schema, POSMessageProc message) {
   StructValidator checker(ReadMetaSchema());
   KnownTypes known = {checker, Dict::GetInstance(schema.Handle())};
-  checker.RegisterExtraValidation(CKAPStringAtom("TypeName"), &DictEntryDefinedCallback, &known);
+  checker.RegisterExtraValidation(CKAPStringAtom("TypeName"), &DictEntryDefinedCallback, &known,
+                                  StructValidator::Callback::kOnlyReads);
   return checker.Validate(schema, CKAPStringAtom("StructSchema").Text(), message);
 }
 

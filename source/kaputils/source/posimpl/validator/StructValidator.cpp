@@ -38,7 +38,8 @@ StructValidator& StructValidator::GetInstance(POSValidator* handle) {
 
 void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
                                               KAP_T_MT::POSExtraValidationProc callback,
-                                              void* clientData) {
+                                              void* clientData, Callback effect) {
+  if (effect == Callback::kMayChange) fKeeps = true;
   fExtraValidations.Insert(std::make_unique<ProcEntry>(typeName, callback, clientData));
 }
 
@@ -83,7 +84,8 @@ ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
   const CPOSObject* word = attributes->Find(fWords.Category);
   const String* category = word ? String::GetInstanceNoThrow(word->Handle()) : nullptr;
   if (!category) throw MalformedDefinition(typeName);
-  const Definition definition(*attributes, fWords);
+  const CPOSObject kept = fKeeps ? *member : CPOSObject();
+  const Definition definition(*attributes, fWords, fKeeps);
   return Category::Get(category->Get(), fWords)
       .fCheck({*this, definition, category->Get(), object, errors});
 }

@@ -39,9 +39,17 @@ class StructValidator final : public BaseValidator, private TypeChecker {
   // POSException for any other handle.
   static StructValidator& GetInstance(POSValidator* handle);
 
+  // What a callback may do. One that only reads costs a check nothing; one that may change the
+  // document or the schema makes each step keep references to what it works on.
+  enum class Callback { kOnlyReads, kMayChange };
+
   // Replaces the extra validation that the type had. A null callback is none.
   void RegisterExtraValidation(const KAP_T_MT::CKAPStringAtom& typeName,
-                               KAP_T_MT::POSExtraValidationProc callback, void* clientData);
+                               KAP_T_MT::POSExtraValidationProc callback, void* clientData,
+                               Callback effect);
+
+  // Whether a callback may change something during a check.
+  bool Keeps() const noexcept { return fKeeps; }
 
   bool Validate(const CPOSObject& object, AtomText typeName, POSMessageProc message) const override;
 
@@ -62,6 +70,7 @@ class StructValidator final : public BaseValidator, private TypeChecker {
   const CPOSObject fSchemaReference;
   const Dict& fSchema;
   const Keywords fWords;
+  bool fKeeps = false;
 };
 
 }  // namespace NPOSValidatorImpl

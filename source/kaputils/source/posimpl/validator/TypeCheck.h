@@ -40,10 +40,17 @@ struct TypeCheck {
            IntrinsicCheck::kValid;
   }
 
+  // The name of a type in a list of names; POSException for an element that is not a string.
+  Kept<String> TypeAt(const Array& types, std::uint32_t index) const {
+    return Kept<String>(ElementAt(types, index), fDefinition.Keeps());
+  }
+
   // The errors of a part of the object, or of the object as another type. Their messages are put
-  // in the context that `makeContext` makes.
+  // in the context that `makeContext` makes. The part stays alive for the call; the name of the type
+  // must.
   template <class MakeContext>
   ErrorCount CheckPart(const Subject& part, AtomText typeName, MakeContext makeContext) const {
+    const CPOSObject kept = fDefinition.Keeps() ? part.Keep() : CPOSObject();
     ErrorList errors = ErrorList::ForPartOf(fErrors);
     const ErrorCount count = fChecker.GetObjectErrors(typeName, part, errors);
     if (!errors.IsEmpty()) {
