@@ -31,9 +31,9 @@ class HoldingObject::Releases {
   HoldingObject* fToDelete = nullptr;
 };
 
-// In the memory that a thread begins with: the ordinary model allocates at a thread's first use.
-void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
-  [[gnu::tls_model("initial-exec")]] static thread_local constinit Releases onThisThread;
+// Not inline: see build/kaputils/CMakeLists.txt on thread-local variables.
+[[gnu::noinline]] void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
+  static thread_local constinit Releases onThisThread;
   onThisThread.Delete(object);
 }
 

@@ -28,8 +28,7 @@ struct ThreadStack {
   unsigned int fLevels;
 };
 
-// In the memory that a thread begins with: the ordinary model allocates at a thread's first use.
-[[gnu::tls_model("initial-exec")]] thread_local constinit ThreadStack gStack = {};
+thread_local constinit ThreadStack gStack = {};
 
 void AskForStack(ThreadStack& stack) noexcept {
   stack.fAsked = true;
@@ -56,14 +55,13 @@ bool CarriesAnotherLevel(ThreadStack& stack) noexcept {
 
 }  // namespace
 
-NestingGuard::NestingGuard() {
+// Not inline: see build/kaputils/CMakeLists.txt on thread-local variables.
+[[gnu::noinline]] unsigned int& NestingGuard::Enter() {
   ThreadStack& stack = gStack;
   ++stack.fLevels;
-  if (CarriesAnotherLevel(stack)) return;
+  if (CarriesAnotherLevel(stack)) return stack.fLevels;
   --stack.fLevels;
   throw KAP_T_MT::POSException("property object is nested too deep");
 }
-
-NestingGuard::~NestingGuard() { --gStack.fLevels; }
 
 }  // namespace NPOSObjectImpl

@@ -8,10 +8,15 @@ namespace NPOSObjectImpl {
 // that other recursions on the same thread have entered.
 class NestingGuard {
  public:
-  NestingGuard();
-  ~NestingGuard();
+  NestingGuard() : fLevels(Enter()) {}
+  ~NestingGuard() { --fLevels; }
   NestingGuard(const NestingGuard&) = delete;
   NestingGuard& operator=(const NestingGuard&) = delete;
+
+ private:
+  static unsigned int& Enter();
+
+  unsigned int& fLevels;  // this thread's
 };
 
 }  // namespace NPOSObjectImpl
