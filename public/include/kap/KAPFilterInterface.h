@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstddef>
+
 #include "kap/KAPInterface.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// What a component hands over together with a sink or filter object of its own, `client`. Each
-// gives null or a new error reference.
+// What a component hands over with a sink or filter object of its own, `client`. Each returns null
+// or a new error reference.
 using KAPSinkWriteProc = KAPError* (*)(void* client, const unsigned char* data, std::size_t count);
 using KAPSinkDeleteProc = KAPError* (*)(void* client);
 using KAPFilterCloseProc = KAPError* (*)(void* client);
@@ -13,48 +15,79 @@ using KAPFilterGetVellumcodeFilterProc = KAPError* (*)(KAPFilter** out, void* cl
 using KAPImageParmsProc = KAPError* (*)(void* client, int width, int height, int channels);
 using KAPCompressionParmsProc = KAPError* (*)(void* client, float quality);
 
-// Sinks take bytes; a filter is a sink that hands what it makes of them to its target. The coder of
-// the JPEG filter is the client's: the host forwards its parameters. Where making one fails, the
-// client object stays the caller's. See KAPHostInterfaces.h for the conventions.
+// Sinks take bytes. A filter is a sink that transforms its bytes and writes the result to its
+// target; a filter handle may stand wherever a sink is asked for. A call on a sink that is not a
+// filter of the kind required is an error. See KAPHostInterfaces.h for the conventions.
+//
+// The `New...` procedures of client objects take `client` over on success: the last release hands
+// it to `deleteClient`. On an error it stays the caller's.
 struct KAPFilterInterface
     : TKAPInterface<
           "KAPFilterInterface",
+          // A sink that discards its bytes: one reference. [any thread]
           TKAPMethod<"NewNullDataSink", "KAPFilterNewNullDataSinkV2Proc",
-                     KAPError*(KAPDataSink** out)>,
+                     KAPError*(KAPDataSink** out), KAPMakes(KAPResource::kSink, KAPFault::kSink)>,
+          // A sink that forwards to `client`: one reference. [any thread]
           TKAPMethod<"NewClientDataSink", "KAPFilterNewClientDataSinkV2Proc",
                      KAPError*(KAPDataSink** out, void* client, KAPSinkWriteProc write,
-                               KAPSinkDeleteProc deleteClient)>,
+                               KAPSinkDeleteProc deleteClient),
+                     KAPMakes(KAPResource::kSink, KAPFault::kSink)>,
+          // A filter that passes its bytes on to `target` as they are: one reference. It holds a
+          // reference to the target. [any thread]
           TKAPMethod<"NewIdentityFilter", "KAPFilterNewIdentityFilterV2Proc",
-                     KAPError*(KAPFilter** out, KAPDataSink* target)>,
+                     KAPError*(KAPFilter** out, KAPDataSink* target),
+                     KAPMakes(KAPResource::kSink, KAPFault::kSink)>,
+          // A filter that forwards to `client`, which writes to the target itself: one reference.
+          // The filter holds a reference to the target. [any thread]
           TKAPMethod<"NewClientFilter", "KAPFilterNewClientFilterV2Proc",
                      KAPError*(KAPFilter** out, KAPDataSink* target, void* client,
                                KAPSinkWriteProc write, KAPSinkDeleteProc deleteClient,
                                KAPFilterCloseProc close,
-                               KAPFilterGetVellumcodeFilterProc getVellumcodeFilter)>,
+                               KAPFilterGetVellumcodeFilterProc getVellumcodeFilter),
+                     KAPMakes(KAPResource::kSink, KAPFault::kSink)>,
+          // The same for a JPEG coder, which is the client's: the host only forwards its
+          // parameters. One reference. [any thread]
           TKAPMethod<"NewFilterJPEG", "KAPFilterNewFilterJPEGV2Proc",
                      KAPError*(
                          KAPFilter** out, KAPDataSink* target, void* client, KAPSinkWriteProc write,
                          KAPSinkDeleteProc deleteClient, KAPFilterCloseProc close,
                          KAPFilterGetVellumcodeFilterProc getVellumcodeFilter,
-                         KAPImageParmsProc imageParms, KAPCompressionParmsProc compressionParms)>,
+                         KAPImageParmsProc imageParms, KAPCompressionParmsProc compressionParms),
+                     KAPMakes(KAPResource::kSink, KAPFault::kSink)>,
+          // Adds one reference; null is ignored. [any thread]
           TKAPMethod<"AddRef", "KAPFilterAddRefV2Proc", void(KAPDataSink* sink)>,
-          TKAPMethod<"Release", "KAPFilterReleaseProc", void(KAPDataSink* sink)>,
+          // Releases one reference; null is ignored. [any thread]
+          TKAPMethod<"Release", "KAPFilterReleaseProc", void(KAPDataSink* sink), kKAPReleases>,
+          // Writes all `count` bytes, or returns an error. A closed filter refuses. [exclusive]
           TKAPMethod<"Write", "KAPFilterWriteV2Proc",
                      KAPError*(KAPDataSink* sink, const unsigned char* data, std::size_t count)>,
+          // Whether the sink is a filter; false for null. [any thread]
           TKAPMethod<"IsFilter", "KAPFilterIsFilterProc", bool(KAPDataSink* sink)>,
+          // Ends the filter's output; a closed filter stays closed. After an error it is open.
+          // [exclusive]
           TKAPMethod<"Close", "KAPFilterCloseProc", KAPError*(KAPFilter* filter)>,
+          // The filter that turns the output back: one reference, or null and no error when there
+          // is none. [exclusive]
           TKAPMethod<"GetVellumcodeFilter", "KAPFilterGetVellumcodeFilterProc",
                      KAPError*(KAPFilter** out, KAPFilter* filter)>,
+          // Replaces the target; the filter holds a reference to the new one. An error when the
+          // filter would lead to itself. [exclusive]
           TKAPMethod<"SetDataSink", "KAPFilterSetDataSinkV2Proc",
                      KAPError*(KAPFilter* filter, KAPDataSink* target)>,
-          TKAPMethod<"PeekTarget", "KAPFilterPeekTargetProc",
-                     KAPDataSink*(KAPFilter* filter)>,  // borrowed
+          // The target, borrowed; null for a sink that is not a filter. [shared read]
+          TKAPMethod<"PeekTarget", "KAPFilterPeekTargetProc", KAPDataSink*(KAPFilter* filter)>,
+          // Forwards the image's size in pixels and its number of channels to a JPEG coder.
+          // [exclusive]
           TKAPMethod<"SetImageParameters", "KAPFilterJPEGSetImageParametersProc",
                      KAPError*(KAPFilter* filter, int width, int height, int channels)>,
+          // Forwards the quality to a JPEG coder, which defines its range. [exclusive]
           TKAPMethod<"SetCompressionParameters", "KAPFilterJPEGSetCompressionParametersProc",
                      KAPError*(KAPFilter* filter, float quality)>,
+          // How many filters of the chain are closed: of this one and of those that follow it as
+          // targets. [shared read]
           TKAPMethod<"GetChainState", "KAPFilterGetChainStateV2Proc",
                      KAPError*(unsigned long* out, KAPFilter* filter)>,
+          // Opens all filters of the chain. [exclusive]
           TKAPMethod<"ResetChainState", "KAPFilterResetChainStateProc",
                      KAPError*(KAPFilter* filter)>> {};
 

@@ -4,24 +4,38 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// What a component hands over together with a progress object of its own, `client`. Each gives null
-// or a new error reference.
+// What a component hands over with a progress object of its own, `client`. Each returns null or a
+// new error reference.
 using KAPProgressUpdateProc = KAPError* (*)(void* client, float fraction, const char* text,
                                             int flag);
 using KAPProgressDeleteProc = KAPError* (*)(void* client);
 
-// See KAPHostInterfaces.h for the conventions.
+// Receivers of progress: one side reports how far its work is, the other shows it. See
+// KAPHostInterfaces.h for the conventions.
 struct KAPProgressInterface
-    : TKAPInterface<"KAPProgressInterface",
-                    TKAPMethod<"NewNullProgress", "KAPProgressNewNullProgressProc", KAPProgress*()>,
-                    // Null: the client object stays the caller's.
-                    TKAPMethod<"NewClientProgress", "KAPProgressNewClientProgressProc",
-                               KAPProgress*(void* client, KAPProgressUpdateProc update,
-                                            KAPProgressDeleteProc deleteClient)>,
-                    TKAPMethod<"AddRef", "KAPProgressAddRefProc", void(KAPProgress* progress)>,
-                    TKAPMethod<"Release", "KAPProgressReleaseProc", void(KAPProgress* progress)>,
-                    TKAPMethod<"Update", "KAPProgressUpdateProc",
-                               KAPError*(KAPProgress* progress, float fraction, const char* text,
-                                         int flag)>> {};
+    : TKAPInterface<
+          "KAPProgressInterface",
+          // A progress object that ignores what it is told: one reference. Null: out of memory.
+          // [any thread]
+          TKAPMethod<"NewNullProgress", "KAPProgressNewNullProgressProc", KAPProgress*(),
+                     KAPMakes(KAPResource::kProgress, KAPFault::kProgress)>,
+          // A progress object that forwards to `client`: one reference. The last release hands the
+          // client to `deleteClient`. Null: out of memory or an argument is null; the client stays
+          // the caller's. [any thread]
+          TKAPMethod<"NewClientProgress", "KAPProgressNewClientProgressProc",
+                     KAPProgress*(void* client, KAPProgressUpdateProc update,
+                                  KAPProgressDeleteProc deleteClient),
+                     KAPMakes(KAPResource::kProgress, KAPFault::kProgress)>,
+          // Adds one reference; null is ignored. [any thread]
+          TKAPMethod<"AddRef", "KAPProgressAddRefProc", void(KAPProgress* progress)>,
+          // Releases one reference; null is ignored. [any thread]
+          TKAPMethod<"Release", "KAPProgressReleaseProc", void(KAPProgress* progress),
+                     kKAPReleases>,
+          // Passes on that `fraction` (0 to 1) of the work is done, with a text (may be null) and a
+          // flag whose meaning the two sides agree on. An error asks the caller to stop.
+          // [exclusive]
+          TKAPMethod<"Update", "KAPProgressUpdateProc",
+                     KAPError*(KAPProgress* progress, float fraction, const char* text,
+                               int flag)>> {};
 
 }  // namespace KAP_T_MT

@@ -19,7 +19,8 @@ class CKAPSharedBuff {
   // Loads the table if it is stale; CKAPError "Missing Interface" when it cannot be had. Optional:
   // the first use does the same.
   static void Init();
-  // For the runtime when it unbinds itself: a buffer released from now on no longer reaches the host.
+  // For the runtime when it unbinds itself: a buffer released from now on no longer reaches the
+  // host.
   static void Close() noexcept;
 
   // A new buffer, one reference for the caller: over `data`, which `deleteProc` gives back in the

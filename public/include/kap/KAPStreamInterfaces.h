@@ -1,19 +1,26 @@
 #pragma once
 
+#include <cstddef>
+
 #include "kap/KAPInterface.h"
 
-// Streams: how the host makes them, and the methods that each offers. See KAPHostInterfaces.h for
-// the conventions.
+// Streams: the factory that makes them, and the methods that each kind of stream offers. Data
+// stores and data-block streams lend text instead of copying it. See KAPHostInterfaces.h for the
+// conventions.
+//
+// A stream is a container. Its methods are looked up by the container, so a stream may belong to
+// any component. There are three kinds by capability: simple (read, write), rewindable and
+// positionable; each has the methods of the kinds before it. Positions and sizes are in bytes.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Where the offset of a seek counts from.
 enum KAPSeekOrigin : int { kKAPSeekFromStart = 0, kKAPSeekFromPosition = 1, kKAPSeekFromEnd = 2 };
 
-// What a component hands over together with a stream object of its own, `client`. Each gives null
-// or a new error reference; a result place is then 0 or null. Read: 0 bytes mean the end of the
-// input. Write takes all bytes or fails. An error from Delete is reported by the host. Create...: a
-// new client object, for which the host makes a stream with the same procedures.
+// What a component hands over with a stream object of its own, `client`. Each returns null or a new
+// error reference; after an error a result place is 0 or null. Read: 0 bytes mean the end of the
+// input. Write takes all bytes or fails. The host reports an error that Delete returns. Create...:
+// a new client object, for which the host makes a stream with the same procedures.
 using KAPClientReadProc = KAPError* (*)(std::size_t* outCount, void* client, unsigned char* buffer,
                                         std::size_t count);
 using KAPClientWriteProc = KAPError* (*)(void* client, const unsigned char* buffer,
@@ -24,80 +31,119 @@ using KAPClientRewindProc = KAPError* (*)(void* client);
 using KAPClientMarkProc = KAPError* (*)(long* outPosition, void* client);
 using KAPClientSeekProc = KAPError* (*)(void* client, long offset, int origin);
 
+// Makes streams: each procedure returns one reference. The procedures for client streams take
+// `client` over on success: the last release hands it to `deleteClient`. On an error it stays the
+// caller's.
 struct KAPStreamFactoryInterface
     : TKAPInterface<
           "KAPStreamFactoryInterface",
+          // An empty stream in memory, for reading and writing. [any thread]
           TKAPMethod<"NewPositionableMemoryStream", "KAPNewPositionableMemoryStreamProc",
-                     KAPError*(KAPPositionableStream** out)>,
-          // Read-only, over a copy of the bytes.
+                     KAPError*(KAPPositionableStream** out),
+                     KAPMakes(KAPResource::kContainer, KAPFault::kStream)>,
+          // A read-only stream over a copy of the bytes. [any thread]
           TKAPMethod<"NewPositionableBufferStream", "KAPNewPositionableBufferStreamProc",
                      KAPError*(KAPPositionableStream** out, const unsigned char* data,
-                               std::size_t size)>,
-          // The modes are those of fopen.
+                               std::size_t size),
+                     KAPMakes(KAPResource::kContainer, KAPFault::kStream)>,
+          // A stream over the file at `path`, opened with one of fopen's modes. The last release
+          // closes the file. [any thread]
           TKAPMethod<"NewPositionableFileStream", "KAPNewPositionableFileStreamProc",
-                     KAPError*(KAPPositionableStream** out, const char* path, const char* mode)>,
-          // On an error the client object stays the caller's.
+                     KAPError*(KAPPositionableStream** out, const char* path, const char* mode),
+                     KAPMakes(KAPResource::kContainer, KAPFault::kStream)>,
+          // A simple stream that forwards to `client`. [any thread]
           TKAPMethod<"NewClientSimpleStream", "KAPNewClientSimpleStreamProc",
                      KAPError*(KAPSimpleStream** out, void* client, KAPClientReadProc read,
-                               KAPClientWriteProc write, KAPClientDeleteProc deleteClient)>,
+                               KAPClientWriteProc write, KAPClientDeleteProc deleteClient),
+                     KAPMakes(KAPResource::kContainer, KAPFault::kStream)>,
+          // A rewindable stream that forwards to `client`. [any thread]
           TKAPMethod<"NewClientRewindableStream", "KAPNewClientRewindableStreamProc",
                      KAPError*(KAPRewindableStream** out, void* client, KAPClientReadProc read,
                                KAPClientWriteProc write, KAPClientDeleteProc deleteClient,
                                KAPClientCreateStreamProc createIndependentlyRewindableStream,
-                               KAPClientRewindProc rewind)>,
+                               KAPClientRewindProc rewind),
+                     KAPMakes(KAPResource::kContainer, KAPFault::kStream)>,
+          // A positionable stream that forwards to `client`. [any thread]
           TKAPMethod<"NewClientPositionableStream", "KAPNewClientPositionableStreamProc",
                      KAPError*(KAPPositionableStream** out, void* client, KAPClientReadProc read,
                                KAPClientWriteProc write, KAPClientDeleteProc deleteClient,
                                KAPClientCreateStreamProc createIndependentlyRewindableStream,
                                KAPClientRewindProc rewind,
                                KAPClientCreateStreamProc createIndependentlyPositionableStream,
-                               KAPClientMarkProc mark, KAPClientSeekProc seek)>> {};
+                               KAPClientMarkProc mark, KAPClientSeekProc seek),
+                     KAPMakes(KAPResource::kContainer, KAPFault::kStream)>> {};
 
 // ---- The methods of a stream, by what it can do. They are looked up through its container. ----
 
 struct KAPSimpleStreamInterface
     : TKAPInterface<"KAPSimpleStreamInterface",
+                    // Reads up to `count` bytes at the position and moves it. `*outCount`: how
+                    // many; 0 at the end of the input. [exclusive]
                     TKAPMethod<"Read", "KAPSimpleStreamReadProc",
                                KAPError*(std::size_t* outCount, KAPSimpleStream* stream,
-                                         unsigned char* buffer, std::size_t count)>,
+                                         unsigned char* buffer, std::size_t count),
+                               KAPFails(KAPFault::kRead)>,
+                    // Writes all `count` bytes at the position and moves it, or returns an error.
+                    // [exclusive]
                     TKAPMethod<"Write", "KAPSimpleStreamWriteProc",
                                KAPError*(KAPSimpleStream* stream, const unsigned char* buffer,
-                                         std::size_t count)>> {};
+                                         std::size_t count),
+                               KAPFails(KAPFault::kWrite)>> {};
 
 struct KAPRewindableStreamInterface
     : TKAPInterface<"KAPRewindableStreamInterface",
+                    // A stream over the same data with a position of its own: one reference.
+                    // [exclusive]
                     TKAPMethod<"CreateIndependentlyRewindableStream",
                                "KAPRewindableStreamCreateIndependentlyRewindableStreamProc",
-                               KAPError*(KAPRewindableStream** out, KAPRewindableStream* stream)>,
+                               KAPError*(KAPRewindableStream** out, KAPRewindableStream* stream),
+                               KAPFails(KAPFault::kIndependentStream)>,
+                    // Moves the position to the start. [exclusive]
                     TKAPMethod<"Rewind", "KAPRewindableStreamRewindProc",
-                               KAPError*(KAPRewindableStream* stream)>> {};
+                               KAPError*(KAPRewindableStream* stream), KAPFails(KAPFault::kSeek)>> {
+};
 
 struct KAPPositionableStreamInterface
     : TKAPInterface<
           "KAPPositionableStreamInterface",
+          // A stream over the same data with a position of its own: one reference.
+          // [exclusive]
           TKAPMethod<"CreateIndependentlyPositionableStream",
                      "KAPPositionableStreamCreateIndependentlyPositionableStreamProc",
-                     KAPError*(KAPPositionableStream** out, KAPPositionableStream* stream)>,
+                     KAPError*(KAPPositionableStream** out, KAPPositionableStream* stream),
+                     KAPFails(KAPFault::kIndependentStream)>,
+          // The position, in bytes from the start. [exclusive]
           TKAPMethod<"Mark", "KAPPositionableStreamMarkProc",
-                     KAPError*(long* outPosition, KAPPositionableStream* stream)>,
+                     KAPError*(long* outPosition, KAPPositionableStream* stream),
+                     KAPFails(KAPFault::kMark)>,
+          // Moves the position; `origin` is a KAPSeekOrigin. [exclusive]
           TKAPMethod<"Seek", "KAPPositionableStreamSeekProc",
-                     KAPError*(KAPPositionableStream* stream, long offset, int origin)>> {};
+                     KAPError*(KAPPositionableStream* stream, long offset, int origin),
+                     KAPFails(KAPFault::kSeek)>> {};
+
+// ---- The methods of data stores and data-block streams, looked up in the same way. ----
 
 struct KAPDataStoreInterface
     : TKAPInterface<
           "KAPDataStoreInterface",
+          // The text from `offset` (in bytes) on, as far as the store keeps it in one piece. The
+          // caller calls the block's `release` once. [exclusive]
           TKAPMethod<"GetBlock", "KAPDataStoreGetBlockProcV2",
                      KAPError*(KAPDataBlock* out, KAPDataStore* store, std::size_t offset)>> {};
 
 struct KAPSizedDataStoreInterface
     : TKAPInterface<"KAPSizedDataStoreInterface",
+                    // The size of the text in bytes. [exclusive]
                     TKAPMethod<"GetSize", "KAPSizedDataStoreGetSizeProc",
                                KAPError*(std::size_t* out, KAPDataStore* store)>> {};
 
 struct KAPDataBlockStreamInterface
     : TKAPInterface<"KAPDataBlockStreamInterface",
+                    // The next block, without text at the end. The caller calls its `release` once.
+                    // [exclusive]
                     TKAPMethod<"GetNextBlock", "KAPDataBlockStreamGetNextBlockProc",
                                KAPError*(KAPDataBlock* out, KAPDataBlockStream* stream)>,
+                    // Moves to the first block. [exclusive]
                     TKAPMethod<"Rewind", "KAPDataBlockStreamRewindProc",
                                KAPError*(KAPDataBlockStream* stream)>> {};
 

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "kap/KAPInterface.h"
+
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
+
+// Errors: a message, the component it comes from, a code and client data, with a reference count.
+// See KAPHostInterfaces.h for the conventions.
+struct KAPErrorInterface
+    : TKAPInterface<
+          "KAPErrorInterface",
+          // A new error: one reference. It copies both texts, keeps them alive as long as itself,
+          // and hands `clientData` to `freeClientData` (may be null) at its end. Null: out of
+          // memory; the client data stays the caller's. [any thread]
+          TKAPMethod<"NewError", "KAPNewErrorProc",
+                     KAPError*(const char* message, const char* component, long code,
+                               void* clientData, KAPDeleteProc freeClientData),
+                     KAPMakes(KAPResource::kError, KAPFault::kError)>,
+          // A core error of the host: 0 is the unknown error, 1 out of memory. Core errors are
+          // never destroyed; AddRef and Release accept one and change nothing. [any thread]
+          TKAPMethod<"GetCoreError", "KAPGetCoreErrorProc", KAPError*(int id)>,
+          // Adds one reference; null is ignored. A no-op after the binding, like Release: an
+          // exception that is copied then must not throw another one. [any thread]
+          TKAPMethod<"AddRef", "KAPErrorAddRefProcV2", void(KAPError* error), kKAPReleases>,
+          // Releases one reference; null is ignored. [any thread]
+          TKAPMethod<"Release", "KAPErrorReleaseProc", void(KAPError* error), kKAPReleases>,
+          // The message: a new reference, or null when the error has none. [any thread]
+          TKAPMethod<"GetErrorMessage", "KAPErrorGetMessageProc", KAPStringAtom*(KAPError* error)>,
+          // The component: a new reference, or null when the error has none. [any thread]
+          TKAPMethod<"GetComponent", "KAPErrorGetComponentProc", KAPStringAtom*(KAPError* error)>,
+          // The code; 0 for null. [any thread]
+          TKAPMethod<"GetID", "KAPErrorGetIDProc", long(KAPError* error)>,
+          // The client data, borrowed; null when there is none. [any thread]
+          TKAPMethod<"GetErrorInfo", "KAPGetErrorInfoProc", void*(KAPError* error)>> {};
+
+}  // namespace KAP_T_MT
