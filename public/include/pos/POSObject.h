@@ -36,7 +36,7 @@ class CPOSObject : public KAPContainerBaseGeneric {
   int GetType() const;  // a POSType
 
  private:
-  static CPOSObjectTerminate fTerm;
+  static constinit CPOSObjectTerminate fTerm;
 };
 
 }  // namespace KAP_T_MT

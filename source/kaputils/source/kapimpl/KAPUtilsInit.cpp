@@ -5,7 +5,7 @@
 #include "POSDictImpl.h"
 #include "POSStreamerImpl.h"
 #include "POSValidatorImpl.h"
-#include "kap/KAPBinder.h"
+#include "kap/KAPClient.h"
 
 #define KAPUTILS_EXPORT extern "C" [[gnu::visibility("default")]]
 

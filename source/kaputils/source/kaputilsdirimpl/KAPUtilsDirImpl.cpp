@@ -7,8 +7,8 @@
 #include "Required.h"
 #include "TempFileStream.h"
 #include "dir/KAPUtilsDirInterfaces.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 
 namespace NKAPUtilsDirImpl {
 

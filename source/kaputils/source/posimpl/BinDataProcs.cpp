@@ -2,8 +2,8 @@
 
 #include "BinData.h"
 #include "POSDictImpl.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 
 namespace NPOSObjectImpl {
 

@@ -3,8 +3,8 @@
 #include "DictIterator.h"
 #include "KAPUtilsAtoms.h"
 #include "POSDictImpl.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 
 namespace NPOSObjectImpl {
 

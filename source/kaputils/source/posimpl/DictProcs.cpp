@@ -3,8 +3,8 @@
 #include "AtomText.h"
 #include "Dict.h"
 #include "POSDictImpl.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 
 namespace NPOSObjectImpl {
 

@@ -2,8 +2,8 @@
 
 #include "BaseObject.h"
 #include "POSDictImpl.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 
 namespace NPOSObjectImpl {
 

@@ -5,8 +5,8 @@
 #include "BaseObject.h"
 #include "FiledObject.h"
 #include "KAPUtilsAtoms.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 #include "pos/POSStreamerInterfaces.h"
 
 namespace NPOSStreamerImpl {

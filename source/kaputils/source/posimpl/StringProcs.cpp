@@ -2,8 +2,8 @@
 
 #include "POSDictImpl.h"
 #include "String.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 
 namespace NPOSObjectImpl {
 
