@@ -58,6 +58,10 @@ class Layers(unittest.TestCase):
             ("a list of headers is a unit of its own", LAYERS,
              {low + "a.h": '// All.\n#pragma once\n#include "low/b.h"\n', low + "b.h": "",
               "public/include/source/low/a.cpp": '#include "low/a.h"\n#include "low/b.h"\n'}, []),
+            ("a header may declare what a higher layer implements", LAYERS,
+             {low + "a.h": "int a;\n", high + "b.h": '#include "low/a.h"\n',
+              "public/include/source/high/a.cpp": '#include "low/a.h"\n#include "high/b.h"\n'},
+             []),
         ]
         for why, layers, files, faults in rows:
             with self.subTest(why):

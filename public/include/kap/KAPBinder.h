@@ -20,13 +20,6 @@ bool KAPIsBound() noexcept;
 // The procedure registered under the three names; null when there is none.
 void* KAPQueryProcAddress(const char* interfaceName, const char* methodName, const char* procName);
 
-// The outcome of loading the procedures of an interface.
-enum class KAPLoadOutcome {
-  kLoaded,
-  kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
-  kUnavailable        // the runtime is not bound, or not yet: then nothing is an error
-};
-
 // Registers one procedure; nonzero on success.
 int KAPRegisterProcAddress(const char* interfaceName, const char* methodName, const char* procName,
                            void* proc);
