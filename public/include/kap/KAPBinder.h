@@ -28,13 +28,6 @@ bool KAPIsBound() noexcept;
 // The procedure registered under the three names; null when there is none.
 void* KAPQueryProcAddress(const char* interfaceName, const char* methodName, const char* procName);
 
-// The outcome of loading the procedures of an interface.
-enum class KAPLoadOutcome {
-  kLoaded,
-  kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
-  kUnavailable        // no host is bound, or binding is under way and a procedure is missing
-};
-
 // Registers one procedure, replacing one that has the same three names. Nonzero on success; 0 when
 // the host refuses.
 int KAPRegisterProcAddress(const char* interfaceName, const char* methodName, const char* procName,

@@ -192,4 +192,11 @@ struct TKAPInterfaceSet {
   }
 };
 
+// The outcome of loading the procedures of an interface.
+enum class KAPLoadOutcome {
+  kLoaded,
+  kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
+  kUnavailable        // the runtime is not bound, or not yet: then nothing is an error
+};
+
 }  // namespace KAP_T_MT

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 
-#include "kap/KAPBinder.h"
 #include "kap/KAPInterface.h"
 #include "kap/KAPTypes.h"
 
