@@ -105,7 +105,7 @@ TEST_F(DeadHandleTest, DeleteProceduresCannotAdd) {
   fHost.Strings<"DeleteStringAtom">(name);
 }
 
-// A count that was about to overflow stays where it is, and the container lives for ever.
+// A count at its limit stays there, and the container is never destroyed.
 TEST_F(DeadHandleTest, CountsSaturate) {
   KAPContainer* container = nullptr;
   fHost.Containers<"NewFullContainer">(&container, this, nullptr, nullptr, &Delete);

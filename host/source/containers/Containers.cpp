@@ -54,24 +54,27 @@ namespace {
 
 void FreeRecord(void* container) noexcept { std::free(container); }
 
+// Keeps the record with nothing in it: no instance, no signature, no stream.
+[[gnu::cold]] void Bury(KAPContainer& container) noexcept {
+  const char* const signature = std::exchange(container.fSignature, nullptr);
+  container.fPrimary = nullptr;
+  container.fEquipment = nullptr;
+  container.fCount.Bury();
+  if (!KeepDead(&container, &FreeRecord, "container", signature)) FreeRecord(&container);
+}
+
 // Returns the original of a clone; the caller releases a reference to it.
 KAPContainer* Destroy(KAPContainer& container, long references) noexcept {
   if (container.fEquipment) container.fEquipment->DeleteInstances();
   if (container.fType->fDelete) container.fType->fDelete(container.fPrimary);
   const std::unique_ptr<ContainerEquipment> equipment(container.fEquipment);
   Count(container.fType->fSlot, -1, -references);
-  // A record that is kept holds nothing: no instance, no signature, no stream.
-  const char* const signature = std::exchange(container.fSignature, nullptr);
-  container.fPrimary = nullptr;
-  container.fEquipment = nullptr;
-  container.fCount.Bury();
-  if (!KeepDead(&container, &FreeRecord, "container", signature)) FreeRecord(&container);
+  IsChecking() ? Bury(container) : FreeRecord(&container);
   return equipment ? equipment->Original() : nullptr;
 }
 
-// Counts and reports what a release found. True when the caller must destroy the container. The slot
-// is the caller's to read before the release: once the reference is gone, another thread may destroy
-// the container.
+// Counts or reports what a release found. True when the caller must destroy the container. The caller
+// reads the slot before the release: afterwards another thread may destroy the container.
 bool MustDestroy(const KAPContainer& container, unsigned slot, RefCount::Release found) noexcept {
   switch (found) {
     case RefCount::Release::kLast:
