@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "BenchHost.h"
-#include "SortableStringAtom.h"
-#include "redblack_tree.h"
+#include "posimpl/base/SortableStringAtom.h"
+#include "posimpl/base/redblack_tree.h"
 
 namespace Bench {
 

@@ -4,13 +4,13 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "Array.h"
 #include "BenchHost.h"
-#include "BinData.h"
-#include "Number.h"
-#include "RawPointer.h"
-#include "String.h"
-#include "UnicodeString.h"
+#include "posimpl/objects/Array.h"
+#include "posimpl/objects/BinData.h"
+#include "posimpl/objects/Number.h"
+#include "posimpl/objects/RawPointer.h"
+#include "posimpl/objects/String.h"
+#include "posimpl/objects/UnicodeString.h"
 
 namespace Bench {
 

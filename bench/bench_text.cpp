@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "BenchDocument.h"
-#include "TextToken.h"
+#include "posimpl/notation/TextToken.h"
 
 namespace Bench {
 

@@ -5,8 +5,8 @@
 #include <fstream>
 
 #include "DirWorld.h"
-#include "KAPUtilsDirImpl.h"
 #include "POSValidator.h"
+#include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
 
 namespace {
 

@@ -1,4 +1,5 @@
 #include <atomic>
+#include <fstream>
 #include <optional>
 #include <stdexcept>
 
@@ -76,6 +77,29 @@ TEST_F(DirTest, TempFileThatCannotBeMade) {
   Unregister(KAPUtilsDirInterface::kName);
   EXPECT_TRUE(Fails([] { NewStream(); }));
   EXPECT_EQ(out, nullptr);
+}
+
+// A link in the place of the file, as anybody can put it into a directory without sticky bit, is not
+// followed.
+TEST_F(DirTest, TempFileThatIsReplaced) {
+  std::ofstream(Path("secret")) << "secret";
+  for (const bool isMoved : {false, true}) {
+    SCOPED_TRACE(isMoved);
+    std::optional<CKAPPositionableStream> stream = NewStream();
+    Write(*stream, "text");
+    const std::string path = Path(Names().at(Names().at(0) == "secret" ? 1 : 0));
+    isMoved ? fs::rename(path, Path("moved")) : static_cast<void>(fs::remove(path));
+    fs::create_symlink(Path("secret"), path);
+    std::optional<CKAPPositionableStream> view;
+    const bool failed = Fails([&] { view = stream->CreateIndependentlyPositionableStream(); });
+    EXPECT_EQ(failed, !isMoved);
+    EXPECT_EQ(view ? Read(*view) : "", isMoved ? "text" : "");
+    view.reset();
+    stream.reset();
+    EXPECT_FALSE(fs::is_symlink(path));
+    EXPECT_EQ(Remove("moved"), isMoved);
+  }
+  EXPECT_TRUE(Remove("secret"));
 }
 
 // It is told to the host, and the stream is gone either way.

@@ -9,6 +9,7 @@
 
 #include "POSStreamer.h"
 #include "World.h"
+#include "pos/POSInterfaceSets.h"
 
 // Every registered procedure of property objects, called from its declaration alone, so that one
 // sweep reaches them all.
@@ -139,12 +140,7 @@ void ForEachProcedure(Visitor visit) {
     }
     (std::make_index_sequence<Interface::kCount>());
   };
-  const auto visitEach = [&]<class... Interfaces>(const std::tuple<Interfaces...>*) {
-    (visitAll(static_cast<const Interfaces*>(nullptr)), ...);
-  };
-  visitEach(
-      static_cast<const std::tuple<
-          POSObjectInterface, POSObjectStatics, POSNumberInterface, POSStringInterface,
-          POSUnicodeStringInterface, POSBinDataInterface, POSRawPointerInterface, POSArrayInterface,
-          POSDictInterface, POSDictIteratorInterface, POSStreamerInterface>*>(nullptr));
+  const auto visitOne = [&]<class Interface>() { visitAll(static_cast<Interface*>(nullptr)); };
+  POSInterfaceSet::ForEach(visitOne);
+  POSStreamerInterfaceSet::ForEach(visitOne);
 }

@@ -41,7 +41,7 @@ class LostProcedureTest : public BoundTest {
     MoveCounter(fHost);
   }
   void Restore() {
-    fHost.StopRefusing();
+    fHost.StopFaults();
     MoveCounter(fHost);
   }
 };
@@ -109,7 +109,7 @@ TEST(KAPClientTest, BindsForItsLifetime) {
     host.HideInterface(lost);
     EXPECT_THROW(KAPClient(host.GetProcAddress()), KAPBindingError);
     EXPECT_FALSE(KAPIsBound());
-    host.StopRefusing();
+    host.StopFaults();
   }
   EXPECT_THROW(KAPClient(nullptr), KAPBindingError);
 }

@@ -118,4 +118,28 @@ TEST_F(FailingTest, DeepNesting) {
   }
 }
 
+// Its depth is found out before half a gigabyte of indentation is written.
+TEST_F(FailingTest, AnArrayInItself) {
+  const Object array = Read("[1]");
+  Call<POSArrayInterface, "Append">(array.get(), array.get());
+  const Object stream = NewMemory();
+  Serialize(stream, array);
+  EXPECT_EQ(TakeReport(), "property object is nested too deep");
+  EXPECT_LT(Contents(stream).size(), 10000u);
+  Call<POSArrayInterface, "Remove">(array.get(), 1ul);
+}
+
+TEST_F(FailingTest, DeepDocumentThatFits) {
+  Object deep = Read("[]");
+  for (int levels = 1; levels < 2000; ++levels) {
+    const Object inner = std::exchange(deep, levels % 3 == 0 ? Read("<>") : Read("[]"));
+    if (levels % 3 == 0) {
+      Put(deep, "a", inner);
+    } else {
+      Call<POSArrayInterface, "Append">(deep.get(), inner.get());
+    }
+  }
+  EXPECT_TRUE(IsEqual(Deserialize(NewBuffer(Document(deep))), deep));
+}
+
 }  // namespace

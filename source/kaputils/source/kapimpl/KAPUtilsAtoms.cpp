@@ -1,4 +1,4 @@
-#include "KAPUtilsAtoms.h"
+#include "kapimpl/KAPUtilsAtoms.h"
 
 #include <utility>
 

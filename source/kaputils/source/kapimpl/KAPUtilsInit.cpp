@@ -1,11 +1,11 @@
 // The three functions that the library exports.
 
-#include "KAPUtilsAtoms.h"
-#include "KAPUtilsDirImpl.h"
-#include "POSDictImpl.h"
-#include "POSStreamerImpl.h"
-#include "POSValidatorImpl.h"
 #include "kap/KAPClient.h"
+#include "kapimpl/KAPUtilsAtoms.h"
+#include "kaputilsdirimpl/KAPUtilsDirImpl.h"
+#include "posimpl/procs/POSDictImpl.h"
+#include "posimpl/streamer/POSStreamerImpl.h"
+#include "posimpl/validator/POSValidatorImpl.h"
 
 #define KAPUTILS_EXPORT extern "C" [[gnu::visibility("default")]]
 

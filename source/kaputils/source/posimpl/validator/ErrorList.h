@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "PropertyObjects.h"
 #include "pos/POSValidatorInterfaces.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 

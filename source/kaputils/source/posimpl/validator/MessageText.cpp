@@ -1,4 +1,4 @@
-#include "MessageText.h"
+#include "posimpl/validator/MessageText.h"
 
 #include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale is POSIX
 

@@ -2,7 +2,9 @@
 
 #include <cstddef>
 
-#include "PropertyObjects.h"
+#include "SafeStringAPIs.h"
+#include "kap/TOQException.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 
@@ -15,5 +17,18 @@ inline constexpr std::size_t kMessageSize = 1024;
 
 // The text of a property string, which lives as long as that.
 const char* TextOfPOSString(const CPOSObject& string);
+
+// A definition without a category. Holds its text, which lives until the exception has been told.
+class MalformedDefinition : public KAP_T_MT::TOQException {
+ public:
+  explicit MalformedDefinition(const char* typeName) noexcept : TOQException(nullptr) {
+    KAP_T_MT::sprintf_safe(fText, sizeof fText, "Malformed schema definition for %s, no category",
+                           typeName);
+  }
+  const char* what() const noexcept override { return fText; }
+
+ private:
+  char fText[kMessageSize];
+};
 
 }  // namespace NPOSValidatorImpl

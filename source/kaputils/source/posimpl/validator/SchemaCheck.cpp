@@ -1,15 +1,14 @@
-// The check of a schema: that it complies with the schema of schemas, and that the types which it
-// names exist.
+#include "posimpl/validator/SchemaCheck.h"
 
 #include <cstring>
 #include <exception>
 
-#include "Downcast.h"
-#include "MetaSchema.h"
 #include "SafeStringAPIs.h"
-#include "StructValidator.h"
 #include "kap/KAPSharedBuff.h"
 #include "kap/TOQException.h"
+#include "posimpl/notation/TextReader.h"
+#include "posimpl/validator/MetaSchema.h"
+#include "posimpl/validator/StructValidator.h"
 
 namespace NPOSValidatorImpl {
 
@@ -62,7 +61,7 @@ long DictEntryDefinedCallback(POSObject* object, KAPStringAtom* /*typeName*/,
 }
 
 CPOSObject ReadMetaSchema() {
-  CPOSObject metaSchema = BaseObject::CreateFromText(kMetaSchema, nullptr);
+  CPOSObject metaSchema = NPOSObjectImpl::CreateFromText(kMetaSchema, nullptr);
   if (metaSchema.IsNull()) throw POSException("CreateFromText failed");
   static_cast<void>(Downcast<Dict>(metaSchema.Handle()));
   return metaSchema;
@@ -70,10 +69,11 @@ CPOSObject ReadMetaSchema() {
 
 }  // namespace
 
-bool StructValidator::ValidateSchema(const CPOSObject& schema, POSMessageProc message) {
-  StructValidator checker(ReadMetaSchema(), false);
+bool ValidateSchema(const CPOSObject& schema, POSMessageProc message) {
+  StructValidator checker(ReadMetaSchema());
   KnownTypes known = {checker, Dict::GetInstance(schema.Handle())};
-  checker.RegisterExtraValidation(CKAPStringAtom("TypeName"), &DictEntryDefinedCallback, &known);
+  checker.RegisterExtraValidation(CKAPStringAtom("TypeName"), &DictEntryDefinedCallback, &known,
+                                  StructValidator::Callback::kOnlyReads);
   return checker.Validate(schema, CKAPStringAtom("StructSchema").Text(), message);
 }
 

@@ -1,16 +1,15 @@
-#include "StructValidator.h"
+#include "posimpl/validator/StructValidator.h"
 
 #include <memory>
 #include <utility>
 
-#include "Category.h"
-#include "FiledObject.h"
-#include "KAPUtilsAtoms.h"
-#include "MalformedDefinition.h"
-#include "NestingGuard.h"
-#include "Required.h"
 #include "kap/KAPSharedBuff.h"
-#include "kap/TOQException.h"
+#include "kapimpl/FiledObject.h"
+#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/Required.h"
+#include "posimpl/base/NestingGuard.h"
+#include "posimpl/validator/Category.h"
+#include "posimpl/validator/MessageText.h"
 
 namespace NPOSValidatorImpl {
 
@@ -24,16 +23,12 @@ void DeletePOSValidatorImpl(void* instance) noexcept {
 
 }  // namespace
 
-StructValidator::StructValidator(CPOSObject schema, bool validateSchema)
-    : fSchemaReference(std::move(schema)), fSchema(Dict::GetInstance(fSchemaReference.Handle())) {
-  if (validateSchema && !ValidateSchema(fSchemaReference, nullptr)) {
-    throw KAP_T_MT::TOQException("Schema is not valid");
-  }
-}
+StructValidator::StructValidator(CPOSObject schema)
+    : fSchemaReference(std::move(schema)), fSchema(Dict::GetInstance(fSchemaReference.Handle())) {}
 
-POSValidator* StructValidator::NewContainer(CPOSObject schema, bool validateSchema) {
+POSValidator* StructValidator::NewContainer(CPOSObject schema) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema), validateSchema),
+  return KAPContain(KAPFiledObject(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema))),
                     atoms.POSValidatorImpl, atoms.POSValidatorInterface, &DeletePOSValidatorImpl);
 }
 
@@ -43,7 +38,8 @@ StructValidator& StructValidator::GetInstance(POSValidator* handle) {
 
 void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
                                               KAP_T_MT::POSExtraValidationProc callback,
-                                              void* clientData) {
+                                              void* clientData, Callback effect) {
+  if (effect == Callback::kMayChange) fKeeps = true;
   fExtraValidations.Insert(std::make_unique<ProcEntry>(typeName, callback, clientData));
 }
 
@@ -66,22 +62,11 @@ bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
 
 ErrorCount StructValidator::GetObjectErrors(AtomText typeName, const Subject& object,
                                             ErrorList& errors) const {
-  const IntrinsicCheck intrinsic = CheckIntrinsic(typeName, object, errors);
+  const IntrinsicCheck intrinsic = CheckIntrinsic(typeName, object, fWords, errors);
   if (intrinsic == IntrinsicCheck::kValid) return 0;
   if (intrinsic == IntrinsicCheck::kInvalid) return 1;
   const ErrorCount count = GetTypeDefinitionComplianceErrors(typeName, object, errors);
   return count > 0 ? count : GetExtraValidationErrors(typeName, object, errors);
-}
-
-StructValidator::IntrinsicCheck StructValidator::CheckIntrinsic(AtomText typeName,
-                                                                const Subject& object,
-                                                                ErrorList& errors) const {
-  const Intrinsic* intrinsic = Intrinsic::Find(typeName, fWords);
-  if (!intrinsic) return IntrinsicCheck::kNotIntrinsic;
-  const char* fault = intrinsic->fFault(object, fWords);
-  if (!fault) return IntrinsicCheck::kValid;
-  errors.Append(fault);
-  return IntrinsicCheck::kInvalid;
 }
 
 ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
@@ -99,7 +84,8 @@ ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
   const CPOSObject* word = attributes->Find(fWords.Category);
   const String* category = word ? String::GetInstanceNoThrow(word->Handle()) : nullptr;
   if (!category) throw MalformedDefinition(typeName);
-  const Definition definition(*attributes, fWords);
+  const CPOSObject kept = fKeeps ? *member : CPOSObject();
+  const Definition definition(*attributes, fWords, fKeeps);
   return Category::Get(category->Get(), fWords)
       .fCheck({*this, definition, category->Get(), object, errors});
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PropertyObjects.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 
@@ -26,7 +26,10 @@ class Subject {
   }
   AtomText Text() const noexcept { return fText; }  // null when it is no 8-bit string
 
-  // The object, made for a member's name.
+  // A new reference to the object, or an empty one for a member's name.
+  CPOSObject Keep() const { return fHandle ? BaseObject::Reference(fHandle) : CPOSObject(); }
+
+  // A new reference to the object, which is made for a member's name.
   CPOSObject Reference() const {
     if (fHandle) return BaseObject::Reference(fHandle);
     return CPOSObject(String::NewContainer(fText), KAP_T_MT::KAPAdopt());
