@@ -1,5 +1,5 @@
 // Documents in all formats of posutil: what is read and written in another format can be read
-// again, is equal, and is written the same again. A format may refuse a document.
+// again, is equal, and is written the same again. A format may reject a document.
 
 #include <sys/mman.h>
 #include <unistd.h>

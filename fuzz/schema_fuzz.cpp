@@ -1,5 +1,5 @@
-// Schemas in text notation: the checks end after a bounded number of steps, and find the same twice.
-// The input is a schema, a zero byte and an object.
+// Schemas in text notation: every check ends, and a second one has the same outcome. The input is a
+// schema, a zero byte and an object.
 
 #include <algorithm>
 #include <map>

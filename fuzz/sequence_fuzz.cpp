@@ -4,7 +4,7 @@
 
 #include <charconv>
 #include <cstring>
-#include <optional>
+#include <iterator>
 
 #include "Choices.h"
 #include "Harness.h"
@@ -192,7 +192,7 @@ void Sequence::Add(KAPContainer* object, ModelRef model) {
 
 void Sequence::Make() {
   auto model = std::make_shared<Model>();
-  model->fType = static_cast<POSType>(1 + fChoices.Below(7));
+  model->fType = kPOSTypes[fChoices.Below(std::size(kPOSTypes))];
   switch (model->fType) {
     case kPOSNumber:
       model->fNumber = fChoices.Of({0.0, 1.0, -2.5, 1e10, 0.125});
@@ -469,10 +469,15 @@ void Sequence::AsDocument() {
 void Sequence::Validate() {
   Live* const live = Any();
   if (!live) return;
-  constexpr const char* kCategories[] = {
-      "",        "real",   "string", "unicodestring",
-      "bindata", "rawptr", "array",  "dict keytype string valuetype any"};
-  const unsigned category = 1 + fChoices.Below(7);
+  constexpr const char* kCategories[] = {"real",
+                                         "string",
+                                         "unicodestring",
+                                         "bindata",
+                                         "rawptr",
+                                         "array",
+                                         "dict keytype string valuetype any"};
+  static_assert(std::size(kCategories) == std::size(kPOSTypes));
+  const unsigned category = fChoices.Below(std::size(kPOSTypes));
   const std::string text = std::string("< T < category ") + kCategories[category] + " > >";
   const CPOSObject object(live->fHandle.Handle());
   bool isValid = false;
@@ -480,8 +485,7 @@ void Sequence::Validate() {
     const CPOSDict schema(CPOSObject::CreateFromText(text.c_str(), nullptr), false);
     isValid = CPOSStructValidator(schema).Validate(object, "T", nullptr);
   });
-  Expect(result == Result::kFailed ||
-             isValid == (live->fModel->fType == static_cast<POSType>(category)),
+  Expect(result == Result::kFailed || isValid == (live->fModel->fType == kPOSTypes[category]),
          "an object is of its kind");
 }
 
