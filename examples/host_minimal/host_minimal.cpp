@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "KAP.h"
 #include "POSDict.h"
 #include "kaphost/KAPHost.h"
 
@@ -10,13 +11,11 @@ using namespace KAP_T_MT;
 int main(int argc, char** argv) {
   KAPHost::Host host;
   const KAPHost::Component library = host.Load(argc > 1 ? argv[1] : "libKAPUtils.so");
-  if (!KAPClientInit(host.GetProcAddress())) return 1;
-  {  // every object is given back before the binding ends
-    const char* text = "< name (Ada Lovelace) born [10 December 1815] >";
-    const CPOSDict person(CPOSObject::CreateFromText(text, nullptr), false);
-    std::printf("%s was born in %.0f.\n", person.GetString("name", false).Get(),
-                person.DeepGetNumber("born[2]", false).Get());
-  }
-  KAPClientTerminate();
+  const KAPClient client(host.GetProcAddress());
+
+  const char* text = "< name (Ada Lovelace) born [10 December 1815] >";
+  const CPOSDict person(CPOSObject::CreateFromText(text, nullptr), false);
+  std::printf("%s was born in %.0f.\n", person.GetString("name", false).Get(),
+              person.DeepGetNumber("born[2]", false).Get());
   return 0;
 }

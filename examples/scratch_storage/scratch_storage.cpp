@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "KAPUtilsDir.h"
-#include "kap/KAPBinder.h"
+#include "kap/KAPClient.h"
 #include "kaphost/KAPHost.h"
 
 using namespace KAP_T_MT;

@@ -37,20 +37,20 @@ unsigned long* GetUnregisterCountAddr() noexcept { return Binder::UnregisterCoun
 int IsMultiThreaded() noexcept { return 1; }
 
 template <class Proc>
-void OfferOwn(Binder& binder, const char* name, Proc* proc) {
+void RegisterOwn(Binder& binder, const char* name, Proc* proc) {
   binder.Register("KAP", name, name, reinterpret_cast<void*>(proc));
 }
 
-void OfferBinder(Binder& binder) {
-  OfferOwn(binder, "KAPRegisterProcAddress", &RegisterProcAddress);
-  OfferOwn(binder, "KAPReportError", &ReportError);
-  OfferOwn(binder, "KAPUnregisterInterface", &UnregisterInterface);
-  OfferOwn(binder, "KAPGetUnregisterCountAddr", &GetUnregisterCountAddr);
-  OfferOwn(binder, "KAPIsMultiThreaded", &IsMultiThreaded);
+void RegisterBinder(Binder& binder) {
+  RegisterOwn(binder, "KAPRegisterProcAddress", &RegisterProcAddress);
+  RegisterOwn(binder, "KAPReportError", &ReportError);
+  RegisterOwn(binder, "KAPUnregisterInterface", &UnregisterInterface);
+  RegisterOwn(binder, "KAPGetUnregisterCountAddr", &GetUnregisterCountAddr);
+  RegisterOwn(binder, "KAPIsMultiThreaded", &IsMultiThreaded);
 }
 
 }  // namespace
 
-const Service kBinderService = {&OfferBinder, nullptr};
+const Service kBinderService = {&RegisterBinder, nullptr};
 
 }  // namespace KAPHost

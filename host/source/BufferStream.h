@@ -12,7 +12,7 @@ class BufferStream final : public MemoryStream {
       : MemoryStream("buffer", std::move(bytes)) {}
 
   KAPError* Write(const unsigned char* bytes, std::size_t count) noexcept override;
-  KAPError* CreateIndependent(std::unique_ptr<Stream>& out, StreamLength) noexcept override;
+  KAPError* CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept override;
 };
 
 }  // namespace KAPHost

@@ -25,7 +25,7 @@ namespace {
 using KAP_T_MT::KAPClientPurgeProc;
 
 KAPCacheID* NewCacheID() noexcept {
-  if (IsRefused(Call::kCache)) return nullptr;
+  if (Fails(KAPFault::kCache)) return nullptr;
   auto* const id = new (std::nothrow) KAPCacheID;
   if (id != nullptr) Count(kCacheIDSlot, 1, 1);
   return id;
@@ -50,7 +50,7 @@ void* Attach(KAPCacheID* id) noexcept {
 }
 
 bool Add(KAPCacheID* id, void* item, std::size_t cost, KAPDeleteProc purgeItem) noexcept {
-  return !IsRefused(Call::kCache) && id != nullptr && item != nullptr &&
+  return !Fails(KAPFault::kCache) && id != nullptr && item != nullptr &&
          gCache.Add(*id, item, cost, purgeItem);
 }
 
@@ -75,7 +75,7 @@ unsigned long GetCacheTime() noexcept { return gCache.Time(); }
 std::size_t CurrentCacheSize() noexcept { return gCache.Size(); }
 
 KAPCachePurge* NewCachePurge() noexcept {
-  if (IsRefused(Call::kCache)) return nullptr;
+  if (Fails(KAPFault::kCache)) return nullptr;
   auto* const purge = new (std::nothrow) KAPCachePurge{gCache.Time()};
   if (purge != nullptr) Count(kCachePurgeSlot, 1, 0);
   return purge;
@@ -122,7 +122,7 @@ void RemoveClientPurge(KAPClientPurgeProc clearAll, int) noexcept {
 }
 
 KAPCacheSet* NewCacheSet() noexcept {
-  if (IsRefused(Call::kCache)) return nullptr;
+  if (Fails(KAPFault::kCache)) return nullptr;
   auto* const set = new (std::nothrow) KAPCacheSet;
   if (set != nullptr) Count(kCacheSetSlot, 1, 1);
   return set;
@@ -163,8 +163,8 @@ void RemoveIDs(KAPCacheSet* set) noexcept {
   if (set != nullptr && !IsClosed()) set->RemoveAll();
 }
 
-void OfferCaches(Binder& binder) {
-  Offer<KAP_T_MT::KAPCacheInterface>(
+void RegisterCaches(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPCacheInterface>(
       binder, &NewCacheID, &AddRef, &Release, &Attach, &Add, &UpdateCost, &ReturnCost, &MarkNoPurge,
       &MarkPurge, &GetCacheTime, &CurrentCacheSize, &NewCachePurge, &PurgeNextBlock,
       &DeleteCachePurge, &PurgeAll, &PurgeAllStaticCaches, &AddClientPurge, &RemoveClientPurge,
@@ -172,14 +172,14 @@ void OfferCaches(Binder& binder) {
 }
 
 void CountCaches(Snapshot& books) {
-  books.Add(Kind::kCacheID, "", TallyTotal(kCacheIDSlot));
-  books.Add(Kind::kCacheItem, "", TallyTotal(kCacheItemSlot));
-  books.Add(Kind::kCacheSet, "", TallyTotal(kCacheSetSlot));
-  books.Add(Kind::kCachePurge, "", TallyTotal(kCachePurgeSlot));
+  books.Add(KAPResource::kCacheID, "", TallyTotal(kCacheIDSlot));
+  books.Add(KAPResource::kCacheItem, "", TallyTotal(kCacheItemSlot));
+  books.Add(KAPResource::kCacheSet, "", TallyTotal(kCacheSetSlot));
+  books.Add(KAPResource::kCachePurge, "", TallyTotal(kCachePurgeSlot));
 }
 
 }  // namespace
 
-const Service kCacheService = {&OfferCaches, &CountCaches};
+const Service kCacheService = {&RegisterCaches, &CountCaches};
 
 }  // namespace KAPHost

@@ -4,12 +4,12 @@
 
 namespace KAPHost {
 
-bool ClientStreamProcs::IsComplete(StreamLength length) const noexcept {
+bool ClientStreamProcs::IsComplete(StreamCapability capability) const noexcept {
   const bool simple = fRead != nullptr && fWrite != nullptr && fDelete != nullptr;
   const bool rewindable = fCreateRewindable != nullptr && fRewind != nullptr;
   const bool positionable = fCreatePositionable != nullptr && fMark != nullptr && fSeek != nullptr;
-  return simple && (length == StreamLength::kSimple || rewindable) &&
-         (length != StreamLength::kPositionable || positionable);
+  return simple && (capability == StreamCapability::kSimple || rewindable) &&
+         (capability != StreamCapability::kPositionable || positionable);
 }
 
 ClientStream::~ClientStream() {
@@ -42,15 +42,15 @@ KAPError* ClientStream::Seek(long offset, int origin) noexcept {
   return fProcs.fSeek(fClient, offset, origin);
 }
 
-// The new object has the length of this one, which is at least what was asked for.
+// The new object has the capability of this one, which is at least what was asked for.
 KAPError* ClientStream::CreateIndependent(std::unique_ptr<Stream>& out,
-                                          StreamLength length) noexcept {
-  const auto create =
-      length == StreamLength::kPositionable ? fProcs.fCreatePositionable : fProcs.fCreateRewindable;
+                                          StreamCapability capability) noexcept {
+  const auto create = capability == StreamCapability::kPositionable ? fProcs.fCreatePositionable
+                                                                    : fProcs.fCreateRewindable;
   void* client = nullptr;
   if (KAPError* error = create(&client, fClient)) return error;
   if (client == nullptr) return MakeError("a client stream gave no independent stream");
-  out.reset(new (std::nothrow) ClientStream(Length(), client, fProcs));
+  out.reset(new (std::nothrow) ClientStream(Capability(), client, fProcs));
   if (out != nullptr) return nullptr;
   ReportError(fProcs.fDelete(client));
   return MemoryError();

@@ -5,7 +5,7 @@
 
 namespace KAPHost {
 
-// What a component hands over with a stream object; those beyond the stream's length are null.
+// What a component hands over with a stream object; those beyond the stream's capability are null.
 struct ClientStreamProcs {
   KAP_T_MT::KAPClientReadProc fRead;
   KAP_T_MT::KAPClientWriteProc fWrite;
@@ -16,15 +16,15 @@ struct ClientStreamProcs {
   KAP_T_MT::KAPClientMarkProc fMark = nullptr;
   KAP_T_MT::KAPClientSeekProc fSeek = nullptr;
 
-  bool IsComplete(StreamLength length) const noexcept;
+  bool IsComplete(StreamCapability capability) const noexcept;
 };
 
 // A stream object of a component. It is handed back through its Delete exactly once, and what that
 // has to complain of is reported.
 class ClientStream final : public Stream {
  public:
-  ClientStream(StreamLength length, void* client, const ClientStreamProcs& procs) noexcept
-      : Stream(length, "client"), fClient(client), fProcs(procs) {}
+  ClientStream(StreamCapability capability, void* client, const ClientStreamProcs& procs) noexcept
+      : Stream(capability, "client"), fClient(client), fProcs(procs) {}
   ~ClientStream() override;
 
   // Lets the object be its maker's.
@@ -35,7 +35,8 @@ class ClientStream final : public Stream {
   KAPError* Rewind() noexcept override;
   KAPError* Mark(long& outPosition) noexcept override;
   KAPError* Seek(long offset, int origin) noexcept override;
-  KAPError* CreateIndependent(std::unique_ptr<Stream>& out, StreamLength length) noexcept override;
+  KAPError* CreateIndependent(std::unique_ptr<Stream>& out,
+                              StreamCapability capability) noexcept override;
 
  private:
   void* const fClient;

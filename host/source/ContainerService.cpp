@@ -29,7 +29,7 @@ KAPError* NewFullContainer(KAPContainer** out, void* instance, KAPStringAtom* in
                            KAPStringAtom* interfaceName, KAPDeleteProc deleteInstance) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kContainer)) return MemoryError();
+  if (Fails(KAPFault::kContainer)) return MemoryError();
   const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName, deleteInstance);
   if (type == nullptr) return MemoryError();
   *out = NewContainerRecord(*type, instance);
@@ -43,7 +43,7 @@ KAPError* NewContainer(KAPContainer** out) noexcept {
 KAPError* CloneContainer(KAPContainer** out, KAPContainer* container) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kContainer)) return MemoryError();
+  if (Fails(KAPFault::kContainer)) return MemoryError();
   if (container == nullptr) return InvalidContainer();
   return ReturnError([&]() -> KAPError* {
     *out = CloneContainerRecord(*container);
@@ -52,7 +52,7 @@ KAPError* CloneContainer(KAPContainer** out, KAPContainer* container) noexcept {
 }
 
 bool AddRef(KAPContainer* container) noexcept {
-  return !IsRefused(Call::kReference) && container != nullptr && AddContainerRef(*container);
+  return !Fails(KAPFault::kReference) && container != nullptr && AddContainerRef(*container);
 }
 
 // Without a host the components whose procedures would delete the instances may be gone as well.
@@ -75,7 +75,7 @@ ContainerEquipment& EquipmentOf(KAPContainer& container) {
 
 KAPError* RegisterInterface(KAPContainer* container, KAPStringAtom* instanceName,
                             KAPStringAtom* interfaceName) noexcept {
-  if (IsRefused(Call::kInstance)) return MemoryError();
+  if (Fails(KAPFault::kInstance)) return MemoryError();
   if (container == nullptr) return InvalidContainer();
   if (instanceName == nullptr || interfaceName == nullptr) return InvalidArgument();
   return ReturnError([&]() -> KAPError* {
@@ -113,7 +113,7 @@ bool FindInstance(void** out, const KAPContainer& container, const KAPStringAtom
 
 KAPError* RegisterInstance(KAPContainer* container, KAPStringAtom* instanceName, void* instance,
                            KAPDeleteProc deleteInstance) noexcept {
-  if (IsRefused(Call::kInstance)) return MemoryError();
+  if (Fails(KAPFault::kInstance)) return MemoryError();
   if (container == nullptr) return InvalidContainer();
   if (instanceName == nullptr) return InvalidArgument();
   void* present = nullptr;
@@ -167,7 +167,7 @@ KAPError* GetMethod(void** out, KAPContainer* container, KAPStringAtom* methodNa
                     KAPStringAtom* procName, int) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kMethod)) return MemoryError();
+  if (Fails(KAPFault::kMethod)) return MemoryError();
   if (container == nullptr) return InvalidContainer();
   if (methodName == nullptr || procName == nullptr) return InvalidArgument();
   *out = FindMethod(*container, InterfaceCount(*container), *methodName, *procName);
@@ -179,7 +179,7 @@ KAPError* GetParentMethod(void** out, KAPContainer* container, KAPStringAtom* in
                           KAPStringAtom* methodName, KAPStringAtom* procName) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kMethod)) return MemoryError();
+  if (Fails(KAPFault::kMethod)) return MemoryError();
   if (container == nullptr) return InvalidContainer();
   if (instanceName == nullptr || methodName == nullptr || procName == nullptr) {
     return InvalidArgument();
@@ -190,7 +190,7 @@ KAPError* GetParentMethod(void** out, KAPContainer* container, KAPStringAtom* in
 
 void* GetInstance(KAPContainer* container, KAPStringAtom* instanceName) noexcept {
   void* instance = nullptr;
-  if (IsRefused(Call::kInstance) || container == nullptr || instanceName == nullptr) return nullptr;
+  if (Fails(KAPFault::kInstance) || container == nullptr || instanceName == nullptr) return nullptr;
   FindInstance(&instance, *container, instanceName);
   return instance;
 }
@@ -198,7 +198,7 @@ void* GetInstance(KAPContainer* container, KAPStringAtom* instanceName) noexcept
 KAPError* NGetInstance(void** out, KAPContainer* container, KAPStringAtom* instanceName) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kInstance)) return MemoryError();
+  if (Fails(KAPFault::kInstance)) return MemoryError();
   if (container == nullptr) return InvalidContainer();
   if (instanceName == nullptr) return InvalidArgument();
   FindInstance(out, *container, instanceName);
@@ -220,8 +220,8 @@ long GetOffsetToPrimaryInstance() noexcept {
   return static_cast<long>(offsetof(KAPContainer, fPrimary));
 }
 
-void OfferContainers(Binder& binder) {
-  Offer<KAP_T_MT::KAPContainerInterface>(
+void RegisterContainers(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPContainerInterface>(
       binder, &NewFullContainer, &NewContainer, &CloneContainer, &AddRef, &Release,
       &DecrementWithoutDelete, &DeleteUnowned, &RegisterInterface, &RegisterInstance, &GetMethod,
       &GetParentMethod, &GetInstance, &NGetInstance, &GetSignature, &DebugGetRefCountAddr,
@@ -232,15 +232,15 @@ void OfferContainers(Binder& binder) {
 void CountContainers(Snapshot& books) {
   gContainerTypes.ForEach([&](const ContainerType& type) {
     if (type.fSlot >= kFirstTypeSlot && type.fSlot < kOtherTypesSlot) {
-      books.Add(Kind::kContainer, type.fSignature, TallyTotal(type.fSlot));
+      books.Add(KAPResource::kContainer, type.fSignature, TallyTotal(type.fSlot));
     }
   });
-  books.Add(Kind::kContainer, "(no signature)", TallyTotal(kUntypedSlot));
-  books.Add(Kind::kContainer, "(other types)", TallyTotal(kOtherTypesSlot));
+  books.Add(KAPResource::kContainer, "(no signature)", TallyTotal(kUntypedSlot));
+  books.Add(KAPResource::kContainer, "(other types)", TallyTotal(kOtherTypesSlot));
 }
 
 }  // namespace
 
-const Service kContainerService = {&OfferContainers, &CountContainers};
+const Service kContainerService = {&RegisterContainers, &CountContainers};
 
 }  // namespace KAPHost

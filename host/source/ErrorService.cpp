@@ -78,7 +78,7 @@ KAPError* MakeError(const char* message, const char* component, long code, void*
 // When there is no error, the client data stays the caller's. A null text gives a null atom.
 KAPError* NewError(const char* message, const char* component, long code, void* clientData,
                    KAPDeleteProc freeClientData) noexcept {
-  if (IsRefused(Call::kError)) return nullptr;
+  if (Fails(KAPFault::kError)) return nullptr;
   return MakeError(message, component, code, clientData, freeClientData);
 }
 
@@ -130,9 +130,10 @@ void* GetErrorInfo(KAPError* error) noexcept {
   return error == nullptr ? nullptr : error->fClientData;
 }
 
-void OfferErrors(Binder& binder) {
-  Offer<KAP_T_MT::KAPErrorInterface>(binder, &NewError, &GetCoreError, &AddRef, &Release,
-                                     &GetErrorMessage, &GetComponent, &GetID, &GetErrorInfo);
+void RegisterErrors(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPErrorInterface>(binder, &NewError, &GetCoreError, &AddRef, &Release,
+                                             &GetErrorMessage, &GetComponent, &GetID,
+                                             &GetErrorInfo);
 }
 
 std::string_view View(const KAPStringAtom* atom) {
@@ -143,14 +144,14 @@ std::string_view View(const KAPStringAtom* atom) {
 void LeaveOutTexts(Snapshot& books, KAPError& error) {
   for (KAPStringAtom** text : {&error.fMessage, &error.fComponent}) {
     const KAPStringAtom* atom = std::atomic_ref(*text).load();
-    if (atom != nullptr) books.Add(Kind::kAtom, View(atom), {-1, 0});
+    if (atom != nullptr) books.Add(KAPResource::kAtom, View(atom), {-1, 0});
   }
 }
 
 void CountErrors(Snapshot& books) {
   const std::lock_guard lock(gErrorMutex);
   for (KAPError* error = gErrors; error != nullptr; error = error->fNext) {
-    books.Add(Kind::kError, View(error->fMessage),
+    books.Add(KAPResource::kError, View(error->fMessage),
               {1, error->fCount.load(std::memory_order_relaxed)});
     LeaveOutTexts(books, *error);
   }
@@ -186,6 +187,6 @@ void ReportError(KAPError* error) noexcept {
 
 KAPError* MemoryError() noexcept { return &gCoreErrors[1]; }
 
-const Service kErrorService = {&OfferErrors, &CountErrors};
+const Service kErrorService = {&RegisterErrors, &CountErrors};
 
 }  // namespace KAPHost

@@ -26,7 +26,7 @@ FileStream::~FileStream() { ReportError(Flush()); }
 
 // No stream but this one can make the file shared, and it empties the buffer then.
 bool FileStream::IsBuffered() const noexcept {
-  return fFile->HasPlaces() && (!fFile->IsWritable() || fFile.use_count() == 1);
+  return fFile->IsSeekable() && (!fFile->IsWritable() || fFile.use_count() == 1);
 }
 
 // A position before the buffer makes a huge offset.
@@ -47,7 +47,7 @@ KAPError* FileStream::Read(std::size_t& outCount, unsigned char* buffer,
     }
     done += some;
     fPosition += static_cast<long>(some);
-    if (!fFile->HasPlaces()) break;  // to ask a pipe for more could mean to wait for it
+    if (!fFile->IsSeekable()) break;  // to ask a pipe for more could mean to wait for it
   }
   outCount = done;
   return nullptr;
@@ -78,7 +78,7 @@ KAPError* FileStream::Fill() noexcept {
 KAPError* FileStream::Write(const unsigned char* bytes, std::size_t count) noexcept {
   if (!fFile->IsWritable()) return fFile->MakeError("write", EBADF);
   long position = fPosition;
-  if (fFile->IsAppending() && fFile->HasPlaces()) {
+  if (fFile->IsAppending() && fFile->IsSeekable()) {
     if (KAPError* error = GetSize(position)) return error;
   }
   if (count > RoomBehind(position)) return fFile->MakeError("write", EFBIG);
@@ -128,7 +128,7 @@ KAPError* FileStream::Flush() noexcept {
 }
 
 KAPError* FileStream::Seek(long offset, int origin) noexcept {
-  if (!fFile->HasPlaces()) return fFile->MakeError("seek in", ESPIPE);
+  if (!fFile->IsSeekable()) return fFile->MakeError("seek in", ESPIPE);
   return PositionedStream::Seek(offset, origin);
 }
 
@@ -142,7 +142,7 @@ KAPError* FileStream::GetSize(long& outSize) noexcept {
   return nullptr;
 }
 
-KAPError* FileStream::CreateIndependent(std::unique_ptr<Stream>& out, StreamLength) noexcept {
+KAPError* FileStream::CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept {
   if (KAPError* error = Flush()) return error;
   out.reset(new (std::nothrow) FileStream(fFile));
   if (out == nullptr) return MemoryError();

@@ -22,7 +22,7 @@ class FileStream final : public PositionedStream {
   KAPError* Read(std::size_t& outCount, unsigned char* buffer, std::size_t count) noexcept override;
   KAPError* Write(const unsigned char* bytes, std::size_t count) noexcept override;
   KAPError* Seek(long offset, int origin) noexcept override;
-  KAPError* CreateIndependent(std::unique_ptr<Stream>& out, StreamLength) noexcept override;
+  KAPError* CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept override;
 
  private:
   static constexpr std::size_t kBufferSize = 16384;

@@ -17,7 +17,7 @@ using namespace KAP_T_MT;
 // Makes a sink with one reference.
 template <class Sink, class... Args>
 KAPError* New(KAPDataSink** out, Args&&... args) noexcept {
-  if (IsRefused(Call::kSink)) return MemoryError();
+  if (Fails(KAPFault::kSink)) return MemoryError();
   *out = new (std::nothrow) Sink(args...);
   if (*out == nullptr) return MemoryError();
   Count(kSinkSlot, 1, 1);
@@ -152,18 +152,18 @@ KAPError* ResetChainState(KAPDataSink* sink) noexcept {
   });
 }
 
-void OfferFilters(Binder& binder) {
-  Offer<KAPFilterInterface>(binder, &NewNullDataSink, &NewClientDataSink, &NewIdentityFilter,
-                            &NewClientFilter, &NewFilterJPEG, &AddRef, &Release, &Write, &IsFilter,
-                            &Close, &GetVellumcodeFilter, &SetDataSink, &PeekTarget,
-                            &SetImageParameters, &SetCompressionParameters, &GetChainState,
-                            &ResetChainState);
+void RegisterFilters(Binder& binder) {
+  RegisterProcs<KAPFilterInterface>(binder, &NewNullDataSink, &NewClientDataSink,
+                                    &NewIdentityFilter, &NewClientFilter, &NewFilterJPEG, &AddRef,
+                                    &Release, &Write, &IsFilter, &Close, &GetVellumcodeFilter,
+                                    &SetDataSink, &PeekTarget, &SetImageParameters,
+                                    &SetCompressionParameters, &GetChainState, &ResetChainState);
 }
 
-void CountSinks(Snapshot& books) { books.Add(Kind::kSink, "", TallyTotal(kSinkSlot)); }
+void CountSinks(Snapshot& books) { books.Add(KAPResource::kSink, "", TallyTotal(kSinkSlot)); }
 
 }  // namespace
 
-const Service kFilterService = {&OfferFilters, &CountSinks};
+const Service kFilterService = {&RegisterFilters, &CountSinks};
 
 }  // namespace KAPHost

@@ -6,14 +6,14 @@ namespace KAPHost {
 
 constinit std::atomic<unsigned> gGate{kGateClosed};
 
-bool IsRefusedSlowly(Call kind, std::size_t blockSize) noexcept {
+bool FailsSlowly(KAPFault kind, std::size_t blockSize) noexcept {
   HostState* state = HostState::Current();
-  return state == nullptr || state->fRefusals.IsRefused(kind, blockSize);
+  return state == nullptr || state->fFaultRules.Fails(kind, blockSize);
 }
 
 std::size_t ReadLimitSlowly() noexcept {
   HostState* state = HostState::Current();
-  return state == nullptr ? 0 : state->fRefusals.ReadLimit();
+  return state == nullptr ? 0 : state->fFaultRules.ReadLimit();
 }
 
 }  // namespace KAPHost

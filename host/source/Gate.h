@@ -3,9 +3,11 @@
 #include <atomic>
 #include <cstddef>
 
-#include "kaphost/Refusal.h"
+#include "kap/KAPInterface.h"
 
 namespace KAPHost {
+
+using KAP_T_MT::KAPFault;
 
 // Asked at the start of every call that can be refused. The one word is zero in everyday use: a
 // host lives, refuses nothing and logs nothing.
@@ -17,11 +19,11 @@ inline bool IsClosed() noexcept {
   return (gGate.load(std::memory_order_relaxed) & kGateClosed) != 0;
 }
 
-bool IsRefusedSlowly(Call kind, std::size_t blockSize) noexcept;
+bool FailsSlowly(KAPFault kind, std::size_t blockSize) noexcept;
 
-inline bool IsRefused(Call kind, std::size_t blockSize = 0) noexcept {
+inline bool Fails(KAPFault kind, std::size_t blockSize = 0) noexcept {
   return (gGate.load(std::memory_order_relaxed) & (kGateClosed | kGateArmed)) != 0 &&
-         IsRefusedSlowly(kind, blockSize);
+         FailsSlowly(kind, blockSize);
 }
 
 std::size_t ReadLimitSlowly() noexcept;

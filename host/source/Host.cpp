@@ -49,33 +49,33 @@ std::vector<std::string> Host::TakeReports() { return fState->fReports.Take(); }
 
 Snapshot Host::TakeSnapshot() const { return fState->TakeSnapshot(); }
 
-void Host::Refuse(Call kind, unsigned long n) { fState->fRefusals.Refuse(kind, n); }
+void Host::FailCall(KAPFault kind, unsigned long n) { fState->fFaultRules.FailCall(kind, n); }
 
-void Host::RefuseFrom(Call kind, unsigned long n) { fState->fRefusals.RefuseFrom(kind, n); }
+void Host::FailFrom(KAPFault kind, unsigned long n) { fState->fFaultRules.FailFrom(kind, n); }
 
-void Host::CountCalls() { fState->fRefusals.CountCalls(); }
+void Host::CountCalls() { fState->fFaultRules.CountCalls(); }
 
-void Host::RefuseBlocksAbove(std::size_t size) { fState->fRefusals.RefuseBlocksAbove(size); }
+void Host::FailBlocksAbove(std::size_t size) { fState->fFaultRules.FailBlocksAbove(size); }
 
-void Host::LimitReads(std::size_t size) { fState->fRefusals.LimitReads(size); }
+void Host::LimitReads(std::size_t size) { fState->fFaultRules.LimitReads(size); }
 
 void Host::HideProcedure(const char* interfaceName, const char* methodName) {
-  fState->fRefusals.HideProcedure(interfaceName, methodName);
+  fState->fFaultRules.HideProcedure(interfaceName, methodName);
 }
 
 void Host::HideInterface(const char* interfaceName) {
-  fState->fRefusals.HideInterface(interfaceName);
+  fState->fFaultRules.HideInterface(interfaceName);
 }
 
-void Host::RefuseRegistration(const char* interfaceName, const char* methodName) {
-  fState->fRefusals.RefuseRegistration(interfaceName, methodName);
+void Host::FailRegistration(const char* interfaceName, const char* methodName) {
+  fState->fFaultRules.FailRegistration(interfaceName, methodName);
 }
 
-void Host::StopRefusing() { fState->fRefusals.Stop(); }
+void Host::StopFaults() { fState->fFaultRules.Stop(); }
 
-bool Host::Fired() const { return fState->fRefusals.Fired(); }
+bool Host::Fired() const { return fState->fFaultRules.Fired(); }
 
-unsigned long Host::CallCount(Call kind) const { return fState->fRefusals.CallCount(kind); }
+unsigned long Host::CallCount(KAPFault kind) const { return fState->fFaultRules.CallCount(kind); }
 
 void Host::LogStreamCalls(bool log) { fState->fStreamLog.Switch(log); }
 

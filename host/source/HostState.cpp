@@ -28,7 +28,7 @@ HostState::HostState(HostOptions options)
     : fReports(std::move(options.fOnReport)),
       fOnLeak(std::move(options.fOnLeak)),
       fBefore(CountAll()) {
-  for (const Service* service : Services()) service->fOffer(fBinder);
+  for (const Service* service : Services()) service->fRegister(fBinder);
   HostState* none = nullptr;
   if (!gCurrent.compare_exchange_strong(none, this)) {
     throw std::logic_error(
@@ -49,7 +49,7 @@ HostState* HostState::Current() noexcept { return gCurrent.load(std::memory_orde
 void* HostState::Find(const char* interfaceName, const char* methodName,
                       const char* procName) const noexcept {
   if (interfaceName == nullptr || methodName == nullptr || procName == nullptr) return nullptr;
-  if (fRefusals.IsHidden(interfaceName, methodName)) return nullptr;
+  if (fFaultRules.IsHidden(interfaceName, methodName)) return nullptr;
   return fBinder.Find(interfaceName, methodName, procName);
 }
 
@@ -65,7 +65,7 @@ bool HostState::Register(const char* interfaceName, const char* methodName, cons
 bool HostState::RegisterForComponent(const char* interfaceName, const char* methodName,
                                      const char* procName, void* proc) {
   if (interfaceName != nullptr && methodName != nullptr &&
-      fRefusals.IsRegistrationRefused(interfaceName, methodName)) {
+      fFaultRules.FailsRegistration(interfaceName, methodName)) {
     return false;
   }
   return Register(interfaceName, methodName, procName, proc);

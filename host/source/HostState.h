@@ -2,7 +2,7 @@
 
 #include "Binder.h"
 #include "ClientPurges.h"
-#include "Refusals.h"
+#include "FaultRules.h"
 #include "Reports.h"
 #include "StreamLog.h"
 #include "kaphost/Host.h"
@@ -34,7 +34,7 @@ class HostState {
   Snapshot TakeSnapshot() const;
 
   Binder fBinder;
-  Refusals fRefusals;
+  FaultRules fFaultRules;
   Reports fReports;
   StreamLog fStreamLog;
   ClientPurges fClientPurges;

@@ -17,7 +17,7 @@ long UsableSize(void* block) noexcept { return static_cast<long>(malloc_usable_s
 
 // Of 0 bytes it gives a block too.
 void* Alloc(std::size_t size) noexcept {
-  if (IsRefused(Call::kBlock, size)) return nullptr;
+  if (Fails(KAPFault::kBlock, size)) return nullptr;
   void* block = std::malloc(size);
   if (block != nullptr) Count(kBlockSlot, 1, UsableSize(block));
   return block;
@@ -26,7 +26,7 @@ void* Alloc(std::size_t size) noexcept {
 // A null block asks for a new one. When the result is null the block stays as it was.
 void* Realloc(void* block, std::size_t size) noexcept {
   if (block == nullptr) return Alloc(size);
-  if (IsRefused(Call::kBlock, size)) return nullptr;
+  if (Fails(KAPFault::kBlock, size)) return nullptr;
   const long before = UsableSize(block);
   void* moved = std::realloc(block, size != 0 ? size : 1);  // of 0 bytes it would be freed
   if (moved != nullptr) Count(kBlockSlot, 0, UsableSize(moved) - before);
@@ -42,14 +42,14 @@ void Free(void* block) noexcept {
 // All of it may be used; it can be more than was asked for.
 std::size_t GetBlockSize(void* block) noexcept { return malloc_usable_size(block); }
 
-void OfferMemory(Binder& binder) {
-  Offer<KAP_T_MT::KAPMemoryInterface>(binder, &Alloc, &Realloc, &Free, &GetBlockSize);
+void RegisterMemory(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPMemoryInterface>(binder, &Alloc, &Realloc, &Free, &GetBlockSize);
 }
 
-void CountBlocks(Snapshot& books) { books.Add(Kind::kBlock, "", TallyTotal(kBlockSlot)); }
+void CountBlocks(Snapshot& books) { books.Add(KAPResource::kBlock, "", TallyTotal(kBlockSlot)); }
 
 }  // namespace
 
-const Service kMemoryService = {&OfferMemory, &CountBlocks};
+const Service kMemoryService = {&RegisterMemory, &CountBlocks};
 
 }  // namespace KAPHost

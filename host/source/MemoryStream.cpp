@@ -22,7 +22,7 @@ KAPError* MemoryStream::Write(const unsigned char* bytes, std::size_t count) noe
   return nullptr;
 }
 
-KAPError* MemoryStream::CreateIndependent(std::unique_ptr<Stream>& out, StreamLength) noexcept {
+KAPError* MemoryStream::CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept {
   out.reset(new (std::nothrow) MemoryStream(fBytes));
   return out != nullptr ? nullptr : MemoryError();
 }

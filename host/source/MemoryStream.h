@@ -14,7 +14,7 @@ class MemoryStream : public PositionedStream {
 
   KAPError* Read(std::size_t& outCount, unsigned char* buffer, std::size_t count) noexcept final;
   KAPError* Write(const unsigned char* bytes, std::size_t count) noexcept override;
-  KAPError* CreateIndependent(std::unique_ptr<Stream>& out, StreamLength) noexcept override;
+  KAPError* CreateIndependent(std::unique_ptr<Stream>& out, StreamCapability) noexcept override;
 
  protected:
   MemoryStream(const char* kind, std::shared_ptr<ByteStore> bytes) noexcept

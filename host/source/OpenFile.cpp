@@ -49,7 +49,7 @@ auto Uninterrupted(Call call) noexcept {
 OpenFile::OpenFile(int descriptor, int flags, std::string path) noexcept
     : fDescriptor(descriptor),
       fFlags(flags),
-      fHasPlaces(lseek(descriptor, 0, SEEK_CUR) >= 0),
+      fIsSeekable(lseek(descriptor, 0, SEEK_CUR) >= 0),
       fPath(std::move(path)) {
   const std::lock_guard lock(gFilesMutex);
   fNext = gFiles;
@@ -94,8 +94,8 @@ bool OpenFile::IsAppending() const noexcept { return (fFlags & O_APPEND) != 0; }
 KAPError* OpenFile::Read(std::size_t& outCount, long position, unsigned char* buffer,
                          std::size_t count) const noexcept {
   const ssize_t read = Uninterrupted([&] {
-    return fHasPlaces ? pread(fDescriptor, buffer, count, position)
-                      : ::read(fDescriptor, buffer, count);
+    return fIsSeekable ? pread(fDescriptor, buffer, count, position)
+                       : ::read(fDescriptor, buffer, count);
   });
   if (read == -1) return MakeError("read", errno);
   outCount = static_cast<std::size_t>(read);
@@ -107,8 +107,8 @@ KAPError* OpenFile::Write(std::size_t& outCount, long position, const unsigned c
   for (outCount = 0; outCount < count;) {
     const ssize_t written = Uninterrupted([&] {
       const long place = position + static_cast<long>(outCount);
-      return fHasPlaces ? pwrite(fDescriptor, bytes + outCount, count - outCount, place)
-                        : ::write(fDescriptor, bytes + outCount, count - outCount);
+      return fIsSeekable ? pwrite(fDescriptor, bytes + outCount, count - outCount, place)
+                         : ::write(fDescriptor, bytes + outCount, count - outCount);
     });
     if (written == -1) return MakeError("write", errno);
     outCount += static_cast<std::size_t>(written);
@@ -130,7 +130,7 @@ KAPError* OpenFile::MakeError(const char* action, int number) const noexcept {
 void OpenFile::Count(Snapshot& books) {
   const std::lock_guard lock(gFilesMutex);
   for (const OpenFile* file = gFiles; file != nullptr; file = file->fNext) {
-    books.Add(Kind::kFile, file->fPath, {1, 0});
+    books.Add(KAPResource::kFile, file->fPath, {1, 0});
   }
 }
 

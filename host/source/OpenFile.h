@@ -28,7 +28,7 @@ class OpenFile {
   bool IsWritable() const noexcept;
   // All writes go to the end.
   bool IsAppending() const noexcept;
-  bool HasPlaces() const noexcept { return fHasPlaces; }
+  bool IsSeekable() const noexcept { return fIsSeekable; }
 
   // What is there to read, up to `count` bytes; 0 at the end.
   KAPError* Read(std::size_t& outCount, long position, unsigned char* buffer,
@@ -49,7 +49,7 @@ class OpenFile {
 
   const int fDescriptor;
   const int fFlags;
-  const bool fHasPlaces;
+  const bool fIsSeekable;
   const std::string fPath;
   OpenFile* fPrevious = nullptr;
   OpenFile* fNext = nullptr;

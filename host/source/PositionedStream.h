@@ -17,7 +17,7 @@ class PositionedStream : public Stream {
 
  protected:
   explicit PositionedStream(const char* kind) noexcept
-      : Stream(StreamLength::kPositionable, kind) {}
+      : Stream(StreamCapability::kPositionable, kind) {}
 
   virtual KAPError* GetSize(long& outSize) noexcept = 0;
 

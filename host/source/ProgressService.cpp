@@ -26,7 +26,7 @@ using KAP_T_MT::KAPProgressUpdateProc;
 
 KAPProgress* New(void* client, KAPProgressUpdateProc update,
                  KAPProgressDeleteProc deleteClient) noexcept {
-  if (IsRefused(Call::kProgress)) return nullptr;
+  if (Fails(KAPFault::kProgress)) return nullptr;
   auto* const progress = new (std::nothrow) KAPProgress{client, update, deleteClient};
   if (progress != nullptr) Count(kProgressSlot, 1, 1);
   return progress;
@@ -62,15 +62,17 @@ KAPError* Update(KAPProgress* progress, float fraction, const char* text, int fl
   return progress->fUpdate(progress->fClient, fraction, text, flag);
 }
 
-void OfferProgress(Binder& binder) {
-  Offer<KAP_T_MT::KAPProgressInterface>(binder, &NewNullProgress, &NewClientProgress, &AddRef,
-                                        &Release, &Update);
+void RegisterProgress(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPProgressInterface>(binder, &NewNullProgress, &NewClientProgress,
+                                                &AddRef, &Release, &Update);
 }
 
-void CountProgress(Snapshot& books) { books.Add(Kind::kProgress, "", TallyTotal(kProgressSlot)); }
+void CountProgress(Snapshot& books) {
+  books.Add(KAPResource::kProgress, "", TallyTotal(kProgressSlot));
+}
 
 }  // namespace
 
-const Service kProgressService = {&OfferProgress, &CountProgress};
+const Service kProgressService = {&RegisterProgress, &CountProgress};
 
 }  // namespace KAPHost

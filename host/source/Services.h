@@ -12,7 +12,7 @@ namespace KAPHost {
 // nothing). A new interface is a new file with such a constant, declared below and listed in
 // Services.cpp.
 struct Service {
-  void (*fOffer)(Binder& binder);
+  void (*fRegister)(Binder& binder);
   void (*fCount)(Snapshot& books);
 };
 
@@ -32,7 +32,7 @@ std::span<const Service* const> Services();
 // Registers an interface's procedures under the names of its declaration, but for that of the
 // interface.
 template <class Interface, class... Procs>
-void OfferUnder(const char* interfaceName, Binder& binder, Procs... procs) {
+void RegisterProcsUnder(const char* interfaceName, Binder& binder, Procs... procs) {
   for (const auto& entry : Interface::Registration(procs...)) {
     binder.Register(interfaceName, entry.fMethodName, entry.fProcName, entry.fProc);
   }
@@ -40,8 +40,8 @@ void OfferUnder(const char* interfaceName, Binder& binder, Procs... procs) {
 
 // Registers an interface's procedures under the names of its declaration.
 template <class Interface, class... Procs>
-void Offer(Binder& binder, Procs... procs) {
-  OfferUnder<Interface>(Interface::kName, binder, procs...);
+void RegisterProcs(Binder& binder, Procs... procs) {
+  RegisterProcsUnder<Interface>(Interface::kName, binder, procs...);
 }
 
 }  // namespace KAPHost

@@ -26,7 +26,7 @@ namespace {
 
 KAPSharedBuffer* NewBuffer(std::size_t size, void* data, KAPDeleteProc deleteProc,
                            KAP_T_MT::KAPGrowProc, void*) noexcept {
-  if (IsRefused(Call::kBuffer)) return nullptr;
+  if (Fails(KAPFault::kBuffer)) return nullptr;
   const std::size_t storage = data != nullptr ? 0 : size;
   if (storage > ~std::size_t{0} - sizeof(KAPSharedBuffer)) return nullptr;
   void* const block = std::calloc(1, sizeof(KAPSharedBuffer) + storage);
@@ -62,15 +62,15 @@ std::size_t GetSize(KAPSharedBuffer* buffer) noexcept {
   return buffer != nullptr ? buffer->fSize : 0;
 }
 
-void OfferBuffers(Binder& binder) {
-  Offer<KAP_T_MT::KAPSharedBuffInterface>(binder, &NewBuffer, &DeleteUnowned, &AddRef, &Release,
-                                          &GetBuffer, &GetSize);
+void RegisterBuffers(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPSharedBuffInterface>(binder, &NewBuffer, &DeleteUnowned, &AddRef,
+                                                  &Release, &GetBuffer, &GetSize);
 }
 
-void CountBuffers(Snapshot& books) { books.Add(Kind::kBuffer, "", TallyTotal(kBufferSlot)); }
+void CountBuffers(Snapshot& books) { books.Add(KAPResource::kBuffer, "", TallyTotal(kBufferSlot)); }
 
 }  // namespace
 
-const Service kSharedBuffService = {&OfferBuffers, &CountBuffers};
+const Service kSharedBuffService = {&RegisterBuffers, &CountBuffers};
 
 }  // namespace KAPHost

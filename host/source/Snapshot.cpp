@@ -10,56 +10,59 @@ std::string Amount(long amount, const char* unit) {
   return std::to_string(amount) + ' ' + unit + (amount == 1 ? "" : "s");
 }
 
-std::string Line(Kind kind, const std::string& name, Holding holding) {
+std::string Line(KAPResource kind, const std::string& name, Holding holding) {
   const std::string quoted = " \"" + name + "\": ";
   const std::string number = std::to_string(holding.fNumber);
   const auto with = [&](const char* unit) {
     return number + " (" + Amount(holding.fExtent, unit) + ')';
   };
   switch (kind) {
-    case Kind::kAtom:
+    case KAPResource::kAtom:
       return "atom" + quoted + Amount(holding.fNumber, "reference");
-    case Kind::kError:
+    case KAPResource::kError:
       return "error" + quoted + with("reference");
-    case Kind::kContainer:
+    case KAPResource::kContainer:
       return "container" + quoted + with("reference");
-    case Kind::kBlock:
+    case KAPResource::kBlock:
       return "blocks: " + with("byte");
-    case Kind::kBuffer:
+    case KAPResource::kBuffer:
       return "shared buffers: " + with("byte");
-    case Kind::kFile:
+    case KAPResource::kFile:
       return "open file" + quoted + number;
-    case Kind::kCacheID:
+    case KAPResource::kCacheID:
       return "cache identities: " + with("reference");
-    case Kind::kCacheItem:
+    case KAPResource::kCacheItem:
       return "cached items: " + number + " (cost " + std::to_string(holding.fExtent) + ')';
-    case Kind::kCacheSet:
+    case KAPResource::kCacheSet:
       return "cache sets: " + with("reference");
-    case Kind::kCachePurge:
+    case KAPResource::kCachePurge:
       return "cache purges: " + number;
-    case Kind::kSink:
+    case KAPResource::kSink:
       return "data sinks: " + with("reference");
-    case Kind::kProgress:
+    case KAPResource::kProgress:
       return "progress objects: " + with("reference");
+    case KAPResource::kNothing:
+    case KAPResource::kCount:
+      break;
   }
   return {};
 }
 
 }  // namespace
 
-void Snapshot::Add(Kind kind, std::string_view name, Holding holding) {
+void Snapshot::Add(KAPResource kind, std::string_view name, Holding holding) {
   const auto entry = fHoldings.try_emplace({kind, std::string(name)}).first;
   entry->second.fNumber += holding.fNumber;
   entry->second.fExtent += holding.fExtent;
   if (entry->second == Holding()) fHoldings.erase(entry);
 }
 
-Holding Snapshot::Of(Kind kind, std::string_view name) const {
+Holding Snapshot::Of(KAPResource kind, std::string_view name) const {
   const auto entry = fHoldings.find({kind, std::string(name)});
   return entry == fHoldings.end() ? Holding() : entry->second;
 }
 
-Holding Snapshot::Total(Kind kind) const {
+Holding Snapshot::Total(KAPResource kind) const {
   Holding total;
   for (const auto& [key, holding] : fHoldings) {
     if (key.first != kind) continue;

@@ -7,11 +7,11 @@
 
 namespace KAPHost {
 
-// How far the methods of a stream reach; each length includes those before it.
-enum class StreamLength { kSimple, kRewindable, kPositionable };
+// How far the methods of a stream reach; each capability includes those before it.
+enum class StreamCapability { kSimple, kRewindable, kPositionable };
 
 // A stream of the host: the primary instance of a container. Arguments have been checked and result
-// places are 0 when a method is called; only methods within the stream's length are called. A
+// places are 0 when a method is called; only methods within the stream's capability are called. A
 // method that fails leaves the result at 0 and the position where it was.
 // Threads: one at a time.
 class Stream {
@@ -20,7 +20,7 @@ class Stream {
   Stream& operator=(const Stream&) = delete;
   virtual ~Stream() = default;
 
-  StreamLength Length() const noexcept { return fLength; }
+  StreamCapability Capability() const noexcept { return fCapability; }
   // As it is logged.
   const char* Kind() const noexcept { return fKind; }
 
@@ -30,15 +30,16 @@ class Stream {
   virtual KAPError* Rewind() noexcept = 0;
   virtual KAPError* Mark(long& outPosition) noexcept = 0;
   virtual KAPError* Seek(long offset, int origin) noexcept = 0;
-  // A stream over the same data with a position of its own, at the start; at least of this length.
+  // A stream over the same data with a position of its own, at the start; at least of this capability.
   virtual KAPError* CreateIndependent(std::unique_ptr<Stream>& out,
-                                      StreamLength length) noexcept = 0;
+                                      StreamCapability capability) noexcept = 0;
 
  protected:
-  Stream(StreamLength length, const char* kind) noexcept : fLength(length), fKind(kind) {}
+  Stream(StreamCapability capability, const char* kind) noexcept
+      : fCapability(capability), fKind(kind) {}
 
  private:
-  const StreamLength fLength;
+  const StreamCapability fCapability;
   const char* const fKind;
 };
 

@@ -12,15 +12,15 @@ namespace {
 // under the same name in.
 void DeleteStream(void* stream) noexcept { delete static_cast<Stream*>(stream); }
 
-const char* Signature(StreamLength length) noexcept {
+const char* Signature(StreamCapability capability) noexcept {
   constexpr const char* kSignatures[] = {"KAPHostSimpleStream", "KAPHostRewindableStream",
                                          "KAPHostPositionableStream"};
-  return kSignatures[static_cast<int>(length)];
+  return kSignatures[static_cast<int>(capability)];
 }
 
-const ContainerType* TypeOf(StreamLength length) noexcept {
-  KAPStringAtom* const signature = gAtoms.Intern(Signature(length));
-  KAPStringAtom* const interfaceName = gAtoms.Intern(StreamInterfaceName(length));
+const ContainerType* TypeOf(StreamCapability capability) noexcept {
+  KAPStringAtom* const signature = gAtoms.Intern(Signature(capability));
+  KAPStringAtom* const interfaceName = gAtoms.Intern(StreamInterfaceName(capability));
   const ContainerType* const type =
       signature == nullptr || interfaceName == nullptr
           ? nullptr
@@ -32,16 +32,16 @@ const ContainerType* TypeOf(StreamLength length) noexcept {
 
 }  // namespace
 
-const char* StreamInterfaceName(StreamLength length) noexcept {
+const char* StreamInterfaceName(StreamCapability capability) noexcept {
   constexpr const char* kNames[] = {KAP_T_MT::KAPSimpleStreamInterface::kName,
                                     KAP_T_MT::KAPRewindableStreamInterface::kName,
                                     KAP_T_MT::KAPPositionableStreamInterface::kName};
-  return kNames[static_cast<int>(length)];
+  return kNames[static_cast<int>(capability)];
 }
 
 KAPError* ContainStream(KAPContainer** out, std::unique_ptr<Stream>& stream) noexcept {
-  if (IsRefused(Call::kContainer)) return MemoryError();
-  const ContainerType* const type = TypeOf(stream->Length());
+  if (Fails(KAPFault::kContainer)) return MemoryError();
+  const ContainerType* const type = TypeOf(stream->Capability());
   if (type != nullptr) *out = NewContainerRecord(*type, stream.get());
   if (*out == nullptr) return MemoryError();
   static_cast<void>(stream.release());  // the container's now

@@ -5,9 +5,9 @@
 
 namespace KAPHost {
 
-// The interface that containers of streams of this length offer. It includes the methods of the
+// The interface that containers of streams of this capability offer. It includes the methods of the
 // shorter ones, so that a container needs no equipment.
-const char* StreamInterfaceName(StreamLength length) noexcept;
+const char* StreamInterfaceName(StreamCapability capability) noexcept;
 
 // Puts a stream into a container, with one reference for the caller. On an error the stream stays
 // where it is.

@@ -24,7 +24,7 @@ using namespace KAP_T_MT;
 KAPError* NewMemoryStream(KAPContainer** out) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kStream)) return MemoryError();
+  if (Fails(KAPFault::kStream)) return MemoryError();
   return ReturnError([&] {
     std::unique_ptr<Stream> stream = std::make_unique<MemoryStream>(std::make_shared<ByteStore>());
     return ContainStream(out, stream);
@@ -35,7 +35,7 @@ KAPError* NewBufferStream(KAPContainer** out, const unsigned char* data,
                           std::size_t size) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kStream)) return MemoryError();
+  if (Fails(KAPFault::kStream)) return MemoryError();
   if (data == nullptr && size != 0) return InvalidArgument();
   return ReturnError([&] {
     auto bytes = std::make_shared<ByteStore>();
@@ -48,7 +48,7 @@ KAPError* NewBufferStream(KAPContainer** out, const unsigned char* data,
 KAPError* NewFileStream(KAPContainer** out, const char* path, const char* mode) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kStream)) return MemoryError();
+  if (Fails(KAPFault::kStream)) return MemoryError();
   if (path == nullptr || mode == nullptr) return InvalidArgument();
   std::shared_ptr<OpenFile> file;
   if (KAPError* error = OpenFile::Open(file, path, mode)) return error;
@@ -56,13 +56,13 @@ KAPError* NewFileStream(KAPContainer** out, const char* path, const char* mode) 
   return stream != nullptr ? ContainStream(out, stream) : MemoryError();
 }
 
-KAPError* NewClientStream(KAPContainer** out, StreamLength length, void* client,
+KAPError* NewClientStream(KAPContainer** out, StreamCapability capability, void* client,
                           const ClientStreamProcs& procs) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  if (IsRefused(Call::kStream)) return MemoryError();
-  if (client == nullptr || !procs.IsComplete(length)) return InvalidArgument();
-  auto* const stream = new (std::nothrow) ClientStream(length, client, procs);
+  if (Fails(KAPFault::kStream)) return MemoryError();
+  if (client == nullptr || !procs.IsComplete(capability)) return InvalidArgument();
+  auto* const stream = new (std::nothrow) ClientStream(capability, client, procs);
   std::unique_ptr<Stream> owner(stream);
   if (owner == nullptr) return MemoryError();
   KAPError* const error = ContainStream(out, owner);
@@ -73,14 +73,14 @@ KAPError* NewClientStream(KAPContainer** out, StreamLength length, void* client,
 KAPError* NewClientSimpleStream(KAPContainer** out, void* client, KAPClientReadProc read,
                                 KAPClientWriteProc write,
                                 KAPClientDeleteProc deleteClient) noexcept {
-  return NewClientStream(out, StreamLength::kSimple, client, {read, write, deleteClient});
+  return NewClientStream(out, StreamCapability::kSimple, client, {read, write, deleteClient});
 }
 
 KAPError* NewClientRewindableStream(KAPContainer** out, void* client, KAPClientReadProc read,
                                     KAPClientWriteProc write, KAPClientDeleteProc deleteClient,
                                     KAPClientCreateStreamProc createRewindable,
                                     KAPClientRewindProc rewind) noexcept {
-  return NewClientStream(out, StreamLength::kRewindable, client,
+  return NewClientStream(out, StreamCapability::kRewindable, client,
                          {read, write, deleteClient, createRewindable, rewind});
 }
 
@@ -91,7 +91,7 @@ KAPError* NewClientPositionableStream(KAPContainer** out, void* client, KAPClien
                                       KAPClientCreateStreamProc createPositionable,
                                       KAPClientMarkProc mark, KAPClientSeekProc seek) noexcept {
   return NewClientStream(
-      out, StreamLength::kPositionable, client,
+      out, StreamCapability::kPositionable, client,
       {read, write, deleteClient, createRewindable, rewind, createPositionable, mark, seek});
 }
 
@@ -99,11 +99,11 @@ KAPError* NewClientPositionableStream(KAPContainer** out, void* client, KAPClien
 
 // Runs operation(stream), unless the call is refused.
 template <class Operation>
-KAPError* Perform(Call kind, KAPContainer* handle, StreamLength needed,
+KAPError* Perform(KAPFault kind, KAPContainer* handle, StreamCapability needed,
                   Operation operation) noexcept {
   Stream* const stream = StreamOf(handle);
-  if (stream == nullptr || stream->Length() < needed) return InvalidContainer();
-  return IsRefused(kind) ? MemoryError() : operation(*stream);
+  if (stream == nullptr || stream->Capability() < needed) return InvalidContainer();
+  return Fails(kind) ? MemoryError() : operation(*stream);
 }
 
 [[gnu::cold]] void Log(const char* method, KAPContainer* handle, long amount, int origin,
@@ -129,23 +129,25 @@ KAPError* Read(std::size_t* outCount, KAPContainer* handle, unsigned char* buffe
                std::size_t count) noexcept {
   if (outCount == nullptr) return InvalidArgument();
   *outCount = 0;
-  KAPError* const error = Perform(Call::kRead, handle, StreamLength::kSimple, [&](Stream& stream) {
-    if (buffer == nullptr && count != 0) return InvalidArgument();
-    return stream.Read(*outCount, buffer, std::min(count, ReadLimit()));
-  });
+  KAPError* const error =
+      Perform(KAPFault::kRead, handle, StreamCapability::kSimple, [&](Stream& stream) {
+        if (buffer == nullptr && count != 0) return InvalidArgument();
+        return stream.Read(*outCount, buffer, std::min(count, ReadLimit()));
+      });
   return Logged(error, "Read", handle, static_cast<long>(count), 0, static_cast<long>(*outCount));
 }
 
 KAPError* Write(KAPContainer* handle, const unsigned char* buffer, std::size_t count) noexcept {
-  KAPError* const error = Perform(Call::kWrite, handle, StreamLength::kSimple, [&](Stream& stream) {
-    if (buffer == nullptr && count != 0) return InvalidArgument();
-    return stream.Write(buffer, count);
-  });
+  KAPError* const error =
+      Perform(KAPFault::kWrite, handle, StreamCapability::kSimple, [&](Stream& stream) {
+        if (buffer == nullptr && count != 0) return InvalidArgument();
+        return stream.Write(buffer, count);
+      });
   return Logged(error, "Write", handle, static_cast<long>(count));
 }
 
 KAPError* Rewind(KAPContainer* handle) noexcept {
-  KAPError* const error = Perform(Call::kSeek, handle, StreamLength::kRewindable,
+  KAPError* const error = Perform(KAPFault::kSeek, handle, StreamCapability::kRewindable,
                                   [](Stream& stream) { return stream.Rewind(); });
   return Logged(error, "Rewind", handle);
 }
@@ -153,61 +155,63 @@ KAPError* Rewind(KAPContainer* handle) noexcept {
 KAPError* Mark(long* outPosition, KAPContainer* handle) noexcept {
   if (outPosition == nullptr) return InvalidArgument();
   *outPosition = 0;
-  KAPError* const error = Perform(Call::kMark, handle, StreamLength::kPositionable,
+  KAPError* const error = Perform(KAPFault::kMark, handle, StreamCapability::kPositionable,
                                   [&](Stream& stream) { return stream.Mark(*outPosition); });
   return Logged(error, "Mark", handle, 0, 0, *outPosition);
 }
 
 KAPError* Seek(KAPContainer* handle, long offset, int origin) noexcept {
-  KAPError* const error = Perform(Call::kSeek, handle, StreamLength::kPositionable,
+  KAPError* const error = Perform(KAPFault::kSeek, handle, StreamCapability::kPositionable,
                                   [&](Stream& stream) { return stream.Seek(offset, origin); });
   return Logged(error, "Seek", handle, offset, origin);
 }
 
-KAPError* CreateIndependent(KAPContainer** out, KAPContainer* handle, StreamLength length,
+KAPError* CreateIndependent(KAPContainer** out, KAPContainer* handle, StreamCapability capability,
                             const char* method) noexcept {
   if (out == nullptr) return InvalidArgument();
   *out = nullptr;
-  KAPError* const error = Perform(Call::kIndependentStream, handle, length, [&](Stream& stream) {
-    std::unique_ptr<Stream> independent;
-    KAPError* const failure = stream.CreateIndependent(independent, length);
-    return failure != nullptr ? failure : ContainStream(out, independent);
-  });
+  KAPError* const error =
+      Perform(KAPFault::kIndependentStream, handle, capability, [&](Stream& stream) {
+        std::unique_ptr<Stream> independent;
+        KAPError* const failure = stream.CreateIndependent(independent, capability);
+        return failure != nullptr ? failure : ContainStream(out, independent);
+      });
   return Logged(error, method, handle);
 }
 
 KAPError* CreateIndependentlyRewindable(KAPContainer** out, KAPContainer* handle) noexcept {
-  return CreateIndependent(out, handle, StreamLength::kRewindable,
+  return CreateIndependent(out, handle, StreamCapability::kRewindable,
                            "CreateIndependentlyRewindableStream");
 }
 
 KAPError* CreateIndependentlyPositionable(KAPContainer** out, KAPContainer* handle) noexcept {
-  return CreateIndependent(out, handle, StreamLength::kPositionable,
+  return CreateIndependent(out, handle, StreamCapability::kPositionable,
                            "CreateIndependentlyPositionableStream");
 }
 
-void OfferMethods(Binder& binder, StreamLength length) {
-  const char* const name = StreamInterfaceName(length);
-  OfferUnder<KAPSimpleStreamInterface>(name, binder, &Read, &Write);
-  if (length == StreamLength::kSimple) return;
-  OfferUnder<KAPRewindableStreamInterface>(name, binder, &CreateIndependentlyRewindable, &Rewind);
-  if (length == StreamLength::kRewindable) return;
-  OfferUnder<KAPPositionableStreamInterface>(name, binder, &CreateIndependentlyPositionable, &Mark,
-                                             &Seek);
+void RegisterMethods(Binder& binder, StreamCapability capability) {
+  const char* const name = StreamInterfaceName(capability);
+  RegisterProcsUnder<KAPSimpleStreamInterface>(name, binder, &Read, &Write);
+  if (capability == StreamCapability::kSimple) return;
+  RegisterProcsUnder<KAPRewindableStreamInterface>(name, binder, &CreateIndependentlyRewindable,
+                                                   &Rewind);
+  if (capability == StreamCapability::kRewindable) return;
+  RegisterProcsUnder<KAPPositionableStreamInterface>(name, binder, &CreateIndependentlyPositionable,
+                                                     &Mark, &Seek);
 }
 
-void OfferStreams(Binder& binder) {
-  Offer<KAPStreamFactoryInterface>(binder, &NewMemoryStream, &NewBufferStream, &NewFileStream,
-                                   &NewClientSimpleStream, &NewClientRewindableStream,
-                                   &NewClientPositionableStream);
-  OfferMethods(binder, StreamLength::kSimple);
-  OfferMethods(binder, StreamLength::kRewindable);
-  OfferMethods(binder, StreamLength::kPositionable);
+void RegisterStreams(Binder& binder) {
+  RegisterProcs<KAPStreamFactoryInterface>(
+      binder, &NewMemoryStream, &NewBufferStream, &NewFileStream, &NewClientSimpleStream,
+      &NewClientRewindableStream, &NewClientPositionableStream);
+  RegisterMethods(binder, StreamCapability::kSimple);
+  RegisterMethods(binder, StreamCapability::kRewindable);
+  RegisterMethods(binder, StreamCapability::kPositionable);
 }
 
 }  // namespace
 
 // The streams themselves are in the books as containers.
-const Service kStreamService = {&OfferStreams, &OpenFile::Count};
+const Service kStreamService = {&RegisterStreams, &OpenFile::Count};
 
 }  // namespace KAPHost

@@ -10,7 +10,7 @@ namespace KAPHost {
 namespace {
 
 KAPStringAtom* NewStringAtom(const char* text) noexcept {
-  return IsRefused(Call::kAtom) ? nullptr : gAtoms.Intern(text);
+  return Fails(KAPFault::kAtom) ? nullptr : gAtoms.Intern(text);
 }
 
 void DeleteStringAtom(KAPStringAtom* atom) noexcept { gAtoms.Release(atom); }
@@ -21,9 +21,9 @@ const char* GetCString(KAPStringAtom* atom) noexcept {
 
 void AddRef(KAPStringAtom* atom) noexcept { gAtoms.AddRef(atom); }
 
-void OfferStrings(Binder& binder) {
-  Offer<KAP_T_MT::KAPStringInterface>(binder, &NewStringAtom, &DeleteStringAtom, &GetCString,
-                                      &AddRef);
+void RegisterStrings(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPStringInterface>(binder, &NewStringAtom, &DeleteStringAtom,
+                                              &GetCString, &AddRef);
 }
 
 std::string_view View(const KAPStringAtom& atom) { return {atom.Text(), atom.fLength}; }
@@ -31,17 +31,17 @@ std::string_view View(const KAPStringAtom& atom) { return {atom.Text(), atom.fLe
 // Without the references that the types hold.
 void CountAtoms(Snapshot& books) {
   gAtoms.ForEach([&](const KAPStringAtom& atom, long references) {
-    books.Add(Kind::kAtom, View(atom), {references, 0});
+    books.Add(KAPResource::kAtom, View(atom), {references, 0});
   });
   gContainerTypes.ForEach([&](const ContainerType& type) {
     for (const KAPStringAtom* atom : {type.fInstanceName, type.fInterfaceName}) {
-      if (atom != nullptr) books.Add(Kind::kAtom, View(*atom), {-1, 0});
+      if (atom != nullptr) books.Add(KAPResource::kAtom, View(*atom), {-1, 0});
     }
   });
 }
 
 }  // namespace
 
-const Service kStringService = {&OfferStrings, &CountAtoms};
+const Service kStringService = {&RegisterStrings, &CountAtoms};
 
 }  // namespace KAPHost

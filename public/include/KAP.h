@@ -6,11 +6,11 @@
 // The namespace is hidden in all headers, so that every component has tables of its own, whatever
 // flags it is compiled with.
 
-#include "kap/KAPAdopt.h"
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
 #include "kap/KAPCache.h"
 #include "kap/KAPCacheInterface.h"
+#include "kap/KAPClient.h"
 #include "kap/KAPClientBase.h"
 #include "kap/KAPClientFilter.h"
 #include "kap/KAPClientProcs.h"
@@ -23,13 +23,13 @@
 #include "kap/KAPFilterInterface.h"
 #include "kap/KAPHostInterfaces.h"
 #include "kap/KAPInterface.h"
+#include "kap/KAPInterfaceClient.h"
 #include "kap/KAPMemory.h"
 #include "kap/KAPMethodTable.h"
 #include "kap/KAPProcTable.h"
 #include "kap/KAPProgress.h"
 #include "kap/KAPProgressInterface.h"
 #include "kap/KAPReference.h"
-#include "kap/KAPRegistration.h"
 #include "kap/KAPSharedBuff.h"
 #include "kap/KAPSharedBuffInterface.h"
 #include "kap/KAPStaticCache.h"

@@ -4,6 +4,7 @@
 // pos/POSDictClient.h (dictionaries) and pos/POSObject.h (what all kinds share); the plain
 // procedures are in pos/POSInterfaces.h.
 
+#include "kap/KAPClient.h"
 #include "pos/POSArray.h"
 #include "pos/POSBinData.h"
 #include "pos/POSDictClient.h"

@@ -2,5 +2,6 @@
 
 // Property objects as documents on streams.
 
+#include "kap/KAPClient.h"
 #include "pos/POSStreamerClient.h"
 #include "pos/POSStreamerInterfaces.h"

@@ -8,7 +8,7 @@
 
 #include "KAPUtilsDir.h"
 #include "TestHost.h"
-#include "kap/KAPBinder.h"
+#include "kap/KAPClient.h"
 
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;

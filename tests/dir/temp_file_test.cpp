@@ -9,7 +9,7 @@
 namespace {
 
 using namespace KAP_T_MT;
-using Kind = KAPHost::Call;
+using Kind = KAP_T_MT::KAPFault;
 
 CKAPPositionableStream NewStream() { return CKAPUtilsDir::NewTempFileStream("tf", nullptr, "w+b"); }
 
@@ -120,9 +120,9 @@ TEST_F(DirTest, TempFileThatCannotBeDeleted) {
 
 TEST_F(DirTest, ReleaseUnderRefusals) {
   std::optional<CKAPPositionableStream> stream = NewStream();
-  RefuseFrom(Kind::kAny, 1);
+  FailFrom(Kind::kAny, 1);
   stream.reset();
-  StopRefusing();
+  StopFaults();
   EXPECT_EQ(Names(), Texts());
 }
 
@@ -137,10 +137,10 @@ void RefuseEachCall(const std::function<void(DirWorld&, const Refused&)>& test) 
       SCOPED_TRACE(testing::Message() << "call " << n << (andAllAfterIt ? " on" : ""));
       DirWorld world;
       test(world, [&](const Body& body) {
-        andAllAfterIt ? world.RefuseFrom(Kind::kAny, n) : world.Refuse(Kind::kAny, n);
+        andAllAfterIt ? world.FailFrom(Kind::kAny, n) : world.FailCall(Kind::kAny, n);
         const bool failed = Fails(body);
         fired = world.Fired();
-        world.StopRefusing();
+        world.StopFaults();
         EXPECT_EQ(failed, fired);
         return failed;
       });
@@ -188,9 +188,9 @@ TEST_F(DirTest, FileStreamFails) {
                                          {Kind::kSeek, [&] { stream.Rewind(); }},
                                          {Kind::kMark, [&] { stream.Mark(); }}};
   for (const auto& [kind, call] : calls) {
-    Refuse(kind, 2);
+    FailCall(kind, 2);
     EXPECT_TRUE(Fails(call) && Fired());
-    StopRefusing();
+    StopFaults();
   }
 }
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-using KAPHost::Kind;
+using KAP_T_MT::KAPResource;
 
 class AtomTest : public HostTest {
  protected:
@@ -16,9 +16,9 @@ TEST_F(AtomTest, EqualTextsAreOneAtom) {
   KAPStringAtom* a = fHost.Atom("key");
   EXPECT_EQ(a, fHost.Atom(built.c_str()));
   fHost.Strings<"AddRef">(a);
-  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kAtom, "key").fNumber, 3);
+  EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kAtom, "key").fNumber, 3);
   for (int i = 0; i < 3; ++i) Delete(a);
-  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kAtom, "key").fNumber, 0);
+  EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kAtom, "key").fNumber, 0);
 }
 
 TEST_F(AtomTest, NullIsNoAtom) {

@@ -2,7 +2,7 @@
 
 namespace {
 
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 
 // A component's stream object, whose procedures give an error while there is one.
 struct Client {
@@ -77,18 +77,18 @@ TEST_F(ClientStreamTest, EachLengthOffersItsMethods) {
 TEST_F(ClientStreamTest, RefusalsAndErrors) {
   Client client, other;
   KAPContainer* stream = nullptr;
-  for (const Call kind : {Call::kStream, Call::kContainer}) {
-    fHost.Refuse(kind, 1);
+  for (const KAPFault kind : {KAPFault::kStream, KAPFault::kContainer}) {
+    fHost.FailCall(kind, 1);
     EXPECT_EQ(fHost.TakeMessage(Make(&stream, 3, client)), "out of memory");
     EXPECT_EQ(client.fDeleted, 0);
-    fHost.StopRefusing();
+    fHost.StopFaults();
   }
   EXPECT_EQ(Make(&stream, 3, client), nullptr);
   const auto create = fHost.Proc<Positionable, "CreateIndependentlyPositionableStream">();
   KAPContainer* out = stream;
   EXPECT_EQ(fHost.TakeMessage(create(&out, stream)), "a client stream gave no independent stream");
   client.fIndependent = &other;
-  fHost.Refuse(Call::kContainer, 1);
+  fHost.FailCall(KAPFault::kContainer, 1);
   EXPECT_EQ(fHost.TakeMessage(create(&out, stream)), "out of memory");
   EXPECT_EQ(other.fDeleted, 1);
   KAPContainer* const independent = NewIndependent(stream);

@@ -4,8 +4,8 @@
 
 namespace {
 
+using KAP_T_MT::KAPResource;
 using KAPHost::Component;
-using KAPHost::Kind;
 using KAPHost::LoadError;
 
 class ComponentTest : public HostTest {};
@@ -14,7 +14,7 @@ TEST_F(ComponentTest, IsInitialisedTerminatedAndUnloaded) {
   {
     Component component = fHost.Load(SMALL_COMPONENT, "Small");
     EXPECT_EQ(component.Version(), 7);
-    EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kAtom, "kept by a component").fNumber, 1);
+    EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kAtom, "kept by a component").fNumber, 1);
     const auto answer =
         reinterpret_cast<int (*)()>(fHost.Find("SmallInterface", "Answer", "SmallAnswerProc"));
     ASSERT_NE(answer, nullptr);
@@ -36,7 +36,7 @@ TEST_F(ComponentTest, FailuresAreExplained) {
   } rows[] = {{"no such file", "/no/such/file.so", "Small", "cannot open shared object file"},
               {"no such entry point", SMALL_COMPONENT, "Big", "BigInitialize"},
               {"refuses to start", SMALL_COMPONENT, "Small", "SmallInitialize failed"}};
-  fHost.RefuseRegistration("SmallInterface", "Answer");
+  fHost.FailRegistration("SmallInterface", "Answer");
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
     try {

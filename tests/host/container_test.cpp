@@ -2,8 +2,8 @@
 
 namespace {
 
+using KAP_T_MT::KAPResource;
 using KAPHost::Holding;
-using KAPHost::Kind;
 
 // What the delete procedures of instances were called with, in order.
 std::string gDeleted;
@@ -70,7 +70,7 @@ TEST_F(ContainerTest, LastReleaseDeletesTheInstance) {
 
   EXPECT_TRUE(fHost.Containers<"AddRef">(container));
   EXPECT_EQ(RefCount(container), 2);
-  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kContainer, "Impl"), (Holding{1, 2}));
+  EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kContainer, "Impl"), (Holding{1, 2}));
   Release(container);
   EXPECT_EQ(gDeleted, "");
   Release(container);
@@ -96,7 +96,7 @@ TEST_F(ContainerTest, UnownedContainersLiveUntilTheyAreDeleted) {
   fHost.Containers<"DeleteUnownedContainer">(container);
   EXPECT_EQ(gDeleted, "");  // there is a reference
   fHost.Containers<"DecrementWithoutDelete">(container);
-  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kContainer, "Impl"), (Holding{1, 0}));
+  EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kContainer, "Impl"), (Holding{1, 0}));
   Release(container);
   EXPECT_EQ(gDeleted, "");
   EXPECT_NE(fHost.TakeReport().find("without references"), std::string::npos);
@@ -122,7 +122,7 @@ TEST_F(ContainerTest, EmptyContainerIsEquipped) {
   EXPECT_EQ(add(fImpl, fNameA), "");
   EXPECT_EQ(Word(container, 0), fNameA);
   EXPECT_EQ(Word(container, 1), fHost.Strings<"GetCString">(fImpl));
-  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kContainer, "Impl"), (Holding{1, 2}));
+  EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kContainer, "Impl"), (Holding{1, 2}));
   EXPECT_EQ(add(fOther, fNameB), "");
   EXPECT_EQ(add(fInterface, fNameC), "");
   EXPECT_NE(add(fOther, fNameA), "");  // present already: refused

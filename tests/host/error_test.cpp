@@ -2,8 +2,8 @@
 
 namespace {
 
+using KAP_T_MT::KAPResource;
 using KAPHost::Holding;
-using KAPHost::Kind;
 
 class ErrorTest : public HostTest {};
 
@@ -13,8 +13,8 @@ TEST_F(ErrorTest, KeepsItsTextsAndFreesItsClientData) {
       fHost.Errors<"NewError">("message", "component", -5L, static_cast<void*>(&freed),
                                KAPDeleteProc([](void* data) { ++*static_cast<int*>(data); }));
   // The texts are the error's, nobody else's.
-  EXPECT_EQ(fHost.TakeSnapshot().Total(Kind::kAtom), Holding());
-  EXPECT_EQ(fHost.TakeSnapshot().Of(Kind::kError, "message"), (Holding{1, 1}));
+  EXPECT_EQ(fHost.TakeSnapshot().Total(KAPResource::kAtom), Holding());
+  EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kError, "message"), (Holding{1, 1}));
 
   EXPECT_EQ(fHost.TakeText(fHost.Errors<"GetErrorMessage">(error)), "message");
   EXPECT_EQ(fHost.TakeText(fHost.Errors<"GetComponent">(error)), "component");

@@ -69,7 +69,7 @@ TEST_F(FilterTest, FailingClients) {
   Client client;
   KAPDataSink* const target = New<"NewNullDataSink">();
   KAPDataSink* filter = target;
-  fHost.Refuse(KAPHost::Call::kSink, 1);
+  fHost.FailCall(KAP_T_MT::KAPFault::kSink, 1);
   EXPECT_EQ(Do<"NewClientFilter">(&filter, target, &client, &WriteProc, &Delete, &Close, &Code),
             "out of memory");
   EXPECT_EQ(filter, nullptr);

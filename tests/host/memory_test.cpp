@@ -5,7 +5,7 @@
 
 namespace {
 
-using KAPHost::Kind;
+using KAP_T_MT::KAPResource;
 
 class MemoryTest : public HostTest {};
 
@@ -17,8 +17,8 @@ TEST_F(MemoryTest, BlocksAreAlignedAndCounted) {
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0u);
     const std::size_t usable = fHost.Memory<"GetBlockSize">(block);
     EXPECT_GE(usable, size);
-    EXPECT_EQ(fHost.TakeSnapshot().Total(Kind::kBlock).fNumber, 1);
-    EXPECT_EQ(fHost.TakeSnapshot().Total(Kind::kBlock).fExtent, static_cast<long>(usable));
+    EXPECT_EQ(fHost.TakeSnapshot().Total(KAPResource::kBlock).fNumber, 1);
+    EXPECT_EQ(fHost.TakeSnapshot().Total(KAPResource::kBlock).fExtent, static_cast<long>(usable));
     std::memset(block, 1, size);
     fHost.Memory<"Free">(block);
     EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty());
@@ -31,8 +31,8 @@ TEST_F(MemoryTest, ReallocKeepsContentsAndBooks) {
   for (const std::size_t size : {100000ul, 8ul}) {
     block = static_cast<char*>(fHost.Memory<"Realloc">(block, size));
     EXPECT_STREQ(block, "content");
-    EXPECT_EQ(fHost.TakeSnapshot().Total(Kind::kBlock).fNumber, 1);
-    EXPECT_GE(fHost.TakeSnapshot().Total(Kind::kBlock).fExtent, static_cast<long>(size));
+    EXPECT_EQ(fHost.TakeSnapshot().Total(KAPResource::kBlock).fNumber, 1);
+    EXPECT_GE(fHost.TakeSnapshot().Total(KAPResource::kBlock).fExtent, static_cast<long>(size));
   }
   EXPECT_EQ(fHost.Memory<"Realloc">(block, SIZE_MAX), nullptr);
   EXPECT_STREQ(block, "content");

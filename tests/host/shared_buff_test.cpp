@@ -19,7 +19,7 @@ TEST_F(SharedBuffTest, OwnStorage) {
   EXPECT_EQ((fHost.Call<Buffers, "GetSize">(buffer)), 1000u);
   fHost.Call<Buffers, "Release">(buffer);
   EXPECT_EQ(newBuffer(~0ul, nullptr, nullptr, nullptr, nullptr), nullptr);
-  fHost.Refuse(KAPHost::Call::kBuffer, 1);
+  fHost.FailCall(KAP_T_MT::KAPFault::kBuffer, 1);
   EXPECT_EQ(newBuffer(1, nullptr, nullptr, nullptr, nullptr), nullptr);
 }
 

@@ -28,7 +28,7 @@ TEST(ShutdownTest, LateCallsDoNoHarm) {
   KAPContainer* container = nullptr;
   newContainer(&container);
   host.reset();
-  EXPECT_EQ(leaked.Of(KAPHost::Kind::kAtom, "left behind").fNumber, 1);
+  EXPECT_EQ(leaked.Of(KAP_T_MT::KAPResource::kAtom, "left behind").fNumber, 1);
 
   EXPECT_EQ(newAtom("late"), nullptr);
   EXPECT_EQ(alloc(10), nullptr);
@@ -46,7 +46,7 @@ TEST(ShutdownTest, LateCallsDoNoHarm) {
   host.emplace(options);
   EXPECT_TRUE(host->TakeSnapshot().IsEmpty());
   release(container);
-  EXPECT_EQ(host->TakeSnapshot().Total(KAPHost::Kind::kContainer).fNumber, -1);
+  EXPECT_EQ(host->TakeSnapshot().Total(KAP_T_MT::KAPResource::kContainer).fNumber, -1);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 
 namespace {
 
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 
 class FileStreamsTest : public StreamsTest {
  protected:
@@ -96,7 +96,7 @@ TEST_F(FileStreamsTest, Modes) {
     Write(stream, "old");
     Release(stream);
     stream = NewFile(fPath, row.mode);
-    EXPECT_EQ(fHost.TakeSnapshot().Of(KAPHost::Kind::kFile, fPath).fNumber, 1);
+    EXPECT_EQ(fHost.TakeSnapshot().Of(KAP_T_MT::KAPResource::kFile, fPath).fNumber, 1);
     EXPECT_EQ(Read(stream, 10), row.read);
     EXPECT_EQ(Write(stream, "+"), row.write);
     Release(stream);
@@ -146,15 +146,15 @@ TEST_F(StreamsTest, RefusalsLimitsAndLog) {
   KAPContainer* const stream = New<Factory, "NewPositionableBufferStream">(
       reinterpret_cast<const unsigned char*>("12345"), 5ul);
   EXPECT_EQ(Write(stream, "x"), "a buffer stream is read-only");
-  fHost.Refuse(Call::kSeek, 2);
-  fHost.Refuse(Call::kMark, 1);
+  fHost.FailCall(KAPFault::kSeek, 2);
+  fHost.FailCall(KAPFault::kMark, 1);
   fHost.LimitReads(2);
   fHost.LogStreamCalls();
   EXPECT_EQ(Read(stream, 4), "12");
   EXPECT_EQ(Seek(stream, -1, 1), "");
   EXPECT_EQ(Rewind(stream), "out of memory");
   EXPECT_EQ(Mark(stream), "out of memory");
-  fHost.StopRefusing();
+  fHost.StopFaults();
   EXPECT_EQ(Mark(stream), "1");
   EXPECT_EQ(Read(stream, 9), "2345");
   fHost.LogStreamCalls(false);

@@ -4,7 +4,7 @@
 namespace {
 
 using namespace KAP_T_MT;
-using KAPHost::Kind;
+using KAP_T_MT::KAPResource;
 
 constexpr int kRounds = 50000;
 
@@ -42,7 +42,7 @@ TEST_F(ThreadsTest, ManyAtoms) {
   for (int thread = 1; thread < kThreads; ++thread) {
     EXPECT_EQ(atoms[0], atoms[static_cast<std::size_t>(thread)]);
   }
-  EXPECT_EQ(fHost.TakeSnapshot().Total(Kind::kAtom).fNumber, kThreads * 5000);
+  EXPECT_EQ(fHost.TakeSnapshot().Total(KAPResource::kAtom).fNumber, kThreads * 5000);
   RunOnThreads([&](int thread) {
     for (KAPStringAtom* atom : atoms[static_cast<std::size_t>(thread)]) {
       fHost.Strings<"DeleteStringAtom">(atom);

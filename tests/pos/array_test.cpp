@@ -28,9 +28,9 @@ TEST_F(ArrayTest, IndicesThatDoNotFit) {
     EXPECT_EQ((Call<POSArrayInterface, "GetAt">(fArray.get(), index)), nullptr);
     RemoveAt(index);
   }
-  RefuseBlocksAbove(1000);
+  FailBlocksAbove(1000);
   SetAt(1000, Number(2));
-  StopRefusing();
+  StopFaults();
   EXPECT_EQ(TakeReport(), "std::bad_alloc");
   EXPECT_EQ(Show(fArray), "[1]");
 }

@@ -104,10 +104,10 @@ TEST_F(NestingTest, AMillionLevels) {
     const BalancedScope balanced(*this);
     Object chain = Chain(kMillion, row.wrap);
     CloneCompareAndRead(chain, row.text, false);
-    RefuseFrom(KAPHost::Call::kAny, 1);  // releasing needs no memory
+    FailFrom(KAP_T_MT::KAPFault::kAny, 1);  // releasing needs no memory
     chain.reset();
     EXPECT_FALSE(Fired());
-    StopRefusing();
+    StopFaults();
   }
 }
 

@@ -109,10 +109,11 @@ bool RefuseCall(unsigned long n, bool andAllAfterIt, bool cold) {
   Given given(world, Procedure::kInterface, Procedure::kMethod);
   const std::string before = given.Show();
   if (cold) world.MoveUnregisterCounter();
-  andAllAfterIt ? world.RefuseFrom(KAPHost::Call::kAny, n) : world.Refuse(KAPHost::Call::kAny, n);
+  andAllAfterIt ? world.FailFrom(KAP_T_MT::KAPFault::kAny, n)
+                : world.FailCall(KAP_T_MT::KAPFault::kAny, n);
   const std::optional<bool> failed = Procedure::Call(world, given);
   const bool fired = world.Fired();
-  world.StopRefusing();
+  world.StopFaults();
 
   const bool quiet = Procedure::kMethod == "DeepGet";  // not found, whatever the reason
   const bool changes = Procedure::kMethod == "SetAt" || Procedure::kMethod == "Append" ||

@@ -118,9 +118,9 @@ TEST_F(TextTest, RefusalsKeepThePlace) {
   for (unsigned long n = 1;; ++n) {
     SCOPED_TRACE(n);
     const char* end = nullptr;
-    Refuse(KAPHost::Call::kContainer, n);
+    FailCall(KAP_T_MT::KAPFault::kContainer, n);
     const Object object = Own(fCreate(text, &end));
-    StopRefusing();
+    StopFaults();
     if (object) break;
     static constexpr int kPlaces[] = {1, 2, 4, 9, 12};
     EXPECT_EQ(end - text, kPlaces[n - 1]);

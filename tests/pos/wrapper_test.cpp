@@ -112,10 +112,10 @@ TEST_F(WrapperTest, ObjectReferences) {
   EXPECT_EQ(dict.GetKAPObjRef("r", false).GetRawPointer(), container.get());
   {
     const BalancedScope balanced(*this);
-    Refuse(KAPHost::Call::kContainer, 1);
+    FailCall(KAP_T_MT::KAPFault::kContainer, 1);
     EXPECT_EQ(Thrown([&] { CPOSRawPointer::NewKAPObjRef(container.get()); }),
               "CKAPError invalid container");
-    StopRefusing();
+    StopFaults();
     EXPECT_NE(TakeReport(), "");
   }
   container.reset();
@@ -145,7 +145,7 @@ TEST_F(WrapperTest, InterfaceThatCannotBeLoaded) {
   EXPECT_TRUE(CPOSNumber(number, true).IsNull());
   EXPECT_EQ(Thrown([&] { CPOSNumber(number, false); }), DowncastMessage("CPOSNumber"));
   EXPECT_EQ(Thrown([&] { CPOSNumber(6.0); }), DowncastMessage("CPOSNumber"));
-  StopRefusing();
+  StopFaults();
   EXPECT_EQ(CPOSNumber(number, false).Get(), 5);
 }
 

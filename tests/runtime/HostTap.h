@@ -8,19 +8,6 @@
 
 #include "kaphost/KAPHost.h"
 
-// The binder's own procedures, declared like any other interface.
-struct BinderInterface
-    : KAP_T_MT::TKAPInterface<
-          "KAP",
-          KAP_T_MT::TKAPMethod<"KAPRegisterProcAddress", "KAPRegisterProcAddress",
-                               int(const char*, const char*, const char*, void*)>,
-          KAP_T_MT::TKAPMethod<"KAPReportError", "KAPReportError", void(const char*)>,
-          KAP_T_MT::TKAPMethod<"KAPUnregisterInterface", "KAPUnregisterInterface",
-                               void(const char*)>,
-          KAP_T_MT::TKAPMethod<"KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr",
-                               unsigned long*()>,
-          KAP_T_MT::TKAPMethod<"KAPIsMultiThreaded", "KAPIsMultiThreaded", int()>> {};
-
 using Log = std::vector<std::pair<std::string, std::string>>;
 
 // Stands between a host and its components and writes down what they ask of it: look-ups as
@@ -30,16 +17,7 @@ class HostTap {
  public:
   explicit HostTap(KAPHost::Host& host) {
     fGetProc = host.GetProcAddress();
-    Tap<BinderInterface>(host);
-    Tap<KAP_T_MT::KAPContainerInterface>(host);
-    Tap<KAP_T_MT::KAPErrorInterface>(host);
-    Tap<KAP_T_MT::KAPStringInterface>(host);
-    Tap<KAP_T_MT::KAPMemoryInterface>(host);
-    Tap<KAP_T_MT::KAPCacheInterface>(host);
-    Tap<KAP_T_MT::KAPSharedBuffInterface>(host);
-    Tap<KAP_T_MT::KAPStreamFactoryInterface>(host);
-    Tap<KAP_T_MT::KAPFilterInterface>(host);
-    Tap<KAP_T_MT::KAPProgressInterface>(host);
+    KAP_T_MT::KAPHostInterfaceSet::ForEach([&]<class Interface>() { Tap<Interface>(host); });
     Clear();
   }
 

@@ -18,8 +18,8 @@ using EchoClient = KAP_T_MT::TKAPInterfaceClient<EchoInterface>;
 // Offers First, Second and Third as procedures that answer Base + 1, + 2, + 3.
 template <int Base = 0>
 void OfferEcho(KAPHost::Host& host) {
-  host.Offer<EchoInterface>([] { return Base + 1; }, [] { return Base + 2; },
-                            [] { return Base + 3; });
+  host.RegisterInterface<EchoInterface>([] { return Base + 1; }, [] { return Base + 2; },
+                                        [] { return Base + 3; });
 }
 
 inline void* EchoProc(const KAPHost::Host& host, std::size_t slot) {
@@ -81,7 +81,7 @@ class BoundTest : public HostTest {
     HostTap::Clear();
   }
   ~BoundTest() override {
-    fHost.StopRefusing();
+    fHost.StopFaults();
     KAP_T_MT::KAPClientTerminate();
   }
 

@@ -70,7 +70,7 @@ TEST(BindingTest, FailsWithoutWhatItNeeds) {
     EXPECT_EQ(HostTap::TakeLookUps(), Log());
     KAPClientTerminate();
 
-    host.StopRefusing();
+    host.StopFaults();
     EXPECT_TRUE(KAPClientInit(&HostTap::GetProc));
     EXPECT_STREQ(CKAPStringAtom("usable").Text(), "usable");
     KAPClientTerminate();

@@ -9,7 +9,7 @@ namespace {
 
 using namespace KAP_T_MT;
 using Factory = CKAPStreamFactory;
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 
 std::string gHistory;         // what was asked of client objects
 std::function<void()> gFail;  // called in each of their operations
@@ -128,7 +128,7 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
 
 // An object is deleted when the host cannot be asked to take it.
 TEST_F(ClientTest, TablesThatAreGone) {
-  fHost.RefuseFrom(Call::kProgress, 1);
+  fHost.FailFrom(KAPFault::kProgress, 1);
   EXPECT_EQ(Thrown([] { CKAPProgress progress; }), "couldn't construct CKAPProgress||0");
   for (const auto* name :
        {KAPStreamFactoryInterface::kName, KAPFilterInterface::kName, KAPProgressInterface::kName}) {
@@ -138,7 +138,14 @@ TEST_F(ClientTest, TablesThatAreGone) {
   EXPECT_EQ(Factory::NewClientSimpleStream(KAPNewClient<Stream>()), nullptr);
   EXPECT_EQ(CKAPDataSink::_NewClientDataSink(KAPNewClient<Filter>()), nullptr);
   EXPECT_EQ(CKAPProgress::_NewClientProgress(KAPNewClient<Progress>()), nullptr);
-  EXPECT_EQ(Thrown([] { CKAPDataSink sink(KAPNewClient<Filter>()); }), kMissingInterface);
+  for (auto* construct :
+       {+[] { CKAPDataSink sink; }, +[] { CKAPDataSink(KAPNewClient<Filter>()); },
+        +[] { CKAPFilter(CKAPDataSink(nullptr), KAPNewClient<Filter>()); },
+        +[] { CKAPFilterJPEG(CKAPDataSink(nullptr), KAPNewClient<Filter>()); },
+        +[] { CKAPProgress progress; }, +[] { CKAPProgress(KAPNewClient<Progress>()); }}) {
+    EXPECT_EQ(Thrown(construct), kMissingProcedure);
+  }
+  EXPECT_EQ(Thrown([] { CKAPPositionableStream stream("/tmp", "r"); }), kInvalidContainer);
 }
 
 void UseEverything() {
@@ -159,7 +166,7 @@ TEST(ClientFaultTest, EachCallRefused) {
   for (unsigned long n = 1; refused; ++n) {
     TestHost host;
     ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
-    host.Refuse(Call::kAny, n);
+    host.FailCall(KAPFault::kAny, n);
     const std::string thrown = Thrown(&UseEverything);
     refused = host.Fired();
     EXPECT_EQ(!thrown.empty(), refused) << n << " " << thrown;

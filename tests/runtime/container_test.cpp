@@ -5,7 +5,7 @@
 namespace {
 
 using namespace KAP_T_MT;
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 
 class ContainerTest : public BoundTest {
  protected:
@@ -42,7 +42,7 @@ TEST_F(ContainerTest, RefusedReferences) {
   KAPContainerBaseGeneric target(MakeContainer("Other"), KAPAdopt());
   KAPContainer* const before = target.Handle();
   const BalancedScope balanced(fHost);
-  fHost.RefuseFrom(Call::kReference, 1);
+  fHost.FailFrom(KAPFault::kReference, 1);
   EXPECT_EQ(Thrown([&] { KAPContainerBaseGeneric wrapper(fContainer); }), kInvalidContainer);
   EXPECT_EQ(Thrown([&] { KAPContainerBaseGeneric wrapper(source); }), kInvalidContainer);
   EXPECT_EQ(Thrown([&] { target = source; }), kInvalidContainer);
@@ -52,7 +52,7 @@ TEST_F(ContainerTest, RefusedReferences) {
 }
 
 TEST_F(ContainerTest, RefusedContainers) {
-  fHost.RefuseFrom(Call::kContainer, 1);
+  fHost.FailFrom(KAPFault::kContainer, 1);
   EXPECT_EQ(Thrown([] { CKAPContainerHolder(); }), kOutOfMemory);
   EXPECT_EQ(Thrown([] { MakeContainer("Impl"); }), kOutOfMemory);
 }
@@ -83,7 +83,7 @@ TEST_F(ContainerTest, Instances) {
   HostTap::Clear();
   CKAPContainer::GetInstance(fContainer, primary);
   EXPECT_EQ(HostTap::TakeCalls(), Log());  // the record itself says it
-  fHost.Refuse(Call::kInstance, 1);
+  fHost.FailCall(KAPFault::kInstance, 1);
   EXPECT_EQ(Thrown([&] { CKAPContainer::BCGetInstance(fContainer, primary); }), kOutOfMemory);
 }
 
@@ -106,7 +106,7 @@ TEST_F(MemoryTest, SizesThatDoNotFit) {
   HostTap::Clear();
   EXPECT_EQ(KAPNewBlock<long>(0), nullptr);
   EXPECT_EQ(HostTap::TakeCalls(), Log());
-  fHost.RefuseBlocksAbove(64);
+  fHost.FailBlocksAbove(64);
   EXPECT_NE(KAPNewBlock<long>(8), nullptr);
   EXPECT_EQ(Thrown([] { KAPNewBlock<long>(9); }), kBadAlloc);
 }

@@ -6,14 +6,14 @@
 namespace {
 
 using namespace KAP_T_MT;
-using KAPHost::Call;
-using KAPHost::Kind;
+using KAP_T_MT::KAPFault;
+using KAP_T_MT::KAPResource;
 
 class ErrorTest : public BoundTest {};
 
 TEST_F(ErrorTest, CountsReferencesAndFreesClientDataOnce) {
   static int freed;
-  auto references = [&] { return fHost.TakeSnapshot().Of(Kind::kError, "m").fExtent; };
+  auto references = [&] { return fHost.TakeSnapshot().Of(KAPResource::kError, "m").fExtent; };
   {
     CKAPError error("m", "c", 1, &freed, [](void* count) { ++*static_cast<int*>(count); });
     const CKAPError copy(error);
@@ -55,7 +55,7 @@ TEST_F(ErrorTest, Matches) {
 
 // Making an error never throws: it is what one does when something else has failed already.
 TEST_F(ErrorTest, WithoutMeans) {
-  fHost.RefuseFrom(Call::kError, 1);
+  fHost.FailFrom(KAPFault::kError, 1);
   EXPECT_EQ(Thrown([] { CKAPError::ThrowError("m", "c", 1); }), "(empty)");
   MoveCounter(fHost);
   fHost.HideInterface("KAPErrorInterface");
@@ -103,7 +103,7 @@ TEST_F(ErrorTest, ReturnedAndReported) {
   KAPReportError(nullptr);
   EXPECT_EQ(fHost.TakeReport(), "unknown KAP error");
   // A failure must never look like success.
-  fHost.RefuseFrom(Call::kAny, 1);
+  fHost.FailFrom(KAPFault::kAny, 1);
   for (const auto& row : kFailures) {
     EXPECT_NE(CKAPError(KAPReturningError(row.body)).Handle(), nullptr) << row.why;
   }

@@ -11,7 +11,7 @@
 namespace {
 
 using Texts = std::vector<std::string>;
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 
 template <class... Sets>
 Texts NamesOf() {
@@ -58,7 +58,7 @@ class LibraryEntryTest : public HostTest {
     EXPECT_FALSE(Initialize());
     EXPECT_FALSE(Initialize());
     Terminate();
-    fHost.StopRefusing();
+    fHost.StopFaults();
     EXPECT_TRUE(Initialize());
     Terminate();
   }
@@ -119,12 +119,12 @@ TEST_F(LibraryEntryTest, WhatIsOutOfTurnChangesNothing) {
 TEST_F(LibraryEntryTest, AnyCallRefused) {
   fHost.CountCalls();
   EXPECT_TRUE(Initialize());
-  const unsigned long calls = fHost.CallCount(Call::kAny);
+  const unsigned long calls = fHost.CallCount(KAPFault::kAny);
   Terminate();
   EXPECT_GT(calls, kAtoms.size());
   for (unsigned long n = 1; n <= calls; ++n) {
     SCOPED_TRACE(n);
-    fHost.Refuse(Call::kAny, n);
+    fHost.FailCall(KAPFault::kAny, n);
     FailAndRecover();
   }
 }
@@ -148,14 +148,14 @@ TEST_F(LibraryEntryTest, AnyRegistrationRefused) {
   Terminate();
   for (const Registration& refused : all) {
     SCOPED_TRACE(refused.fInterface + " " + refused.fMethod);
-    fHost.RefuseRegistration(refused.fInterface.c_str(), refused.fMethod.c_str());
+    fHost.FailRegistration(refused.fInterface.c_str(), refused.fMethod.c_str());
     EXPECT_FALSE(Initialize());
     for (const Registration& other : all) {  // those before it stay
       EXPECT_EQ(other.IsIn(fHost), &other < &refused) << other.fProc;
     }
     Terminate();
     for (const Registration& other : all) EXPECT_FALSE(other.IsIn(fHost)) << other.fProc;
-    fHost.StopRefusing();
+    fHost.StopFaults();
   }
 }
 

@@ -43,7 +43,7 @@ TEST_F(LoadTest, AFailedOneIsTriedAgain) {
     fail();
     EXPECT_FALSE(EchoClient::TryRefresh());
     EXPECT_EQ(HostTap::TakeLookUps().size(), *missing ? 6u : 2u);
-    fHost.StopRefusing();
+    fHost.StopFaults();
     OfferEcho<10>(fHost);
     EXPECT_EQ(EchoClient::Call<"Third">(), 13);
   }
@@ -56,7 +56,7 @@ TEST(LoadProcTableTest, AProcedureMissingInTheMiddle) {
     OfferEcho(host);
     if (!bound) host.HideInterface("KAPStringInterface");  // binding stops halfway
     ASSERT_EQ(KAPClientInit(host.GetProcAddress()), bound);
-    host.StopRefusing();
+    host.StopFaults();
     host.HideProcedure(EchoInterface::kName, "Second");
     void* out[3] = {&gPlace, &gPlace, &gPlace};
     auto load = [&] {
@@ -70,7 +70,7 @@ TEST(LoadProcTableTest, AProcedureMissingInTheMiddle) {
     auto get = [] { EXPECT_EQ(KAPGetProcAddress("EchoInterface", "Second", "P"), nullptr); };
     EXPECT_EQ(Thrown(get), bound ? kMissingProcedure : "");
     EXPECT_EQ(KAPQueryProcAddress("EchoInterface", "Second", "P"), nullptr);
-    host.StopRefusing();
+    host.StopFaults();
     EXPECT_EQ(load(), 1);
     EXPECT_EQ(out[0], EchoProc(host, 0));
     KAPClientTerminate();

@@ -3,7 +3,7 @@
 namespace {
 
 using namespace KAP_T_MT;
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 using Slots = const KAPVTabGeneric::Slot*;
 
 int gFills;
@@ -62,7 +62,7 @@ TEST_F(MethodTableTest, RefilledInPlaceWhenTheCounterMoved) {
 TEST_F(MethodTableTest, ANoHoldsUntilTheCounterMoves) {
   fHost.HideProcedure(EchoInterface::kName, "Second");
   EXPECT_EQ(Get(fA1), nullptr);
-  fHost.StopRefusing();
+  fHost.StopFaults();
   EXPECT_EQ(Get(fA1), nullptr);
   EXPECT_EQ(gFills, 1);
   MoveCounter(fHost);
@@ -80,12 +80,12 @@ TEST_F(MethodTableTest, AFailedFillIsDoneAgain) {
     for (unsigned long n = 1, failed = 1; failed != 0; ++n) {
       SCOPED_TRACE(testing::Message() << (first ? "first" : "refill") << ", call " << n);
       first ? fList.DeleteAll() : MoveCounter(fHost);
-      fHost.Refuse(Call::kAny, n);
+      fHost.FailCall(KAPFault::kAny, n);
       const std::string thrown = Thrown([&] { Get(fA1); });
       failed = fHost.Fired();
       EXPECT_NE(thrown.empty(), failed) << thrown;
       EXPECT_TRUE(!failed || thrown == kBadAlloc || thrown == kOutOfMemory) << thrown;
-      fHost.StopRefusing();
+      fHost.StopFaults();
       const Slots slots = Get(fA1);
       ASSERT_NE(slots, nullptr);
       EXPECT_EQ(slots[2], Third());

@@ -8,7 +8,7 @@
 namespace {
 
 using namespace KAP_T_MT;
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 
 int gDeleted = 0;
 void Delete(void*) { ++gDeleted; }
@@ -27,12 +27,25 @@ TEST_F(ResourceTest, SharedBuffers) {
   EXPECT_EQ(Thrown([] { TKAPSharedBuffer<long>(~std::size_t{0} / 8 + 1); }), kOverflow);
 }
 
+TEST_F(ResourceTest, SharedBuffersAfterTheTableWasDropped) {
+  std::optional<TKAPSharedBuffer<char>> ignored(std::size_t{4}), released(std::size_t{4});
+  KAPSharedBuffer* const handle = ignored->Handle();
+  CKAPSharedBuff::Close();
+  HostTap::Clear();
+  ignored.reset();
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
+  CKAPSharedBuff::Init();
+  released.reset();
+  TKAPSharedBuffer<char>(handle, KAPAdopt());  // the reference that was ignored
+  EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));
+}
+
 // The caller's data is given back exactly once, whatever happens.
 TEST_F(ResourceTest, CallersBuffers) {
   char data[4];
   { TKAPSharedBuffer<char>(CKAPSharedBuff::NewBuffer(4, data, &Delete), KAPAdopt()); }
   EXPECT_EQ(gDeleted, 1);
-  fHost.RefuseFrom(Call::kBuffer, 1);
+  fHost.FailFrom(KAPFault::kBuffer, 1);
   EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(4, data, &Delete); }), kBadAlloc);
   EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(4, data); }), kBadAlloc);
   EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(4, nullptr, &Delete); }), kBadAlloc);
@@ -80,7 +93,7 @@ TEST_F(ResourceTest, LockedItemsStay) {
   CKAPCache::PurgeAll();
   EXPECT_EQ(gDeleted, 1);
   EXPECT_FALSE(CKAPCache::Attach(id) || CKAPCacheLock(id, this));
-  fHost.RefuseFrom(Call::kCache, 1);
+  fHost.FailFrom(KAPFault::kCache, 1);
   EXPECT_EQ(Thrown([] { CKAPCacheID(); }), "couldn't create cacheID||0");
 }
 
@@ -92,7 +105,7 @@ KAPError* LendBlock(KAPDataBlock* out, KAPDataStore*, std::size_t offset) {
 }
 
 TEST_F(ResourceTest, DataBlocks) {
-  fHost.Offer<KAPDataStoreInterface>(&LendBlock);
+  fHost.RegisterInterface<KAPDataStoreInterface>(&LendBlock);
   const CKAPStringAtom name("Store"), interfaceName(KAPDataStoreInterface::kName);
   CKAPDataStore store(CKAPContainer::NewFullContainer(nullptr, name, interfaceName, nullptr),
                       KAPAdopt());

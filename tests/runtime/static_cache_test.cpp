@@ -89,7 +89,7 @@ TEST_F(StaticCacheTest, WithoutTheCacheInterface) {
   EXPECT_EQ(TakeHistory(), "IC1T");
   ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));  // no cache, nothing missed
   EXPECT_EQ(Thrown([] { Cache("2"); }), kMissingProcedure);
-  fHost.StopRefusing();
+  fHost.StopFaults();
   const Cache cache("3");
   fHost.HideInterface(KAPCacheInterface::kName);
   MoveCounter(fHost);

@@ -3,12 +3,14 @@
 namespace {
 
 using namespace KAP_T_MT;
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 
 class StringAtomTest : public BoundTest {};
 
 TEST_F(StringAtomTest, References) {
-  auto references = [&] { return fHost.TakeSnapshot().Of(KAPHost::Kind::kAtom, "x").fNumber; };
+  auto references = [&] {
+    return fHost.TakeSnapshot().Of(KAP_T_MT::KAPResource::kAtom, "x").fNumber;
+  };
   CKAPStringAtom atom("x");
   const CKAPStringAtom copy(atom), added(atom.Handle(), false), again("x");
   const CKAPStringAtom adopted(CKAPStringAtom(copy).Detach(), true);
@@ -21,7 +23,7 @@ TEST_F(StringAtomTest, References) {
   EXPECT_EQ(references(), 5);
   const CKAPStringAtom none(nullptr, false);
   EXPECT_EQ(CKAPStringAtom(none).Text(), nullptr);
-  fHost.Refuse(Call::kAtom, 1);
+  fHost.FailCall(KAPFault::kAtom, 1);
   EXPECT_EQ(Thrown([] { CKAPStringAtom("refused"); }), kBadAlloc);
   EXPECT_EQ(Thrown([] { CKAPStringAtom(static_cast<const char*>(nullptr)); }), kBadAlloc);
 }
@@ -36,8 +38,8 @@ TEST_F(StringAtomTest, Join) {
   EXPECT_STREQ((texts[0] + texts[0]).Text(), "abab");
   EXPECT_STREQ((texts[0] + texts[1]).Text(), "ab");
   EXPECT_STREQ((texts[1] + texts[1]).Text(), "");
-  for (const Call call : {Call::kBlock, Call::kAtom}) {
-    fHost.Refuse(call, 1);
+  for (const KAPFault call : {KAPFault::kBlock, KAPFault::kAtom}) {
+    fHost.FailCall(call, 1);
     EXPECT_EQ(Thrown([&] { texts[0] + texts[0]; }), kBadAlloc);
   }
 }

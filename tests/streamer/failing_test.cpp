@@ -6,7 +6,7 @@
 namespace {
 
 using namespace KAP_T_MT;
-using HostCall = KAPHost::Call;
+using HostCall = KAP_T_MT::KAPFault;
 
 class FailingTest : public StreamerTest {
  protected:
@@ -18,11 +18,11 @@ class FailingTest : public StreamerTest {
     const BalancedScope balanced(*this);
     const Object out = NewMemory();
     const Object in = NewBuffer(fDocument);
-    andAllAfterIt ? RefuseFrom(kind, n) : Refuse(kind, n);
+    andAllAfterIt ? FailFrom(kind, n) : FailCall(kind, n);
     Serialize(out, fObject);
     const Object object = Deserialize(in);
     const bool fired = Fired();
-    StopRefusing();
+    StopFaults();
     const std::string written = Contents(out);
     EXPECT_TRUE(fDocument.starts_with(written)) << written;
     EXPECT_TRUE(!object || IsEqual(object, fObject));
@@ -53,11 +53,11 @@ TEST_F(FailingTest, NthCallOfTheHostFails) {
 // The first failure is the one reported.
 TEST_F(FailingTest, SeekingBackFailsToo) {
   for (const HostCall kind : {HostCall::kMark, HostCall::kSeek}) {
-    RefuseFrom(kind, 1);
+    FailFrom(kind, 1);
     EXPECT_EQ(Deserialize(NewBuffer(Tagged("[%]"))), nullptr);
     EXPECT_TRUE(Fired());
     EXPECT_EQ(TakeReport(), "Cannot determine streaming params");
-    StopRefusing();
+    StopFaults();
   }
 }
 
@@ -76,7 +76,7 @@ TEST_F(FailingTest, ShortReads) {
     const Object stream = NewBuffer(fDocument + "#");
     LimitReads(most);
     const Object object = Deserialize(stream);
-    StopRefusing();
+    StopFaults();
     EXPECT_TRUE(IsEqual(object, fObject));
     EXPECT_EQ(Rest(stream), "#");
   }
@@ -84,7 +84,7 @@ TEST_F(FailingTest, ShortReads) {
 
 // Memory is taken in step with the bytes that are there.
 TEST_F(FailingTest, PromisedBytes) {
-  RefuseBlocksAbove(4096);
+  FailBlocksAbove(4096);
   EXPECT_EQ(OutcomeOfValue("{\"t\" #1000000000000000 " + std::string(2000, '0')),
             "error: unexpected EOF");
   EXPECT_EQ(OutcomeOfValue("[[[{\"t\" #18446744073709549568 ff}"),

@@ -102,11 +102,11 @@ void RefuseEachCall(bool (*fails)(Scenario&)) {
       SCOPED_TRACE(testing::Message() << "call " << n << (andAllAfterIt ? " on" : ""));
       Scenario scenario;
       scenario.RegisterCallback(scenario.fValidator, "N", &Scenario::No);
-      andAllAfterIt ? scenario.RefuseFrom(KAPHost::Call::kAny, n)
-                    : scenario.Refuse(KAPHost::Call::kAny, n);
+      andAllAfterIt ? scenario.FailFrom(KAP_T_MT::KAPFault::kAny, n)
+                    : scenario.FailCall(KAP_T_MT::KAPFault::kAny, n);
       const bool failed = fails(scenario);
       fired = scenario.Fired();
-      scenario.StopRefusing();
+      scenario.StopFaults();
       EXPECT_EQ(failed, fired);
     }
     EXPECT_GT(n, 2u);

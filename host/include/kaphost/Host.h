@@ -9,11 +9,12 @@
 
 #include "kap/KAPHostInterfaces.h"
 #include "kaphost/Component.h"
-#include "kaphost/Refusal.h"
 #include "kaphost/Snapshot.h"
 #include "kaphost/StreamCall.h"
 
 namespace KAPHost {
+
+using KAP_T_MT::KAPFault;
 
 class HostState;
 
@@ -29,7 +30,7 @@ struct HostOptions {
 // the binder's own.
 //
 // The host's procedures are plain functions, so there is one host at a time in a process; a host
-// made after another starts with empty books.
+// made after another starts with empty accounts.
 // Ownership: what components still hold when the host is destroyed is reported and stays theirs.
 //   Procedures called after that do no harm: requests are refused, atoms and blocks may still be
 //   released, releasing containers and errors does nothing.
@@ -68,7 +69,7 @@ class Host {
                 void* proc);
   // Registers a whole interface from its declaration.
   template <class Interface, class... Procs>
-  void Offer(Procs... procs) {
+  void RegisterInterface(Procs... procs) {
     for (const auto& entry : Interface::Registration(procs...)) {
       Register(Interface::kName, entry.fMethodName, entry.fProcName, entry.fProc);
     }
@@ -88,38 +89,39 @@ class Host {
   // The reports so far, which are then forgotten.
   std::vector<std::string> TakeReports();
 
-  // ---- Books ----
+  // ---- Accounting ----
 
   Snapshot TakeSnapshot() const;
 
-  // ---- Refusals ----
+  // ---- Fault injection ----
   //
-  // Each kind of call has one rule, a later one replaces it. Setting a rule starts the counting of
-  // calls anew.
+  // A failing call does nothing and returns what its contract says for failure: a null atom, error
+  // or block, the core memory error, or false. Each kind of call has one rule; a later rule replaces
+  // it. Setting a rule restarts the counting of calls.
 
-  // Refuses the nth call of a kind from now on, the next one being the first.
-  void Refuse(Call kind, unsigned long n);
-  // Refuses every call of a kind from the nth on.
-  void RefuseFrom(Call kind, unsigned long n);
-  // Counts calls without refusing any.
+  // Fails the nth call of a kind from now on; the next call is the first.
+  void FailCall(KAPFault kind, unsigned long n);
+  // Fails every call of a kind from the nth on.
+  void FailFrom(KAPFault kind, unsigned long n);
+  // Counts calls without failing any.
   void CountCalls();
-  // Refuses blocks of more bytes.
-  void RefuseBlocksAbove(std::size_t size);
-  // Streams give at most this many bytes in one read; at least 1.
+  // Fails requests for blocks of more bytes.
+  void FailBlocksAbove(std::size_t size);
+  // Streams return at most this many bytes from one read; at least 1.
   void LimitReads(std::size_t size);
-  // Answers null to those who look up these procedures.
+  // Look-ups of these procedures return null.
   void HideProcedure(const char* interfaceName, const char* methodName);
   void HideInterface(const char* interfaceName);
-  // Refuses components that register such a procedure.
-  void RefuseRegistration(const char* interfaceName, const char* methodName);
+  // Fails a component's registration of such a procedure.
+  void FailRegistration(const char* interfaceName, const char* methodName);
   // Ends all of the above.
-  void StopRefusing();
+  void StopFaults();
 
-  // Whether anything was refused since a rule was last set.
+  // Whether any call has failed since a rule was last set.
   bool Fired() const;
-  // The refusable calls of a kind since a rule was last set, the refused ones included. Calls are
-  // only counted until StopRefusing.
-  unsigned long CallCount(Call kind) const;
+  // The calls of a kind since a rule was last set, those that failed included. Calls are only counted
+  // until StopFaults.
+  unsigned long CallCount(KAPFault kind) const;
 
   // ---- Stream calls ----
 

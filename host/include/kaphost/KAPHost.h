@@ -9,14 +9,12 @@
 //   ...
 //   for (const std::string& message : host.TakeReports()) std::cerr << message << '\n';
 //
-// Host.h       the host itself: registry, loading, reports, books, refusals
+// Host.h       the host itself: registry, loading, reports, accounting, fault injection
 // Component.h  a loaded component
-// Snapshot.h   the books at one moment, and what differs between two moments
-// Refusal.h    the kinds of calls that a host can be told to refuse
+// Snapshot.h   what components hold at one moment, and what differs between two moments
 // StreamCall.h a logged call of a stream's method
 
 #include "kaphost/Component.h"
 #include "kaphost/Host.h"
-#include "kaphost/Refusal.h"
 #include "kaphost/Snapshot.h"
 #include "kaphost/StreamCall.h"

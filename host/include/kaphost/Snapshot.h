@@ -6,23 +6,11 @@
 #include <string_view>
 #include <utility>
 
+#include "kap/KAPInterface.h"
+
 namespace KAPHost {
 
-// What the books count.
-enum class Kind {
-  kAtom,
-  kError,
-  kContainer,
-  kBlock,
-  kBuffer,
-  kFile,
-  kCacheID,
-  kCacheItem,
-  kCacheSet,
-  kCachePurge,
-  kSink,
-  kProgress,
-};
+using KAP_T_MT::KAPResource;
 
 // An amount of one thing. `fExtent` is the number of references; for blocks and buffers that of
 // bytes, for cached items their cost, for open files and purges nothing. Of an atom only the
@@ -43,11 +31,11 @@ struct Holding {
 class Snapshot {
  public:
   // No entry is made for a name of which there is nothing.
-  void Add(Kind kind, std::string_view name, Holding holding);
+  void Add(KAPResource kind, std::string_view name, Holding holding);
 
   bool IsEmpty() const { return fHoldings.empty(); }
-  Holding Of(Kind kind, std::string_view name) const;
-  Holding Total(Kind kind) const;
+  Holding Of(KAPResource kind, std::string_view name) const;
+  Holding Total(KAPResource kind) const;
 
   // One line for each holding, such as `container "POSObjectImpl": 2 (3 references)`; empty when
   // there is none.
@@ -57,7 +45,7 @@ class Snapshot {
   friend bool operator==(const Snapshot&, const Snapshot&) = default;
 
  private:
-  std::map<std::pair<Kind, std::string>, Holding> fHoldings;
+  std::map<std::pair<KAPResource, std::string>, Holding> fHoldings;
 };
 
 // Writes the description, or "nothing".

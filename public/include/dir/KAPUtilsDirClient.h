@@ -2,7 +2,7 @@
 
 #include "dir/KAPUtilsDirInterfaces.h"
 #include "kap/KAPContainer.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
 #include "kap/KAPStream.h"
 #include "kap/KAPStringAtom.h"
 

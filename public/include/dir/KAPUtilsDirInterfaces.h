@@ -34,7 +34,7 @@ struct KAPUtilsDirInterface
           // cannot be examined counts as absent. [any thread]
           TKAPMethod<"FileExists", "KAPUtilsDirFileExists",
                      KAPError*(unsigned char* out, KAPUtilsDir* directory, KAPStringAtom* name)>,
-          // Deletes a file or an empty folder; of a link the link itself. No host call that can fail
+          // Deletes a file or an empty folder; of a link the link itself. No host call that may fail
           // is involved. "KAPUtilsDirImpl::Delete: Unknown error". [any thread]
           TKAPMethod<"Delete", "KAPUtilsDirDelete",
                      KAPError*(KAPUtilsDir* directory, KAPStringAtom* name)>,

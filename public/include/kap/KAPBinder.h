@@ -2,84 +2,60 @@
 
 #include <cstddef>
 
+#include "kap/KAPBinderInterface.h"
 #include "kap/KAPInterface.h"
 #include "kap/KAPTypes.h"
 
-// The client side of the binder: binding and unbinding the runtime, looking procedures up,
-// registering one's own.
+// The client side of the binder: looking procedures up, registering one's own, reporting failures.
+// KAPClient.h binds the runtime to a host; until then, and after the binding has ended, every
+// function here does nothing and returns null, 0 or false.
 //
-// A component calls KAPClientInit once with the callback that its host hands to it,
-// KAPClientTerminate when it is done, and KAPClientKill in a process-exit hook. These three run on
-// the host's one controlling thread, while no other thread uses the runtime; everything else may be
-// called from any thread.
+// Any thread may call these functions. Texts passed in are borrowed for the call.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Binds the runtime. True when it is bound, also when it was so before: a second call fetches
-// nothing, whatever it is given. False when the callback is null, when the binder lacks one of its
-// own procedures or a core table cannot be had; CKAPError "Missing Interface" when the container or
-// the memory interface is not there. Last, when all else is bound, the host is told of the static
-// caches, if there are any: for want of its cache interface that raises a CKAPError with an empty
-// message. After a failure the callback stays stored, deliberately, so that KAPClientTerminate is
-// the way back.
-bool KAPClientInit(KAPGetProcAddressProc getProc);
-
-// Gives back what the runtime holds of the host and unbinds it; nothing when it is not bound. What
-// is released later (objects that outlive the binding) no longer reaches the host.
-void KAPClientTerminate();
-
-// Unbinding at process exit, when the host may be gone: forgets everything, calls nothing in the
-// host, and sees to it that whatever static objects release afterwards calls nothing either.
-void KAPClientKill() noexcept;
-
-// Whether the host can be called: bound and not killed.
+// Whether the host can be called: the runtime is bound and the process-exit hook has not run.
 bool KAPIsBound() noexcept;
 
-// The procedure registered under the three names; null when there is none or the runtime is not
-// bound.
+// The procedure registered under the three names; null when there is none.
 void* KAPQueryProcAddress(const char* interfaceName, const char* methodName, const char* procName);
 
-// The same, but once the runtime is bound a missing procedure raises a CKAPError with an empty
-// message, component "KAP".
-void* KAPGetProcAddress(const char* interfaceName, const char* methodName, const char* procName);
+// The outcome of loading the procedures of an interface.
+enum class KAPLoadOutcome {
+  kLoaded,
+  kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
+  kUnavailable        // the runtime is not bound, or not yet: then nothing is an error
+};
 
-// Registers one procedure; nonzero on success, 0 also when the runtime is not bound.
+// Registers one procedure; nonzero on success.
 int KAPRegisterProcAddress(const char* interfaceName, const char* methodName, const char* procName,
                            void* proc);
 
-// Registers `entries` in order up to the first refusal: 1 when all were accepted (also none at
-// all), else 0. What was accepted stays registered.
+// Registers `entries` in order up to the first one that fails: 1 when all are registered (also when
+// there are none), else 0. Procedures already registered stay registered.
 int KAPRegisterProcTable(const _t_KAPFTabRegEntry* entries, std::size_t count,
                          const char* interfaceName);
 
-// Withdraws everything registered under the name.
+// Registers `procs` as the procedures of an interface, in slot order; see KAPRegisterProcTable.
+template <class Interface, class... Procs>
+bool KAPRegisterInterface(Procs... procs) {
+  const auto entries = Interface::Registration(procs...);
+  return KAPRegisterProcTable(entries.data(), entries.size(), Interface::kName) != 0;
+}
+
+// Removes everything registered under the name, whichever component registered it.
 void KAPUnregisterInterface(const char* interfaceName);
 
-// Hands a message to the host's error channel; null counts as "unknown KAP error". Dropped when
-// there is no channel.
+// Passes a message to the host's error channel; null counts as "unknown KAP error". Without a
+// channel the message is dropped: there is nowhere left to report it.
 void KAPReportError(const char* message) noexcept;
 
-// What the host answers. The runtime itself never asks: it always locks.
+// The host's own word on whether it calls components from several threads. The runtime never asks:
+// it always locks.
 int KAPIsMultiThreaded();
 
-// Fills `out` with the procedures of a host-global interface, from the last entry to the first. 1
-// when all are there. A missing one raises a CKAPError with an empty message once the runtime is
-// bound; before that its slot becomes null and the result is 0. Not bound at all: the last slot
-// becomes null and the result is 0. The last argument is ignored.
-int KAPLoadProcTable(const _t_KAPFTabEntry* entries, std::size_t count, const char* interfaceName,
-                     void** out, int ignored);
-
-// Fills `out` with the methods that `container` offers. With `required` nonzero the first missing
-// one ends the load with 0, else its slot becomes null. 1 otherwise. A refused atom raises the
-// memory error, an error of the host is raised.
-int KAPLoadMethodTable(const _t_KAPFTabEntry* entries, std::size_t count, KAPContainer* container,
-                       int required, void** out);
-
-// CKAPError "Missing Interface", component "KAP", code 0.
-[[noreturn]] void KAPThrowMissingInterfaceError();
-
-// Deliberate no-ops: the stand-by procedure after the process-exit hook, and a check that hosts may
-// ask for.
+// Deliberate no-ops: the procedure that a released handle meets after the binding, and a check that
+// hosts may ask for.
 void KAPNoOpFunction() noexcept;
 void KAPAssertNoObjects() noexcept;
 

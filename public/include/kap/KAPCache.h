@@ -71,9 +71,6 @@ class CKAPCache {
 
   static std::size_t CurrentCacheSize();
   static void PurgeAll();
-
-  // From now on what identities and locks give back no longer reaches the host.
-  static void StandBy() noexcept;
 };
 
 }  // namespace KAP_T_MT

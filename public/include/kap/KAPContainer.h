@@ -4,11 +4,14 @@
 #include <cstring>
 #include <utility>
 
-#include "kap/KAPAdopt.h"
+#include "kap/KAPContainerInterface.h"
 #include "kap/KAPError.h"
-#include "kap/KAPHostInterfaces.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
+#include "kap/KAPReference.h"
 #include "kap/KAPStringAtom.h"
+
+// Containers, the records in which every object crosses the binder: what the runtime reads of them,
+// and owners of references to them. KAPContainerInterface.h explains containers.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
@@ -17,12 +20,11 @@ using KAPContainerClient = TKAPInterfaceClient<KAPContainerInterface>;
 // What the runtime knows of container records. Static only.
 class CKAPContainer {
  public:
-  // Loads the container table and asks where records keep their primary instance. False when the
-  // static objects of the runtime do not exist yet; CKAPError "Missing Interface" when the table
-  // cannot be loaded.
+  // For KAPClient: loads the container table and asks where records keep their primary instance.
+  // CKAPError "Missing Interface" when the table cannot be loaded.
   static bool Init();
 
-  // The instance filed under the atom; null when there is none. An error of the host is raised.
+  // The instance of that name; null when there is none. Throws an error that the host returns.
   static void* BCGetInstance(KAPContainer* container, const CKAPStringAtom& signature);
 
   // The same, but the primary instance is read from the record itself.
@@ -31,7 +33,7 @@ class CKAPContainer {
     return instance ? instance : BCGetInstance(container, signature);
   }
 
-  // The primary instance if it is filed under the atom (not empty), else null. Asks nobody.
+  // The primary instance if it has that name (not empty), else null. Makes no host call.
   static void* PrimaryInstance(const KAPContainer* container,
                                const CKAPStringAtom& signature) noexcept {
     const Primary primary = GetPrimary(container);
@@ -44,21 +46,18 @@ class CKAPContainer {
     return GetPrimary(container).fSignature;
   }
 
-  // A container for `instance`, one reference for the caller. On an error, which is raised, the
-  // instance stays the caller's.
+  // A container for `instance`: one reference for the caller. Throws an error that the host returns;
+  // the instance then stays the caller's.
   static KAPContainer* NewFullContainer(void* instance, const CKAPStringAtom& instanceName,
                                         const CKAPStringAtom& interfaceName,
                                         KAPDeleteProc deleteInstance);
 
-  // Adds a reference; CKAPError "invalid container" when the host refuses.
+  // Adds a reference. CKAPError "invalid container" when the host refuses, or for null.
   static KAPContainer* AddRef(KAPContainer* container) {
     if (!container || !KAPContainerClient::Call<"AddRef">(container)) [[unlikely]]
       ThrowInvalidContainerException();
     return container;
   }
-
-  // From now on, and before the runtime is bound, a released container no longer reaches the host.
-  static void StandBy() noexcept;
 
   [[noreturn]] static void ThrowInvalidContainerException();  // CKAPError "invalid container"
   [[noreturn]] static void ThrowNoSignatureException();       // CKAPError "couldn't get signature"
@@ -76,20 +75,22 @@ class CKAPContainer {
   }
 
   static constinit long fPrimaryOffset;
-  static int fCPPCheck;  // 13 once the static objects of the runtime exist
+  static constinit int fCPPCheck;  // 13: the static objects of the runtime exist
 };
 
-// The stand-by "Release": does nothing.
+// The "Release" of containers before the binding and after it: a deliberate no-op.
 void KAPContainerNoOpRelease(KAPContainer* container) noexcept;
 
-// Owns one reference to a container, or to none. Base of the typed wrappers.
+// A reference to a container, or to none. Base of the typed wrappers.
+// Ownership: holds one reference, released on destruction.
 // Errors: CKAPError "invalid container" when the host refuses a reference.
+// Threads: as a plain value; several references may share one container.
 class KAPContainerBaseGeneric {
  public:
   KAPContainerBaseGeneric() noexcept = default;
   explicit KAPContainerBaseGeneric(KAPContainer* container)
       : fContainer(CKAPContainer::AddRef(container)) {}
-  // Adds a reference without checking that the host agreed: for handles known to be live.
+  // Adds a reference without checking the result: only for handles known to be live.
   KAPContainerBaseGeneric(KAPContainer* container, int);
   KAPContainerBaseGeneric(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
   KAPContainerBaseGeneric(const KAPContainerBaseGeneric& other)
@@ -105,7 +106,7 @@ class KAPContainerBaseGeneric {
     return *this;
   }
   ~KAPContainerBaseGeneric() {
-    if (fContainer) KAPContainerClient::CallOrStandBy<"Release">(fContainer);
+    if (fContainer) KAPContainerClient::CallReleasing<"Release">(fContainer);
   }
 
   KAPContainer* Handle() const noexcept { return fContainer; }  // borrowed
@@ -117,16 +118,16 @@ class KAPContainerBaseGeneric {
   KAPContainer* fContainer = nullptr;
 };
 
-// Owns one reference to a container for a while.
+// Owns one reference to a container for the length of a scope.
 class CKAPContainerHolder {
  public:
-  CKAPContainerHolder();  // a new, empty container; an error of the host is raised
+  CKAPContainerHolder();  // a new, empty container; throws an error that the host returns
   CKAPContainerHolder(KAPContainer* container, bool skipAddRef)
       : fContainer(container && !skipAddRef ? CKAPContainer::AddRef(container) : container) {}
   CKAPContainerHolder(const CKAPContainerHolder&) = delete;
   CKAPContainerHolder& operator=(const CKAPContainerHolder&) = delete;
   ~CKAPContainerHolder() {
-    if (fContainer) KAPContainerClient::CallOrStandBy<"Release">(fContainer);
+    if (fContainer) KAPContainerClient::CallReleasing<"Release">(fContainer);
   }
 
   KAPContainer* Handle() const noexcept { return fContainer; }
@@ -136,15 +137,15 @@ class CKAPContainerHolder {
   KAPContainer* fContainer;
 };
 
-// Holds a container without a reference of its own and has it destroyed when nobody else holds one
-// either.
+// Holds a container without a reference, and has it destroyed at the end of the scope unless another
+// owner holds one.
 class CKAPCachedContainerHolder {
  public:
   explicit CKAPCachedContainerHolder(KAPContainer* container) noexcept : fContainer(container) {}
   CKAPCachedContainerHolder(const CKAPCachedContainerHolder&) = delete;
   CKAPCachedContainerHolder& operator=(const CKAPCachedContainerHolder&) = delete;
   ~CKAPCachedContainerHolder() {
-    if (fContainer) KAPContainerClient::CallOrStandBy<"DeleteUnownedContainer">(fContainer);
+    if (fContainer) KAPContainerClient::CallReleasing<"DeleteUnownedContainer">(fContainer);
   }
 
   KAPContainer* Handle() const noexcept { return fContainer; }

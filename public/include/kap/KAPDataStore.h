@@ -30,7 +30,7 @@ class CKAPDataStore : public KAPContainerBaseGeneric {
   CKAPDataBlockPtr GetBlock(std::size_t offset);
 
  private:
-  static CKAPDataStoreTerminate fTerm;
+  static constinit CKAPDataStoreTerminate fTerm;
 };
 
 class CKAPSizedDataStore : public CKAPDataStore {
@@ -41,7 +41,7 @@ class CKAPSizedDataStore : public CKAPDataStore {
   std::size_t GetSize();  // in bytes
 
  private:
-  static CKAPSizedDataStoreTerminate fSizedTerm;
+  static constinit CKAPSizedDataStoreTerminate fSizedTerm;
 };
 
 class CKAPDataBlockStream : public KAPContainerBaseGeneric {
@@ -53,7 +53,7 @@ class CKAPDataBlockStream : public KAPContainerBaseGeneric {
   void Rewind();
 
  private:
-  static CKAPDataBlockStreamTerminate fTerm;
+  static constinit CKAPDataBlockStreamTerminate fTerm;
 };
 
 }  // namespace KAP_T_MT

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstddef>
 
-#include "kap/KAPBinder.h"
 #include "kap/KAPContainer.h"
 #include "kap/KAPInterface.h"
 #include "kap/KAPStringAtom.h"
@@ -13,14 +12,19 @@
 // Method tables of containers that other components made. All containers of one implementation (one
 // signature) offer the same methods, so a table is fetched once per implementation and kept in a
 // list, one list per client interface. Tables are refreshed in place when the binder's unregister
-// counter has moved and are never removed while the runtime is bound, so a wrapper may keep a
-// pointer to its slots.
+// counter has moved. They stay while the runtime is bound.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// Fills `out` with the methods that `container` offers, in slot order. With `required` nonzero the
+// first missing one ends the load with 0, else its slot becomes null. 1 otherwise. Throws
+// std::bad_alloc when the host makes no atom, and an error that the host returns.
+int KAPLoadMethodTable(const _t_KAPFTabEntry* entries, std::size_t count, KAPContainer* container,
+                       int required, void** out);
+
 class KAPVTabListGeneric;
 
-// The methods of one implementation. Written under the list's lock, read without it: hence the
+// The methods of one implementation. Written under the list's lock and read without it: hence the
 // atomics.
 class KAPVTabGeneric {
  public:
@@ -46,27 +50,30 @@ class KAPVTabGeneric {
   bool fFilling = false;                    // whether one is under way; read under the lock
 };
 
-// Fills the slots with the methods that a container offers; nonzero when all that are required are
-// there.
+// Fills the slots with the methods that a container offers. Nonzero: all that are required are there.
 using KAPVTabInitProc = int (*)(KAPContainer* container, int required, KAPVTabGeneric::Slot* slots);
 
 // The tables of one client interface. Any thread.
-class KAPVTabListGeneric {
+class KAPVTabListGeneric : public LazyTerminate {
  public:
-  explicit KAPVTabListGeneric(std::size_t slotCount) noexcept : fSlotCount(slotCount) {}
+  constexpr explicit KAPVTabListGeneric(std::size_t slotCount) noexcept
+      : LazyTerminate(JoinLater()), fSlotCount(slotCount) {}
   KAPVTabListGeneric(const KAPVTabListGeneric&) = delete;
   KAPVTabListGeneric& operator=(const KAPVTabListGeneric&) = delete;
-  ~KAPVTabListGeneric();
+  ~KAPVTabListGeneric() override;
 
   // The methods of the container's implementation, or null when it does not offer them. CKAPError
-  // "couldn't get signature" for null or a container without one; what the fill raises passes, and
-  // the table is filled again next time.
+  // "couldn't get signature" for null or a container without one. What the fill throws passes on, and
+  // the next call fills the table again.
   const KAPVTabGeneric::Slot* GetVTabDynamic(KAPContainer* container, KAPVTabInitProc initProc);
 
   std::size_t Count() const noexcept { return fTableCount.load(std::memory_order_relaxed); }
 
-  void DeleteAll() noexcept;  // gives every table back to the host
-  void ForgetAll() noexcept;  // the same without calling it
+  void DeleteAll() noexcept;  // frees every table
+  void ForgetAll() noexcept;  // the same without calling the host
+
+  void Terminate() override { DeleteAll(); }
+  void Kill() noexcept override { ForgetAll(); }
 
  private:
   friend class KAPVTabGeneric;
@@ -76,7 +83,7 @@ class KAPVTabListGeneric {
   void Fill(KAPVTabGeneric& table, const char* signature, KAPContainer* container,
             KAPVTabInitProc initProc);
 
-  std::atomic<KAPVTabGeneric*> fLast = nullptr;  // the table used last: the unlocked way
+  std::atomic<KAPVTabGeneric*> fLast = nullptr;  // the table used last: read without the lock
   KAPVTabGeneric* fHead = nullptr;
   std::atomic<std::size_t> fTableCount = 0;
   TOQWaitMutex fLock;
@@ -96,38 +103,35 @@ struct TInterfaceConstructor {
   }
 };
 
-// A static list that is emptied when the runtime unbinds itself.
+// The list of one interface: a static object, initialised at compile time, that is emptied when the
+// runtime unbinds itself.
 template <class Interface>
-class TDelVTabList : public LazyTerminate {
+class TDelVTabList : public KAPVTabListGeneric {
  public:
-  void Terminate() override { fList.DeleteAll(); }
-  void Kill() noexcept override { fList.ForgetAll(); }
+  constexpr TDelVTabList() noexcept : KAPVTabListGeneric(Interface::kCount) {}
 
   // The methods of the container's implementation; CKAPError "invalid container" for null or when
   // it does not offer them. See GetVTabDynamic for other errors.
   const KAPVTabGeneric::Slot* InitVTab(KAPContainer* container) {
     const KAPVTabGeneric::Slot* methods =
-        container ? fList.GetVTabDynamic(container, &TInterfaceConstructor<Interface>::InitProc)
+        container ? GetVTabDynamic(container, &TInterfaceConstructor<Interface>::InitProc)
                   : nullptr;
     if (!methods) [[unlikely]]
       CKAPContainer::ThrowInvalidContainerException();
     return methods;
   }
 
-  // One of them: Method<"Read">(stream)(...). It is looked up anew at each call, a few loads, since
-  // a kept pointer would not follow the host's changes.
+  // One of them: Method<"Read">(stream)(...). Each call looks it up again, which costs a few loads: a
+  // kept pointer would not follow the host's changes.
   template <TKAPName Name>
   auto Method(KAPContainer* container) {
-    // Empty when another thread has just found that the interface is gone.
+    // Null when another thread has just found that the interface is gone.
     void* method =
         InitVTab(container)[Interface::template kSlot<Name>].load(std::memory_order_relaxed);
     if (!method) [[unlikely]]
       CKAPContainer::ThrowInvalidContainerException();
     return reinterpret_cast<typename Interface::template Proc<Name>>(method);
   }
-
- private:
-  KAPVTabListGeneric fList{Interface::kCount};
 };
 
 }  // namespace KAP_T_MT

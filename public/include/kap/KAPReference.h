@@ -2,16 +2,18 @@
 
 #include <utility>
 
-#include "kap/KAPAdopt.h"
-#include "kap/KAPBinder.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Owns one reference to an object that a host interface counts with its own "AddRef" and "Release",
-// or to none. Base of the wrappers of what is no container.
-// Errors: adding a reference raises what a table that cannot be loaded raises; destruction never
-//   throws, and reaches no host once the runtime is unbound.
+// Says at a constructor that the reference passes over to the new object, instead of being added.
+struct KAPAdopt {};
+
+// A reference to an object that a host interface counts with its own "AddRef" and "Release", or to
+// none. Base of the wrappers of everything that is not a container.
+// Ownership: holds one reference, released on destruction.
+// Errors: adding a reference throws when the interface's table cannot be loaded. Destruction never
+//   throws, and does nothing once the runtime is unbound.
 // Threads: as a plain value.
 template <class Interface, class Object>
 class TKAPReference {
@@ -26,7 +28,7 @@ class TKAPReference {
     return *this;
   }
   ~TKAPReference() {
-    if (fHandle) Client::template CallOrStandBy<"Release">(fHandle);
+    if (fHandle) Client::template CallReleasing<"Release">(fHandle);
   }
 
   Object* Handle() const noexcept { return fHandle; }  // borrowed
@@ -34,11 +36,6 @@ class TKAPReference {
   Object* Detach() noexcept { return std::exchange(fHandle, nullptr); }
   bool IsNull() const noexcept { return !fHandle; }
   explicit operator bool() const noexcept { return fHandle != nullptr; }
-
-  // From now on a reference given back no longer reaches the host.
-  static void StandBy() noexcept {
-    Client::template StandBy<"Release">([](Object*) { KAPNoOpFunction(); });
-  }
 
  private:
   using Client = TKAPInterfaceClient<Interface>;

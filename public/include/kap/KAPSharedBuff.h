@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "kap/KAPInterfaceClient.h"
 #include "kap/KAPMemory.h"
-#include "kap/KAPProcTable.h"
 #include "kap/KAPReference.h"
 #include "kap/KAPSharedBuffInterface.h"
 
@@ -16,16 +16,16 @@ using KAPSharedBuffClient = TKAPInterfaceClient<KAPSharedBuffInterface>;
 // only. Any thread.
 class CKAPSharedBuff {
  public:
-  // Loads the table if it is stale; CKAPError "Missing Interface" when it cannot be had. Optional:
-  // the first use does the same.
+  // Loads the table if it is stale; throws as any use of it (KAPInterfaceClient.h). Optional: the
+  // first use does the same.
   static void Init();
-  // For the runtime when it unbinds itself: a buffer released from now on no longer reaches the
-  // host.
+  // Drops the table: a buffer released from now on makes no host call, until the next use of the
+  // table loads it again. The end of the binding does the same.
   static void Close() noexcept;
 
-  // A new buffer, one reference for the caller: over `data`, which `deleteProc` gives back in the
-  // end, or with zeroed storage of the host when `data` is null. std::bad_alloc when the host
-  // refuses. On any failure `data` has been handed to `deleteProc`, if there are both.
+  // A new buffer: one reference for the caller. It takes `data` over and hands it to `deleteProc` at
+  // its end; with null `data` it has zeroed storage of the host. Throws std::bad_alloc when the host
+  // makes none. After any failure `data` has been handed to `deleteProc`, if there are both.
   static KAPSharedBuffer* NewBuffer(std::size_t size, void* data = nullptr,
                                     KAPDeleteProc deleteProc = nullptr,
                                     KAPGrowProc growProc = nullptr, void* clientData = nullptr);
@@ -34,11 +34,11 @@ class CKAPSharedBuff {
   static std::size_t GetSize(KAPSharedBuffer* buffer);  // in bytes
 };
 
-// Gives back buffer storage that came from the host's memory: a `deleteProc` for NewBuffer.
+// Frees buffer storage that came from the host's memory: a `deleteProc` for NewBuffer.
 void KAPDeleteSharedBuff(void* storage) noexcept;
 
 // A reference to a shared buffer of plain elements, or to none.
-// Errors: what NewBuffer raises, and "Math overflow exception".
+// Errors: what NewBuffer throws, and TOQException "Math overflow exception".
 template <class T>
 class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedBuffer> {
   static_assert(std::is_trivially_copyable_v<T>);

@@ -31,7 +31,7 @@ class CKAPSimpleStream : public KAPContainerBaseGeneric {
   void Write(const unsigned char* buffer, std::size_t size);
 
  private:
-  static CKAPSimpleStreamTerminate fSimpleTerm;
+  static constinit CKAPSimpleStreamTerminate fSimpleTerm;
 };
 
 class CKAPRewindableStream : public CKAPSimpleStream {
@@ -44,7 +44,7 @@ class CKAPRewindableStream : public CKAPSimpleStream {
   void Rewind();
 
  private:
-  static CKAPRewindableStreamTerminate fRewindableTerm;
+  static constinit CKAPRewindableStreamTerminate fRewindableTerm;
 };
 
 class CKAPPositionableStream : public CKAPRewindableStream {
@@ -60,7 +60,7 @@ class CKAPPositionableStream : public CKAPRewindableStream {
   void Seek(long offset, int origin);  // `origin`: a KAPSeekOrigin
 
  private:
-  static CKAPPositionableStreamTerminate fPositionableTerm;
+  static constinit CKAPPositionableStreamTerminate fPositionableTerm;
 };
 
 }  // namespace KAP_T_MT

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "kap/KAPClientStream.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
 #include "kap/KAPStreamInterfaces.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {

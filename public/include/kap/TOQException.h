@@ -4,8 +4,8 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// The base exception: one fixed message. The message is not copied and must outlive the exception,
-// so it is a literal.
+// The library's base exception: one fixed message. The message is not copied and must outlive the
+// exception, so it is a literal.
 class TOQException : public std::exception {
  public:
   explicit TOQException(const char* message) noexcept : fMessage(message) {}
@@ -15,7 +15,7 @@ class TOQException : public std::exception {
   const char* fMessage;
 };
 
-// A size or a count that does not fit: TOQException "Math overflow exception".
-[[noreturn]] void KAPThrowMathOverflow();
+// For a size or a count that does not fit: throws TOQException "Math overflow exception".
+[[noreturn]] inline void KAPThrowMathOverflow() { throw TOQException("Math overflow exception"); }
 
 }  // namespace KAP_T_MT

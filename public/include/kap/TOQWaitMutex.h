@@ -5,11 +5,11 @@
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A recursive lock made of a mutex and a condition variable. The mutex is held only while the state
-// below changes, never while the lock itself is held. Meets BasicLockable, so std::lock_guard
-// applies. Errors: none; a lock that is destroyed must be free.
+// below changes, never while the lock itself is held. It meets BasicLockable: use std::lock_guard.
+// Errors: none; a lock must be free when it is destroyed.
 class TOQWaitMutex {
  public:
-  TOQWaitMutex() noexcept;
+  constexpr TOQWaitMutex() noexcept = default;
   ~TOQWaitMutex();
   TOQWaitMutex(const TOQWaitMutex&) = delete;
   TOQWaitMutex& operator=(const TOQWaitMutex&) = delete;
@@ -18,11 +18,11 @@ class TOQWaitMutex {
   void unlock() noexcept;
 
  private:
-  static constexpr pthread_t kNobody = ~pthread_t{0};
+  static constexpr pthread_t kNoThread = ~pthread_t{0};
 
-  pthread_mutex_t fMutex;
-  pthread_cond_t fFree;
-  pthread_t fOwner = kNobody;
+  pthread_mutex_t fMutex = PTHREAD_MUTEX_INITIALIZER;
+  pthread_cond_t fFree = PTHREAD_COND_INITIALIZER;
+  pthread_t fOwner = kNoThread;
   unsigned int fDepth = 0;
   unsigned int fWaiters = 0;
 };

@@ -47,7 +47,7 @@ class CPOSObject : public KAPContainerBaseGeneric {
   int GetType() const;
 
  private:
-  static CPOSObjectTerminate fTerm;
+  static constinit CPOSObjectTerminate fTerm;
 };
 
 }  // namespace KAP_T_MT

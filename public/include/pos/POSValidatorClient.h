@@ -34,7 +34,7 @@ class CPOSValidator : public KAPContainerBaseGeneric {
   }
 
  private:
-  static CPOSValidatorTerminate fTerm;
+  static constinit CPOSValidatorTerminate fTerm;
 };
 
 // A validator over a schema of one's own.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kap/KAPContainer.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
 #include "pos/POSInterfaces.h"
 #include "program/Failure.h"
 

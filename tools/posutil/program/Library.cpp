@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "formats/Printable.h"
-#include "kap/KAPBinder.h"
+#include "kap/KAPClient.h"
 #include "program/Failure.h"
 
 namespace PosUtil {

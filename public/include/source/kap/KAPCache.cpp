@@ -13,7 +13,7 @@ CKAPCacheLock::CKAPCacheLock(CKAPCacheID id, void* item) : fID(std::move(id)) {
 }
 
 CKAPCacheLock::~CKAPCacheLock() {
-  if (fItem) KAPCacheClient::CallOrStandBy<"MarkPurge">(fID.Handle(), fItem);
+  if (fItem) KAPCacheClient::CallReleasing<"MarkPurge">(fID.Handle(), fItem);
 }
 
 void CKAPCacheLock::UpdateCost(std::size_t cost) {
@@ -35,7 +35,7 @@ bool CKAPCache::Add(const CKAPCacheID& id, void* item, std::size_t cost, KAPDele
 }
 
 CKAPCacheLock CKAPCache::Attach(const CKAPCacheID& id) {
-  CKAPCacheID held(id);  // first: what it raises must leave no mark behind
+  CKAPCacheID held(id);  // first: if it throws, no mark may stay behind
   void* item = KAPCacheClient::Call<"Attach">(held.Handle());
   return CKAPCacheLock(std::move(held), item, KAPAlreadyMarked());
 }
@@ -43,10 +43,5 @@ CKAPCacheLock CKAPCache::Attach(const CKAPCacheID& id) {
 std::size_t CKAPCache::CurrentCacheSize() { return KAPCacheClient::Call<"CurrentCacheSize">(); }
 
 void CKAPCache::PurgeAll() { KAPCacheClient::Call<"PurgeAll">(); }
-
-void CKAPCache::StandBy() noexcept {
-  CKAPCacheID::StandBy();
-  KAPCacheClient::StandBy<"MarkPurge">([](KAPCacheID*, void*) { KAPNoOpFunction(); });
-}
 
 }  // namespace KAP_T_MT

@@ -4,23 +4,15 @@ namespace KAP_T_MT {
 
 constinit long CKAPContainer::fPrimaryOffset = 0;
 
-// Set by the static initialiser, so that binding can tell whether the runtime's static objects
-// exist.
-int CKAPContainer::fCPPCheck = [] {
-  CKAPContainer::StandBy();
-  return 13;
-}();
+// Every static object of the runtime is initialised at compile time, so it exists before any code
+// runs, in whatever order the files are linked. The guard says so, and holds from the start.
+constinit int CKAPContainer::fCPPCheck = 13;
 
 bool CKAPContainer::Init() {
   if (fCPPCheck != 13) return false;
   KAPContainerClient::Refresh();
   fPrimaryOffset = KAPContainerClient::Call<"GetOffsetToPrimaryInstance">();
   return true;
-}
-
-void CKAPContainer::StandBy() noexcept {
-  KAPContainerClient::StandBy<"Release">(&KAPContainerNoOpRelease);
-  KAPContainerClient::StandBy<"DeleteUnownedContainer">(&KAPContainerNoOpRelease);
 }
 
 void* CKAPContainer::BCGetInstance(KAPContainer* container, const CKAPStringAtom& signature) {

@@ -4,9 +4,9 @@
 
 namespace KAP_T_MT {
 
-CKAPDataStoreTerminate CKAPDataStore::fTerm;
-CKAPSizedDataStoreTerminate CKAPSizedDataStore::fSizedTerm;
-CKAPDataBlockStreamTerminate CKAPDataBlockStream::fTerm;
+constinit CKAPDataStoreTerminate CKAPDataStore::fTerm;
+constinit CKAPSizedDataStoreTerminate CKAPSizedDataStore::fSizedTerm;
+constinit CKAPDataBlockStreamTerminate CKAPDataBlockStream::fTerm;
 
 namespace {
 

@@ -3,38 +3,42 @@
 #include <cstring>
 #include <new>
 
-#include "kap/KAPBinder.h"
-#include "kap/KAPBoundary.h"
-#include "kap/KAPHostInterfaces.h"
+#include "kap/KAPErrorInterface.h"
 #include "kap/KAPProcTable.h"
-#include "kap/KAPStringAtom.h"
+#include "kap/KAPStringInterface.h"
 
 namespace KAP_T_MT {
 
-using KAPErrorClient = TKAPInterfaceClient<KAPErrorInterface>;
+using Errors = TKAPProcTable<KAPErrorInterface>;
+// Plain calls instead of CKAPStringAtom, which throws CKAPErrors and so stands above this file.
+using Strings = TKAPProcTable<KAPStringInterface>;
 
 constinit KAPError* CKAPError::fUnknownError = nullptr;
 constinit KAPError* CKAPError::fMemError = nullptr;
 
 namespace {
 
-const char* TextOf(const std::exception& exception) noexcept {
-  const char* text = exception.what();
-  return text ? text : "unknown KAP error";
-}
+constexpr const char* kUnknownText = "unknown KAP error";
 
-// An error is made while another failure is on its way, so a host without errors gives the empty
-// one, not a third.
 KAPError* CoreError(TOQErrorID id) noexcept {
-  return KAPErrorClient::TryRefresh() ? KAPErrorClient::CallLoaded<"GetCoreError">(id) : nullptr;
+  return Errors::TryRefresh() ? Errors::CallLoaded<"GetCoreError">(id) : nullptr;
 }
 
 KAPError* NewError(const char* message, const char* component, long code, void* clientData,
                    KAPDeleteProc freeClientData) noexcept {
-  if (!KAPErrorClient::TryRefresh()) return nullptr;
-  return KAPErrorClient::CallLoaded<"NewError">(message, component, code, clientData,
-                                                freeClientData);
+  if (!Errors::TryRefresh()) return nullptr;
+  return Errors::CallLoaded<"NewError">(message, component, code, clientData, freeClientData);
 }
+
+// The text of an atom, whose reference is given back. The error itself keeps the text alive.
+const char* TextOf(KAPStringAtom* atom) noexcept {
+  if (!atom) return nullptr;
+  const char* text = Strings::CallLoaded<"GetCString">(atom);
+  Strings::CallReleasing<"DeleteStringAtom">(atom);
+  return text;
+}
+
+bool CanAsk() noexcept { return Errors::TryRefresh() && Strings::TryRefresh(); }
 
 }  // namespace
 
@@ -50,30 +54,37 @@ CKAPError::CKAPError(const CKAPError& other) noexcept
     : std::exception(other), fError(AddRef(other.fError)) {}
 
 CKAPError::~CKAPError() {
-  if (fError) KAPErrorClient::CallOrStandBy<"Release">(fError);
+  if (fError) Errors::CallReleasing<"Release">(fError);
 }
 
+// After the binding neither AddRef nor Release does anything, so a copy may share the handle. A bound
+// host that has lost AddRef still releases: then only the empty error is safe.
 KAPError* CKAPError::AddRef(KAPError* error) noexcept {
-  if (error) KAPErrorClient::CallOrStandBy<"AddRef">(error);
-  return error;
+  if (!error || Errors::CallReleasing<"AddRef">(error) || !KAPIsBound()) return error;
+  return nullptr;
 }
 
 KAPError* CKAPError::Create(const std::exception& cause) noexcept {
   if (const auto* error = dynamic_cast<const CKAPError*>(&cause)) return AddRef(error->fError);
   if (dynamic_cast<const std::bad_alloc*>(&cause)) return CoreError(kMemErrorID);
-  return NewError(TextOf(cause), "TOQ", 0, nullptr, nullptr);
+  const char* text = cause.what();
+  return NewError(text ? text : kUnknownText, "TOQ", 0, nullptr, nullptr);
 }
 
+// A report must survive a host that has lost its string procedures, hence the fixed text.
 const char* CKAPError::what() const noexcept {
   if (!fError) return "Invalid CKAPError";
-  return CKAPStringAtom(KAPErrorClient::Call<"GetErrorMessage">(fError), true).Text();
+  return CanAsk() ? TextOf(Errors::CallLoaded<"GetErrorMessage">(fError)) : kUnknownText;
 }
 
 bool CKAPError::Matches(const char* component, long code) const {
   if (!fError) return *component == '\0' && code == 0;
-  const CKAPStringAtom own(KAPErrorClient::Call<"GetComponent">(fError), true);
-  return own.Text() && std::strcmp(own.Text(), component) == 0 &&
-         KAPErrorClient::Call<"GetID">(fError) == code;
+  if (!CanAsk()) {
+    KAPThrowLoadFailure(KAPIsBound() ? KAPLoadOutcome::kMissingProcedure
+                                     : KAPLoadOutcome::kUnavailable);
+  }
+  const char* own = TextOf(Errors::CallLoaded<"GetComponent">(fError));
+  return own && std::strcmp(own, component) == 0 && Errors::CallLoaded<"GetID">(fError) == code;
 }
 
 void CKAPError::ThrowError(const char* message, const char* component, long code, void* clientData,
@@ -83,26 +94,27 @@ void CKAPError::ThrowError(const char* message, const char* component, long code
 
 void CKAPError::ThrowError(TOQErrorID id) { throw CKAPError(id); }
 
-// A shared error is never destroyed, so one that cannot be counted any more will do as well.
+// A shared error is never destroyed, so one whose references cannot be counted any more serves as
+// well.
 KAPError* CKAPError::Shared(KAPError* error) noexcept {
-  return KAPErrorClient::TryRefresh() ? AddRef(error) : error;
+  return Errors::TryRefresh() ? AddRef(error) : error;
 }
 
-// A rethrow inside: the exception's type decides, and this is the only place that looks at it.
 KAPError* CKAPError::ForCaller() noexcept {
   try {
-    throw;
+    throw;  // the only way to look at the exception being handled
   } catch (const std::exception& exception) {
     if (KAPError* error = Create(exception)) return error;
+    // The host made no error: it has no memory for one, unless there was none to begin with.
     const bool isEmpty = dynamic_cast<const CKAPError*>(&exception) != nullptr;
-    return Shared(!isEmpty && fMemError ? fMemError : fUnknownError);  // no error: no memory for it
+    return Shared(!isEmpty && fMemError ? fMemError : fUnknownError);
   } catch (...) {
     return Shared(fUnknownError);
   }
 }
 
 bool CKAPError::Init() {
-  if (!KAPErrorClient::TryRefresh()) return false;
+  if (!Errors::TryRefresh()) return false;
   Close();
   fUnknownError = AddRef(CoreError(kUnknownErrorID));
   fMemError = AddRef(CoreError(kMemErrorID));
@@ -110,8 +122,8 @@ bool CKAPError::Init() {
 }
 
 void CKAPError::Close() noexcept {
-  CKAPError unknown(std::exchange(fUnknownError, nullptr));
-  CKAPError mem(std::exchange(fMemError, nullptr));
+  const CKAPError unknown(std::exchange(fUnknownError, nullptr));
+  const CKAPError mem(std::exchange(fMemError, nullptr));
 }
 
 void CKAPError::Kill() noexcept {
@@ -119,24 +131,13 @@ void CKAPError::Kill() noexcept {
   fMemError = nullptr;
 }
 
-void CKAPError::StandBy() noexcept {
-  constexpr auto noOp = [](KAPError*) { KAPNoOpFunction(); };
-  KAPErrorClient::StandBy<"AddRef">(noOp);
-  KAPErrorClient::StandBy<"Release">(noOp);
-}
-
 void KAPThrowError(KAPError* error) { throw CKAPError(error); }
 
-void KAPReportCurrentException() noexcept {
-  try {
-    throw;
-  } catch (const std::exception& exception) {
-    KAPReportError(TextOf(exception));
-  } catch (...) {
-    KAPReportError("unknown KAP error");
-  }
-}
+void KAPThrowMissingInterfaceError() { CKAPError::ThrowError("Missing Interface", "KAP", 0); }
 
-KAPError* KAPCurrentExceptionAsError() noexcept { return CKAPError::ForCaller(); }
+void KAPThrowLoadFailure(KAPLoadOutcome outcome) {
+  if (outcome == KAPLoadOutcome::kMissingProcedure) CKAPError::ThrowError("", "KAP", 0);
+  KAPThrowMissingInterfaceError();
+}
 
 }  // namespace KAP_T_MT

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "KAPHandOver.h"
 #include "kap/KAPClientProcs.h"
 #include "kap/KAPError.h"
+#include "source/kap/KAPHandOver.h"
 
 namespace KAP_T_MT {
 
@@ -36,17 +36,13 @@ KAPDataSink* NewSink(Args... args) {
   return sink;
 }
 
-KAPDataSink* Required(KAPDataSink* sink) {
-  if (!sink) KAPThrowMissingInterfaceError();
-  return sink;
-}
-
 }  // namespace
 
 CKAPDataSink::CKAPDataSink() : TKAPReference(NewSink<"NewNullDataSink">(), KAPAdopt()) {}
 
 CKAPDataSink::CKAPDataSink(TKAPClientObject<KAPClientDataSink> client)
-    : TKAPReference(Required(_NewClientDataSink(std::move(client))), KAPAdopt()) {}
+    : TKAPReference(KAPMade<KAPFilterInterface>(_NewClientDataSink(std::move(client))),
+                    KAPAdopt()) {}
 
 KAPDataSink* CKAPDataSink::_NewClientDataSink(TKAPClientObject<KAPClientDataSink> client) {
   return KAPHandOver<KAPFilterInterface>(std::move(client), [](void* object) {
@@ -61,7 +57,8 @@ void CKAPDataSink::Write(const unsigned char* data, std::size_t size) {
 bool CKAPDataSink::IsFilter() const { return KAPFilterClient::Call<"IsFilter">(Handle()); }
 
 CKAPFilter::CKAPFilter(const CKAPDataSink& target, TKAPClientObject<KAPClientFilter> client)
-    : CKAPFilter(Required(_NewClientFilter(target, std::move(client))), KAPAdopt()) {}
+    : CKAPFilter(KAPMade<KAPFilterInterface>(_NewClientFilter(target, std::move(client))),
+                 KAPAdopt()) {}
 
 KAPFilter* CKAPFilter::_NewClientFilter(const CKAPDataSink& target,
                                         TKAPClientObject<KAPClientFilter> client) {
@@ -99,7 +96,8 @@ void CKAPFilter::ResetChainState() { KAPCheck(KAPFilterClient::Call<"ResetChainS
 
 CKAPFilterJPEG::CKAPFilterJPEG(const CKAPDataSink& target,
                                TKAPClientObject<KAPClientFilterJPEG> client)
-    : CKAPFilter(Required(_NewFilterJPEG(target, std::move(client))), KAPAdopt()) {}
+    : CKAPFilter(KAPMade<KAPFilterInterface>(_NewFilterJPEG(target, std::move(client))),
+                 KAPAdopt()) {}
 
 KAPFilter* CKAPFilterJPEG::_NewFilterJPEG(const CKAPDataSink& target,
                                           TKAPClientObject<KAPClientFilterJPEG> client) {

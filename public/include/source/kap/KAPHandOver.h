@@ -5,13 +5,13 @@
 #include "kap/KAPClientBase.h"
 #include "kap/KAPClientProcs.h"
 #include "kap/KAPError.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Hands a client object to the host: `make`, given its address, asks for the host's object. The
 // client is the host's once there is one, and deleted otherwise. Null when the interface's table
-// cannot be loaded; what `make` raises passes.
+// cannot be loaded. What `make` throws passes on.
 template <class Interface, class Client, class Make>
 auto KAPHandOver(TKAPClientObject<Client> client, Make make)
     -> decltype(make(static_cast<void*>(nullptr))) {
@@ -19,6 +19,13 @@ auto KAPHandOver(TKAPClientObject<Client> client, Make make)
   if (!TKAPInterfaceClient<Interface>::TryRefresh()) return nullptr;
   auto* made = make(KAPClientAddress(client.get()));
   if (made) static_cast<void>(client.release());
+  return made;
+}
+
+// For constructors, which cannot return null: `made`, or the error of a table that cannot be loaded.
+template <class Interface, class Object>
+Object* KAPMade(Object* made) {
+  if (!made) TKAPInterfaceClient<Interface>::Refresh();
   return made;
 }
 

@@ -2,9 +2,8 @@
 
 #include <new>
 
-#include "kap/KAPBinder.h"
-#include "kap/KAPHostInterfaces.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
+#include "kap/KAPMemoryInterface.h"
 #include "kap/TOQException.h"
 
 namespace KAP_T_MT {
@@ -21,14 +20,10 @@ void* CKAPMemory::Alloc(std::size_t size) {
 }
 
 void CKAPMemory::Free(void* block) noexcept {
-  if (block) KAPMemoryClient::CallOrStandBy<"Free">(block);
+  if (block) KAPMemoryClient::CallReleasing<"Free">(block);
 }
 
 void CKAPMemory::ThrowMemError() { throw std::bad_alloc(); }
-
-void CKAPMemory::StandBy() noexcept {
-  KAPMemoryClient::StandBy<"Free">([](void*) { KAPNoOpFunction(); });
-}
 
 std::size_t KAPCheckedSize(std::size_t count, std::size_t size, std::size_t header) {
   std::size_t bytes = 0;

@@ -3,16 +3,30 @@
 #include <mutex>
 #include <new>
 
-#include "KAPBinderState.h"
-#include "kap/KAPContainer.h"
 #include "kap/KAPMemory.h"
+#include "source/kap/KAPBinding.h"
 
 namespace KAP_T_MT {
+
+int KAPLoadMethodTable(const _t_KAPFTabEntry* entries, std::size_t count, KAPContainer* container,
+                       int required, void** out) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const CKAPStringAtom methodName(entries[i].fMethodName);
+    const CKAPStringAtom procName(entries[i].fProcName);
+    void* method = nullptr;
+    KAPCheck(KAPContainerClient::Call<"GetMethod">(&method, container, methodName.Handle(),
+                                                   procName.Handle(), required ? 0 : 1));
+    out[i] = method;
+    if (required && !method) return 0;
+  }
+  return 1;
+}
 
 KAPVTabGeneric* KAPVTabGeneric::NewKAPVTab(std::size_t slotCount, KAPVTabListGeneric& list) {
   const std::size_t size = KAPCheckedSize(slotCount, sizeof(Slot), sizeof(KAPVTabGeneric));
   auto* table = ::new (CKAPMemory::Alloc(size)) KAPVTabGeneric;
   for (std::size_t i = 0; i < slotCount; ++i) ::new (table->Slots() + i) Slot(nullptr);
+  list.Join();  // from now on there is something to free at the end
   table->fNext = list.fHead;
   if (list.fHead) list.fHead->fPrevious = table;
   list.fHead = table;
@@ -48,7 +62,7 @@ bool KAPVTabListGeneric::IsCurrent(const KAPVTabGeneric& table, const char* sign
          table.fKey.load(std::memory_order_relaxed) == signature;
 }
 
-// A table whose first fill got no key serves the next implementation that comes.
+// A table whose first fill got no key serves the next implementation.
 KAPVTabGeneric& KAPVTabListGeneric::FindOrAdd(const char* signature) {
   KAPVTabGeneric* spare = nullptr;
   for (KAPVTabGeneric* table = fHead; table; table = table->fNext) {
@@ -59,8 +73,8 @@ KAPVTabGeneric& KAPVTabListGeneric::FindOrAdd(const char* signature) {
   return spare ? *spare : *KAPVTabGeneric::NewKAPVTab(fSlotCount, *this);
 }
 
-// The counter is read before the fill and stored after it: what moves meanwhile makes the table
-// stale again. A fill that calls back here for the same table finds what the last one left.
+// The counter is read before the fill and stored after it: a counter that moves meanwhile leaves the
+// table stale. A fill that calls back here for the same table finds what the last fill left.
 void KAPVTabListGeneric::Fill(KAPVTabGeneric& table, const char* signature, KAPContainer* container,
                               KAPVTabInitProc initProc) {
   struct FillingMark {

@@ -1,47 +1,49 @@
 #include "kap/KAPProcTable.h"
 
-#include "KAPBinderState.h"
+#include "source/kap/KAPBinding.h"
 
 namespace KAP_T_MT {
 
 const unsigned long KAPProcTable::kNeverFresh = ~0UL;
-constinit std::atomic<KAPProcTable*> KAPProcTable::fLoadedTables = nullptr;
+constinit std::atomic<KAPProcTable*> KAPProcTable::fListedTables = nullptr;
 
-namespace {
-
-KAPLoadOutcome Fetch(const char* name, const _t_KAPFTabEntry* entries, std::size_t count,
-                     std::atomic<void*>* slots) {
-  return KAPFetchProcs(entries, count, name, [=](std::size_t i, void* proc) {
-    slots[i].store(proc, std::memory_order_relaxed);
+KAPLoadOutcome KAPProcTable::Load() noexcept {
+  if (gGetProc) Enlist();
+  return KAPFetchProcs(fEntries, fEntryCount, fInterfaceName, [this](std::size_t i, void* proc) {
+    fSlots[i].store(proc, std::memory_order_relaxed);
   });
 }
 
-}  // namespace
-
-bool KAPProcTable::Load() {
-  return KAPAnswerLoad(Fetch(fInterfaceName, fEntries, fEntryCount, fSlots));
-}
-
-void KAPProcTable::Reload() {
-  if (!KAPIsBound()) KAPThrowMissingInterfaceError();
+KAPLoadOutcome KAPProcTable::Reload() noexcept {
+  if (!gGetProc) return KAPLoadOutcome::kUnavailable;
   unsigned long count = 0;
   do {  // again when the counter moves meanwhile
     count = KAPUnregisterCountNow();
-    if (!Load()) KAPThrowMissingInterfaceError();
+    const KAPLoadOutcome outcome = Load();
+    if (outcome != KAPLoadOutcome::kLoaded) return outcome;
   } while (count != KAPUnregisterCountNow());
   RememberLoaded(count);
+  return KAPLoadOutcome::kLoaded;
 }
 
-bool KAPProcTable::TryReload() noexcept {
-  if (!KAPIsBound()) return false;
-  unsigned long count = 0;
-  do {
-    count = KAPUnregisterCountNow();
-    const auto outcome = Fetch(fInterfaceName, fEntries, fEntryCount, fSlots);
-    if (outcome != KAPLoadOutcome::kLoaded) return false;
-  } while (count != KAPUnregisterCountNow());
-  RememberLoaded(count);
-  return true;
+// Called again for each release while the table is incomplete: some look-ups each time, which a host
+// in that state can bear.
+void KAPProcTable::ReloadForRelease() noexcept {
+  if (!gGetProc || fDropped.load() || Reload() == KAPLoadOutcome::kLoaded) return;
+  for (std::size_t i = 0; i < fEntryCount; ++i) {
+    if (!fTraits[i].fNoOpUnbound) continue;
+    fSlots[i].store(gGetProc(fInterfaceName, fEntries[i].fMethodName, fEntries[i].fProcName),
+                    std::memory_order_relaxed);
+  }
+}
+
+// Before anything is stored: what a slot holds must be forgotten when the binding ends.
+void KAPProcTable::Enlist() noexcept {
+  fDropped.store(false);
+  if (fListed.exchange(true)) return;
+  fNextListed = fListedTables.load();
+  while (!fListedTables.compare_exchange_weak(fNextListed, this)) {
+  }
 }
 
 // The count goes first and the counter to compare it with last: a thread that sees the counter sees
@@ -49,16 +51,26 @@ bool KAPProcTable::TryReload() noexcept {
 void KAPProcTable::RememberLoaded(unsigned long count) noexcept {
   fCount.store(count, std::memory_order_release);
   fWatched.store(gKAPUnregisterCount, std::memory_order_release);
-  if (fListed.exchange(true)) return;
-  fNextLoaded = fLoadedTables.load();
-  while (!fLoadedTables.compare_exchange_weak(fNextLoaded, this)) {
+}
+
+// An empty slot is the no-op: the caller looks before it calls in any case, since an object may be
+// released before its table was ever loaded.
+void KAPProcTable::Forget() noexcept {
+  fWatched.store(&kNeverFresh);
+  fCount.store(0);
+  for (std::size_t i = 0; i < fEntryCount; ++i) {
+    if (fTraits[i].fNoOpUnbound) fSlots[i].store(nullptr);
   }
 }
 
+void KAPProcTable::Drop() noexcept {
+  Forget();
+  fDropped.store(true);
+}
+
 void KAPProcTable::ForgetAll() noexcept {
-  for (KAPProcTable* table = fLoadedTables.load(); table; table = table->fNextLoaded) {
-    table->fWatched.store(&kNeverFresh);
-    table->fCount.store(0);
+  for (KAPProcTable* table = fListedTables.load(); table; table = table->fNextListed) {
+    table->Forget();
   }
 }
 

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "KAPHandOver.h"
 #include "kap/KAPClientProcs.h"
 #include "kap/KAPError.h"
+#include "source/kap/KAPHandOver.h"
 
 namespace KAP_T_MT {
 
@@ -22,7 +22,8 @@ CKAPProgress::CKAPProgress()
     : CKAPProgress(KAPProgressClient::Call<"NewNullProgress">(), KAPAdopt()) {}
 
 CKAPProgress::CKAPProgress(TKAPClientObject<KAPClientProgress> client)
-    : CKAPProgress(_NewClientProgress(std::move(client)), KAPAdopt()) {}
+    : CKAPProgress(KAPMade<KAPProgressInterface>(_NewClientProgress(std::move(client))),
+                   KAPAdopt()) {}
 
 void CKAPProgress::FinishConstruct() const {
   if (IsNull()) CKAPError::ThrowError("couldn't construct CKAPProgress", "", 0);

@@ -6,7 +6,7 @@ namespace KAP_T_MT {
 
 void CKAPSharedBuff::Init() { KAPSharedBuffClient::Refresh(); }
 
-void CKAPSharedBuff::Close() noexcept { TKAPSharedBuffer<unsigned char>::StandBy(); }
+void CKAPSharedBuff::Close() noexcept { KAPSharedBuffClient::Drop(); }
 
 KAPSharedBuffer* CKAPSharedBuff::NewBuffer(std::size_t size, void* data, KAPDeleteProc deleteProc,
                                            KAPGrowProc growProc, void* clientData) {

@@ -4,7 +4,7 @@
 
 #include "kap/KAPBoundary.h"
 #include "kap/KAPCacheInterface.h"
-#include "kap/KAPProcTable.h"
+#include "kap/KAPInterfaceClient.h"
 
 namespace KAP_T_MT {
 

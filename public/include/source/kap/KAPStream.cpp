@@ -5,9 +5,9 @@
 
 namespace KAP_T_MT {
 
-CKAPSimpleStreamTerminate CKAPSimpleStream::fSimpleTerm;
-CKAPRewindableStreamTerminate CKAPRewindableStream::fRewindableTerm;
-CKAPPositionableStreamTerminate CKAPPositionableStream::fPositionableTerm;
+constinit CKAPSimpleStreamTerminate CKAPSimpleStream::fSimpleTerm;
+constinit CKAPRewindableStreamTerminate CKAPRewindableStream::fRewindableTerm;
+constinit CKAPPositionableStreamTerminate CKAPPositionableStream::fPositionableTerm;
 
 CKAPSimpleStream::CKAPSimpleStream(KAPSimpleStream* handle) : KAPContainerBaseGeneric(handle) {
   fSimpleTerm.InitVTab(handle);

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "KAPHandOver.h"
 #include "kap/KAPClientProcs.h"
 #include "kap/KAPError.h"
+#include "source/kap/KAPHandOver.h"
 
 namespace KAP_T_MT {
 

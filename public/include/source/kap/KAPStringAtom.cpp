@@ -57,7 +57,7 @@ CKAPStringAtom CKAPStringAtom::ToHex(const void* pointer) {
 
 void CKAPStringAtom::ThrowBadAlloc() { CKAPMemory::ThrowMemError(); }
 
-void CKAPStringAtom::Close() noexcept { KAPStringClient::StandBy<"DeleteStringAtom">(&NoOpDelete); }
+void CKAPStringAtom::Close() noexcept { KAPStringClient::Replace<"DeleteStringAtom">(&NoOpDelete); }
 
 void CKAPStringAtom::NoOpDelete(KAPStringAtom*) noexcept {}
 

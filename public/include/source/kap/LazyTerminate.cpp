@@ -1,18 +1,33 @@
 #include "kap/LazyTerminate.h"
 
+#include <mutex>
+#include <utility>
+
 namespace KAP_T_MT {
 
-// Constant-initialised: members are static objects of several files and may be constructed before
-// this one's.
+// Initialised at compile time: members are static objects of several files and may be constructed
+// before this file's.
 constinit LazyTerminate* LazyTerminate::fList = nullptr;
 constinit LazyTerminate* LazyTerminate::fTail = nullptr;
 
-LazyTerminate::LazyTerminate() noexcept : fPrevious(fTail) {
+namespace {
+
+// Members may join on any thread.
+constinit std::mutex gJoining;
+
+}  // namespace
+
+void LazyTerminate::Join() noexcept {
+  const std::lock_guard lock(gJoining);
+  if (std::exchange(fJoined, true)) return;
+  fPrevious = fTail;
   (fTail ? fTail->fNext : fList) = this;
   fTail = this;
 }
 
 LazyTerminate::~LazyTerminate() {
+  const std::lock_guard lock(gJoining);
+  if (!fJoined) return;
   (fPrevious ? fPrevious->fNext : fList) = fNext;
   (fNext ? fNext->fPrevious : fTail) = fPrevious;
 }
@@ -22,7 +37,7 @@ bool LazyTerminate::InitializeAll() {
     bool initialized = false;
     try {
       initialized = member->Initialize();
-    } catch (...) {  // a member that throws has failed: the caller learns it from the result
+    } catch (...) {  // a member that throws has failed, and the result says so
     }
     if (!initialized) {
       TerminateBefore(member);

@@ -2,11 +2,6 @@
 
 namespace KAP_T_MT {
 
-TOQWaitMutex::TOQWaitMutex() noexcept {
-  pthread_mutex_init(&fMutex, nullptr);
-  pthread_cond_init(&fFree, nullptr);
-}
-
 TOQWaitMutex::~TOQWaitMutex() {
   pthread_cond_destroy(&fFree);
   pthread_mutex_destroy(&fMutex);
@@ -29,7 +24,7 @@ void TOQWaitMutex::lock() noexcept {
 void TOQWaitMutex::unlock() noexcept {
   pthread_mutex_lock(&fMutex);
   if (--fDepth == 0) {
-    fOwner = kNobody;
+    fOwner = kNoThread;
     if (fWaiters != 0) pthread_cond_signal(&fFree);
   }
   pthread_mutex_unlock(&fMutex);

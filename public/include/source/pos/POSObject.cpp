@@ -2,7 +2,7 @@
 
 namespace KAP_T_MT {
 
-CPOSObjectTerminate CPOSObject::fTerm;
+constinit CPOSObjectTerminate CPOSObject::fTerm;
 
 CPOSObject::CPOSObject(POSObject* handle) : KAPContainerBaseGeneric(handle) {
   fTerm.InitVTab(handle);

@@ -8,7 +8,7 @@ using Client = TKAPInterfaceClient<POSStructValidatorInterface>;
 
 }  // namespace
 
-CPOSValidatorTerminate CPOSValidator::fTerm;
+constinit CPOSValidatorTerminate CPOSValidator::fTerm;
 
 CPOSValidator::CPOSValidator(POSValidator* handle) : KAPContainerBaseGeneric(handle) {
   fTerm.InitVTab(handle);

@@ -1,6 +1,6 @@
 // The three functions that the library exports.
 
-#include "kap/KAPBinder.h"
+#include "kap/KAPClient.h"
 #include "kapimpl/KAPUtilsAtoms.h"
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 #include "posimpl/procs/POSDictImpl.h"

@@ -3,8 +3,8 @@
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 
 #include "dir/KAPUtilsDirInterfaces.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 #include "kapimpl/FiledObject.h"
 #include "kapimpl/KAPUtilsAtoms.h"
 #include "kapimpl/Required.h"

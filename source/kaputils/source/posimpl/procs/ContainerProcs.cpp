@@ -1,7 +1,7 @@
 // The procedures of arrays, dictionaries and their iterators.
 
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 #include "kap/KAPStringAtom.h"
 #include "posimpl/base/SortableStringAtom.h"
 #include "posimpl/notation/DeepPath.h"

@@ -1,7 +1,7 @@
 // The procedures of "POSObjectInterface" and "POSObjectStatics".
 
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 #include "posimpl/base/BaseObject.h"
 #include "posimpl/notation/TextReader.h"
 #include "posimpl/procs/POSDictImpl.h"

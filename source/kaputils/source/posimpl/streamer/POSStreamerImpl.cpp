@@ -2,8 +2,8 @@
 
 #include <string_view>
 
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 #include "kapimpl/FiledObject.h"
 #include "kapimpl/KAPUtilsAtoms.h"
 #include "pos/POSStreamerInterfaces.h"

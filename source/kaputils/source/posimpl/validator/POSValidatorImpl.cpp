@@ -4,7 +4,6 @@
 
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPRegistration.h"
 #include "posimpl/validator/SchemaCheck.h"
 #include "posimpl/validator/StructValidator.h"
 

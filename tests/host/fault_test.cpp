@@ -4,11 +4,11 @@
 
 namespace {
 
-using KAPHost::Call;
+using KAP_T_MT::KAPFault;
 
-class RefusalTest : public HostTest {
+class FaultTest : public HostTest {
  protected:
-  ~RefusalTest() override { fHost.Strings<"DeleteStringAtom">(fName); }
+  ~FaultTest() override { fHost.Strings<"DeleteStringAtom">(fName); }
 
   // Each refusable procedure: makes the call, undoes it if it succeeded, and says whether it did. A
   // refused call must give what its contract says.
@@ -62,7 +62,7 @@ class RefusalTest : public HostTest {
     fHost.Containers<"NewFullContainer">(&fContainer, this, fName, fName, nullptr);
   }
   void TearDown() override {
-    fHost.StopRefusing();
+    fHost.StopFaults();
     fHost.Containers<"Release">(fContainer);
   }
 
@@ -70,46 +70,46 @@ class RefusalTest : public HostTest {
   KAPContainer* fContainer = nullptr;
 };
 
-TEST_F(RefusalTest, TheNthCallOfAKindIsRefused) {
+TEST_F(FaultTest, TheNthCallOfAKindIsRefused) {
   const struct {
-    Call kind;
+    KAPFault kind;
     std::function<bool()> call;
-  } rows[] = {{Call::kAtom, [this] { return TryAtom(); }},
-              {Call::kError, [this] { return TryError(); }},
-              {Call::kBlock, [this] { return TryAlloc(); }},
-              {Call::kContainer, [this] { return TryNew(true); }},
-              {Call::kContainer, [this] { return TryNew(false); }},
-              {Call::kReference, [this] { return TryReference(); }},
-              {Call::kInstance, [this] { return TryInstance(); }},
-              {Call::kMethod, [this] { return TryMethod(); }}};
+  } rows[] = {{KAPFault::kAtom, [this] { return TryAtom(); }},
+              {KAPFault::kError, [this] { return TryError(); }},
+              {KAPFault::kBlock, [this] { return TryAlloc(); }},
+              {KAPFault::kContainer, [this] { return TryNew(true); }},
+              {KAPFault::kContainer, [this] { return TryNew(false); }},
+              {KAPFault::kReference, [this] { return TryReference(); }},
+              {KAPFault::kInstance, [this] { return TryInstance(); }},
+              {KAPFault::kMethod, [this] { return TryMethod(); }}};
   for (const auto& row : rows) {
     SCOPED_TRACE(static_cast<int>(row.kind));
-    for (const Call kind : {row.kind, Call::kAny}) {
-      fHost.Refuse(kind, 2);
+    for (const KAPFault kind : {row.kind, KAPFault::kAny}) {
+      fHost.FailCall(kind, 2);
       EXPECT_TRUE(row.call());
       EXPECT_FALSE(fHost.Fired());
       EXPECT_FALSE(row.call());
       EXPECT_TRUE(fHost.Fired());
       EXPECT_TRUE(row.call());
       EXPECT_EQ(fHost.CallCount(row.kind), 3u);
-      EXPECT_EQ(fHost.CallCount(Call::kAny), 3u);
+      EXPECT_EQ(fHost.CallCount(KAPFault::kAny), 3u);
 
-      fHost.RefuseFrom(kind, 2);
+      fHost.FailFrom(kind, 2);
       EXPECT_TRUE(row.call());
       EXPECT_FALSE(row.call());
       EXPECT_FALSE(row.call());
-      fHost.StopRefusing();
+      fHost.StopFaults();
       EXPECT_TRUE(fHost.Fired());
       EXPECT_TRUE(row.call());
     }
   }
 }
 
-TEST_F(RefusalTest, OtherKindsAreNotTouched) {
-  fHost.RefuseFrom(Call::kAtom, 1);
+TEST_F(FaultTest, OtherKindsAreNotTouched) {
+  fHost.FailFrom(KAPFault::kAtom, 1);
   EXPECT_FALSE(TryAtom());
   EXPECT_TRUE(TryAlloc() && TryError() && TryNew(true) && TryReference() && TryInstance());
-  fHost.Refuse(Call::kBlock, 1);  // the rule for atoms stays
+  fHost.FailCall(KAPFault::kBlock, 1);  // the rule for atoms stays
   EXPECT_FALSE(TryAlloc());
   EXPECT_FALSE(TryAtom());
 }

@@ -8,13 +8,13 @@
 
 namespace {
 
+using KAP_T_MT::KAPResource;
 using KAPHost::Holding;
-using KAPHost::Kind;
 using KAPHost::Snapshot;
 
-class BooksTest : public ::testing::Test {
+class AccountingTest : public ::testing::Test {
  protected:
-  BooksTest() { fHost = std::make_unique<KAPHost::Host>(Collecting()); }
+  AccountingTest() { fHost = std::make_unique<KAPHost::Host>(Collecting()); }
 
   KAPHost::HostOptions Collecting() {
     return {.fOnReport = {}, .fOnLeak = [this](const Snapshot& leaked) { fLeaked = leaked; }};
@@ -50,7 +50,7 @@ class BooksTest : public ::testing::Test {
   std::unique_ptr<KAPHost::Host> fHost;
 };
 
-TEST_F(BooksTest, LeaksAreNamedAtShutdown) {
+TEST_F(AccountingTest, LeaksAreNamedAtShutdown) {
   using Errors = KAP_T_MT::KAPErrorInterface;
   using Memory = KAP_T_MT::KAPMemoryInterface;
   KAPStringAtom* atom = Strings<"NewStringAtom">("leaked atom");
@@ -71,7 +71,7 @@ TEST_F(BooksTest, LeaksAreNamedAtShutdown) {
   fHost->Proc<Memory, "Free">()(block);
 }
 
-TEST_F(BooksTest, SnapshotsTellWhatChanged) {
+TEST_F(AccountingTest, SnapshotsTellWhatChanged) {
   KAPStringAtom* kept = Strings<"NewStringAtom">("kept");
   KAPContainer* container = NewContainer("kept");
   const Snapshot before = fHost->TakeSnapshot();
@@ -80,7 +80,7 @@ TEST_F(BooksTest, SnapshotsTellWhatChanged) {
   const Snapshot after = fHost->TakeSnapshot();
   EXPECT_EQ((after - before).Describe(),
             "atom \"kept\": 1 reference\ncontainer \"kept\": 0 (1 reference)\n");
-  EXPECT_EQ((before - after).Of(Kind::kAtom, "kept"), (Holding{-1, 0}));
+  EXPECT_EQ((before - after).Of(KAPResource::kAtom, "kept"), (Holding{-1, 0}));
 
   Strings<"DeleteStringAtom">(kept);
   Containers<"Release">(container);
@@ -92,14 +92,14 @@ TEST_F(BooksTest, SnapshotsTellWhatChanged) {
 
 // More types than the books tell apart: none is lost, and their slots are free again for the next
 // host.
-TEST_F(BooksTest, ManyTypes) {
+TEST_F(AccountingTest, ManyTypes) {
   for (int round = 0; round < 2; ++round) {
     std::vector<KAPContainer*> containers;
     for (int i = 0; i < 300; ++i) {
       containers.push_back(NewContainer(("Type" + std::to_string(i)).c_str()));
     }
-    EXPECT_EQ(fHost->TakeSnapshot().Total(Kind::kContainer), (Holding{300, 300}));
-    EXPECT_EQ(fHost->TakeSnapshot().Of(Kind::kContainer, "Type0"), (Holding{1, 1}));
+    EXPECT_EQ(fHost->TakeSnapshot().Total(KAPResource::kContainer), (Holding{300, 300}));
+    EXPECT_EQ(fHost->TakeSnapshot().Of(KAPResource::kContainer, "Type0"), (Holding{1, 1}));
     for (KAPContainer* container : containers) Containers<"Release">(container);
     EXPECT_EQ(ShutDown(), "");
     Restart();

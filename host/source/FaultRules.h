@@ -8,33 +8,37 @@
 #include <string_view>
 #include <utility>
 
-#include "kaphost/Refusal.h"
+#include "kap/KAPInterface.h"
 
 namespace KAPHost {
 
+using KAP_T_MT::KAPFault;
+
+inline constexpr std::size_t kFaultKinds = static_cast<std::size_t>(KAPFault::kCount);
+
 // The rules by which calls are refused, and the calls counted. Thread-safe. The gate is armed while
 // there are any rules.
-class Refusals {
+class FaultRules {
  public:
-  void Refuse(Call kind, unsigned long n) { SetRule(kind, {n, n}); }
-  void RefuseFrom(Call kind, unsigned long n) { SetRule(kind, {n, kForever}); }
+  void FailCall(KAPFault kind, unsigned long n) { SetRule(kind, {n, n}); }
+  void FailFrom(KAPFault kind, unsigned long n) { SetRule(kind, {n, kForever}); }
   void CountCalls();
-  void RefuseBlocksAbove(std::size_t size);
+  void FailBlocksAbove(std::size_t size);
   void LimitReads(std::size_t size);
   void HideProcedure(std::string_view interfaceName, std::string_view methodName);
   void HideInterface(std::string_view interfaceName);
-  void RefuseRegistration(std::string_view interfaceName, std::string_view methodName);
+  void FailRegistration(std::string_view interfaceName, std::string_view methodName);
   void Stop();
 
   bool Fired() const;
-  unsigned long CallCount(Call kind) const;
+  unsigned long CallCount(KAPFault kind) const;
 
   // Asked by the procedures; they count the call.
-  bool IsRefused(Call kind, std::size_t blockSize) noexcept;
+  bool Fails(KAPFault kind, std::size_t blockSize) noexcept;
   std::size_t ReadLimit() const noexcept;
   bool IsHidden(std::string_view interfaceName, std::string_view methodName) const noexcept;
-  bool IsRegistrationRefused(std::string_view interfaceName,
-                             std::string_view methodName) const noexcept;
+  bool FailsRegistration(std::string_view interfaceName,
+                         std::string_view methodName) const noexcept;
 
  private:
   static constexpr unsigned long kForever = ~0ul;
@@ -47,19 +51,19 @@ class Refusals {
   };
   using Names = std::set<std::pair<std::string, std::string>>;
 
-  void SetRule(Call kind, Rule rule);
+  void SetRule(KAPFault kind, Rule rule);
   void Arm();
-  bool CountOne(Call kind);
+  bool CountOne(KAPFault kind);
   static bool Contains(const Names& names, std::string_view first,
                        std::string_view second) noexcept;
 
   mutable std::mutex fMutex;
-  std::array<Rule, kCallKinds> fRules;
-  std::array<unsigned long, kCallKinds> fCalls{};
+  std::array<Rule, kFaultKinds> fRules;
+  std::array<unsigned long, kFaultKinds> fCalls{};
   std::size_t fLargestBlock = kAnySize;
   std::size_t fLargestRead = kAnySize;
   Names fHidden;  // with an empty method name: the whole interface
-  Names fUnregistrable;
+  Names fFailingRegistrations;
   mutable bool fFired = false;
 };
 

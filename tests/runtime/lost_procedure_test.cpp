@@ -1,0 +1,117 @@
+#include <cstring>
+#include <optional>
+#include <set>
+
+#include "RuntimeTest.h"
+
+// A host that loses a procedure while it is bound: an interface is registered again with a procedure
+// missing, and the counter has moved. Calls fail, failures are still reported, and releases reach the
+// host.
+
+namespace {
+
+using namespace KAP_T_MT;
+
+struct Held {
+  CKAPStringAtom fAtom{"held"};
+  CKAPError fError{"held", "c", 1};
+  CKAPContainerHolder fContainer;
+  TKAPBlock<char> fBlock = KAPNewBlock<char>(10);
+  TKAPSharedBuffer<char> fBuffer{std::size_t{4}};
+  CKAPDataSink fSink;
+  CKAPProgress fProgress;
+};
+
+class LostProcedureTest : public BoundTest {
+ protected:
+  // Runs body(interface name, method name, whether the method releases) for each procedure of the
+  // host's, lost.
+  template <class Body>
+  void ForEachLost(Body body) {
+    KAPHostInterfaceSet::ForEach([&]<class Interface>() {
+      for (std::size_t i = 0; i < Interface::kCount; ++i) {
+        const char* const method = Interface::kEntries[i].fMethodName;
+        SCOPED_TRACE(std::string(Interface::kName) + " " + method);
+        body(Interface::kName, method, Interface::kTraits[i].fNoOpUnbound);
+      }
+    });
+  }
+  void Lose(const char* interfaceName, const char* method) {
+    fHost.HideProcedure(interfaceName, method);
+    MoveCounter(fHost);
+  }
+  void Restore() {
+    fHost.StopFaults();
+    MoveCounter(fHost);
+  }
+};
+
+TEST_F(LostProcedureTest, ReleasesReachTheHost) {
+  ForEachLost([&](const char* interfaceName, const char* method, bool releases) {
+    const BalancedScope balanced(fHost);
+    std::optional<Held> held(std::in_place);
+    Lose(interfaceName, method);
+    // What the lost procedure itself would release is lost, and must not reach freed code.
+    if (releases) Restore();
+    held.reset();
+    Restore();
+  });
+}
+
+TEST_F(LostProcedureTest, FailuresAreReported) {
+  ForEachLost([&](const char* interfaceName, const char* method, bool) {
+    const BalancedScope balanced(fHost);
+    {
+      const CKAPError error("message", "c", 1);
+      Lose(interfaceName, method);
+      KAPReportingError([&] { throw CKAPError(error); });
+      KAPReportingError([] { throw std::bad_alloc(); });
+      Restore();
+      // The copy's reference, which could not be released.
+      if (!std::strcmp(method, "Release") && interfaceName == KAPErrorInterface::kName) {
+        const CKAPError copy(error.Handle());
+      }
+    }
+    const std::vector<std::string> reports = fHost.TakeReports();
+    ASSERT_EQ(reports.size(), 2u);
+    // Without AddRef the copy is the empty error.
+    const std::set<std::string> known = {"message", "unknown KAP error", "Invalid CKAPError"};
+    EXPECT_TRUE(known.contains(reports[0])) << reports[0];
+    EXPECT_EQ(reports[1], kBadAlloc);
+  });
+}
+
+// Made before any other static object, in whatever order the files are linked.
+struct Early {
+  Early() {
+    KAPHost::Host host;
+    const KAPClient client(host.GetProcAddress());
+    CKAPPositionableStream stream;
+    stream.Write(reinterpret_cast<const unsigned char*>("early"), 5);
+    fPosition = stream.Mark();
+  }
+  long fPosition = 0;
+};
+[[gnu::init_priority(101)]] const Early gEarly;
+
+TEST(StaticStateTest, IsThereBeforeAnyInitialiserRuns) { EXPECT_EQ(gEarly.fPosition, 5); }
+
+TEST(KAPClientTest, BindsForItsLifetime) {
+  TestHost host;
+  {
+    const KAPClient client(host.GetProcAddress());
+    EXPECT_STREQ(CKAPStringAtom("bound").Text(), "bound");
+    EXPECT_THROW(KAPClient(host.GetProcAddress()), KAPBindingError);
+    EXPECT_TRUE(KAPIsBound());
+  }
+  EXPECT_FALSE(KAPIsBound());
+  for (const char* lost : {"KAPStringInterface", "KAPMemoryInterface"}) {
+    host.HideInterface(lost);
+    EXPECT_THROW(KAPClient(host.GetProcAddress()), KAPBindingError);
+    EXPECT_FALSE(KAPIsBound());
+    host.StopFaults();
+  }
+  EXPECT_THROW(KAPClient(nullptr), KAPBindingError);
+}
+
+}  // namespace
