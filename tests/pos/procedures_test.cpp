@@ -100,7 +100,7 @@ TEST(ProceduresTest, BadInput) {
 }
 
 // The nth call of the host fails, alone or with all after it; when it is cold, the method tables are
-// to be loaded anew, which takes calls of its own. True while there is a call to refuse.
+// to be loaded anew, which takes calls of its own. True while there is such a call.
 template <class Procedure>
 bool RefuseCall(unsigned long n, bool andAllAfterIt, bool cold) {
   SCOPED_TRACE(testing::Message() << Procedure::kInterface << '.' << Procedure::kMethod << ", call "

@@ -4,7 +4,7 @@
 
 namespace NPOSObjectImpl {
 
-// An object that holds others, directly or behind a raw pointer, and may hold them a million levels
+// An object that holds others, directly or through a raw pointer, and may hold them a million levels
 // deep.
 //
 // Releasing one runs from the host to the library, which releases what the object holds, to the

@@ -47,7 +47,7 @@ class MembersCheck {
                             [&] { return FormatIntoPOSString(context, name.Text(), type.Get()); });
   }
 
-  // Empty when there is no dictionary, or no such member in it.
+  // Empty when there is no dictionary, or it has no such member.
   Kept<String> TypeIn(const Dict* members, const SortableStringAtom& name) const {
     const CPOSObject* type = members ? members->Find(name) : nullptr;
     return type ? Kept<String>(*type, fCheck.fDefinition.Keeps()) : Kept<String>();
