@@ -2,7 +2,7 @@
 
 #include "TestHost.h"
 
-// A host whose streams are spoken to in texts. What fails gives the message of its error.
+// A host whose streams read and write strings. A call that fails returns the message of its error.
 class StreamsTest : public HostTest {
  protected:
   using Factory = KAP_T_MT::KAPStreamFactoryInterface;

@@ -4,7 +4,7 @@
 
 #include "TestHost.h"
 
-// The balance check itself: whatever is held too long must be named.
+// The leak report itself: it must name whatever is held too long.
 
 namespace {
 
@@ -34,19 +34,19 @@ class AccountingTest : public ::testing::Test {
     Strings<"DeleteStringAtom">(atom);
     return container;
   }
-  // What the host says when it goes.
+  // Destroys the host and returns its leak report.
   std::string ShutDown() {
     fLeaked = {};
     fHost.reset();
     return fLeaked.Describe();
   }
-  // Another host, to which what was leaked on purpose can be given back.
+  // Makes another host, to which deliberate leaks can be released.
   void Restart() {
     fHost.reset();
     fHost = std::make_unique<KAPHost::Host>(Collecting());
   }
 
-  Snapshot fLeaked;  // the host writes it when it goes
+  Snapshot fLeaked;  // set when the host is destroyed
   std::unique_ptr<KAPHost::Host> fHost;
 };
 
@@ -71,7 +71,7 @@ TEST_F(AccountingTest, LeaksAreNamedAtShutdown) {
   fHost->Proc<Memory, "Free">()(block);
 }
 
-TEST_F(AccountingTest, SnapshotsTellWhatChanged) {
+TEST_F(AccountingTest, SnapshotsShowWhatChanged) {
   KAPStringAtom* kept = Strings<"NewStringAtom">("kept");
   KAPContainer* container = NewContainer("kept");
   const Snapshot before = fHost->TakeSnapshot();
@@ -90,8 +90,7 @@ TEST_F(AccountingTest, SnapshotsTellWhatChanged) {
   EXPECT_TRUE(fHost->TakeSnapshot().IsEmpty()) << fHost->TakeSnapshot();
 }
 
-// More types than the books tell apart: none is lost, and their slots are free again for the next
-// host.
+// More types than the accounting tells apart: none is lost, and the next host has all slots again.
 TEST_F(AccountingTest, ManyTypes) {
   for (int round = 0; round < 2; ++round) {
     std::vector<KAPContainer*> containers;
@@ -130,7 +129,7 @@ void LeaveAReport() {
       "surprise");
 }
 
-TEST(TestHostTest, FindsFault) {
+TEST(TestHostTest, FailsTests) {
   EXPECT_NONFATAL_FAILURE(LeakInAHost(), "atom \"x\": 1 reference");
   gDeleteAtom(gAtom);
   EXPECT_NONFATAL_FAILURE(LeakInAScope(), "atom \"y\": 1 reference");

@@ -21,7 +21,7 @@ TEST_F(AtomTest, EqualTextsAreOneAtom) {
   EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kAtom, "key").fNumber, 0);
 }
 
-TEST_F(AtomTest, NullIsNoAtom) {
+TEST_F(AtomTest, NullIsIgnored) {
   EXPECT_EQ(fHost.Atom(nullptr), nullptr);
   EXPECT_EQ(fHost.Strings<"GetCString">(nullptr), nullptr);
   fHost.Strings<"AddRef">(nullptr);

@@ -44,7 +44,7 @@ TEST_F(BinderTest, RegistersReplacesAndUnregisters) {
   EXPECT_EQ(*fCounter, before + 1);
 }
 
-TEST_F(BinderTest, NullsAreRefused) {
+TEST_F(BinderTest, NullsAreErrors) {
   EXPECT_EQ(fRegister(nullptr, "M", "P", &fFirst), 0);
   EXPECT_EQ(fRegister("I", nullptr, "P", &fFirst), 0);
   EXPECT_EQ(fRegister("I", "M", nullptr, &fFirst), 0);
@@ -54,7 +54,7 @@ TEST_F(BinderTest, NullsAreRefused) {
   EXPECT_EQ(Find("I", "M", nullptr), nullptr);
 }
 
-TEST_F(BinderTest, SecondHostIsRefused) {
+TEST_F(BinderTest, SecondHostThrows) {
   EXPECT_THROW(KAPHost::Host(), std::logic_error);
   EXPECT_NE(Find("KAP", "KAPReportError", "KAPReportError"), nullptr);  // the first one still works
 }

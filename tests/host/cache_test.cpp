@@ -2,7 +2,7 @@
 
 namespace {
 
-std::string gPurged;  // the items, in the order in which they were purged
+std::string gPurged;  // the items, in the order of purging
 std::function<void()> gOnPurge;
 
 class CacheTest : public HostTest {
@@ -20,7 +20,7 @@ class CacheTest : public HostTest {
   void TearDown() override {
     for (KAPCacheID* id : fIDs) Cache<"Release">(id);
   }
-  // Files item number i at a cost of 10.
+  // Adds item number i at a cost of 10.
   bool Add(int i) {
     return Cache<"Add">(fIDs[i], &fItems[i], 10ul, KAPDeleteProc([](void* item) {
                           gPurged += *static_cast<char*>(item);

@@ -4,7 +4,7 @@ namespace {
 
 using KAP_T_MT::KAPFault;
 
-// A component's stream object, whose procedures give an error while there is one.
+// A component's stream object. Its procedures return an error when one is set.
 struct Client {
   int fDeleted = 0;
   long fPosition = 0;
@@ -34,13 +34,13 @@ KAPError* SeekProc(void* client, long offset, int origin) {
 
 class ClientStreamTest : public StreamsTest {
  protected:
-  // Of length 1, simple, to 3, positionable.
-  KAPError* Make(KAPContainer** out, int length, Client& client) {
+  // Makes a stream of capability 1 (simple) to 3 (positionable).
+  KAPError* Make(KAPContainer** out, int capability, Client& client) {
     const auto simple = fHost.Proc<Factory, "NewClientSimpleStream">();
     const auto rewindable = fHost.Proc<Factory, "NewClientRewindableStream">();
     const auto positionable = fHost.Proc<Factory, "NewClientPositionableStream">();
-    if (length == 1) return simple(out, &client, &ReadProc, &WriteProc, &DeleteProc);
-    if (length == 2) {
+    if (capability == 1) return simple(out, &client, &ReadProc, &WriteProc, &DeleteProc);
+    if (capability == 2) {
       return rewindable(out, &client, &ReadProc, &WriteProc, &DeleteProc, &CreateProc, &RewindProc);
     }
     return positionable(out, &client, &ReadProc, &WriteProc, &DeleteProc, &CreateProc, &RewindProc,
@@ -48,24 +48,24 @@ class ClientStreamTest : public StreamsTest {
   }
 };
 
-TEST_F(ClientStreamTest, EachLengthOffersItsMethods) {
+TEST_F(ClientStreamTest, EachCapabilityHasItsMethods) {
   const char* const invalid = "invalid container";
   KAPStringAtom* const mark[] = {fHost.Atom("Mark"), fHost.Atom("KAPPositionableStreamMarkProc")};
-  for (int length = 1; length <= 3; ++length) {
+  for (int capability = 1; capability <= 3; ++capability) {
     Client client;
     KAPContainer* stream = nullptr;
-    EXPECT_EQ(Make(&stream, length, client), nullptr);
+    EXPECT_EQ(Make(&stream, capability, client), nullptr);
     EXPECT_EQ(Write(stream, "four"), "");
     EXPECT_EQ(Read(stream, 5), "x");
-    EXPECT_EQ(Mark(stream), length == 3 ? "4" : invalid);
-    EXPECT_EQ(Rewind(stream), length > 1 ? "" : invalid);
-    EXPECT_EQ(Seek(stream, 3, 1), length == 3 ? "" : invalid);
-    EXPECT_EQ(client.fPosition, length == 3 ? 31 : length == 2 ? 0 : 4);
+    EXPECT_EQ(Mark(stream), capability == 3 ? "4" : invalid);
+    EXPECT_EQ(Rewind(stream), capability > 1 ? "" : invalid);
+    EXPECT_EQ(Seek(stream, 3, 1), capability == 3 ? "" : invalid);
+    EXPECT_EQ(client.fPosition, capability == 3 ? 31 : capability == 2 ? 0 : 4);
     client.fReads = 6;
     EXPECT_EQ(Read(stream, 5), "a client stream read more than it was asked for");
     void* method = nullptr;
     fHost.Containers<"GetMethod">(&method, stream, mark[0], mark[1], 1);
-    EXPECT_EQ(method != nullptr, length == 3);
+    EXPECT_EQ(method != nullptr, capability == 3);
     EXPECT_EQ(client.fDeleted, 0);
     Release(stream);
     EXPECT_EQ(client.fDeleted, 1);
@@ -73,8 +73,8 @@ TEST_F(ClientStreamTest, EachLengthOffersItsMethods) {
   for (KAPStringAtom* name : mark) fHost.Strings<"DeleteStringAtom">(name);
 }
 
-// Whose the object is when the host refuses: a new one's maker's, an independent one's the host's.
-TEST_F(ClientStreamTest, RefusalsAndErrors) {
+// After a fault a new object stays its maker's, while the host deletes an independent one.
+TEST_F(ClientStreamTest, FaultsAndErrors) {
   Client client, other;
   KAPContainer* stream = nullptr;
   for (const KAPFault kind : {KAPFault::kStream, KAPFault::kContainer}) {

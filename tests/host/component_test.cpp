@@ -27,7 +27,7 @@ TEST_F(ComponentTest, IsInitialisedTerminatedAndUnloaded) {
   EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty());
 }
 
-TEST_F(ComponentTest, FailuresAreExplained) {
+TEST_F(ComponentTest, FailuresNameFileAndReason) {
   const struct {
     const char* why;
     std::string path;
@@ -35,7 +35,7 @@ TEST_F(ComponentTest, FailuresAreExplained) {
     std::string part;
   } rows[] = {{"no such file", "/no/such/file.so", "Small", "cannot open shared object file"},
               {"no such entry point", SMALL_COMPONENT, "Big", "BigInitialize"},
-              {"refuses to start", SMALL_COMPONENT, "Small", "SmallInitialize failed"}};
+              {"fails to initialise", SMALL_COMPONENT, "Small", "SmallInitialize failed"}};
   fHost.FailRegistration("SmallInterface", "Answer");
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);

@@ -5,7 +5,7 @@ namespace {
 using KAP_T_MT::KAPResource;
 using KAPHost::Holding;
 
-// What the delete procedures of instances were called with, in order.
+// The arguments of the delete procedures, in order.
 std::string gDeleted;
 void DeleteNamed(void* name) { gDeleted += static_cast<const char*>(name); }
 
@@ -39,7 +39,7 @@ class ContainerTest : public HostTest {
     EXPECT_EQ(fHost.Containers<"GetInstance">(container, name), instance);
     return instance;
   }
-  // With a parent interface: of the interfaces registered before it.
+  // With a parent: among the interfaces registered before those of that instance.
   void* Method(KAPContainer* container, const char* methodName, const char* procName,
                KAPStringAtom* parent = nullptr) {
     KAPStringAtom* method = fHost.Atom(methodName);
@@ -83,7 +83,7 @@ TEST_F(ContainerTest, ContainerBeingDestroyedTakesNoReference) {
   host = &fHost;
   KAPDeleteProc inspect = [](void*) {
     EXPECT_FALSE(host->Containers<"AddRef">(dying));
-    host->Containers<"Release">(dying);  // by one who did not check
+    host->Containers<"Release">(dying);  // as by a caller that does not check
     gDeleted += "once ";
   };
   fHost.Containers<"NewFullContainer">(&dying, fNameA, fImpl, fInterface, inspect);
@@ -125,7 +125,7 @@ TEST_F(ContainerTest, EmptyContainerIsEquipped) {
   EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kContainer, "Impl"), (Holding{1, 2}));
   EXPECT_EQ(add(fOther, fNameB), "");
   EXPECT_EQ(add(fInterface, fNameC), "");
-  EXPECT_NE(add(fOther, fNameA), "");  // present already: refused
+  EXPECT_NE(add(fOther, fNameA), "");  // the name is taken
   EXPECT_EQ(Instance(container, fOther), fNameB);
 
   Release(container);
@@ -142,7 +142,7 @@ TEST_F(ContainerTest, MethodsOfAllInterfacesAreFound) {
   EXPECT_EQ(Method(container, "M", "P"), &first);
   EXPECT_EQ(Method(container, "M", "P2"), nullptr);
 
-  // An interface registered later covers up the earlier one, which GetParentMethod still finds.
+  // A later interface hides the earlier one, which GetParentMethod still finds.
   EXPECT_EQ(fHost.Containers<"RegisterInterface">(container, fOther, fOther), nullptr);
   EXPECT_EQ(Method(container, "M", "P"), &third);
   EXPECT_EQ(Method(container, "M2", "P"), &second);

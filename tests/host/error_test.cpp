@@ -12,7 +12,7 @@ TEST_F(ErrorTest, KeepsItsTextsAndFreesItsClientData) {
   KAPError* error =
       fHost.Errors<"NewError">("message", "component", -5L, static_cast<void*>(&freed),
                                KAPDeleteProc([](void* data) { ++*static_cast<int*>(data); }));
-  // The texts are the error's, nobody else's.
+  // The error's references to its texts are not counted.
   EXPECT_EQ(fHost.TakeSnapshot().Total(KAPResource::kAtom), Holding());
   EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kError, "message"), (Holding{1, 1}));
 
@@ -44,7 +44,7 @@ TEST_F(ErrorTest, CoreErrorsAreNeverDestroyed) {
   EXPECT_EQ(fHost.Errors<"GetCoreError">(99), unknown);
 }
 
-TEST_F(ErrorTest, NullsAreSurvived) {
+TEST_F(ErrorTest, NullsAreIgnored) {
   fHost.Errors<"AddRef">(nullptr);
   fHost.Errors<"Release">(nullptr);
   EXPECT_EQ(fHost.Errors<"GetErrorMessage">(nullptr), nullptr);

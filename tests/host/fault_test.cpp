@@ -10,10 +10,10 @@ class FaultTest : public HostTest {
  protected:
   ~FaultTest() override { fHost.Strings<"DeleteStringAtom">(fName); }
 
-  // Each refusable procedure: makes the call, undoes it if it succeeded, and says whether it did. A
-  // refused call must give what its contract says.
+  // One for each procedure that can fail: makes the call, undoes it on success, and returns whether it
+  // succeeded. A failed call must return what its contract says.
   bool TryAtom() {
-    KAPStringAtom* atom = fHost.Atom("refusable");
+    KAPStringAtom* atom = fHost.Atom("injected");
     fHost.Strings<"DeleteStringAtom">(atom);
     return atom != nullptr;
   }
@@ -70,7 +70,7 @@ class FaultTest : public HostTest {
   KAPContainer* fContainer = nullptr;
 };
 
-TEST_F(FaultTest, TheNthCallOfAKindIsRefused) {
+TEST_F(FaultTest, TheNthCallOfAKindFails) {
   const struct {
     KAPFault kind;
     std::function<bool()> call;
@@ -105,7 +105,7 @@ TEST_F(FaultTest, TheNthCallOfAKindIsRefused) {
   }
 }
 
-TEST_F(FaultTest, OtherKindsAreNotTouched) {
+TEST_F(FaultTest, OtherKindsDoNotFail) {
   fHost.FailFrom(KAPFault::kAtom, 1);
   EXPECT_FALSE(TryAtom());
   EXPECT_TRUE(TryAlloc() && TryError() && TryNew(true) && TryReference() && TryInstance());

@@ -4,7 +4,7 @@ namespace {
 
 using Filters = KAP_T_MT::KAPFilterInterface;
 
-// What is done to a component's object, and the error that each procedure gives.
+// The calls of a component's object, and the error that each procedure returns.
 struct Client {
   std::string fCalls;
   KAPError* fError = nullptr;
@@ -64,7 +64,7 @@ TEST_F(FilterTest, Chains) {
   for (KAPDataSink* sink : {first, second, null}) Release(sink);
 }
 
-// A refused object stays its maker's; what Delete complains of is reported.
+// After a fault the object stays its maker's; an error of its delete procedure is reported.
 TEST_F(FilterTest, FailingClients) {
   Client client;
   KAPDataSink* const target = New<"NewNullDataSink">();

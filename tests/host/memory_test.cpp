@@ -25,7 +25,7 @@ TEST_F(MemoryTest, BlocksAreAlignedAndCounted) {
   }
 }
 
-TEST_F(MemoryTest, ReallocKeepsContentsAndBooks) {
+TEST_F(MemoryTest, ReallocKeepsContentsAndCounts) {
   auto* block = static_cast<char*>(fHost.Memory<"Realloc">(nullptr, 8ul));
   std::memcpy(block, "content", 8);
   for (const std::size_t size : {100000ul, 8ul}) {

@@ -2,7 +2,7 @@
 
 #include "TestHost.h"
 
-// Procedures called when there is no host, as a component's static objects may do.
+// Calls without a host, as a component's static objects may make them.
 
 namespace {
 
@@ -42,7 +42,7 @@ TEST(ShutdownTest, LateCallsDoNoHarm) {
   freeBlock(block);
   release(container);  // ignored
 
-  // The next host has books of its own, and does what could not be done without one.
+  // The next host has accounts of its own and destroys what could not be destroyed without one.
   host.emplace(options);
   EXPECT_TRUE(host->TakeSnapshot().IsEmpty());
   release(container);

@@ -21,8 +21,8 @@ class FileStreamsTest : public StreamsTest {
       std::filesystem::temp_directory_path() / ("stream" + std::to_string(getpid()));
 };
 
-// The same operations on a stream and on a plain text with a position, in sizes around that of a
-// file's buffer; now and then through a second stream over the same bytes.
+// The same operations on a stream and on a string with a position, in sizes around that of a file's
+// buffer; sometimes through a second stream over the same bytes.
 TEST_F(FileStreamsTest, AgreeWithAModel) {
   const std::size_t sizes[] = {0, 1, 16, 100, 16383, 16384, 16385, 70000};
   for (const bool file : {false, true}) {
@@ -34,7 +34,7 @@ TEST_F(FileStreamsTest, AgreeWithAModel) {
       SCOPED_TRACE(testing::Message() << (file ? "file" : "memory") << ", step " << step);
       if (step % 500 == 250) streams[1] = NewIndependent(streams[0]), positions[1] = 0;
       if (step % 500 == 400) Release(std::exchange(streams[1], nullptr));
-      const std::size_t which = streams[1] != nullptr ? random() % 2 : 0;
+      const std::size_t which = streams[1] ? random() % 2 : 0;
       KAPContainer* const stream = streams[which];
       std::size_t& position = positions[which];
       const std::size_t count = random() % 3 == 0 ? sizes[random() % 8] : random() % 40;
@@ -117,7 +117,7 @@ TEST_F(FileStreamsTest, Modes) {
   }
 }
 
-// What the system does not take is told by the call that tries to write it, or at the end.
+// Bytes that the system does not take are an error of the call that writes them, or of the release.
 TEST_F(StreamsTest, FullDisk) {
   KAPContainer* const stream = NewFile("/dev/full", "w+");
   const char* const message = "cannot write \"/dev/full\": No space left on device";
@@ -142,7 +142,7 @@ TEST_F(StreamsTest, Handles) {
   fHost.Strings<"DeleteStringAtom">(name);
 }
 
-TEST_F(StreamsTest, RefusalsLimitsAndLog) {
+TEST_F(StreamsTest, FaultsLimitsAndLog) {
   KAPContainer* const stream = New<Factory, "NewPositionableBufferStream">(
       reinterpret_cast<const unsigned char*>("12345"), 5ul);
   EXPECT_EQ(Write(stream, "x"), "a buffer stream is read-only");

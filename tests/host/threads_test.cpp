@@ -10,8 +10,8 @@ constexpr int kRounds = 50000;
 
 class ThreadsTest : public HostTest {};
 
-// Every round an atom dies on one thread while others look it up: they must get it alive, or a new
-// one.
+// In every round an atom dies on one thread while others look it up: they must find it alive or make
+// a new one.
 TEST_F(ThreadsTest, LastReleaseAgainstLookUp) {
   const auto newAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
   const auto text = fHost.Proc<KAP_T_MT::KAPStringInterface, "GetCString">();
@@ -50,7 +50,7 @@ TEST_F(ThreadsTest, ManyAtoms) {
   });
 }
 
-// Made on one thread, released on another; the books are read meanwhile, and right afterwards.
+// Made on one thread and released on another; snapshots are taken meanwhile and right afterwards.
 TEST_F(ThreadsTest, SharedContainersAndBlocks) {
   static std::atomic<int> deleted;
   deleted = 0;
@@ -103,7 +103,7 @@ TEST_F(ThreadsTest, RegistryCounterErrorsAndReports) {
   EXPECT_EQ(fHost.TakeReports().size(), static_cast<std::size_t>(kThreads));
 }
 
-// New types of containers turn up on all threads at once.
+// New types of containers appear on all threads at once.
 TEST_F(ThreadsTest, NewTypes) {
   RunOnThreads([&](int) {
     for (int i = 0; i < 300; ++i) {
@@ -118,7 +118,7 @@ TEST_F(ThreadsTest, NewTypes) {
   });
 }
 
-// Independent streams over one file, and one cache, in which an item is filed, used and purged.
+// Independent streams over one file, and one cache in which an item is added, used and purged.
 TEST_F(ThreadsTest, StreamsAndCaches) {
   using Cache = KAPCacheInterface;
   static std::atomic<int> filed, purged;

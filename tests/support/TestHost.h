@@ -7,8 +7,8 @@
 
 #include "kaphost/KAPHost.h"
 
-// Hosts for tests. At the end of every test nothing may be held of the host that was not held at
-// the start, and every report must have been taken by the test.
+// Hosts for tests. At the end of a test nothing may be held of the host that was not held at the
+// start, and the test must have taken every report.
 //
 //   class NumberTest : public LibraryTest {};
 //
@@ -17,16 +17,16 @@
 //     ...
 //   }
 //
-// HostTest makes a host, LibraryTest also loads the library into it. A test that repeats a scenario
-// with fresh hosts uses TestHost itself: the destructor checks.
+// HostTest makes a host; LibraryTest also loads the library into it. A test that repeats a scenario
+// with fresh hosts uses TestHost itself, whose destructor checks.
 
-// A host that finds fault when it is destroyed out of balance or with reports that nobody expected.
-// Its procedures are called by interface and method, looked up as a component does it:
-// fHost.Strings<"NewStringAtom">("key").
+// A host that fails the test when it is destroyed with something still held or with reports that the
+// test did not take. Its procedures are called by interface and method and looked up as a component
+// does: fHost.Strings<"NewStringAtom">("key").
 class TestHost : public KAPHost::Host {
  public:
   TestHost() : Host({.fOnReport = {}, .fOnLeak = &Complain}) {}
-  ~TestHost() { EXPECT_EQ(TakeReports(), std::vector<std::string>()) << "reports not expected"; }
+  ~TestHost() { EXPECT_EQ(TakeReports(), std::vector<std::string>()) << "unexpected reports"; }
 
   template <class Interface, KAP_T_MT::TKAPName Method, class... Args>
   auto Call(Args... args) const {
@@ -51,28 +51,28 @@ class TestHost : public KAPHost::Host {
 
   // A new reference.
   KAPStringAtom* Atom(const char* text) const { return Strings<"NewStringAtom">(text); }
-  // The text of an atom, which is given back; "(null)" for none.
+  // Releases an atom and returns its text; "(null)" for null.
   std::string TakeText(KAPStringAtom* atom) const {
-    if (atom == nullptr) return "(null)";
+    if (!atom) return "(null)";
     std::string text = Strings<"GetCString">(atom);
     Strings<"DeleteStringAtom">(atom);
     return text;
   }
-  // The message of an error, which is given back; "" for none.
+  // Releases an error and returns its message; "" for null.
   std::string TakeMessage(KAPError* error) const {
-    if (error == nullptr) return "";
+    if (!error) return "";
     std::string message = TakeText(Errors<"GetErrorMessage">(error));
     Errors<"Release">(error);
     return message;
   }
 
-  // Makes a call whose result is an error, and gives its message.
+  // Makes a call whose result is an error and returns its message.
   template <class Interface, KAP_T_MT::TKAPName Method, class... Args>
   std::string Do(Args... args) const {
     return TakeMessage(Call<Interface, Method>(args...));
   }
 
-  // Takes the reports, of which there must be one, and gives it. Otherwise the test fails.
+  // Takes the only report and returns it. The test fails when there is none or more than one.
   std::string TakeReport() {
     const std::vector<std::string> reports = TakeReports();
     EXPECT_EQ(reports.size(), 1u);
@@ -85,8 +85,8 @@ class TestHost : public KAPHost::Host {
   }
 };
 
-// Fails the test when the books differ at its end from those at its start. What fills caches that
-// stay (method tables) belongs before it.
+// Fails the test when other things are held at its end than at its start. Whatever fills lasting
+// caches (method tables) belongs before it.
 class BalancedScope {
  public:
   explicit BalancedScope(const KAPHost::Host& host) : fHost(host), fBefore(host.TakeSnapshot()) {}
@@ -106,12 +106,12 @@ class HostTest : public ::testing::Test {
   TestHost fHost;
 };
 
-// With the library loaded. The balance is struck after it has been terminated and unloaded, when
-// its caches are gone too: all that it ever took must have come back.
+// A host with the library loaded. What is held is checked after the library has been terminated and
+// unloaded, when its caches are empty too: it must have released everything that it ever took.
 class LibraryTest : public HostTest {
  protected:
   LibraryTest() : fLibrary(fHost.Load(KAP_LIBRARY_PATH)) {}
 
-  // Declared behind the host, hence unloaded before the host strikes its balance.
+  // Declared after the host, hence unloaded before the host checks what is held.
   KAPHost::Component fLibrary;
 };

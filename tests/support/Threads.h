@@ -10,8 +10,8 @@
 
 constexpr int kThreads = 4;
 
-// Runs `body(number of the thread)` on kThreads threads that begin together, and `meanwhile` here
-// until they are done.
+// Runs `body(number of the thread)` on kThreads threads that start together, and `meanwhile` on this
+// one until they are done.
 inline void RunOnThreads(
     const std::function<void(int)>& body, const std::function<void()>& meanwhile = [] {}) {
   std::atomic<int> waiting = kThreads;
@@ -32,7 +32,7 @@ inline void RunOnThreads(
   for (std::thread& thread : threads) thread.join();
 }
 
-// Runs `body` on a thread with a stack of that size.
+// Runs `body` on a thread with a stack of `size` bytes.
 inline void RunOnStack(std::size_t size, std::function<void()> body) {
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);

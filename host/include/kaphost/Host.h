@@ -12,6 +12,17 @@
 #include "kaphost/Snapshot.h"
 #include "kaphost/StreamCall.h"
 
+// A host for components: it registers the interfaces of kap/KAPHostInterfaces.h, loads components,
+// keeps their reports and accounts for what they hold. For tests it injects faults and logs the
+// calls of streams.
+//
+//   KAPHost::Host host;
+//   KAPHost::Component utils = host.Load("libKAPUtils.so");
+//   host.FailCall(KAPHost::KAPFault::kAtom, 3);  // the third atom from now on cannot be made
+//   ...
+//   if (host.Fired()) ... host.TakeReports() ...
+//   host.StopFaults();
+
 namespace KAPHost {
 
 using KAP_T_MT::KAPFault;
@@ -21,25 +32,24 @@ class HostState;
 struct HostOptions {
   // Called with each message that a component reports, on the reporting thread. Must not throw.
   std::function<void(const std::string& message)> fOnReport;
-  // Called when the host is destroyed while components still hold something of it; the default
+  // Called when the host is destroyed while components still hold something of it. The default
   // writes the description to std::cerr. Must not throw.
   std::function<void(const Snapshot& leaked)> fOnLeak;
 };
 
-// A binder together with the host's own interfaces: those of kap/KAPHostInterfaces.h, and "KAP",
-// the binder's own.
+// The host's procedures are plain functions, so a process has one host at a time. A host made after
+// another starts with empty accounts.
 //
-// The host's procedures are plain functions, so there is one host at a time in a process; a host
-// made after another starts with empty accounts.
 // Ownership: what components still hold when the host is destroyed is reported and stays theirs.
-//   Procedures called after that do no harm: requests are refused, atoms and blocks may still be
-//   released, releasing containers and errors does nothing.
-// Threads: procedures and members may be called from any thread; construction and destruction need
-//   to be alone. A Snapshot taken while others work may catch them halfway through a call.
+//   Procedures called without a host do no harm: requests fail, atoms and blocks may still be
+//   released, releasing anything that a component's procedure would delete does nothing.
+// Threads: procedures and members may be called from any thread. No other call may run during
+//   construction and destruction. A snapshot taken while other threads work may catch them halfway
+//   through a call.
 // Errors: members that allocate may throw std::bad_alloc.
 class Host {
  public:
-  // Throws std::logic_error when another host lives.
+  // Throws std::logic_error when there is a host already.
   explicit Host(HostOptions options = {});
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
@@ -47,14 +57,14 @@ class Host {
 
   // ---- The registry ----
 
-  // The callback for components. It answers null when there is no host.
+  // The callback for components. It returns null when there is no host.
   KAPGetProcAddressProc GetProcAddress() const;
 
   // The procedure registered under these names, or null.
   void* Find(const char* interfaceName, const char* methodName, const char* procName) const;
 
-  // The same, typed by an interface's declaration: host.Proc<KAP_T_MT::KAPStringInterface,
-  // "AddRef">().
+  // The same, typed by an interface's declaration:
+  // host.Proc<KAP_T_MT::KAPStringInterface, "AddRef">().
   template <class Interface, KAP_T_MT::TKAPName Method>
   typename Interface::template Proc<Method> Proc() const {
     constexpr auto entry = Interface::kEntries[Interface::template kSlot<Method>];
@@ -62,20 +72,18 @@ class Host {
         Find(Interface::kName, entry.fMethodName, entry.fProcName));
   }
 
-  // Registers a procedure, or replaces the one under these names; the host's own are no exception.
-  // A replacement is seen by those who look it up afterwards. False when a name or the procedure is
-  // null.
+  // Registers a procedure or replaces the one under these names, the host's own included. Later
+  // look-ups find the replacement. False when a name or the procedure is null.
   bool Register(const char* interfaceName, const char* methodName, const char* procName,
                 void* proc);
-  // Registers a whole interface from its declaration.
+  // Registers a whole interface from its declaration, the procedures in slot order.
   template <class Interface, class... Procs>
   void RegisterInterface(Procs... procs) {
     for (const auto& entry : Interface::Registration(procs...)) {
       Register(Interface::kName, entry.fMethodName, entry.fProcName, entry.fProc);
     }
   }
-  // Removes all procedures of an interface. When there were any, the unregister counter grows by
-  // one.
+  // Removes all procedures of an interface. If there were any, the unregister counter grows by one.
   void Unregister(const char* interfaceName);
 
   // ---- Components ----
@@ -85,12 +93,14 @@ class Host {
 
   // ---- Reports ----
 
+  // The messages that components have reported and that were not taken yet.
   std::vector<std::string> Reports() const;
-  // The reports so far, which are then forgotten.
+  // Returns the same and forgets them.
   std::vector<std::string> TakeReports();
 
   // ---- Accounting ----
 
+  // What components hold now that they did not hold when the host was made.
   Snapshot TakeSnapshot() const;
 
   // ---- Fault injection ----
@@ -125,10 +135,10 @@ class Host {
 
   // ---- Stream calls ----
 
-  // Logs the calls of all streams' methods from now on, or no longer. Those of a client stream are
-  // logged like the others; what it calls in turn comes before it.
+  // Starts or stops logging the calls of all streams' methods. The calls that a client stream makes
+  // are logged before the call that causes them.
   void LogStreamCalls(bool log = true);
-  // The calls so far, in the order in which they ended. They are then forgotten.
+  // Returns the logged calls, in the order in which they ended, and forgets them.
   std::vector<StreamCall> TakeStreamCalls();
 
  private:

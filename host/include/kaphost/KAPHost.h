@@ -1,7 +1,7 @@
 #pragma once
 
 // The reference host: a complete binder with strings, errors, memory, containers, streams, shared
-// buffers, caches, filters and progress, to be embedded in a program or in tests.
+// buffers, caches, filters and progress. Programs and tests embed it.
 //
 //   KAPHost::Host host;
 //   KAPHost::Component utils = host.Load("libKAPUtils.so");
@@ -9,10 +9,10 @@
 //   ...
 //   for (const std::string& message : host.TakeReports()) std::cerr << message << '\n';
 //
-// Host.h       the host itself: registry, loading, reports, accounting, fault injection
-// Component.h  a loaded component
-// Snapshot.h   what components hold at one moment, and what differs between two moments
-// StreamCall.h a logged call of a stream's method
+// Host.h        the host: registry, components, reports, accounting, fault injection, stream log
+// Component.h   a loaded component
+// Snapshot.h    what components hold at one moment, and the difference between two
+// StreamCall.h  a logged call of a stream's method
 
 #include "kaphost/Component.h"
 #include "kaphost/Host.h"

@@ -8,37 +8,51 @@
 
 #include "kap/KAPInterface.h"
 
+// What components hold of a host, at one moment or between two.
+//
+//   const KAPHost::Snapshot before = host.TakeSnapshot();
+//   ...
+//   const KAPHost::Snapshot held = host.TakeSnapshot() - before;
+//   if (!held.IsEmpty()) std::cerr << held;  // container "POSObjectImpl": 2 (3 references)
+
 namespace KAPHost {
 
 using KAP_T_MT::KAPResource;
 
-// An amount of one thing. `fExtent` is the number of references; for blocks and buffers that of
-// bytes, for cached items their cost, for open files and purges nothing. Of an atom only the
-// references are counted, as `fNumber`.
+// An amount of one thing.
 struct Holding {
+  // How many. Atoms are counted by reference instead.
   long fNumber = 0;
+  // The number of references; of blocks and buffers the size in bytes, of cached items the cost. 0
+  // for atoms, open files and cache purges.
   long fExtent = 0;
 
   friend bool operator==(const Holding&, const Holding&) = default;
 };
 
-// What components held of the host at one moment, by kind and name: atoms by text, errors by
-// message, containers by signature (streams are containers), open files by path, the others all
-// together. References that the host holds for purposes of its own are left out, also those of an
-// error on its texts, of a container on its names and of a filter on its target. Of the containers,
-// the host tells some hundred types apart in one process; further ones are counted together as "(other types)". A plain value. The difference of two moments is a
-// snapshot too; what went away is negative in it.
+// What components hold, by resource and name: atoms by text, errors by message, containers by
+// signature (streams are containers), open files by path. The other resources have no names; each is
+// one holding under the empty name.
+//
+// References that the host holds for its own purposes are left out, as are those of an error to its
+// texts, of a container to its names and of a filter to its target. A process tells about a hundred
+// types of containers apart; the others are counted together as "(other types)".
+//
+// A plain value. The difference of two snapshots is a snapshot with negative numbers for what was
+// released.
 class Snapshot {
  public:
-  // No entry is made for a name of which there is nothing.
-  void Add(KAPResource kind, std::string_view name, Holding holding);
+  // Adds to a holding; an entry that becomes zero disappears. Throws std::bad_alloc.
+  void Add(KAPResource resource, std::string_view name, Holding holding);
 
   bool IsEmpty() const { return fHoldings.empty(); }
-  Holding Of(KAPResource kind, std::string_view name) const;
-  Holding Total(KAPResource kind) const;
+  // Zero when there is none.
+  Holding Of(KAPResource resource, std::string_view name) const;
+  // The sum over all names.
+  Holding Total(KAPResource resource) const;
 
   // One line for each holding, such as `container "POSObjectImpl": 2 (3 references)`; empty when
-  // there is none.
+  // there is none. Throws std::bad_alloc.
   std::string Describe() const;
 
   Snapshot operator-(const Snapshot& other) const;

@@ -10,7 +10,7 @@ constinit CKAPDataBlockStreamTerminate CKAPDataBlockStream::fTerm;
 
 namespace {
 
-// What is received beside an error is no block.
+// A block that comes together with an error is ignored: the store has lent nothing.
 template <class Proc, class... Args>
 CKAPDataBlockPtr Receive(Proc proc, Args... args) {
   KAPDataBlock block = {};

@@ -3,7 +3,6 @@
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 
 #include "dir/KAPUtilsDirInterfaces.h"
-#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
 #include "kapimpl/FiledObject.h"
 #include "kapimpl/KAPUtilsAtoms.h"

@@ -29,7 +29,7 @@ class HoldingObject::Releases {
   void Apart(Body body) noexcept {
     const NestingLevel level;
     if (level.Fits()) {
-      const Releases outside = std::exchange(*this, Releases(RoundsThatFit()));
+      const Releases outside = std::exchange(*this, Releases(RoundsThatFit(level)));
       body();
       *this = outside;  // nothing is filed any more: the outermost round of `body` has ended
     } else {
@@ -45,8 +45,8 @@ class HoldingObject::Releases {
 
   explicit constexpr Releases(int depthLimit = kMaxDepth) noexcept : fDepthLimit(depthLimit) {}
 
-  static int RoundsThatFit() noexcept {
-    const unsigned long rounds = NestingLevel::HowManyFit(kStackOfRound);
+  static int RoundsThatFit(const NestingLevel& level) noexcept {
+    const unsigned long rounds = level.HowManyFit(kStackOfRound);
     return static_cast<int>(std::clamp<unsigned long>(rounds, 1, kMaxDepth));
   }
 
@@ -62,10 +62,9 @@ class HoldingObject::Releases {
   HoldingObject* fToDelete = nullptr;
 };
 
-// In the memory that a thread begins with: the ordinary model allocates at a thread's first use, and
-// a release must need no memory.
-HoldingObject::Releases& HoldingObject::Releases::OnThisThread() noexcept {
-  [[gnu::tls_model("initial-exec")]] static thread_local constinit Releases onThisThread;
+// Not inline: see build/kaputils/CMakeLists.txt on thread-local variables.
+[[gnu::noinline]] HoldingObject::Releases& HoldingObject::Releases::OnThisThread() noexcept {
+  static thread_local constinit Releases onThisThread;
   return onThisThread;
 }
 

@@ -21,65 +21,70 @@ constexpr std::size_t kReservedPart = 4;
 
 constexpr unsigned int kUnknownStackLevels = 64;
 
-struct ThreadStack {
+}  // namespace
+
+struct NestingLevel::ThreadStack {
   bool fAsked;
   std::uintptr_t fLow;  // 0 when unknown
   std::uintptr_t fHigh;
   std::uintptr_t fLimit;  // no level begins below
   unsigned int fLevels;
+
+  void Ask() noexcept;
+  bool Contains(std::uintptr_t address) const noexcept {
+    return fLow <= address && address < fHigh;
+  }
+  bool CarriesAnotherLevel() noexcept;
 };
 
-// In the memory that a thread begins with: the ordinary model allocates at a thread's first use, and
-// a release must need no memory.
-[[gnu::tls_model("initial-exec")]] thread_local constinit ThreadStack gStack = {};
-
-void AskForStack(ThreadStack& stack) noexcept {
-  stack.fAsked = true;
-  pthread_attr_t attributes;
-  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
-  void* low = nullptr;
-  std::size_t size = 0;
-  if (pthread_attr_getstack(&attributes, &low, &size) == 0) {
-    stack.fLow = reinterpret_cast<std::uintptr_t>(low);
-    stack.fHigh = stack.fLow + size;
-    stack.fLimit = stack.fLow + std::clamp(size / kReservedPart, kSmallestReserve, kLargestReserve);
-  }
-  pthread_attr_destroy(&attributes);
+// Not inline: see build/kaputils/CMakeLists.txt on thread-local variables.
+[[gnu::noinline]] NestingLevel::ThreadStack& NestingLevel::OnThisThread() noexcept {
+  static thread_local constinit ThreadStack stack = {};
+  return stack;
 }
+
+namespace {
 
 std::uintptr_t Here() noexcept {
   return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
 }
 
-bool IsKnown(const ThreadStack& stack, std::uintptr_t here) noexcept {
-  return stack.fLow <= here && here < stack.fHigh;
+}  // namespace
+
+void NestingLevel::ThreadStack::Ask() noexcept {
+  fAsked = true;
+  pthread_attr_t attributes;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
+  void* low = nullptr;
+  std::size_t size = 0;
+  if (pthread_attr_getstack(&attributes, &low, &size) == 0) {
+    fLow = reinterpret_cast<std::uintptr_t>(low);
+    fHigh = fLow + size;
+    fLimit = fLow + std::clamp(size / kReservedPart, kSmallestReserve, kLargestReserve);
+  }
+  pthread_attr_destroy(&attributes);
 }
 
-// A frame outside the thread's stack is on one that the program made itself, and nothing tells the
-// ends of that.
-bool CarriesAnotherLevel(ThreadStack& stack) noexcept {
-  if (!stack.fAsked) AskForStack(stack);
+// A frame outside the thread's stack is on a stack that the program made itself, and nothing tells
+// where that one ends.
+bool NestingLevel::ThreadStack::CarriesAnotherLevel() noexcept {
+  if (!fAsked) Ask();
   const std::uintptr_t here = Here();
-  return IsKnown(stack, here) ? here >= stack.fLimit : stack.fLevels <= kUnknownStackLevels;
+  return Contains(here) ? here >= fLimit : fLevels <= kUnknownStackLevels;
 }
 
 // The level counts also when it does not fit: its destructor runs in any case.
-bool Enter() noexcept {
-  ThreadStack& stack = gStack;
-  ++stack.fLevels;
-  return CarriesAnotherLevel(stack);
+NestingLevel::NestingLevel() noexcept : fStack(OnThisThread()) {
+  ++fStack.fLevels;
+  fFits = fStack.CarriesAnotherLevel();
 }
 
-}  // namespace
+NestingLevel::~NestingLevel() { --fStack.fLevels; }
 
-NestingLevel::NestingLevel() noexcept : fFits(Enter()) {}
-
-NestingLevel::~NestingLevel() { --gStack.fLevels; }
-
-unsigned long NestingLevel::HowManyFit(unsigned long bytesPerLevel) noexcept {
+unsigned long NestingLevel::HowManyFit(unsigned long bytesPerLevel) const noexcept {
   const std::uintptr_t here = Here();
-  if (!IsKnown(gStack, here) || here < gStack.fLimit) return 0;
-  return (here - gStack.fLimit) / std::max(bytesPerLevel, 1ul);
+  if (!fStack.Contains(here) || here < fStack.fLimit) return 0;
+  return (here - fStack.fLimit) / std::max(bytesPerLevel, 1ul);
 }
 
 void NestingGuard::ThrowTooDeep() {

@@ -15,12 +15,16 @@ class NestingLevel {
   // modest number of levels is the limit.
   bool Fits() const noexcept { return fFits; }
 
-  // How many levels still fit if each takes so many bytes of stack; 0 where the ends of the stack
-  // cannot be known. For a thread that has entered a level.
-  static unsigned long HowManyFit(unsigned long bytesPerLevel) noexcept;
+  // How many further levels fit if each takes so many bytes of stack; 0 where the ends of the stack
+  // cannot be known.
+  unsigned long HowManyFit(unsigned long bytesPerLevel) const noexcept;
 
  private:
-  const bool fFits;
+  struct ThreadStack;
+  static ThreadStack& OnThisThread() noexcept;
+
+  ThreadStack& fStack;
+  bool fFits;
 };
 
 // The same. POSException "property object is nested too deep" when the level does not fit.

@@ -126,8 +126,8 @@ void TypeAStreamer::CheckDepth(const BaseObject& object) {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   if (fLevel == fFirstLevel) fFirstFrame = here;
   if (fLevel != fFirstLevel + kLevelsUnchecked) return;
-  const unsigned long fit =
-      NPOSObjectImpl::NestingLevel::HowManyFit((fFirstFrame - here) / kLevelsUnchecked);
+  const NPOSObjectImpl::NestingLevel level;
+  const unsigned long fit = level.HowManyFit((fFirstFrame - here) / kLevelsUnchecked);
   ExpectNoMoreLevels(object, fit + fit / 4);
 }
 

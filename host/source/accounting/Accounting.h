@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+
+#include "accounting/Resources.h"
+#include "base/IntrusiveList.h"
+#include "kaphost/Snapshot.h"
+
+namespace KAPHost {
+
+// The host's accounting. Each thread counts in slots of its own, without locked instructions. A
+// total is the sum over all threads, those that have ended included: a block that one thread
+// allocates and another one frees leaves 1 and -1 in their slots.
+
+inline constexpr unsigned kSlots = 128;
+
+// The slot of a resource. That of containers counts those without a type.
+constexpr unsigned SlotOf(KAPResource resource) { return static_cast<unsigned>(resource); }
+
+// Types of containers have a slot each; those for which none is left share the last one.
+inline constexpr unsigned kFirstTypeSlot = kResources;
+inline constexpr unsigned kOtherTypesSlot = kSlots - 1;
+static_assert(kFirstTypeSlot < kOtherTypesSlot);
+
+// What one thread counts.
+struct ThreadAccount {
+  struct Entry {
+    std::atomic<long> fNumber{0};
+    std::atomic<long> fExtent{0};
+  };
+
+  std::array<Entry, kSlots> fEntries;
+  ListLinks<ThreadAccount> fLinks;
+};
+
+inline thread_local constinit ThreadAccount* tAccount = nullptr;
+
+// Sets tAccount.
+ThreadAccount& NewAccount() noexcept;
+
+// Adds to the thread's numbers of a slot.
+inline void Count(unsigned slot, long number, long extent) noexcept {
+  ThreadAccount& account = tAccount ? *tAccount : NewAccount();
+  ThreadAccount::Entry& entry = account.fEntries[slot];
+  constexpr auto relaxed = std::memory_order_relaxed;
+  if (number != 0) entry.fNumber.store(entry.fNumber.load(relaxed) + number, relaxed);
+  entry.fExtent.store(entry.fExtent.load(relaxed) + extent, relaxed);
+}
+
+inline void Count(KAPResource resource, long number, long extent) noexcept {
+  Count(SlotOf(resource), number, extent);
+}
+
+Holding TotalOf(unsigned slot) noexcept;
+
+// Adds what is held of a resource that is counted by name. Each such resource has a specialisation,
+// where its things are kept.
+template <KAPResource kResource>
+void AddNamed(Snapshot& snapshot);
+
+}  // namespace KAPHost

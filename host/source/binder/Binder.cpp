@@ -1,0 +1,71 @@
+#include "binder/Binder.h"
+
+#include <atomic>
+#include <mutex>
+#include <new>
+
+#include "faults/FaultRules.h"
+
+namespace KAPHost {
+
+namespace {
+
+constinit std::atomic<unsigned long> gUnregisterCount{0};
+static_assert(sizeof gUnregisterCount == sizeof(unsigned long) &&
+              std::atomic<unsigned long>::is_always_lock_free);
+
+}  // namespace
+
+bool Binder::Register(const char* interfaceName, const char* methodName, const char* procName,
+                      void* proc) {
+  if (!interfaceName || !methodName || !procName || !proc) return false;
+  const std::unique_lock lock(fMutex);
+  auto procs = fInterfaces.find(std::string_view(interfaceName));
+  const bool isNew = procs == fInterfaces.end();
+  if (isNew) procs = fInterfaces.emplace(interfaceName, Procs()).first;
+  try {
+    procs->second.insert_or_assign({methodName, procName}, proc);
+  } catch (...) {
+    if (isNew) fInterfaces.erase(procs);
+    throw;
+  }
+  return true;
+}
+
+bool Binder::RegisterForComponent(const char* interfaceName, const char* methodName,
+                                  const char* procName, void* proc) noexcept {
+  if (interfaceName && methodName && fFaultRules.FailsRegistration(interfaceName, methodName)) {
+    return false;
+  }
+  try {
+    return Register(interfaceName, methodName, procName, proc);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+void Binder::Unregister(const char* interfaceName) noexcept {
+  if (!interfaceName) return;
+  const std::unique_lock lock(fMutex);
+  const auto procs = fInterfaces.find(std::string_view(interfaceName));
+  if (procs == fInterfaces.end()) return;
+  fInterfaces.erase(procs);
+  gUnregisterCount.fetch_add(1, std::memory_order_release);
+}
+
+void* Binder::Find(const char* interfaceName, const char* methodName,
+                   const char* procName) const noexcept {
+  if (!interfaceName || !methodName || !procName) return nullptr;
+  if (fFaultRules.IsHidden(interfaceName, methodName)) return nullptr;
+  const std::shared_lock lock(fMutex);
+  const auto procs = fInterfaces.find(std::string_view(interfaceName));
+  if (procs == fInterfaces.end()) return nullptr;
+  const auto proc = procs->second.find(Names(methodName, procName));
+  return proc == procs->second.end() ? nullptr : proc->second;
+}
+
+unsigned long* Binder::UnregisterCountAddr() noexcept {
+  return reinterpret_cast<unsigned long*>(&gUnregisterCount);
+}
+
+}  // namespace KAPHost

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <functional>
+#include <shared_mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+namespace KAPHost {
+
+class FaultRules;
+
+// The registry of procedures by interface, method and procedure name. Thread-safe; look-ups do not
+// wait for each other.
+class Binder {
+ public:
+  explicit Binder(const FaultRules& faultRules) : fFaultRules(faultRules) {}
+  Binder(const Binder&) = delete;
+  Binder& operator=(const Binder&) = delete;
+
+  // Replaces a procedure under the same names. False when a name or the procedure is null. Throws
+  // std::bad_alloc.
+  bool Register(const char* interfaceName, const char* methodName, const char* procName,
+                void* proc);
+  // The same with fault injection, noexcept for use across the boundary: false when out of memory.
+  bool RegisterForComponent(const char* interfaceName, const char* methodName, const char* procName,
+                            void* proc) noexcept;
+  // When the interface has any procedures, removes them and raises the unregister counter by one.
+  void Unregister(const char* interfaceName) noexcept;
+  // Null when there is no such procedure, when it is hidden, and when a name is null.
+  void* Find(const char* interfaceName, const char* methodName,
+             const char* procName) const noexcept;
+
+  // The counter of the process: it outlives every binder and never goes back.
+  static unsigned long* UnregisterCountAddr() noexcept;
+
+ private:
+  using Names = std::pair<std::string_view, std::string_view>;
+
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const noexcept {
+      return std::hash<std::string_view>()(text);
+    }
+  };
+  struct NamesHash {
+    using is_transparent = void;
+    std::size_t operator()(const Names& names) const noexcept {
+      return TextHash()(names.first) * 31 + TextHash()(names.second);
+    }
+  };
+  struct NamesEqual {
+    using is_transparent = void;
+    bool operator()(const Names& a, const Names& b) const noexcept { return a == b; }
+  };
+  using Procs =
+      std::unordered_map<std::pair<std::string, std::string>, void*, NamesHash, NamesEqual>;
+
+  const FaultRules& fFaultRules;
+  mutable std::shared_mutex fMutex;
+  std::unordered_map<std::string, Procs, TextHash, std::equal_to<>> fInterfaces;
+};
+
+}  // namespace KAPHost

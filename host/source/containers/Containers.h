@@ -1,0 +1,83 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <vector>
+
+#include "containers/ContainerTypes.h"
+#include "kap/KAPTypes.h"
+
+namespace KAPHost {
+
+// What only few containers have: further interfaces and instances, and for a clone its original. The
+// clone holds a reference to the original, since it shares the instances.
+class ContainerEquipment {
+ public:
+  struct Instance {
+    const ContainerType* fType;
+    void* fInstance;
+    KAPDeleteProc fDelete;
+  };
+
+  explicit ContainerEquipment(KAPContainer* original = nullptr) : fOriginal(original) {}
+  ContainerEquipment(const ContainerEquipment&) = delete;
+  ContainerEquipment& operator=(const ContainerEquipment&) = delete;
+  ~ContainerEquipment();
+
+  // Both throw std::bad_alloc and then change nothing.
+  void AddInstance(const Instance& instance);
+  void AddInterface(const ContainerType& type);
+  // Adds everything that `other` has; its instances without their delete procedures.
+  void Share(const ContainerEquipment& other);
+  // The newest first.
+  void DeleteInstances() noexcept;
+
+  const Instance* FindInstance(const KAPStringAtom* instanceName) const;
+  // In the order of registration.
+  const std::vector<const ContainerType*>& Interfaces() const { return fInterfaces; }
+  KAPContainer* Original() const { return fOriginal; }
+
+ private:
+  std::vector<Instance> fInstances;
+  std::vector<const ContainerType*> fInterfaces;
+  KAPContainer* fOriginal;
+};
+
+// The count while a container is being destroyed: it stays below zero whatever is added to it or
+// subtracted.
+inline constexpr int kDying = -(1 << 30);
+
+}  // namespace KAPHost
+
+// A container record, one allocation. Components read the primary instance and the signature in
+// place.
+struct KAPContainer {
+  std::atomic<int> fCount;
+  void* fPrimary;
+  const char* fSignature;
+  const KAPHost::ContainerType* fType;
+  KAPHost::ContainerEquipment* fEquipment;
+};
+
+static_assert(offsetof(KAPContainer, fSignature) ==
+              offsetof(KAPContainer, fPrimary) + sizeof(void*));
+static_assert(sizeof(std::atomic<int>) == sizeof(int));
+
+namespace KAPHost {
+
+// A container with one reference; null when out of memory.
+KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept;
+
+// A new container with the same instances and interfaces. It owns none of them and keeps the
+// original alive. Null when the original is being destroyed. Throws std::bad_alloc.
+KAPContainer* CloneContainerRecord(KAPContainer& original);
+
+// False when the container is being destroyed.
+bool AddContainerRef(KAPContainer& container) noexcept;
+void ReleaseContainer(KAPContainer& container) noexcept;
+// Releases a reference without destroying the container, even when it was the last one.
+void DropContainerRef(KAPContainer& container) noexcept;
+// Destroys a container that has no reference.
+void DeleteUnownedContainer(KAPContainer& container) noexcept;
+
+}  // namespace KAPHost

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <new>
+
+#include "binder/Failures.h"
+#include "kap/KAPTypes.h"
+
+namespace KAPHost {
+
+// Errors that the host makes: one reference for the caller. Without memory for one, the core memory
+// error.
+KAPError* MakeError(const char* message, long code = 0) noexcept;
+KAPError* InvalidContainer() noexcept;
+// `cannot write "path": No space left on device`, with the system's error number as its code.
+KAPError* SystemError(const char* action, const char* path, int number) noexcept;
+
+// Releases an error that has no caller to be returned to, and adds its message to the reports. Null
+// is ignored.
+void ReportError(KAPError* error) noexcept;
+
+// Runs `body`; returns what it returns, or the memory error when it throws std::bad_alloc.
+template <class Body>
+KAPError* ReturnError(Body body) noexcept {
+  try {
+    return body();
+  } catch (const std::bad_alloc&) {
+    return MemoryError();
+  }
+}
+
+}  // namespace KAPHost

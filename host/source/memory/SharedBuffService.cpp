@@ -1,0 +1,71 @@
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include "accounting/Accounting.h"
+#include "base/Counting.h"
+#include "binder/Registration.h"
+#include "faults/Gate.h"
+#include "kap/KAPSharedBuffInterface.h"
+
+// The procedures of KAPSharedBuffInterface. Buffers keep their size: a growth procedure is accepted
+// and never called, since no procedure of the interface resizes a buffer.
+
+// A buffer record. Storage of the host follows it in the same allocation.
+struct KAPSharedBuffer {
+  std::atomic<long> fCount;
+  std::size_t fSize;
+  void* fData;
+  KAPDeleteProc fDelete;
+};
+
+static_assert(sizeof(KAPSharedBuffer) % 16 == 0, "the storage is aligned as from malloc");
+
+namespace KAPHost {
+
+namespace {
+
+KAPSharedBuffer* NewBuffer(std::size_t size, void* data, KAPDeleteProc deleteProc,
+                           KAP_T_MT::KAPGrowProc, void*) noexcept {
+  const std::size_t storage = data ? 0 : size;
+  if (storage > ~std::size_t{0} - sizeof(KAPSharedBuffer)) return nullptr;
+  void* const block = std::calloc(1, sizeof(KAPSharedBuffer) + storage);
+  if (!block) return nullptr;
+  Count(KAPResource::kBuffer, 1, static_cast<long>(size));
+  if (!data) {
+    void* const storageStart = static_cast<unsigned char*>(block) + sizeof(KAPSharedBuffer);
+    return new (block) KAPSharedBuffer{1, size, storageStart, nullptr};
+  }
+  return new (block) KAPSharedBuffer{1, size, data, deleteProc};
+}
+
+void AddRef(KAPSharedBuffer* buffer) noexcept {
+  if (buffer) Increment(buffer->fCount);
+}
+
+// Without a host, the component whose procedure deletes the data may be unloaded as well.
+void Release(KAPSharedBuffer* buffer) noexcept {
+  if (!buffer || IsClosed() || Decrement(buffer->fCount) != 0) return;
+  if (buffer->fDelete) buffer->fDelete(buffer->fData);
+  Count(KAPResource::kBuffer, -1, -static_cast<long>(buffer->fSize));
+  std::free(buffer);
+}
+
+// A buffer without references is already destroyed.
+void DeleteUnowned(KAPSharedBuffer*) noexcept {}
+
+unsigned char* GetBuffer(KAPSharedBuffer* buffer) noexcept {
+  return buffer ? static_cast<unsigned char*>(buffer->fData) : nullptr;
+}
+
+std::size_t GetSize(KAPSharedBuffer* buffer) noexcept { return buffer ? buffer->fSize : 0; }
+
+}  // namespace
+
+template <>
+void RegisterService<KAP_T_MT::KAPSharedBuffInterface>(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPSharedBuffInterface, &NewBuffer, &DeleteUnowned, &AddRef, &Release,
+                &GetBuffer, &GetSize>(binder);
+}
+
+}  // namespace KAPHost

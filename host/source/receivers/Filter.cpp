@@ -1,0 +1,57 @@
+#include "receivers/Filter.h"
+
+#include <utility>
+
+#include "errors/Errors.h"
+
+namespace KAPHost {
+
+Filter::Filter(KAPDataSink& target) noexcept : fTarget(&target) { AddSinkRef(target); }
+
+Filter::~Filter() { ReleaseSink(fTarget); }
+
+KAPDataSink* Filter::TakeTarget() noexcept { return std::exchange(fTarget, nullptr); }
+
+KAPError* Filter::Write(const unsigned char* data, std::size_t count) noexcept {
+  return fIsClosed ? MakeError("the filter is closed") : DoWrite(data, count);
+}
+
+KAPError* Filter::SetTarget(KAPDataSink& target) noexcept {
+  for (auto* next = dynamic_cast<Filter*>(&target); next; next = next->Next()) {
+    if (next == this) return MakeError("a filter cannot be its own target");
+  }
+  AddSinkRef(target);
+  ReleaseSink(std::exchange(fTarget, &target));
+  return nullptr;
+}
+
+KAPError* Filter::Close() noexcept {
+  KAPError* const error = fIsClosed ? nullptr : DoClose();
+  fIsClosed = !error;
+  return error;
+}
+
+unsigned long Filter::ChainState() const noexcept {
+  unsigned long closed = 0;
+  for (const Filter* filter = this; filter; filter = filter->Next()) {
+    if (filter->fIsClosed) ++closed;
+  }
+  return closed;
+}
+
+void Filter::ResetChainState() noexcept {
+  for (Filter* filter = this; filter; filter = filter->Next()) {
+    filter->fIsClosed = false;
+  }
+}
+
+KAPError* IdentityFilter::GetVellumcodeFilter(KAPDataSink*&) noexcept { return nullptr; }
+
+KAPError* ClientFilter::GetVellumcodeFilter(KAPDataSink*& out) noexcept {
+  KAPDataSink* filter = nullptr;
+  KAPError* const error = fProcs.fGetVellumcodeFilter(&filter, fClient.Client());
+  if (!error) out = filter;
+  return error;
+}
+
+}  // namespace KAPHost

@@ -1,0 +1,74 @@
+#include <atomic>
+#include <new>
+
+#include "accounting/Accounting.h"
+#include "base/Counting.h"
+#include "binder/Registration.h"
+#include "errors/Errors.h"
+#include "faults/Gate.h"
+#include "kap/KAPProgressInterface.h"
+
+// The procedures of KAPProgressInterface.
+
+// A progress object. One without procedures ignores what it is told.
+struct KAPProgress {
+  void* const fClient = nullptr;
+  const KAP_T_MT::KAPProgressUpdateProc fUpdate = nullptr;
+  const KAP_T_MT::KAPProgressDeleteProc fDelete = nullptr;
+  std::atomic<long> fCount{1};
+};
+
+namespace KAPHost {
+
+namespace {
+
+using KAP_T_MT::KAPProgressDeleteProc;
+using KAP_T_MT::KAPProgressUpdateProc;
+
+KAPProgress* New(void* client, KAPProgressUpdateProc update,
+                 KAPProgressDeleteProc deleteClient) noexcept {
+  auto* const progress = new (std::nothrow) KAPProgress{client, update, deleteClient};
+  if (progress) Count(KAPResource::kProgress, 1, 1);
+  return progress;
+}
+
+KAPProgress* NewNullProgress() noexcept { return New(nullptr, nullptr, nullptr); }
+
+KAPProgress* NewClientProgress(void* client, KAPProgressUpdateProc update,
+                               KAPProgressDeleteProc deleteClient) noexcept {
+  if (!client || !update || !deleteClient) return nullptr;
+  return New(client, update, deleteClient);
+}
+
+void AddRef(KAPProgress* progress) noexcept {
+  if (!progress) return;
+  Increment(progress->fCount);
+  Count(KAPResource::kProgress, 0, 1);
+}
+
+// Without a host, the component whose procedure deletes the object may be unloaded as well.
+void Release(KAPProgress* progress) noexcept {
+  if (!progress || IsClosed()) return;
+  Count(KAPResource::kProgress, 0, -1);
+  if (Decrement(progress->fCount) != 0) return;
+  Count(KAPResource::kProgress, -1, 0);
+  if (progress->fDelete) ReportError(progress->fDelete(progress->fClient));
+  delete progress;
+}
+
+KAPError* UpdateProgress(KAPProgress* progress, float fraction, const char* text,
+                         int flag) noexcept {
+  if (!progress) return InvalidArgument();
+  if (!progress->fUpdate) return nullptr;
+  return progress->fUpdate(progress->fClient, fraction, text, flag);
+}
+
+}  // namespace
+
+template <>
+void RegisterService<KAP_T_MT::KAPProgressInterface>(Binder& binder) {
+  RegisterProcs<KAP_T_MT::KAPProgressInterface, &NewNullProgress, &NewClientProgress, &AddRef,
+                &Release, &UpdateProgress>(binder);
+}
+
+}  // namespace KAPHost

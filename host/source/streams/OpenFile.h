@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "base/IntrusiveList.h"
+#include "kap/KAPTypes.h"
+#include "kaphost/Snapshot.h"
+
+namespace KAPHost {
+
+// An open file, shared by the streams over it. Each transfer states its position, so that streams
+// share one descriptor. A pipe or a terminal is not seekable; positions are ignored there.
+// Thread-safe.
+class OpenFile {
+ public:
+  // The modes are those of fopen: r, w or a, then any of + b x e. The descriptor is always
+  // close-on-exec.
+  static KAPError* Open(std::shared_ptr<OpenFile>& out, const char* path,
+                        const char* mode) noexcept;
+
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  // An error on closing is reported.
+  ~OpenFile();
+
+  bool IsReadable() const noexcept;
+  bool IsWritable() const noexcept;
+  // Whether all writes go to the end.
+  bool IsAppending() const noexcept;
+  bool IsSeekable() const noexcept { return fIsSeekable; }
+
+  // Reads up to `count` bytes; 0 at the end.
+  KAPError* Read(std::size_t& outCount, long position, unsigned char* buffer,
+                 std::size_t count) const noexcept;
+  // Writes all bytes or returns an error; `outCount` bytes are written in either case.
+  KAPError* Write(std::size_t& outCount, long position, const unsigned char* bytes,
+                  std::size_t count) const noexcept;
+  KAPError* GetSize(long& outSize) const noexcept;
+
+  // `cannot <action> "<path>": ...`
+  KAPError* MakeError(const char* action, int number) const noexcept;
+
+  static void AddAll(Snapshot& snapshot);
+
+ private:
+  friend IntrusiveList<OpenFile>;
+
+  OpenFile(int descriptor, int flags, std::string path) noexcept;
+
+  const int fDescriptor;
+  const int fFlags;
+  const bool fIsSeekable;
+  const std::string fPath;
+  ListLinks<OpenFile> fLinks;
+};
+
+}  // namespace KAPHost
