@@ -79,8 +79,8 @@ TEST_F(DirTest, TempFileThatCannotBeMade) {
   EXPECT_EQ(out, nullptr);
 }
 
-// A link in the place of the file, as anybody can put it into a directory without sticky bit, is not
-// followed.
+// A link in the place of the file, as anybody can put it into a directory without sticky bit, is
+// not followed.
 TEST_F(DirTest, TempFileThatIsReplaced) {
   std::ofstream(Path("secret")) << "secret";
   for (const bool isMoved : {false, true}) {

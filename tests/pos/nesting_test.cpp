@@ -111,8 +111,8 @@ TEST_F(NestingTest, AMillionLevels) {
   }
 }
 
-// A release procedure that gives back the last reference to an object relies on its being gone then,
-// however deep the release is nested.
+// A release procedure that gives back the last reference to an object relies on its being gone
+// then, however deep the release is nested.
 TEST_F(NestingTest, ReleaseInsideAReleaseProcedure) {
   static std::string order;
   struct Held {
@@ -166,7 +166,8 @@ TEST_F(NestingTest, SmallAndLargeStacks) {
   }
 }
 
-// On a stack that the program made itself, as for its signals, there is no telling how much is left.
+// On a stack that the program made itself, as for its signals, there is no telling how much is
+// left.
 void OnSignalStack(std::function<void()> body) {
   static std::function<void()> toRun;
   toRun = std::move(body);

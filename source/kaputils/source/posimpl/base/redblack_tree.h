@@ -148,8 +148,8 @@ class redblack_tree {
     return entry.release();
   }
 
-  // For a tree that is filled in order: `last` is its last entry (null when it is empty), and `entry`
-  // comes after it.
+  // For a tree that is filled in order: `last` is its last entry (null when it is empty), and
+  // `entry` comes after it.
   Entry* InsertLast(Entry* last, EntryPtr entry) noexcept {
     fRoot.Link(entry.get(), {last, 1});
     return entry.release();

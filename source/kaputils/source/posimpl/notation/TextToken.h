@@ -52,8 +52,8 @@ inline TokenKind KindOf(char first) noexcept {
 
 // The tokens of the text notation, read from a cursor into storage of their own, which limits their
 // length. Each reader expects the cursor on the first character of the token and leaves it just
-// after the token, faulty or not; a literal that the text does not close leaves it at the end of the
-// text. Faults are CFTParseErrors.
+// after the token, faulty or not; a literal that the text does not close leaves it at the end of
+// the text. Faults are CFTParseErrors.
 
 // A word, or a parenthesised string, in which a backslash takes the next character literally.
 class StringToken {

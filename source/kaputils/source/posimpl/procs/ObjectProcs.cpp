@@ -16,8 +16,8 @@ POSObject* POSObjectCloneProc(POSObject* object) noexcept {
   return KAPReportingError([=]() -> POSObject* {
     BaseObject& original = BaseObject::GetInstance(object);
     BaseObject* clone = original.Clone();
-    // For an object that is its own clone the result is the handle passed in, deliberately without a
-    // reference.
+    // For an object that is its own clone the result is the handle passed in, deliberately without
+    // a reference.
     return clone == &original ? object : BaseObject::Contain(std::unique_ptr<BaseObject>(clone));
   });
 }

@@ -119,9 +119,9 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
 }
 
 // An array that contains itself would fill half a gigabyte with indentation before the stack ends.
-// So what is nested deeper than usual is looked through before anything of it is written. The levels
-// written so far show how much stack a level takes, and so which depth is out of reach; a quarter is
-// added because the levels to come may take less.
+// So what is nested deeper than usual is looked through before anything of it is written. The
+// levels written so far show how much stack a level takes, and so which depth is out of reach; a
+// quarter is added because the levels to come may take less.
 void TypeAStreamer::CheckDepth(const BaseObject& object) {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   if (fLevel == fFirstLevel) fFirstFrame = here;

@@ -60,8 +60,8 @@ class MembersCheck {
   const Kept<Dict> fOptional;
 };
 
-// One member. A callback may take it out of the dictionary, so with callbacks its name and its value
-// are kept, and the next member is found by the name.
+// One member. A callback may take it out of the dictionary, so with callbacks its name and its
+// value are kept, and the next member is found by the name.
 const DictEntry* CheckMember(const MembersCheck& members, const Dict& dict, const DictEntry* entry,
                              bool keeps, ErrorCount& count) {
   if (!keeps) {

@@ -11,8 +11,8 @@ namespace NPOSValidatorImpl {
 // Room for a message and its terminator. A longer message is cut to fit.
 inline constexpr std::size_t kMessageSize = 1024;
 
-// A property string of the formatted text. Numbers are written as in the C locale. Throws the host's
-// errors.
+// A property string of the formatted text. Numbers are written as in the C locale. Throws the
+// host's errors.
 [[gnu::format(printf, 1, 2)]] CPOSObject FormatIntoPOSString(const char* format, ...);
 
 // The text of a property string, which lives as long as that.

@@ -44,8 +44,8 @@ void WriteUndefined(KAPSharedBuffer* buffer, const char* name) {
   WriteReason(buffer, kBeginning, name);
 }
 
-// The extra validation of "TypeName"; the client data are the KnownTypes. A failure becomes a reason
-// like any other.
+// The extra validation of "TypeName"; the client data are the KnownTypes. A failure becomes a
+// reason like any other.
 long DictEntryDefinedCallback(POSObject* object, KAPStringAtom* /*typeName*/,
                               KAPSharedBuffer* buffer, void* clientData) noexcept {
   try {

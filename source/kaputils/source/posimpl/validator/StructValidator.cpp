@@ -43,9 +43,9 @@ void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
   fExtraValidations.Insert(std::make_unique<ProcEntry>(typeName, callback, clientData));
 }
 
-// Most objects are valid, and a valid one can be full of unions whose first alternatives fail. So an
-// object is checked without messages first, and only an invalid one again with messages. An extra
-// validation must not run twice; with one registered, a single check does both.
+// Most objects are valid, and a valid one can be full of unions whose first alternatives fail. So
+// an object is checked without messages first, and only an invalid one again with messages. An
+// extra validation must not run twice; with one registered, a single check does both.
 bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
                                POSMessageProc message) const {
   const Subject subject(object.Handle());
