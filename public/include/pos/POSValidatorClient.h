@@ -53,8 +53,8 @@ class CPOSStructValidator : public CPOSValidator {
     RegisterCallbackProc(CKAPStringAtom(typeName), callback, clientData);
   }
 
-  // Whether the dictionary is a schema; `message` as for Validate. What the check throws reaches the
-  // caller, as std::exception.
+  // Whether the dictionary is a schema; `message` as for Validate. What the check throws reaches
+  // the caller, as std::exception.
   static bool ValidateSchema(const CPOSDict& schema, POSMessageProc message);
 };
 

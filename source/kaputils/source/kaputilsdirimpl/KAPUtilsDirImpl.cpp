@@ -4,7 +4,6 @@
 
 #include "dir/KAPUtilsDirInterfaces.h"
 #include "kap/KAPBoundary.h"
-#include "kap/KAPBinder.h"
 #include "kapimpl/FiledObject.h"
 #include "kapimpl/KAPUtilsAtoms.h"
 #include "kapimpl/Required.h"
@@ -36,7 +35,7 @@ const KAPUtilsDirImpl& Instance(KAPUtilsDir* handle) {
 // A reference for the duration of the call.
 CKAPStringAtom Atom(KAPStringAtom* atom) { return CKAPStringAtom(Required(atom), false); }
 
-// Stores what `body` answers. Without a place for it nothing is done.
+// Stores what `body` returns. Without a place for it nothing is done.
 template <class Result, class Body>
 KAPError* KAPReturningResult(Result* out, Body body) noexcept {
   return KAPReturningError([&] {
