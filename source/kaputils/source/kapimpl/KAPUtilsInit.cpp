@@ -1,7 +1,7 @@
 // The three functions that the library exports.
 
 #include "kap/KAPClient.h"
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 #include "posimpl/procs/POSDictImpl.h"
 #include "posimpl/streamer/POSStreamerImpl.h"

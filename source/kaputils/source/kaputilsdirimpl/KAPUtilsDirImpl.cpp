@@ -3,11 +3,11 @@
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 
 #include "dir/KAPUtilsDirInterfaces.h"
-#include "kap/KAPBoundary.h"
 #include "kap/KAPBinder.h"
-#include "kapimpl/FiledObject.h"
-#include "kapimpl/KAPUtilsAtoms.h"
-#include "kapimpl/Required.h"
+#include "kap/KAPBoundary.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
+#include "kapimpl/base/Required.h"
 #include "kaputilsdirimpl/TempFileStream.h"
 #include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
 

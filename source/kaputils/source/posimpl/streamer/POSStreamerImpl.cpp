@@ -2,10 +2,10 @@
 
 #include <string_view>
 
-#include "kap/KAPBoundary.h"
 #include "kap/KAPBinder.h"
-#include "kapimpl/FiledObject.h"
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kap/KAPBoundary.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
 #include "pos/POSStreamerInterfaces.h"
 #include "posimpl/base/BaseObject.h"
 #include "posimpl/streamer/StreamerVersions.h"
