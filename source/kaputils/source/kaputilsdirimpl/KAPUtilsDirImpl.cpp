@@ -25,7 +25,7 @@ namespace {
 // Deliberate: directories are filed under the names of validators, hence the type is asked as well.
 KAPUtilsDir* Contain(TKAPClientObject<KAPUtilsDirImpl> directory) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAPFiledObject(std::move(directory)), atoms.POSValidatorImpl,
+  return KAPContain(KAPInstanceOwner(std::move(directory)), atoms.POSValidatorImpl,
                     atoms.POSValidatorInterface, &DeleteKAPUtilsDirImpl);
 }
 

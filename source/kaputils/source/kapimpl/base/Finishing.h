@@ -2,15 +2,17 @@
 
 #include <exception>
 
-// A member of an object whose last work, done by the destructor, may fail. The one answer to what
-// happens then:
+// A member for objects whose destructor does work that may fail, such as writing the last bytes. It
+// decides what happens to the exception:
 //
-//   - Usually the failure is thrown: it is the only way to tell the owner.
-//   - While another exception is in flight nothing is thrown, since that would end the process. The
-//     first exception is the one that counts; `atSecond` is called for the other.
+//   - Usually it leaves the destructor: the owner has no other way to learn of the failure.
+//   - While another exception is in flight it does not, because that would end the process. The
+//     first exception is the one that counts; `atSecond` is called for the second one.
+//
+// Construct it with the object: it counts the exceptions in flight then and compares at the end.
 class Finishing {
  public:
-  // Called by the destructor. `atSecond` runs in the handler of the second exception and must not
+  // Call it in the destructor. `atSecond` runs in the handler of the second exception and must not
   // throw.
   template <class Work, class AtSecond>
   void Run(Work work, AtSecond atSecond) const {
@@ -21,7 +23,7 @@ class Finishing {
       atSecond();
     }
   }
-  // The same; a second exception is dropped.
+  // The same, but drops a second exception.
   template <class Work>
   void Run(Work work) const {
     Run(work, [] {});

@@ -79,7 +79,7 @@ const KAPImpl& StreamerOf(POSStreamer* streamer) {
 
 POSStreamer* NewStreamer() {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAPFiledObject(KAP_T_MT::KAPNewClient<KAPImpl>()), atoms.POSStreamerImpl,
+  return KAPContain(KAPInstanceOwner(KAP_T_MT::KAPNewClient<KAPImpl>()), atoms.POSStreamerImpl,
                     atoms.POSStreamerInterface, &DeletePOSStreamerImpl);
 }
 

@@ -28,7 +28,7 @@ StructValidator::StructValidator(CPOSObject schema)
 
 POSValidator* StructValidator::NewContainer(CPOSObject schema) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAPFiledObject(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema))),
+  return KAPContain(KAPInstanceOwner(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema))),
                     atoms.POSValidatorImpl, atoms.POSValidatorInterface, &DeletePOSValidatorImpl);
 }
 
