@@ -3,6 +3,7 @@
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 
 #include "dir/KAPUtilsDirInterfaces.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
 #include "kapimpl/base/ContainedObject.h"
 #include "kapimpl/base/KAPUtilsAtoms.h"
