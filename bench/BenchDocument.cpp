@@ -72,7 +72,7 @@ class Maker {
   unsigned fSerial = 0;
 };
 
-// What stands in these documents needs no escapes and no exponents in either notation.
+// The values need no escapes and no exponents in either notation.
 void Write(const Json& value, std::string& text) {
   if (value.is_array()) {
     text += '[';

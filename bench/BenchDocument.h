@@ -7,8 +7,8 @@
 
 namespace Bench {
 
-// One logical document in both notations. Its values are counted all the way down, arrays and
-// dictionaries included, keys not.
+// One logical document in both notations. The count includes arrays and dictionaries at every
+// level, but not keys.
 struct Document {
   std::string fText;
   std::string fJson;
@@ -18,17 +18,17 @@ struct Document {
 enum class Content {
   kIntegers,  // up to nine digits
   kReals,     // up to six digits, a point, up to six digits
-  kStrings,   // each different from the others, 4 to 16 letters
-  kWords,     // out of a thousand words, 4 to 12 letters
+  kStrings,   // all different, 4 to 16 letters
+  kWords,     // a thousand different ones, 4 to 12 letters
   kRecords,   // dictionaries of 4 to 6 members, one of them an array
 };
 
-// An array of about `count` values, always the same for the same arguments.
+// An array of about `count` values. The same arguments give the same document.
 Document NewDocument(Content content, std::int64_t count);
 
 Reference Parsed(const Document& document);
 
-// The peer of all reading: nlohmann's parse of the document, release included, for each iteration.
+// The peer of every parser: an iteration parses the document with nlohmann::json and releases it.
 void ParseJson(benchmark::State& state, const Document& document);
 
 }  // namespace Bench

@@ -6,13 +6,13 @@
 #include "POSDict.h"
 #include "kaphost/KAPHost.h"
 
-// What all benchmark programs share: main, one host into which the library is loaded, and the
-// client runtime bound to it. Benchmarks are named <case>/ours, <case>/<peer> and <case>/floor,
-// with sizes behind, and are added by RegisterBenchmarks. "ours" crosses the boundary as any
-// component does; "floor" makes the host calls that the work cannot do without, and nothing else.
+// The common part of all benchmark programs: main, a host with the library, and the client runtime
+// bound to it. RegisterBenchmarks adds benchmarks named <case>/ours, <case>/<peer> and
+// <case>/floor, followed by sizes. "ours" crosses the boundary like any component; "floor" makes
+// only the host calls that the work cannot do without.
 //
-// The environment variable KAP_BENCH_THREADED, set to anything, has a second thread sleep in the
-// background: reference counts, ours and the peers', are then updated by locked instructions.
+// If the environment variable KAP_BENCH_THREADED is set, a second thread sleeps in the background.
+// All reference counts, ours and those of the peers, then use locked instructions.
 
 namespace Bench {
 
@@ -21,7 +21,7 @@ using KAP_T_MT::KAPAdopt;
 using KAP_T_MT::KAPStringClient;
 using KAP_T_MT::TKAPInterfaceClient;
 
-using Reference = KAP_T_MT::KAPContainerBaseGeneric;  // owns one reference
+using Reference = KAP_T_MT::KAPContainerBaseGeneric;  // owns a reference
 
 using Objects = TKAPInterfaceClient<KAP_T_MT::POSObjectInterface>;
 using Statics = TKAPInterfaceClient<KAP_T_MT::POSObjectStatics>;
@@ -33,10 +33,10 @@ using RawPointers = TKAPInterfaceClient<KAP_T_MT::POSRawPointerInterface>;
 using Arrays = TKAPInterfaceClient<KAP_T_MT::POSArrayInterface>;
 using Dicts = TKAPInterfaceClient<KAP_T_MT::POSDictInterface>;
 
-// Defined by each program; called once the host is there.
+// Each program defines it. main calls it after the host exists.
 void RegisterBenchmarks();
 
-// The host's procedures, for floors.
+// The procedures of the host, for floors.
 struct HostCalls {
   explicit HostCalls(const KAPHost::Host& host);
 
@@ -51,21 +51,21 @@ struct HostCalls {
   const Proc<KAP_T_MT::KAPContainerInterface, "NewFullContainer"> fNewContainer;
   const Proc<KAP_T_MT::KAPContainerInterface, "AddRef"> fAddRef;
   const Proc<KAP_T_MT::KAPContainerInterface, "Release"> fRelease;
-  // The names that the library gives to its containers.
+  // The names of the library for its containers.
   const CKAPStringAtom fInstanceName{"POSObjectImpl"};
   const CKAPStringAtom fInterfaceName{"POSObjectInterface"};
 };
 const HostCalls& Host();
 
-// A new object, to be measured upon. Ends the program when there is none.
+// Takes ownership of a new object. Ends the program if it is null.
 Reference Made(KAPContainer* handle);
 
-// Says how much was done in all iterations together.
+// Sets the number of items that all iterations processed.
 inline void SetItems(benchmark::State& state, std::int64_t itemsPerIteration = 1) {
   state.SetItemsProcessed(state.iterations() * itemsPerIteration);
 }
 
-// Says of a peer or floor which part of its time ours is to take at most.
+// Sets the largest acceptable ratio of our time to the time of this peer or floor.
 inline void SetTarget(benchmark::State& state, double ratio) { state.counters["target"] = ratio; }
 
 }  // namespace Bench

@@ -1,4 +1,4 @@
-// Copying a document of n values, release included, and comparing two equal ones.
+// Cloning a document of n values, including its release, and comparing two equal documents.
 
 #include "BenchDocument.h"
 
@@ -32,7 +32,7 @@ void JsonClone(State& state) {
   SetTarget(state, 1);
 }
 
-// Two documents that share no value.
+// Two documents without common values.
 void OurIsEqual(State& state) {
   const Document document = NewDocument(Content::kRecords, state.range(0));
   const Reference one = Parsed(document);

@@ -1,4 +1,4 @@
-// Looking values up in a dictionary, and putting them in.
+// Look-ups in a dictionary, and insertions.
 
 #include <algorithm>
 #include <cstring>
@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "BenchHost.h"
-#include "SortableStringAtom.h"
-#include "redblack_tree.h"
+#include "posimpl/base/SortableStringAtom.h"
+#include "posimpl/base/redblack_tree.h"
 
 namespace Bench {
 
@@ -25,8 +25,7 @@ using NPOSObjectImpl::SortableText;
 
 enum class Keys { kShort, kLong };
 
-// n different keys in an order that is not the dictionary's: 8 characters, or 20 of which the first
-// 16 are all the same.
+// n different keys in random order: 8 characters, or 20 characters with a common prefix of 16.
 std::vector<std::string> NewKeys(Keys kind, std::int64_t count) {
   const std::string prefix = kind == Keys::kShort ? "" : "measurement_set_";
   const std::size_t length = kind == Keys::kShort ? 8 : 20;
@@ -49,9 +48,9 @@ std::vector<CKAPStringAtom> NewAtoms(Keys kind, std::int64_t count) {
 
 Reference NewNumber(double value) { return Made(Numbers::Call<"NewPOSNumber">(value)); }
 
-// ---- Get: each key once in each iteration, in random order ----
+// ---- Get: an iteration looks up each key once, in random order ----
 
-// Calls look(key) with keys given in the order in which they were made.
+// Calls look(key) for keys in the order of their creation.
 template <class Key, class Look>
 void LookUp(State& state, const std::vector<Key>& keys, Look look) {
   std::vector<std::uint32_t> order(keys.size());
@@ -63,7 +62,7 @@ void LookUp(State& state, const std::vector<Key>& keys, Look look) {
   SetItems(state, static_cast<std::int64_t>(keys.size()));
 }
 
-// Each value is an object of its own.
+// Every value is a separate object.
 Reference NewDict(const std::vector<CKAPStringAtom>& keys) {
   Reference dict = Made(Dicts::Call<"NewPOSDict">());
   for (const CKAPStringAtom& key : keys) {
@@ -97,7 +96,7 @@ std::map<std::string, Value> NewMap(const std::vector<std::string>& keys, Make m
   return map;
 }
 
-// Hands out a counted reference, as ours does.
+// Returns a counted reference, like ours.
 void SharedGet(State& state, Keys kind) {
   using Value = std::shared_ptr<double>;
   const std::vector<std::string> keys = NewKeys(kind, state.range(0));
@@ -116,7 +115,7 @@ void PlainGet(State& state, Keys kind) {
   SetTarget(state, 1);
 }
 
-// The reference alone, on objects that are reached without a search.
+// Only the reference counting, without a search.
 void FloorGet(State& state, Keys) {
   std::vector<Reference> values;
   for (std::int64_t i = 0; i < state.range(0); ++i) values.push_back(NewNumber(1.5));
@@ -127,8 +126,7 @@ void FloorGet(State& state, Keys) {
   });
 }
 
-// ---- Put: n new keys into a new dictionary, which is then released; and n keys that are there
-// ----
+// ---- Put: n new keys into a new dictionary, including its release; and n existing keys ----
 
 void OurInsert(State& state, Keys kind) {
   const std::vector<CKAPStringAtom> keys = NewAtoms(kind, state.range(0));
@@ -174,7 +172,7 @@ void JsonReplace(State& state, Keys kind) {
   SetTarget(state, 1);
 }
 
-// ---- The tree alone: keys with their prefixes, and keys compared by strcmp ----
+// ---- Only the tree: keys with cached prefixes, and keys compared by strcmp ----
 
 struct PrefixEntry : NPOSImpl::redblack_node {
   explicit PrefixEntry(const CKAPStringAtom& key) : fKey(key, SortableText(key.Text()).Prefix()) {}

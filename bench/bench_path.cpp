@@ -1,4 +1,4 @@
-// A value four steps down, by its path: the path is text or an atom each time, never prepared.
+// A value four levels down, by its path. The path is a text or an atom, without preparation.
 
 #include <rapidjson/document.h>
 #include <rapidjson/pointer.h>
@@ -17,7 +17,7 @@ using benchmark::State;
 constexpr const char* kPath = "catalogue.items[2].title";
 constexpr const char* kPointer = "/catalogue/items/2/title";
 
-// Dictionaries of n members, the wanted one in the middle of them.
+// Dictionaries of n members; the wanted one is in the middle.
 nlohmann::json NewDict(const std::string& key, const nlohmann::json& value, std::int64_t count) {
   nlohmann::json dict = {{key, value}};
   for (std::int64_t i = 1; i < count; ++i) {
@@ -84,7 +84,7 @@ void RapidPath(State& state) {
   SetTarget(state, 1);
 }
 
-// For information: the pointer made once.
+// For information: a pointer that is parsed only once.
 void RapidPreparedPath(State& state) {
   const rapidjson::Document document = NewDocument(state.range(0));
   const rapidjson::Pointer pointer(kPointer);

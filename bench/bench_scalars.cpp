@@ -1,16 +1,16 @@
-// Making and releasing each scalar; appending to an array.
+// Creating and releasing scalars of each kind; appending to an array.
 
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "Array.h"
 #include "BenchHost.h"
-#include "BinData.h"
-#include "Number.h"
-#include "RawPointer.h"
-#include "String.h"
-#include "UnicodeString.h"
+#include "posimpl/objects/Array.h"
+#include "posimpl/objects/BinData.h"
+#include "posimpl/objects/Number.h"
+#include "posimpl/objects/RawPointer.h"
+#include "posimpl/objects/String.h"
+#include "posimpl/objects/UnicodeString.h"
 
 namespace Bench {
 
@@ -26,7 +26,7 @@ constexpr const char* kText = "temperature";
 constexpr unsigned short kUnits[] = {'t', 'e', 'm', 'p', 'e', 'r', 'a', 't', 'u', 'r', 'e', 0};
 constexpr unsigned char kBytes[64] = {1};
 
-// ---- Scalars: one is made and released in each iteration ----
+// ---- Scalars: an iteration creates and releases one ----
 
 template <class Make>
 void MakeScalars(State& state, Make make) {
@@ -63,7 +63,7 @@ void WrappedNumber(State& state) {
   SetItems(state);
 }
 
-// What the deletion procedures of the floor must know of an instance.
+// The state that the deletion procedures of the floor need.
 struct Held {
   KAPStringAtom* fAtom;
   void* fBlock;
@@ -82,7 +82,7 @@ void FreeWithBoth(void* instance) {
   FreeWithAtom(instance);
 }
 
-// Makes and releases containers; `fill` supplies what their instances hold.
+// Creates and releases containers; `fill` creates the contents of an instance.
 template <std::size_t Size, class Fill>
 void MakeFloor(State& state, KAPDeleteProc deleteInstance, Fill fill) {
   const HostCalls host = Host();
@@ -145,14 +145,14 @@ void JsonBinary(State& state) {
   MakeJson(state, [] { return Json::binary({kBytes, kBytes + sizeof kBytes}); });
 }
 
-// With the text interned by somebody else.
+// The text is an atom already.
 template <void (*Measure)(State&)>
 void WithAtom(State& state) {
   const CKAPStringAtom existing(kText);
   Measure(state);
 }
 
-// ---- Appending n values to a new array, which is then released ----
+// ---- Appending n values to a new array, including its release ----
 
 std::vector<Reference> NewNumbers(std::int64_t count) {
   std::vector<Reference> numbers;

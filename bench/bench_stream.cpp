@@ -1,4 +1,4 @@
-// Writing documents to a stream and reading them back, release included.
+// Writing documents to a stream and reading them, including the release of the objects.
 
 #include <glib.h>
 
@@ -21,12 +21,13 @@ using KAP_T_MT::CKAPPositionableStream;
 using KAP_T_MT::CPOSObject;
 using KAP_T_MT::CPOSStreamer;
 
-// What a value writes and reads at most of the time of nlohmann::json; a real's floor.
+// The targets for writing and reading a value, as ratios to nlohmann::json, and for the floor of
+// reals.
 constexpr double kWriteTarget = 1;
 constexpr double kReadTarget = 0.9;
 constexpr double kRealsFloorTarget = 1.2;
 
-constexpr std::size_t kBlock = 512;  // what the library hands to a stream at once
+constexpr std::size_t kBlock = 512;  // the size of the library's writes
 
 struct GVariantDeleter {
   void operator()(GVariant* value) const { g_variant_unref(value); }
@@ -65,7 +66,7 @@ std::string GVariantText(const Document& document) {
   return text;
 }
 
-// The document in the library's format.
+// The document as TypeA.
 std::string StreamText(const Document& document) {
   CKAPPositionableStream stream;
   CPOSStreamer().Serialize(stream, CPOSObject(Parsed(document).Handle()));
@@ -115,7 +116,7 @@ void GVariantWrite(State& state, Content content) {
   SetDone(state, document.fCount, text.size());
 }
 
-// The same bytes to the same kind of stream, in the same blocks.
+// Writes the same bytes in the same blocks to the same kind of stream.
 void CopyFloor(State& state, Content content) {
   const Document document = NewDocument(content, state.range(0));
   const std::string text = StreamText(document);
@@ -130,7 +131,7 @@ void CopyFloor(State& state, Content content) {
   SetDone(state, document.fCount, text.size());
 }
 
-// The digits of the same numbers.
+// Only the digits of the numbers.
 void ToCharsFloor(State& state, Content content) {
   const Document document = NewDocument(content, state.range(0));
   const auto numbers = nlohmann::json::parse(document.fJson).get<std::vector<double>>();
@@ -176,7 +177,7 @@ void GVariantRead(State& state, Content content) {
   SetDone(state, document.fCount, text.size());
 }
 
-// A container with a block, released again, for each value.
+// Creates and releases a container with a block for each value.
 void ObjectsFloor(State& state, Content content) {
   const Document document = NewDocument(content, state.range(0));
   std::vector<KAPContainer*> objects(static_cast<std::size_t>(document.fCount));

@@ -1,4 +1,4 @@
-// A temporary-file stream beside a FILE of the C library: a mebibyte in calls of one size.
+// A temporary-file stream and a FILE of the C library: a mebibyte in calls of one size.
 
 #include <cstdio>
 #include <cstdlib>
@@ -23,8 +23,8 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-// Each run makes a stream of its own: every temporary file keeps a descriptor of the process, of
-// which there are enough for that.
+// Every run has its own stream. Each temporary file uses a descriptor; the limit of the process is
+// high enough.
 KAP_T_MT::CKAPPositionableStream NewStream() {
   return KAP_T_MT::CKAPUtilsDir::NewTempFileStream("bench", nullptr, "w+b");
 }

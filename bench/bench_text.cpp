@@ -1,10 +1,10 @@
-// Reading text notation, release included; reading a single number.
+// Parsing text notation, including the release of the objects; parsing a single number.
 
 #include <charconv>
 #include <cstdlib>
 
 #include "BenchDocument.h"
-#include "TextToken.h"
+#include "posimpl/notation/TextToken.h"
 
 namespace Bench {
 
@@ -34,7 +34,7 @@ void JsonParse(State& state, Content content) {
   SetTarget(state, kTarget);
 }
 
-// ---- Numbers: a thousand, each read from its first character ----
+// ---- Numbers: an iteration parses a thousand ----
 
 template <class Read>
 void ReadNumbers(State& state, Content content, Read read) {

@@ -1,5 +1,5 @@
-// Checking objects against schemas. All sides check the same logical documents against schemas that
-// say the same, and find them valid.
+// Checks of objects against schemas. All libraries check the same logical documents against
+// equivalent schemas, and find them valid.
 
 #include <rapidjson/document.h>
 #include <rapidjson/schema.h>
@@ -24,9 +24,9 @@ using KAP_T_MT::CPOSDict;
 using KAP_T_MT::CPOSObject;
 using KAP_T_MT::CPOSStructValidator;
 
-constexpr double kTarget = 0.5;  // of valijson's time
+constexpr double kTarget = 0.5;  // ratio to valijson
 
-// A document and what it is to comply with, in both languages.
+// A document and its schema, for both libraries.
 struct Case {
   Document fDocument;
   std::string fSchema;
@@ -56,7 +56,7 @@ Case RecordsCase(std::int64_t values) {
                                              "y": {"type": "integer"}}}}}})"};
 }
 
-// One record with so many members, all required.
+// A record with this number of members, all of them required.
 Case MembersCase(std::int64_t members) {
   std::string required;
   nlohmann::json record = nlohmann::json::object();
@@ -129,7 +129,7 @@ void RapidJsonValidate(State& state, MakeCase makeCase) {
   SetItems(state, given.fDocument.fCount);
 }
 
-// ---- Checking a schema of n types ----
+// ---- The check of a schema of n types ----
 
 std::string LargeSchema(std::int64_t types) {
   std::string schema = "<";
@@ -163,7 +163,7 @@ void RegisterBenchmarks() {
       for (const std::int64_t size : sizes) added->Arg(size);
     }
   };
-  // Some eight values to a record: 1 000 and 100 000 records.
+  // A record has about eight values: 1 000 and 100 000 records.
   add("validate_records", &RecordsCase, {8'000, 800'000});
   add("validate_members", &MembersCase, {10, 100, 1'000});
   benchmark::RegisterBenchmark("check_schema/ours", &OurSchemaCheck)->Arg(200);

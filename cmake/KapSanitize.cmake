@@ -1,5 +1,5 @@
 # KAP_SANITIZE: the sanitizers of the whole build, "address;undefined" or "thread".
-# kap_sanitizer_environment: the settings that a program of such a build runs with, as NAME=VALUE.
+# kap_sanitizer_environment: the environment of the programs of such a build, as NAME=VALUE.
 set(KAP_SANITIZE "" CACHE STRING "Sanitizers, as a list: address;undefined or thread")
 set(kap_sanitizer_environment)
 
@@ -10,12 +10,14 @@ if(KAP_SANITIZE)
   if("undefined" IN_LIST KAP_SANITIZE)
     add_compile_options(-fsanitize=float-cast-overflow)
   endif()
-  # The instrumented code hides from g++ where a variable was set.
+  # In instrumented code g++ does not see all initialisations.
   add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-maybe-uninitialized>)
 
-  # A request for more memory than there is must come back as null, as it does from malloc itself.
+  # An allocation that is too large must return null, as malloc does, not end the process.
+  string(CONCAT asan_options "detect_leaks=1:detect_stack_use_after_return=1:"
+    "strict_string_checks=1:allocator_may_return_null=1")
   set(kap_sanitizer_environment
-    "ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1:allocator_may_return_null=1"
+    "ASAN_OPTIONS=${asan_options}"
     "UBSAN_OPTIONS=print_stacktrace=1"
     "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1")
 endif()

@@ -1,10 +1,12 @@
 # kap_add_test(NAME <name> SOURCES <file>... [LIBS <target>...] [THREADS] [OWN_MAIN] [NO_LIBRARY])
 # One test program, registered with ctest under its name.
-#   THREADS     the test starts threads: it also runs under ThreadSanitizer (ctest label and build target "threads")
-#   OWN_MAIN    the sources bring their own main
-#   NO_LIBRARY  the test has a host (kaphost among LIBS) but never loads libKAPUtils.so, so it need not be built first
-# The sources see KAP_LIBRARY_PATH, the absolute path of libKAPUtils.so, and may ask for the locale "de_DE.UTF-8",
-# which writes a decimal comma.
+#   THREADS     the test starts threads: it also runs under ThreadSanitizer (ctest label and build
+#               target "threads")
+#   OWN_MAIN    the sources define main
+#   NO_LIBRARY  the test has a host (kaphost among LIBS) but never loads libKAPUtils.so, which need
+#               not be built first
+# KAP_LIBRARY_PATH is defined as the absolute path of libKAPUtils.so. The locale "de_DE.UTF-8",
+# which has a decimal comma, is available.
 find_package(GTest REQUIRED)
 
 set(kap_locales ${CMAKE_BINARY_DIR}/locale)
@@ -27,7 +29,7 @@ function(kap_add_test)
   endif()
   target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBS} ${gtest} ${CMAKE_DL_LIBS})
   target_compile_definitions(${arg_NAME} PRIVATE
-    KAP_LIBRARY_PATH="${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${CMAKE_SHARED_LIBRARY_PREFIX}KAPUtils${CMAKE_SHARED_LIBRARY_SUFFIX}")
+    KAP_LIBRARY_PATH="${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/libKAPUtils.so")
 
   add_dependencies(${arg_NAME} kap_test_locale)
   if("kaphost" IN_LIST arg_LIBS AND TARGET KAPUtils AND NOT arg_NO_LIBRARY)

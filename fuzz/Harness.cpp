@@ -1,8 +1,5 @@
 #include "Harness.h"
 
-#include <cstdlib>
-#include <iostream>
-
 using namespace KAP_T_MT;
 
 Harness& Harness::Get() {
@@ -10,36 +7,16 @@ Harness& Harness::Get() {
   return harness;
 }
 
-Harness::Harness() : fLibrary(fHost.Load(KAP_LIBRARY_PATH)), fBinding(fHost) {}
+Harness::Harness() : fLibrary(fHost.Load(KAP_LIBRARY_PATH)), fClient(fHost.GetProcAddress()) {}
 
-Harness::Binding::Binding(const KAPHost::Host& host) {
-  Expect(KAPClientInit(host.GetProcAddress()), "the program is bound");
-}
-
-// Before the first input, so that libFuzzer knows the library's branches from the beginning.
+// Loads the library before the first input, so that libFuzzer knows all of its branches.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   Harness::Get();
   return 0;
 }
 
-void Harness::Expect(bool isSo, const char* what) {
-  if (isSo) return;
-  std::cerr << "Not as expected: " << what << '\n';
-  std::abort();
-}
-
-// What a first run fills stays (method tables): only what a second one takes again is a fault.
 void Harness::Run(void (*target)(std::string_view, Harness&), std::string_view input) {
-  KAPHost::Snapshot difference;
-  for (int i = 0; i < 2; ++i) {
-    const KAPHost::Snapshot before = fHost.TakeSnapshot();
-    target(input, *this);
-    fHost.TakeReports();
-    difference = fHost.TakeSnapshot() - before;
-    if (difference.IsEmpty()) return;
-  }
-  std::cerr << difference << '\n';
-  Expect(false, "nothing is held of the host");
+  ExpectBalanced(fHost, [&] { target(input, *this); });
 }
 
 CKAPPositionableStream Harness::Stream(std::string_view bytes) const {
@@ -63,15 +40,15 @@ std::string Harness::Contents(CKAPPositionableStream stream) {
 void Harness::ExpectRoundTrip(const CPOSObject& object) {
   const CKAPPositionableStream stream;
   fStreamer.Serialize(stream, object);
-  Expect(TakeReports().empty(), "what was made can be written");
+  Expect(TakeReports().empty(), "an object can be written");
   const std::string document = Contents(stream);
   const bool hasInfinity =
       document.find("#inf ") != std::string::npos || document.find("#-inf ") != std::string::npos;
   const CPOSObject read = fStreamer.Deserialize(Stream(document));
   if (hasInfinity && TakeReports() == std::vector<std::string>{"malformed number"}) return;
-  Expect(!read.IsNull(), "what was written can be read");
-  Expect(read.IsEqual(object), "what was read is what was written");
+  Expect(!read.IsNull(), "a written document can be read");
+  Expect(read.IsEqual(object), "the object read equals the object written");
   const CKAPPositionableStream again;
   fStreamer.Serialize(again, read);
-  Expect(Contents(again) == document, "it is written the same again");
+  Expect(Contents(again) == document, "the object is written the same again");
 }

@@ -6,59 +6,54 @@
 #include <string_view>
 #include <vector>
 
+#include "Expect.h"
 #include "POSDict.h"
 #include "POSStreamer.h"
+#include "kap/KAPClient.h"
 #include "kaphost/KAPHost.h"
 
-// What all fuzz targets share. A target is one function, which gets the input and a harness:
+// The common part of all fuzz targets. A target is a function of the input and a harness:
 //
 //   KAP_FUZZ_TARGET(input, harness) {
 //     const KAP_T_MT::CPOSObject object = harness.Read(input);
-//     harness.Expect(object.IsNull() || object.IsEqual(object), "an object equals itself");
+//     Expect(object.IsNull() || object.IsEqual(object), "an object equals itself");
 //   }
 //
-// It is linked with libFuzzer, or with replay_main.cpp, which runs it on the inputs of a folder.
+// It links with libFuzzer, or with replay_main.cpp, which runs it on the inputs in a folder.
 
-// The library in a host of its own, with the program bound to it as a client.
+// The library in its own host, and the program as a client of that host.
 class Harness {
  public:
-  // The one of the process.
+  // The only harness of the process.
   static Harness& Get();
 
-  // Runs the target on an input. What it holds of the host afterwards is a fault.
+  // Runs the target on an input. Fails if the target leaks anything of the host.
   void Run(void (*target)(std::string_view, Harness&), std::string_view input);
 
-  // Ends the process when it is not so.
-  static void Expect(bool isSo, const char* what);
-
-  // The reports since the last time, none of which is otherwise looked at.
+  // The reports since the previous call. The harness ignores the others.
   std::vector<std::string> TakeReports() { return fHost.TakeReports(); }
 
-  // A read-only stream over the bytes, and what can be read from a stream.
+  // A read-only stream over the bytes, and the bytes of a stream.
   KAP_T_MT::CKAPPositionableStream Stream(std::string_view bytes) const;
   static std::string Contents(KAP_T_MT::CKAPPositionableStream stream);
 
-  // The object as a document, which must be read back as an equal one and be written the same
-  // again. Infinite numbers excepted: they can be written only.
+  // Writes the object as a document, reads it back, compares, and writes it again: same bytes.
+  // Infinite numbers are an exception: no reader accepts them.
   void ExpectRoundTrip(const KAP_T_MT::CPOSObject& object);
 
+  KAPHost::Host& Host() { return fHost; }
   const KAP_T_MT::CPOSStreamer& Streamer() const { return fStreamer; }
 
  private:
-  struct Binding {
-    explicit Binding(const KAPHost::Host& host);
-    ~Binding() { KAP_T_MT::KAPClientTerminate(); }
-  };
-
   Harness();
 
   KAPHost::Host fHost;
   KAPHost::Component fLibrary;
-  const Binding fBinding;
+  const KAP_T_MT::KAPClient fClient;
   KAP_T_MT::CPOSStreamer fStreamer;
 };
 
-// libFuzzer wants a function of this name.
+// libFuzzer calls the function of this name.
 #define KAP_FUZZ_TARGET(input, harness)                                         \
   static void Target(std::string_view input, Harness& harness);                 \
   extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput( \

@@ -1,7 +1,6 @@
 #include "Harness.h"
 
-// Deep paths into one dictionary: nothing is reported, and a path leads where it led before, with
-// its leading point or without.
+// Deep paths into a dictionary: no reports, and the same value with and without the leading dot.
 KAP_FUZZ_TARGET(input, harness) {
   using namespace KAP_T_MT;
   const CPOSDict dict(
@@ -11,6 +10,6 @@ KAP_FUZZ_TARGET(input, harness) {
   const std::string path(input.substr(0, input.find('\0')));
   const CPOSObject found = dict.DeepGet(path.c_str(), true);
   const CPOSObject again = dict.DeepGet((path.starts_with('.') ? path : "." + path).c_str(), true);
-  Harness::Expect(found.Handle() == again.Handle(), "a path leads to one place");
-  Harness::Expect(harness.TakeReports().empty(), "nothing is reported");
+  Expect(found.Handle() == again.Handle(), "a path has one value");
+  Expect(harness.TakeReports().empty(), "there is no report");
 }

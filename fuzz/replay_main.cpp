@@ -1,4 +1,4 @@
-// Runs a fuzz target on the files of the folders given, for builds without libFuzzer.
+// Runs a fuzz target on all files in the given folders, for builds without libFuzzer.
 
 #include <cstdint>
 #include <filesystem>
@@ -15,7 +15,8 @@ int main(int argc, char** argv) {
     for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
       std::ifstream file(entry.path(), std::ios::binary);
       const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-      std::cout << entry.path().filename().string() << std::endl;  // seen also if it ends here
+      std::cout << entry.path().filename().string()
+                << std::endl;  // flushed, in case this input crashes
       LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
       ++count;
     }

@@ -1,20 +1,20 @@
 #include "Harness.h"
 
-// Text notation: the end is told for what is none; what is read can be copied, and written and
-// read as a document.
+// Text notation: an error has a position; a parsed object can be cloned, and round-trips through a
+// document.
 KAP_FUZZ_TARGET(input, harness) {
-  // In a block of its own size, so that AddressSanitizer stops who reads on.
+  // In a block of the exact size, so that AddressSanitizer finds reads past the end.
   std::vector<char> text(input.begin(), input.end());
   text.push_back('\0');
   const char* end = "untouched";
   const KAP_T_MT::CPOSObject object = KAP_T_MT::CPOSObject::CreateFromText(text.data(), &end);
   if (object.IsNull()) {
     const bool isInside = text.data() <= end && end < text.data() + text.size();
-    Harness::Expect(isInside, "the end lies in the text");
+    Expect(isInside, "the position is inside the text");
     return;
   }
-  Harness::Expect(end == nullptr, "a complete text has no end");
-  Harness::Expect(harness.TakeReports().empty(), "nothing is reported");
-  Harness::Expect(object.Clone().IsEqual(object), "a copy is equal");
+  Expect(end == nullptr, "a complete text has no error position");
+  Expect(harness.TakeReports().empty(), "there is no report");
+  Expect(object.Clone().IsEqual(object), "a clone is equal");
   harness.ExpectRoundTrip(object);
 }

@@ -2,11 +2,12 @@
 #include <string>
 #include <vector>
 
+#include "Choices.h"
 #include "Harness.h"
 #include "POSValidator.h"
 
-// Objects against schemas: the input is read as a series of choices that make both. A few choices
-// are faults, so that schemas are wrong in every way now and then.
+// Checks objects against schemas. The input is a series of choices that build both. Some choices
+// are faults, so that schemas are invalid in many ways.
 
 namespace {
 
@@ -87,18 +88,10 @@ class Maker {
     for (unsigned left = Choose(5); left > 0; --left) series += " " + make() + " ";
     return series;
   }
-  std::string Pick(std::initializer_list<const char*> texts) {
-    return texts.begin()[Choose(static_cast<unsigned>(texts.size()))];
-  }
-  // The first of them when the input has come to its end.
-  unsigned Choose(unsigned count) {
-    if (fChoices.empty()) return 0;
-    const auto choice = static_cast<unsigned char>(fChoices.front());
-    fChoices.remove_prefix(1);
-    return choice % count;
-  }
+  std::string Pick(std::initializer_list<const char*> texts) { return fChoices.Of(texts); }
+  unsigned Choose(unsigned count) { return fChoices.Below(count); }
 
-  std::string_view fChoices;
+  Choices fChoices;
 };
 
 Texts gMessages;
@@ -117,13 +110,13 @@ Outcome Check(Harness& harness, const CPOSStructValidator& validator, const CPOS
   gMessages.clear();
   const bool valid = validator.Validate(object, "A", &Receive);
   Outcome outcome{valid, gMessages, harness.TakeReports()};
-  // The other way round there is an exception: an empty union accepts nothing and gives no reason.
-  Harness::Expect(!valid || (outcome.fMessages.empty() && outcome.fReports.empty()),
-                  "nothing is said about a valid object");
+  // The converse does not hold: an empty union accepts nothing and has no message.
+  Expect(!valid || (outcome.fMessages.empty() && outcome.fReports.empty()),
+         "a valid object has no message and no report");
   return outcome;
 }
 
-// Whether the schema is one; raising says that it is none.
+// Returns whether the schema is valid. An exception means that it is not.
 bool IsSchema(const CPOSDict& schema) {
   try {
     return CPOSStructValidator::ValidateSchema(schema, nullptr);
@@ -139,20 +132,20 @@ KAP_FUZZ_TARGET(input, harness) {
   const std::string schemaText = maker.Schema();
   const CPOSDict schema(CPOSObject::CreateFromText(schemaText.c_str(), nullptr), false);
   const CPOSObject object = CPOSObject::CreateFromText(maker.Object().c_str(), nullptr);
-  Harness::Expect(!object.IsNull(), "an object is made");
+  Expect(!object.IsNull(), "the text of the object is well-formed");
 
   CPOSStructValidator validator(schema);
   const Outcome outcome = Check(harness, validator, object);
-  Harness::Expect(Check(harness, validator, object) == outcome, "checking changes nothing");
+  Expect(Check(harness, validator, object) == outcome, "a second check has the same outcome");
   for (const char* type : {"A", "B", "C", "D"})
     validator.RegisterCallbackProc(type, &Pass, nullptr);
-  Harness::Expect(Check(harness, validator, object) == outcome,
-                  "what always passes changes nothing");
+  Expect(Check(harness, validator, object) == outcome,
+         "callbacks that accept everything do not change the outcome");
 
   const bool hasObjRef = schemaText.find("objref") != std::string::npos;
   if (!IsSchema(schema) || hasObjRef) return;
   const bool isSound = std::all_of(
       outcome.fReports.begin(), outcome.fReports.end(),
       [](const std::string& report) { return report.find("deep") != std::string::npos; });
-  Harness::Expect(isSound, "a schema that was checked leads to no report but that of a cycle");
+  Expect(isSound, "a valid schema reports nothing but a cycle");
 }

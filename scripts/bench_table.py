@@ -1,8 +1,9 @@
 """Prints tables of ratios from the JSON output of Google Benchmark programs.
 
-Benchmarks are named <case>/<series>[/n...]; the series "ours" is divided by every other series of the same case and n,
-by medians of the repetitions (with --min before the files, by the fastest). Times are per item where both sides say how
-many items they processed. A series with a counter "target" says how large its ratio may be: "<=" or ">" is put before it.
+Benchmarks are named <case>/<series>[/n...]. A ratio is the time of the series "ours" divided by the
+time of another series of the same case and n. Times are medians of the repetitions, or with --min
+before the files the fastest repetition. They are per item if both series have a number of items.
+A series with a counter "target" limits its ratio; the table shows the limit after "<=" or ">".
 """
 import json
 import re
@@ -10,25 +11,28 @@ import statistics
 import sys
 
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
-# What the benchmark library itself appends to a name.
-MODIFIER = re.compile(r"(iterations|repeats|min_time|min_warmup_time|threads):.*|process_time|real_time|manual_time")
+# Parts of a name that the benchmark library appends.
+MODIFIER = re.compile(
+    r"(iterations|repeats|min_time|min_warmup_time|threads):.*|process_time|real_time|manual_time")
 LARGEST_GROWTH = 1.3
 
 
 class Result:
-    """One benchmark: the time of its repetitions, summed up."""
+    """The time of one benchmark, over all of its repetitions."""
 
     def __init__(self, runs, summary):
         run = runs[0]
         clock = "real_time" if re.search("/(real|manual)_time", run["run_name"]) else "cpu_time"
         self.per_call = summary(run[clock] * NANOSECONDS[run["time_unit"]] for run in runs)
         has_items = all("items_per_second" in run for run in runs)
-        self.per_item = summary(1e9 / run["items_per_second"] for run in runs) if has_items else None
+        self.per_item = None
+        if has_items:
+            self.per_item = summary(1e9 / run["items_per_second"] for run in runs)
         self.target = run.get("target")
 
 
 def split_name(name):
-    """(case, n, series) of a benchmark's name; n is "" or its numbers."""
+    """Splits a name into (case, n, series); n is "" or the numbers at the end."""
     parts = [part for part in name.split("/") if not MODIFIER.fullmatch(part)]
     numbers = []
     while parts and re.fullmatch(r"(\w+:)?\d+", parts[-1]):
@@ -39,7 +43,7 @@ def split_name(name):
 
 
 def read(paths, summary):
-    """The results by series, for each (case, n), in the order in which the programs declare them."""
+    """Returns the results by series, for each (case, n), in the order of the programs."""
     families = {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
@@ -49,7 +53,8 @@ def read(paths, summary):
             if run.get("error_occurred"):
                 sys.exit(f"{path}: {run['name']}: {run.get('error_message', 'failed')}")
             if run["run_type"] == "iteration":
-                place = (program, run["family_index"], run["per_family_instance_index"], run["run_name"])
+                place = (program, run["family_index"], run["per_family_instance_index"],
+                         run["run_name"])
                 families.setdefault(place, []).append(run)
     rows = {}
     for _, runs in sorted(families.items()):
@@ -71,12 +76,12 @@ def judged(value, target):
 
 
 def ratios(rows):
-    """The cells of the table of ratios, its heading first."""
+    """Yields the rows of the table of ratios, starting with the heading."""
     yield ["case", "n", "ours ns", "ours divided by"]
     for (case, n), row in rows.items():
         ours = row.get("ours")
         if ours is None:
-            sys.exit(f"{case}/{n}: there is no series \"ours\"")
+            sys.exit(f"{case}/{n}: no series \"ours\"")
         time = f"{ours.per_item:.1f}/item" if ours.per_item else f"{ours.per_call:.1f}"
         others = [f"{series} {judged(ratio(ours, result), result.target)}"
                   for series, result in row.items() if series != "ours"]
@@ -84,7 +89,7 @@ def ratios(rows):
 
 
 def growth(rows):
-    """The cells of the table of time per item, n against a tenth of n, for cases measured at sizes this large."""
+    """Yields the rows of the table of time per item, n compared with n / 10, for large n."""
     yield ["case", "n", "growth per item when n grows tenfold"]
     for (case, n), row in rows.items():
         if not n.isdigit() or int(n) < 1_000_000:
@@ -92,8 +97,10 @@ def growth(rows):
         tenth = rows.get((case, str(int(n) // 10)))
         if tenth is None:
             continue
-        grown = {series: ratio(result, tenth[series]) for series, result in row.items() if series in tenth}
-        limit = max([LARGEST_GROWTH] + [value for series, value in grown.items() if series != "ours"])
+        grown = {series: ratio(result, tenth[series])
+                 for series, result in row.items() if series in tenth}
+        peers = [value for series, value in grown.items() if series != "ours"]
+        limit = max([LARGEST_GROWTH] + peers)
         cells = [f"{series} {judged(value, round(limit, 2) if series == 'ours' else None)}"
                  for series, value in grown.items()]
         yield [case, n, ", ".join(cells)]

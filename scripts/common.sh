@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced by the other scripts: goes to the root of the sources and offers what they share.
+# Sourced by the other scripts: changes to the root of the sources and defines what they share.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -18,7 +18,7 @@ as_root() {
   elif command -v sudo >/dev/null; then
     sudo "$@"
   else
-    fail "as root, please run: $*"
+    fail "run as root: $*"
   fi
 }
 
@@ -26,11 +26,11 @@ is_installed() {
   [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
 }
 
-# kap_install GROUP...: installs the packages of these groups that are missing; without any, nothing is asked for.
+# kap_install GROUP...: installs the missing packages of these groups.
 kap_install() {
   local group package missing=()
   if ! command -v dpkg-query >/dev/null; then
-    echo "No Debian: what scripts/packages.txt lists for '$*' has to be there already." >&2
+    echo "Not Debian: make sure that the packages of scripts/packages.txt for '$*' exist." >&2
     return
   fi
   while read -r group package; do
@@ -42,16 +42,17 @@ kap_install() {
 
   say "Installing ${missing[*]}"
   as_root apt-get update -qq
-  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+  as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# kap_build PRESET [CMAKE-ARGUMENT...]: configures and builds it. TARGETS, if set, names what to build.
+# kap_build PRESET [CMAKE-ARGUMENT...]: configures and builds it. TARGETS, if set, names the targets.
 kap_build() {
   local preset=$1
   shift
   say "Building $preset"
   cmake --preset "$preset" --log-level=NOTICE "$@"
-  # Word splitting is meant: several targets may be named.
+  # Word splitting is intended: TARGETS may name several.
   # shellcheck disable=SC2086
   cmake --build --preset "$preset" -j "$kJobs" ${TARGETS:+--target $TARGETS}
 }

@@ -2,9 +2,9 @@
 
 #include "kap/KAPInterface.h"
 
-// What the component offers; its users include this header and nothing else of it.
+// The interface of the component. Its users include only this header.
 struct TotalsInterface
     : KAP_T_MT::TKAPInterface<
           "TotalsInterface",
-          // The sum of an array's numbers. An element that is no number: 0 and a report.
+          // Returns the sum of the numbers. An element that is not a number: 0 and a report.
           KAP_T_MT::TKAPMethod<"Sum", "TotalsSumProc", double(POSArray* numbers)>> {};

@@ -1,4 +1,4 @@
-// A component, "Totals": adds up the numbers of an array, whoever made it.
+// A component, "Totals": adds the numbers of an array. Any component may have created the array.
 
 #include "KAP.h"
 #include "POSDict.h"
@@ -6,7 +6,7 @@
 
 using namespace KAP_T_MT;
 
-// The host may be gone by the time static objects are destroyed: this one goes first.
+// The host may not exist any more when the process destroys static objects. This one goes first.
 struct ExitHook {
   ~ExitHook() { KAPClientKill(); }
 };

@@ -1,4 +1,4 @@
-// A host: loads the library, binds itself, reads a text and prints two of its values.
+// A host: loads the library, binds itself, parses a text and prints two of its values.
 
 #include <cstdio>
 

@@ -1,10 +1,11 @@
-// A host with two components: the library makes arrays, Totals adds them up. Neither knows the
-// other.
+// A host with two components: the library makes arrays, Totals adds their numbers. Neither depends
+// on the other.
 
 #include <cstdio>
 
 #include "POSDict.h"
 #include "TotalsInterface.h"
+#include "kap/KAPClient.h"
 #include "kaphost/KAPHost.h"
 
 using namespace KAP_T_MT;
@@ -37,8 +38,7 @@ int main(int argc, char** argv) {
   KAPHost::Host host;
   const KAPHost::Component library = host.Load(argv[1]);
   const KAPHost::Component totals = host.Load(argv[2], "Totals");
-  if (!KAPClientInit(host.GetProcAddress())) return 1;
+  const KAPClient client(host.GetProcAddress());
   Work(host);
-  KAPClientTerminate();
   return 0;
 }

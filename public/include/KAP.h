@@ -1,10 +1,30 @@
 #pragma once
 
-// The client runtime of the binder: everything that a component needs to bind itself to a host, use
-// the host's services and register its own. Begin with kap/KAPBinder.h.
+// The client runtime of the binder: everything a component needs to bind itself to a host, to use
+// the host's services and to register services of its own. This header includes all of it. Start
+// reading with kap/KAPClient.h (binding), kap/KAPInterface.h (declaring an interface) and
+// kap/KAPBoundary.h (what a registered procedure looks like). A component in outline:
 //
-// The namespace is hidden in all headers, so that every component has tables of its own, whatever
-// flags it is compiled with.
+//   extern "C" [[gnu::visibility("default")]] int TotalsInitialize(KAPGetProcAddressProc getProc) {
+//     return KAP_T_MT::KAPReportingError([=] {
+//       return KAP_T_MT::KAPClientInit(getProc) &&
+//              KAP_T_MT::KAPRegisterInterface<TotalsInterface>(&TotalsSumProc);
+//     });
+//   }
+//
+//   extern "C" [[gnu::visibility("default")]] void TotalsTerminate() {
+//     KAP_T_MT::KAPUnregisterInterface(TotalsInterface::kName);
+//     KAP_T_MT::KAPClientTerminate();
+//   }
+//
+// The runtime belongs to the one component that contains it: its sources are compiled into each
+// component, and each component has its own tables, shared errors and lists.
+//
+// Compile a component with -fvisibility=hidden; the CMake target kapclient adds the option. Every
+// header hides the namespace as well, but that alone is not enough: clang still exports the
+// functions that the sources define, and a component's own class that derives from a class of the
+// runtime is more visible than its base, which g++ warns about. An exported symbol of one component
+// can replace the same symbol of another, and can keep dlclose from unloading it.
 
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"

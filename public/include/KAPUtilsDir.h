@@ -1,7 +1,7 @@
 #pragma once
 
-// Directories and temporary files for clients. Begin with dir/KAPUtilsDirClient.h; the plain
-// procedures are in dir/KAPUtilsDirInterfaces.h.
+// Directories and temporary files. Start reading with dir/KAPUtilsDirClient.h;
+// dir/KAPUtilsDirInterfaces.h has the plain procedures and their contracts.
 
 #include "dir/KAPUtilsDirClient.h"
 #include "dir/KAPUtilsDirInterfaces.h"

@@ -10,10 +10,20 @@
 #include "pos/POSDictClient.h"
 #include "pos/POSDictIterator.h"
 #include "pos/POSException.h"
+#include "pos/POSInterfaceSets.h"
 #include "pos/POSInterfaces.h"
 #include "pos/POSKind.h"
+#include "pos/POSKinds.h"
 #include "pos/POSNumber.h"
 #include "pos/POSObject.h"
 #include "pos/POSRawPointer.h"
 #include "pos/POSString.h"
 #include "pos/POSUnicodeString.h"
+
+namespace [[gnu::visibility("hidden")]] KAP_T_MT {
+
+static_assert(POSCoverEveryKind<CPOSNumber, CPOSString, CPOSUnicodeString, CPOSBinData,
+                                CPOSRawPointer, CPOSArray, CPOSDict>(),
+              "a kind of POSType has no wrapper");
+
+}  // namespace KAP_T_MT

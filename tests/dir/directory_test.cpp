@@ -5,15 +5,15 @@
 #include <fstream>
 
 #include "DirWorld.h"
-#include "KAPUtilsDirImpl.h"
 #include "POSValidator.h"
+#include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
 
 namespace {
 
 using namespace KAP_T_MT;
 using Dir = KAPUtilsDirInterface;
 
-// The body raises the error "KAPUtilsDirImpl::<operation>: Unknown error" with this code.
+// The body throws the error "KAPUtilsDirImpl::<operation>: Unknown error" with this code.
 void ExpectFailure(const std::string& operation, int code, const Body& body) {
   try {
     body();

@@ -8,21 +8,25 @@ namespace {
 
 constexpr const char* kDict = "< a < b [1 (s)] > c `0041` >";
 
-// The objects of OneOfEachKind stand in the order of their interfaces.
+// The kind whose interface has this name; a dictionary for an interface that takes any object.
+POSType TypeOf(std::string_view interfaceName) {
+  POSType type = kPOSDict;
+  POSInterfaceSet::ForEach([&]<class Interface>() {
+    if constexpr (requires { Interface::kType; }) {
+      if (interfaceName == Interface::kName) type = Interface::kType;
+    }
+  });
+  return type;
+}
+
 Object SubjectOf(const World& world, std::string_view interfaceName, const Object& dict) {
-  constexpr const char* kTyped[] = {POSNumberInterface::kName,        POSStringInterface::kName,
-                                    POSUnicodeStringInterface::kName, POSBinDataInterface::kName,
-                                    POSRawPointerInterface::kName,    POSArrayInterface::kName};
-  std::vector<Object> objects = world.OneOfEachKind();
-  for (std::size_t i = 0; i < std::size(kTyped); ++i) {
-    if (interfaceName == kTyped[i]) return std::move(objects[i]);
-  }
   if (interfaceName == POSDictIteratorInterface::kName) {
     return world.Own(world.Call<POSDictIteratorInterface, "NewPOSDictIterator">(dict.get()));
   }
   if (interfaceName == POSStreamerInterface::kName) {
     return world.Own(world.Call<POSStreamerInterface, "NewPOSStreamer">());
   }
+  if (TypeOf(interfaceName) != kPOSDict) return world.OneOfKind(TypeOf(interfaceName));
   world.Containers<"AddRef">(dict.get());
   return world.Own(dict.get());
 }

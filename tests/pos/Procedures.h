@@ -9,6 +9,7 @@
 
 #include "POSStreamer.h"
 #include "World.h"
+#include "pos/POSInterfaceSets.h"
 
 // Every registered procedure of property objects, called from its declaration alone, so that one
 // sweep reaches them all.
@@ -18,7 +19,7 @@ class Given {
  public:
   Given(const World& world, std::string_view interfaceName, std::string_view method);
 
-  // From now on the argument at this position is this handle, or null if it is no handle.
+  // From now on the argument at this position is this handle, or null if it is not a handle.
   void Spoil(std::size_t position, KAPContainer* handle) {
     fBadPosition = position;
     fBadHandle = handle;
@@ -85,7 +86,7 @@ struct Signature<R (*)(Args...)> {
   static constexpr std::size_t kCount = sizeof...(Args);
 };
 
-// One procedure. `Call` gives whether it failed by its result (nothing for one without a result),
+// One procedure. `Call` returns whether it failed by its result (nothing for one without a result),
 // and releases a handle that it returned.
 template <class Interface, std::size_t Slot>
 struct Procedure {
@@ -139,12 +140,7 @@ void ForEachProcedure(Visitor visit) {
     }
     (std::make_index_sequence<Interface::kCount>());
   };
-  const auto visitEach = [&]<class... Interfaces>(const std::tuple<Interfaces...>*) {
-    (visitAll(static_cast<const Interfaces*>(nullptr)), ...);
-  };
-  visitEach(
-      static_cast<const std::tuple<
-          POSObjectInterface, POSObjectStatics, POSNumberInterface, POSStringInterface,
-          POSUnicodeStringInterface, POSBinDataInterface, POSRawPointerInterface, POSArrayInterface,
-          POSDictInterface, POSDictIteratorInterface, POSStreamerInterface>*>(nullptr));
+  const auto visitOne = [&]<class Interface>() { visitAll(static_cast<Interface*>(nullptr)); };
+  POSInterfaceSet::ForEach(visitOne);
+  POSStreamerInterfaceSet::ForEach(visitOne);
 }

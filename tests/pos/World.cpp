@@ -37,12 +37,29 @@ Object World::Read(const char* text) const {
   return object;
 }
 
+Object World::OneOfKind(POSType type) const {
+  switch (type) {
+    case kPOSNumber:
+      return Read("1.5");
+    case kPOSString:
+      return Read("(s)");
+    case kPOSUnicodeString:
+      return Read("`0041`");
+    case kPOSBinData:
+      return BinData("type", "\1\2\3");
+    case kPOSRawPointer:
+      return RawPointer(const_cast<World*>(this), [](void*) {});
+    case kPOSArray:
+      return Read("[1 2 3 4]");
+    case kPOSDict:
+      return Read("< a < b [1 (s)] > >");
+  }
+  return Own(nullptr);
+}
+
 std::vector<Object> World::OneOfEachKind() const {
   std::vector<Object> objects;
-  for (const char* text : {"1.5", "(s)", "`0041`"}) objects.push_back(Read(text));
-  objects.push_back(BinData("type", "\1\2\3"));
-  objects.push_back(RawPointer(const_cast<World*>(this), [](void*) {}));
-  for (const char* text : {"[1 2 3 4]", "< a < b [1 (s)] > >"}) objects.push_back(Read(text));
+  for (const POSType type : kPOSTypes) objects.push_back(OneOfKind(type));
   return objects;
 }
 
@@ -77,6 +94,22 @@ Object World::DeepGet(const Object& dict, const char* path) const {
   return Own(Call<POSDictInterface, "DeepGet">(dict.get(), Key(path).get()));
 }
 
+void World::Empty(const Object& container) const {
+  KAPContainer* const handle = container.get();
+  if (Call<POSArrayInterface, "IsPOSArray">(handle)) {
+    while (Call<POSArrayInterface, "Count">(handle) != 0) {
+      Call<POSArrayInterface, "Remove">(handle, 0ul);
+    }
+    return;
+  }
+  for (;;) {
+    const Object iterator = Own(Call<POSDictIteratorInterface, "NewPOSDictIterator">(handle));
+    if (Call<POSDictIteratorInterface, "IsDone">(iterator.get())) return;
+    const std::string key = Call<POSDictIteratorInterface, "CurKey">(iterator.get());
+    Remove(container, key.c_str());
+  }
+}
+
 bool World::IsEqual(const Object& a, const Object& b) const {
   return Call<POSObjectInterface, "IsEqual">(a.get(), b.get());
 }
@@ -100,7 +133,7 @@ std::string Format(const char* format, auto value) {
 std::string World::Show(KAPContainer* object) const {
   if (!object) return "~";
   std::string text;
-  switch (Call<POSObjectInterface, "GetType">(object)) {
+  switch (static_cast<POSType>(Call<POSObjectInterface, "GetType">(object))) {
     case kPOSNumber:
       return Format("%.17g", Call<POSNumberInterface, "Get">(object));
     case kPOSString:
@@ -122,9 +155,8 @@ std::string World::Show(KAPContainer* object) const {
       return ShowArray(object);
     case kPOSDict:
       return ShowDict(object);
-    default:
-      return "?";
   }
+  return "?";
 }
 
 std::string World::ShowArray(KAPContainer* array) const {

@@ -29,7 +29,8 @@ class World : public TestHost {
   Object RawPointer(void* pointer, KAP_T_MT::POSReleaseProc release) const;
   Object Read(const char* text) const;  // from text notation; the test fails when it is none
 
-  // By kind: 1.5, "s", one unit, three bytes, a pointer to `this`, [1 2 3 4], {a: {b: [1 "s"]}}.
+  // 1.5, "s", one unit, three bytes, a pointer to `this`, [1 2 3 4] or {a: {b: [1 "s"]}}.
+  Object OneOfKind(KAP_T_MT::POSType type) const;
   std::vector<Object> OneOfEachKind() const;
 
   // A container that no component made: its implementation, and its interface, have this name.
@@ -40,6 +41,7 @@ class World : public TestHost {
   void Remove(const Object& dict, const char* key) const;
   Object Get(const Object& dict, const char* key) const;
   Object DeepGet(const Object& dict, const char* path) const;
+  void Empty(const Object& container) const;  // takes everything out of an array or a dictionary
   bool IsEqual(const Object& a, const Object& b) const;
 
   // What an object holds, all the way down: 1.5, "s", u(0041), type(010203), *, [1 ~ "s"], <a 1>.

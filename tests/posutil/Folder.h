@@ -9,7 +9,7 @@
 #include <set>
 #include <string>
 
-// A folder that is gone at the end.
+// A temporary folder.
 class Folder {
  public:
   Folder() : fPath(testing::TempDir() + "posutil-XXXXXX") {
@@ -20,7 +20,7 @@ class Folder {
   ~Folder() { std::filesystem::remove_all(fPath); }
 
   std::string Path(const std::string& name) const { return fPath + "/" + name; }
-  // Gives the path back.
+  // Writes a file and returns its path.
   std::string Put(const std::string& name, const std::string& content) const {
     std::ofstream(Path(name), std::ios::binary) << content;
     return Path(name);

@@ -11,7 +11,7 @@
 
 namespace {
 
-// A file in memory: never full, so that nobody waits for a reader.
+// A file in memory. It never fills up, so the program never waits for a reader.
 class MemoryFile {
  public:
   explicit MemoryFile(const std::string& content = "") : fDescriptor(::memfd_create("posutil", 0)) {
@@ -55,8 +55,10 @@ std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
 }
 
 Running::Running(const std::vector<std::string>& arguments, const Descriptors& descriptors,
-                 const std::vector<std::string>& extraEnvironment) {
-  std::vector<std::string> texts = {POSUTIL_PATH};
+                 const std::vector<std::string>& extraEnvironment,
+                 const std::vector<std::string>& prefix) {
+  std::vector<std::string> texts = prefix;
+  texts.emplace_back(POSUTIL_PATH);
   texts.insert(texts.end(), arguments.begin(), arguments.end());
   std::vector<std::string> environment = extraEnvironment;
   for (char** each = environ; *each; ++each) environment.emplace_back(*each);
@@ -66,15 +68,15 @@ Running::Running(const std::vector<std::string>& arguments, const Descriptors& d
   posix_spawn_file_actions_adddup2(&actions, descriptors.fIn, STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, descriptors.fOut, STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, descriptors.fErr, STDERR_FILENO);
-  // A shell may have started the tests with signals ignored.
+  // The shell that started the tests may ignore signals.
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   sigset_t all;
   sigfillset(&all);
   posix_spawnattr_setsigdefault(&attributes, &all);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-  const int error = posix_spawn(&fProcess, POSUTIL_PATH, &actions, &attributes,
-                                Pointers(texts).data(), Pointers(environment).data());
+  const int error = posix_spawnp(&fProcess, texts.front().c_str(), &actions, &attributes,
+                                 Pointers(texts).data(), Pointers(environment).data());
   posix_spawn_file_actions_destroy(&actions);
   posix_spawnattr_destroy(&attributes);
   if (error != 0) throw std::runtime_error("cannot start " POSUTIL_PATH);
@@ -92,7 +94,8 @@ Outcome RunPosutil(const std::vector<std::string>& arguments, const std::string&
   const MemoryFile out;
   const MemoryFile err;
   const int to = setting.fOut < 0 ? out.Descriptor() : setting.fOut;
-  const int status =
-      Running(arguments, {in.Descriptor(), to, err.Descriptor()}, setting.fEnvironment).Wait();
+  const int status = Running(arguments, {in.Descriptor(), to, err.Descriptor()},
+                             setting.fEnvironment, setting.fPrefix)
+                         .Wait();
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out.Content(), err.Content()};
 }

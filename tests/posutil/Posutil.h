@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-// How posutil ended and what it wrote. What leaks is told by its host on standard error, so that comparing that text
-// compares the books too.
+// How posutil ended and what it wrote. Its host prints a leak report on standard error, so that a
+// comparison of that text also checks the accounting.
 struct Outcome {
-  int fStatus = -1;  // -1: not by itself
+  int fStatus = -1;  // -1: a signal ended it
   std::string fOut;
   std::string fErr;
 
@@ -19,8 +19,9 @@ struct Outcome {
 std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
 
 struct Setting {
-  int fOut = -1;                               // the standard output; -1: it is collected
-  std::vector<std::string> fEnvironment = {};  // added to the test's own, as NAME=VALUE
+  int fOut = -1;                               // the standard output; -1 collects it
+  std::vector<std::string> fPrefix = {};       // a program that runs posutil, with arguments
+  std::vector<std::string> fEnvironment = {};  // NAME=VALUE, added to the environment of the test
 };
 
 struct Descriptors {
@@ -29,14 +30,15 @@ struct Descriptors {
   int fErr;
 };
 
-// The program while it runs.
+// A running posutil.
 class Running {
  public:
   Running(const std::vector<std::string>& arguments, const Descriptors& descriptors,
-          const std::vector<std::string>& extraEnvironment = {});
+          const std::vector<std::string>& extraEnvironment = {},
+          const std::vector<std::string>& prefix = {});
 
   pid_t Process() const { return fProcess; }
-  // How it ended, as waitpid tells it.
+  // Waits for the end and returns the status of waitpid.
   int Wait() const;
 
  private:

@@ -17,22 +17,23 @@ TEST(GetTest, PrintsAValuePerLine) {
       {"compound values as JSON",
        {"a", "a.b", ".", ".e"},
        {1, "{\"b\":[10,20,\"x y\"]}\n[10,20,\"x y\"]\n{\"e\":[]}\n",
-        "posutil: <stdin>: nothing at \".e\"\n"}},
-      {"the empty key", {"[0]", "..e"}, {1, "[]\n", "posutil: <stdin>: nothing at \".[0]\"\n"}},
-      {"what is not there",
+        "posutil: <stdin>: no value at \".e\"\n"}},
+      {"the empty key", {"[0]", "..e"}, {1, "[]\n", "posutil: <stdin>: no value at \".[0]\"\n"}},
+      {"paths without a value",
        {"a.b[3]", "a.b[1]", "a.b.c", "{}"},
        {1, "20\n",
-        "posutil: <stdin>: nothing at \"a.b[3]\"\nposutil: <stdin>: nothing at \"a.b.c\"\n"
-        "posutil: <stdin>: nothing at \"{}\"\n"}},
-      {"the form that was asked for",
+        "posutil: <stdin>: no value at \"a.b[3]\"\nposutil: <stdin>: no value at \"a.b.c\"\n"
+        "posutil: <stdin>: no value at \"{}\"\n"}},
+      {"a requested format",
        {"--to", "json", "a.b[2]", "u"},
        {0, "\"x y\"\n{\"$unicode\":\"A\"}\n", ""}},
       {"text on one line",
        {"--to", "text", "a", ".", "a.b[2]"},
        {0, "< b [10 20 (x y)] >\n< e [] >\n(x y)\n", ""}},
-      {"a list is no list of paths",
+      {"a list is a path, not several paths",
        {"[0,1]", ".-x"},
-       {1, "", "posutil: <stdin>: nothing at \".[0,1]\"\nposutil: <stdin>: nothing at \".-x\"\n"}},
+       {1, "",
+        "posutil: <stdin>: no value at \".[0,1]\"\nposutil: <stdin>: no value at \".-x\"\n"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
@@ -43,15 +44,14 @@ TEST(GetTest, PrintsAValuePerLine) {
 }
 
 TEST(GetTest, NeedsADictionary) {
-  EXPECT_EQ(
-      RunPosutil({"get", "--from", "text", "-", "a"}, "[1]"),
-      (Outcome{3, "",
-               "posutil: <stdin>: the document is no dictionary, so no path leads into it\n"}));
+  EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a"}, "[1]"),
+            (Outcome{3, "", "posutil: <stdin>: the document is not a dictionary\n"}));
 }
 
-TEST(GetTest, AValueThatCannotBePrinted) {
-  EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a", "b"}, "< a 1 b [`D800`] >"),
-            (Outcome{3, "", "posutil: <stdin>: b: [0]: a Unicode string with a lone surrogate\n"}));
+TEST(GetTest, FailsForAValueWithoutAForm) {
+  EXPECT_EQ(
+      RunPosutil({"get", "--from", "text", "-", "a", "b"}, "< a 1 b [`D800`] >"),
+      (Outcome{3, "", "posutil: <stdin>: b: [0]: the Unicode string has a lone surrogate\n"}));
 }
 
 TEST(FormatTest, IsGuessedFromTheEnding) {
@@ -66,7 +66,7 @@ TEST(FormatTest, IsGuessedFromTheEnding) {
   EXPECT_EQ(
       RunPosutil({"get", other, "a"}),
       (Outcome{2, "",
-               "posutil: " + other + ": the name does not tell the format; say it with --from\n"}));
+               "posutil: " + other + ": cannot tell the format from the file name; use --from\n"}));
   EXPECT_EQ(RunPosutil({"print", "-"}).fStatus, 2);
 }
 

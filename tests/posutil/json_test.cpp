@@ -1,4 +1,4 @@
-// JSON in and out, through property objects.
+// JSON to property objects and back.
 
 #include "Posutil.h"
 
@@ -8,7 +8,7 @@ Outcome Convert(const std::string& json, const std::string& to) {
   return RunPosutil({"print", "--from", "json", "--to", to, "-"}, json);
 }
 
-TEST(JsonTest, ValuesComeBackAsTheyWere) {
+TEST(JsonTest, RoundTrips) {
   const struct {
     const char* why;
     const char* in;
@@ -26,13 +26,13 @@ TEST(JsonTest, ValuesComeBackAsTheyWere) {
        "{\n  \"a\": {\n    \"c\": {},\n    \"d\": []\n  },\n  \"b\": 1\n}"},
       {"escapes", R"("\"\\\/\b\f\n\r\t\u001f\u007fé\ud83d\ude00")",
        "\"\\\"\\\\/\\b\\f\\n\\r\\t\\u001f\x7F\u00E9\U0001F600\""},
-      {"truth is a string", "[true,false]", "[\n  \"true\",\n  \"false\"\n]"},
+      {"truth values become strings", "[true,false]", "[\n  \"true\",\n  \"false\"\n]"},
       {"empty slots, at the end too", "[null,1,null,null,2,null,null]",
        "[\n  null,\n  1,\n  null,\n  null,\n  2,\n  null,\n  null\n]"},
       {"nothing but empty slots", "[[null],[null,null]]",
        "[\n  [\n    null\n  ],\n  [\n    null,\n    null\n  ]\n]"},
-      {"null is an absent member", R"({"a":null,"b":{"c":null}})", "{\n  \"b\": {}\n}"},
-      {"the later of two members", R"({"a":1,"a":"x","b":2,"b":null})", "{\n  \"a\": \"x\"\n}"},
+      {"null removes a member", R"({"a":null,"b":{"c":null}})", "{\n  \"b\": {}\n}"},
+      {"the last of two members wins", R"({"a":1,"a":"x","b":2,"b":null})", "{\n  \"a\": \"x\"\n}"},
       {"equal strings at many places", R"([["s","s"],{"s":"s"}])",
        "[\n  [\n    \"s\",\n    \"s\"\n  ],\n  {\n    \"s\": \"s\"\n  }\n]"},
       {"Unicode strings", R"({"$unicode":"a\u00e9\ud83d\ude00"})",
@@ -52,20 +52,20 @@ TEST(JsonTest, ValuesComeBackAsTheyWere) {
   }
 }
 
-TEST(JsonTest, WhatObjectsCannotHoldIsNamed) {
+TEST(JsonTest, RejectsWhatObjectsCannotHold) {
   const std::string tags =
-      "members called \"$unicode\" or \"$binary\" stand for values that JSON does not have";
+      "the keys \"$unicode\" and \"$binary\" are reserved for values that JSON does not have";
   const std::string strings =
       "the value of \"$unicode\", \"$binary\" or \"base64\" must be a string";
-  const std::string inexact = "an integer that no number can hold exactly";
+  const std::string inexact = "a number cannot represent this integer exactly";
   const struct {
     const char* in;
     std::string message;
   } rows[] = {
-      {"null", "the document: null is no object"},
-      {R"({"a":[1,{"b":"x\u0000"}]})", "a[1].b: a string that holds a zero character"},
-      {R"({"a":[1,{"b\u0000":1}]})", "a[1]: a key that holds a zero character"},
-      {R"([{"$unicode":"\u0000"}])", "[0]: a string that holds a zero character"},
+      {"null", "the document: null is not an object"},
+      {R"({"a":[1,{"b":"x\u0000"}]})", "a[1].b: the string contains a zero character"},
+      {R"({"a":[1,{"b\u0000":1}]})", "a[1]: a key contains a zero character"},
+      {R"([{"$unicode":"\u0000"}])", "[0]: the string contains a zero character"},
       {R"([1,[],[9007199254740993]])", "[2][0]: " + inexact},
       {R"({"a":-9007199254740993})", "a: " + inexact},
       {R"({"b":{},"a":18446744073709551615})", "a: " + inexact},
@@ -99,11 +99,11 @@ TEST(JsonTest, SyntaxErrorsShowTheirPlace) {
     std::string in;
     std::string err;
   } rows[] = {
-      {"nothing at all", "",
+      {"empty input", "",
        "1:1: " + parsing +
            "value - unexpected end of input; expected '[', '{', or a literal\n"
            "  \n  ^\n"},
-      {"on a later line, behind a tab and wide characters", "[1,\r\n\t\"\u00E9\U0001F600\" 2]\r\n",
+      {"on a later line, after a tab and wide characters", "[1,\r\n\t\"\u00E9\U0001F600\" 2]\r\n",
        "2:7: " + parsing +
            "array - unexpected number literal; expected ']' (at [2])\n"
            "   \"\u00E9\U0001F600\" 2]\n        ^\n"},
@@ -115,7 +115,7 @@ TEST(JsonTest, SyntaxErrorsShowTheirPlace) {
        "1:17: " + parsing +
            "value - invalid string: surrogate U+DC00..U+DFFF must follow "
            "U+D800..U+DBFF (at a.b)\n  {\"a\":{\"b\":\"\\udc00\"}}\n                  ^\n"},
-      {"no UTF-8", "[\"\xC3(\"]",
+      {"invalid UTF-8", "[\"\xC3(\"]",
        "1:4: " + parsing +
            "value - invalid string: ill-formed UTF-8 byte (at [0])\n"
            "  [\"?(\"]\n     ^\n"},
@@ -131,7 +131,7 @@ TEST(JsonTest, SyntaxErrorsShowTheirPlace) {
            "...\n"
            "  " +
            std::string(53, ' ') + "^\n"},
-      {"far behind what is still in memory",
+      {"far past the forgotten part",
        "[\"\u00E9\",\n" + std::string(600000, ' ') + "\n" + std::string(300000, ' ') + "1 2]",
        "3:300003: " + parsing + "array - unexpected number literal; expected ']' (at [2])\n  ..." +
            std::string(48, ' ') + "1 2]\n" + std::string(55, ' ') + "^\n"},
@@ -142,22 +142,23 @@ TEST(JsonTest, SyntaxErrorsShowTheirPlace) {
   }
 }
 
-TEST(JsonTest, WhatJsonCannotHoldIsNamed) {
+TEST(JsonTest, RejectsWhatJsonCannotHold) {
   const struct {
     const char* in;
     const char* message;
   } rows[] = {
-      {"< a [1 (x\xFFy)] >", "a[1]: bytes that are no UTF-8"},
-      {"< a [1 (x\xC3)] >", "a[1]: bytes that are no UTF-8"},
-      {"< a [(\xED\xA0\x80)] >", "a[0]: bytes that are no UTF-8"},
-      {"< a < (\xFF) 1 > >", "a.\\xff: bytes that are no UTF-8"},
-      {"[1 [`0041D800`]]", "[1][0]: a Unicode string with a lone surrogate"},
-      {"[`DC00D800`]", "[0]: a Unicode string with a lone surrogate"},
+      {"< a [1 (x\xFFy)] >", "a[1]: invalid UTF-8"},
+      {"< a [1 (x\xC3)] >", "a[1]: invalid UTF-8"},
+      {"< a [(\xED\xA0\x80)] >", "a[0]: invalid UTF-8"},
+      {"< a < (\xFF) 1 > >", "a.\\xff: invalid UTF-8"},
+      {"[1 [`0041D800`]]", "[1][0]: the Unicode string has a lone surrogate"},
+      {"[`DC00D800`]", "[0]: the Unicode string has a lone surrogate"},
       {"< a [< b 1 ($unicode) 2 >] >",
-       "a[0].$unicode: members called \"$unicode\" or \"$binary\" stand for values that JSON does "
+       "a[0].$unicode: the keys \"$unicode\" and \"$binary\" are reserved for values that JSON "
+       "does "
        "not have"},
       {"< ($binary) 2 >",
-       "$binary: members called \"$unicode\" or \"$binary\" stand for values that JSON does not "
+       "$binary: the keys \"$unicode\" and \"$binary\" are reserved for values that JSON does not "
        "have"},
   };
   for (const auto& row : rows) {

@@ -1,4 +1,4 @@
-// Documents nested a million deep: a result or an error, never a crash.
+// Documents with a million levels: a result or an error, but no crash.
 
 #include "Posutil.h"
 

@@ -1,4 +1,4 @@
-// Output that gets lost, and colours.
+// Lost output, and colours.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -20,13 +20,13 @@ TEST(OutputTest, AFullDeviceIsAnError) {
   ::close(full);
 }
 
-TEST(OutputTest, AClosedPipeIsAQuietOne) {
+TEST(OutputTest, AClosedPipeIsAQuietError) {
   int ends[2];
   ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
   ::close(ends[0]);
   EXPECT_EQ(RunPosutil({"print", "--from", "text", "-"}, "1", {.fOut = ends[1]}),
             (Outcome{3, "", ""}));
-  // So long that it fails within the library.
+  // Long enough to fail inside a call of the library.
   const std::string longText = "[\"" + std::string(200000, 'x') + "\"]";
   EXPECT_EQ(
       RunPosutil({"print", "--from", "json", "--to", "typea", "-"}, longText, {.fOut = ends[1]}),
@@ -35,7 +35,7 @@ TEST(OutputTest, AClosedPipeIsAQuietOne) {
 }
 
 TEST(OutputTest, LongOutputIsWhole) {
-  // Lines, and a string, that are longer than any buffer.
+  // More lines, and a longer string, than the buffer holds.
   const std::string longText(200000, 'x');
   std::string json = "[";
   std::string expected = "[\n";
@@ -48,13 +48,13 @@ TEST(OutputTest, LongOutputIsWhole) {
               (Outcome{0, expected + "  \"" + longText + "\"\n]\n", ""}));
 }
 
-// What the program writes when its standard output is a terminal.
+// The output of the program on a terminal.
 std::string OnTerminal(const std::vector<std::string>& environment) {
   const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   if (::grantpt(master) != 0 || ::unlockpt(master) != 0) return "no terminal";
   const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
-  const Outcome outcome =
-      RunPosutil({"print", "--from", "text", "-"}, "<a 1>", {terminal, environment});
+  const Outcome outcome = RunPosutil({"print", "--from", "text", "-"}, "<a 1>",
+                                     {.fOut = terminal, .fEnvironment = environment});
   EXPECT_EQ(outcome.fStatus, 0) << outcome.fErr;
   char text[1000];
   const ssize_t size = ::read(master, text, sizeof text);

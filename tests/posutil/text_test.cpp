@@ -1,4 +1,4 @@
-// The text notation in and out, and the outline.
+// Text notation to property objects and back, and the outline.
 
 #include "Posutil.h"
 
@@ -8,7 +8,7 @@ Outcome Print(const std::string& from, const std::string& to, const std::string&
   return RunPosutil({"print", "--from", from, "--to", to, "-"}, document);
 }
 
-TEST(TextTest, ValuesComeBackAsTheyWere) {
+TEST(TextTest, RoundTrips) {
   const std::string hundred(100, 'a');
   const struct {
     const char* why;
@@ -33,23 +33,23 @@ TEST(TextTest, ValuesComeBackAsTheyWere) {
   }
 }
 
-TEST(TextTest, WhatTextCannotHoldIsNamed) {
-  const std::string limit = "text notation ends strings at 100 characters";
+TEST(TextTest, RejectsWhatTextCannotHold) {
+  const std::string limit = "text notation limits strings to 100 characters";
   const struct {
     std::string in;
     std::string message;
   } rows[] = {
       {R"({"a":[1,null]})", "a[1]: text notation cannot hold an empty slot"},
       {R"({"a":{"$binary":"t","base64":""}})", "a: text notation cannot hold binary data"},
-      {"[1e99,1e100]", "[1]: a number that needs an exponent, which text notation has not"},
-      {"[1e-98,1e-99]", "[1]: a number that needs an exponent, which text notation has not"},
+      {"[1e99,1e100]", "[1]: the number needs an exponent, which text notation does not have"},
+      {"[1e-98,1e-99]", "[1]: the number needs an exponent, which text notation does not have"},
       {"[\"" + std::string(100, 'a') + "\",\"" + std::string(101, 'a') + "\"]", "[1]: " + limit},
       {"[\"" + std::string(50, ')') + "\",\"" + std::string(51, ')') + "\"]",
-       "[1]: " + limit + ", counting backslashes"},
+       "[1]: " + limit + ", including backslashes"},
       {"{\"" + std::string(101, 'k') + "\":1}", std::string(101, 'k') + ": " + limit},
       {R"([{"$unicode":")" + std::string(100, 'a') + R"("},{"$unicode":")" + std::string(101, 'a') +
            "\"}]",
-       "[1]: text notation ends Unicode strings at 100 units"},
+       "[1]: text notation limits Unicode strings to 100 units"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.in);
@@ -58,7 +58,6 @@ TEST(TextTest, WhatTextCannotHoldIsNamed) {
   }
 }
 
-// Whatever JSON text notation can hold comes back from it.
 TEST(TextTest, JsonThereAndBack) {
   const std::string json =
       Print("json", "json", R"({"a b":[1e20,-0.0,1e-7,"x)\\","é"],"$":{"$unicode":"é"},"":{}})")
@@ -80,10 +79,10 @@ TEST(TextTest, SyntaxErrorsShowWhereTheReaderStopped) {
       {"unclosed", "< a\n  [1", "2:5: " + ends + "    [1\n      ^\n"},
       {"an unclosed literal", "(ab", "1:4: " + ends + "  (ab\n     ^\n"},
       {"no token", "< a\n\t\"x\" >", "2:2: syntax error\n   \"x\" >\n   ^\n"},
-      {"behind the object", "[1] x", "1:5: syntax error\n  [1] x\n      ^\n"},
-      {"a zero character behind the object", std::string("[1]\0x", 5),
+      {"after the object", "[1] x", "1:5: syntax error\n  [1] x\n      ^\n"},
+      {"a zero character after the object", std::string("[1]\0x", 5),
        "1:4: a zero character in the text\n  [1]?x\n     ^\n"},
-      {"a zero character within", std::string("[1\0]", 4),
+      {"a zero character inside", std::string("[1\0]", 4),
        "1:3: a zero character in the text\n  [1?]\n    ^\n"},
   };
   for (const auto& row : rows) {

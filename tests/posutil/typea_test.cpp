@@ -1,4 +1,4 @@
-// TypeA documents in and out.
+// TypeA documents to property objects and back.
 
 #include <unistd.h>
 
@@ -17,7 +17,7 @@ const char kEveryKind[] =
     "<\n\t\"a\" [\n\t\t#1 \n\t\t\"x\\n\\303\\251\\\\\\\"\"\n\t\t`00c903b1`\n\t]\n"
     "\t\"b\" {\"t\" #3  \n\t\t00FF10\n\t}\n\t\"c d\" <\n\t>\n\t\"e\" #-0.5 \n>";
 
-TEST(TypeATest, EveryKindComesBackAsItWas) {
+TEST(TypeATest, RoundTripsEveryKind) {
   const std::string json =
       R"({"a":[1,"x\né\\\"",{"$unicode":"Éα"}],"b":{"$binary":"t","base64":"AP8Q"},)"
       R"("c d":{},"e":-0.5})";
@@ -38,24 +38,24 @@ TEST(TypeATest, ErrorsShowTheirPlace) {
     std::string in;
     std::string err;
   } rows[] = {
-      {"", "1:1: the document ends before its version name does (after 0 bytes)\n  \n  ^\n"},
-      {" \n", "2:1: the document ends before"},
+      {"", "1:1: the document ends inside the version name (after 0 bytes)\n  \n  ^\n"},
+      {" \n", "2:1: the document ends inside"},
       {"POSStreamerTypeA_Version2.0 #1 ",
-       "1:28: a document begins with POSStreamerTypeA_Version1.0 and a space (after 28 bytes)\n"
+       "1:28: a document must start with POSStreamerTypeA_Version1.0 and a space (after 28 bytes)\n"
        "  POSStreamerTypeA_Version2.0 #1 \n                             ^\n"},
-      {kTag + "?", "1:29: no value begins with this character (after 29 bytes)\n"},
-      {kTag + "[\n\t#1 \n\t%]", "3:2: no value begins with this character (after 37 bytes)\n"},
-      {kTag + "\"é\\q\"", "1:32: an escape that has no meaning here (after 33 bytes)\n"},
-      {kTag + "{\"a\" #2 00}", "1:39: there is less binary data than its length tells"},
-      {kTag + "{\"a\" #1 000}", "1:39: there is more binary data than its length tells"},
-      {kTag + "{#1 }", "1:32: a string is expected"},
-      {kTag + "<\"a\">", "1:33: a key without a value"},
-      {kTag + "$0x1 ", "1:29: a raw pointer cannot be read"},
+      {kTag + "?", "1:29: no value starts with this character (after 29 bytes)\n"},
+      {kTag + "[\n\t#1 \n\t%]", "3:2: no value starts with this character (after 37 bytes)\n"},
+      {kTag + "\"é\\q\"", "1:32: unknown escape sequence (after 33 bytes)\n"},
+      {kTag + "{\"a\" #2 00}", "1:39: binary data is shorter than its declared length"},
+      {kTag + "{\"a\" #1 000}", "1:39: binary data is longer than its declared length"},
+      {kTag + "{#1 }", "1:32: expected a string"},
+      {kTag + "<\"a\">", "1:33: key without a value"},
+      {kTag + "$0x1 ", "1:29: cannot read a raw pointer"},
       {kTag + std::string(1, '\0'), "1:29: a zero character instead of a value"},
       {kTag + "#1,5 ", "1:33: malformed number"},
-      {kTag + "#1 \n#2 ", "2:1: something follows the document (see --all)\n  #2 \n  ^\n"},
+      {kTag + "#1 \n#2 ", "2:1: unexpected text after the document (see --all)\n  #2 \n  ^\n"},
       {kTag + "\"" + std::string(300000, 'x') + "\n\n" + std::string(70000, 'y') + "\\q",
-       "3:70002: an escape that has no meaning here (after 370033 bytes)\n  ...yyy"},
+       "3:70002: unknown escape sequence (after 370033 bytes)\n  ...yyy"},
   };
   const Folder folder;
   for (const auto& row : rows) {
@@ -79,24 +79,25 @@ TEST(TypeATest, TruncatedAnywhere) {
   }
 }
 
-TEST(TypeATest, WhatItCannotHoldIsNamed) {
+TEST(TypeATest, RejectsWhatItCannotHold) {
   EXPECT_EQ(
       RunPosutil({"convert", "--from", "json", "--to", "typea", "-", "-"}, "{\"a\":[1,null]}"),
       (Outcome{3, "", "posutil: <stdin>: a[1]: TypeA cannot hold an empty slot\n"}));
   EXPECT_EQ(Print(kTag + "[#1 #-1e999 ]", "typea"),
-            (Outcome{3, "", "posutil: <stdin>: [1]: TypeA cannot hold infinities and NaN\n"}));
+            (Outcome{3, "", "posutil: <stdin>: [1]: TypeA cannot hold infinities or NaN\n"}));
 }
 
-TEST(TypeATest, TwoGibibytesAreRefused) {
+TEST(TypeATest, RejectsTwoGibibytes) {
   const Folder folder;
   const std::string large = folder.Put("large.typea", kTag);
   ASSERT_EQ(::truncate(large.c_str(), 1L << 31), 0);
-  EXPECT_EQ(RunPosutil({"convert", large, large}),
-            (Outcome{3, "", "posutil: " + large + ": TypeA documents end below 2 GiB\n"}));
+  EXPECT_EQ(
+      RunPosutil({"convert", large, large}),
+      (Outcome{3, "", "posutil: " + large + ": a TypeA document must be smaller than 2 GiB\n"}));
   EXPECT_EQ(std::filesystem::file_size(large), 1UL << 31);
 }
 
-TEST(AllTest, DocumentsOneBehindTheOther) {
+TEST(AllTest, ReadsEveryDocument) {
   const std::string two = kTag + "[\n\t#1 \n]" + kTag + "\"x\"";
   const struct {
     const char* to;
@@ -122,15 +123,15 @@ TEST(AllTest, DocumentsOneBehindTheOther) {
             (Outcome{0, two, ""}));
 }
 
-TEST(AllTest, ErrorsTellTheDocument) {
+TEST(AllTest, ErrorsNameTheDocument) {
   EXPECT_EQ(RunPosutil({"print", "--all", "--from", "typea", "--to", "text", "-"},
                        kTag + "#1 \n" + kTag + "{\"\" #0 }"),
             (Outcome{3, "",
                      "posutil: <stdin>, document 2: the document: text notation cannot hold "
                      "binary data\n"}));
-  const Outcome behind =
+  const Outcome second =
       RunPosutil({"print", "--all", "--from", "typea", "-"}, kTag + "#1 \n\nx y");
-  EXPECT_EQ(behind.fErr.rfind("<stdin>:3:2: a document begins with", 0), 0U) << behind.fErr;
+  EXPECT_EQ(second.fErr.rfind("<stdin>:3:2: a document must start with", 0), 0U) << second.fErr;
   EXPECT_EQ(RunPosutil({"print", "--all", "--from", "typea", "-"}, "").fStatus, 3);
 }
 

@@ -1,4 +1,5 @@
-// Checks of documents against schemas, and of schemas. What the checks say is the library's and tested there.
+// Checks of documents and schemas: files, formats and exit statuses. The tests of the library cover
+// the rules.
 
 #include "Folder.h"
 #include "Posutil.h"
@@ -22,14 +23,14 @@ class ValidateTest : public testing::Test {
   std::string Put(const std::string& name, const std::string& content) {
     return fFolder.Put(name, content);
   }
-  // The paths of files in the folder; whole paths and what is no file stay.
+  // Expands names of files to paths in the folder. Absolute paths and other arguments stay.
   std::vector<std::string> InFolder(std::vector<std::string> arguments) const {
     for (std::string& each : arguments) {
       if (each[0] != '/' && each.find('.') != std::string::npos) each = fFolder.Path(each);
     }
     return arguments;
   }
-  // With the folder taken out of what was printed.
+  // Removes the path of the folder from the output.
   Outcome Run(const std::vector<std::string>& arguments, const std::string& input = "") const {
     Outcome outcome = RunPosutil(InFolder(arguments), input);
     const std::string prefix = fFolder.Path("");
@@ -110,7 +111,7 @@ TEST_F(ValidateTest, EveryFormatOfDocumentsAndSchemas) {
 }
 
 TEST_F(ValidateTest, Json) {
-  // A name that neither line nor JSON can hold as it is, and a quotation mark.
+  // A name with characters that neither a line nor JSON can hold.
   Put("odd.txt", "< name Ada (\x80\n\"\\\\) 1 >");
   const std::string error = "nowhere.txt: No such file or directory";
   EXPECT_EQ(
@@ -135,16 +136,16 @@ TEST_F(ValidateTest, Types) {
                      "ada.txt: not valid, without a message\n"
                      "1 file checked: 0 valid, 1 not valid, 0 messages\n",
                      ""}));
-  // Nothing is looked at for the sake of a type that is not there.
+  // A missing type ends the command before it opens a document.
   for (const std::string type : {"Perso", "", "category"}) {
     EXPECT_EQ(Validate({"nowhere.txt"}, type),
               (Outcome{2, "",
-                       "posutil: schema.txt: there is no type \"" + type +
-                           "\" (there is Circle, Name, Nothing, People, Person, Thing)\n"}));
+                       "posutil: schema.txt: no type \"" + type +
+                           "\" (types: Circle, Name, Nothing, People, Person, Thing)\n"}));
   }
 }
 
-// What the library reports is an error of its own: never "not valid", and not the end.
+// A report of the library means "not checked", not "not valid", and does not end the command.
 TEST_F(ValidateTest, Reports) {
   const std::string none =
       "0 files checked: 0 valid, 0 not valid, 0 messages; 1 file not checked\n";
@@ -169,10 +170,10 @@ TEST_F(ValidateTest, Reports) {
   EXPECT_EQ(unchecked("B", "pair.txt"),
             outcome("pair.txt", "downcast from CPOSObject to CPOSString failed"));
   EXPECT_EQ(unchecked("C", "ada.txt"), outcome("ada.txt", "Unknown category in schema"));
-  EXPECT_EQ(unchecked("X", "ada.txt").fStatus, 2);  // a definition that is none
+  EXPECT_EQ(unchecked("X", "ada.txt").fStatus, 2);  // a definition that is not a dictionary
 }
 
-TEST_F(ValidateTest, ASchemaThatIsNone) {
+TEST_F(ValidateTest, AnInvalidSchema) {
   Put("faulty.txt", "< A < category array membertype B > >");
   Put("list.txt", "[1]");
   const Outcome outcome =
@@ -187,16 +188,16 @@ TEST_F(ValidateTest, ASchemaThatIsNone) {
       << outcome.fErr;
   EXPECT_NE(outcome.fErr.find(" Cannot locate definition of type B\n"), std::string::npos);
 
-  const std::string refusal = "posutil: list.txt: a schema is a dictionary of types\n";
+  const std::string message = "posutil: list.txt: a schema must be a dictionary of types\n";
   EXPECT_EQ(Run({"validate", "--schema", "list.txt", "--type", "A", "ada.txt"}),
-            (Outcome{3, "", refusal}));
+            (Outcome{3, "", message}));
   EXPECT_EQ(Run({"validate", "--schema", "nowhere.txt", "--type", "A", "ada.txt"}).fStatus, 3);
 
   EXPECT_EQ(Run({"check-schema", "schema.txt", KAP_SAMPLES "/iso-codes.txt"}).fOut,
             "2 files checked: 2 valid, 0 not valid, 0 messages\n");
   EXPECT_EQ(Run({"check-schema", "-q", "schema.txt"}), (Outcome{0, "", ""}));
   EXPECT_EQ(Run({"check-schema", "-q", "faulty.txt"}), (Outcome{1, "", ""}));
-  EXPECT_EQ(Run({"check-schema", "list.txt", "faulty.txt", "-q"}), (Outcome{3, "", refusal}));
+  EXPECT_EQ(Run({"check-schema", "list.txt", "faulty.txt", "-q"}), (Outcome{3, "", message}));
   const Outcome named = Run({"check-schema", "faulty.txt"});
   EXPECT_EQ(named.fStatus, 1);
   EXPECT_NE(named.fOut.find(" Cannot locate definition of type B\n"), std::string::npos);

@@ -5,28 +5,29 @@
 
 #include "HostTap.h"
 #include "TestHost.h"
-#include "pos/POSInterfaces.h"
+#include "dir/KAPUtilsDirInterfaces.h"
+#include "pos/POSInterfaceSets.h"
 
 namespace {
 
 using Texts = std::vector<std::string>;
 using KAP_T_MT::KAPFault;
 
-const Texts kInterfaces = {
-    "POSObjectInterface",          "POSObjectStatics",          "POSNumberInterface",
-    "POSStringInterface",          "POSUnicodeStringInterface", "POSBinDataInterface",
-    "POSRawPointerInterface",      "POSArrayInterface",         "POSDictInterface",
-    "POSDictIteratorInterface",    "POSStreamerInterface",      "POSValidatorInterface",
-    "POSStructValidatorInterface", "KAPUtilsDirInterface",      "KAPUtilsTempFileStreamFactory"};
+template <class... Sets>
+Texts NamesOf() {
+  Texts names;
+  (names.insert(names.end(), std::begin(Sets::kNames), std::end(Sets::kNames)), ...);
+  return names;
+}
+
+using DirInterfaceSet = KAP_T_MT::TKAPInterfaceSet<KAP_T_MT::KAPUtilsDirInterface,
+                                                   KAP_T_MT::KAPUtilsTempFileStreamFactory>;
+
+const Texts kInterfaces = NamesOf<KAP_T_MT::POSInterfaceSet, KAP_T_MT::POSStreamerInterfaceSet,
+                                  KAP_T_MT::POSValidatorInterfaceSet, DirInterfaceSet>();
 // The groups in the reverse order, each from its first to its last.
-const Texts kWithdrawn = {"KAPUtilsDirInterface",    "KAPUtilsTempFileStreamFactory",
-                          "POSValidatorInterface",   "POSStructValidatorInterface",
-                          "POSStreamerInterface",    "POSObjectInterface",
-                          "POSObjectStatics",        "POSNumberInterface",
-                          "POSStringInterface",      "POSUnicodeStringInterface",
-                          "POSBinDataInterface",     "POSRawPointerInterface",
-                          "POSArrayInterface",       "POSDictInterface",
-                          "POSDictIteratorInterface"};
+const Texts kWithdrawn = NamesOf<DirInterfaceSet, KAP_T_MT::POSValidatorInterfaceSet,
+                                 KAP_T_MT::POSStreamerInterfaceSet, KAP_T_MT::POSInterfaceSet>();
 const Texts kAtoms = {
     "POSObjectImpl",   "POSObjectInterface",   "POSDictIteratorImpl", "POSDictIteratorInterface",
     "POSStreamerImpl", "POSStreamerInterface", "POSValidatorImpl",    "POSValidatorInterface",

@@ -10,9 +10,9 @@ using HostCall = KAP_T_MT::KAPFault;
 
 class FailingTest : public StreamerTest {
  protected:
-  // Writes and reads with the nth call refused, alone or with all after it. Reading gives all or
+  // Writes and reads with the nth call failing, alone or with all after it. Reading returns all or
   // nothing, writing the beginning of the document; there is a report exactly if there was
-  // something to refuse, which is the result. False also after a failure of the test.
+  // such a call, which is the result. False also after a failure of the test.
   bool Refused(HostCall kind, unsigned long n, bool andAllAfterIt) {
     SCOPED_TRACE(testing::Message() << "kind " << static_cast<int>(kind) << ", call " << n);
     const BalancedScope balanced(*this);
@@ -116,6 +116,30 @@ TEST_F(FailingTest, DeepNesting) {
       }
     });
   }
+}
+
+// Its depth is found out before half a gigabyte of indentation is written.
+TEST_F(FailingTest, AnArrayInItself) {
+  const Object array = Read("[1]");
+  Call<POSArrayInterface, "Append">(array.get(), array.get());
+  const Object stream = NewMemory();
+  Serialize(stream, array);
+  EXPECT_EQ(TakeReport(), "property object is nested too deep");
+  EXPECT_LT(Contents(stream).size(), 10000u);
+  Call<POSArrayInterface, "Remove">(array.get(), 1ul);
+}
+
+TEST_F(FailingTest, DeepDocumentThatFits) {
+  Object deep = Read("[]");
+  for (int levels = 1; levels < 2000; ++levels) {
+    const Object inner = std::exchange(deep, levels % 3 == 0 ? Read("<>") : Read("[]"));
+    if (levels % 3 == 0) {
+      Put(deep, "a", inner);
+    } else {
+      Call<POSArrayInterface, "Append">(deep.get(), inner.get());
+    }
+  }
+  EXPECT_TRUE(IsEqual(Deserialize(NewBuffer(Document(deep))), deep));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "redblack_tree.h"
+#include "posimpl/base/redblack_tree.h"
 
 namespace {
 

@@ -25,7 +25,7 @@ class CallbackTest : public ::testing::Test, public ValidatorWorld {
   }
   static void* Text(const char* text) { return const_cast<char*>(text); }
 
-  // Adds what it is given to the text that the client data are; the number 13 does not pass.
+  // Appends its arguments to the text that the client data are; the number 13 fails.
   static long Write(POSObject* object, KAPStringAtom* type, KAPSharedBuffer* buffer, void* text) {
     const std::string shown = gWorld->Show(object);
     *static_cast<std::string*>(text) += gWorld->Strings<"GetCString">(type) + (" " + shown + ";");
@@ -33,6 +33,8 @@ class CallbackTest : public ::testing::Test, public ValidatorWorld {
     EXPECT_EQ(std::string(Bytes(buffer), size), std::string(1024, '\0'));
     return shown == "13" ? 0 : -1;
   }
+
+  std::string fCalls;
 
   static CallbackTest* gWorld;
 };
@@ -81,6 +83,80 @@ TEST_F(CallbackTest, ALaterOneReplaces) {
   RegisterCallback(validator, "N", replace, validator.get());
   EXPECT_EQ(Validate(validator, "N", one), Outcome{"replaced"});
   EXPECT_EQ(Validate(validator, "N", one), Outcome{"third"});
+}
+
+// A callback may change the document and the schema. The step at work ends by what it began with,
+// later steps see what is there then.
+TEST_F(CallbackTest, ThatChangesTheDocument) {
+  const auto change = [](POSObject* object, KAPStringAtom*, KAPSharedBuffer*, void* data) {
+    gWorld->fCalls += gWorld->Show(object) + " ";
+    (*static_cast<std::function<void()>*>(data))();
+    return 1l;
+  };
+  const char* const schema =
+      "< N < category union set [int string] > A < category array membertype N >"
+      "  D < category dict required < b N > optional < a N c N d N > valuetype N > >";
+  const auto callsDuring = [&](const char* type, const Object& object, std::function<void()> body) {
+    const Object validator = Validator(schema);
+    for (const char* name : {"N", "A", "D"}) RegisterCallback(validator, name, change, &body);
+    fCalls.clear();
+    EXPECT_EQ(Validate(validator, type, object), kValid);
+    return fCalls;
+  };
+  const Object array = Read("[1 2 3 4]");
+  EXPECT_EQ(callsDuring("A", array, [&] { Call<POSArrayInterface, "Remove">(array.get(), 0ul); }),
+            "1 3 [3 4] ");
+  const Object replaced = Read("[1 2]");
+  EXPECT_EQ(
+      callsDuring("A", replaced,
+                  [&] { Call<POSArrayInterface, "SetAt">(replaced.get(), 0ul, Number(9).get()); }),
+      "1 2 [9 2] ");
+  const Object dict = Read("< a 1 b 2 c 3 d 4 >");
+  EXPECT_EQ(callsDuring("D", dict,
+                        [&] {
+                          for (const char* key : {"a", "c"}) Remove(dict, key);
+                        }),
+            "1 1 2 2 4 4 <b 2 d 4> ");
+}
+
+// Whichever call of a callback takes everything out of the document and the schema: no crash, and
+// what a later step needs and does not find is said.
+TEST_F(CallbackTest, ThatEmptiesEverything) {
+  const char* const schema =
+      "< N < category int > S < category string > U < category union set [S N] >"
+      "I < category intersection set [N U] >"
+      "H < category array membertype [N U I] > A < category array membertype U >"
+      "D < category dict required < r H > optional < o A > keytype S valuetype any > >";
+  struct State {
+    Object schema;
+    Object object;
+    int calls = 0;
+    int at = 0;
+  };
+  const auto empty = [](POSObject*, KAPStringAtom*, KAPSharedBuffer*, void* data) {
+    auto& state = *static_cast<State*>(data);
+    if (++state.calls != state.at) return 1l;
+    for (const char* path : {"D.required", "D.optional", "D", "U", "I", "H", "A"}) {
+      gWorld->Empty(gWorld->DeepGet(state.schema, path));
+    }
+    for (const char* path : {"r", "o"}) gWorld->Empty(gWorld->DeepGet(state.object, path));
+    gWorld->Empty(state.schema);
+    gWorld->Empty(state.object);
+    return 1l;
+  };
+  int at = 1;
+  for (bool reached = true; reached; ++at) {
+    SCOPED_TRACE(at);
+    const BalancedScope balanced(*this);
+    State state = {Read(schema), Read("< r [1 (x) 2] o [(y) 3 (z)] >"), 0, at};
+    const Object validator = Validator(state.schema);
+    for (const char* name : {"N", "S", "U", "I", "H", "A", "D"}) {
+      RegisterCallback(validator, name, empty, &state);
+    }
+    Validate(validator, "D", state.object);
+    reached = state.calls >= at;
+  }
+  EXPECT_GT(at, 10);
 }
 
 // Against its contract.

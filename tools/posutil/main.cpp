@@ -1,11 +1,13 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
 #include <new>
 #include <vector>
 
+#include "base/SyntaxError.h"
 #include "commands/Command.h"
-#include "formats/SyntaxError.h"
 #include "program/Session.h"
 
 namespace PosUtil {
@@ -17,10 +19,10 @@ void DeclareAll(CLI::App& options, Session& session) {
   options.set_help_flag("--help,-h", "Prints this help");
   options
       .add_option("--library", session.LibraryPath(),
-                  "libKAPUtils.so; else ../lib and the program's own folder are tried")
+                  "Path of libKAPUtils.so; default: ../lib, then the program's folder")
       ->option_text("FILE");
   options.footer(
-      "posutil COMMAND --help tells more about a command.\n\n"
+      "posutil COMMAND --help describes a command.\n\n"
       "Exit status: 0 success, 1 a negative answer, 2 wrong usage, 3 unreadable or malformed\n"
       "input, lost output, or a report of the library.");
   for (Command* command : Command::All()) {
@@ -43,7 +45,7 @@ std::vector<std::string> Arguments(int argc, char** argv) {
     const auto found = std::find(arguments.begin(), arguments.end(), command->kName);
     if (found != arguments.end()) command->Prepare(arguments);
   }
-  return {arguments.rbegin(), arguments.rend()};  // the parser takes them from the end
+  return {arguments.rbegin(), arguments.rend()};  // CLI11 reads a vector from its end
 }
 
 ExitStatus Run(CLI::App& options, int argc, char** argv, Session& session) {
@@ -54,15 +56,15 @@ ExitStatus Run(CLI::App& options, int argc, char** argv, Session& session) {
     session.Finish();
     return kExitSuccess;
   } catch (const CLI::ParseError& error) {
-    throw Failure(std::string(error.what()) + "\nposutil --help tells more.", kExitUsage);
+    throw Failure(std::string(error.what()) + "\nSee posutil --help.", kExitUsage);
   }
   const ExitStatus status = ChosenCommand(options).Run(session);
   session.Finish();
   return status;
 }
 
-// No exception may outlive the session: the text of some belongs to the library.
-int Main(int argc, char** argv) {
+// Catches inside the session: the library owns the text of some exceptions.
+ExitStatus RunInSession(int argc, char** argv) {
   Session session;
   try {
     CLI::App options("Property objects on the command line.", "posutil");
@@ -75,11 +77,21 @@ int Main(int argc, char** argv) {
     if (*failure.what()) session.Complain(failure.what());
     return failure.Status();
   } catch (const std::bad_alloc&) {
-    session.Complain("out of memory");
+    throw;  // a message of the session needs memory
   } catch (const std::exception& error) {
     session.Complain(error.what());
   }
   return kExitFailure;
+}
+
+int Main(int argc, char** argv) {
+  try {
+    return RunInSession(argc, argv);
+  } catch (const std::bad_alloc&) {
+    static constexpr char kText[] = "posutil: out of memory\n";
+    static_cast<void>(!::write(STDERR_FILENO, kText, sizeof kText - 1));
+    return kExitFailure;
+  }
 }
 
 }  // namespace
@@ -87,7 +99,7 @@ int Main(int argc, char** argv) {
 }  // namespace PosUtil
 
 int main(int argc, char** argv) {
-  // A closed pipe and a limit on the size of files shall be errors of writing.
+  // Makes a closed pipe and a limit on the size of files into errors of writing.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   return PosUtil::Main(argc, argv);

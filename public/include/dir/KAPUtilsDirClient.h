@@ -8,31 +8,34 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Whether the interface's table is there and current.
+// Loads the interface's table if it is stale. Whether it is loaded and current now.
 inline bool GetGlobalKAPUtilsDirInterfaceProcs() noexcept {
   return TKAPInterfaceClient<KAPUtilsDirInterface>::TryRefresh();
 }
 
-// A reference to a directory, or an empty one; the operations are those of KAPUtilsDirInterface.
+// A reference to a directory, or to none. The operations are those of KAPUtilsDirInterface, where
+// their contracts are.
 //
 //   const CKAPUtilsDir directory = CKAPUtilsDir::GetTempDir();
 //   const CKAPStringAtom name = directory.CreateUniqueFilename(CKAPStringAtom("notes"));
 //   directory.OpenStream(name, "wb").Write(bytes, size);
 //   directory.Delete(name);
 //
-// Ownership: holds one reference, released on destruction; copies share the same directory.
-// Errors: what a procedure returns is raised as CKAPError. Where the interface cannot be had,
-//   GetTempDir, GetCurrent and New give an empty reference; the other operations raise, as they do
-//   for an empty reference.
-// Threads: as a plain value; the directory behind it may be used by any thread.
+// Ownership: holds one reference, released on destruction; copies share the directory.
+// Errors: throws the error that a procedure returns. When the table cannot be loaded, GetTempDir,
+//   GetCurrent and New return an empty reference, and the other operations throw
+//   (kap/KAPInterfaceClient.h). Operations on an empty reference throw.
+// Threads: a plain value; any thread may use the directory itself, which cannot change.
 class CKAPUtilsDir : public KAPContainerBaseGeneric {
  public:
   CKAPUtilsDir() noexcept = default;
-  explicit CKAPUtilsDir(KAPUtilsDir* handle)
-      : KAPContainerBaseGeneric(handle) {}  // adds a reference
+  // Adds a reference, and adopts one. Neither looks at what the handle is: the first operation
+  // does.
+  explicit CKAPUtilsDir(KAPUtilsDir* handle) : KAPContainerBaseGeneric(handle) {}
   CKAPUtilsDir(KAPUtilsDir* handle, KAPAdopt adopt) noexcept
       : KAPContainerBaseGeneric(handle, adopt) {}
 
+  // The directory for temporary files, the working directory, the directory at `path`.
   static CKAPUtilsDir GetTempDir();
   static CKAPUtilsDir GetCurrent();
   static CKAPUtilsDir New(const CKAPStringAtom& path);
@@ -40,14 +43,19 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   bool FileExists(const CKAPStringAtom& name) const;
   void Delete(const CKAPStringAtom& name) const;
   void Rename(const CKAPStringAtom& from, const CKAPStringAtom& to) const;
+  // The full path of `name`; the file need not exist.
   CKAPStringAtom GetFilePathSpec(const CKAPStringAtom& name) const;
+  // Creates an empty file and returns its name. Deliberate: each call keeps a descriptor open for
+  // the life of the process; see the procedure.
   CKAPStringAtom CreateUniqueFilename(const CKAPStringAtom& prefix,
                                       const CKAPStringAtom& second = CKAPStringAtom()) const;
 
-  // A stream of the host on a file of the directory; `mode` as for fopen.
+  // A stream over a file of the directory, with a mode of fopen. CKAPError "invalid container" when
+  // the host has no stream factory.
   CKAPPositionableStream OpenStream(const CKAPStringAtom& name, const char* mode) const;
 
-  // A stream on a temporary file that is deleted with it, see KAPUtilsTempFileStreamFactory.
+  // A stream over a temporary file, which is deleted with the stream; see
+  // KAPUtilsTempFileStreamFactory.
   static CKAPPositionableStream NewTempFileStream(const char* prefix, const char* second,
                                                   const char* mode);
 

@@ -6,56 +6,61 @@
 #include "kap/KAPInterface.h"
 #include "kap/KAPTypes.h"
 
-// The client side of the binder: looking procedures up, registering one's own, reporting failures.
-// KAPClient.h binds the runtime to a host; until then, and after the binding has ended, every
-// function here does nothing and returns null, 0 or false.
+// The client side of the binder: looking up procedures, registering one's own, reporting failures.
 //
-// Any thread may call these functions. Texts passed in are borrowed for the call.
+//   KAPRegisterInterface<TotalsInterface>(&TotalsSumProc);  // all procedures, in slot order
+//   KAPReportError("Totals: no memory for the index");
+//   KAPUnregisterInterface(TotalsInterface::kName);
+//
+// KAPClient.h binds the runtime to a host. While no host is bound, no function here calls anything:
+// the result is null, 0 or false.
+//
+// Ownership: names and messages are borrowed for the call; the binder copies what it keeps.
+// Errors: none of these functions throws; the result tells.
+// Threads: any.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Whether the host can be called: the runtime is bound and the process-exit hook has not run.
+// Whether the runtime knows a host. True from the start of KAPClientInit to the end of
+// KAPClientTerminate or KAPClientKill; also after a failed KAPClientInit, which keeps the callback.
 bool KAPIsBound() noexcept;
 
 // The procedure registered under the three names; null when there is none.
 void* KAPQueryProcAddress(const char* interfaceName, const char* methodName, const char* procName);
 
-// The outcome of loading the procedures of an interface.
-enum class KAPLoadOutcome {
-  kLoaded,
-  kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
-  kUnavailable        // the runtime is not bound, or not yet: then nothing is an error
-};
-
-// Registers one procedure; nonzero on success.
+// Registers one procedure, replacing one that has the same three names. Nonzero on success; 0 when
+// the host refuses.
 int KAPRegisterProcAddress(const char* interfaceName, const char* methodName, const char* procName,
                            void* proc);
 
-// Registers `entries` in order up to the first one that fails: 1 when all are registered (also when
-// there are none), else 0. Procedures already registered stay registered.
+// Registers `entries` in order and stops at the first failure. 1 when all are registered, also for
+// a count of 0; else 0. Entries registered before the failure stay registered: the caller undoes
+// them with KAPUnregisterInterface, as it does at its end.
 int KAPRegisterProcTable(const _t_KAPFTabRegEntry* entries, std::size_t count,
                          const char* interfaceName);
 
-// Registers `procs` as the procedures of an interface, in slot order; see KAPRegisterProcTable.
+// Registers `procs` as the procedures of an interface, in slot order. As KAPRegisterProcTable, with
+// signatures checked at compile time.
 template <class Interface, class... Procs>
 bool KAPRegisterInterface(Procs... procs) {
   const auto entries = Interface::Registration(procs...);
   return KAPRegisterProcTable(entries.data(), entries.size(), Interface::kName) != 0;
 }
 
-// Removes everything registered under the name, whichever component registered it.
+// Removes every procedure registered under the interface name, whichever component registered it.
 void KAPUnregisterInterface(const char* interfaceName);
 
-// Passes a message to the host's error channel; null counts as "unknown KAP error". Without a
-// channel the message is dropped: there is nowhere left to report it.
+// Passes a message to the host's error channel. Null becomes "unknown KAP error". While no host is
+// bound the message is dropped: there is nowhere left to report it.
 void KAPReportError(const char* message) noexcept;
 
-// The host's own word on whether it calls components from several threads. The runtime never asks:
-// it always locks.
+// Whether the host says that it calls components from several threads. The runtime itself never
+// asks and always locks, which is right in either case.
 int KAPIsMultiThreaded();
 
-// Deliberate no-ops: the procedure that a released handle meets after the binding, and a check that
-// hosts may ask for.
+// Deliberate no-ops. KAPNoOpFunction is a procedure for slots that must not reach the host;
+// KAPAssertNoObjects is a hook for hosts that check for live objects, of which the runtime has none
+// to report.
 void KAPNoOpFunction() noexcept;
 void KAPAssertNoObjects() noexcept;
 

@@ -6,29 +6,34 @@
 #include "kap/KAPTypes.h"
 
 // The boundary convention: no exception leaves a procedure that a component registers with the
-// binder. Every such procedure is one call of one of these two, and the type of its result decides
-// which:
+// binder. A registered procedure is one call of one of these helpers; the type of its result
+// decides which:
 //
-//   KAPError* RenameProc(...) noexcept {        // returns null or an error for the caller
-//     return KAPReturningError([&] { ... });
-//   }
-//   double SumProc(POSArray* numbers) noexcept {  // reports a failure, and returns zero
-//     return KAPReportingError([&] { ...; return sum; });
+//   KAPError* TotalsStoreProc(KAPStringAtom* path) noexcept {  // returns null or an error
+//     return KAPReturningError([&] { Store(CKAPStringAtom(path, false)); });
 //   }
 //
-// The procedures by which the host calls a component's own streams and sinks have a variant of the
-// first form (KAPClientProcs.h).
+//   double TotalsSumProc(POSArray* numbers) noexcept {         // reports the failure, returns 0
+//     return KAPReportingError([&] { return SumOf(numbers); });
+//   }
+//
+// All catching is written here, once. The procedures by which the host calls a component's own
+// streams and sinks have a variant of the first form (KAPClientProcs.h).
+//
+// Ownership: a returned error is a new reference for the caller.
 // Threads: any.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Reports the text of the exception being handled; "unknown KAP error" when it has none.
+// Reports the what() of the exception being handled to the binder; "unknown KAP error" when it has
+// none. Call only in a catch handler.
 void KAPReportCurrentException() noexcept;
 
-// The error of the exception being handled: a new reference for the caller.
+// The error of the exception being handled: a new reference for the caller; see
+// CKAPError::ForCaller. Call only in a catch handler.
 KAPError* KAPCurrentExceptionAsError() noexcept;
 
-// For procedures that return an error: null, or a reference for the caller.
+// For procedures that return an error: null on success, else a reference for the caller.
 template <class Body>
 KAPError* KAPReturningError(Body&& body) noexcept {
   try {
@@ -39,7 +44,8 @@ KAPError* KAPReturningError(Body&& body) noexcept {
   }
 }
 
-// For all others: a failure is reported to the binder, and `failure` is the result.
+// For all other procedures: returns the body's result; on failure reports to the binder and returns
+// `failure`.
 template <class Body, class Result = std::invoke_result_t<Body>>
 Result KAPReportingError(Body&& body, std::type_identity_t<Result> failure) noexcept {
   try {
@@ -50,7 +56,7 @@ Result KAPReportingError(Body&& body, std::type_identity_t<Result> failure) noex
   }
 }
 
-// The same with zero (null, false, nothing) as the result of a failure.
+// The same with the zero of the type (null, false, 0, nothing) as the result of a failure.
 template <class Body>
 std::invoke_result_t<Body> KAPReportingError(Body&& body) noexcept {
   try {

@@ -6,17 +6,17 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Empties a component's static caches.
+// Clears the static caches of a component.
 using KAPClientPurgeProc = void (*)();
 
 // Items that the host may purge when memory is short: untyped pointers, each filed under an
-// identity with its cost in bytes. An item that is marked is not purged. See KAPHostInterfaces.h
-// for the conventions.
+// identity with its cost in bytes. A marked item is not purged. See KAPHostInterfaces.h for the
+// conventions and KAPCache.h for the classes.
 //
 //   id = NewCacheID();
 //   Add(id, item, cost, &PurgeItem);     // the cache owns the item
-//   if (void* item = Attach(id)) {       // null: purged meanwhile; make it again
-//     ...                                // it stays while it is marked
+//   if (void* item = Attach(id)) {       // null: purged; make it again
+//     ...                                // not purged while it is marked
 //     MarkPurge(id, item);
 //   }
 //   Release(id);                         // the last reference purges the item
@@ -28,29 +28,29 @@ struct KAPCacheInterface
                      KAPMakes(KAPResource::kCacheID, KAPFault::kCache)>,
           // Adds one reference; null is ignored. [any thread]
           TKAPMethod<"AddRef", "KAPCacheAddRefProc", void(KAPCacheID* id)>,
-          // Releases one reference; null is ignored. The last one purges the item. [any thread]
+          // Releases one reference; null is ignored. The last release purges the item. [any thread]
           TKAPMethod<"Release", "KAPCacheReleaseProc", void(KAPCacheID* id), kKAPReleases>,
-          // The item, borrowed and marked: it is not purged until MarkPurge. Null when it was
+          // The item, borrowed and marked: it is not purged before MarkPurge. Null when it was
           // purged. [any thread]
           TKAPMethod<"Attach", "KAPCacheAttachProcV2", void*(KAPCacheID* id)>,
-          // Files an item, not marked; `purgeItem` gets it when it is purged. False: the identity
-          // has an item or the host refuses, and the item stays the caller's. [any thread]
+          // Files an unmarked item; a purge passes it to `purgeItem`. False: the identity has an
+          // item or the host refuses, and the item stays the caller's. [any thread]
           TKAPMethod<"Add", "KAPCacheAddProc",
                      bool(KAPCacheID* id, void* item, std::size_t cost, KAPDeleteProc purgeItem),
                      KAPMakes(KAPResource::kCacheItem, KAPFault::kCache)>,
-          // Sets the cost, in bytes; an item that is not there is ignored. [any thread]
+          // Sets the cost in bytes; an item that was purged is ignored. [any thread]
           TKAPMethod<"UpdateCost", "KAPCacheUpdateCostProc",
                      void(KAPCacheID* id, void* item, std::size_t cost)>,
-          // The cost in bytes; 0 for an item that is not there. [any thread]
+          // The cost in bytes; 0 for an item that was purged. [any thread]
           TKAPMethod<"ReturnCost", "KAPCacheReturnCostProc",
                      std::size_t(KAPCacheID* id, void* item)>,
-          // Adds a mark; the item is not purged while it has any. False: it was purged.
+          // Adds a mark; an item with marks is not purged. False: the item was purged.
           // [any thread]
           TKAPMethod<"MarkNoPurge", "KAPCacheMarkNoPurgeProcV2", bool(KAPCacheID* id, void* item)>,
           // Removes one mark. [any thread]
           TKAPMethod<"MarkPurge", "KAPCacheMarkPurgeProc", void(KAPCacheID* id, void* item),
                      kKAPReleases>,
-          // A time that grows with every use of the cache. [any thread]
+          // A counter that grows with every use of the cache. [any thread]
           TKAPMethod<"GetCacheTime", "KAPCacheGetCacheTimeProc", unsigned long()>,
           // The cost of all items, in bytes. [any thread]
           TKAPMethod<"CurrentCacheSize", "KAPCurrentCacheSizeProc", std::size_t()>,
@@ -64,15 +64,15 @@ struct KAPCacheInterface
                      kKAPReleases>,
           // Purges every item that is not marked. [any thread]
           TKAPMethod<"PurgeAll", "KAPCachePurgeAllProc", void()>,
-          // Has every component empty its static caches: calls what AddClientPurge was given.
-          // [binding thread]
+          // Calls every procedure registered with AddClientPurge, so that all components clear
+          // their static caches. [binding thread]
           TKAPMethod<"PurgeAllStaticCaches", "KAPCachePurgeAllStaticCachesProc", void()>,
-          // Tells the host of a component's static caches. The number is not used. One procedure
-          // name serves this method and the next, deliberately: the method tells them apart.
-          // [binding thread]
+          // Registers the procedure that clears a component's static caches. The number is unused;
+          // callers pass 1. Deliberate: this method and the next share one procedure name, and the
+          // binder distinguishes them by the method name. [binding thread]
           TKAPMethod<"AddClientPurge", "KAPCacheAddRemoveClientPurgeProcV2",
                      void(KAPClientPurgeProc clearAll, int)>,
-          // Takes that back. [binding thread]
+          // Removes a procedure registered with AddClientPurge. [binding thread]
           TKAPMethod<"RemoveClientPurge", "KAPCacheAddRemoveClientPurgeProcV2",
                      void(KAPClientPurgeProc clearAll, int)>,
           // A new, empty set of identities: one reference. Null: out of memory. [any thread]
@@ -83,13 +83,13 @@ struct KAPCacheInterface
           // Releases one reference; null is ignored. [any thread]
           TKAPMethod<"DeleteCacheSet", "KAPCacheDeleteCacheSetProc", void(KAPCacheSet* set),
                      kKAPReleases>,
-          // Whether the set has the identity. Afterwards it does: there is no other way in.
-          // [any thread]
+          // Whether the set contains the identity. Deliberate: adds the identity if not, which is
+          // the only way to add one. [any thread]
           TKAPMethod<"SearchForID", "KAPCacheSearchForIDProc",
                      bool(KAPCacheSet* set, KAPCacheID* id)>,
-          // Removes the identity if it is there. [any thread]
+          // Removes the identity; one that is not in the set is ignored. [any thread]
           TKAPMethod<"RemoveID", "KAPCacheRemoveIDProc", void(KAPCacheSet* set, KAPCacheID* id)>,
-          // Removes all of them. [any thread]
+          // Removes all identities. [any thread]
           TKAPMethod<"RemoveIDs", "KAPCacheRemoveIDsProc", void(KAPCacheSet* set)>> {};
 
 }  // namespace KAP_T_MT

@@ -4,48 +4,55 @@
 
 #include "kap/KAPTypes.h"
 
-// Binding the client runtime to a host, and the end of the binding: the top of the client runtime.
+// Binding the client runtime to a host, and ending the binding: the top of the client runtime.
 //
 // A program that embeds a host, or a test, holds a KAPClient:
 //
 //   KAPHost::Host host;
 //   const KAP_T_MT::KAPClient client(host.GetProcAddress());
-//   ...                        // objects of the runtime
+//   const KAP_T_MT::CKAPStringAtom name("Ada");  // objects of the runtime go into its scope
 //
-// A component calls the functions from its entry points: KAPClientInit with the callback that the
-// host hands to it, KAPClientTerminate when the host is done with it, and KAPClientKill in a
-// process-exit hook. All three run on the host's one controlling thread while no other thread uses
-// the runtime. Each is [binding thread].
+// A component calls the functions instead: KAPClientInit from its initialisation, with the callback
+// that it receives from the host; KAPClientTerminate from its termination; KAPClientKill from a
+// static object's destructor, for a process that exits without termination (README.md shows a whole
+// component).
+//
+// Threads: all of this belongs to one thread, the binding thread; no other thread uses the runtime
+//   meanwhile.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Binds the runtime. True when it is bound, also when it was bound before: a second call fetches
-// nothing and ignores its argument. False when the callback is null, or the binder lacks one of its
-// own procedures or one of the core tables. Throws CKAPError "Missing Interface" without the
-// container or the memory interface, and a CKAPError with an empty message when there are static
-// caches but no cache interface. After a failure the callback stays stored, deliberately:
-// KAPClientTerminate is the way back.
+// Binds the runtime. True when it is bound. A second call returns true, fetches nothing and ignores
+// its argument. Failures:
+//   - false: the callback is null, the host lacks a procedure of the binder, of errors or of
+//     strings, or a LazyTerminate member fails to initialise
+//   - CKAPError "Missing Interface": the host lacks a procedure of containers or of memory
+//   - CKAPError with an empty message: there are static caches, but the host lacks a procedure of
+//     caches
+// Deliberate: after a failure the callback stays stored, so the next call returns true without
+// having bound anything. KAPClientTerminate is the way back.
 bool KAPClientInit(KAPGetProcAddressProc getProc);
 
-// Releases what the runtime holds of the host and ends the binding; a no-op when there is none.
-// Objects that outlive the binding are destroyed without a host call.
+// Releases everything that the runtime holds of the host, and ends the binding. A no-op when no
+// host is bound. Objects that outlive the binding are destroyed without a host call. Rethrows what
+// a LazyTerminate member throws; the runtime is then still bound.
 void KAPClientTerminate();
 
-// Ends the binding at process exit, when the host may be gone: forgets everything and calls nothing.
-// Objects that static destructors release afterwards make no host call either.
+// Ends the binding at process exit, when the host may be gone: forgets everything and calls nothing
+// in the host. Objects destroyed afterwards make no host call either.
 void KAPClientKill() noexcept;
 
-// The runtime could not be bound. The message says why.
+// The runtime cannot be bound; the message says why. A std::runtime_error with a text of its own,
+// because a CKAPError needs the host that could not be bound.
 class KAPBindingError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Binds the runtime for as long as it lives, so that the end of the binding cannot be forgotten.
-// Objects of the runtime belong into its scope; those that outlive it are destroyed without a host
-// call.
-// Errors: the constructor throws KAPBindingError, and then nothing is bound. Also when the runtime is
-//   bound already: two owners of one binding would end it twice.
+// Binds the runtime for its own lifetime.
+// Errors: the constructor throws KAPBindingError, and no host is bound afterwards. It also throws
+//   when the runtime is bound already, and leaves that binding alone: two owners of one binding
+//   would end it twice. The destructor never throws; it reports what a LazyTerminate member throws.
 class KAPClient {
  public:
   explicit KAPClient(KAPGetProcAddressProc getProc);

@@ -5,19 +5,28 @@
 
 #include "kap/KAPMemory.h"
 
+// Bases of the objects that a component hands to the host: as instances of containers, or as
+// streams, sinks and progress objects. They live in host memory.
+//
+//   struct Counter : KAPClientDataSink {
+//     void Write(const unsigned char*, std::size_t size) override { fBytes += size; }
+//     std::size_t fBytes = 0;
+//   };
+//   CKAPDataSink sink(KAPNewClient<Counter>());  // the host's from here on
+
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Bases of the objects that a component hands to the host: as instances of containers, or as
-// streams, sinks and the like. They live in host memory.
+// For objects without virtual functions. The code that deletes one must know its class.
 class CKAPClientBase : public KAPHostAllocated {
  protected:
   CKAPClientBase() = default;
   ~CKAPClientBase() = default;
 };
 
-// The root of those that are deleted through it. A destructor may raise: what goes wrong at the end
-// of a stream can be told nowhere else. Whoever deletes one passes the exception on to the host or
-// reports it; see TKAPClientObject.
+// For objects that are deleted through this base. A destructor may throw, deliberately: a stream
+// that cannot write its last bytes has no other place to say so. So never delete one in a plain
+// destructor: TKAPClientObject and the procedures below turn the exception into a report or an
+// error.
 class CKAPVirtualClientBase : public KAPHostAllocated {
  public:
   virtual ~CKAPVirtualClientBase() noexcept(false) = default;
@@ -28,21 +37,22 @@ class CKAPVirtualClientBase : public KAPHostAllocated {
   CKAPVirtualClientBase& operator=(const CKAPVirtualClientBase&) = default;
 };
 
-// The deletion procedure of instances of CKAPVirtualClientBase; null is ignored. What a destructor
-// raises is reported to the binder.
+// Deletes an instance of CKAPVirtualClientBase: a KAPDeleteProc for containers. Null is ignored.
+// What the destructor throws is reported to the binder.
 void KAPDeleteVirtualClientBase(void* instance) noexcept;
 
+// The deleter of TKAPClientObject.
 struct KAPDeleteClient {
   void operator()(CKAPVirtualClientBase* client) const noexcept {
     KAPDeleteVirtualClientBase(client);
   }
 };
 
-// Owns a client object that has not been handed over yet.
+// Owns a client object that has not been handed to the host yet.
 template <class Client>
 using TKAPClientObject = std::unique_ptr<Client, KAPDeleteClient>;
 
-// A new client object. Raises what its constructor and the host's memory raise.
+// A new client object. Throws what its constructor and CKAPMemory::Alloc throw.
 template <class Client, class... Args>
 TKAPClientObject<Client> KAPNewClient(Args&&... args) {
   return TKAPClientObject<Client>(new Client(std::forward<Args>(args)...));

@@ -4,31 +4,40 @@
 
 #include "kap/KAPClientBase.h"
 
-// Bases of the sinks and filters that a component implements itself and hands to the host; see
-// KAPFilter.h. An operation fails by raising: the exception becomes the host error that the sink's
-// user gets. Threads: the host calls one sink from one thread at a time.
+// Bases of the sinks and filters that a component implements itself and hands to the host
+// (KAPFilter.h). Override the pure functions; the host's sink or filter forwards to them.
+//
+// Errors: an operation fails by throwing. The exception becomes the host error that the user of the
+//   sink receives (KAPClientProcs.h).
+// Threads: the host calls one sink from one thread at a time.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 class CKAPFilter;
 
+// Receives bytes.
 class KAPClientDataSink : public CKAPVirtualClientBase {
  public:
-  // Takes all of the bytes.
+  // Takes all `size` bytes, or throws.
   virtual void Write(const unsigned char* data, std::size_t size) = 0;
 };
 
+// Receives bytes and writes what it makes of them to a target. The object itself holds the target
+// it was created for, and writes to it.
 class KAPClientFilter : public KAPClientDataSink {
  public:
+  // Writes what is still pending. The host forwards it once; after a failure it may call again.
   virtual void Close() = 0;
-  // Empty when there is none.
+  // The filter that reverses this one; an empty reference when there is none.
   virtual CKAPFilter GetVellumcodeFilter() = 0;
 };
 
+// A filter that encodes images. The coder is the object's own; the parameters arrive before the
+// bytes.
 class KAPClientFilterJPEG : public KAPClientFilter {
  public:
-  virtual void SetImageParameters(int width, int height, int channels) = 0;
-  virtual void SetCompressionParameters(float quality) = 0;
+  virtual void SetImageParameters(int width, int height, int channels) = 0;  // in pixels
+  virtual void SetCompressionParameters(float quality) = 0;  // the object defines the range
 };
 
 }  // namespace KAP_T_MT

@@ -8,23 +8,34 @@
 #include "kap/KAPError.h"
 
 // The procedures by which the host calls a component's own objects: streams, sinks, filters,
-// progress. They follow one pattern, made here from the operation alone: the result place is set to
-// 0 or null, the virtual operation is called, its result is stored, and an exception becomes the
-// error that is returned. A client object crosses as the address of its CKAPVirtualClientBase.
+// progress. All follow one pattern, generated from the virtual operation alone:
+//
+//   constexpr KAPClientReadProc read = &TKAPClientProc<&KAPClientSimpleStream::Read>::Call;
+//
+//   1. Set the result place, if there is one, to 0 or null.
+//   2. Call the operation.
+//   3. Store the result and return null, or turn the exception into the error that is returned.
+//
+// A client object crosses the binder as the address of its CKAPVirtualClientBase, whatever its
+// class: the host hands the address back unchanged. Only the runtime itself uses this header.
+//
+// Threads: as the operation; the procedures have no state.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// The address under which a client object crosses.
 inline void* KAPClientAddress(CKAPVirtualClientBase* client) noexcept { return client; }
 
-// The object behind the address; the core unknown error for null.
+// The client object at the address. Throws the core unknown error for null.
 template <class Client>
 Client& KAPClientAt(void* address) {
   if (!address) CKAPError::ThrowError(kUnknownErrorID);
   return *static_cast<Client*>(static_cast<CKAPVirtualClientBase*>(address));
 }
 
-// As KAPReturningError, but an empty CKAPError gives null, deliberately: it has no error to hand
-// over.
+// As KAPReturningError, except that an empty CKAPError becomes null. Deliberate: it refers to no
+// error that could be returned, and a client stream has no other way to fail silently (test:
+// ClientTest.FailuresBecomeErrors).
 template <class Body>
 KAPError* KAPReturningClientError(Body&& body) noexcept {
   try {
@@ -37,13 +48,14 @@ KAPError* KAPReturningClientError(Body&& body) noexcept {
   }
 }
 
-// How the result of an operation crosses: as it is, a new client object as its address.
+// How the result of an operation crosses: a plain value as it is...
 template <class Result>
 struct TKAPClientResult {
   using Place = Result;
   static Place Cross(Result result) { return result; }
 };
 
+// ... and a new client object as its address. None is the core unknown error.
 template <class Client>
 struct TKAPClientResult<TKAPClientObject<Client>> {
   using Place = void*;
@@ -53,6 +65,8 @@ struct TKAPClientResult<TKAPClientObject<Client>> {
   }
 };
 
+// The procedure for an operation: one specialisation for operations with a result, one for those
+// without. A null result place is the core unknown error.
 template <auto Operation>
 struct TKAPClientProc;
 
@@ -77,7 +91,7 @@ struct TKAPClientProc<Operation> {
   }
 };
 
-// Deletes a client object; what its destructor raises becomes the error.
+// Deletes a client object; null is ignored. What its destructor throws becomes the error.
 inline KAPError* KAPDeleteClientProc(void* client) noexcept {
   return KAPReturningClientError([=] { delete static_cast<CKAPVirtualClientBase*>(client); });
 }

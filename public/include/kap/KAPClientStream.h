@@ -5,20 +5,37 @@
 #include "kap/KAPClientBase.h"
 #include "kap/KAPStreamInterfaces.h"
 
-// Bases of the streams that a component implements itself and hands to the host, by what they can
-// do; see CKAPStreamFactory. An operation fails by raising: the exception becomes the host error
-// that the stream's user gets. Threads: the host calls one stream from one thread at a time.
+// Bases of the streams that a component implements itself and hands to the host with
+// CKAPStreamFactory, by what they can do: read and write, rewind, move anywhere.
+//
+//   struct Zeros : KAPClientSimpleStream {
+//     std::size_t Read(unsigned char* buffer, std::size_t size) override {
+//       std::memset(buffer, 0, size);
+//       return size;
+//     }
+//     void Write(const unsigned char*, std::size_t) override { throw TOQException("read-only"); }
+//   };
+//   CKAPSimpleStream zeros(CKAPStreamFactory::NewClientSimpleStream(KAPNewClient<Zeros>()),
+//                          KAPAdopt());
+//
+// Ownership: the host owns an object that was handed over, and deletes it with its stream.
+// Errors: an operation fails by throwing. The exception becomes the host error that the user of the
+//   stream receives (KAPClientProcs.h). What the destructor throws is reported by the host.
+// Threads: the host calls one stream from one thread at a time.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// Reads and writes.
 class KAPClientSimpleStream : public CKAPVirtualClientBase {
  public:
-  // Reads up to `size` bytes and returns how many; 0 at the end of the input.
+  // Reads up to `size` bytes and returns how many; 0 at the end of the input, which is not an
+  // error.
   virtual std::size_t Read(unsigned char* buffer, std::size_t size) = 0;
-  // Writes all of them.
+  // Writes all `size` bytes, or throws.
   virtual void Write(const unsigned char* buffer, std::size_t size) = 0;
 };
 
+// Also moves to its start.
 class KAPClientRewindableStream : public KAPClientSimpleStream {
  public:
   // A new stream over the same data with a position of its own.
@@ -26,17 +43,19 @@ class KAPClientRewindableStream : public KAPClientSimpleStream {
   virtual void Rewind() = 0;
 };
 
+// Also moves anywhere, in bytes.
 class KAPClientPositionableStream : public KAPClientRewindableStream {
  public:
-  // What CreateIndependentlyPositionableStream makes. An override too makes a positionable stream:
-  // the host takes the new one to be of its maker's kind.
+  // Calls CreateIndependentlyPositionableStream. An override must also return a positionable
+  // stream: the host calls the new object with the procedures of the old one.
   TKAPClientObject<KAPClientRewindableStream> CreateIndependentlyRewindableStream() override;
-  // Seeks to the start.
+  // Calls Seek(0, kKAPSeekFromStart).
   void Rewind() override;
 
-  // Not offered unless overridden: the core unknown error.
+  // A new stream over the same data with a position of its own. Unless overridden, throws the core
+  // unknown error: not every stream can be read in two places.
   virtual TKAPClientObject<KAPClientPositionableStream> CreateIndependentlyPositionableStream();
-  // `origin`: a KAPSeekOrigin.
+  // Moves the position; `origin` is a KAPSeekOrigin.
   virtual void Seek(long offset, int origin) = 0;
   virtual long Mark() = 0;  // the position, in bytes from the start
 };

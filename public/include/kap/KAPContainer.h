@@ -12,47 +12,58 @@
 
 // Containers, the records in which every object crosses the binder: what the runtime reads of them,
 // and owners of references to them. KAPContainerInterface.h explains containers.
+//
+//   KAPContainer* handle = CKAPContainer::NewFullContainer(object, impl, interface, &Delete);
+//   KAPContainerBaseGeneric shared(handle);          // adds a reference
+//   CKAPContainerHolder released(handle, true);      // takes over the maker's
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 using KAPContainerClient = TKAPInterfaceClient<KAPContainerInterface>;
 
-// What the runtime knows of container records. Static only.
+// What the runtime knows about container records. Static only.
+// Threads: any, except Init [binding thread].
 class CKAPContainer {
  public:
-  // For KAPClient: loads the container table and asks where records keep their primary instance.
-  // CKAPError "Missing Interface" when the table cannot be loaded.
+  // For KAPClient: loads the container table and asks at which offset records keep their primary
+  // instance. False when the runtime's static objects do not exist yet; throws when the table
+  // cannot be loaded (KAPInterfaceClient.h).
   static bool Init();
 
-  // The instance of that name; null when there is none. Throws an error that the host returns.
+  // The instance of that name, borrowed; null when the container has none. Throws the error that
+  // the host returns.
   static void* BCGetInstance(KAPContainer* container, const CKAPStringAtom& signature);
 
-  // The same, but the primary instance is read from the record itself.
+  // The same, but reads the primary instance from the record and calls the host only for others.
   static void* GetInstance(KAPContainer* container, const CKAPStringAtom& signature) {
     void* instance = PrimaryInstance(container, signature);
     return instance ? instance : BCGetInstance(container, signature);
   }
 
-  // The primary instance if it has that name (not empty), else null. Makes no host call.
+  // The primary instance if `signature` (an atom, not the empty object) names it, else null. Makes
+  // no host call: it compares two pointers, which is why every procedure can afford to check the
+  // handles it receives. `container` is a live container.
   static void* PrimaryInstance(const KAPContainer* container,
                                const CKAPStringAtom& signature) noexcept {
     const Primary primary = GetPrimary(container);
     return primary.fSignature == signature.Text() ? primary.fInstance : nullptr;
   }
 
-  // The signature: the text pointer of the primary instance's name; null for a container without
-  // one.
+  // The signature: the text pointer of the primary instance's name, borrowed from the container;
+  // null when it has none. Makes no host call.
   static const char* GetSignature(const KAPContainer* container) noexcept {
     return GetPrimary(container).fSignature;
   }
 
-  // A container for `instance`: one reference for the caller. Throws an error that the host returns;
-  // the instance then stays the caller's.
+  // A container with `instance` as its primary one: one reference for the caller. The last release
+  // passes the instance to `deleteInstance`, which may be null. Throws the error that the host
+  // returns; the instance then stays the caller's.
   static KAPContainer* NewFullContainer(void* instance, const CKAPStringAtom& instanceName,
                                         const CKAPStringAtom& interfaceName,
                                         KAPDeleteProc deleteInstance);
 
-  // Adds a reference. CKAPError "invalid container" when the host refuses, or for null.
+  // Adds a reference and returns the handle. CKAPError "invalid container" for null or when the
+  // host refuses. An unchecked reference would be released without ever having been added.
   static KAPContainer* AddRef(KAPContainer* container) {
     if (!container || !KAPContainerClient::Call<"AddRef">(container)) [[unlikely]]
       ThrowInvalidContainerException();
@@ -75,28 +86,34 @@ class CKAPContainer {
   }
 
   static constinit long fPrimaryOffset;
-  static constinit int fCPPCheck;  // 13: the static objects of the runtime exist
+  static constinit int fCPPCheck;  // 13 when the static objects of the runtime exist
 };
 
-// The "Release" of containers before the binding and after it: a deliberate no-op.
+// A deliberate no-op: what releasing a container amounts to while no host is bound.
 void KAPContainerNoOpRelease(KAPContainer* container) noexcept;
 
-// A reference to a container, or to none. Base of the typed wrappers.
-// Ownership: holds one reference, released on destruction.
-// Errors: CKAPError "invalid container" when the host refuses a reference.
-// Threads: as a plain value; several references may share one container.
+// A reference to a container, or to none. Base of the typed wrappers: property objects, streams,
+// data stores, directories.
+// Ownership: holds one reference, released on destruction; copies share the container.
+// Errors: CKAPError "invalid container" when the host refuses a reference; the object is then empty
+//   or, in an assignment, unchanged. Destruction never throws, and does nothing after the binding.
+// Threads: a plain value: one thread at a time per reference, any number of references per
+//   container.
 class KAPContainerBaseGeneric {
  public:
   KAPContainerBaseGeneric() noexcept = default;
+  // Adds a reference. Null is refused as well: "invalid container".
   explicit KAPContainerBaseGeneric(KAPContainer* container)
       : fContainer(CKAPContainer::AddRef(container)) {}
-  // Adds a reference without checking the result: only for handles known to be live.
+  // Adds a reference without checking the result. Only for handles known to be live: a refused
+  // reference would still be released. The library itself does not use it.
   KAPContainerBaseGeneric(KAPContainer* container, int);
+  // Adopts the reference; null makes an empty object.
   KAPContainerBaseGeneric(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
   KAPContainerBaseGeneric(const KAPContainerBaseGeneric& other)
       : fContainer(other.fContainer ? CKAPContainer::AddRef(other.fContainer) : nullptr) {}
   KAPContainerBaseGeneric(KAPContainerBaseGeneric&& other) noexcept : fContainer(other.Detach()) {}
-  // Unchanged when the host refuses.
+  // Unchanged when it throws.
   KAPContainerBaseGeneric& operator=(const KAPContainerBaseGeneric& other) {
     return *this = KAPContainerBaseGeneric(other);
   }
@@ -110,6 +127,7 @@ class KAPContainerBaseGeneric {
   }
 
   KAPContainer* Handle() const noexcept { return fContainer; }  // borrowed
+  // Passes the reference to the caller; the object is empty afterwards.
   KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
   bool IsNull() const noexcept { return !fContainer; }
   explicit operator bool() const noexcept { return fContainer != nullptr; }
@@ -118,10 +136,13 @@ class KAPContainerBaseGeneric {
   KAPContainer* fContainer = nullptr;
 };
 
-// Owns one reference to a container for the length of a scope.
+// Owns one reference to a container for the length of a scope. Unlike KAPContainerBaseGeneric it
+// can be neither copied nor moved.
+// Errors: as KAPContainerBaseGeneric.
 class CKAPContainerHolder {
  public:
-  CKAPContainerHolder();  // a new, empty container; throws an error that the host returns
+  CKAPContainerHolder();  // a new, empty container; throws the error that the host returns
+  // Adopts the reference if `skipAddRef`, else adds one. Null makes an empty holder.
   CKAPContainerHolder(KAPContainer* container, bool skipAddRef)
       : fContainer(container && !skipAddRef ? CKAPContainer::AddRef(container) : container) {}
   CKAPContainerHolder(const CKAPContainerHolder&) = delete;
@@ -137,8 +158,10 @@ class CKAPContainerHolder {
   KAPContainer* fContainer;
 };
 
-// Holds a container without a reference, and has it destroyed at the end of the scope unless another
-// owner holds one.
+// Points to a container without holding a reference. At the end of the scope the host destroys the
+// container unless a reference is left: for containers that may have lost their last reference
+// without being destroyed ("DecrementWithoutDelete").
+// Errors: none. The caller guarantees that the container outlives the object.
 class CKAPCachedContainerHolder {
  public:
   explicit CKAPCachedContainerHolder(KAPContainer* container) noexcept : fContainer(container) {}
@@ -148,7 +171,7 @@ class CKAPCachedContainerHolder {
     if (fContainer) KAPContainerClient::CallReleasing<"DeleteUnownedContainer">(fContainer);
   }
 
-  KAPContainer* Handle() const noexcept { return fContainer; }
+  KAPContainer* Handle() const noexcept { return fContainer; }  // borrowed
 
  private:
   KAPContainer* fContainer;

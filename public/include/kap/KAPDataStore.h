@@ -7,50 +7,84 @@
 #include "kap/KAPMethodTable.h"
 #include "kap/KAPStreamInterfaces.h"
 
-// References to data stores and data-block streams, of whichever component. A component offers one
-// by registering the interface and putting its object into a container.
-// Ownership: each holds one reference, released on destruction; copies share the store.
-// Errors: an error of the store is raised. CKAPError "invalid container" for a handle that does not
-//   offer the methods, null included, and for calls on a reference that was moved from.
-// Threads: one store is used by one thread at a time, unless it says otherwise.
+// References to data stores and data-block streams, which lend text instead of copying it. Any
+// component may provide one.
+//
+//   CKAPDataStore store(handle);
+//   for (std::size_t offset = 0;;) {
+//     const CKAPDataBlockPtr block = store.GetBlock(offset);
+//     if (block.Text().empty()) break;
+//     Parse(block.Text());
+//     offset += block.Text().size();
+//   }
+//
+// To provide a store, register its methods under an interface name of the component's own and put
+// that name into the container:
+//
+//   const auto methods = KAPDataStoreInterface::Registration(&GetBlock);
+//   KAPRegisterProcTable(methods.data(), methods.size(), "TotalsStoreInterface");
+//   ...
+//   const CKAPStringAtom impl("TotalsStoreImpl"), interface("TotalsStoreInterface");
+//   KAPContainer* handle = CKAPContainer::NewFullContainer(object, impl, interface, &Delete);
+//
+// Clients find the methods through the container, so the name is free. KAPDataStoreInterface::kName
+// itself is not: the binder keeps one procedure per name, so the second component to register under
+// it would replace the procedure of the first for the stores of both. A sized store registers both
+// interfaces' methods under the one name. The same holds for data-block streams and for streams
+// that a component provides without the host's factory.
+//
+// Ownership: a reference holds one reference to the container, released on destruction; copies
+//   share the store.
+// Errors: throws the error that the store returns. CKAPError "invalid container" at construction
+//   for null or a container without the methods, and for calls on a reference that was moved from.
+//   A constructor that throws releases the reference it added or adopted.
+// Threads: one thread at a time per store, unless the store says otherwise.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// The method tables of all implementations, emptied when the runtime unbinds itself.
+// The method tables of all implementations, released when the binding ends.
 class CKAPDataStoreTerminate : public TDelVTabList<KAPDataStoreInterface> {};
 class CKAPSizedDataStoreTerminate : public TDelVTabList<KAPSizedDataStoreInterface> {};
 class CKAPDataBlockStreamTerminate : public TDelVTabList<KAPDataBlockStreamInterface> {};
 
-class CKAPDataStore : public KAPContainerBaseGeneric {
+// A reference to a store that can be read at any offset.
+class CKAPDataStore : public TKAPTypedContainer<CKAPDataStore, KAPContainerBaseGeneric> {
  public:
-  explicit CKAPDataStore(KAPDataStore* handle);         // adds a reference
-  CKAPDataStore(KAPDataStore* handle, KAPAdopt adopt);  // takes the reference over
+  using TKAPTypedContainer::TKAPTypedContainer;
 
-  // The text from `offset` (in bytes) on, as far as the store keeps it in one piece.
+  // The text from `offset` (in bytes) on, as far as the store keeps it in one piece. The store
+  // decides whether an offset past the end is an error.
   CKAPDataBlockPtr GetBlock(std::size_t offset);
+
+  static void CheckMethods(KAPDataStore* handle) { fTerm.InitVTab(handle); }
 
  private:
   static constinit CKAPDataStoreTerminate fTerm;
 };
 
-class CKAPSizedDataStore : public CKAPDataStore {
+// A reference to a store that also knows its size.
+class CKAPSizedDataStore : public TKAPTypedContainer<CKAPSizedDataStore, CKAPDataStore> {
  public:
-  explicit CKAPSizedDataStore(KAPDataStore* handle);
-  CKAPSizedDataStore(KAPDataStore* handle, KAPAdopt adopt);
+  using TKAPTypedContainer::TKAPTypedContainer;
 
   std::size_t GetSize();  // in bytes
+
+  static void CheckMethods(KAPDataStore* handle) { fSizedTerm.InitVTab(handle); }
 
  private:
   static constinit CKAPSizedDataStoreTerminate fSizedTerm;
 };
 
-class CKAPDataBlockStream : public KAPContainerBaseGeneric {
+// A reference to a sequence of blocks.
+class CKAPDataBlockStream
+    : public TKAPTypedContainer<CKAPDataBlockStream, KAPContainerBaseGeneric> {
  public:
-  explicit CKAPDataBlockStream(KAPDataBlockStream* handle);
-  CKAPDataBlockStream(KAPDataBlockStream* handle, KAPAdopt adopt);
+  using TKAPTypedContainer::TKAPTypedContainer;
 
-  CKAPDataBlockPtr GetNextBlock();  // without text at the end
-  void Rewind();
+  CKAPDataBlockPtr GetNextBlock();  // an empty block at the end
+  void Rewind();                    // the first block is next
+
+  static void CheckMethods(KAPDataBlockStream* handle) { fTerm.InitVTab(handle); }
 
  private:
   static constinit CKAPDataBlockStreamTerminate fTerm;

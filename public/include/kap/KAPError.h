@@ -6,32 +6,40 @@
 #include "kap/KAPBinder.h"
 #include "kap/KAPTypes.h"
 
-// Host errors as exceptions. Within a component failures travel as exceptions; across the binder
-// they travel as references to host errors or as reported messages (KAPBoundary.h).
+// Host errors as exceptions. Within a component a failure travels as an exception; across the
+// binder it travels as a reference to a host error or as a reported message (KAPBoundary.h).
 //
-//   KAPCheck(Streams::Call<"Rewind">(stream));     // throws what the host returned
-//   CKAPError::ThrowError("no such key", "Totals", 3);
+//   KAPCheck(StreamFactory::Call<"NewPositionableMemoryStream">(&stream));  // throws the error
+//   CKAPError::ThrowError("no such key", "Totals", 3);                       // throws a new one
+//
+//   try {
+//     Load(path);
+//   } catch (const CKAPError& error) {
+//     if (!error.Matches("Totals", 3)) throw;
+//   }
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-using TOQErrorID = int;  // a core error of the host
+using TOQErrorID = int;  // identifies a core error, which every host has
 inline constexpr TOQErrorID kUnknownErrorID = 0;
 inline constexpr TOQErrorID kMemErrorID = 1;
 
-// A reference to a host error, thrown by value and caught by reference; or the empty error.
+// A reference to a host error, or the empty error, which refers to none. Thrown by value, caught by
+// reference.
 // Ownership: holds one reference, released on destruction.
-// Errors: making one never throws. When the host cannot make the error, the result is the empty
-//   error: an error is made while another failure is under way, and a third would hide it.
-// Threads: as a plain value.
+// Errors: construction never throws. When no host is bound or the host cannot make the error, the
+//   result is the empty error: an error is made while something else has failed already, and a
+//   second exception would hide the first.
+// Threads: a plain value: one thread at a time per object, any number of objects per host error.
 class CKAPError : public std::exception {
  public:
   CKAPError() noexcept = default;
   explicit CKAPError(TOQErrorID id) noexcept;
-  // At the error's end the host hands `clientData` to `freeClientData`. When the host makes no error
-  // the data stays the caller's.
+  // A new error; the host copies both strings. When the last reference goes, the host passes
+  // `clientData` to `freeClientData`. When the host makes no error, the data stays the caller's.
   CKAPError(const char* message, const char* component, long code, void* clientData = nullptr,
             KAPDeleteProc freeClientData = nullptr) noexcept;
-  // Adopts the reference.
+  // Adopts the reference: does not add one.
   explicit CKAPError(KAPError* adopted) noexcept : fError(adopted) {}
   // The error of a CKAPError, the memory error for std::bad_alloc, else a new error with the
   // exception's text, component "TOQ" and code 0.
@@ -44,20 +52,22 @@ class CKAPError : public std::exception {
   }
   ~CKAPError() override;
 
-  // As the constructor from an exception, but the new reference is the caller's.
+  // As the constructor from an exception, but returns the new reference. Null for the empty error,
+  // or when the host makes none.
   static KAPError* Create(const std::exception& cause) noexcept;
 
-  // The message, which lives as long as the error. "Invalid CKAPError" for the empty error,
-  // "unknown KAP error" when the host has lost the procedures to ask for it, null when the error has
-  // no message.
+  // The message, borrowed: it lives as long as the host error. "Invalid CKAPError" for the empty
+  // error; "unknown KAP error" when the host has lost the procedures that return the message; null
+  // for an error without a message.
   const char* what() const noexcept override;
 
-  // Whether the component's text (not null) and the code are these. The empty error has component ""
-  // and code 0. Throws when the host has lost the procedures to ask for them.
+  // Whether the error has this component (byte by byte, not null) and this code. The empty error
+  // has component "" and code 0; an error whose component is null matches nothing. When the host
+  // has lost the procedures to ask for them, throws as a stale table does (KAPInterfaceClient.h).
   bool Matches(const char* component, long code) const;
 
   KAPError* Handle() const noexcept { return fError; }  // borrowed
-  // The reference passes to the caller.
+  // Passes the reference to the caller; the error is empty afterwards.
   KAPError* Detach() noexcept { return std::exchange(fError, nullptr); }
 
   [[noreturn]] static void ThrowError(const char* message, const char* component, long code,
@@ -65,12 +75,13 @@ class CKAPError : public std::exception {
                                       KAPDeleteProc freeClientData = nullptr);
   [[noreturn]] static void ThrowError(TOQErrorID id);
 
-  // The reference that a procedure returns for the exception being handled: its error, else a shared
-  // one. Never null while the runtime is bound.
+  // The error of the exception being handled, as a reference that a procedure can return: the error
+  // made from it or, when the host makes none, one of the two shared errors. Never null while the
+  // runtime is bound, so that no failure looks like success. Call only in a catch handler.
   static KAPError* ForCaller() noexcept;
 
-  // For KAPClient: takes the shared errors from the host (false when it has none), releases them,
-  // forgets them.
+  // For KAPClient: fetches the shared errors from the host (false when it has none), releases them,
+  // forgets them without calling the host. [binding thread]
   static bool Init();
   static void Close() noexcept;
   static void Kill() noexcept;
@@ -79,8 +90,9 @@ class CKAPError : public std::exception {
   static KAPError* AddRef(KAPError* error) noexcept;
   static KAPError* Shared(KAPError* error) noexcept;
 
-  static constinit KAPError* fUnknownError;  // for an exception of unknown type
-  static constinit KAPError* fMemError;      // for exhausted memory
+  // Fetched while binding, since nothing can be fetched when they are needed.
+  static constinit KAPError* fUnknownError;  // stands for an exception of unknown type
+  static constinit KAPError* fMemError;      // stands for exhausted memory
 
   KAPError* fError = nullptr;
 };
@@ -88,7 +100,7 @@ class CKAPError : public std::exception {
 // Throws a CKAPError that adopts the reference.
 [[noreturn]] void KAPThrowError(KAPError* error);
 
-// Throws what a host procedure returned, if it returned an error.
+// Throws the error that a host procedure returned, if any. Adopts the reference.
 inline void KAPCheck(KAPError* error) {
   if (error) [[unlikely]]
     KAPThrowError(error);
@@ -97,7 +109,8 @@ inline void KAPCheck(KAPError* error) {
 // Throws CKAPError "Missing Interface", component "KAP", code 0.
 [[noreturn]] void KAPThrowMissingInterfaceError();
 
-// Throws what a table that could not be loaded throws; see KAPInterfaceClient.h.
+// Throws the error for a table that could not be loaded (`outcome` is not kLoaded); see
+// KAPInterfaceClient.h.
 [[noreturn]] void KAPThrowLoadFailure(KAPLoadOutcome outcome);
 
 }  // namespace KAP_T_MT

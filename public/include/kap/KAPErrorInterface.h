@@ -5,22 +5,23 @@
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Errors: a message, the component it comes from, a code and client data, with a reference count.
-// See KAPHostInterfaces.h for the conventions.
+// An error does not change after it is made, so any thread may read it. See KAPHostInterfaces.h for
+// the conventions and KAPError.h for the exception class.
 struct KAPErrorInterface
     : TKAPInterface<
           "KAPErrorInterface",
-          // A new error: one reference. It copies both texts, keeps them alive as long as itself,
-          // and hands `clientData` to `freeClientData` (may be null) at its end. Null: out of
-          // memory; the client data stays the caller's. [any thread]
+          // A new error: one reference. The host copies both strings (null: none). The last release
+          // passes `clientData` to `freeClientData`, which may be null. Null: out of memory; the
+          // client data stays the caller's. [any thread]
           TKAPMethod<"NewError", "KAPNewErrorProc",
                      KAPError*(const char* message, const char* component, long code,
                                void* clientData, KAPDeleteProc freeClientData),
                      KAPMakes(KAPResource::kError, KAPFault::kError)>,
-          // A core error of the host: 0 is the unknown error, 1 out of memory. Core errors are
-          // never destroyed; AddRef and Release accept one and change nothing. [any thread]
+          // A core error of the host: 0 is the unknown error, 1 the memory error. Core errors are
+          // never destroyed; AddRef and Release accept them and change nothing. [any thread]
           TKAPMethod<"GetCoreError", "KAPGetCoreErrorProc", KAPError*(int id)>,
-          // Adds one reference; null is ignored. A no-op after the binding, like Release: an
-          // exception that is copied then must not throw another one. [any thread]
+          // Adds one reference; null is ignored. A no-op after the binding like Release, unlike
+          // the AddRef of other interfaces: copying an exception must not throw. [any thread]
           TKAPMethod<"AddRef", "KAPErrorAddRefProcV2", void(KAPError* error), kKAPReleases>,
           // Releases one reference; null is ignored. [any thread]
           TKAPMethod<"Release", "KAPErrorReleaseProc", void(KAPError* error), kKAPReleases>,
@@ -30,7 +31,7 @@ struct KAPErrorInterface
           TKAPMethod<"GetComponent", "KAPErrorGetComponentProc", KAPStringAtom*(KAPError* error)>,
           // The code; 0 for null. [any thread]
           TKAPMethod<"GetID", "KAPErrorGetIDProc", long(KAPError* error)>,
-          // The client data, borrowed; null when there is none. [any thread]
+          // The client data, borrowed; null when the error has none. [any thread]
           TKAPMethod<"GetErrorInfo", "KAPGetErrorInfoProc", void*(KAPError* error)>> {};
 
 }  // namespace KAP_T_MT

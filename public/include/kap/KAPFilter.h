@@ -6,60 +6,77 @@
 #include "kap/KAPFilterInterface.h"
 #include "kap/KAPReference.h"
 
-// References to sinks and filters of the host.
-// Ownership: each holds one reference, released on destruction; copies share the sink. A client
-//   object passes over in any case: where there is no sink for it, it is deleted.
-// Errors: an error of the host is raised; "Missing Interface" for a client object that could not
-//   be handed over. A null handle gives an empty reference, which the host refuses where a sink is
-//   needed.
-// Threads: one sink is used by one thread at a time.
+// References to the host's sinks and filters. A sink takes bytes; a filter is a sink that writes
+// what it makes of its bytes to a target, so filters form chains.
+//
+//   const CKAPDataSink end(KAPNewClient<Counter>());   // KAPClientFilter.h
+//   CKAPFilter first = CKAPFilter::NewIdentityFilter(end);
+//   first.Write(bytes, size);                          // Counter::Write
+//   first.Close();
+//
+// Ownership: a reference holds one reference, released on destruction; copies share the sink. A
+//   client object that is handed over belongs to the host afterwards; if the host makes no sink for
+//   it, it is deleted.
+// Errors: throws the error that the host returns. A table that cannot be loaded throws as
+//   KAPInterfaceClient.h says. A null handle makes an empty reference; a call on one throws what
+//   the host returns for it.
+// Threads: one thread at a time per sink.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// A sink of the host, or none.
 class CKAPDataSink : public TKAPReference<KAPFilterInterface, KAPDataSink> {
  public:
-  CKAPDataSink();  // one that forgets what it is given
+  CKAPDataSink();  // a sink that discards its bytes
+  // A sink that forwards to the client object.
   explicit CKAPDataSink(TKAPClientObject<KAPClientDataSink> client);
   using TKAPReference::TKAPReference;
 
-  void Write(const unsigned char* data, std::size_t size);  // all of them
-  bool IsFilter() const;
+  void Write(const unsigned char* data, std::size_t size);  // all bytes, or throws
+  bool IsFilter() const;                                    // false for an empty reference
 
-  // Hands the object over. One reference for the caller; null when the table cannot be loaded.
+  // As the constructor, but returns a handle with one reference for the caller, and null instead of
+  // throwing when the table cannot be loaded.
   static KAPDataSink* _NewClientDataSink(TKAPClientObject<KAPClientDataSink> client);
 };
 
-// A sink that hands what it makes of its bytes to a target.
+// A filter of the host, or none.
 class CKAPFilter : public CKAPDataSink {
  public:
+  // A filter that forwards to the client object. The filter holds a reference to the target.
   CKAPFilter(const CKAPDataSink& target, TKAPClientObject<KAPClientFilter> client);
   explicit CKAPFilter(KAPFilter* handle) : CKAPDataSink(handle) {}
   CKAPFilter(KAPFilter* handle, KAPAdopt adopt) noexcept : CKAPDataSink(handle, adopt) {}
 
-  // A filter that hands on what it is given. Not a constructor, which would look like a copy.
+  // A filter that writes its bytes to the target unchanged. Not a constructor, which would look
+  // like a copy.
   static CKAPFilter NewIdentityFilter(const CKAPDataSink& target);
 
-  void Close();
-  CKAPFilter GetVellumcodeFilter();  // empty when there is none
-  void SetDataSink(const CKAPDataSink& target);
-  CKAPDataSink PeekTarget() const;
+  void Close();                                  // afterwards Write is an error
+  CKAPFilter GetVellumcodeFilter();              // the reversing filter; empty when there is none
+  void SetDataSink(const CKAPDataSink& target);  // an error when the chain would lead to itself
+  CKAPDataSink PeekTarget() const;               // empty for a sink that is not a filter
+  // The number of closed filters from this one to the end of the chain.
   unsigned long GetChainState() const;
-  void ResetChainState();
+  void ResetChainState();  // opens all of them
 
+  // As the constructor, but null when the table cannot be loaded.
   static KAPFilter* _NewClientFilter(const CKAPDataSink& target,
                                      TKAPClientObject<KAPClientFilter> client);
 };
 
-// A filter whose coder is the client's; the host forwards the parameters to it.
+// A filter that encodes images, or none. The coder is the client object's; the host forwards the
+// parameters to it. Calling them on another filter is an error.
 class CKAPFilterJPEG : public CKAPFilter {
  public:
   CKAPFilterJPEG(const CKAPDataSink& target, TKAPClientObject<KAPClientFilterJPEG> client);
   explicit CKAPFilterJPEG(KAPFilter* handle) : CKAPFilter(handle) {}
   CKAPFilterJPEG(KAPFilter* handle, KAPAdopt adopt) noexcept : CKAPFilter(handle, adopt) {}
 
-  void SetImageParameters(int width, int height, int channels);
-  void SetCompressionParameters(float quality);
+  void SetImageParameters(int width, int height, int channels);  // in pixels
+  void SetCompressionParameters(float quality);                  // the coder defines the range
 
+  // As the constructor, but null when the table cannot be loaded.
   static KAPFilter* _NewFilterJPEG(const CKAPDataSink& target,
                                    TKAPClientObject<KAPClientFilterJPEG> client);
 };

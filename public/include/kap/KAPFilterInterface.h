@@ -6,8 +6,8 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// What a component hands over with a sink or filter object of its own, `client`. Each returns null
-// or a new error reference.
+// The procedures that a component hands over with a sink or filter object of its own, `client`.
+// Each returns null or a new error reference.
 using KAPSinkWriteProc = KAPError* (*)(void* client, const unsigned char* data, std::size_t count);
 using KAPSinkDeleteProc = KAPError* (*)(void* client);
 using KAPFilterCloseProc = KAPError* (*)(void* client);
@@ -16,11 +16,12 @@ using KAPImageParmsProc = KAPError* (*)(void* client, int width, int height, int
 using KAPCompressionParmsProc = KAPError* (*)(void* client, float quality);
 
 // Sinks take bytes. A filter is a sink that transforms its bytes and writes the result to its
-// target; a filter handle may stand wherever a sink is asked for. A call on a sink that is not a
-// filter of the kind required is an error. See KAPHostInterfaces.h for the conventions.
+// target; a filter handle is valid wherever a sink handle is. A call on a sink that is not a filter
+// of the required kind is an error. See KAPHostInterfaces.h for the conventions and KAPFilter.h for
+// the classes.
 //
-// The `New...` procedures of client objects take `client` over on success: the last release hands
-// it to `deleteClient`. On an error it stays the caller's.
+// The `New...` procedures of client objects take over `client` on success: the last release passes
+// it to `deleteClient`. On an error the client stays the caller's.
 struct KAPFilterInterface
     : TKAPInterface<
           "KAPFilterInterface",
@@ -32,8 +33,8 @@ struct KAPFilterInterface
                      KAPError*(KAPDataSink** out, void* client, KAPSinkWriteProc write,
                                KAPSinkDeleteProc deleteClient),
                      KAPMakes(KAPResource::kSink, KAPFault::kSink)>,
-          // A filter that passes its bytes on to `target` as they are: one reference. It holds a
-          // reference to the target. [any thread]
+          // A filter that writes its bytes to `target` unchanged: one reference. The filter holds
+          // a reference to the target. [any thread]
           TKAPMethod<"NewIdentityFilter", "KAPFilterNewIdentityFilterV2Proc",
                      KAPError*(KAPFilter** out, KAPDataSink* target),
                      KAPMakes(KAPResource::kSink, KAPFault::kSink)>,
@@ -45,8 +46,8 @@ struct KAPFilterInterface
                                KAPFilterCloseProc close,
                                KAPFilterGetVellumcodeFilterProc getVellumcodeFilter),
                      KAPMakes(KAPResource::kSink, KAPFault::kSink)>,
-          // The same for a JPEG coder, which is the client's: the host only forwards its
-          // parameters. One reference. [any thread]
+          // As NewClientFilter, for a JPEG coder, which is the client's: the host only forwards
+          // the parameters. One reference. [any thread]
           TKAPMethod<"NewFilterJPEG", "KAPFilterNewFilterJPEGV2Proc",
                      KAPError*(
                          KAPFilter** out, KAPDataSink* target, void* client, KAPSinkWriteProc write,
@@ -58,16 +59,17 @@ struct KAPFilterInterface
           TKAPMethod<"AddRef", "KAPFilterAddRefV2Proc", void(KAPDataSink* sink)>,
           // Releases one reference; null is ignored. [any thread]
           TKAPMethod<"Release", "KAPFilterReleaseProc", void(KAPDataSink* sink), kKAPReleases>,
-          // Writes all `count` bytes, or returns an error. A closed filter refuses. [exclusive]
+          // Writes all `count` bytes, or returns an error, for a closed filter among others.
+          // [exclusive]
           TKAPMethod<"Write", "KAPFilterWriteV2Proc",
                      KAPError*(KAPDataSink* sink, const unsigned char* data, std::size_t count)>,
           // Whether the sink is a filter; false for null. [any thread]
           TKAPMethod<"IsFilter", "KAPFilterIsFilterProc", bool(KAPDataSink* sink)>,
-          // Ends the filter's output; a closed filter stays closed. After an error it is open.
-          // [exclusive]
+          // Ends the filter's output and closes the filter; for a closed filter does nothing. After
+          // an error the filter is still open. [exclusive]
           TKAPMethod<"Close", "KAPFilterCloseProc", KAPError*(KAPFilter* filter)>,
-          // The filter that turns the output back: one reference, or null and no error when there
-          // is none. [exclusive]
+          // The filter that reverses this one: one reference, or null and no error when there is
+          // none. [exclusive]
           TKAPMethod<"GetVellumcodeFilter", "KAPFilterGetVellumcodeFilterProc",
                      KAPError*(KAPFilter** out, KAPFilter* filter)>,
           // Replaces the target; the filter holds a reference to the new one. An error when the
@@ -83,7 +85,7 @@ struct KAPFilterInterface
           // Forwards the quality to a JPEG coder, which defines its range. [exclusive]
           TKAPMethod<"SetCompressionParameters", "KAPFilterJPEGSetCompressionParametersProc",
                      KAPError*(KAPFilter* filter, float quality)>,
-          // How many filters of the chain are closed: of this one and of those that follow it as
+          // The number of closed filters in the chain: this one and those that follow it as
           // targets. [shared read]
           TKAPMethod<"GetChainState", "KAPFilterGetChainStateV2Proc",
                      KAPError*(unsigned long* out, KAPFilter* filter)>,

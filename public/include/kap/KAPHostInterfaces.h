@@ -12,24 +12,27 @@
 #include "kap/KAPStreamInterfaces.h"
 #include "kap/KAPStringInterface.h"
 
-// The interfaces of a host, one header each, and the list of them.
+// The interfaces that a host provides, one header each, and the list of them. To write a host,
+// implement these; to use one, include the header of the interface or, better, its wrapper classes.
 //
-// Conventions of every procedure:
+// Every procedure follows these conventions:
 //
-//   1. Plain C calls; nothing throws. `bool` is one byte, `int` has 32 bits, `long` and `size_t` 64.
-//   2. Result places come first, then the object acted on, then the rest.
+//   1. Plain C calls; nothing throws. `bool` is one byte, `int` 32 bits, `long` and `size_t` 64.
+//   2. Result places come first, then the object acted on, then the other arguments.
 //   3. A `KAPError*` result is null on success, else a new reference for the caller. After an error
 //      the result places are null or 0. A null result place is an error, and nothing is done.
 //   4. Handles and atoms passed in are borrowed for the call. A returned handle or atom carries one
 //      new reference for the caller, unless its contract says "borrowed".
-//   5. Texts are zero-terminated bytes. A returned text lives as long as the object it belongs to.
-//   6. A thread tag ends each contract; KAPInterface.h explains the tags.
-//   7. Handles are opaque, the two words of a container record excepted (KAPContainerInterface.h).
+//   5. A `const char*` is a zero-terminated string of bytes. A returned string lives as long as the
+//      object it belongs to.
+//   6. Each contract ends with a thread tag; KAPInterface.h explains the tags.
+//   7. Handles are opaque, except for two words of a container record (KAPContainerInterface.h).
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Every interface that a host registers under its own name. The methods of streams and data stores
-// (KAPStreamInterfaces.h) are looked up through containers instead and are not in it.
+// Every interface that a host registers under the interface's own name. The interfaces of streams
+// and data stores (KAPStreamInterfaces.h) are not among them: their methods are looked up through a
+// container.
 using KAPHostInterfaceSet =
     TKAPInterfaceSet<KAPBinderInterface, KAPStringInterface, KAPErrorInterface, KAPMemoryInterface,
                      KAPContainerInterface, KAPStreamFactoryInterface, KAPSharedBuffInterface,

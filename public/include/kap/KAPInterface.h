@@ -9,34 +9,41 @@
 
 #include "kap/KAPTypes.h"
 
-// Declaring an interface: its name and, for each method in slot order, the method's name, the
-// procedure's name in the binder, its signature and its traits. Everything else follows from this
-// one declaration: the table of names, the slot of a method, typed calls, typed registration, what
-// becomes a no-op when the binding ends, and what a host's fault injection and accounting do.
+// The declaration of an interface: its name and, for each method in slot order, the method's name,
+// the procedure's name in the binder, the signature and the traits. One declaration serves
+// everyone: the table of names, the slot of a method, typed calls, typed registration, what becomes
+// a no-op when the binding ends, and what a host's fault injection and accounting do.
 //
-//   struct KAPStringInterface
-//       : TKAPInterface<"KAPStringInterface",
-//                       // The text of `atom`, borrowed: it lives as long as the atom. [any thread]
-//                       TKAPMethod<"GetCString", "KAPGetCStringProc", const char*(KAPStringAtom*)>,
-//                       ...> {};
+//   struct TotalsInterface
+//       : TKAPInterface<"TotalsInterface",
+//                       // The sum of the array's numbers. Borrows the array. Failure: 0 and a
+//                       // report. [shared read]
+//                       TKAPMethod<"Sum", "TotalsSumProc", double(POSArray* numbers)>> {};
 //
-// A method that an interface does not have, or a procedure of another signature, does not compile.
-// Tables only grow: new methods go to the end, so that slots keep their numbers.
+//   KAPRegisterInterface<TotalsInterface>(&TotalsSumProc);                   // the component
+//   double sum = TKAPInterfaceClient<TotalsInterface>::Call<"Sum">(numbers);  // its client
+//
+// A misspelt method name, a missing procedure or a procedure with another signature does not
+// compile.
+//
+// Tables only grow: add new methods at the end, so that slots keep their numbers. A method whose
+// signature must change gets a new procedure name, by convention with a suffix such as "V2": a
+// component that knows only the old revision then finds the old procedure or none.
 //
 // The comment above a method is its contract. It ends with a thread tag:
 //
 //   [any thread]      no restriction
-//   [shared read]     any thread, together with other reads of the same object, not while it
-//                     changes
+//   [shared read]     any thread, together with other reads of the same object, but not while the
+//                     object changes
 //   [exclusive]       any thread; nothing else may use the same object at the same time
 //   [binding thread]  the thread that binds and unbinds the runtime
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// The kinds of calls that a host's fault injection tells apart.
+// The kinds of calls that a host's fault injection distinguishes.
 enum class KAPFault : unsigned char {
   kNever,  // the call cannot fail; the default in a declaration
-  kAny,    // all others together; used in rules, never in a declaration
+  kAny,    // every kind together; for fault rules, never for a declaration
   kAtom,
   kError,
   kBlock,
@@ -57,9 +64,9 @@ enum class KAPFault : unsigned char {
   kCount  // keep last
 };
 
-// The kinds of things that a host counts for its leak report.
+// The kinds of resources that a host counts for its leak report.
 enum class KAPResource : unsigned char {
-  kNothing,  // the call makes nothing that is counted; the default in a declaration
+  kNothing,  // the call makes nothing counted; the default in a declaration
   kAtom,
   kError,
   kContainer,
@@ -75,10 +82,11 @@ enum class KAPResource : unsigned char {
   kCount  // keep last
 };
 
-// What code needs to know of a method besides its signature.
+// What code needs to know about a method besides its signature.
 struct KAPTraits {
-  // Becomes a no-op when the binding ends. Set for what releases something: static objects may
-  // still do so when the host is gone. Only such a method may be called where nothing may throw.
+  // The method becomes a no-op when the binding ends. Set it for methods that release something:
+  // static objects may release what they hold after the host is gone. Destructors may call only
+  // such methods (TKAPProcTable::CallReleasing).
   bool fNoOpUnbound = false;
   KAPFault fFault = KAPFault::kNever;
   KAPResource fMakes = KAPResource::kNothing;
@@ -91,7 +99,7 @@ constexpr KAPTraits KAPMakes(KAPResource resource, KAPFault fault) {
   return {.fFault = fault, .fMakes = resource};
 }
 
-// A name as a template argument.
+// A string literal as a template argument.
 template <std::size_t Size>
 struct TKAPName {
   // NOLINTNEXTLINE(google-explicit-constructor): a string literal stands for the name itself
@@ -103,19 +111,20 @@ struct TKAPName {
   char fText[Size] = {};
 };
 
-// An entry of a table to be loaded.
+// An entry of a table to load: plain pointers to static strings, as the untyped loaders need them.
 struct _t_KAPFTabEntry {
   const char* fMethodName;
   const char* fProcName;
 };
 
-// An entry of a table to be registered.
+// An entry of a table to register.
 struct _t_KAPFTabRegEntry {
   const char* fMethodName;
   const char* fProcName;
   void* fProc;
 };
 
+// One method of an interface. `Signature` is a function type, such as `double(POSArray*)`.
 template <TKAPName MethodName, TKAPName ProcName, class Signature, KAPTraits Traits = KAPTraits()>
 struct TKAPMethod {
   static_assert(std::is_function_v<Signature>);
@@ -125,6 +134,8 @@ struct TKAPMethod {
   static constexpr KAPTraits kTraits = Traits;
 };
 
+// An interface: `Name` and the methods in slot order. Derive a named struct from it, so that error
+// messages and debuggers show the interface's name instead of the whole list.
 template <TKAPName Name, class... Methods>
 struct TKAPInterface {
   static constexpr const char* kName = Name.fText;
@@ -139,7 +150,8 @@ struct TKAPInterface {
     while (slot < kCount && kNames[slot] != method) ++slot;
     return slot;
   }
-  // A misspelt name costs one line of error: the slot is that of the first method then.
+  // Falls back to slot 0 after a failed assertion, so that a misspelt name produces one error
+  // message instead of a cascade.
   template <TKAPName Method>
   static constexpr std::size_t SlotOf() {
     constexpr std::size_t kFound = Find(Method.View());
@@ -148,25 +160,26 @@ struct TKAPInterface {
   }
 
  public:
-  // The slot of the method.
+  // The slot of a method: kSlot<"Sum">.
   template <TKAPName Method>
   static constexpr std::size_t kSlot = SlotOf<Method>();
 
+  // The type of a procedure, by slot and by name.
   template <std::size_t Slot>
   using ProcAt = typename std::tuple_element_t<Slot, std::tuple<Methods...>>::Proc;
 
   template <TKAPName Method>
   using Proc = ProcAt<kSlot<Method>>;
 
-  // The entries that register `procs` as this interface's procedures, in slot order. Entries refer
-  // to static texts.
+  // The entries that register `procs` as this interface's procedures, in slot order. The entries
+  // point to static strings.
   static std::array<_t_KAPFTabRegEntry, kCount> Registration(typename Methods::Proc... procs) {
     return {{{Methods::kEntry.fMethodName, Methods::kEntry.fProcName,
               reinterpret_cast<void*>(procs)}...}};
   }
 };
 
-// A list of interfaces.
+// A list of interfaces, for code that treats all of them alike.
 template <class... Interfaces>
 struct TKAPInterfaceSet {
   static constexpr std::size_t kCount = sizeof...(Interfaces);
@@ -177,6 +190,13 @@ struct TKAPInterfaceSet {
   static constexpr void ForEach(Visitor&& visit) {
     (visit.template operator()<Interfaces>(), ...);
   }
+};
+
+// The outcome of loading the procedures of an interface.
+enum class KAPLoadOutcome {
+  kLoaded,
+  kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
+  kUnavailable        // the runtime is not bound, or not yet: then nothing is an error
 };
 
 }  // namespace KAP_T_MT

@@ -4,42 +4,49 @@
 #include <memory>
 #include <type_traits>
 
-// Memory of the host, and owners of it. Storage from it is never mixed with the language's own
+// Memory of the host, and owners of it. Objects that cross the binder live in host memory, so that
+// whichever component releases them last can free them. Never mix it with the language's own
 // allocator.
 //
-//   TKAPBlock<char> text = KAPNewBlock<char>(length + 1);   // freed with its owner
+//   TKAPBlock<char> text = KAPNewBlock<char>(length + 1);  // freed with its owner
+//   class Index : public KAPHostAllocated { ... };         // `new Index` asks the host
+//
+// Threads: any.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Static only. Any thread.
+// The host's allocator. Static only.
 class CKAPMemory {
  public:
-  // Loads the memory table if it is stale; throws as any use of it (KAPInterfaceClient.h).
+  // Loads the memory table if it is stale. Throws when it cannot be loaded, as any use of a table
+  // does (KAPInterfaceClient.h).
   static void Init();
 
-  // A block of at least `size` bytes, 16-byte aligned, to be freed with Free. Never null: throws
-  // std::bad_alloc when the host has no memory. Do not ask for 0 bytes.
+  // A block of at least `size` bytes, 16-byte aligned, not initialised; free it with Free. Never
+  // null: throws std::bad_alloc when the host has no memory, and as Init does. `size` is not 0.
   static void* Alloc(std::size_t size);
-  static void Free(void* block) noexcept;  // null is ignored
+  // Frees a block; null is ignored. After the binding it does nothing: the host may be gone.
+  static void Free(void* block) noexcept;
 
   // Throws std::bad_alloc, which the boundary turns into the host's memory error.
   [[noreturn]] static void ThrowMemError();
 };
 
-// count * size + header in bytes; throws TOQException "Math overflow exception" when that does not
-// fit.
+// count * size + header, in bytes. Throws TOQException "Math overflow exception" when the result
+// does not fit. Every allocation whose size is computed goes through it.
 std::size_t KAPCheckedSize(std::size_t count, std::size_t size, std::size_t header = 0);
 
+// The deleter of TKAPBlock.
 struct KAPFreeBlock {
   void operator()(void* block) const noexcept { CKAPMemory::Free(block); }
 };
 
-// Owns a block of host memory that holds plain data.
+// Owns a block of host memory that holds plain data; the block knows no element count.
 template <class T>
 using TKAPBlock = std::unique_ptr<T[], KAPFreeBlock>;
 
-// A block for `count` elements, not initialised; empty for none. Throws what Alloc and
-// KAPCheckedSize throw.
+// A block for `count` elements, not initialised. A null owner, without a host call, for a count of
+// 0. Throws what CKAPMemory::Alloc and KAPCheckedSize throw.
 template <class T>
 TKAPBlock<T> KAPNewBlock(std::size_t count) {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
@@ -47,8 +54,9 @@ TKAPBlock<T> KAPNewBlock(std::size_t count) {
   return TKAPBlock<T>(static_cast<T*>(CKAPMemory::Alloc(KAPCheckedSize(count, sizeof(T)))));
 }
 
-// Base of classes whose objects live in host memory: `new` asks the host, and the block is freed
-// when a constructor throws.
+// Base of classes whose objects live in host memory: `new` asks the host, `delete` returns the
+// block to it, also when a constructor throws. The size of an array of objects has no checked
+// computation here, so `new[]` does not compile.
 class KAPHostAllocated {
  public:
   static void* operator new(std::size_t size) { return CKAPMemory::Alloc(size); }

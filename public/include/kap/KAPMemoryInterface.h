@@ -12,16 +12,16 @@ struct KAPMemoryInterface
     : TKAPInterface<
           "KAPMemoryInterface",
           // A block of at least `size` bytes, 16-byte aligned, not initialised. Null: out of
-          // memory. Callers never ask for 0 bytes. [any thread]
+          // memory. `size` is not 0. [any thread]
           TKAPMethod<"Alloc", "KAPMemAllocProc", void*(std::size_t size),
                      KAPMakes(KAPResource::kBlock, KAPFault::kBlock)>,
-          // Resizes `block`, which may move, and keeps its bytes as far as they fit; a null block
-          // asks for a new one. Null: out of memory, and the block is as it was. [exclusive]
+          // Resizes `block`, which may move, and keeps the bytes that fit; with a null block as
+          // Alloc. Null: out of memory, and the block is unchanged. [exclusive]
           TKAPMethod<"Realloc", "KAPMemReallocProc", void*(void* block, std::size_t size),
                      KAPFails(KAPFault::kBlock)>,
           // Frees a block of this interface; null is ignored. [any thread]
           TKAPMethod<"Free", "KAPMemFreeProc", void(void* block), kKAPReleases>,
-          // The usable size in bytes; it can exceed what was asked for. [any thread]
+          // The usable size in bytes, at least the size that was requested. [any thread]
           TKAPMethod<"GetBlockSize", "KAPMemGetBlockSizeProc", std::size_t(void* block)>> {};
 
 }  // namespace KAP_T_MT

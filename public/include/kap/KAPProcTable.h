@@ -6,19 +6,25 @@
 #include "kap/KAPBinder.h"
 #include "kap/KAPInterface.h"
 
-// The one mechanism that loads tables of host procedures and keeps them fresh. Nothing here throws;
-// KAPInterfaceClient.h adds typed calls that do.
+// Tables of host procedures: the one mechanism that loads them and keeps them fresh. Nothing here
+// throws; KAPInterfaceClient.h adds typed calls that do. Most code uses those.
 //
-// The host raises a counter whenever an interface is unregistered. A table remembers the counter at
-// which it was loaded, and once the counter has moved it is loaded again before the next use. Until
-// then a call costs two loads and a comparison. Slots and counters are atomics, so several threads
-// may reload a table at once; the last one to finish has seen the counter as it stands. A thread that
-// is in a call while an interface is unregistered may still reach the old procedure: a host keeps
-// code that others may be running.
+// The host increments a counter whenever an interface is unregistered. A table remembers the value
+// of the counter at which it was loaded; when the counter has moved, the table is loaded again
+// before the next use. While the counter stands still a call costs three loads and a comparison.
+// Caching a bare pointer would save them, but could not follow the host's changes.
+//
+// Slots and counters are atomics, so several threads may reload a table at once. A table is marked
+// as fresh only with a counter value that was the same before and after its load. A thread that is
+// inside a call while the interface is unregistered may still run the old procedure: a host keeps
+// code in memory while others may be running it.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// A table without its types. One per interface and component, initialised at compile time.
+// A table without its types. One per interface and component, a static object initialised at
+// compile time; it lives as long as the component. `interfaceName`, `entries`, `traits` and `slots`
+// are static as well and have `count` elements each.
+// Threads: any, except Drop and ForgetAll [binding thread].
 class KAPProcTable {
  public:
   constexpr KAPProcTable(const char* interfaceName, const _t_KAPFTabEntry* entries,
@@ -32,29 +38,30 @@ class KAPProcTable {
   KAPProcTable(const KAPProcTable&) = delete;
   KAPProcTable& operator=(const KAPProcTable&) = delete;
 
+  // Whether the table is loaded and the counter has not moved since.
   bool IsFresh() const noexcept {
     return __atomic_load_n(fWatched.load(std::memory_order_acquire), __ATOMIC_ACQUIRE) ==
            fCount.load(std::memory_order_acquire);
   }
 
-  // Loads unconditionally, without remembering the counter.
+  // Loads unconditionally, without remembering the counter: the next use loads again.
   KAPLoadOutcome Load() noexcept;
 
-  // Loads until the counter stands still and remembers it. A failed load is tried again at the next
-  // use.
+  // Loads until the counter stands still, and remembers it. A failed load is not remembered, so the
+  // next use tries again.
   KAPLoadOutcome Reload() noexcept;
 
-  // Before a call that must not throw and cannot be left out: a release. When the table cannot be
-  // loaded as a whole, the procedures that release are looked up one by one, so that an entry
-  // missing elsewhere in the table costs no reference.
+  // Reloads before a release, which must neither throw nor be skipped. When the whole table cannot
+  // be loaded, looks up the releasing procedures one by one, so that a procedure missing elsewhere
+  // in the table leaks no reference.
   void ReloadForRelease() noexcept;
 
-  // Drops the table: it is stale, and the methods declared as no-ops do nothing until it is loaded
-  // again, which a release alone does not do.
+  // Makes the table stale and its releasing methods no-ops until the table is loaded again. A
+  // release alone does not load it.
   void Drop() noexcept;
 
-  // The end of the binding: every table is stale from now on, and the methods declared as
-  // no-ops do nothing. Calls nothing in the host.
+  // The end of the binding: makes every loaded table stale and its releasing methods no-ops. Calls
+  // nothing in the host.
   static void ForgetAll() noexcept;
 
  private:
@@ -62,7 +69,9 @@ class KAPProcTable {
   void Forget() noexcept;
   void RememberLoaded(unsigned long count) noexcept;
 
-  static const unsigned long kNeverFresh;  // a counter that equals no table's initial count
+  // The counter that a table watches until it is loaded. It equals no table's initial count, so a
+  // table that was never loaded needs no flag of its own in IsFresh.
+  static const unsigned long kNeverFresh;
   static constinit std::atomic<KAPProcTable*> fListedTables;
 
   const char* const fInterfaceName;
@@ -70,32 +79,34 @@ class KAPProcTable {
   const KAPTraits* const fTraits;
   const std::size_t fEntryCount;
   std::atomic<void*>* const fSlots;
-  std::atomic<const unsigned long*> fWatched =
-      &kNeverFresh;  // the host's counter once the table is loaded
+  std::atomic<const unsigned long*> fWatched = &kNeverFresh;  // once loaded: the host's counter
   std::atomic<unsigned long> fCount = 0;
   std::atomic<bool> fListed = false;
   std::atomic<bool> fDropped = false;
   KAPProcTable* fNextListed = nullptr;
 };
 
-// The procedure table of one host-global interface. Static only.
+// The procedure table of one interface, typed. Static only: all code of a component that uses the
+// interface shares the table.
+// Threads: any, except Drop and Replace [binding thread].
 template <class Interface>
 class TKAPProcTable {
  public:
-  // Whether the table is loaded and current, once it has been reloaded if need be.
+  // Reloads the table if it is stale. Whether it is loaded and current now.
   static bool TryRefresh() noexcept {
     return fTable.IsFresh() || fTable.Reload() == KAPLoadOutcome::kLoaded;
   }
 
-  // Calls a method of a table that is known to be loaded, e.g. CallLoaded<"GetCString">(atom).
+  // Calls a method of a table that is known to be loaded, for example after TryRefresh:
+  // CallLoaded<"GetCString">(atom).
   template <TKAPName Method, class... Args>
   static auto CallLoaded(Args... args) {
     return Slot<Method>()(args...);
   }
 
-  // Calls a method that is declared a no-op after the binding, from where nothing may throw. False: it
-  // was not called, after the binding or because the host no longer has it. What it would release is
-  // lost then.
+  // Calls a method that releases something, from where nothing may throw. False: not called,
+  // because no host is bound or because the host no longer has the procedure; what it would have
+  // released leaks then, and no code that may be gone is run.
   template <TKAPName Method, class... Args>
   static bool CallReleasing(Args... args) noexcept {
     static_assert(Interface::kTraits[Interface::template kSlot<Method>].fNoOpUnbound,
@@ -109,9 +120,9 @@ class TKAPProcTable {
     return true;
   }
 
-  static void Drop() noexcept { fTable.Drop(); }
+  static void Drop() noexcept { fTable.Drop(); }  // see KAPProcTable::Drop
 
-  // Puts another procedure into a slot, until the table is loaded again.
+  // Puts another procedure into a slot until the table is loaded again.
   template <TKAPName Method>
   static void Replace(typename Interface::template Proc<Method> proc) noexcept {
     fProcTable[Interface::template kSlot<Method>].store(reinterpret_cast<void*>(proc),

@@ -4,34 +4,51 @@
 #include "kap/KAPProgressInterface.h"
 #include "kap/KAPReference.h"
 
+// Progress: one side reports how far its work is, the other side shows it.
+//
+//   struct Bar : KAPClientProgress {
+//     void Update(float fraction, const char* text, int) override { Draw(fraction, text); }
+//   };
+//   CKAPProgress progress(KAPNewClient<Bar>());
+//   Convert(file, progress.Handle());           // another component: progress.Update(0.5f, "", 0)
+
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Base of the progress objects that a component implements itself and hands to the host. The
-// operation fails by raising: the exception becomes the host error that the reporting side gets.
+// Base of the progress objects that a component implements itself and hands to the host.
+// Errors: Update fails by throwing; the exception becomes the host error that the reporting side
+//   receives, which stops its work.
+// Threads: the host calls one object from one thread at a time.
 class KAPClientProgress : public CKAPVirtualClientBase {
  public:
+  // `fraction` of the work, 0 to 1, is done. `text` may be null; what `flag` means is up to the two
+  // sides.
   virtual void Update(float fraction, const char* text, int flag) = 0;
 };
 
-// A reference to a progress object of the host.
-// Ownership: holds one reference, released on destruction. A client object passes over in any case:
-//   where there is no progress object for it, it is deleted.
-// Errors: CKAPError "couldn't construct CKAPProgress" when the host gives no object, or the handle
-//   is null. An error of the host is raised.
-// Threads: as a plain value.
+// A reference to a progress object of the host; never empty, except after a move.
+// Ownership: holds one reference, released on destruction; copies share the object. A client object
+//   that is handed over belongs to the host afterwards; if the host makes no progress object for
+//   it, it is deleted.
+// Errors: CKAPError "couldn't construct CKAPProgress" when the host makes no object or the handle
+//   is null. Update throws the error that the host returns. A table that cannot be loaded throws as
+//   KAPInterfaceClient.h says.
+// Threads: one thread at a time per progress object.
 class CKAPProgress : public TKAPReference<KAPProgressInterface, KAPProgress> {
  public:
-  CKAPProgress();  // one that nobody watches
+  CKAPProgress();  // ignores its updates
+  // Forwards to the client object.
   explicit CKAPProgress(TKAPClientObject<KAPClientProgress> client);
   explicit CKAPProgress(KAPProgress* handle) : TKAPReference(handle) { FinishConstruct(); }
   CKAPProgress(KAPProgress* handle, KAPAdopt adopt) : TKAPReference(handle, adopt) {
     FinishConstruct();
   }
 
-  // What `flag` says is agreed between the two sides; the host passes it on.
+  // Reports `fraction` (0 to 1), a text (may be null) and a flag whose meaning the two sides agree
+  // on. An exception asks the caller to stop.
   void Update(float fraction, const char* text, int flag);
 
-  // Hands the object over. One reference for the caller; null when the host gives no object.
+  // As the constructor, but returns a handle with one reference for the caller, and null instead of
+  // throwing when the host makes no object or the table cannot be loaded.
   static KAPProgress* _NewClientProgress(TKAPClientObject<KAPClientProgress> client);
 
  private:

@@ -4,22 +4,22 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// What a component hands over with a progress object of its own, `client`. Each returns null or a
-// new error reference.
+// The procedures that a component hands over with a progress object of its own, `client`. Each
+// returns null or a new error reference.
 using KAPProgressUpdateProc = KAPError* (*)(void* client, float fraction, const char* text,
                                             int flag);
 using KAPProgressDeleteProc = KAPError* (*)(void* client);
 
-// Receivers of progress: one side reports how far its work is, the other shows it. See
-// KAPHostInterfaces.h for the conventions.
+// Receivers of progress: one side reports how far its work is, the other side shows it. See
+// KAPHostInterfaces.h for the conventions and KAPProgress.h for the classes.
 struct KAPProgressInterface
     : TKAPInterface<
           "KAPProgressInterface",
-          // A progress object that ignores what it is told: one reference. Null: out of memory.
+          // A progress object that ignores its updates: one reference. Null: out of memory.
           // [any thread]
           TKAPMethod<"NewNullProgress", "KAPProgressNewNullProgressProc", KAPProgress*(),
                      KAPMakes(KAPResource::kProgress, KAPFault::kProgress)>,
-          // A progress object that forwards to `client`: one reference. The last release hands the
+          // A progress object that forwards to `client`: one reference. The last release passes the
           // client to `deleteClient`. Null: out of memory or an argument is null; the client stays
           // the caller's. [any thread]
           TKAPMethod<"NewClientProgress", "KAPProgressNewClientProgressProc",
@@ -31,7 +31,7 @@ struct KAPProgressInterface
           // Releases one reference; null is ignored. [any thread]
           TKAPMethod<"Release", "KAPProgressReleaseProc", void(KAPProgress* progress),
                      kKAPReleases>,
-          // Passes on that `fraction` (0 to 1) of the work is done, with a text (may be null) and a
+          // Reports that `fraction` (0 to 1) of the work is done, with a text (may be null) and a
           // flag whose meaning the two sides agree on. An error asks the caller to stop.
           // [exclusive]
           TKAPMethod<"Update", "KAPProgressUpdateProc",

@@ -6,15 +6,19 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Says at a constructor that the reference passes over to the new object, instead of being added.
+// Marks a constructor that takes over the caller's reference instead of adding one:
+//
+//   CKAPFilter(handle)              // adds a reference; the caller keeps its own
+//   CKAPFilter(handle, KAPAdopt())  // the caller's reference becomes the wrapper's
 struct KAPAdopt {};
 
 // A reference to an object that a host interface counts with its own "AddRef" and "Release", or to
-// none. Base of the wrappers of everything that is not a container.
+// none. Base of the wrappers of everything that is not a container: buffers, cache identities,
+// sinks, progress. Containers have KAPContainerBaseGeneric, since their AddRef may refuse.
 // Ownership: holds one reference, released on destruction.
-// Errors: adding a reference throws when the interface's table cannot be loaded. Destruction never
-//   throws, and does nothing once the runtime is unbound.
-// Threads: as a plain value.
+// Errors: adding a reference throws when the interface's table cannot be loaded
+//   (KAPInterfaceClient.h). Destruction never throws, and does nothing after the binding.
+// Threads: a plain value: one thread at a time per reference, any number of references per object.
 template <class Interface, class Object>
 class TKAPReference {
  public:
@@ -32,7 +36,7 @@ class TKAPReference {
   }
 
   Object* Handle() const noexcept { return fHandle; }  // borrowed
-  // The reference passes to the caller.
+  // Passes the reference to the caller.
   Object* Detach() noexcept { return std::exchange(fHandle, nullptr); }
   bool IsNull() const noexcept { return !fHandle; }
   explicit operator bool() const noexcept { return fHandle != nullptr; }

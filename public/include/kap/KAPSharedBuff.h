@@ -8,37 +8,51 @@
 #include "kap/KAPReference.h"
 #include "kap/KAPSharedBuffInterface.h"
 
+// Shared buffers: reference-counted blocks of bytes that cross the binder.
+//
+//   const TKAPSharedBuffer<float> samples(1000);   // zeroed
+//   samples.Data()[0] = 1;
+//   Play(samples.Handle());                        // another component adds its own reference
+//
+// Errors, besides those said below: a table that cannot be loaded throws (KAPInterfaceClient.h).
+
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 using KAPSharedBuffClient = TKAPInterfaceClient<KAPSharedBuffInterface>;
 
-// The host's shared buffers: reference-counted blocks of bytes that may cross the binder. Static
-// only. Any thread.
+// The host's shared buffers, without types. Static only.
+// Threads: any, except Close [binding thread].
 class CKAPSharedBuff {
  public:
-  // Loads the table if it is stale; throws as any use of it (KAPInterfaceClient.h). Optional: the
-  // first use does the same.
+  // Loads the table if it is stale. Optional: the first use does the same.
   static void Init();
-  // Drops the table: a buffer released from now on makes no host call, until the next use of the
-  // table loads it again. The end of the binding does the same.
+  // Drops the table: releasing a buffer makes no host call until the next use loads the table
+  // again. A release alone does not load it. The end of the binding does the same.
   static void Close() noexcept;
 
-  // A new buffer: one reference for the caller. It takes `data` over and hands it to `deleteProc` at
-  // its end; with null `data` it has zeroed storage of the host. Throws std::bad_alloc when the host
-  // makes none. After any failure `data` has been handed to `deleteProc`, if there are both.
+  // A new buffer of `size` bytes: one reference for the caller. With null `data` its storage is the
+  // host's, zeroed. Otherwise the buffer takes over `data`, and its last release passes `data` to
+  // `deleteProc`; so does NewBuffer itself when it throws, unless either of the two is null. The
+  // host defines what `growProc` and `clientData` are for. Throws std::bad_alloc when the host
+  // makes no buffer.
   static KAPSharedBuffer* NewBuffer(std::size_t size, void* data = nullptr,
                                     KAPDeleteProc deleteProc = nullptr,
                                     KAPGrowProc growProc = nullptr, void* clientData = nullptr);
 
-  static unsigned char* GetBuffer(KAPSharedBuffer* buffer);
+  static unsigned char* GetBuffer(
+      KAPSharedBuffer* buffer);                         // borrowed: lives as long as the buffer
   static std::size_t GetSize(KAPSharedBuffer* buffer);  // in bytes
 };
 
-// Frees buffer storage that came from the host's memory: a `deleteProc` for NewBuffer.
+// Frees storage that came from CKAPMemory: a `deleteProc` for NewBuffer.
 void KAPDeleteSharedBuff(void* storage) noexcept;
 
 // A reference to a shared buffer of plain elements, or to none.
-// Errors: what NewBuffer throws, and TOQException "Math overflow exception".
+// Ownership: holds one reference, released on destruction; copies share the buffer. Releasing it
+//   before the binding, after the binding or after CKAPSharedBuff::Close does nothing.
+// Errors: the constructor with a count throws what NewBuffer throws, and TOQException "Math
+//   overflow exception" when the size does not fit.
+// Threads: a plain value; the bytes of one buffer have no lock.
 template <class T>
 class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedBuffer> {
   static_assert(std::is_trivially_copyable_v<T>);
@@ -50,7 +64,8 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
   explicit TKAPSharedBuffer(std::size_t count)
       : TKAPReference(CKAPSharedBuff::NewBuffer(KAPCheckedSize(count, sizeof(T))), KAPAdopt()) {}
 
-  // The elements and their number; null and 0 for no buffer.
+  // The elements, borrowed, and their number; null and 0 for no buffer. Whole elements only: bytes
+  // at the end of a buffer from elsewhere may be left over.
   T* Data() const {
     return Handle() ? reinterpret_cast<T*>(CKAPSharedBuff::GetBuffer(Handle())) : nullptr;
   }

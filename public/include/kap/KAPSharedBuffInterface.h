@@ -6,23 +6,23 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Gives a buffer's storage another size; null when it cannot, and the storage is as it was.
+// Resizes the storage of a buffer. Null: out of memory, and the storage is unchanged.
 using KAPGrowProc = void* (*)(void* data, std::size_t size, void* clientData);
 
-// Blocks of bytes that several components share, with reference counts. See KAPHostInterfaces.h for
-// the conventions.
+// Shared buffers: blocks of bytes with reference counts, for several components. See
+// KAPHostInterfaces.h for the conventions and KAPSharedBuff.h for the classes.
 struct KAPSharedBuffInterface
     : TKAPInterface<
           "KAPSharedBuffInterface",
           // A buffer of `size` bytes: one reference. `data` null: zeroed storage of the host.
-          // Otherwise the buffer takes `data` over and hands it to `deleteProc` (may be null) at
-          // its end; `growProc` and its `clientData` may be null. Null: out of memory, and the data
-          // stays the caller's. [any thread]
+          // Otherwise the buffer takes over `data`, and the last release passes it to `deleteProc`,
+          // which may be null; so may `growProc` and its `clientData`. Null: out of memory, and the
+          // data stays the caller's. [any thread]
           TKAPMethod<"NewBuffer", "KAPSharedBuffNewBufferV3Proc",
                      KAPSharedBuffer*(std::size_t size, void* data, KAPDeleteProc deleteProc,
                                       KAPGrowProc growProc, void* clientData),
                      KAPMakes(KAPResource::kBuffer, KAPFault::kBuffer)>,
-          // Destroys the buffer when it has no reference, else does nothing. [any thread]
+          // Deletes a buffer that has no reference; otherwise does nothing. [any thread]
           TKAPMethod<"DeleteUnowned", "KAPSharedBuffDelUnownedProc", void(KAPSharedBuffer* buffer),
                      kKAPReleases>,
           // Adds one reference; null is ignored. [any thread]

@@ -4,23 +4,28 @@
 
 #include "kap/KAPInterface.h"
 
-// Streams: the factory that makes them, and the methods that each kind of stream offers. Data
-// stores and data-block streams lend text instead of copying it. See KAPHostInterfaces.h for the
-// conventions.
+// Streams: the factory that makes them, and the methods of each kind of stream. Data stores and
+// data-block streams lend text instead of copying it. See KAPHostInterfaces.h for the conventions,
+// KAPStream.h and KAPDataStore.h for the classes.
 //
-// A stream is a container. Its methods are looked up by the container, so a stream may belong to
-// any component. There are three kinds by capability: simple (read, write), rewindable and
-// positionable; each has the methods of the kinds before it. Positions and sizes are in bytes.
+// A stream is a container. Its methods are looked up through the container, so any component may
+// provide streams. There are three kinds: simple (read, write), rewindable and positionable; each
+// has the methods of the kinds before it as well. Positions and sizes are in bytes.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Where the offset of a seek counts from.
 enum KAPSeekOrigin : int { kKAPSeekFromStart = 0, kKAPSeekFromPosition = 1, kKAPSeekFromEnd = 2 };
 
-// What a component hands over with a stream object of its own, `client`. Each returns null or a new
-// error reference; after an error a result place is 0 or null. Read: 0 bytes mean the end of the
-// input. Write takes all bytes or fails. The host reports an error that Delete returns. Create...:
-// a new client object, for which the host makes a stream with the same procedures.
+// The procedures that a component hands over with a stream object of its own, `client`. Each
+// returns null or a new error reference; after an error a result place is 0 or null.
+//
+//   Read       0 bytes mean the end of the input.
+//   Write      Writes all bytes, or fails.
+//   Delete     The host reports an error that it returns: a release has no result.
+//   Create...  Returns a new client object. The host makes a stream for it with the same
+//              procedures, and passes it to Delete when it cannot.
+//   Seek       `origin` is a KAPSeekOrigin.
 using KAPClientReadProc = KAPError* (*)(std::size_t* outCount, void* client, unsigned char* buffer,
                                         std::size_t count);
 using KAPClientWriteProc = KAPError* (*)(void* client, const unsigned char* buffer,
@@ -31,9 +36,9 @@ using KAPClientRewindProc = KAPError* (*)(void* client);
 using KAPClientMarkProc = KAPError* (*)(long* outPosition, void* client);
 using KAPClientSeekProc = KAPError* (*)(void* client, long offset, int origin);
 
-// Makes streams: each procedure returns one reference. The procedures for client streams take
-// `client` over on success: the last release hands it to `deleteClient`. On an error it stays the
-// caller's.
+// Makes streams: each procedure returns one reference. The procedures for client streams take over
+// `client` on success: the last release passes it to `deleteClient`. On an error the client stays
+// the caller's.
 struct KAPStreamFactoryInterface
     : TKAPInterface<
           "KAPStreamFactoryInterface",
@@ -46,8 +51,8 @@ struct KAPStreamFactoryInterface
                      KAPError*(KAPPositionableStream** out, const unsigned char* data,
                                std::size_t size),
                      KAPMakes(KAPResource::kContainer, KAPFault::kStream)>,
-          // A stream over the file at `path`, opened with one of fopen's modes. The last release
-          // closes the file. [any thread]
+          // A stream over the file at `path`, opened with a mode of fopen. The last release closes
+          // the file. [any thread]
           TKAPMethod<"NewPositionableFileStream", "KAPNewPositionableFileStreamProc",
                      KAPError*(KAPPositionableStream** out, const char* path, const char* mode),
                      KAPMakes(KAPResource::kContainer, KAPFault::kStream)>,
@@ -73,18 +78,18 @@ struct KAPStreamFactoryInterface
                                KAPClientMarkProc mark, KAPClientSeekProc seek),
                      KAPMakes(KAPResource::kContainer, KAPFault::kStream)>> {};
 
-// ---- The methods of a stream, by what it can do. They are looked up through its container. ----
+// ---- The methods of a stream by kind, looked up through its container ----
 
 struct KAPSimpleStreamInterface
     : TKAPInterface<"KAPSimpleStreamInterface",
-                    // Reads up to `count` bytes at the position and moves it. `*outCount`: how
-                    // many; 0 at the end of the input. [exclusive]
+                    // Reads up to `count` bytes at the position and moves the position past them.
+                    // `*outCount`: how many; 0 at the end of the input. [exclusive]
                     TKAPMethod<"Read", "KAPSimpleStreamReadProc",
                                KAPError*(std::size_t* outCount, KAPSimpleStream* stream,
                                          unsigned char* buffer, std::size_t count),
                                KAPFails(KAPFault::kRead)>,
-                    // Writes all `count` bytes at the position and moves it, or returns an error.
-                    // [exclusive]
+                    // Writes all `count` bytes at the position and moves the position past them,
+                    // or returns an error. [exclusive]
                     TKAPMethod<"Write", "KAPSimpleStreamWriteProc",
                                KAPError*(KAPSimpleStream* stream, const unsigned char* buffer,
                                          std::size_t count),
@@ -121,7 +126,10 @@ struct KAPPositionableStreamInterface
                      KAPError*(KAPPositionableStream* stream, long offset, int origin),
                      KAPFails(KAPFault::kSeek)>> {};
 
-// ---- The methods of data stores and data-block streams, looked up in the same way. ----
+// ---- The methods of data stores and data-block streams, looked up in the same way ----
+//
+// A component that provides one registers the methods under an interface name of its own, not under
+// the names below; KAPDataStore.h shows how and says why.
 
 struct KAPDataStoreInterface
     : TKAPInterface<
@@ -139,11 +147,11 @@ struct KAPSizedDataStoreInterface
 
 struct KAPDataBlockStreamInterface
     : TKAPInterface<"KAPDataBlockStreamInterface",
-                    // The next block, without text at the end. The caller calls its `release` once.
-                    // [exclusive]
+                    // The next block; one without text at the end. The caller calls the block's
+                    // `release` once. [exclusive]
                     TKAPMethod<"GetNextBlock", "KAPDataBlockStreamGetNextBlockProc",
                                KAPError*(KAPDataBlock* out, KAPDataBlockStream* stream)>,
-                    // Moves to the first block. [exclusive]
+                    // Makes the first block the next one. [exclusive]
                     TKAPMethod<"Rewind", "KAPDataBlockStreamRewindProc",
                                KAPError*(KAPDataBlockStream* stream)>> {};
 

@@ -9,18 +9,25 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 using KAPStringClient = TKAPInterfaceClient<KAPStringInterface>;
 
-// A reference to an interned 8-bit text of the host, or to none. Equal texts share one atom, so two
-// atoms are equal exactly when their text pointers are.
-// Ownership: holds one reference, released on destruction; the text lives as long as the atom.
-// Errors: throws std::bad_alloc when the host makes no atom. Destruction never throws.
-// Threads: as a plain value; several references may share one atom.
+// A reference to a string atom, an interned 8-bit string of the host; or to none. Equal strings
+// share one atom, so two atoms are equal exactly when their text pointers are.
+//
+//   const CKAPStringAtom key("born"), path = CKAPStringAtom("window.") + key;
+//   if (key.Text() == other.Text()) ...      // one comparison, whatever the length
+//
+// Ownership: holds one reference, released on destruction. The text is borrowed from the host and
+//   lives as long as the atom.
+// Errors: std::bad_alloc when the host makes no atom; a table that cannot be loaded throws as
+//   KAPInterfaceClient.h says. Destruction never throws, and does nothing after the binding.
+// Threads: a plain value: one thread at a time per reference, any number of references per atom.
 class CKAPStringAtom {
  public:
   CKAPStringAtom() noexcept : fAtom(nullptr), fText(nullptr) {}
-  // Leaves both fields unset: only where they are written next.
+  // Leaves both fields unset. Only for code that writes them before anything reads them: neither
+  // reading nor destroying such an object is defined.
   explicit CKAPStringAtom(bool) noexcept {}   // NOLINT(cppcoreguidelines-pro-type-member-init)
   explicit CKAPStringAtom(const char* text);  // null: std::bad_alloc, as without memory
-  // Takes the reference over if `adopt`, else adds one. Null gives an atom without a text.
+  // Adopts the reference if `adopt`, else adds one. Null makes an object without atom and text.
   CKAPStringAtom(KAPStringAtom* atom, bool adopt);
   CKAPStringAtom(const CKAPStringAtom& other);
   CKAPStringAtom(CKAPStringAtom&& other) noexcept
@@ -37,25 +44,26 @@ class CKAPStringAtom {
 
   KAPStringAtom* Handle() const noexcept { return fAtom; }  // borrowed
   const char* Text() const noexcept { return fText; }       // null for no atom
-  // The reference passes to the caller.
+  // Passes the reference to the caller; the object is without atom and text afterwards.
   KAPStringAtom* Detach() noexcept {
     fText = nullptr;
     return std::exchange(fAtom, nullptr);
   }
 
-  // The joined text. CKAPError "Memory Copy Error" when a side has no text: deliberate, even where
-  // the other side would do.
+  // The concatenation. Deliberate: CKAPError "Memory Copy Error" when a side has no text, even if
+  // the other side alone would do (test: StringAtomTest.Join). TOQException "Math overflow
+  // exception" when the lengths do not add up.
   CKAPStringAtom operator+(const CKAPStringAtom& other) const;
 
   // "0x" and the pointer's 64 bits as 16 lower-case hexadecimal digits.
   static CKAPStringAtom ToHex(const void* pointer);
 
-  [[noreturn]] static void ThrowBadAlloc();
+  [[noreturn]] static void ThrowBadAlloc();  // throws std::bad_alloc
 
-  // Ends the release of atoms: from now on a released atom no longer reaches the host. The end of
-  // the binding does the same.
+  // Makes the release of atoms a no-op until the string table is loaded again. The end of the
+  // binding does the same. [binding thread]
   static void Close() noexcept;
-  static void NoOpDelete(KAPStringAtom*) noexcept;  // a deliberate no-op, for Close
+  static void NoOpDelete(KAPStringAtom*) noexcept;  // the deliberate no-op that Close installs
 
   friend void swap(CKAPStringAtom& a, CKAPStringAtom& b) noexcept {
     std::swap(a.fAtom, b.fAtom);

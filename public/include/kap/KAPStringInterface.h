@@ -4,8 +4,10 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// String atoms: interned 8-bit texts with reference counts. Equal texts share one atom, so atoms
-// and their text pointers compare by address. See KAPHostInterfaces.h for the conventions.
+// String atoms: interned 8-bit strings with reference counts. Equal strings share one atom, so both
+// atoms and text pointers compare by address. Keys, file names and the names of interfaces,
+// instances and methods are atoms. See KAPHostInterfaces.h for the conventions and KAPStringAtom.h
+// for the class.
 struct KAPStringInterface
     : TKAPInterface<
           "KAPStringInterface",
@@ -16,8 +18,8 @@ struct KAPStringInterface
           // Releases one reference; null is ignored. [any thread]
           TKAPMethod<"DeleteStringAtom", "KAPDeleteStringAtomProc", void(KAPStringAtom* atom),
                      kKAPReleases>,
-          // The text, borrowed: it lives as long as the atom. Equal texts: the same pointer. Null
-          // for null. [any thread]
+          // The text, borrowed: it lives as long as the atom. Equal strings have the same pointer.
+          // Null for null. [any thread]
           TKAPMethod<"GetCString", "KAPGetCStringProc", const char*(KAPStringAtom* atom)>,
           // Adds one reference; null is ignored. [any thread]
           TKAPMethod<"AddRef", "KAPAddRefStringAtomProc", void(KAPStringAtom* atom)>> {};

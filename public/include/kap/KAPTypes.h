@@ -2,24 +2,29 @@
 
 #include <cstddef>
 
-// The opaque handles that cross the binder. A handle is owned by the host: nobody looks behind it,
-// except for the two words that a container record keeps at its published offset (see
-// KAPContainer.h in this folder).
+// The opaque handles and the plain C types that cross the binder.
+//
+// A handle points to a record of the host. Components neither read nor write the record; they pass
+// the handle to the procedures of the interface it belongs to. The one exception is the container
+// record, which publishes two words (KAPContainerInterface.h).
+//
+// These names live outside the namespace of the runtime: two components that exchange a handle
+// must mean the same type by it.
 
-struct KAPStringAtom;  // an interned, reference-counted 8-bit text
+struct KAPStringAtom;  // an interned, reference-counted 8-bit string
 struct KAPError;       // a reference-counted error: message, component, code
 struct KAPContainer;   // a reference-counted record that holds one or more instances
 
 struct KAPSharedBuffer;         // a reference-counted block of bytes
-struct KAPCacheID;              // a reference-counted identity under which a cached item is filed
-struct KAPCacheSet;             // a reference-counted group of identities
+struct KAPCacheID;              // the reference-counted identity of a cached item
+struct KAPCacheSet;             // a reference-counted set of identities
 struct KAPCachePurge;           // a purge in progress
 struct KAPDataSink;             // a reference-counted receiver of bytes
 struct KAPProgress;             // a reference-counted receiver of progress
-using KAPFilter = KAPDataSink;  // a sink with a target: it stands wherever a sink is asked for
+using KAPFilter = KAPDataSink;  // a sink with a target; accepted wherever a sink is
 
-// Streams, property objects and the library's other objects are containers; the names say which
-// kind a procedure asks for.
+// Streams, property objects and the library's other objects are containers. The aliases document
+// which kind a procedure expects; the compiler does not tell them apart, so every procedure checks.
 using KAPSimpleStream = KAPContainer;
 using KAPRewindableStream = KAPContainer;
 using KAPPositionableStream = KAPContainer;
@@ -38,18 +43,19 @@ using POSStreamer = KAPContainer;
 using POSValidator = KAPContainer;
 using KAPUtilsDir = KAPContainer;
 
-// Gives back what `data` points to. Called once; must not throw.
+// Releases what `data` points to. Called once, on any thread; must not throw.
 using KAPDeleteProc = void (*)(void* data);
 
-// A run of text lent by a data store. Whoever received it calls `release` once with `clientData`.
+// A run of text that a data store lends. The receiver calls `release` once with `clientData` when
+// it no longer needs the text; a null `release` means that there is nothing to call.
 struct KAPDataBlock {
   const char* text;
-  std::size_t size;
+  std::size_t size;  // in bytes; the text has no terminator
   void* clientData;
   void (*release)(void* clientData);
 };
 
-// The one callback through which a component reaches the binder: the address of the procedure that
-// is registered under these three names, or null when there is none. Callable from any thread.
+// The one callback through which a component reaches the binder. Returns the address of the
+// procedure registered under the three names, or null when there is none. [any thread]
 using KAPGetProcAddressProc = void* (*)(const char* interfaceName, const char* methodName,
                                         const char* procName);

@@ -2,17 +2,18 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// An object, mostly a static one, that takes part in binding and unbinding: this is how code that
-// stands on the runtime registers what must be undone when the binding ends. The runtime walks its
-// list of members in the order in which they joined.
+// An object, usually a static one, that takes part in binding and unbinding. Code built on the
+// runtime registers with it whatever must be undone when the binding ends; the runtime itself knows
+// only this list, and walks it in the order in which the members joined.
 //
-//   struct Names : LazyTerminate {
+//   struct Names : KAP_T_MT::LazyTerminate {
 //     void Terminate() override { fAtoms.clear(); }      // the host is there: release
 //     void Kill() noexcept override { ...forget... }     // the host may be gone: do not call it
-//     std::vector<CKAPStringAtom> fAtoms;
+//     std::vector<KAP_T_MT::CKAPStringAtom> fAtoms;
 //   } gNames;
 //
-// Threads: construction, destruction and the three operations belong to the thread that binds.
+// Ownership: the list owns nothing; a member leaves it when it is destroyed.
+// Threads: Join may run on any thread; everything else belongs to the binding thread.
 class LazyTerminate {
  public:
   LazyTerminate() noexcept { Join(); }
@@ -20,25 +21,26 @@ class LazyTerminate {
   LazyTerminate(const LazyTerminate&) = delete;
   LazyTerminate& operator=(const LazyTerminate&) = delete;
 
-  // Called when the runtime has bound itself. False, or an exception, fails the binding.
+  // Called after the runtime is bound. Returning false or throwing fails KAPClientInit, which then
+  // returns false.
   virtual bool Initialize() { return true; }
-  // Called when the runtime is about to unbind itself: release what came from the host.
+  // Called before the runtime unbinds: release what came from the host.
   virtual void Terminate() {}
-  // Called at process exit: forget what came from the host, without calling it.
+  // Called at process exit: forget what came from the host, without calling the host.
   virtual void Kill() noexcept {}
 
-  // For KAPClient. InitializeAll: when a member fails, those before it are terminated again and the
-  // result is false.
+  // For KAPClient. InitializeAll returns false when a member fails, after terminating the members
+  // before it; those after it are not called.
   static bool InitializeAll();
   static void TerminateAll();
   static void KillAll() noexcept;
 
  protected:
   struct JoinLater {};
-  // For static objects that are initialised at compile time, and so cannot enter a list by then: the
-  // object joins when it first holds something of the host.
+  // For objects initialised at compile time, which cannot enter a list yet: such an object calls
+  // Join when it first holds something of the host.
   constexpr explicit LazyTerminate(JoinLater) noexcept {}
-  // Joins the list, once. Any thread.
+  // Joins the list; later calls do nothing.
   void Join() noexcept;
 
  private:

@@ -4,8 +4,10 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// The library's base exception: one fixed message. The message is not copied and must outlive the
-// exception, so it is a literal.
+// The library's base exception: one fixed message. At the boundary it becomes a host error with
+// that message, component "TOQ" and code 0, or a report.
+// Ownership: none. The message is not copied and must outlive the exception: use a literal. So
+//   making and copying one needs no memory, and works without a host.
 class TOQException : public std::exception {
  public:
   explicit TOQException(const char* message) noexcept : fMessage(message) {}
@@ -15,7 +17,7 @@ class TOQException : public std::exception {
   const char* fMessage;
 };
 
-// For a size or a count that does not fit: throws TOQException "Math overflow exception".
+// Throws TOQException "Math overflow exception": a size or a count does not fit.
 [[noreturn]] inline void KAPThrowMathOverflow() { throw TOQException("Math overflow exception"); }
 
 }  // namespace KAP_T_MT

@@ -5,8 +5,11 @@
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A recursive lock made of a mutex and a condition variable. The mutex is held only while the state
-// below changes, never while the lock itself is held. It meets BasicLockable: use std::lock_guard.
-// Errors: none; a lock must be free when it is destroyed.
+// below changes, never while the lock itself is held. A plain mutex would deadlock: filling a
+// method table calls the host, which may call back into the same list. Meets BasicLockable: use
+// std::lock_guard.
+// Errors: none. Destroying a lock that is held, and unlocking one that is not, are undefined.
+// Threads: any.
 class TOQWaitMutex {
  public:
   constexpr TOQWaitMutex() noexcept = default;
@@ -18,7 +21,7 @@ class TOQWaitMutex {
   void unlock() noexcept;
 
  private:
-  static constexpr pthread_t kNoThread = ~pthread_t{0};
+  static constexpr pthread_t kNoThread = ~pthread_t{0};  // the owner of a free lock
 
   pthread_mutex_t fMutex = PTHREAD_MUTEX_INITIALIZER;
   pthread_cond_t fFree = PTHREAD_COND_INITIALIZER;

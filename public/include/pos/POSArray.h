@@ -4,24 +4,38 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// A reference to an array of property objects. See CPOSObject for ownership, errors and threads.
+// A reference to an array of property objects.
+//
+//   CPOSArray tags = CPOSArray::New();
+//   tags.Append(CPOSString("red"));
+//   tags.SetAt(2, CPOSNumber(7));                      // slot 1 stays empty
+//   CPOSString first(tags[0], false);                  // throws if it is not a string
+//   CPOSObject none = tags.GetAt(1, true);             // an empty object
+//
+// See CPOSObject for ownership, errors and threads. A change that fails is reported to the binder
+// and leaves the array as it was.
 class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
                                   "downcast from CPOSObject to CPOSArray failed"> {
  public:
   using TPOSKind::TPOSKind;
-  // A new, empty array (the default constructor makes an empty reference).
+  // A new array without slots (the default constructor makes an empty reference).
   static CPOSArray New() { return CPOSArray(Call<"NewPOSArray">(), KAPAdopt()); }
 
-  // The element. Behind the end, or an empty slot: an empty object when `noThrow`, else
+  // The object in the slot. Past the end, or an empty slot: an empty object when `noThrow`, else
   // POSException "CPOSArray::GetAt subscript failed".
   CPOSObject GetAt(unsigned long index, bool noThrow = false) const;
   CPOSObject operator[](unsigned long index) const { return GetAt(index); }
 
+  // How many slots there are, empty ones included.
   unsigned int Count() const { return Call<"Count">(Handle()); }
+
+  // Past the end the array grows. An empty `object` is a failure: a slot cannot be emptied.
   void SetAt(unsigned long index, const CPOSObject& object) {
     Call<"SetAt">(Handle(), index, object.Handle());
   }
   void Append(const CPOSObject& object) { Call<"Append">(Handle(), object.Handle()); }
+
+  // Later slots move down by one. No-op past the end.
   void Remove(unsigned long index) { Call<"Remove">(Handle(), index); }
 };
 

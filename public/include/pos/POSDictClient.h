@@ -11,31 +11,42 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// A reference to a dictionary of property objects. Keys are given as text or, without a look-up of
-// the text, as atoms; paths lead through dictionaries and arrays, as "a.b[2].c" does.
+// A reference to a dictionary of property objects. A path leads through dictionaries and arrays:
+//
+//   CPOSDict person = CPOSDict::New();
+//   person.Put("name", CPOSString("Ada"));
+//   person.Put("born", CPOSObject::CreateFromText("[10 December 1815]", nullptr));
+//   person.DeepGetNumber("born[2]", false).Get();       // 1815
+//   person.GetNumber("age", true).IsNull();             // true
+//
+// Keys and paths are given as text or, without a look-up of the text in the host, as atoms.
+//
 // Errors of the getters: with `noThrow`, a value that is missing or of another kind is an empty
-//   object. Without it a missing key is POSException "CPOSDict::Get failed", a path that leads
-//   nowhere POSException "CPOSArray::GetAt subscript failed" (deliberately the array's message),
-//   another kind the downcast's message.
+//   reference; a library that is gone throws all the same. Without `noThrow` a missing key is
+//   POSException "CPOSDict::Get failed", a path that leads nowhere POSException "CPOSArray::GetAt
+//   subscript failed" (deliberately the array's message), another kind the downcast's message.
+// Errors of changes: reported to the binder; the dictionary stays as it was.
 // See CPOSObject for ownership and threads.
 class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
                                  "downcast from CPOSObject to CPOSDict failed"> {
  public:
   using TPOSKind::TPOSKind;
-  // A new, empty dictionary (the default constructor makes an empty reference).
+  // A new dictionary without entries (the default constructor makes an empty reference).
   static CPOSDict New() { return CPOSDict(Call<"NewPOSDict">(), KAPAdopt()); }
 
+  // The value of the key. operator[] throws when there is none.
   CPOSObject Get(const CKAPStringAtom& key, bool noThrow) const;
   CPOSObject Get(const char* key, bool noThrow) const { return Get(CKAPStringAtom(key), noThrow); }
   CPOSObject operator[](const char* key) const { return Get(key, false); }
   CPOSObject operator[](const CKAPStringAtom& key) const { return Get(key, false); }
 
+  // The value that the path leads to.
   CPOSObject DeepGet(const CKAPStringAtom& path, bool noThrow) const;
   CPOSObject DeepGet(const char* path, bool noThrow) const {
     return DeepGet(CKAPStringAtom(path), noThrow);
   }
 
-  // `Key` is a text or an atom.
+  // The value of the key as one of a kind. `Key` is a text or an atom.
   template <class Key>
   CPOSNumber GetNumber(const Key& key, bool noThrow) const {
     return {Get(key, noThrow), noThrow};
@@ -64,13 +75,14 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
   CPOSDict GetDict(const Key& key, bool noThrow) const {
     return {Get(key, noThrow), noThrow};
   }
-  // An object reference. Of another kind: POSException "downcast from CPOSObject to CPOSKAPObjRef
-  // failed".
+  // An object reference, see CPOSRawPointer. For another kind the message is "downcast from
+  // CPOSObject to CPOSKAPObjRef failed".
   template <class Key>
   CPOSRawPointer GetKAPObjRef(const Key& key, bool noThrow) const {
     return AsKAPObjRef(Get(key, noThrow), noThrow);
   }
 
+  // The value that the path leads to, as one of a kind.
   template <class Key>
   CPOSNumber DeepGetNumber(const Key& path, bool noThrow) const {
     return {DeepGet(path, noThrow), noThrow};
@@ -104,21 +116,23 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
     return AsKAPObjRef(DeepGet(path, noThrow), noThrow);
   }
 
-  // Whether there is a value. Each "true" leaves one extra reference on the value, deliberately:
-  // whoever cannot live with that asks Get with `noThrow`.
+  // Whether there is a value. Each "true" leaves one extra reference on the value, which is then
+  // never destroyed; deliberate. A caller that minds asks Get with `noThrow` instead.
   bool HasKey(const CKAPStringAtom& key) const;
   bool HasKey(const char* key) const { return HasKey(CKAPStringAtom(key)); }
   bool DeepHasKey(const CKAPStringAtom& path) const;
   bool DeepHasKey(const char* path) const { return DeepHasKey(CKAPStringAtom(path)); }
 
-  // Replaces the value of a key that is there. A failure is reported by the library and changes
-  // nothing.
+  // Sets the value of the key, in place of the one it had. An empty `object` is a failure: Remove
+  // takes a key out.
   void Put(const CKAPStringAtom& key, const CPOSObject& object);
   void Put(const char* key, const CPOSObject& object) { Put(CKAPStringAtom(key), object); }
+  // No-op for a key that is absent.
   void Remove(const CKAPStringAtom& key);
   void Remove(const char* key) { Remove(CKAPStringAtom(key)); }
 
-  unsigned int NumKeys() const;  // counted one by one
+  // How many keys there are. Counts them one by one, in linear time.
+  unsigned int NumKeys() const;
 
  private:
   static CPOSRawPointer AsKAPObjRef(const CPOSObject& object, bool noThrow);

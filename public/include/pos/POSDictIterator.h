@@ -9,20 +9,25 @@ class CPOSDict;
 
 // Walks a dictionary in the byte order of its keys:
 //
-//   for (CPOSDictIterator i(dict); !i.IsDone(); i.Next()) Use(i.CurKey());
+//   for (CPOSDictIterator i(dict); !i.IsDone(); i.Next()) Use(i.CurKey(), dict[i.CurKey()]);
 //
 // Ownership: owns the iterator, holds no reference to the dictionary, which must outlive it.
-// Errors: CKAPError "invalid container" when the iterator cannot be made.
+//   Entries may come and go during the walk, but the one that the iterator stands on must stay.
+// Errors: CKAPError "invalid container" when the iterator cannot be made; the other calls report to
+//   the binder, and IsDone is true then, so that a loop ends.
+// Threads: an iterator belongs to one thread at a time; several may walk one dictionary that
+//   nothing changes.
 class CPOSDictIterator {
  public:
-  explicit CPOSDictIterator(const CPOSDict& dict);  // stands on the first entry
+  explicit CPOSDictIterator(const CPOSDict& dict);  // on the first entry
 
   void Begin() { Client::Call<"Begin">(fIterator.Handle()); }
   void Next() { Client::Call<"Next">(fIterator.Handle()); }
   bool IsDone() const { return Client::Call<"IsDone">(fIterator.Handle()); }
-  const char* CurKey() const {
-    return Client::Call<"CurKey">(fIterator.Handle());
-  }  // lives with the entry
+
+  // The key, borrowed: it lives as long as the entry. To ask when done is a failure: null, with a
+  // report.
+  const char* CurKey() const { return Client::Call<"CurKey">(fIterator.Handle()); }
 
  private:
   using Client = TKAPInterfaceClient<POSDictIteratorInterface>;

@@ -4,8 +4,11 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// The exception of the property-object layer: one static message text, which must outlive the
-// exception.
+// What the classes of property objects throw, besides CKAPError for what the host fails at. It
+// never leaves a component: a registered procedure turns it into a report (kap/KAPBoundary.h).
+//
+// It carries the pointer to a message, so that throwing takes no memory but the exception's own.
+// The message must outlive the exception: a literal, as a rule.
 class POSException : public std::exception {
  public:
   explicit POSException(const char* message) noexcept : fMessage(message) {}

@@ -4,25 +4,33 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// What the wrappers of one kind share: the checked downcast, and calls through the kind's
-// interface. An interface that cannot be loaded fails like an object of another kind, with
-// `Message`.
+// What the wrappers of one kind share: the checked downcast, and calls through the interface of the
+// kind. Example: the wrapper of numbers is
+//
+//   class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
+//                                      "downcast from CPOSObject to CPOSNumber failed"> { ... };
+//
+// `IsKind` names the method that tells whether a handle is of the kind, `Message` is the text of
+// the POSException for one that is not. An interface that cannot be loaded fails in the same way,
+// in every call of the wrapper.
 template <class Interface, TKAPName IsKind, TKAPName Message>
 class TPOSKind : public CPOSObject {
  public:
+  static constexpr POSType kType = Interface::kType;
   static constexpr const char* kDowncastFailed = Message.fText;
 
-  // An object of the kind, or an empty one; see the downcast.
-  TPOSKind() noexcept = default;
+  TPOSKind() noexcept = default;  // an empty reference
 
-  // The same object as one of the kind. Of another kind, or empty: an empty object when `noThrow`,
-  // else POSException.
+  // The downcast: another reference to the same object, as one of the kind. For an object of
+  // another kind, or an empty one: an empty reference when `noThrow`, else POSException.
   TPOSKind(const CPOSObject& object, bool noThrow) : CPOSObject(Downcast(object, noThrow)) {}
 
  protected:
-  // A new object, from the handle that its "New" procedure returned.
+  // A new object, from the handle that its "New" procedure returned. CKAPError "invalid container"
+  // for null, which stands for a failure that is reported already.
   TPOSKind(POSObject* created, KAPAdopt adopt) : CPOSObject(created, adopt) {}
 
+  // Calls a method of the interface, for example Call<"Get">(Handle()).
   template <TKAPName Method, class... Args>
   static auto Call(Args... args) {
     if (!Client::TryRefresh()) [[unlikely]]

@@ -4,11 +4,13 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// A reference to a number. See CPOSObject for ownership, errors and threads.
+// A reference to a number, which never changes: to count up, make a new number and put it in the
+// place of the old one. See CPOSObject for ownership, errors and threads.
 class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
                                    "downcast from CPOSObject to CPOSNumber failed"> {
  public:
   using TPOSKind::TPOSKind;
+  // CKAPError "invalid container", with a report, when the object cannot be made.
   explicit CPOSNumber(double value) : TPOSKind(Call<"NewPOSNumber">(value), KAPAdopt()) {}
 
   double Get() const { return Call<"Get">(Handle()); }

@@ -9,31 +9,42 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // The method tables of all implementations of property objects, emptied when the runtime unbinds
 // itself. A wrapper asks for its table at each call instead of keeping it: the answer costs a few
-// loads, an object in an array is a bare handle, and one that outlives a binding holds nothing of
-// it.
+// loads, an element of an array is then a bare handle, and an object that outlives a binding holds
+// nothing of it.
 class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {};
 
-// A reference to a property object of any kind and of any component, or an empty one.
+// A reference to a property object of any kind and of any component, or an empty reference.
+//
+//   const CPOSObject value = dict["size"];
+//   if (const CPOSNumber number(value, true); number) return number.Get();
+//   return value.Clone();
+//
 // Ownership: holds one reference, released on destruction; copies share the same object.
 // Errors: CKAPError "invalid container" when a handle offers no property-object methods, when the
-//   host refuses a reference, and when an empty object is asked for what all kinds share. An empty
-//   object of a kind asked for what its kind has acts as a null handle: a report, and null or 0.
-// Threads: as a plain value; see POSInterfaces.h for the object behind it.
+//   host refuses a reference, and when an empty reference is asked for what all kinds share. An
+//   empty reference of one kind asked for what its kind has acts as a null handle: a report, and
+//   null or 0.
+// Threads: a reference is a plain value. For the object see the thread tags in POSInterfaces.h.
 class CPOSObject : public KAPContainerBaseGeneric {
  public:
   CPOSObject() noexcept = default;
   // Adds a reference to what must be a property object.
   explicit CPOSObject(POSObject* handle);
-  // The reference of a handle that a procedure of property objects returned passes over.
+  // Adopts the reference of a handle that a procedure of property objects returned.
   CPOSObject(POSObject* handle, KAPAdopt adopt);
 
-  // The object written in `text`, as "CreateFromText" of POSObjectStatics; empty on failure.
+  // The object that `text` writes down, see "CreateFromText" of POSObjectStatics; an empty
+  // reference on failure. `end` may be null.
   static CPOSObject CreateFromText(const char* text, const char** end);
 
-  // POSException "CPOSObject::Clone failed" when the object cannot be cloned.
+  // A copy that can change without the original; the same object for a scalar, which never changes.
+  // POSException "CPOSObject::Clone failed", with a report.
   CPOSObject Clone() const;
+  // Whether both have the same kind and the same content. A dictionary equals one that holds more
+  // than it does, deliberately. False when `other` is empty.
   bool IsEqual(const CPOSObject& other) const;
-  int GetType() const;  // a POSType
+  // A POSType; another component may return any number.
+  int GetType() const;
 
  private:
   static constinit CPOSObjectTerminate fTerm;

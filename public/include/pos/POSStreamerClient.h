@@ -6,19 +6,28 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// A streamer of the library. Ownership: holds one reference; copies share the streamer.
-// Errors: CKAPError "Missing Interface" and the like when the library is not there; otherwise a
+// A streamer of the library: writes property objects to streams and reads them back.
+//
+//   CKAPPositionableStream stream;                      // in memory; KAPStreamFactory.h has others
+//   const CPOSStreamer streamer;
+//   streamer.Serialize(stream, settings);
+//   stream.Seek(0, kKAPSeekFromStart);
+//   const CPOSObject copy = streamer.Deserialize(stream);
+//
+// Ownership: holds one reference; copies share the streamer.
+// Errors: CKAPError "Missing Interface" and the like when the library is not there; any other
 //   failure is reported to the binder. A streamer that could not be made is an empty reference.
 // Threads: see POSStreamerInterface.
 class CPOSStreamer : public KAPContainerBaseGeneric {
  public:
   CPOSStreamer() : KAPContainerBaseGeneric(Client::Call<"NewPOSStreamer">(), KAPAdopt()) {}
 
+  // Writes at the stream's position. Whether it failed shows only in the binder's reports.
   void Serialize(const CKAPPositionableStream& stream, const CPOSObject& object,
                  const char* version = nullptr) const {
     Client::Call<"Serialize">(Handle(), stream.Handle(), object.Handle(), version);
   }
-  // Empty on failure.
+  // Reads from the stream's position; an empty reference on failure.
   CPOSObject Deserialize(const CKAPPositionableStream& stream) const {
     POSObject* object = Client::Call<"Deserialize">(Handle(), stream.Handle());
     return object ? CPOSObject(object, KAPAdopt()) : CPOSObject();

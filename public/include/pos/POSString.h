@@ -4,14 +4,16 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// A reference to an 8-bit string. See CPOSObject for ownership, errors and threads.
+// A reference to a string of bytes in no particular encoding. It never changes, and equal strings
+// share one text. See CPOSObject for ownership, errors and threads.
 class CPOSString : public TPOSKind<POSStringInterface, "IsPOSString",
                                    "downcast from CPOSObject to CPOSString failed"> {
  public:
   using TPOSKind::TPOSKind;
+  // Copies the text. CKAPError "invalid container", with a report, when the object cannot be made.
   explicit CPOSString(const char* text) : TPOSKind(Call<"NewPOSString">(text), KAPAdopt()) {}
 
-  // Lives as long as the object.
+  // The terminated text, borrowed: it lives as long as the object.
   const char* Get() const { return Call<"Get">(Handle()); }
 };
 

@@ -12,22 +12,27 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 class CPOSValidatorTerminate : public TDelVTabList<POSValidatorInterface> {};
 
 // A reference to a validator of any component.
+//
+//   const CPOSStructValidator validator(schema);
+//   if (!validator.Validate(person, "Person", &PrintMessage)) return 1;
+//
 // Ownership: holds one reference, released on destruction; copies share the same validator.
 // Errors: CKAPError "invalid container" for a handle that is null or offers no validator's methods,
 //   and when the host refuses a reference.
 // Threads: see POSValidatorInterfaces.h.
-class CPOSValidator : public KAPContainerBaseGeneric {
+class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseGeneric> {
  public:
-  explicit CPOSValidator(POSValidator* handle);  // adds a reference
-  CPOSValidator(POSValidator* handle, KAPAdopt adopt);
+  using TKAPTypedContainer::TKAPTypedContainer;
 
   // Whether the object complies with the type. If not, `message`, unless null, is called for each
-  // reason. What keeps the check from being made is reported by the validator, and is false too.
+  // reason. False also, with a report of the validator, when the check could not be made.
   bool Validate(const CPOSObject& object, const CKAPStringAtom& typeName,
                 POSMessageProc message) const;
   bool Validate(const CPOSObject& object, const char* typeName, POSMessageProc message) const {
     return Validate(object, CKAPStringAtom(typeName), message);
   }
+
+  static void CheckMethods(POSValidator* handle) { fTerm.InitVTab(handle); }
 
  private:
   static constinit CPOSValidatorTerminate fTerm;
@@ -49,8 +54,8 @@ class CPOSStructValidator : public CPOSValidator {
     RegisterCallbackProc(CKAPStringAtom(typeName), callback, clientData);
   }
 
-  // Whether the dictionary is a schema; `message` as for Validate. What the check raises passes as
-  // std::exception.
+  // Whether the dictionary is a schema; `message` as for Validate. What the check throws reaches
+  // the caller, as std::exception.
   static bool ValidateSchema(const CPOSDict& schema, POSMessageProc message);
 };
 

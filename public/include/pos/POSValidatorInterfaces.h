@@ -3,53 +3,60 @@
 #include "kap/KAPInterface.h"
 
 // The interfaces of validators, as they are registered with the binder. A validator checks property
-// objects against the named types of a schema.
+// objects against the named types of a schema, a dictionary such as
 //
-// Conventions of every procedure but "ValidateSchema": a failure is reported to the binder and gives
-// null or false. Handles and atoms passed in are borrowed for the call; a returned handle carries
-// one new reference for the caller.
+//   < Age    < category int min 0 maxexcl 150 >
+//     Person < category dict required < name string > optional < age Age > > >
 //
-// Threads: any number may check with one validator, while nobody changes the objects checked or the
-// schema, or registers a callback. That holds for the callbacks themselves too: what is being
-// checked must not be changed by them.
+// Conventions of every procedure but "ValidateSchema": a failure is reported to the binder, and the
+// result is null or false. Handles and atoms passed in are borrowed for the call; a handle returned
+// carries one new reference for the caller. For the thread tags see kap/KAPInterface.h.
+//
+// A check runs the callbacks that are registered for types, on its own thread. Such a callback may
+// change the object or the schema: what is at work stays alive, the step at work ends by what it
+// began with, and later steps see what is there then. Other threads change neither during a check.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Receives one message, a text borrowed for the call.
+// Receives one message, a terminated text borrowed for the call. It must not throw.
 using POSMessageProc = void (*)(const char* message);
 
-// An extra validation of objects that comply with their type: nonzero when the object passes, else
-// 0, with the reason as a terminated text in the buffer. The buffer has 1024 bytes, zeroed; what
-// does not fit with a terminator is cut. Handles are borrowed for the call. Must not throw.
+// An extra validation of objects that comply with their type. Returns nonzero when the object
+// passes, else 0, with the reason as a terminated text in the buffer. The buffer has 1024 bytes,
+// zeroed; a reason without terminator is cut. Handles are borrowed for the call. It must not throw.
 using POSExtraValidationProc = long (*)(POSObject* object, KAPStringAtom* typeName,
                                         KAPSharedBuffer* buffer, void* clientData);
 
+// What every validator has. The library's own validators offer this as a method of their container
+// too, and so may those of any other component; CPOSValidator asks the container.
 struct POSValidatorInterface
     : TKAPInterface<"POSValidatorInterface",
-                    // Whether the object complies with the type. If not, `message` (which may be
-                    // null) is called for each reason, after all checks and on this thread. An
-                    // error in the schema, found where it is first needed, is reported and gives
-                    // false without any message.
+                    // Whether the object complies with the type. If not, `message`, unless null, is
+                    // called for each reason, after all checks. An error in the schema, found where
+                    // it is first needed, is a failure: it is reported, and there are no messages.
+                    // So is nesting too deep for the stack of this thread. [shared read]
                     TKAPMethod<"Validate", "POSValidatorValidateProc",
                                bool(POSValidator* validator, POSObject* object,
                                     KAPStringAtom* typeName, POSMessageProc message)>> {};
 
+// Validators over a schema.
 struct POSStructValidatorInterface
     : TKAPInterface<
           "POSStructValidatorInterface",
           // A validator that keeps a reference to the schema. The schema itself is not checked,
-          // deliberately: that is what "ValidateSchema" is for.
+          // deliberately: that is what "ValidateSchema" is for. [any thread]
           TKAPMethod<"NewPOSStructValidator", "POSStructValidatorNewStructValidatorProc",
                      POSValidator*(POSDict* schema)>,
-          // Has `callback` called for each object that complies with the type; it replaces the one
-          // that the type had, and null ends that. Never called for intrinsic types.
+          // Has `callback` called for each object that complies with the type, in place of the one
+          // that the type had; null ends that. A callback may itself register callbacks. Never
+          // called for intrinsic types. `clientData` is handed through. [exclusive]
           TKAPMethod<"RegisterCallbackProc", "POSStructValidatorRegisterCallbackProc",
                      void(POSValidator* validator, KAPStringAtom* typeName,
                           POSExtraValidationProc callback, void* clientData)>,
           // Whether the dictionary is a schema, by the rules of the built-in schema of schemas;
-          // `message` as for "Validate". Deliberately the one procedure that lets exceptions pass:
-          // nothing is reported, and the caller, who is C++, may catch what its check raises (as
-          // std::exception).
+          // `message` as for "Validate". Deliberately the one procedure that lets exceptions
+          // through: nothing is reported, and the caller, which is C++, may catch what its check
+          // throws (as std::exception). [shared read]
           TKAPMethod<"ValidateSchema", "POSStructValidatorValidateSchemaProc",
                      bool(POSDict* schema, POSMessageProc message)>> {};
 

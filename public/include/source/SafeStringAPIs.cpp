@@ -16,12 +16,12 @@ constexpr int kInvalid = -1;
 constexpr int kTooSmall = -2;
 constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
 
-// The formatter's result counts no further, and POSIX lets it fail on a larger limit.
+// vsnprintf returns an int, and POSIX lets it fail for a larger limit.
 constexpr std::size_t kLargestLimit = INT_MAX;
 
-// Deliberately looks at no size: a buffer whose size is given as 0 is emptied too.
+// Deliberately ignores the size: a buffer of size 0 is emptied too.
 void Empty(char* buffer) {
-  if (buffer != nullptr) *buffer = 0;
+  if (buffer) *buffer = 0;
 }
 
 int Reject(char* buffer, int status) {
@@ -29,8 +29,9 @@ int Reject(char* buffer, int status) {
   return status;
 }
 
-// Fills `room` bytes and the terminator behind them at most. False: not all of the first `count`
-// bytes of the source found room. Reads no more of the source than it takes to tell.
+// Writes at most `room` bytes and a terminator after them. False: the first `count` bytes of the
+// source do not fit. Reads the source no further than needed to decide that: it may have no
+// terminator.
 bool CopyInto(char* destination, std::size_t room, const char* source, std::size_t count) {
   const std::size_t wanted = strnlen_safe(source, count > room ? room + 1 : count);
   const std::size_t copied = std::min(wanted, room);
@@ -40,7 +41,7 @@ bool CopyInto(char* destination, std::size_t room, const char* source, std::size
 }
 
 bool IsUsable(const char* buffer, std::size_t size, const void* other) {
-  return buffer != nullptr && size != 0 && other != nullptr;
+  return buffer && size != 0 && other;
 }
 
 int Append(char* destination, std::size_t size, const char* source, std::size_t count) {
@@ -56,7 +57,7 @@ std::size_t CountDigits(std::uint64_t magnitude, unsigned radix) {
   return digits;
 }
 
-// Least significant digit first, then the sign; turned round at the end.
+// Writes the least significant digit first and the sign last, then reverses the text.
 void WriteDigits(std::uint64_t magnitude, bool negative, char* buffer, unsigned radix) {
   char* end = buffer;
   do {
@@ -69,30 +70,30 @@ void WriteDigits(std::uint64_t magnitude, bool negative, char* buffer, unsigned 
 }
 
 int WriteNumber(std::uint64_t magnitude, bool negative, char* buffer, std::size_t size, int radix) {
-  if (buffer == nullptr || radix < 2 || radix > 36) return kInvalid;
+  if (!buffer || radix < 2 || radix > 36) return kInvalid;
   const auto base = static_cast<unsigned>(radix);
-  // Deliberate: the byte for a sign is demanded of a positive number too.
+  // Deliberate: a positive number needs room for a sign too.
   const std::size_t demand = magnitude == 0 ? 2 : CountDigits(magnitude, base) + 2;
   if (size < demand) return Reject(buffer, kTooSmall);
   WriteDigits(magnitude, negative, buffer, base);
   return 0;
 }
 
-// `Bits` is the unsigned type of the value's own width: it decides what a negative value looks
-// like in a radix other than 10.
+// `Bits` is the unsigned type as wide as the value; it determines the digits of a negative value in
+// a radix other than 10.
 template <class Bits, class Value>
 int WriteSigned(Value value, char* buffer, std::size_t size, int radix) {
   static_assert(sizeof(Bits) == sizeof(Value));
   const bool negative = value < 0 && radix == 10;
   const auto bits = static_cast<Bits>(value);
-  // Negated without a sign, the smallest value has a magnitude too.
+  // Negated as unsigned, because the smallest value has no positive counterpart.
   return WriteNumber(negative ? Bits{0} - bits : bits, negative, buffer, size, radix);
 }
 
 }  // namespace
 
 std::size_t strnlen_safe(const char* text, std::size_t maximum) {
-  return text == nullptr ? 0 : strnlen(text, maximum);
+  return text ? strnlen(text, maximum) : 0;
 }
 
 void strcpy_safe(char* destination, std::size_t size, const char* source) {
@@ -105,31 +106,31 @@ void strncpy_safe(char* destination, std::size_t size, const char* source, std::
 }
 
 int strcat_safe(char* destination, std::size_t size, const char* source) {
-  if (destination == nullptr && size == 0) return 0;
+  if (!destination && size == 0) return 0;
   return Append(destination, size, source, kUnlimited);
 }
 
 int strncat_safe(char* destination, std::size_t size, const char* source, std::size_t count) {
-  if (destination == nullptr && size == 0 && count == 0) return 0;
+  if (!destination && size == 0 && count == 0) return 0;
   return Append(destination, size, source, count);
 }
 
 char* strchr_safe(const char* text, std::size_t maximum, int character) {
-  if (text == nullptr || maximum == 0) return nullptr;
+  if (!text || maximum == 0) return nullptr;
   const std::size_t length = strnlen_safe(text, maximum);
   const std::size_t range = length < maximum ? length + 1 : maximum;
-  // One function for texts of either constness, as in C.
+  // One function for const and non-const text, as in C.
   return static_cast<char*>(const_cast<void*>(memchr(text, character, range)));
 }
 
 char* strtok_safe(char* text, std::size_t size, const char* delimiters, char** context) {
   if (size == 0) return nullptr;
-  // Deliberate, and before the other arguments are judged: from here on no scan leaves the buffer.
-  if (text != nullptr) text[size - 1] = 0;
-  if (delimiters == nullptr || context == nullptr) return nullptr;
+  // Deliberate, and before the other arguments are checked: no scan below can leave the buffer.
+  if (text) text[size - 1] = 0;
+  if (!delimiters || !context) return nullptr;
 
-  char* token = text != nullptr ? text : *context;
-  if (token == nullptr) return nullptr;
+  char* token = text ? text : *context;
+  if (!token) return nullptr;
   token += strspn(token, delimiters);
   char* end = token + strcspn(token, delimiters);
   *context = *end != 0 ? end + 1 : end;
@@ -146,7 +147,7 @@ int printf_safe(const char* format, ...) {
 }
 
 int vprintf_safe(const char* format, std::va_list arguments) {
-  return format == nullptr ? kInvalid : std::vprintf(format, arguments);
+  return format ? std::vprintf(format, arguments) : kInvalid;
 }
 
 int wprintf_safe(const wchar_t* format, ...) {
@@ -158,7 +159,7 @@ int wprintf_safe(const wchar_t* format, ...) {
 }
 
 int vwprintf_safe(const wchar_t* format, std::va_list arguments) {
-  return format == nullptr ? kInvalid : std::vwprintf(format, arguments);
+  return format ? std::vwprintf(format, arguments) : kInvalid;
 }
 
 int sprintf_safe(char* buffer, std::size_t size, const char* format, ...) {
@@ -187,16 +188,16 @@ int snprintf_safe(char* buffer, std::size_t size, std::size_t count, const char*
 
 int vsnprintf_safe(char* buffer, std::size_t size, std::size_t count, const char* format,
                    std::va_list arguments) {
-  if (buffer == nullptr && size == 0 && count == 0) return 0;
+  if (!buffer && size == 0 && count == 0) return 0;
   if (!IsUsable(buffer, size, format)) return Reject(buffer, kInvalid);
   if (count == 0) {
     Empty(buffer);
     return 0;
   }
-  // count + 1 is formed only where it cannot wrap.
+  // count + 1 is computed only where it cannot wrap.
   const std::size_t limit = std::min(count < size ? count + 1 : size, kLargestLimit);
   const int length = std::vsnprintf(buffer, limit, format, arguments);
-  // Deliberate: the last byte in reach is 0 even behind a short text.
+  // Deliberate: the last usable byte is 0 even after a short text.
   buffer[limit - 1] = 0;
   if (length < 0) return Reject(buffer, kInvalid);
   return count < size || static_cast<std::size_t>(length) < size ? length : kTooSmall;
@@ -223,7 +224,7 @@ int _ui64toa_safe(std::uint64_t value, char* buffer, std::size_t size, int radix
 }
 
 char* gets_safe(char* buffer, std::size_t size) {
-  if (buffer == nullptr || size == 0) {
+  if (!buffer || size == 0) {
     Empty(buffer);
     return nullptr;
   }
@@ -231,7 +232,7 @@ char* gets_safe(char* buffer, std::size_t size) {
   for (int c = std::getchar(); c != EOF && c != '\n'; c = std::getchar()) {
     if (stored < size) buffer[stored++] = static_cast<char>(c);
   }
-  // Deliberate: a full buffer means a line that would have to be cut, and is discarded.
+  // Deliberate: a line that fills the buffer would have to be truncated, so it is discarded.
   buffer[stored < size ? stored : 0] = 0;
   return buffer;
 }

@@ -1,9 +1,9 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
-#include "commands/FilesArgument.h"
-#include "commands/Schema.h"
-#include "commands/VerdictReport.h"
+#include "commands/documents/FilesArgument.h"
+#include "commands/verdicts/Schema.h"
+#include "commands/verdicts/VerdictReport.h"
 #include "files/InputFile.h"
 
 namespace PosUtil {
@@ -12,15 +12,15 @@ namespace {
 
 class CheckSchemaCommand final : public Command {
  public:
-  CheckSchemaCommand() : Command(5, "check-schema", "Checks schemas themselves") {}
+  CheckSchemaCommand() : Command(5, "check-schema", "Checks schemas") {}
 
   void Declare(CLI::App& options) override {
     fSchemas.Declare(options, "SCHEMA");
     fResults.Declare(options);
     options.footer(
-        "A message goes to a line of its own, behind the name of its SCHEMA and the way to the\n"
-        "place. Exit status: 0 when all schemas are valid, 1 when one is not, 3 when one cannot\n"
-        "be read or checked, whatever the others are. All schemas are looked at.\n\n"
+        "Each message is on a line of its own, after the name of the SCHEMA and the path to the\n"
+        "fault. Exit status: 0 if all schemas are valid, 1 if one is not valid, 3 if one cannot\n"
+        "be read or checked. An error does not stop the check of the other schemas.\n\n"
         "Example:\n"
         "  posutil check-schema people.txt places.json");
   }

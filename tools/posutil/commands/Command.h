@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "program/Failure.h"
-#include "program/Registered.h"
+#include "base/Failure.h"
+#include "base/Registered.h"
 #include "program/Session.h"
 
 namespace CLI {
@@ -13,17 +13,18 @@ class App;
 
 namespace PosUtil {
 
-// A command of the program. One static object per command.
+// A command of the program. Each command has one static object.
 class Command : public Registered<Command> {
  public:
   Command(int order, const char* name, const char* description)
       : Registered(order), kName(name), kDescription(description) {}
 
-  // Declares options and arguments, and adds what the help says besides.
+  // Declares the options and arguments, and the rest of the help text.
   virtual void Declare(CLI::App& options) = 0;
-  // Sees the arguments of the program, without its name, before they are parsed.
+  // May change the arguments of the program before the parser sees them. The program's name is not
+  // among them.
   virtual void Prepare(std::vector<std::string>& /*arguments*/) const {}
-  // Does the work. Throws Failure.
+  // Runs the command. Throws Failure.
   virtual ExitStatus Run(Session& session) = 0;
 
   const char* const kName;

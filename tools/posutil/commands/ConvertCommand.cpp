@@ -2,7 +2,7 @@
 #include <optional>
 
 #include "commands/Command.h"
-#include "commands/WriteDocuments.h"
+#include "commands/documents/DocumentArgument.h"
 #include "files/Destination.h"
 
 namespace PosUtil {
@@ -11,21 +11,21 @@ namespace {
 
 class ConvertCommand final : public Command {
  public:
-  ConvertCommand() : Command(3, "convert", "Converts a document into another format") {}
+  ConvertCommand() : Command(3, "convert", "Converts a document to another format") {}
 
   void Declare(CLI::App& options) override {
     fDocuments.Declare(options, "IN");
-    options.add_option("OUT", fFile, "The file to make, - for standard output")
+    options.add_option("OUT", fFile, "The file to write, - for standard output")
         ->required()
         ->option_text(" ");
-    DeclareToOfFile(options, fFormat, "Format of OUT; else its ending tells");
+    DeclareToOfFile(options, fFormat, "Format of OUT; default: by its ending");
     fDocuments.DeclareAll(options);
     options.footer(
-        "OUT is replaced once it is complete: a failure or an interruption leaves it as it was.\n"
-        "IN and OUT may be the same file.\n"
-        "What the format of OUT cannot hold is an error that names its path.\n"
-        "With --all, typea documents stand one behind the other, JSON documents and texts on a\n"
-        "line each; text can be written so, not read.\n\n"
+        "A complete new file replaces OUT; a failure or an interruption leaves OUT unchanged. IN\n"
+        "and OUT may be the same file. A value that the format of OUT cannot hold is an error;\n"
+        "the message has the path to it.\n"
+        "With --all, IN may hold several documents: typea with nothing between them, json on a\n"
+        "line each. Text on a line each can be written, but not read.\n\n"
         "Examples:\n"
         "  posutil convert settings.json settings.typea\n"
         "  posutil convert --all log.typea log.jsonl\n"
@@ -33,14 +33,15 @@ class ConvertCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
-    fDocuments.Format();  // wrong usage is told before anything is made
+    fDocuments.Format();  // wrong usage ends the command before it creates a file
     const Reader& format = FormatOfFile(fFormat, fFile, "--to");
-    const Writer& writer = *FindFormat<Writer>(format.kName);
+    const Writer* const writer = FindFormat<Writer>(format.kName);
+    if (!writer) throw Failure(std::string("cannot write the format ") + format.kName, kExitUsage);
     std::optional<Destination> destination;
     if (fFile != "-") destination.emplace(fFile);
     Output& out = destination ? destination->Out() : session.Out();
-    WriteDocuments(fDocuments, writer, Style(), session, out);
-    out.Put(writer.kBehind);
+    fDocuments.Write(*writer, Style(), session, out);
+    out.Put(writer->kEnd);
     if (destination) destination->Commit();
     return kExitSuccess;
   }

@@ -3,11 +3,12 @@
 #include <vector>
 
 #include "POSDict.h"
+#include "base/DecimalText.h"
+#include "base/Printable.h"
+#include "base/Utf.h"
+#include "base/ValueError.h"
 #include "commands/Command.h"
-#include "commands/DocumentArgument.h"
-#include "formats/NumberText.h"
-#include "formats/Printable.h"
-#include "formats/Utf.h"
+#include "commands/documents/DocumentArgument.h"
 
 namespace PosUtil {
 
@@ -24,19 +25,18 @@ class GetCommand final : public Command {
     options.add_option("PATH", fPaths, "Keys and indices, as in a.b[2].c")
         ->required()
         ->option_text("...");
-    DeclareTo(options, fFormat, "Format of every value");
+    DeclareTo(options, fFormat, "Format of the values");
     options.footer(
-        "Each value goes to a line of its own. Without --to, numbers and strings are printed as\n"
-        "they are, other values as JSON; with it, a string cannot be taken for something else,\n"
-        "nor spread over lines.\n"
-        "A path where nothing is gets no line; it is named on standard error, and the exit\n"
-        "status is then 1. The document must be a dictionary.\n\n"
+        "Prints each value on a line of its own. Without --to, numbers and strings appear as\n"
+        "they are, other values as JSON. With --to, every value is unambiguous and takes one\n"
+        "line. For a path without a value, prints a message on standard error and exits with\n"
+        "status 1. The document must be a dictionary.\n\n"
         "Examples:\n"
         "  posutil get settings.json window.size[0]\n"
         "  posutil get --to json settings.txt title window");
   }
 
-  // CLI11 would take [0] for a list. With a dot before it a path means the same.
+  // CLI11 parses [0] as a list. A dot before a path does not change its meaning.
   void Prepare(std::vector<std::string>& arguments) const override {
     for (std::string& argument : arguments) {
       if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, 1, '.');
@@ -47,14 +47,13 @@ class GetCommand final : public Command {
     const CPOSObject root = fDocument.Read(session);
     const CPOSDict dict(root, true);
     if (dict.IsNull()) {
-      throw Failure(Printable(fDocument.Name()) +
-                    ": the document is no dictionary, so no path leads into it");
+      throw Failure(Printable(fDocument.Name()) + ": the document is not a dictionary");
     }
     ExitStatus status = kExitSuccess;
     for (const std::string& path : fPaths) {
       const CPOSObject value = dict.DeepGet(path.c_str(), true);
       if (value.IsNull()) {
-        session.Complain(Printable(fDocument.Name()) + ": nothing at \"" + Printable(path) + "\"");
+        session.Complain(Printable(fDocument.Name()) + ": no value at \"" + Printable(path) + "\"");
         status = kExitNegative;
       } else {
         PrintValue(value, path, session);
@@ -73,16 +72,16 @@ class GetCommand final : public Command {
     session.Out().Put('\n');
   }
 
-  // False when the value has no plain form.
+  // Returns false if the value has no plain form.
   static bool PrintPlainly(const CPOSObject& value, const std::string& name, Output& out) {
     if (const CPOSNumber number(value, true); number) {
-      out.Put(NumberText(number.Get()).View());
+      out.Put(DecimalText(number.Get()).View());
     } else if (const CPOSString string(value, true); string) {
       out.Put(string.Get());
     } else if (const CPOSUnicodeString unicode(value, true); unicode) {
       std::string text;
       if (!Utf16ToUtf8(unicode.Get(), text)) {
-        throw ValueError("a Unicode string with a lone surrogate").At(name, "");
+        throw ValueError(kLoneSurrogate).At(name, "");
       }
       out.Put(text);
     } else {

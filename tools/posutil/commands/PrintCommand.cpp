@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
-#include "commands/WriteDocuments.h"
+#include "commands/documents/DocumentArgument.h"
 
 namespace PosUtil {
 
@@ -14,13 +14,13 @@ class PrintCommand final : public Command {
   void Declare(CLI::App& options) override {
     fDocument.Declare(options);
     fDocument.DeclareAll(options);
-    DeclareTo(options, fFormat, "Format of the output; else tree, an outline for reading");
+    DeclareTo(options, fFormat, "Format of the output; default: tree, an outline for people");
     options.footer(
-        "In JSON, a Unicode string is {\"$unicode\": \"text\"}, binary data\n"
-        "{\"$binary\": \"type\", \"base64\": \"AAEC\"}; true and false are read as strings, null "
-        "as\n"
-        "an empty slot of an array or as an absent member. What a format cannot hold is an\n"
-        "error.\n\n"
+        "In JSON, {\"$unicode\": \"text\"} is a Unicode string and\n"
+        "{\"$binary\": \"type\", \"base64\": \"AAEC\"} is binary data. JSON's true and false "
+        "become\n"
+        "strings; null becomes an empty slot of an array, or no member of a dictionary. A value\n"
+        "that the format cannot hold is an error.\n\n"
         "Examples:\n"
         "  posutil print settings.json\n"
         "  posutil print --to json settings.txt\n"
@@ -28,8 +28,7 @@ class PrintCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
-    WriteDocuments(fDocument, *FindFormat<Writer>(fFormat), session.OutStyle(), session,
-                   session.Out());
+    fDocument.Write(*FindFormat<Writer>(fFormat), session.OutStyle(), session, session.Out());
     session.Out().Put('\n');
     return kExitSuccess;
   }

@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
-#include "commands/DocumentArgument.h"
-#include "commands/FilesArgument.h"
-#include "commands/Schema.h"
-#include "commands/VerdictReport.h"
+#include "commands/documents/FilesArgument.h"
+#include "commands/documents/FormatOption.h"
+#include "commands/verdicts/Schema.h"
+#include "commands/verdicts/VerdictReport.h"
 #include "files/InputFile.h"
 
 namespace PosUtil {
@@ -22,17 +22,17 @@ class ValidateCommand final : public Command {
         ->required()
         ->option_text("SCHEMA");
     DeclareFrom(options, "--schema-from", fSchemaFormat, "SCHEMA");
-    options.add_option("--type", fType, "The type that the documents are to be of")
+    options.add_option("--type", fType, "The type that the documents must have")
         ->required()
         ->option_text("NAME");
-    options.add_flag("--no-schema-check", fTrustsSchema, "Does not check the schema first");
+    options.add_flag("--no-schema-check", fTrustsSchema, "Skips the check of the schema");
     fDocuments.Declare(options, "FILE");
     fResults.Declare(options);
     options.footer(
-        "A message goes to a line of its own, behind the name of its FILE and the way to the\n"
-        "place. Exit status: 0 when all documents are valid, 1 when one is not, 3 when one\n"
-        "cannot be read or checked, whatever the others are. All documents are looked at. With\n"
-        "a schema that is not valid nothing is checked: 3.\n\n"
+        "Each message is on a line of its own, after the name of the FILE and the path to the\n"
+        "fault. Exit status: 0 if all documents are valid, 1 if one is not valid, 3 if one cannot\n"
+        "be read or checked. An error does not stop the check of the other documents. A schema\n"
+        "that is not valid ends the command with status 3.\n\n"
         "Examples:\n"
         "  posutil validate --schema people.txt --type Person ada.json charles.json\n"
         "  posutil validate --schema people.txt --type Person --quiet ada.json && echo valid");

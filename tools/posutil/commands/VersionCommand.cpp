@@ -8,7 +8,7 @@ namespace PosUtil {
 
 namespace {
 
-// A byte for each part.
+// The version as text; the number has a byte for each part.
 std::string Decoded(int version) {
   return std::to_string(version >> 16) + "." + std::to_string(version >> 8 & 0xFF) + "." +
          std::to_string(version & 0xFF);

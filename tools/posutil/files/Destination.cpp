@@ -5,58 +5,66 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
-#include <filesystem>
-
-#include "formats/Printable.h"
-#include "program/Failure.h"
+#include <utility>
 
 namespace PosUtil {
 
 namespace {
 
-constexpr int kMostLinks = 40;  // as the system follows them
+// The place of an open file can change between two looks at it only if somebody replaces the file
+// at the same time. After this number of looks it has none.
+constexpr int kMaxLooks = 4;
 
-// Where the links lead, whether there is something or not.
-std::string Followed(std::filesystem::path path) {
-  std::error_code error;
-  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(path, error); ++i) {
-    path = path.parent_path() / std::filesystem::read_symlink(path, error);
-  }
-  return path.string();
+// Under any name, such as /dev/stdout: others may have written to it, and may continue.
+bool IsStandardOutput(const std::string& fileName) {
+  struct stat file {};
+  struct stat output {};
+  return ::stat(fileName.c_str(), &file) == 0 && ::fstat(STDOUT_FILENO, &output) == 0 &&
+         output.st_dev == file.st_dev && output.st_ino == file.st_ino;
 }
 
-// By any name, such as /dev/stdout. Others may have written to it, and may go on.
-bool IsStandardOutput(const struct stat& file) {
-  struct stat output {};
-  return ::fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == file.st_dev &&
-         output.st_ino == file.st_ino;
+bool IsRegular(const Descriptor& file) {
+  struct stat status {};
+  return ::fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 }  // namespace
 
 Destination::Destination(const std::string& fileName) : fName(fileName) {
-  const auto fail = [this] { throw Failure(Printable(fName) + ": " + std::strerror(errno)); };
-  struct stat status {};
-  const bool isThere = ::stat(fName.c_str(), &status) == 0;
-  if (!isThere && errno != ENOENT) fail();
-  const bool isStandard = isThere && IsStandardOutput(status);
-  if (isStandard || (isThere && !S_ISREG(status.st_mode))) {
-    const int descriptor = isStandard ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
-                                      : ::open(fName.c_str(), O_WRONLY | O_CLOEXEC);
-    if (descriptor < 0) fail();
-    fOut.emplace(descriptor);
+  Descriptor file;
+  if (IsStandardOutput(fName)) {
+    file = Descriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
+    if (!file) ThrowFileError(fName);
+    fOut.emplace(file.Detach());
     return;
   }
-  // Whoever may not write to a file shall not replace it either.
-  if (isThere && ::faccessat(AT_FDCWD, fName.c_str(), W_OK, AT_EACCESS) != 0) fail();
-  fTemporary.emplace(Followed(fName), isThere ? &status : nullptr);
-  fOut.emplace(fTemporary->Descriptor());
+  for (int i = 0; i < kMaxLooks; ++i) {
+    // Opening the old file checks that this user may write to it.
+    file = Descriptor(::open(fName.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
+    if (!file && errno != ENOENT) ThrowFileError(fName);
+    if (file && !IsRegular(file)) break;
+    FileLocation place = FileLocation::Of(fName);
+    if (!place.fFolder) ThrowFileError(fName);
+    if (file && !place.Holds(file.Get())) continue;
+    fTemporary.emplace(std::move(place), fName, file);
+    fOut.emplace(fTemporary->NewDescriptor());
+    return;
+  }
+  fIsTruncated = IsRegular(file);
+  fOut.emplace(file.Detach());
 }
 
 void Destination::Commit() {
+  if (fTemporary) {
+    fOut->Finish();
+    fTemporary->Replace();
+    return;
+  }
+  fOut->Flush();
+  if (fIsTruncated && ::ftruncate(fOut->Descriptor(), static_cast<off_t>(fOut->Position())) != 0) {
+    ThrowFileError(fName);
+  }
   fOut->Finish();
-  if (fTemporary) fTemporary->Replace();
 }
 
 }  // namespace PosUtil

@@ -3,14 +3,16 @@
 #include <optional>
 #include <string>
 
+#include "files/Descriptor.h"
 #include "files/Output.h"
 #include "files/TemporaryFile.h"
 
 namespace PosUtil {
 
-// A file that a command makes: complete or not at all. What is there stays as it is until Commit.
-// Only what cannot be replaced is written at once: a pipe, a device, and what standard output leads
-// to. Throws Failure.
+// The output file of a command: complete or unchanged. An existing file stays as it is until
+// Commit. Some files cannot be replaced, and writes go to them directly: a pipe, a device, the file
+// that standard output leads to, and a file without a name, as /dev/fd/N may be one.
+// Errors: Failure.
 class Destination {
  public:
   explicit Destination(const std::string& fileName);
@@ -23,6 +25,7 @@ class Destination {
  private:
   const std::string fName;
   std::optional<TemporaryFile> fTemporary;
+  bool fIsTruncated = false;  // at the end, since the input may be the same file
   std::optional<Output> fOut;
 };
 

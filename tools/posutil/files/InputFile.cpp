@@ -5,20 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
-#include "formats/Printable.h"
-#include "program/Failure.h"
+#include "files/Descriptor.h"
 
 namespace PosUtil {
-
-namespace {
-
-[[noreturn]] void ThrowUnreadable(const std::string& name) {
-  throw Failure(Printable(name) + ": " + std::strerror(errno));
-}
-
-}  // namespace
 
 std::string InputName(const std::string& fileName) {
   return fileName == "-" ? "<stdin>" : fileName;
@@ -27,7 +17,7 @@ std::string InputName(const std::string& fileName) {
 InputFile::InputFile(const std::string& fileName)
     : fIsStandard(fileName == "-"), fName(InputName(fileName)) {
   fDescriptor = fIsStandard ? STDIN_FILENO : ::open(fileName.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fDescriptor < 0) ThrowUnreadable(fName);
+  if (fDescriptor < 0) ThrowFileError(fName);
   struct stat status {};
   if (::fstat(fDescriptor, &status) == 0 && S_ISREG(status.st_mode)) {
     fSize = static_cast<std::size_t>(status.st_size);
@@ -42,7 +32,7 @@ std::size_t InputFile::Read(char* to, std::size_t size) const {
   for (;;) {
     const ssize_t count = ::read(fDescriptor, to, size);
     if (count >= 0) return static_cast<std::size_t>(count);
-    if (errno != EINTR) ThrowUnreadable(fName);
+    if (errno != EINTR) ThrowFileError(fName);
   }
 }
 

@@ -5,22 +5,22 @@
 
 namespace PosUtil {
 
-// A file that is read from its beginning to its end, or standard input. Throws Failure.
+// A file, or standard input, to read from start to end. Errors: Failure.
 class InputFile {
  public:
-  // "-" is standard input.
+  // "-" means standard input.
   explicit InputFile(const std::string& fileName);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();
 
-  // As messages call it.
+  // The name in messages.
   const std::string& Name() const { return fName; }
 
-  // What a regular file holds, 0 for anything else.
+  // The size of a regular file, 0 for anything else.
   std::size_t Size() const { return fSize; }
 
-  // What is there, up to `size` bytes; 0 at the end.
+  // Reads up to `size` bytes and returns how many; 0 at the end.
   std::size_t Read(char* to, std::size_t size) const;
 
  private:
@@ -30,7 +30,7 @@ class InputFile {
   std::size_t fSize = 0;
 };
 
-// How messages call the file.
+// The name of the file in messages.
 std::string InputName(const std::string& fileName);
 
 }  // namespace PosUtil

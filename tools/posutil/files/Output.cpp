@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "program/Failure.h"
+#include "base/Failure.h"
 
 namespace PosUtil {
 
@@ -43,7 +43,7 @@ void Output::Flush() {
 
 void Output::Finish() {
   Flush();
-  // A descriptor that was never open is an error only for those who wrote to it.
+  // A closed standard output is an error only if something was written to it.
   if (::close(fDescriptor) != 0 && errno != EBADF && errno != EINTR) ThrowLost(errno);
 }
 

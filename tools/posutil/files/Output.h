@@ -4,23 +4,23 @@
 #include <memory>
 #include <string_view>
 
-#include "program/Progress.h"
+#include "terminal/Progress.h"
 
 namespace PosUtil {
 
-// A file descriptor written through a buffer, with few calls.
-// Errors: Failure when something could not be written; with an empty text when nobody reads on (a
-//   closed pipe). What is put and never flushed is lost, deliberately: a failed command must not
-//   look complete.
+// A buffered writer to a file descriptor.
+// Errors: Failure when a write fails; with an empty text for a closed pipe, since its reader has
+//   left on purpose. The destructor does not flush, deliberately: the output of a failed command
+//   must not look complete.
 class Output {
  public:
   explicit Output(int descriptor) : fDescriptor(descriptor) {}
 
   int Descriptor() const { return fDescriptor; }
-  // How many bytes have been put.
+  // The number of bytes put so far.
   std::size_t Position() const { return fFlushed + fUsed; }
 
-  // From now on what is written advances it.
+  // Writes advance `progress` from now on.
   void SetProgress(Progress& progress) { fProgress = &progress; }
 
   void Put(char character) {
@@ -35,7 +35,7 @@ class Output {
   void PutRepeated(char character, std::size_t count);
 
   void Flush();
-  // Flushes and closes: some file systems tell only then that the text did not get through.
+  // Flushes and closes: some file systems report lost data only on close.
   void Finish();
 
  private:

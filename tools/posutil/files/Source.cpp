@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -14,7 +15,7 @@ namespace PosUtil {
 
 namespace {
 
-constexpr std::size_t kFirstRead = 64 * 1024;  // where nobody tells the size
+constexpr std::size_t kFirstRead = 64 * 1024;  // for input of unknown size
 constexpr std::size_t kPage = 4096;
 
 }  // namespace
@@ -24,7 +25,7 @@ void Source::Free::operator()(char* block) const noexcept { std::free(block); }
 Source::Block Source::Resize(Block block, std::size_t size) {
   auto* resized = static_cast<char*>(std::realloc(block.get(), size));
   if (!resized) throw std::bad_alloc();
-  static_cast<void>(block.release());  // it is part of the new one
+  static_cast<void>(block.release());  // realloc has freed it
   return Block(resized);
 }
 
@@ -39,7 +40,7 @@ Source::Source(std::string name, std::string_view bytes)
 }
 
 void Source::Forget(std::size_t end) {
-  // Whole pages, and not yet those that were read last.
+  // Whole pages only. The last ones stay: an excerpt may show them.
   const auto begin = reinterpret_cast<std::uintptr_t>(fBytes.get());
   if (end < fForgotten + 2 * kPage) return;
   const std::size_t upTo = (begin + end - kPage) / kPage * kPage - begin;
@@ -49,10 +50,14 @@ void Source::Forget(std::size_t end) {
   static_cast<void>(::madvise(fBytes.get() + from, upTo - from, MADV_DONTNEED));
 }
 
+SyntaxError Source::ErrorAt(std::size_t offset, const std::string& message) const {
+  const TextPart remembered = {fBefore, Bytes().substr(fForgotten)};
+  return {fName, remembered, offset - std::min(offset, fForgotten), message};
+}
+
 Source Source::Read(const std::string& fileName) {
   const InputFile file(fileName);
-  // Room for one byte more than expected, so that the end is seen without growing, and for the zero
-  // byte.
+  // One byte for the final zero, and one so that the read that finds the end needs no larger block.
   std::size_t capacity = (file.Size() ? file.Size() : kFirstRead) + 2;
   Block block = Resize(nullptr, capacity);
   std::size_t size = 0;

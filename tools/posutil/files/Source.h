@@ -4,28 +4,27 @@
 #include <string>
 #include <string_view>
 
-#include "formats/TextPart.h"
+#include "base/SyntaxError.h"
 
 namespace PosUtil {
 
-// The bytes of a document and the name to call it by.
+// The bytes of a document, and its name in messages.
 class Source {
  public:
-  // Reads a file, or standard input when the name is "-". Throws Failure.
+  // Reads a file; "-" means standard input. Throws Failure.
   static Source Read(const std::string& fileName);
 
   Source(std::string name, std::string_view bytes);
 
   const std::string& Name() const { return fName; }
   std::string_view Bytes() const { return {fBytes.get(), fSize}; }
-  // Gives back the memory of what stands before `end`, except for what an excerpt may need. Those
-  // bytes are zero from then on.
+  // Returns the memory before `end` to the system, except for what an excerpt may need. The bytes
+  // read as zeros from then on.
   void Forget(std::size_t end);
-  // What has not been forgotten, and its place.
-  TextPart Remembered() const { return {fBefore, Bytes().substr(fForgotten)}; }
-  std::size_t Forgotten() const { return fForgotten; }
-  // The bytes with a zero byte behind them.
+  // The bytes, with a zero byte after the last one.
   const char* Text() const { return fBytes.get(); }
+  // The error at a byte, which must not be a forgotten one.
+  SyntaxError ErrorAt(std::size_t offset, const std::string& message) const;
 
  private:
   struct Free {
@@ -40,7 +39,7 @@ class Source {
   Block fBytes;
   std::size_t fSize;
   std::size_t fForgotten = 0;
-  LineCounter fBefore;  // what is forgotten
+  LineCounter fBefore;  // of the forgotten bytes
 };
 
 }  // namespace PosUtil

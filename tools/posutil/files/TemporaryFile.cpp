@@ -1,112 +1,130 @@
 #include "files/TemporaryFile.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <climits>
-#include <csignal>
+#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 
-#include "formats/Printable.h"
-#include "program/Failure.h"
+#include "base/HexText.h"
+#include "files/AccessRights.h"
 
 namespace PosUtil {
 
 namespace {
 
-constexpr int kEndings[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
-
-// What a signal must remove; empty for nothing.
-char gPath[PATH_MAX] = "";
-
-// The signal's own action is in place again.
-void Remove(int signal) {
-  ::unlink(gPath);
-  ::raise(signal);
+// A hidden name next to the target, short enough however long the name of the target is.
+std::string NameBeside(const std::string& target) {
+  std::uint32_t random = 0;
+  static_cast<void>(::getrandom(&random, sizeof random, GRND_NONBLOCK));
+  return "." + target.substr(0, 200) + "." + std::string(HexText(random).View());
 }
 
-// Signals wait for as long as there is one.
-class Uninterrupted {
- public:
-  Uninterrupted() {
-    sigset_t endings;
-    ::sigemptyset(&endings);
-    for (const int each : kEndings) ::sigaddset(&endings, each);
-    ::sigprocmask(SIG_BLOCK, &endings, &fBefore);
-  }
-  Uninterrupted(const Uninterrupted&) = delete;
-  Uninterrupted& operator=(const Uninterrupted&) = delete;
-  ~Uninterrupted() { ::sigprocmask(SIG_SETMASK, &fBefore, nullptr); }
-
- private:
-  sigset_t fBefore;
-};
-
-void RemoveOnSignal(const std::string& path) {
-  ::strncpy(gPath, path.c_str(), sizeof gPath - 1);
-  for (const int each : kEndings) {
-    struct sigaction action {};
-    ::sigaction(each, nullptr, &action);
-    if (action.sa_handler == SIG_IGN) continue;  // so it was started, as by nohup
-    action.sa_handler = &Remove;
-    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
-    ::sigaction(each, &action, nullptr);
-  }
-}
-
-// Hidden, and not too long however long the other name is.
-std::string PatternBeside(const std::string& target) {
-  const std::size_t folder = target.rfind('/') + 1;  // 0 when there is none
-  return target.substr(0, folder) + "." + target.substr(folder, 200) + ".XXXXXX";
-}
-
-mode_t ModeOfNewFiles() {
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return 0666 & ~mask;
-}
-
-// The mode that goes with the owner and the group the file has got.
-mode_t TakeOver(int descriptor, const struct stat& replaced) {
-  const mode_t mode = replaced.st_mode & 0777;
-  const bool isSameGroup = ::fchown(descriptor, replaced.st_uid, replaced.st_gid) == 0 ||
-                           ::fchown(descriptor, -1U, replaced.st_gid) == 0;
-  return isSameGroup ? mode : mode & ~mode_t{S_IRWXG};
-}
+std::string PathOf(const Descriptor& file) { return "/proc/self/fd/" + std::to_string(file.Get()); }
 
 }  // namespace
 
-TemporaryFile::TemporaryFile(const std::string& target)
-    : fTarget(target), fPath(PatternBeside(target)) {
-  const Uninterrupted guard;
-  fDescriptor = ::mkostemp(fPath.data(), O_CLOEXEC);
-  if (fDescriptor < 0) Fail();
-  RemoveOnSignal(fPath);
+TemporaryFile::TemporaryFile(FileLocation place, std::string fileName, const Descriptor& replaced)
+    : fPlace(std::move(place)), fFileName(std::move(fileName)), fIsReplacement(replaced) {
+  // The system applies the mask of the process, or the defaults of the folder, to a new file.
+  const int mode = fIsReplacement ? 0600 : 0666;
+  if (!OpenUnnamed(mode)) OpenNamed(mode);
+  if (fIsReplacement && !CopyAccessRights(replaced.Get(), fFile.Get())) {
+    const int error = errno;
+    RemoveName();
+    errno = error;
+    Fail();
+  }
 }
 
-TemporaryFile::TemporaryFile(const std::string& target, const struct stat* replaced)
-    : TemporaryFile(target) {
-  const mode_t mode = replaced ? TakeOver(fDescriptor, *replaced) : ModeOfNewFiles();
-  if (::fchmod(fDescriptor, mode) != 0) Fail();
+TemporaryFile::~TemporaryFile() { RemoveName(); }
+
+bool TemporaryFile::OpenUnnamed(int mode) {
+  fFile = Descriptor(::openat(fPlace.fFolder.Get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+  // Without this path the file could never get a name.
+  if (fFile && ::access(PathOf(fFile).c_str(), F_OK) == 0) return true;
+  fFile = Descriptor();
+  return false;
 }
 
-TemporaryFile::~TemporaryFile() {
-  if (!fPath.empty()) ::unlink(fPath.c_str());
-  gPath[0] = '\0';
+void TemporaryFile::OpenNamed(int mode) {
+  const BlockedSignals blocked;
+  do {
+    fTemporaryName = NameBeside(fPlace.fName);
+    fFile = Descriptor(::openat(fPlace.fFolder.Get(), fTemporaryName.c_str(),
+                                O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode));
+  } while (!fFile && errno == EEXIST);
+  if (!fFile) Fail();
+  fHasName = true;
+  fRemoval.emplace(fPlace.fFolder.Get(), fTemporaryName);
+}
+
+void TemporaryFile::RemoveName() {
+  if (fHasName) ::unlinkat(fPlace.fFolder.Get(), fTemporaryName.c_str(), 0);
+  fHasName = false;
+  fRemoval.reset();
+}
+
+int TemporaryFile::NewDescriptor() const {
+  const int descriptor = ::fcntl(fFile.Get(), F_DUPFD_CLOEXEC, 0);
+  if (descriptor < 0) Fail();
+  return descriptor;
 }
 
 void TemporaryFile::Replace() {
-  if (std::rename(fPath.c_str(), fTarget.c_str()) != 0) Fail();
-  fPath.clear();
+  // Else a crash of the system could leave an empty file under the old name.
+  if (::fsync(fFile.Get()) != 0) Fail();
+  if (!fHasName) return ReplaceByLink();
+  const int folder = fPlace.fFolder.Get();
+  if (::renameat(folder, fTemporaryName.c_str(), folder, fPlace.fName.c_str()) != 0) Fail();
+  fHasName = false;
+  RemoveName();
 }
 
-void TemporaryFile::Fail() const {
-  throw Failure(Printable(fTarget) + ": " + std::strerror(errno));
+bool TemporaryFile::Link(const std::string& name) const {
+  return ::linkat(AT_FDCWD, PathOf(fFile).c_str(), fPlace.fFolder.Get(), name.c_str(),
+                  AT_SYMLINK_FOLLOW) == 0;
+}
+
+// A link cannot replace a file. So the file first gets a hidden name, and then the name of the old
+// one. A child in a session of its own does both: a kill of this process, or of its group, cannot
+// come between them. The result counts, not the fate of the child.
+void TemporaryFile::ReplaceByLink() {
+  if (!fIsReplacement) {
+    if (Link(fPlace.fName)) return;
+    if (errno != EEXIST) Fail();
+  }
+  const BlockedSignals blocked;
+  fTemporaryName = NameBeside(fPlace.fName);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::setsid();
+    ::_exit(LinkAndRename());
+  }
+  int error = EINTR;
+  if (child < 0) {
+    error = LinkAndRename();
+  } else if (int status = 0; ::waitpid(child, &status, 0) == child && WIFEXITED(status)) {
+    error = WEXITSTATUS(status);
+  }
+  if (fPlace.Holds(fFile.Get())) return;
+  ::unlinkat(fPlace.fFolder.Get(), fTemporaryName.c_str(), 0);
+  errno = error;
+  Fail();
+}
+
+// Returns 0, or errno.
+int TemporaryFile::LinkAndRename() const {
+  const int folder = fPlace.fFolder.Get();
+  if (!Link(fTemporaryName)) return errno;
+  if (::renameat(folder, fTemporaryName.c_str(), folder, fPlace.fName.c_str()) == 0) return 0;
+  const int error = errno;
+  ::unlinkat(folder, fTemporaryName.c_str(), 0);
+  return error;
 }
 
 }  // namespace PosUtil

@@ -1,34 +1,48 @@
 #pragma once
 
-#include <sys/stat.h>
-
+#include <optional>
 #include <string>
+
+#include "files/FileLocation.h"
+#include "files/RemovalOnSignal.h"
 
 namespace PosUtil {
 
-// A new file in the folder of another one, to take its place. It is gone at the end unless it did,
-// also when a signal ends the program. One at a time.
+// A new file that takes the place of another one when it is complete. Until then it has no name,
+// so nothing is left of it however the process ends. In file systems without unnamed files it has
+// a hidden name; then SIGKILL and a crash of the system leave it, other signals remove it.
+// Errors: Failure. Only one may exist at a time.
 class TemporaryFile {
  public:
-  // `replaced` tells what is at the target, null when there is nothing: its mode is taken over, and
-  // its owner and group as far as the system lets. Throws Failure.
-  TemporaryFile(const std::string& target, const struct stat* replaced);
+  // `fileName` is the name in messages. `replaced` is the open file at the place, none if there is
+  // no file: the new one gets its owner, group and rights, see CopyAccessRights.
+  TemporaryFile(FileLocation place, std::string fileName, const Descriptor& replaced);
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile();
 
-  // Open for writing; closed by whoever asked.
-  int Descriptor() const { return fDescriptor; }
-  // Throws Failure.
+  // Another descriptor of the file, open for writing. The caller closes it.
+  int NewDescriptor() const;
+
+  // Puts the file at its place. A kill at any moment leaves either the old file or the new one.
   void Replace();
 
  private:
-  explicit TemporaryFile(const std::string& target);
-  [[noreturn]] void Fail() const;
+  bool OpenUnnamed(int mode);
+  void OpenNamed(int mode);
+  bool Link(const std::string& name) const;
+  void ReplaceByLink();
+  int LinkAndRename() const;
+  void RemoveName();
+  [[noreturn]] void Fail() const { ThrowFileError(fFileName); }
 
-  const std::string fTarget;
-  std::string fPath;
-  int fDescriptor = -1;
+  const FileLocation fPlace;
+  const std::string fFileName;
+  const bool fIsReplacement;
+  std::string fTemporaryName;
+  bool fHasName = false;
+  Descriptor fFile;
+  std::optional<RemovalOnSignal> fRemoval;
 };
 
 }  // namespace PosUtil

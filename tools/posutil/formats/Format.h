@@ -4,32 +4,44 @@
 #include <string>
 #include <string_view>
 
+#include "base/Registered.h"
 #include "files/Output.h"
-#include "formats/Documents.h"
 #include "pos/POSObject.h"
-#include "program/Registered.h"
 #include "program/Session.h"
-#include "program/Style.h"
+#include "terminal/Style.h"
 
 namespace PosUtil {
 
 enum class Extent {
-  kOne,  // anything behind the first document is an error
-  kAll,  // documents stand one behind the other
+  kOne,  // anything after the first document is an error
+  kAll,  // every document in the input
 };
 
-// A format that documents are read from. One static object per format.
+// The documents of one input, in their order.
+class Documents {
+ public:
+  Documents() = default;
+  Documents(const Documents&) = delete;
+  Documents& operator=(const Documents&) = delete;
+  virtual ~Documents() = default;
+
+  // Reads the next document. Returns an empty object after the last one; the first call never does.
+  // Throws Failure. The caller checks the reports of the library.
+  virtual KAP_T_MT::CPOSObject Next() = 0;
+};
+
+// Reads one format. Each format has one static object.
 class Reader : public Registered<Reader> {
  public:
-  // `endings` are those of file names, such as ".json", with a space between two.
+  // `endings` lists the endings of file names, such as ".json", separated by spaces.
   Reader(int order, const char* name, std::string_view endings)
       : Registered(order), kName(name), kEndings(endings) {}
 
-  // "-" is standard input. The documents must be gone before the library is. Throws Failure.
+  // "-" means standard input. Destroy the documents before the session. Throws Failure.
   virtual std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent,
                                           Session& session) const = 0;
 
-  // Null when there is none.
+  // The reader for the ending of the file name, or null.
   static const Reader* ForFile(const std::string& fileName);
 
   const char* const kName;
@@ -44,29 +56,27 @@ struct WriteOptions {
   Style fStyle;
 };
 
-// A format that documents are written in. One static object per format.
+// Writes one format. Each format has one static object.
 class Writer : public Registered<Writer> {
  public:
-  // `between` stands between two documents, `behind` follows the last one in a file.
-  Writer(int order, const char* name, std::string_view between = "\n",
-         std::string_view behind = "\n")
-      : Registered(order), kName(name), kBetween(between), kBehind(behind) {}
+  // `between` separates two documents; `end` follows the last one in a file.
+  Writer(int order, const char* name, std::string_view between = "\n", std::string_view end = "\n")
+      : Registered(order), kName(name), kBetween(between), kEnd(end) {}
 
-  // Writes the object, without what stands behind it. Throws Failure; `document` is the name to be
-  // used in it. What was put into `out` before a failure is worth nothing. The caller asks for
-  // reports.
+  // Writes the object, without kBetween and kEnd. Throws Failure, with the name `document` in it;
+  // `out` then holds an incomplete document. The caller checks the reports of the library.
   virtual void Write(const KAP_T_MT::CPOSObject& object, const std::string& document,
                      const WriteOptions& options, Output& out) const = 0;
 
   const char* const kName;
   const std::string_view kBetween;
-  const std::string_view kBehind;
+  const std::string_view kEnd;
 
  protected:
   ~Writer() = default;
 };
 
-// The format of that name, or null.
+// The reader or writer of the name, or null.
 template <class Format>
 const Format* FindFormat(std::string_view name) {
   for (const Format* format : Format::All()) {

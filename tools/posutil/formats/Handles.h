@@ -1,14 +1,14 @@
 #pragma once
 
+#include "base/Failure.h"
 #include "kap/KAPContainer.h"
 #include "kap/KAPInterfaceClient.h"
 #include "pos/POSInterfaces.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 
-// The plain procedures, for documents of many values: the typed wrappers ask each object for its kind and its methods
-// first, which takes longer than what is then asked of it.
+// The plain procedures, for documents with many values. The typed wrappers first look up the kind
+// and the methods of each object, which takes longer than the call itself.
 using Numbers = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSNumberInterface>;
 using Strings = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSStringInterface>;
 using UnicodeStrings = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSUnicodeStringInterface>;
@@ -18,10 +18,10 @@ using Arrays = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSArrayInterface>;
 using Dicts = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSDictInterface>;
 using DictIterators = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSDictIteratorInterface>;
 
-// Owns one reference to an object of any kind.
+// Owns a reference to an object of any kind.
 using Handle = KAP_T_MT::KAPContainerBaseGeneric;
 
-// What a procedure returned. For null a Failure; the library has then reported why.
+// Returns `result`. Throws Failure for null; the library has then reported the reason.
 template <class Result>
 Result* NotNull(Result* result) {
   if (!result) [[unlikely]]

@@ -6,15 +6,16 @@
 
 namespace PosUtil {
 
-// Where the lines of nested output begin: each level two columns further in. Below a hundred levels, and everywhere if
-// so wished, what is in a container stays on the line of the container: deep documents would be mostly indentation.
+// Line breaks and indentation of nested output, two columns for each level. Containers deeper than
+// a hundred levels stay on one line: the output would be mostly indentation. `onOneLine` extends
+// this to every container.
 class Layout {
  public:
   explicit Layout(bool onOneLine) : fDeepest(onOneLine ? 0 : kDeepest) {}
 
-  // Begins a line for something of that depth in a container, unless it stays on the container's: then false.
+  // Starts the line of an item at this depth. Returns false if the item stays on the current line.
   bool BeginItem(Output& out, std::size_t depth) const { return Begin(out, depth, depth); }
-  // The same for what ends a container of that depth.
+  // The same for the end of a container at this depth.
   bool BeginEnd(Output& out, std::size_t depth) const { return Begin(out, depth, depth + 1); }
 
  private:

@@ -2,12 +2,9 @@
 
 #include <utility>
 
-#include "files/HeapReserve.h"
+#include "formats/HeapReserve.h"
 
 namespace PosUtil {
-
-// What property objects take, compared with their text.
-void ReserveHeapFor(std::size_t textSize) { ReserveHeap(10 * textSize); }
 
 class SourceReader::OnlyDocument final : public Documents {
  public:
@@ -16,7 +13,7 @@ class SourceReader::OnlyDocument final : public Documents {
 
   KAP_T_MT::CPOSObject Next() override {
     if (std::exchange(fIsRead, true)) return {};
-    Source source = Source::Read(fFileName);  // gone before the object is used
+    Source source = Source::Read(fFileName);  // freed before the caller uses the object
     ReserveHeapFor(source.Bytes().size());
     fProgress.Begin("reading", source.Bytes().size());
     return fReader.Read(source, fProgress);

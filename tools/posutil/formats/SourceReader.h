@@ -5,7 +5,7 @@
 
 namespace PosUtil {
 
-// A format whose documents are read as a whole: one to a file.
+// Reads a format with one document to a file, which it holds in memory as a whole.
 class SourceReader : public Reader {
  public:
   using Reader::Reader;
@@ -14,16 +14,13 @@ class SourceReader : public Reader {
                                   Session& session) const override;
 
  protected:
-  // Makes the object of the only document, whose reading has begun as a piece of work. What has
-  // been read may be forgotten. Throws SyntaxError, or another Failure.
+  // Reads the document. The caller has started the progress of reading; the function may forget
+  // the part of `source` that it has read. Throws Failure.
   virtual KAP_T_MT::CPOSObject Read(Source& source, Progress& progress) const = 0;
   ~SourceReader() = default;
 
  private:
   class OnlyDocument;
 };
-
-// Room for what will be made of a text that long.
-void ReserveHeapFor(std::size_t textSize);
 
 }  // namespace PosUtil

@@ -8,14 +8,16 @@
 #include <string_view>
 #include <utility>
 
+#include "kap/KAPStringAtom.h"
+
 namespace PosUtil {
 
-// What was made of short texts lately: documents repeat their keys, and many of their strings. `Made` is a handle
-// class; an empty one stands for nothing. A text may push out another one.
+// A cache of the objects made from short texts: documents repeat their keys and many of their
+// strings. `Made` is a handle class. A text may replace another one.
 template <class Made>
 class TextCache {
  public:
-  // What `make()` made of the text, now or before. It stays valid until the next call.
+  // Returns the result of `make()` for this text, cached or new, valid until the next call.
   template <class Make>
   const Made& Get(std::string_view text, Make make) {
     if (text.size() > kLongest) return fLong = make();
@@ -56,6 +58,18 @@ class TextCache {
 
   std::unique_ptr<Slot[]> fSlots = std::make_unique<Slot[]>(std::size_t{1} << kSlotBits);
   Made fLong;
+};
+
+// The atoms of dictionary keys. The host makes one for a key that many dictionaries share.
+class KeyAtoms {
+ public:
+  // `key` is zero-terminated. The atom stays valid until the next call.
+  const KAP_T_MT::CKAPStringAtom& Get(std::string_view key) {
+    return fCache.Get(key, [key] { return KAP_T_MT::CKAPStringAtom(key.data()); });
+  }
+
+ private:
+  TextCache<KAP_T_MT::CKAPStringAtom> fCache;
 };
 
 }  // namespace PosUtil

@@ -3,10 +3,9 @@
 #include <utility>
 #include <vector>
 
-#include "formats/DeepPath.h"
+#include "base/ValueError.h"
 #include "formats/Handles.h"
-#include "formats/KeyAtoms.h"
-#include "program/Failure.h"
+#include "formats/TextCache.h"
 
 namespace PosUtil {
 
@@ -15,13 +14,13 @@ namespace {
 using KAP_T_MT::CPOSObject;
 using KAP_T_MT::KAPAdopt;
 
-// A container on the way from the document to the value that is being visited.
+// A container on the path from the document to the current value.
 struct Level {
   CPOSObject fContainer;
-  Handle fIterator;    // of a dictionary; none for an array
+  Handle fIterator;    // of a dictionary; empty for an array
   std::size_t fCount;  // of an array
   Place fPlace;
-  Place fInside;  // of the value that is being visited
+  Place fInside;  // of the current value
   std::size_t fVisited = 0;
 };
 
@@ -56,7 +55,8 @@ class Walk {
   void VisitValue(const CPOSObject& object, const Place& place) {
     POSObject* const handle = object.Handle();
     fVisitor.At(place);
-    switch (object.GetType()) {
+    // Without a default, so that the compiler finds a kind that is missing here.
+    switch (static_cast<KAP_T_MT::POSType>(object.GetType())) {
       case KAP_T_MT::kPOSNumber:
         return fVisitor.Number(Numbers::Call<"Get">(handle));
       case KAP_T_MT::kPOSString:
@@ -73,9 +73,8 @@ class Walk {
         return EnterArray(object, place);
       case KAP_T_MT::kPOSDict:
         return EnterDict(object, place);
-      default:
-        throw ValueError("a value of an unknown kind");
     }
+    throw ValueError("the value has an unknown kind");
   }
 
   void EnterArray(const CPOSObject& array, const Place& place) {
@@ -98,7 +97,7 @@ class Walk {
       return;
     }
     level.fInside.fIndex = level.fVisited++;
-    const Place place = level.fInside;  // the level moves when the value becomes one above it
+    const Place place = level.fInside;  // a copy: fLevels may move its elements
     POSObject* const element = Arrays::Call<"GetAt">(level.fContainer.Handle(), place.fIndex);
     if (element) {
       VisitValue(CPOSObject(element, KAPAdopt()), place);

@@ -7,17 +7,18 @@
 
 namespace PosUtil {
 
-// Where a value stands.
+// The place of a value in its document.
 struct Place {
   std::size_t fDepth = 0;      // 0 for the document itself
-  const char* fKey = nullptr;  // in a dictionary
-  std::size_t fIndex = 0;      // in an array; in a dictionary, how many entries stand before it
+  const char* fKey = nullptr;  // of an entry of a dictionary; else null
+  std::size_t fIndex = 0;      // in the array, or the number of entries before it
 };
 
-// A property object, piece by piece. Each call may throw ValueError for what cannot be held.
+// Receives a property object piece by piece: a function for each kind. Every call may throw
+// ValueError for a value that the format cannot hold.
 class Visitor {
  public:
-  // Before each value and each empty slot.
+  // Comes before each value and each empty slot.
   virtual void At(const Place& place) = 0;
 
   virtual void Number(double value) = 0;
@@ -29,7 +30,7 @@ class Visitor {
 
   virtual void BeginArray(std::size_t count) = 0;
   virtual void BeginDict() = 0;
-  // `place` is that of the container, `count` tells how many values there were in it.
+  // `place` is the place of the container, `count` the number of its values.
   virtual void EndArray(const Place& place, std::size_t count) = 0;
   virtual void EndDict(const Place& place, std::size_t count) = 0;
 
@@ -37,8 +38,8 @@ class Visitor {
   ~Visitor() = default;
 };
 
-// Leads the visitor through the object; nesting of any depth needs no stack. Throws Failure: a ValueError becomes one
-// that names `document` and the path.
+// Calls the visitor for every value, in the order of the document. The depth of the nesting does
+// not use up the stack. Throws Failure; a ValueError becomes one with `document` and the path.
 void Visit(const KAP_T_MT::CPOSObject& object, const std::string& document, Visitor& visitor);
 
 }  // namespace PosUtil

@@ -4,9 +4,8 @@
 
 #include <filesystem>
 
-#include "formats/Printable.h"
-#include "kap/KAPClient.h"
-#include "program/Failure.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
 
 namespace PosUtil {
 
@@ -23,7 +22,7 @@ std::string Locate() {
   }
   throw Failure(std::string(kLibraryName) + " is neither in " +
                 (folder / ".." / "lib").lexically_normal().string() + " nor in " + folder.string() +
-                "; say where it is with --library");
+                "; use --library");
 }
 
 KAPHost::Component Load(KAPHost::Host& host, const std::string& path) {
@@ -41,16 +40,8 @@ std::string ReportText(const std::string& about, const std::string& report) {
          "the library reports: " + Printable(report);
 }
 
-Library::Binding::Binding(KAPGetProcAddressProc getProcAddress) {
-  if (KAP_T_MT::KAPClientInit(getProcAddress)) return;
-  KAP_T_MT::KAPClientTerminate();
-  throw Failure("cannot bind to the host");
-}
-
-Library::Binding::~Binding() { KAP_T_MT::KAPClientTerminate(); }
-
 Library::Library(const std::string& path)
-    : fComponent(Load(fHost, path)), fBinding(fHost.GetProcAddress()) {}
+    : fComponent(Load(fHost, path)), fClient(fHost.GetProcAddress()) {}
 
 void Library::CheckReports(const std::string& about) {
   std::string text;

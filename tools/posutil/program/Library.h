@@ -3,19 +3,21 @@
 #include <string>
 #include <vector>
 
+#include "kap/KAPClient.h"
 #include "kaphost/KAPHost.h"
 
 namespace PosUtil {
 
-// A report of the library as the user is told of it. `about` names the document concerned, if any.
+// The message to the user about a report of the library. `about` is the name of the document, or
+// empty.
 std::string ReportText(const std::string& about, const std::string& report);
 
-// libKAPUtils.so, loaded into a host of this program's own, and the client runtime bound to that host.
-// Ownership: every property object must be gone before this is.
+// libKAPUtils.so, loaded into a host of its own, and the client runtime bound to that host.
+// Lifetime: destroy every property object first.
 class Library {
  public:
-  // With an empty path, the library is looked for beside the program: in ../lib, then in the same folder.
-  // Throws Failure.
+  // An empty path means ../lib relative to the program, then the folder of the program. Throws
+  // Failure.
   explicit Library(const std::string& path);
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
@@ -23,24 +25,19 @@ class Library {
   const std::string& Path() const { return fComponent.Path(); }
   int Version() const { return fComponent.Version(); }
 
-  // What the library has reported since this was last asked.
+  // The host of the library, for its accounting.
+  KAPHost::Host& Host() { return fHost; }
+
+  // The reports of the library since the previous call.
   std::vector<std::string> TakeReports() { return fHost.TakeReports(); }
-  // Throws Failure, with their texts, when the library has reported anything since this was last asked. `about` as for
-  // ReportText.
+  // Throws Failure with the texts of the reports since the previous call, if there are any. `about`
+  // is that of ReportText.
   void CheckReports(const std::string& about);
 
  private:
-  // The client runtime's binding: made last, undone first.
-  struct Binding {
-    explicit Binding(KAPGetProcAddressProc getProcAddress);
-    Binding(const Binding&) = delete;
-    Binding& operator=(const Binding&) = delete;
-    ~Binding();
-  };
-
   KAPHost::Host fHost;
   KAPHost::Component fComponent;
-  Binding fBinding;
+  KAP_T_MT::KAPClient fClient;
 };
 
 }  // namespace PosUtil

@@ -20,7 +20,7 @@ void Session::ComplainPlainly(const std::string& text) {
   const std::size_t firstEnd = std::min(lines.find('\n'), lines.size());
   lines.insert(firstEnd, fErrorStyle.fPlain);
   lines += '\n';
-  // Where even that cannot be written there is nobody to tell.
+  // An error is ignored: standard error is where it would be reported.
   static_cast<void>(!::write(STDERR_FILENO, lines.data(), lines.size()));
 }
 

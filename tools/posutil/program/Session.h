@@ -5,18 +5,18 @@
 
 #include "files/Output.h"
 #include "program/Library.h"
-#include "program/Progress.h"
-#include "program/Style.h"
+#include "terminal/Progress.h"
+#include "terminal/Style.h"
 
 namespace PosUtil {
 
-// What a command works with: the library, loaded when it is first asked for, the standard output
-// and the progress shown meanwhile.
+// What every command uses: the library, which loads on first use, standard output and the progress
+// bar.
 class Session {
  public:
   Session();
 
-  // Where the library is; empty for its usual places. To be set before it is loaded.
+  // The path of the library; empty means its usual places. Set it before the first TheLibrary.
   std::string& LibraryPath() { return fLibraryPath; }
   Library& TheLibrary();
 
@@ -24,12 +24,12 @@ class Session {
   Progress& TheProgress() { return fProgress; }
   const Style& OutStyle() const { return fOutStyle; }
 
-  // Tells the user on standard error, as the program or as it is.
+  // Print to standard error, with "posutil: " before the text or without.
   void Complain(const std::string& text) { ComplainPlainly("posutil: " + text); }
   void ComplainPlainly(const std::string& text);
 
-  // Makes sure that all is well after a command: nothing reported, nothing of the output lost.
-  // Throws Failure.
+  // Completes a command: writes the rest of the output. Throws Failure if output is lost or the
+  // library has reported anything.
   void Finish();
 
  private:

@@ -6,7 +6,7 @@ namespace KAP_T_MT {
 
 namespace {
 
-// What there is to compare with while no host is bound.
+// The counter to compare with while no host is bound.
 constexpr unsigned long kNoUnregisterCount = 0;
 
 template <TKAPName Method>
@@ -26,7 +26,8 @@ bool Fetch(BinderProc<Method>& proc) {
   return proc != nullptr;
 }
 
-// Fetches all of them even when one is missing, so that a failure can still be reported.
+// Fetches all procedures even if one is missing: after a failed binding "KAPReportError" may still
+// be there to report it.
 bool FetchProcs() {
   int found = 0;
   found += Fetch<"KAPRegisterProcAddress">(gRegisterProc);

@@ -2,35 +2,36 @@
 
 #include <cstddef>
 
-#include "kap/KAPBinder.h"
 #include "kap/KAPInterface.h"
 #include "kap/KAPTypes.h"
 
-// The binding that the runtime has: the bottom of the client runtime. It knows nothing of what stands
-// on it; tables of procedures register themselves with KAPProcTable when they are loaded, and
-// static objects with LazyTerminate.
+// The state of the binding: the bottom of the client runtime, which includes nothing that is built
+// on it. What must be undone when the binding ends registers itself instead: tables of procedures
+// with KAPProcTable when they are loaded, static objects with LazyTerminate.
 //
-// Written by the thread that binds, while no other thread uses the runtime.
+// Threads: the binding thread writes this state while no other thread uses the runtime.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-extern constinit KAPGetProcAddressProc gGetProc;  // null: not bound
-extern constinit const unsigned long* gKAPUnregisterCount;
-extern constinit bool gFinishedInit;  // whether a missing procedure is an error or only "false"
+extern constinit KAPGetProcAddressProc gGetProc;            // null: no host bound
+extern constinit const unsigned long* gKAPUnregisterCount;  // never null
+extern constinit bool
+    gFinishedInit;  // false while binding: a missing procedure is not an error yet
 
-// Stores the callback and fetches the binder's own procedures. False when the binder lacks one; the
-// callback stays stored, deliberately: unbinding is the way back.
+// Stores the callback and fetches the binder's own procedures. False when the binder lacks one.
+// Deliberate: the callback stays stored then; see KAPClientInit.
 bool KAPFetchBinder(KAPGetProcAddressProc getProc);
 void KAPForgetBinder() noexcept;
 
-// The host's unregister counter as it stands. The host raises it atomically, from any thread.
+// The current value of the host's unregister counter, which any thread may increment.
 inline unsigned long KAPUnregisterCountNow() noexcept {
   return __atomic_load_n(gKAPUnregisterCount, __ATOMIC_ACQUIRE);
 }
 
-// Fetches the procedures of an interface from the last entry to the first, and hands each one, and
-// the null that ends the walk, to `store(index, procedure)`. Once the runtime is bound a missing
-// procedure is not stored: its slot keeps what it holds.
+// Fetches the procedures of an interface from the last entry to the first and passes each one to
+// `store(index, procedure)`. A missing procedure ends the walk. While binding, `store` receives its
+// null; once the runtime is bound it does not, and the slot keeps what it holds. No host bound:
+// `store` receives null for the last entry.
 template <class Store>
 KAPLoadOutcome KAPFetchProcs(const _t_KAPFTabEntry* entries, std::size_t count,
                              const char* interfaceName, Store store) {

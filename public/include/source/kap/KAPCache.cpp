@@ -35,7 +35,7 @@ bool CKAPCache::Add(const CKAPCacheID& id, void* item, std::size_t cost, KAPDele
 }
 
 CKAPCacheLock CKAPCache::Attach(const CKAPCacheID& id) {
-  CKAPCacheID held(id);  // first: if it throws, no mark may stay behind
+  CKAPCacheID held(id);  // before the mark, which would stay if adding the reference threw
   void* item = KAPCacheClient::Call<"Attach">(held.Handle());
   return CKAPCacheLock(std::move(held), item, KAPAlreadyMarked());
 }

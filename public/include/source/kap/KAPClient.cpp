@@ -17,7 +17,7 @@ namespace KAP_T_MT {
 
 namespace {
 
-// From here on a released handle makes no host call, and no table is loaded again.
+// Afterwards a released handle makes no host call, and no table is loaded again.
 void ForgetHost() noexcept {
   KAPProcTable::ForgetAll();
   KAPForgetBinder();
@@ -63,8 +63,8 @@ KAPClient::KAPClient(KAPGetProcAddressProc getProc) {
   throw KAPBindingError("cannot bind the client runtime: " + reason);
 }
 
-// What a member of LazyTerminate throws is reported while there is a host to report to. The rest is
-// then forgotten instead of released, since the binding must end here.
+// Reports what a LazyTerminate member throws, while there is a host to report it to. The binding
+// must end here, so what is left is then forgotten instead of released.
 KAPClient::~KAPClient() {
   KAPReportingError([] { KAPClientTerminate(); });
   if (KAPIsBound()) KAPClientKill();

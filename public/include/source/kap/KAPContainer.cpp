@@ -4,8 +4,8 @@ namespace KAP_T_MT {
 
 constinit long CKAPContainer::fPrimaryOffset = 0;
 
-// Every static object of the runtime is initialised at compile time, so it exists before any code
-// runs, in whatever order the files are linked. The guard says so, and holds from the start.
+// A guard that binding checks: 13 when the static objects of the runtime exist. All of them are
+// initialised at compile time, so the guard holds from the start, in any link order.
 constinit int CKAPContainer::fCPPCheck = 13;
 
 bool CKAPContainer::Init() {

@@ -10,7 +10,7 @@
 namespace KAP_T_MT {
 
 using Errors = TKAPProcTable<KAPErrorInterface>;
-// Plain calls instead of CKAPStringAtom, which throws CKAPErrors and so stands above this file.
+// Plain calls instead of CKAPStringAtom, which throws CKAPError and so is built on this file.
 using Strings = TKAPProcTable<KAPStringInterface>;
 
 constinit KAPError* CKAPError::fUnknownError = nullptr;
@@ -30,7 +30,7 @@ KAPError* NewError(const char* message, const char* component, long code, void* 
   return Errors::CallLoaded<"NewError">(message, component, code, clientData, freeClientData);
 }
 
-// The text of an atom, whose reference is given back. The error itself keeps the text alive.
+// The text of an atom, whose reference is released: the error itself keeps the text alive.
 const char* TextOf(KAPStringAtom* atom) noexcept {
   if (!atom) return nullptr;
   const char* text = Strings::CallLoaded<"GetCString">(atom);
@@ -57,8 +57,9 @@ CKAPError::~CKAPError() {
   if (fError) Errors::CallReleasing<"Release">(fError);
 }
 
-// After the binding neither AddRef nor Release does anything, so a copy may share the handle. A bound
-// host that has lost AddRef still releases: then only the empty error is safe.
+// After the binding neither AddRef nor Release does anything, so a copy may share the handle. While
+// the runtime is bound but the host has lost AddRef, Release still works, and an uncounted copy
+// would release too much: the copy is the empty error.
 KAPError* CKAPError::AddRef(KAPError* error) noexcept {
   if (!error || Errors::CallReleasing<"AddRef">(error) || !KAPIsBound()) return error;
   return nullptr;
@@ -71,7 +72,7 @@ KAPError* CKAPError::Create(const std::exception& cause) noexcept {
   return NewError(text ? text : kUnknownText, "TOQ", 0, nullptr, nullptr);
 }
 
-// A report must survive a host that has lost its string procedures, hence the fixed text.
+// A fixed text when the host has lost its procedures: reporting a failure must not fail.
 const char* CKAPError::what() const noexcept {
   if (!fError) return "Invalid CKAPError";
   return CanAsk() ? TextOf(Errors::CallLoaded<"GetErrorMessage">(fError)) : kUnknownText;
@@ -94,18 +95,18 @@ void CKAPError::ThrowError(const char* message, const char* component, long code
 
 void CKAPError::ThrowError(TOQErrorID id) { throw CKAPError(id); }
 
-// A shared error is never destroyed, so one whose references cannot be counted any more serves as
-// well.
+// A core error is never destroyed, so a reference that cannot be counted is as good as one that
+// can.
 KAPError* CKAPError::Shared(KAPError* error) noexcept {
   return Errors::TryRefresh() ? AddRef(error) : error;
 }
 
 KAPError* CKAPError::ForCaller() noexcept {
   try {
-    throw;  // the only way to look at the exception being handled
+    throw;  // to look at the exception being handled
   } catch (const std::exception& exception) {
     if (KAPError* error = Create(exception)) return error;
-    // The host made no error: it has no memory for one, unless there was none to begin with.
+    // The host made no error. It is out of memory, unless the exception was the empty error.
     const bool isEmpty = dynamic_cast<const CKAPError*>(&exception) != nullptr;
     return Shared(!isEmpty && fMemError ? fMemError : fUnknownError);
   } catch (...) {

@@ -8,7 +8,7 @@
 
 namespace KAP_T_MT {
 
-// A client's filter crosses as a handle whose reference passes over.
+// A filter that a client object returns crosses as a handle with one reference for the host.
 template <>
 struct TKAPClientResult<CKAPFilter> {
   using Place = KAPFilter*;

@@ -9,9 +9,9 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Hands a client object to the host: `make`, given its address, asks for the host's object. The
-// client is the host's once there is one, and deleted otherwise. Null when the interface's table
-// cannot be loaded. What `make` throws passes on.
+// Hands a client object to the host: `make(address)` asks the host for its own object. If there is
+// one, the client object is the host's; otherwise it is deleted. Null when the interface's table
+// cannot be loaded. Throws what `make` throws.
 template <class Interface, class Client, class Make>
 auto KAPHandOver(TKAPClientObject<Client> client, Make make)
     -> decltype(make(static_cast<void*>(nullptr))) {
@@ -22,7 +22,8 @@ auto KAPHandOver(TKAPClientObject<Client> client, Make make)
   return made;
 }
 
-// For constructors, which cannot return null: `made`, or the error of a table that cannot be loaded.
+// For constructors, which cannot return null: returns `made`; for null, throws the error of a table
+// that cannot be loaded.
 template <class Interface, class Object>
 Object* KAPMade(Object* made) {
   if (!made) TKAPInterfaceClient<Interface>::Refresh();

@@ -26,7 +26,7 @@ KAPVTabGeneric* KAPVTabGeneric::NewKAPVTab(std::size_t slotCount, KAPVTabListGen
   const std::size_t size = KAPCheckedSize(slotCount, sizeof(Slot), sizeof(KAPVTabGeneric));
   auto* table = ::new (CKAPMemory::Alloc(size)) KAPVTabGeneric;
   for (std::size_t i = 0; i < slotCount; ++i) ::new (table->Slots() + i) Slot(nullptr);
-  list.Join();  // from now on there is something to free at the end
+  list.Join();  // the list now has something to release when the binding ends
   table->fNext = list.fHead;
   if (list.fHead) list.fHead->fPrevious = table;
   list.fHead = table;
@@ -42,7 +42,7 @@ const KAPVTabGeneric::Slot* KAPVTabListGeneric::GetVTabDynamic(KAPContainer* con
                                                                KAPVTabInitProc initProc) {
   const char* signature = container ? CKAPContainer::GetSignature(container) : nullptr;
   if (!signature) CKAPContainer::ThrowNoSignatureException();
-  // Without the lock: an entry's count is stored last, so one that is current is complete.
+  // Without the lock: the count of a table is stored last, so a current table is complete.
   const KAPVTabGeneric* last = fLast.load(std::memory_order_acquire);
   if (last && IsCurrent(*last, signature) && last->fLoaded.load(std::memory_order_relaxed))
       [[likely]]
@@ -62,7 +62,7 @@ bool KAPVTabListGeneric::IsCurrent(const KAPVTabGeneric& table, const char* sign
          table.fKey.load(std::memory_order_relaxed) == signature;
 }
 
-// A table whose first fill got no key serves the next implementation.
+// Reuses a table whose first fill failed before it had a key.
 KAPVTabGeneric& KAPVTabListGeneric::FindOrAdd(const char* signature) {
   KAPVTabGeneric* spare = nullptr;
   for (KAPVTabGeneric* table = fHead; table; table = table->fNext) {
@@ -73,8 +73,9 @@ KAPVTabGeneric& KAPVTabListGeneric::FindOrAdd(const char* signature) {
   return spare ? *spare : *KAPVTabGeneric::NewKAPVTab(fSlotCount, *this);
 }
 
-// The counter is read before the fill and stored after it: a counter that moves meanwhile leaves the
-// table stale. A fill that calls back here for the same table finds what the last fill left.
+// The counter is read before the fill and stored after it, so a counter that moves meanwhile leaves
+// the table stale. A fill that calls back into the list for the same table gets the result of the
+// last complete fill.
 void KAPVTabListGeneric::Fill(KAPVTabGeneric& table, const char* signature, KAPContainer* container,
                               KAPVTabInitProc initProc) {
   struct FillingMark {

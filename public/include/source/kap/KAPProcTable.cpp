@@ -17,7 +17,7 @@ KAPLoadOutcome KAPProcTable::Load() noexcept {
 KAPLoadOutcome KAPProcTable::Reload() noexcept {
   if (!gGetProc) return KAPLoadOutcome::kUnavailable;
   unsigned long count = 0;
-  do {  // again when the counter moves meanwhile
+  do {  // until the counter has not moved meanwhile
     count = KAPUnregisterCountNow();
     const KAPLoadOutcome outcome = Load();
     if (outcome != KAPLoadOutcome::kLoaded) return outcome;
@@ -26,8 +26,8 @@ KAPLoadOutcome KAPProcTable::Reload() noexcept {
   return KAPLoadOutcome::kLoaded;
 }
 
-// Called again for each release while the table is incomplete: some look-ups each time, which a host
-// in that state can bear.
+// Not remembered: while the table is incomplete each release looks its procedures up again. That is
+// slow, but a host that has lost a procedure is already failing.
 void KAPProcTable::ReloadForRelease() noexcept {
   if (!gGetProc || fDropped.load() || Reload() == KAPLoadOutcome::kLoaded) return;
   for (std::size_t i = 0; i < fEntryCount; ++i) {
@@ -37,7 +37,8 @@ void KAPProcTable::ReloadForRelease() noexcept {
   }
 }
 
-// Before anything is stored: what a slot holds must be forgotten when the binding ends.
+// Called before anything is stored, because what a slot holds must be forgotten when the binding
+// ends.
 void KAPProcTable::Enlist() noexcept {
   fDropped.store(false);
   if (fListed.exchange(true)) return;
@@ -46,15 +47,14 @@ void KAPProcTable::Enlist() noexcept {
   }
 }
 
-// The count goes first and the counter to compare it with last: a thread that sees the counter sees
-// the slots as well.
+// The watched counter is stored last: a thread that sees it sees the count and the slots as well.
 void KAPProcTable::RememberLoaded(unsigned long count) noexcept {
   fCount.store(count, std::memory_order_release);
   fWatched.store(gKAPUnregisterCount, std::memory_order_release);
 }
 
-// An empty slot is the no-op: the caller looks before it calls in any case, since an object may be
-// released before its table was ever loaded.
+// An empty slot is the no-op. Callers check it anyway, since an object may be released before its
+// table was ever loaded; a no-op procedure would need one per signature.
 void KAPProcTable::Forget() noexcept {
   fWatched.store(&kNeverFresh);
   fCount.store(0);

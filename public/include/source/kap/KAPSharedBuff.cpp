@@ -17,7 +17,7 @@ KAPSharedBuffer* CKAPSharedBuff::NewBuffer(std::size_t size, void* data, KAPDele
   KAPSharedBuffer* buffer =
       KAPSharedBuffClient::Call<"NewBuffer">(size, data, deleteProc, growProc, clientData);
   if (!buffer) CKAPMemory::ThrowMemError();
-  static_cast<void>(storage.release());  // the buffer's now
+  static_cast<void>(storage.release());  // the buffer owns it now
   return buffer;
 }
 

@@ -10,8 +10,8 @@ namespace KAP_T_MT {
 
 using KAPCacheClient = TKAPInterfaceClient<KAPCacheInterface>;
 
-// Constant-initialised: caches are static objects of several files and may be constructed before
-// this one's.
+// Initialised at compile time: caches are static objects of other files and may be constructed
+// before the static objects of this one.
 constinit CKAPStaticCacheBase* CKAPStaticCacheBase::fList = nullptr;
 constinit bool CKAPStaticCacheBase::fAcceptingCaches = false;
 
@@ -46,13 +46,13 @@ void CKAPStaticCacheBase::KillAll() noexcept {
 
 void CKAPStaticCacheBase::AddClientPurge() { KAPCacheClient::Call<"AddClientPurge">(&ClearAll, 1); }
 
-// A host whose caches have gone has nothing left to forget.
+// A host that no longer has the interface has no procedure to remove either.
 void CKAPStaticCacheBase::RemoveClientPurge() noexcept {
   if (KAPCacheClient::TryRefresh()) KAPCacheClient::CallLoaded<"RemoveClientPurge">(&ClearAll, 1);
 }
 
-// The host calls it as well: one cache that cannot be cleared keeps neither the others from it nor
-// raises anything here.
+// The host calls it too, so it must not throw; a cache that fails must not keep the others from
+// being cleared.
 void CKAPStaticCacheBase::ClearAll() noexcept {
   for (CKAPStaticCacheBase* cache = fList; cache; cache = cache->fNext) {
     KAPReportingError([cache] { cache->Clear(); });

@@ -5,14 +5,14 @@
 
 namespace KAP_T_MT {
 
-// Initialised at compile time: members are static objects of several files and may be constructed
-// before this file's.
+// Initialised at compile time: members are static objects of other files and may be constructed
+// before the static objects of this one.
 constinit LazyTerminate* LazyTerminate::fList = nullptr;
 constinit LazyTerminate* LazyTerminate::fTail = nullptr;
 
 namespace {
 
-// Members may join on any thread.
+// Guards the list: method-table lists join on the thread that first uses them.
 constinit std::mutex gJoining;
 
 }  // namespace
@@ -37,7 +37,7 @@ bool LazyTerminate::InitializeAll() {
     bool initialized = false;
     try {
       initialized = member->Initialize();
-    } catch (...) {  // a member that throws has failed, and the result says so
+    } catch (...) {  // failed; the result tells
     }
     if (!initialized) {
       TerminateBefore(member);

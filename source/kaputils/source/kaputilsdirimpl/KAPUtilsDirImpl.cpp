@@ -1,14 +1,15 @@
 // The procedures of "KAPUtilsDirInterface" and "KAPUtilsTempFileStreamFactory".
 
-#include "KAPUtilsDirImpl.h"
+#include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 
-#include "FiledObject.h"
-#include "KAPUtilsAtoms.h"
-#include "Required.h"
-#include "TempFileStream.h"
 #include "dir/KAPUtilsDirInterfaces.h"
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
+#include "kapimpl/base/Required.h"
+#include "kaputilsdirimpl/TempFileStream.h"
+#include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
 
 namespace NKAPUtilsDirImpl {
 
@@ -24,8 +25,8 @@ namespace {
 // Deliberate: directories are filed under the names of validators, hence the type is asked as well.
 KAPUtilsDir* Contain(TKAPClientObject<KAPUtilsDirImpl> directory) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(std::move(directory), atoms.POSValidatorImpl, atoms.POSValidatorInterface,
-                    &DeleteKAPUtilsDirImpl);
+  return KAPContain(KAPInstanceOwner(std::move(directory)), atoms.POSValidatorImpl,
+                    atoms.POSValidatorInterface, &DeleteKAPUtilsDirImpl);
 }
 
 const KAPUtilsDirImpl& Instance(KAPUtilsDir* handle) {
@@ -35,7 +36,7 @@ const KAPUtilsDirImpl& Instance(KAPUtilsDir* handle) {
 // A reference for the duration of the call.
 CKAPStringAtom Atom(KAPStringAtom* atom) { return CKAPStringAtom(Required(atom), false); }
 
-// Stores what `body` answers. Without a place for it nothing is done.
+// Stores what `body` returns. Without a place for it nothing is done.
 template <class Result, class Body>
 KAPError* KAPReturningResult(Result* out, Body body) noexcept {
   return KAPReturningError([&] {
@@ -87,11 +88,9 @@ KAPError* KAPUtilsDirCreateUniqueFilename(KAPStringAtom** out, KAPUtilsDir* dire
 }
 
 KAPError* KAPUtilsNewTempFileStream(KAPPositionableStream** out, const char* prefix,
-                                    const char* second, const char* mode) noexcept {
+                                    const char* /*second*/, const char* mode) noexcept {
   return KAPReturningResult(out, [=] {
-    return TempFileStream::New(CKAPStringAtom(Required(prefix)),
-                               second ? CKAPStringAtom(second) : CKAPStringAtom(),
-                               CKAPStringAtom(Required(mode)));
+    return TempFileStream::New(CKAPStringAtom(Required(prefix)), CKAPStringAtom(Required(mode)));
   });
 }
 

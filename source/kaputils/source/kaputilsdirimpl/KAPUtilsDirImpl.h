@@ -1,45 +1,11 @@
 #pragma once
 
-#include <utility>
-
-#include "kap/KAPClientBase.h"
-#include "kap/KAPStringAtom.h"
-
 namespace NKAPUtilsDirImpl {
-
-using KAP_T_MT::CKAPStringAtom;
-using KAP_T_MT::TKAPClientObject;
-
-// What stands behind the handle of a directory: its path, exactly as it was given or found. The
-// operations are described in dir/KAPUtilsDirInterfaces.h.
-class KAPUtilsDirImpl : public KAP_T_MT::CKAPVirtualClientBase {
- public:
-  static constexpr const char* kNotInstance = "instance was not an KAPUtilsDir";
-
-  explicit KAPUtilsDirImpl(CKAPStringAtom path) noexcept : fPath(std::move(path)) {}
-  static TKAPClientObject<KAPUtilsDirImpl> GetTempDir();
-  static TKAPClientObject<KAPUtilsDirImpl> GetCurrent();
-
-  bool FileExists(const CKAPStringAtom& name) const noexcept;
-  void Delete(const CKAPStringAtom& name) const;
-  void Rename(const CKAPStringAtom& from, const CKAPStringAtom& to) const;
-  CKAPStringAtom GetFilePathSpec(const CKAPStringAtom& name) const;
-  CKAPStringAtom CreateUniqueFilename(const CKAPStringAtom& prefix,
-                                      const CKAPStringAtom& second) const;
-
-  // Creates the file, unless it exists: then false. Deliberate: it is looked for in the directory,
-  // but created under the name as it stands, which for a relative name is the working directory.
-  // Two steps, between which others may create it. No registered procedure leads here.
-  bool createNewFile(const CKAPStringAtom& name) const;
-
- private:
-  const CKAPStringAtom fPath;
-};
 
 // What a container calls with its instance; null is ignored.
 void DeleteKAPUtilsDirImpl(void* instance) noexcept;
 
-// Registers directories, then temporary-file streams; false at the first that is refused.
+// Registers directories, then temporary-file streams; false at the first that the binder refuses.
 bool RegisterKAPUtilsDirImpl();
 void UnregisterKAPUtilsDirImpl();
 

@@ -1,7 +1,6 @@
-#include "TempFileStream.h"
+#include "kaputilsdirimpl/TempFileStream.h"
 
 #include <cstring>
-#include <exception>
 #include <mutex>
 #include <utility>
 
@@ -18,25 +17,23 @@ namespace {
 
 constexpr const char* kForReading = "rb";
 
-// A new file that no stream answers for yet. Deleted unless one takes it over.
+// A new file that no stream has taken over yet. Deleted unless one does.
 class UnclaimedFile {
  public:
-  UnclaimedFile(const CKAPUtilsDir& directory, const CKAPStringAtom& name) noexcept
-      : fDirectory(directory), fName(name) {}
+  explicit UnclaimedFile(const TempFile& file) noexcept : fFile(file) {}
   UnclaimedFile(const UnclaimedFile&) = delete;
   UnclaimedFile& operator=(const UnclaimedFile&) = delete;
   ~UnclaimedFile() {
-    if (!fClaimed) KAP_T_MT::KAPReportingError([this] { fDirectory.Delete(fName); });
+    if (!fClaimed) KAP_T_MT::KAPReportingError([this] { fFile.Delete(); });
   }
   void Claim() noexcept { fClaimed = true; }
 
  private:
-  const CKAPUtilsDir& fDirectory;
-  const CKAPStringAtom& fName;
+  const TempFile& fFile;
   bool fClaimed = false;
 };
 
-// With a slash in it the file would lie in another folder, where nobody would find it to delete it.
+// With a slash in it the file would be in another folder, and deleting it would miss it.
 void CheckPrefix(const CKAPStringAtom& prefix) {
   if (std::strchr(prefix.Text(), '/')) {
     throw KAP_T_MT::TOQException("the prefix of a temporary file contains a slash");
@@ -46,13 +43,11 @@ void CheckPrefix(const CKAPStringAtom& prefix) {
 }  // namespace
 
 KAPPositionableStream* TempFileStream::New(const CKAPStringAtom& prefix,
-                                           const CKAPStringAtom& second,
                                            const CKAPStringAtom& mode) {
   CheckPrefix(prefix);
-  const CKAPUtilsDir directory = CKAPUtilsDir::GetTempDir();
-  const CKAPStringAtom name = directory.CreateUniqueFilename(prefix, second);
-  UnclaimedFile file(directory, name);
-  auto stream = KAPNewClient<TempFileStream>(directory, name, mode.Text(), true);
+  const TempFile created = TempFile::Create(prefix);
+  UnclaimedFile file(created);
+  auto stream = KAPNewClient<TempFileStream>(created, mode.Text(), true);
   file.Claim();
   KAPPositionableStream* handle =
       KAP_T_MT::CKAPStreamFactory::NewClientPositionableStream(std::move(stream));
@@ -60,22 +55,13 @@ KAPPositionableStream* TempFileStream::New(const CKAPStringAtom& prefix,
   return handle;
 }
 
-TempFileStream::TempFileStream(CKAPUtilsDir directory, CKAPStringAtom name, const char* mode,
-                               bool deleteOnRelease)
-    : fDirectory(std::move(directory)),
-      fName(std::move(name)),
-      fFileStream(fDirectory.OpenStream(fName, mode)),
-      fDeleteOnRelease(deleteOnRelease) {}
+TempFileStream::TempFileStream(TempFile file, const char* mode, bool deleteOnRelease)
+    : fFile(std::move(file)), fFileStream(fFile.Open(mode)), fDeleteOnRelease(deleteOnRelease) {}
 
 TempFileStream::~TempFileStream() noexcept(false) {
   CloseFile();
   if (!fDeleteOnRelease) return;
-  try {
-    fDirectory.Delete(fName);
-  } catch (...) {
-    if (std::uncaught_exceptions() == 0) throw;
-    KAP_T_MT::KAPReportCurrentException();  // a second exception would end the process
-  }
+  fFinishing.Run([this] { fFile.Delete(); }, &KAP_T_MT::KAPReportCurrentException);
 }
 
 // An empty memory stream takes the file stream's place, so that the file is closed before it is
@@ -84,7 +70,7 @@ void TempFileStream::CloseFile() noexcept {
   const CKAPPositionableStream closed(std::move(fFileStream));
   try {
     fFileStream = CKAPPositionableStream();
-  } catch (...) {  // then no stream does: nobody reads any more
+  } catch (...) {  // then no stream does: nothing reads any more
   }
 }
 
@@ -105,10 +91,10 @@ TKAPClientObject<KAP_T_MT::KAPClientPositionableStream>
 TempFileStream::CreateIndependentlyPositionableStream() {
   const std::lock_guard lock(fLock);
   if (!fReopenedForReading) {
-    fFileStream = fDirectory.OpenStream(fName, kForReading);
+    fFileStream = fFile.Open(kForReading);
     fReopenedForReading = true;
   }
-  return KAPNewClient<TempFileStream>(fDirectory, fName, kForReading, false);
+  return KAPNewClient<TempFileStream>(fFile, kForReading, false);
 }
 
 }  // namespace NKAPUtilsDirImpl

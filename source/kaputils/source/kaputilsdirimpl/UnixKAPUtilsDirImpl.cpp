@@ -1,5 +1,7 @@
 // The directory's operations on a POSIX system.
 
+#include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,8 +13,8 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <utility>
 
-#include "KAPUtilsDirImpl.h"
 #include "SafeStringAPIs.h"
 #include "kap/KAPError.h"
 #include "kap/KAPMemory.h"
@@ -65,23 +67,23 @@ class SystemPath {
 };
 
 // A new, empty file with a name of its own. Gone again unless it is kept.
-class UniqueFile {
+class NewFile {
  public:
   // The pattern's six X at the end become the unique part.
-  explicit UniqueFile(char* pattern) : fPath(pattern), fDescriptor(::mkostemp(pattern, O_CLOEXEC)) {
+  explicit NewFile(char* pattern) : fPath(pattern), fDescriptor(::mkostemp(pattern, O_CLOEXEC)) {
     if (fDescriptor < 0) ThrowCreateError();
   }
-  UniqueFile(const UniqueFile&) = delete;
-  UniqueFile& operator=(const UniqueFile&) = delete;
-  ~UniqueFile() {
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile() {
     if (fDescriptor < 0) return;
     ::close(fDescriptor);
     ::unlink(fPath);
   }
 
   const char* Name() const noexcept { return std::strrchr(fPath, '/') + 1; }
-  // Deliberate: the descriptor stays open for the life of the process.
-  void Keep() noexcept { fDescriptor = -1; }
+  // Returns the descriptor, which stays open for the life of the process. Deliberate.
+  int Keep() noexcept { return std::exchange(fDescriptor, -1); }
 
  private:
   const char* fPath;
@@ -126,23 +128,26 @@ CKAPStringAtom KAPUtilsDirImpl::GetFilePathSpec(const CKAPStringAtom& name) cons
 
 bool KAPUtilsDirImpl::createNewFile(const CKAPStringAtom& name) const {
   if (FileExists(name)) return false;
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.Text(), "w"),
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.Text(), "we"),
                                                              &std::fclose);
   if (!file) ThrowCreateError();
   return true;
 }
 
-CKAPStringAtom KAPUtilsDirImpl::CreateUniqueFilename(const CKAPStringAtom& prefix,
-                                                     const CKAPStringAtom& /*second*/) const {
-  // A slash even behind one: the system takes two for one.
+UniqueFile KAPUtilsDirImpl::CreateUniqueFile(const CKAPStringAtom& prefix) const {
+  // A slash even after one: the system takes two for one.
   const CKAPStringAtom pattern = fPath + CKAPStringAtom("/") + prefix + CKAPStringAtom(".XXXXXX");
   const std::size_t size = KAPCheckedSize(std::strlen(pattern.Text()), 1, 1);
   const auto path = KAPNewBlock<char>(size);
   std::memcpy(path.get(), pattern.Text(), size);
-  UniqueFile file(path.get());
+  NewFile file(path.get());
   CKAPStringAtom name(file.Name());
-  file.Keep();
-  return name;
+  return {std::move(name), file.Keep()};
+}
+
+CKAPStringAtom KAPUtilsDirImpl::CreateUniqueFilename(const CKAPStringAtom& prefix,
+                                                     const CKAPStringAtom& /*second*/) const {
+  return CreateUniqueFile(prefix).fName;
 }
 
 }  // namespace NKAPUtilsDirImpl

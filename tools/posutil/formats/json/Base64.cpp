@@ -6,7 +6,7 @@ namespace PosUtil {
 
 namespace {
 
-constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 constexpr unsigned char kNoDigit = 0xFF;
 
@@ -14,7 +14,7 @@ constexpr auto kValues = [] {
   std::array<unsigned char, 256> values{};
   for (auto& value : values) value = kNoDigit;
   for (unsigned char i = 0; i < 64; ++i) {
-    values[static_cast<unsigned char>(kDigits[i])] = i;
+    values[static_cast<unsigned char>(kBase64Digits[i])] = i;
   }
   return values;
 }();
@@ -29,10 +29,10 @@ std::string Base64Encode(const unsigned char* data, std::size_t size) {
     const unsigned int group = static_cast<unsigned int>(data[i]) << 16 |
                                (left > 1 ? static_cast<unsigned int>(data[i + 1]) << 8 : 0) |
                                (left > 2 ? data[i + 2] : 0U);
-    out += kDigits[group >> 18];
-    out += kDigits[group >> 12 & 63];
-    out += left > 1 ? kDigits[group >> 6 & 63] : '=';
-    out += left > 2 ? kDigits[group & 63] : '=';
+    out += kBase64Digits[group >> 18];
+    out += kBase64Digits[group >> 12 & 63];
+    out += left > 1 ? kBase64Digits[group >> 6 & 63] : '=';
+    out += left > 2 ? kBase64Digits[group & 63] : '=';
   }
   return out;
 }
@@ -57,7 +57,7 @@ bool Base64Decode(std::string_view text, std::vector<unsigned char>& out) {
       out.push_back(static_cast<unsigned char>(bits >> bitCount));
     }
   }
-  return (bits & ((1U << bitCount) - 1)) == 0;  // no bits but those of whole bytes
+  return (bits & ((1U << bitCount) - 1)) == 0;  // the unused bits are zero
 }
 
 }  // namespace PosUtil

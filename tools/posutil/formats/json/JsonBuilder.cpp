@@ -3,10 +3,8 @@
 #include <charconv>
 #include <utility>
 
-#include "formats/DeepPath.h"
-#include "formats/NumberText.h"
-#include "formats/json/JsonForms.h"
-#include "program/Failure.h"
+#include "base/DecimalText.h"
+#include "base/ValueError.h"
 
 namespace PosUtil {
 
@@ -14,9 +12,11 @@ namespace {
 
 using KAP_T_MT::CKAPStringAtom;
 
-[[noreturn]] void ThrowInexact() { throw ValueError("an integer that no number can hold exactly"); }
+[[noreturn]] void ThrowInexact() {
+  throw ValueError("a number cannot represent this integer exactly");
+}
 
-void RefuseZero(std::string_view text, const char* message) {
+void RejectZero(std::string_view text, const char* message) {
   if (text.find('\0') != std::string_view::npos) throw ValueError(message);
 }
 
@@ -25,25 +25,25 @@ Handle NewNumber(double value) { return Owned(Numbers::Call<"NewPOSNumber">(valu
 }  // namespace
 
 void JsonBuilder::Null() {
-  if (fTagged) fTagged->RefuseValue();
-  if (fLevels.empty()) throw ValueError("null is no object");
+  if (fTagged) fTagged->RejectValue();
+  if (fLevels.empty()) throw ValueError("null is not an object");
   Level& level = fLevels.back();
   if (level.fKind == Kind::kArray) {
     level.fEndsEmpty = true;
     ++level.fCount;
   } else {
-    // An earlier member of that name does not count.
+    // The last member of a name wins, so this undoes an earlier one.
     Dicts::Call<"Remove">(level.fContainer.Handle(), std::exchange(fKey, nullptr)->Handle());
   }
 }
 
 void JsonBuilder::Number(double value) {
-  if (fTagged) fTagged->RefuseValue();
+  if (fTagged) fTagged->RejectValue();
   Attach(NewNumber(value));
 }
 
 void JsonBuilder::Signed(long long value) {
-  // Nothing is converted back that could lie outside the type: only the largest value rounds to 2^63.
+  // The largest values round to 2^63. Converting that back would overflow.
   const auto number = static_cast<double>(value);
   if (number >= 0x1p63 || static_cast<long long>(number) != value) ThrowInexact();
   Number(number);
@@ -56,24 +56,24 @@ void JsonBuilder::Unsigned(unsigned long long value) {
 }
 
 void JsonBuilder::Integer(std::string_view digits, double nearest) {
-  // Without a precision, the shortest digits are followed by the exact ones of the double, not by zeros.
-  if (NumberText(nearest, NumberText::kWithoutExponent).View() != digits) ThrowInexact();
+  // The text has the exact digits of the double, not the shortest ones followed by zeros.
+  if (DecimalText(nearest, DecimalText::kWithoutExponent).View() != digits) ThrowInexact();
   Number(nearest);
 }
 
 void JsonBuilder::String(std::string_view text) {
-  RefuseZero(text, "a string that holds a zero character");
+  RejectZero(text, "the string contains a zero character");
   if (fTagged) return fTagged->String(text);
   Attach(fStrings.Get(text, [text] { return Owned(Strings::Call<"NewPOSString">(text.data())); }));
 }
 
 void JsonBuilder::BeginArray() {
-  if (fTagged) fTagged->RefuseValue();
+  if (fTagged) fTagged->RejectValue();
   Open(Kind::kArray, Owned(Arrays::Call<"NewPOSArray">()));
 }
 
 void JsonBuilder::BeginObject() {
-  if (fTagged) fTagged->RefuseValue();
+  if (fTagged) fTagged->RejectValue();
   Open(Kind::kObject, Handle());
 }
 
@@ -101,7 +101,7 @@ void JsonBuilder::EndObject() {
 }
 
 void JsonBuilder::Close(Handle&& value) {
-  const Handle owned = std::move(value);  // the level that had it goes
+  const Handle owned = std::move(value);  // `value` is a part of the level
   fClosedKey = std::move(fLevels.back().fOuterKey);
   fLevels.pop_back();
   if (fClosedKey.Handle()) fKey = &fClosedKey;
@@ -109,7 +109,7 @@ void JsonBuilder::Close(Handle&& value) {
 }
 
 void JsonBuilder::Key(std::string_view key) {
-  RefuseZero(key, "a key that holds a zero character");
+  RejectZero(key, "a key contains a zero character");
   if (fTagged) return fTagged->Key(key);
   Level& object = fLevels.back();
   if (IsJsonTag(key)) {
@@ -125,7 +125,7 @@ void JsonBuilder::Key(std::string_view key) {
   fKey = &fKeys.Get(key);
 }
 
-// An object is known to stand for another value by its first member, or by its second if the first is "base64".
+// The first member shows whether an object is a tagged value; if that is "base64", the second does.
 TaggedJson JsonBuilder::BeginTagged(const Level& object, std::string_view key) {
   if (object.fKind == Kind::kObject) return {};
   if (key == kBinaryTag && object.fCount == 1) {
@@ -159,12 +159,12 @@ void JsonBuilder::Attach(const Handle& value) {
   ++level.fCount;
 }
 
-// An array grows only by a value: one is put behind the empty slots and taken away again.
+// Only a value makes an array longer, so this stores one after the empty slots and removes it.
 void JsonBuilder::FillEmptyEnd(const Level& array) {
   const Handle value = NewNumber(0);
-  const unsigned long behind = array.fCount;
-  Arrays::Call<"SetAt">(array.fContainer.Handle(), behind, value.Handle());
-  Arrays::Call<"Remove">(array.fContainer.Handle(), behind);
+  const unsigned long end = array.fCount;
+  Arrays::Call<"SetAt">(array.fContainer.Handle(), end, value.Handle());
+  Arrays::Call<"Remove">(array.fContainer.Handle(), end);
 }
 
 std::string JsonBuilder::Path() const {

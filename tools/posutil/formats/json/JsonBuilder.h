@@ -6,22 +6,23 @@
 #include <vector>
 
 #include "formats/Handles.h"
-#include "formats/KeyAtoms.h"
 #include "formats/TextCache.h"
 #include "formats/json/TaggedJson.h"
 #include "pos/POSObject.h"
 
 namespace PosUtil {
 
-// Makes a property object of JSON, piece by piece, in the order of the text. Nesting of any depth needs no stack.
-// Texts are well-formed UTF-8. Each call may throw ValueError for what an object cannot hold; Path then tells where.
+// Builds a property object from the pieces of a JSON text, in the order of the text. The depth of
+// the nesting does not use up the stack. Texts are well-formed UTF-8.
+// Errors: every call may throw ValueError for a value that an object cannot hold; Path then returns
+//   its place.
 class JsonBuilder {
  public:
   void Null();
   void Number(double value);
   void Signed(long long value);
   void Unsigned(unsigned long long value);
-  // A number with more digits than the integer types have.
+  // An integer with too many digits for the integer types.
   void Integer(std::string_view digits, double nearest);
   void String(std::string_view text);
 
@@ -31,26 +32,26 @@ class JsonBuilder {
   void Key(std::string_view key);
   void EndObject();
 
-  // The path to where the next piece belongs; empty for the document itself.
+  // The path to the place of the next piece; empty for the document itself.
   std::string Path() const;
-  // The object, once its last piece is there.
+  // The object. Call it after the last piece.
   KAP_T_MT::CPOSObject Take();
 
  private:
   enum class Kind : char {
     kArray,
-    kObject,  // not yet known whether it is a dictionary
+    kObject,  // a dictionary or a tagged value: its first member decides
     kDict,
     kTagged,
   };
 
-  // An array or object that is still open.
+  // An array or object that has not ended yet.
   struct Level {
     Kind fKind;
-    bool fEndsEmpty;                     // of an array: its last slot is empty and not yet there
-    std::size_t fCount;                  // of slots; of members, repeated ones too
+    bool fEndsEmpty;                     // of an array: its last slots are empty and not yet there
+    std::size_t fCount;                  // of slots, or of members including repeated ones
     Handle fContainer;                   // none for kObject and kTagged
-    KAP_T_MT::CKAPStringAtom fOuterKey;  // where it belongs in a dictionary
+    KAP_T_MT::CKAPStringAtom fOuterKey;  // its own key in the dictionary around it
   };
 
   void Open(Kind kind, Handle container);
@@ -60,11 +61,11 @@ class JsonBuilder {
   static void FillEmptyEnd(const Level& array);
 
   std::vector<Level> fLevels;
-  const KAP_T_MT::CKAPStringAtom* fKey = nullptr;  // of the member that has no value yet
-  std::optional<TaggedJson> fTagged;               // when the innermost object is one
+  const KAP_T_MT::CKAPStringAtom* fKey = nullptr;  // of the member whose value comes next
+  std::optional<TaggedJson> fTagged;               // if the innermost object is a tagged value
   KeyAtoms fKeys;
-  TextCache<Handle> fStrings;           // strings cannot change, so equal ones may share an object
-  KAP_T_MT::CKAPStringAtom fClosedKey;  // what fKey points to for a container that has just ended
+  TextCache<Handle> fStrings;           // strings are immutable, so equal ones share an object
+  KAP_T_MT::CKAPStringAtom fClosedKey;  // the target of fKey after the end of a container
   Handle fRoot;
 };
 

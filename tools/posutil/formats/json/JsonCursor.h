@@ -5,31 +5,31 @@
 #include <iterator>
 
 #include "files/Source.h"
-#include "program/Progress.h"
+#include "terminal/Progress.h"
 
 namespace PosUtil {
 
-// What happens now and then while a text is read.
-class ReadingWatch {
+// Advances the progress bar and frees memory while a parser moves through a source.
+class ReadingMonitor {
  public:
-  ReadingWatch(Source& source, Progress& progress)
-      : fSource(source), fProgress(progress), fNext(Behind(source.Text())) {}
+  ReadingMonitor(Source& source, Progress& progress)
+      : fSource(source), fProgress(progress), fNext(After(source.Text())) {}
 
   void At(const char* place) {
     if (place == fNext) [[unlikely]]
-      Look();
+      Step();
   }
 
  private:
   static constexpr std::size_t kStep = 256 * 1024;
 
-  void Look() {
+  void Step() {
     fProgress.Advance(kStep);
     fSource.Forget(static_cast<std::size_t>(fNext - fSource.Text()));
-    fNext = Behind(fNext);
+    fNext = After(fNext);
   }
-  // The end of the text is the last place to look at.
-  const char* Behind(const char* place) const {
+  // At most the end of the text.
+  const char* After(const char* place) const {
     const char* const end = fSource.Text() + fSource.Bytes().size();
     return place + std::min<std::size_t>(kStep, static_cast<std::size_t>(end - place));
   }
@@ -39,7 +39,7 @@ class ReadingWatch {
   const char* fNext;
 };
 
-// An iterator over a text that is read once.
+// An input iterator over the text for the parser.
 class JsonCursor {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -48,18 +48,18 @@ class JsonCursor {
   using pointer = const char*;
   using reference = const char&;
 
-  JsonCursor(const char* place, ReadingWatch& watch) : fPlace(place), fWatch(&watch) {}
+  JsonCursor(const char* place, ReadingMonitor& monitor) : fPlace(place), fMonitor(&monitor) {}
 
   const char& operator*() const { return *fPlace; }
   JsonCursor& operator++() {
-    fWatch->At(++fPlace);
+    fMonitor->At(++fPlace);
     return *this;
   }
   friend bool operator==(const JsonCursor& a, const JsonCursor& b) { return a.fPlace == b.fPlace; }
 
  private:
   const char* fPlace;
-  ReadingWatch* fWatch;
+  ReadingMonitor* fMonitor;
 };
 
 }  // namespace PosUtil

@@ -1,32 +1,32 @@
-// JSON, read piece by piece: the document is never held in another form. See JsonForms.h for what
-// JSON has no values for; true and false become strings, null an empty slot or an absent member.
-// Several documents stand on a line each.
+// The JSON reader. It goes piece by piece from the text to the property object, with no other form
+// in between. See TaggedJson.h for values that JSON does not have; true and false become strings,
+// null becomes an empty slot or no member. Several documents take a line each.
 
 #include <nlohmann/json.hpp>
 
-#include "formats/Printable.h"
+#include "base/Printable.h"
+#include "base/SyntaxError.h"
+#include "base/ValueError.h"
 #include "formats/SourceReader.h"
-#include "formats/SyntaxError.h"
 #include "formats/json/JsonBuilder.h"
 #include "formats/json/JsonCursor.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 
 namespace {
 
-constexpr int kNumberOverflow = 406;  // the parser's number for that error
+constexpr int kNumberOverflow = 406;  // the parser's id of this error
 
 class Handler final : public nlohmann::json_sax<nlohmann::json> {
  public:
-  // The text begins at byte `begin` of the source.
+  // The text starts at byte `begin` of the source.
   Handler(const Source& source, std::size_t begin, JsonBuilder& builder)
       : fSource(source), fBegin(begin), fBuilder(builder) {}
 
   bool null() override { return fBuilder.Null(), true; }
   bool boolean(bool value) override { return fBuilder.String(value ? "true" : "false"), true; }
   bool number_integer(number_integer_t value) override {
-    // Only what begins with "-" comes as a signed integer, so this is "-0".
+    // Only integers with a minus sign get here, so 0 is "-0".
     return value == 0 ? fBuilder.Number(-0.0) : fBuilder.Signed(value), true;
   }
   bool number_unsigned(number_unsigned_t value) override { return fBuilder.Unsigned(value), true; }
@@ -35,7 +35,7 @@ class Handler final : public nlohmann::json_sax<nlohmann::json> {
     return isInteger ? fBuilder.Integer(text, value) : fBuilder.Number(value), true;
   }
   bool string(string_t& text) override { return fBuilder.String(text), true; }
-  bool binary(binary_t&) override { return false; }  // not in text
+  bool binary(binary_t&) override { return false; }  // JSON text has none
 
   bool start_object(std::size_t) override { return fBuilder.BeginObject(), true; }
   bool key(string_t& text) override { return fBuilder.Key(text), true; }
@@ -43,20 +43,21 @@ class Handler final : public nlohmann::json_sax<nlohmann::json> {
   bool start_array(std::size_t) override { return fBuilder.BeginArray(), true; }
   bool end_array() override { return fBuilder.EndArray(), true; }
 
-  // `position` counts the bytes that were read.
+  // `position` is the number of bytes read.
   bool parse_error(std::size_t position, const std::string& token,
                    const nlohmann::detail::exception& error) override {
     const std::string path = fBuilder.Path();
     const std::string message = error.id == kNumberOverflow
                                     ? "the number " + token + " is too large"
                                     : Message(error.what());
-    throw SyntaxError(fSource, fBegin + (position > 0 ? position - 1 : 0),
-                      Printable(message) + (path.empty() ? "" : " (at " + Printable(path) + ")"));
+    throw fSource.ErrorAt(
+        fBegin + (position > 0 ? position - 1 : 0),
+        Printable(message) + (path.empty() ? "" : " (at " + Printable(path) + ")"));
   }
 
  private:
-  // What the parser says, without its own name and place, and without the text that the excerpt
-  // will show.
+  // The message of the parser, without its name and position, and without the text that the excerpt
+  // shows anyway.
   static std::string Message(std::string text) {
     text.erase(0, std::min(text.find(": ", text.find(", column ")), text.size() - 2) + 2);
     const std::size_t token = text.find("; last read: '");
@@ -72,23 +73,24 @@ class Handler final : public nlohmann::json_sax<nlohmann::json> {
 };
 
 // `text` is a part of the source.
-KAP_T_MT::CPOSObject ReadJson(const Source& source, std::string_view text, ReadingWatch& watch) {
+KAP_T_MT::CPOSObject ReadJson(const Source& source, std::string_view text,
+                              ReadingMonitor& monitor) {
   JsonBuilder builder;
   Handler handler(source, static_cast<std::size_t>(text.data() - source.Text()), builder);
   try {
-    nlohmann::json::sax_parse(JsonCursor(text.data(), watch),
-                              JsonCursor(text.data() + text.size(), watch), &handler);
+    nlohmann::json::sax_parse(JsonCursor(text.data(), monitor),
+                              JsonCursor(text.data() + text.size(), monitor), &handler);
   } catch (const ValueError& error) {
     throw error.At(source.Name(), builder.Path());
   }
   return builder.Take();
 }
 
-// Blank lines do not count.
+// Skips blank lines.
 class JsonLines final : public Documents {
  public:
   JsonLines(const std::string& fileName, Progress& progress)
-      : fSource(Source::Read(fileName)), fRest(fSource.Bytes()), fWatch(fSource, progress) {
+      : fSource(Source::Read(fileName)), fRest(fSource.Bytes()), fMonitor(fSource, progress) {
     progress.Begin("reading", fRest.size());
   }
 
@@ -98,13 +100,13 @@ class JsonLines final : public Documents {
     fIsBegun = true;
     const std::string_view line = fRest.substr(0, fRest.find('\n'));
     fRest.remove_prefix(line.size());
-    return ReadJson(fSource, line, fWatch);
+    return ReadJson(fSource, line, fMonitor);
   }
 
  private:
   Source fSource;
   std::string_view fRest;
-  ReadingWatch fWatch;
+  ReadingMonitor fMonitor;
   bool fIsBegun = false;
 };
 
@@ -120,8 +122,8 @@ class JsonReader final : public SourceReader {
 
  private:
   KAP_T_MT::CPOSObject Read(Source& source, Progress& progress) const override {
-    ReadingWatch watch(source, progress);
-    return ReadJson(source, source.Bytes(), watch);
+    ReadingMonitor monitor(source, progress);
+    return ReadJson(source, source.Bytes(), monitor);
   }
 } gJsonReader;
 

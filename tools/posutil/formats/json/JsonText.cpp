@@ -3,14 +3,15 @@
 #include <array>
 #include <string_view>
 
-#include "formats/Utf.h"
-#include "program/Failure.h"
+#include "base/HexText.h"
+#include "base/Utf.h"
+#include "base/ValueError.h"
 
 namespace PosUtil {
 
 namespace {
 
-// Characters that stand for themselves.
+// The characters that need no escape.
 constexpr auto kPlain = [] {
   std::array<bool, 256> plain{};
   for (unsigned char i = 0x20; i < 0x80; ++i) plain[i] = i != '"' && i != '\\';
@@ -19,12 +20,12 @@ constexpr auto kPlain = [] {
 
 bool IsPlain(char character) { return kPlain[static_cast<unsigned char>(character)]; }
 
-// The length of the character; the bytes behind it are not read once one is wrong, so the zero byte stops it.
+// The length of the character. The final zero byte ends the look-ahead.
 std::size_t CharacterLength(const char* text) {
   std::size_t available = 1;
   while (available < 4 && text[available] != '\0') ++available;
   const std::size_t length = Utf8CharacterLength({text, available});
-  if (length == 0) throw ValueError("bytes that are no UTF-8");
+  if (length == 0) throw ValueError("invalid UTF-8");
   return length;
 }
 
@@ -39,8 +40,7 @@ void PutEscaped(Output& out, char character) {
   }
   const auto code = static_cast<unsigned char>(character);
   out.Put("\\u00");
-  out.Put("0123456789abcdef"[code >> 4]);
-  out.Put("0123456789abcdef"[code & 15]);
+  out.Put(HexText(code).View());
 }
 
 }  // namespace

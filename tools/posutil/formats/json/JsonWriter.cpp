@@ -1,17 +1,17 @@
-// JSON. See JsonForms.h for what JSON has no values for; an empty slot of an array is null.
+// The JSON writer. See TaggedJson.h for values that JSON does not have; an empty slot is null.
 
 #include <cmath>
 #include <string>
 
+#include "base/DecimalText.h"
+#include "base/Utf.h"
+#include "base/ValueError.h"
 #include "formats/Format.h"
 #include "formats/Layout.h"
-#include "formats/NumberText.h"
-#include "formats/Utf.h"
 #include "formats/Visitor.h"
 #include "formats/json/Base64.h"
-#include "formats/json/JsonForms.h"
 #include "formats/json/JsonText.h"
-#include "program/Failure.h"
+#include "formats/json/TaggedJson.h"
 
 namespace PosUtil {
 
@@ -29,15 +29,15 @@ class JsonVisitor final : public Visitor {
   }
 
   void Number(double value) override {
-    if (!std::isfinite(value)) throw ValueError("JSON has no infinities and no NaN");
-    fOut.Put(NumberText(value).View());
-    // Many readers take "-0" for the integer 0.
+    if (!std::isfinite(value)) throw ValueError("JSON cannot hold infinities or NaN");
+    fOut.Put(DecimalText(value).View());
+    // Many readers read "-0" as the integer 0.
     if (value == 0 && std::signbit(value)) fOut.Put(".0");
   }
   void String(const char* text) override { PutJsonString(fOut, text); }
   void UnicodeString(const unsigned short* units) override {
     std::string text;
-    if (!Utf16ToUtf8(units, text)) throw ValueError("a Unicode string with a lone surrogate");
+    if (!Utf16ToUtf8(units, text)) throw ValueError(kLoneSurrogate);
     PutMember('{', kUnicodeTag, text.c_str());
     fOut.Put('}');
   }
@@ -61,7 +61,7 @@ class JsonVisitor final : public Visitor {
     fOut.Put(fColon);
   }
 
-  // A member of one of our own objects, which stay on one line.
+  // A member of a tagged value, which stays on one line.
   void PutMember(char before, const char* key, const char* text) {
     fOut.Put(before);
     if (before == ',' && fColon.size() > 1) fOut.Put(' ');

@@ -2,10 +2,9 @@
 
 #include <vector>
 
-#include "formats/Utf.h"
+#include "base/Utf.h"
+#include "base/ValueError.h"
 #include "formats/json/Base64.h"
-#include "formats/json/JsonForms.h"
-#include "program/Failure.h"
 
 namespace PosUtil {
 
@@ -29,7 +28,7 @@ void TaggedJson::Key(std::string_view key) {
 
 void TaggedJson::String(std::string_view text) { *fMember = text; }
 
-void TaggedJson::RefuseValue() const {
+void TaggedJson::RejectValue() const {
   throw ValueError(R"(the value of "$unicode", "$binary" or "base64" must be a string)");
 }
 

@@ -6,34 +6,34 @@
 #include <vector>
 
 #include "POSStreamer.h"
-#include "files/StreamInput.h"
 #include "formats/Format.h"
-#include "formats/SourceReader.h"
+#include "formats/HeapReserve.h"
+#include "formats/typea/StreamInput.h"
 
 namespace PosUtil {
 
 namespace {
 
-// What the library's reports mean to those who have only the document before them. Others tell it
-// themselves.
+// What some reports of the library mean to a user who looks at the document. The others need no
+// explanation.
 constexpr struct {
   std::string_view fReport;
   const char* fMeaning;
 } kMeanings[] = {
-    {"getNextChar unexpected EOF", "the document ends before its version name does"},
+    {"getNextChar unexpected EOF", "the document ends inside the version name"},
     {"StreamerBase::LookupStreamer unrecognized version",
-     "a document begins with POSStreamerTypeA_Version1.0 and a space"},
+     "a document must start with POSStreamerTypeA_Version1.0 and a space"},
     {"POSObjectStreamerImpl::Deserialize failure", "a zero character instead of a value"},
-    {"unexpected EOF", "the document ends within a value"},
-    {"Cannot determine streaming params", "no value begins with this character"},
-    {"Unexpected escape sequence", "an escape that has no meaning here"},
-    {"GetChars ran out of input", "there is less binary data than its length tells"},
-    {"Unexpected chars after binary data", "there is more binary data than its length tells"},
-    {"downcast from CPOSObject to CPOSString failed", "a string is expected"},
-    {"downcast from CPOSObject to CPOSNumber failed", "the length of the binary data is expected"},
-    {"missing dictionary value", "a key without a value"},
+    {"unexpected EOF", "the document ends inside a value"},
+    {"Cannot determine streaming params", "no value starts with this character"},
+    {"Unexpected escape sequence", "unknown escape sequence"},
+    {"GetChars ran out of input", "binary data is shorter than its declared length"},
+    {"Unexpected chars after binary data", "binary data is longer than its declared length"},
+    {"downcast from CPOSObject to CPOSString failed", "expected a string"},
+    {"downcast from CPOSObject to CPOSNumber failed", "expected the length of the binary data"},
+    {"missing dictionary value", "key without a value"},
     {"Cannot meaningfully read in a raw pointer (write is for debugging only)",
-     "a raw pointer cannot be read"},
+     "cannot read a raw pointer"},
 };
 
 std::string MeaningOf(const std::string& report) {
@@ -56,7 +56,7 @@ class TypeADocuments final : public Documents {
     if (object.IsNull()) ThrowUnreadable();
     fIsAtEnd = !fInput.SkipSpace();
     if (!fIsAtEnd && fExtent == Extent::kOne) {
-      throw fInput.ErrorAt(fInput.Position(), "something follows the document (see --all)");
+      throw fInput.ErrorAt(fInput.Position(), "unexpected text after the document (see --all)");
     }
     return object;
   }
@@ -67,7 +67,7 @@ class TypeADocuments final : public Documents {
     fInput.CheckFailure();
     const std::string report = reports.empty() ? "unreadable" : std::move(reports.front());
     const std::size_t count = fInput.Position();
-    // The last byte that was read is the wrong one, unless one was missing.
+    // The error is the last byte read, unless a byte is missing.
     const bool isMissing = count == 0 || report.ends_with("unexpected EOF");
     throw fInput.ErrorAt(count - (isMissing ? 0 : 1),
                          MeaningOf(report) + " (after " + std::to_string(count) + " bytes)");

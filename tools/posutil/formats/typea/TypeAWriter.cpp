@@ -3,22 +3,22 @@
 #include <cmath>
 
 #include "POSStreamer.h"
-#include "files/StreamOutput.h"
+#include "base/ValueError.h"
 #include "formats/Format.h"
 #include "formats/Visitor.h"
-#include "program/Failure.h"
+#include "formats/typea/StreamOutput.h"
 
 namespace PosUtil {
 
 namespace {
 
-// Refuses what the streamer would write though no reader takes it back.
+// Rejects the values that the streamer writes but no reader accepts.
 class TypeAVisitor final : public Visitor {
  public:
   void At(const Place&) override {}
 
   void Number(double value) override {
-    if (!std::isfinite(value)) throw ValueError("TypeA cannot hold infinities and NaN");
+    if (!std::isfinite(value)) throw ValueError("TypeA cannot hold infinities or NaN");
   }
   void String(const char*) override {}
   void UnicodeString(const unsigned short*) override {}
@@ -32,8 +32,7 @@ class TypeAVisitor final : public Visitor {
   void EndDict(const Place&, std::size_t) override {}
 };
 
-// Documents stand one behind the other with nothing between them: not every reader skips white
-// space there.
+// Nothing separates two documents: not every reader skips white space there.
 class TypeAWriter final : public Writer {
  public:
   TypeAWriter() : Writer(4, "typea", "", "") {}

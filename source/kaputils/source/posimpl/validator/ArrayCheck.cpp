@@ -1,6 +1,5 @@
-#include "Category.h"
-#include "FetchAhead.h"
-#include "Length.h"
+#include "posimpl/base/FetchAhead.h"
+#include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {
 
@@ -10,14 +9,16 @@ namespace {
 constexpr LengthMessages kArrayLength = {"Array length below mininum value %d",
                                          "Array length above maximum value"};
 
-// `typeAt` gives the type of the member at an index.
+// `typeAt` returns the type of the member at an index. A callback may change both arrays: each step
+// takes them as they are then.
 template <class TypeAt>
 ErrorCount CheckMembers(const TypeCheck& check, const Array& members, TypeAt typeAt) {
   ErrorCount count = 0;
   for (std::uint32_t i = 0; i < members.Count(); ++i) {
     NPOSObjectImpl::FetchAhead(members.Elements(), i);
     const Subject member(ElementAt(members, i).Handle());
-    count += check.CheckPart(member, typeAt(i),
+    const Kept<String>& type = typeAt(i);
+    count += check.CheckPart(member, type->Get(),
                              [=] { return FormatIntoPOSString("[%d]:", static_cast<int>(i)); });
   }
   return count;
@@ -27,7 +28,7 @@ ErrorCount CheckOneByOne(const TypeCheck& check, const Array& members, const Arr
   if (types.Count() != members.Count()) {
     return check.Fail("Heterogenous array object size did not match type array size");
   }
-  return CheckMembers(check, members, [&](std::uint32_t i) { return TextAt(types, i); });
+  return CheckMembers(check, members, [&](std::uint32_t i) { return check.TypeAt(types, i); });
 }
 
 // The two forms of "membertype". With neither of them, deliberately, no member is checked.
@@ -35,11 +36,14 @@ ErrorCount CheckMemberType(const TypeCheck& check, const Array& members) {
   const CPOSObject* attribute = check.fDefinition.Find(&Keywords::MemberType);
   if (!attribute) return 0;
   const Subject type(attribute->Handle());
-  if (const AtomText ofAll = type.Text()) {
-    return CheckMembers(check, members, [=](std::uint32_t) { return ofAll; });
+  if (type.Text()) {
+    const Kept<String> ofAll(*attribute, check.fDefinition.Keeps());
+    return CheckMembers(check, members,
+                        [&](std::uint32_t) -> const Kept<String>& { return ofAll; });
   }
-  const Array* types = type.As<Array>();
-  return types ? CheckOneByOne(check, members, *types) : 0;
+  if (!type.As<Array>()) return 0;
+  const Kept<Array> types(*attribute, check.fDefinition.Keeps());
+  return CheckOneByOne(check, members, *types);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TypeCheck.h"
+#include "posimpl/validator/TypeCheck.h"
 
 namespace NPOSValidatorImpl {
 
@@ -9,28 +9,10 @@ namespace NPOSValidatorImpl {
 struct Category {
   KeywordName fName;
   ErrorCount (*fCheck)(const TypeCheck& check);
+  KAP_T_MT::POSType fType;  // what the objects of the category are; none when any may be
 
   // TOQException for any other name.
   static const Category& Get(AtomText name, const Keywords& words);
 };
-
-// "int" and "real": min, max, minexcl, maxexcl.
-ErrorCount CheckNumber(const TypeCheck& check);
-// minlen and maxlen in bytes, illegalchars, oneof.
-ErrorCount CheckString(const TypeCheck& check);
-// minlen and maxlen in 16-bit units.
-ErrorCount CheckUnicodeString(const TypeCheck& check);
-// minlen and maxlen in bytes; oneof of its type name.
-ErrorCount CheckBinData(const TypeCheck& check);
-// Raw pointers by all their names.
-ErrorCount CheckReference(const TypeCheck& check);
-// minlen and maxlen in members. membertype: the type of all of them, or the types one by one.
-ErrorCount CheckArray(const TypeCheck& check);
-// required and optional (type by name of the member), keytype, valuetype.
-ErrorCount CheckDict(const TypeCheck& check);
-// set: at least one of these types.
-ErrorCount CheckUnion(const TypeCheck& check);
-// set: all of these types.
-ErrorCount CheckIntersection(const TypeCheck& check);
 
 }  // namespace NPOSValidatorImpl

@@ -2,25 +2,37 @@
 
 #include <optional>
 
-#include "Downcast.h"
-#include "Keywords.h"
+#include "posimpl/validator/Keywords.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 
-// The attributes of a type definition. They are read where they are needed, so that an error in a
-// definition is an error of the check that comes upon it, and a schema that its owner changes
-// between two validations counts as it stands. An absent attribute is null; one of another kind is
-// POSException. Borrowed.
+// The attributes of a type definition. They are read where they are needed and never ahead of it:
+// an error in a definition is an error of the check that meets it, and a schema that changes counts
+// as it is at the moment. An absent attribute is null; one of another kind is a POSException.
+// Borrowed.
 class Definition {
  public:
-  Definition(const Dict& attributes, const Keywords& words) noexcept
-      : fAttributes(attributes), fWords(words) {}
+  // With `keeps` callbacks may run during the check, see Kept.
+  Definition(const Dict& attributes, const Keywords& words, bool keeps) noexcept
+      : fAttributes(attributes), fWords(words), fKeeps(keeps) {}
+
+  bool Keeps() const noexcept { return fKeeps; }
+
+  const Keywords& Words() const noexcept { return fWords; }
 
   const CPOSObject* Find(KeywordName name) const noexcept { return fAttributes.Find(fWords.*name); }
   template <class Kind>
   const Kind* Get(KeywordName name) const {
     const CPOSObject* attribute = Find(name);
     return attribute ? &Downcast<Kind>(attribute->Handle()) : nullptr;
+  }
+
+  // The same, for use while parts of the object are checked.
+  template <class Kind>
+  Kept<Kind> GetKept(KeywordName name) const {
+    const CPOSObject* attribute = Find(name);
+    return attribute ? Kept<Kind>(*attribute, fKeeps) : Kept<Kind>();
   }
 
   std::optional<double> GetNumber(KeywordName name) const {
@@ -35,6 +47,7 @@ class Definition {
  private:
   const Dict& fAttributes;
   const Keywords& fWords;
+  const bool fKeeps;
 };
 
 }  // namespace NPOSValidatorImpl

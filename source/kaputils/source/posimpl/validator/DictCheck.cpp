@@ -1,4 +1,4 @@
-#include "Category.h"
+#include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {
 
@@ -10,28 +10,28 @@ class MembersCheck {
  public:
   MembersCheck(const TypeCheck& check, const Dict* required)
       : fCheck(check),
-        fKeyType(check.fDefinition.GetText(&Keywords::KeyType)),
-        fValueType(check.fDefinition.GetText(&Keywords::ValueType)),
+        fKeyType(check.fDefinition.GetKept<String>(&Keywords::KeyType)),
+        fValueType(check.fDefinition.GetKept<String>(&Keywords::ValueType)),
         fRequired(required),
-        fOptional(check.fDefinition.Get<Dict>(&Keywords::Optional)) {}
+        fOptional(check.fDefinition.GetKept<Dict>(&Keywords::Optional)) {}
 
   // "keytype", "required" and "optional" admit a member. "valuetype" does not, deliberately.
   ErrorCount Check(const SortableStringAtom& name, const Subject& value) const {
     ErrorCount count = 0;
     bool known = false;
     if (fKeyType) {
-      count += CheckAs(Subject(name.Atom()), fKeyType, name, "%s (key, type != %s):");
+      count += CheckAs(Subject(name.Atom()), *fKeyType, name, "%s (key, type != %s):");
       known = true;
     }
     if (fValueType) {
-      count += CheckAs(value, fValueType, name, "%s (value, type != %s):");
+      count += CheckAs(value, *fValueType, name, "%s (value, type != %s):");
     }
-    if (const AtomText type = TypeIn(fRequired, name)) {
-      count += CheckAs(value, type, name, "%s (required, type != %s):");
+    if (const Kept<String> type = TypeIn(fRequired, name)) {
+      count += CheckAs(value, *type, name, "%s (required, type != %s):");
       known = true;
     }
-    if (const AtomText type = TypeIn(fOptional, name)) {
-      count += CheckAs(value, type, name, "%s (optional, type != %s):");
+    if (const Kept<String> type = TypeIn(fOptional.Get(), name)) {
+      count += CheckAs(value, *type, name, "%s (optional, type != %s):");
       known = true;
     }
     if (!known) {
@@ -41,24 +41,38 @@ class MembersCheck {
   }
 
  private:
-  ErrorCount CheckAs(const Subject& part, AtomText type, const SortableStringAtom& name,
+  ErrorCount CheckAs(const Subject& part, const String& type, const SortableStringAtom& name,
                      const char* context) const {
-    return fCheck.CheckPart(part, type,
-                            [&] { return FormatIntoPOSString(context, name.Text(), type); });
+    return fCheck.CheckPart(part, type.Get(),
+                            [&] { return FormatIntoPOSString(context, name.Text(), type.Get()); });
   }
 
-  // Null when there is no dictionary, or no such member in it.
-  static AtomText TypeIn(const Dict* members, const SortableStringAtom& name) {
+  // Empty when there is no dictionary, or it has no such member.
+  Kept<String> TypeIn(const Dict* members, const SortableStringAtom& name) const {
     const CPOSObject* type = members ? members->Find(name) : nullptr;
-    return type ? Downcast<String>(type->Handle()).Get() : nullptr;
+    return type ? Kept<String>(*type, fCheck.fDefinition.Keeps()) : Kept<String>();
   }
 
   const TypeCheck& fCheck;
-  const AtomText fKeyType;
-  const AtomText fValueType;
+  const Kept<String> fKeyType;
+  const Kept<String> fValueType;
   const Dict* const fRequired;
-  const Dict* const fOptional;
+  const Kept<Dict> fOptional;
 };
+
+// One member. A callback may take it out of the dictionary, so with callbacks its name and its
+// value are kept, and the next member is found by the name.
+const DictEntry* CheckMember(const MembersCheck& members, const Dict& dict, const DictEntry* entry,
+                             bool keeps, ErrorCount& count) {
+  if (!keeps) {
+    count += members.Check(entry->GetKey(), Subject(entry->Value().Handle()));
+    return DictTree::Next(entry);
+  }
+  const SortableStringAtom name = entry->GetKey();
+  const CPOSObject value = entry->Value();
+  count += members.Check(name, Subject(value.Handle()));
+  return dict.Entries().FirstAfter(name);
+}
 
 ErrorCount CountMissing(const TypeCheck& check, const Dict& dict, const Dict& required) {
   ErrorCount count = 0;
@@ -75,14 +89,14 @@ ErrorCount CountMissing(const TypeCheck& check, const Dict& dict, const Dict& re
 ErrorCount CheckDict(const TypeCheck& check) {
   const Dict* dict = check.fObject.As<Dict>();
   if (!dict) return check.Fail("Dict object expected");
-  const Dict* required = check.fDefinition.Get<Dict>(&Keywords::Required);
+  const Kept<Dict> required = check.fDefinition.GetKept<Dict>(&Keywords::Required);
   const ErrorCount missing = required ? CountMissing(check, *dict, *required) : 0;
   if (missing > 0) return missing;
 
-  const MembersCheck members(check, required);
+  const MembersCheck members(check, required.Get());
   ErrorCount count = 0;
-  for (const DictEntry* entry = dict->Entries().First(); entry; entry = DictTree::Next(entry)) {
-    count += members.Check(entry->GetKey(), Subject(entry->Value().Handle()));
+  for (const DictEntry* entry = dict->Entries().First(); entry;) {
+    entry = CheckMember(members, *dict, entry, check.fDefinition.Keeps(), count);
   }
   return count;
 }

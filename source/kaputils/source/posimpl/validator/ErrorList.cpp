@@ -1,6 +1,6 @@
-#include "ErrorList.h"
+#include "posimpl/validator/ErrorList.h"
 
-#include "MessageText.h"
+#include "posimpl/validator/MessageText.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,4 +1,4 @@
-#include "Intrinsics.h"
+#include "posimpl/validator/Intrinsics.h"
 
 #include <cmath>
 #include <cstdint>
@@ -79,6 +79,16 @@ const Intrinsic* Intrinsic::Find(AtomText name, const Keywords& words) noexcept 
     if ((words.*intrinsic.fName).Is(name)) return &intrinsic;
   }
   return nullptr;
+}
+
+IntrinsicCheck CheckIntrinsic(AtomText typeName, const Subject& object, const Keywords& words,
+                              ErrorList& errors) {
+  const Intrinsic* intrinsic = Intrinsic::Find(typeName, words);
+  if (!intrinsic) return IntrinsicCheck::kNotIntrinsic;
+  const char* fault = intrinsic->fFault(object, words);
+  if (!fault) return IntrinsicCheck::kValid;
+  errors.Append(fault);
+  return IntrinsicCheck::kInvalid;
 }
 
 }  // namespace NPOSValidatorImpl

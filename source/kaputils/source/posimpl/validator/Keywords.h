@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PropertyObjects.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "PropertyObjects.h"
 #include "kap/KAPMemory.h"
 #include "pos/POSValidatorInterfaces.h"
-#include "redblack_tree.h"
+#include "posimpl/base/redblack_tree.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 

@@ -1,13 +1,19 @@
 #pragma once
 
-#include "Array.h"
-#include "AtomText.h"
-#include "BinData.h"
-#include "Dict.h"
-#include "Number.h"
-#include "RawPointer.h"
-#include "String.h"
-#include "UnicodeString.h"
+#include <cstdint>
+
+#include "pos/POSArray.h"
+#include "pos/POSDictClient.h"
+#include "pos/POSNumber.h"
+#include "pos/POSString.h"
+#include "posimpl/base/SortableStringAtom.h"
+#include "posimpl/objects/Array.h"
+#include "posimpl/objects/BinData.h"
+#include "posimpl/objects/Dict.h"
+#include "posimpl/objects/Number.h"
+#include "posimpl/objects/RawPointer.h"
+#include "posimpl/objects/String.h"
+#include "posimpl/objects/UnicodeString.h"
 
 // The property objects that are validated and that schemas are made of. Their classes are used
 // directly: reading a value takes no call across the boundary, and no reference.
@@ -30,5 +36,60 @@ using NPOSObjectImpl::SortableText;
 using NPOSObjectImpl::String;
 using NPOSObjectImpl::TextPrefix;
 using NPOSObjectImpl::UnicodeString;
+
+static_assert(
+    KAP_T_MT::POSCoverEveryKind<Number, String, UnicodeString, BinData, RawPointer, Array, Dict>(),
+    "not every kind of property object can be validated");
+
+// What the wrapper of the kind says about an object of another kind. Only the kinds that attributes
+// of a schema have.
+template <class Kind>
+inline constexpr const char* kDowncastFailed = nullptr;
+template <>
+inline constexpr const char* kDowncastFailed<Number> = KAP_T_MT::CPOSNumber::kDowncastFailed;
+template <>
+inline constexpr const char* kDowncastFailed<String> = KAP_T_MT::CPOSString::kDowncastFailed;
+template <>
+inline constexpr const char* kDowncastFailed<Array> = KAP_T_MT::CPOSArray::kDowncastFailed;
+template <>
+inline constexpr const char* kDowncastFailed<Dict> = KAP_T_MT::CPOSDict::kDowncastFailed;
+
+// The wrappers' downcast without crossing the boundary: POSException for another kind.
+template <class Kind>
+const Kind& Downcast(const POSObject* object) {
+  static_assert(kDowncastFailed<Kind> != nullptr);
+  const Kind* instance = Kind::GetInstanceNoThrow(object);
+  if (!instance) [[unlikely]]
+    throw POSException(kDowncastFailed<Kind>);
+  return *instance;
+}
+
+// The element; POSException for an empty slot and past the end.
+inline const CPOSObject& ElementAt(const Array& array, std::uint32_t index) {
+  const CPOSObject* element = array.Find(index);
+  if (!element || element->IsNull()) [[unlikely]]
+    throw POSException("CPOSArray::GetAt subscript failed");
+  return *element;
+}
+
+// An object of a schema that a check goes on using while callbacks run, which may take it out of
+// the schema. Holds a reference if it `keeps`; where no callback can run, that would be waste.
+template <class Kind>
+class Kept {
+ public:
+  Kept() noexcept = default;
+  // POSException for an object of another kind.
+  Kept(const CPOSObject& object, bool keeps)
+      : fInstance(&Downcast<Kind>(object.Handle())), fReference(keeps ? object : CPOSObject()) {}
+
+  const Kind* Get() const noexcept { return fInstance; }
+  const Kind* operator->() const noexcept { return fInstance; }
+  const Kind& operator*() const noexcept { return *fInstance; }
+  explicit operator bool() const noexcept { return fInstance != nullptr; }
+
+ private:
+  const Kind* fInstance = nullptr;
+  CPOSObject fReference;
+};
 
 }  // namespace NPOSValidatorImpl

@@ -1,13 +1,42 @@
-// The categories of strings, binary data and references.
+// The categories of scalars.
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 
-#include "Category.h"
-#include "Length.h"
+#include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {
 
 namespace {
+
+struct Bound {
+  KeywordName fName;
+  bool (*fIsViolated)(double bound, double value);  // false for a NaN
+  const char* fMessage;
+};
+
+// "mininum" is deliberate: hosts compare messages.
+constexpr Bound kBounds[] = {
+    {&Keywords::Min, [](double bound, double value) { return bound > value; },
+     "Number below mininum value %f"},
+    {&Keywords::Max, [](double bound, double value) { return value > bound; },
+     "Number above maximum value %f"},
+    {&Keywords::MinExcl, [](double bound, double value) { return bound >= value; },
+     "Number below mininum value %f (exclusive)"},
+    {&Keywords::MaxExcl, [](double bound, double value) { return value >= bound; },
+     "Number above maximum value %f (exclusive)"},
+};
+
+// The bound as it is printed: without its fraction, or else the nearest that an int can hold.
+int Printed(double bound) noexcept {
+  using Limits = std::numeric_limits<int>;
+  return static_cast<int>(std::clamp<double>(bound, Limits::min(), Limits::max()));
+}
+
+ErrorCount FailLength(const TypeCheck& check, const char* message, double bound) {
+  return check.Fail([=] { return FormatIntoPOSString(message, Printed(bound)); });
+}
 
 // Binary data has no messages of its own, deliberately.
 constexpr LengthMessages kByteLength = {"String length below mininum value %d",
@@ -22,17 +51,40 @@ ErrorCount CheckIllegalChars(const TypeCheck& check, const char* text, std::size
       [=] { return FormatIntoPOSString("String contains illegal characters in '%s'", illegal); });
 }
 
-// An entry that is no string is an error only when it is reached.
+// An entry that is not a string is an error only when it is reached.
 ErrorCount CheckOneOf(const TypeCheck& check, AtomText text, const char* message) {
   const auto* entries = check.fDefinition.Get<Array>(&Keywords::OneOf);
   if (!entries) return 0;
   for (std::uint32_t i = 0; i < entries->Count(); ++i) {
-    if (TextAt(*entries, i) == text) return 0;
+    if (Downcast<String>(ElementAt(*entries, i).Handle()).Get() == text) return 0;
   }
   return check.Fail(message);
 }
 
 }  // namespace
+
+ErrorCount CheckNumber(const TypeCheck& check) {
+  if (!check.IsIntrinsic()) return 1;
+  const double value = check.fObject.As<Number>()->Get();
+  ErrorCount count = 0;
+  for (const Bound& bound : kBounds) {
+    const std::optional<double> limit = check.fDefinition.GetNumber(bound.fName);
+    if (limit && bound.fIsViolated(*limit, value)) {
+      count += check.Fail([&] { return FormatIntoPOSString(bound.fMessage, *limit); });
+    }
+  }
+  return count;
+}
+
+ErrorCount CheckLength(const TypeCheck& check, std::size_t length, const LengthMessages& messages) {
+  const auto measured = static_cast<double>(length);
+  const std::optional<double> minimum = check.fDefinition.GetNumber(&Keywords::MinLen);
+  ErrorCount count = 0;
+  if (minimum && *minimum > measured) count += FailLength(check, messages.fBelow, *minimum);
+  const std::optional<double> maximum = check.fDefinition.GetNumber(&Keywords::MaxLen);
+  if (maximum && measured > *maximum) count += FailLength(check, messages.fAbove, *maximum);
+  return count;
+}
 
 ErrorCount CheckString(const TypeCheck& check) {
   if (!check.IsIntrinsic()) return 1;

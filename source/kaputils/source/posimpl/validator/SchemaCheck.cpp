@@ -1,15 +1,14 @@
-// The check of a schema: that it complies with the schema of schemas, and that the types which it
-// names exist.
+#include "posimpl/validator/SchemaCheck.h"
 
 #include <cstring>
 #include <exception>
 
-#include "Downcast.h"
-#include "MetaSchema.h"
 #include "SafeStringAPIs.h"
-#include "StructValidator.h"
 #include "kap/KAPSharedBuff.h"
 #include "kap/TOQException.h"
+#include "posimpl/notation/TextReader.h"
+#include "posimpl/validator/MetaSchema.h"
+#include "posimpl/validator/StructValidator.h"
 
 namespace NPOSValidatorImpl {
 
@@ -26,13 +25,13 @@ struct KnownTypes {
   bool Has(AtomText name) const { return fChecker.IsIntrinsic(name) || fSchema.Find(name); }
 };
 
-// Writes nothing without a buffer, or when the host refuses its bytes.
+// Writes nothing without a buffer, or when the host fails to return its bytes.
 void WriteReason(KAPSharedBuffer* buffer, const char* beginning, const char* end) noexcept {
   if (!buffer) return;
   try {
     char* const place = reinterpret_cast<char*>(CKAPSharedBuff::GetBuffer(buffer));
     KAP_T_MT::sprintf_safe(place, CKAPSharedBuff::GetSize(buffer), "%s%s", beginning, end);
-  } catch (...) {  // the answer is no all the same
+  } catch (...) {  // the object fails all the same
   }
 }
 
@@ -45,7 +44,7 @@ void WriteUndefined(KAPSharedBuffer* buffer, const char* name) {
   WriteReason(buffer, kBeginning, name);
 }
 
-// The extra validation of "TypeName"; the client data are the KnownTypes. What goes wrong is a
+// The extra validation of "TypeName"; the client data are the KnownTypes. A failure becomes a
 // reason like any other.
 long DictEntryDefinedCallback(POSObject* object, KAPStringAtom* /*typeName*/,
                               KAPSharedBuffer* buffer, void* clientData) noexcept {
@@ -62,7 +61,7 @@ long DictEntryDefinedCallback(POSObject* object, KAPStringAtom* /*typeName*/,
 }
 
 CPOSObject ReadMetaSchema() {
-  CPOSObject metaSchema = BaseObject::CreateFromText(kMetaSchema, nullptr);
+  CPOSObject metaSchema = NPOSObjectImpl::CreateFromText(kMetaSchema, nullptr);
   if (metaSchema.IsNull()) throw POSException("CreateFromText failed");
   static_cast<void>(Downcast<Dict>(metaSchema.Handle()));
   return metaSchema;
@@ -70,10 +69,11 @@ CPOSObject ReadMetaSchema() {
 
 }  // namespace
 
-bool StructValidator::ValidateSchema(const CPOSObject& schema, POSMessageProc message) {
-  StructValidator checker(ReadMetaSchema(), false);
+bool ValidateSchema(const CPOSObject& schema, POSMessageProc message) {
+  StructValidator checker(ReadMetaSchema());
   KnownTypes known = {checker, Dict::GetInstance(schema.Handle())};
-  checker.RegisterExtraValidation(CKAPStringAtom("TypeName"), &DictEntryDefinedCallback, &known);
+  checker.RegisterExtraValidation(CKAPStringAtom("TypeName"), &DictEntryDefinedCallback, &known,
+                                  StructValidator::Callback::kOnlyReads);
   return checker.Validate(schema, CKAPStringAtom("StructSchema").Text(), message);
 }
 

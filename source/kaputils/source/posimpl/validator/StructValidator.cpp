@@ -1,16 +1,15 @@
-#include "StructValidator.h"
+#include "posimpl/validator/StructValidator.h"
 
 #include <memory>
 #include <utility>
 
-#include "Category.h"
-#include "FiledObject.h"
-#include "KAPUtilsAtoms.h"
-#include "MalformedDefinition.h"
-#include "NestingGuard.h"
-#include "Required.h"
 #include "kap/KAPSharedBuff.h"
-#include "kap/TOQException.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
+#include "kapimpl/base/Required.h"
+#include "posimpl/base/NestingGuard.h"
+#include "posimpl/validator/Category.h"
+#include "posimpl/validator/MessageText.h"
 
 namespace NPOSValidatorImpl {
 
@@ -24,16 +23,12 @@ void DeletePOSValidatorImpl(void* instance) noexcept {
 
 }  // namespace
 
-StructValidator::StructValidator(CPOSObject schema, bool validateSchema)
-    : fSchemaReference(std::move(schema)), fSchema(Dict::GetInstance(fSchemaReference.Handle())) {
-  if (validateSchema && !ValidateSchema(fSchemaReference, nullptr)) {
-    throw KAP_T_MT::TOQException("Schema is not valid");
-  }
-}
+StructValidator::StructValidator(CPOSObject schema)
+    : fSchemaReference(std::move(schema)), fSchema(Dict::GetInstance(fSchemaReference.Handle())) {}
 
-POSValidator* StructValidator::NewContainer(CPOSObject schema, bool validateSchema) {
+POSValidator* StructValidator::NewContainer(CPOSObject schema) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema), validateSchema),
+  return KAPContain(KAPInstanceOwner(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema))),
                     atoms.POSValidatorImpl, atoms.POSValidatorInterface, &DeletePOSValidatorImpl);
 }
 
@@ -43,13 +38,14 @@ StructValidator& StructValidator::GetInstance(POSValidator* handle) {
 
 void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
                                               KAP_T_MT::POSExtraValidationProc callback,
-                                              void* clientData) {
+                                              void* clientData, Callback effect) {
+  if (effect == Callback::kMayChange) fKeeps = true;
   fExtraValidations.Insert(std::make_unique<ProcEntry>(typeName, callback, clientData));
 }
 
-// Most objects are valid, and a valid one can be full of unions whose first alternatives do not
-// hold: so an object is checked without messages first, and only an invalid one once more with
-// them. Extra validations must not run twice; where there are any, one check does both.
+// Most objects are valid, and a valid one can be full of unions whose first alternatives fail. So
+// an object is checked without messages first, and only an invalid one again with messages. An
+// extra validation must not run twice; with one registered, a single check does both.
 bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
                                POSMessageProc message) const {
   const Subject subject(object.Handle());
@@ -66,22 +62,11 @@ bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
 
 ErrorCount StructValidator::GetObjectErrors(AtomText typeName, const Subject& object,
                                             ErrorList& errors) const {
-  const IntrinsicCheck intrinsic = CheckIntrinsic(typeName, object, errors);
+  const IntrinsicCheck intrinsic = CheckIntrinsic(typeName, object, fWords, errors);
   if (intrinsic == IntrinsicCheck::kValid) return 0;
   if (intrinsic == IntrinsicCheck::kInvalid) return 1;
   const ErrorCount count = GetTypeDefinitionComplianceErrors(typeName, object, errors);
   return count > 0 ? count : GetExtraValidationErrors(typeName, object, errors);
-}
-
-StructValidator::IntrinsicCheck StructValidator::CheckIntrinsic(AtomText typeName,
-                                                                const Subject& object,
-                                                                ErrorList& errors) const {
-  const Intrinsic* intrinsic = Intrinsic::Find(typeName, fWords);
-  if (!intrinsic) return IntrinsicCheck::kNotIntrinsic;
-  const char* fault = intrinsic->fFault(object, fWords);
-  if (!fault) return IntrinsicCheck::kValid;
-  errors.Append(fault);
-  return IntrinsicCheck::kInvalid;
 }
 
 ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
@@ -99,13 +84,14 @@ ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
   const CPOSObject* word = attributes->Find(fWords.Category);
   const String* category = word ? String::GetInstanceNoThrow(word->Handle()) : nullptr;
   if (!category) throw MalformedDefinition(typeName);
-  const Definition definition(*attributes, fWords);
+  const CPOSObject kept = fKeeps ? *member : CPOSObject();
+  const Definition definition(*attributes, fWords, fKeeps);
   return Category::Get(category->Get(), fWords)
       .fCheck({*this, definition, category->Get(), object, errors});
 }
 
-// The callback may register another in its own place: the entry is not touched after the call, and
-// what it was called with stays until it is back.
+// The callback may register another one in its own place, so the entry is not touched after the
+// call, and the arguments stay alive until it returns.
 ErrorCount StructValidator::GetExtraValidationErrors(AtomText typeName, const Subject& object,
                                                      ErrorList& errors) const {
   if (fExtraValidations.empty()) return 0;

@@ -1,14 +1,24 @@
 #pragma once
 
-#include "BaseValidator.h"
-#include "ErrorList.h"
-#include "Intrinsics.h"
-#include "Keywords.h"
-#include "ProcEntry.h"
-#include "PropertyObjects.h"
-#include "Subject.h"
+#include "kap/KAPClientBase.h"
+#include "pos/POSValidatorInterfaces.h"
+#include "posimpl/validator/Keywords.h"
+#include "posimpl/validator/ProcEntry.h"
+#include "posimpl/validator/PropertyObjects.h"
+#include "posimpl/validator/TypeCheck.h"
 
 namespace NPOSValidatorImpl {
+
+using KAP_T_MT::POSMessageProc;
+
+// What the handle of a validator stands for.
+class BaseValidator : public KAP_T_MT::CKAPVirtualClientBase {
+ public:
+  // Whether the object complies with the type. If not, `message`, unless null, is called for each
+  // reason. When the check cannot be made, an exception says why, and there are no messages.
+  virtual bool Validate(const CPOSObject& object, AtomText typeName,
+                        POSMessageProc message) const = 0;
+};
 
 // A validator over a schema, which is a dictionary of type definitions:
 //
@@ -17,39 +27,40 @@ namespace NPOSValidatorImpl {
 //
 // A type name is the name of an intrinsic type or a key of the schema; intrinsic types come first.
 // Validating asks the host for nothing, and takes no memory, as long as there is nothing to say.
-class StructValidator final : public BaseValidator {
+class StructValidator final : public BaseValidator, private TypeChecker {
  public:
   static constexpr const char* kNotInstance = "instance was not an StructValidator";
 
-  // With `validateSchema`, TOQException "Schema is not valid" for a dictionary that is none.
-  StructValidator(CPOSObject schema, bool validateSchema);
+  // The schema is not checked, see SchemaCheck.h.
+  explicit StructValidator(CPOSObject schema);
 
   // In a container: one reference for the caller.
-  static POSValidator* NewContainer(CPOSObject schema, bool validateSchema);
+  static POSValidator* NewContainer(CPOSObject schema);
   // POSException for any other handle.
   static StructValidator& GetInstance(POSValidator* handle);
 
+  // What a callback may do. One that only reads costs a check nothing; one that may change the
+  // document or the schema makes each step keep references to what it works on.
+  enum class Callback { kOnlyReads, kMayChange };
+
   // Replaces the extra validation that the type had. A null callback is none.
   void RegisterExtraValidation(const KAP_T_MT::CKAPStringAtom& typeName,
-                               KAP_T_MT::POSExtraValidationProc callback, void* clientData);
+                               KAP_T_MT::POSExtraValidationProc callback, void* clientData,
+                               Callback effect);
+
+  // Whether a callback may change something during a check.
+  bool Keeps() const noexcept { return fKeeps; }
 
   bool Validate(const CPOSObject& object, AtomText typeName, POSMessageProc message) const override;
-
-  // Validates a dictionary against the schema of schemas, see MetaSchema.h. Each type name in it
-  // must be that of an intrinsic type or a key of the dictionary.
-  static bool ValidateSchema(const CPOSObject& schema, POSMessageProc message);
 
   bool IsIntrinsic(AtomText typeName) const noexcept {
     return Intrinsic::Find(typeName, fWords) != nullptr;
   }
 
-  // The checks, from part to part of an object. Each appends what it finds.
-  ErrorCount GetObjectErrors(AtomText typeName, const Subject& object, ErrorList& errors) const;
-
-  enum class IntrinsicCheck { kNotIntrinsic, kValid, kInvalid };
-  IntrinsicCheck CheckIntrinsic(AtomText typeName, const Subject& object, ErrorList& errors) const;
-
  private:
+  // The checks, from part to part of an object. Each appends what it finds.
+  ErrorCount GetObjectErrors(AtomText typeName, const Subject& object,
+                             ErrorList& errors) const override;
   ErrorCount GetTypeDefinitionComplianceErrors(AtomText typeName, const Subject& object,
                                                ErrorList& errors) const;
   ErrorCount GetExtraValidationErrors(AtomText typeName, const Subject& object,
@@ -59,6 +70,7 @@ class StructValidator final : public BaseValidator {
   const CPOSObject fSchemaReference;
   const Dict& fSchema;
   const Keywords fWords;
+  bool fKeeps = false;
 };
 
 }  // namespace NPOSValidatorImpl

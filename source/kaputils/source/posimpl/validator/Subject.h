@@ -1,14 +1,14 @@
 #pragma once
 
-#include "PropertyObjects.h"
+#include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
 
 // What is checked: a property object, or the name of a dictionary's member, which counts as an
-// 8-bit string and becomes an object only for those who ask for one. Borrowed.
+// 8-bit string and becomes an object only where one is needed. Borrowed.
 class Subject {
  public:
-  // An object of another component is of no kind that a schema knows.
+  // An object of another component has none of the kinds that a schema knows.
   explicit Subject(POSObject* handle) noexcept
       : fHandle(handle),
         fObject(BaseObject::GetInstanceNoThrow(handle)),
@@ -24,9 +24,12 @@ class Subject {
     static_assert(Kind::kType != KAP_T_MT::kPOSString, "a member's name is no object");
     return fType == Kind::kType ? static_cast<const Kind*>(fObject) : nullptr;
   }
-  AtomText Text() const noexcept { return fText; }  // null when it is no 8-bit string
+  AtomText Text() const noexcept { return fText; }  // null when it is not an 8-bit string
 
-  // The object, made for a member's name.
+  // A new reference to the object, or an empty one for a member's name.
+  CPOSObject Keep() const { return fHandle ? BaseObject::Reference(fHandle) : CPOSObject(); }
+
+  // A new reference to the object, which is made for a member's name.
   CPOSObject Reference() const {
     if (fHandle) return BaseObject::Reference(fHandle);
     return CPOSObject(String::NewContainer(fText), KAP_T_MT::KAPAdopt());

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "posimpl/base/HoldingObject.h"
+#include "posimpl/base/ObjectKind.h"
+
+namespace NPOSObjectImpl {
+
+// A growable sequence of slots, each a reference to a property object or empty. Changes swap first
+// and release last, since a release may call back.
+class Array final : public TObjectKind<Array, HoldingObject> {
+ public:
+  static constexpr POSType kType = KAP_T_MT::kPOSArray;
+  static constexpr const char* kNotInstance = "instance was not an POSArray";
+
+  Array() noexcept = default;
+  ~Array() override;
+
+  BaseObject* Clone() override;
+  bool IsEqual(const BaseObject& other) const override;
+
+  std::uint32_t Count() const noexcept { return fCount; }
+
+  // The slot; null past the end.
+  const CPOSObject* Find(std::uint64_t index) const noexcept {
+    return index < fCount ? &fElements[index] : nullptr;
+  }
+  // What the slot holds; nothing past the end.
+  CPOSObject GetAt(std::uint64_t index) const {
+    const CPOSObject* slot = Find(index);
+    return slot ? *slot : CPOSObject();
+  }
+  // Slots skipped over stay empty. TOQException "Math overflow exception" for an index that no
+  // count can hold.
+  void SetAt(std::uint64_t index, CPOSObject object);
+  void Append(CPOSObject object) {
+    if (fCount == fCapacity) return SetAt(fCount, std::move(object));
+    fElements[fCount++] = std::move(object);
+  }
+  void Remove(std::uint64_t index) noexcept;  // no-op past the end
+
+  // All slots, for a walk; valid until the array changes.
+  std::span<const CPOSObject> Elements() const noexcept { return {fElements, fCount}; }
+
+ private:
+  // Makes room for `count` slots: 4, then twice as many. Unchanged when it throws.
+  void growToHold(std::uint32_t count);
+
+  CPOSObject* fElements = nullptr;  // fCapacity constructed slots in host memory
+  std::uint32_t fCapacity = 0;
+  std::uint32_t fCount = 0;
+};
+
+}  // namespace NPOSObjectImpl

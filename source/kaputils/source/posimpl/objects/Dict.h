@@ -1,0 +1,79 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "kap/KAPMemory.h"
+#include "posimpl/base/HoldingObject.h"
+#include "posimpl/base/ObjectKind.h"
+#include "posimpl/base/SortableStringAtom.h"
+#include "posimpl/base/redblack_tree.h"
+
+namespace NPOSObjectImpl {
+
+// A key and its value, in one block of host memory.
+class DictEntry : public NPOSImpl::redblack_node, public KAP_T_MT::KAPHostAllocated {
+ public:
+  DictEntry(SortableStringAtom key, CPOSObject value) noexcept
+      : fKey(std::move(key)), fValue(std::move(value)) {}
+
+  const SortableStringAtom& GetKey() const noexcept { return fKey; }
+  CPOSObject& Value() noexcept { return fValue; }
+  const CPOSObject& Value() const noexcept { return fValue; }
+
+  template <class Key>
+  static int Compare(const Key& key, const DictEntry& entry) noexcept {
+    return SortableStringAtom::Compare(key, entry.fKey);
+  }
+
+ private:
+  SortableStringAtom fKey;
+  CPOSObject fValue;
+};
+
+using DictTree = NPOSImpl::redblack_tree<DictEntry>;
+
+// A map from texts to property objects, in the byte order of the texts. Changes swap first and
+// release last, since a release may call back.
+class Dict final : public TObjectKind<Dict, HoldingObject> {
+ public:
+  static constexpr POSType kType = KAP_T_MT::kPOSDict;
+  static constexpr const char* kNotInstance = "instance was not an POSDict";
+
+  Dict() noexcept = default;
+
+  BaseObject* Clone() override;
+
+  // Every entry of this dictionary must have its equal in the other one. What only the other one
+  // has does not count: deliberate, a dictionary equals its superset.
+  bool IsEqual(const BaseObject& other) const override;
+
+  // The value, null when there is none.
+  const CPOSObject* Find(std::string_view key) const noexcept;
+  const CPOSObject* Find(const SortableStringAtom& key) const noexcept;
+  // The value. Absent: an empty object if `noThrow`, else POSException "Dict::Get lookup failed".
+  CPOSObject Get(const char* key, bool noThrow) const;
+
+  // Sets the value of a key. A key that is there keeps its atom; for a new one `makeKey` makes the
+  // atom of the text.
+  template <class MakeKey>
+  void Put(const char* text, MakeKey makeKey, CPOSObject value) {
+    const SortableText key(text);
+    const DictTree::Position position = fEntries.FindPosition(key);
+    if (position.found) {
+      std::swap(position.found->Value(), value);
+    } else {
+      fEntries.InsertAt(position,
+                        std::unique_ptr<DictEntry>(new DictEntry(
+                            SortableStringAtom(makeKey(), key.Prefix()), std::move(value))));
+    }
+  }
+  void Remove(std::string_view key) noexcept;  // no-op when it is absent
+
+  const DictTree& Entries() const noexcept { return fEntries; }
+
+ private:
+  DictTree fEntries;
+};
+
+}  // namespace NPOSObjectImpl

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "pos/POSInterfaceSets.h"
+
+namespace NPOSObjectImpl {
+
+// Registers the interfaces of POSInterfaceSet in its order; false at the first that the binder
+// refuses, and those before it stay registered.
+bool RegisterPOSDictImpl();
+void UnregisterPOSDictImpl();
+
+// Registers one interface; defined beside its procedures. An interface of the set that has no
+// declaration here does not compile.
+template <class Interface>
+bool RegisterProcs() = delete;
+
+template <>
+bool RegisterProcs<KAP_T_MT::POSObjectInterface>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSObjectStatics>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSNumberInterface>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSStringInterface>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSUnicodeStringInterface>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSBinDataInterface>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSRawPointerInterface>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSArrayInterface>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSDictInterface>();
+template <>
+bool RegisterProcs<KAP_T_MT::POSDictIteratorInterface>();
+
+}  // namespace NPOSObjectImpl

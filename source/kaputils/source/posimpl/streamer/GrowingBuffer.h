@@ -1,0 +1,49 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "kap/KAPMemory.h"
+
+namespace NPOSStreamerImpl::NTypeAImpl {
+
+// Collects elements when their number is not known in advance, in host memory that starts at 32
+// bytes and doubles. A length that a document states is not believed, so it is no reason to take
+// memory.
+template <class T>
+class GrowingBuffer {
+ public:
+  void Clear() noexcept { fSize = 0; }
+  void Append(T element) {
+    if (fSize == fCapacity) Reserve(1);
+    fElements[fSize++] = element;
+  }
+  void Append(const T* elements, std::size_t count) {
+    if (count > fCapacity - fSize) Reserve(count);
+    std::copy_n(elements, count, fElements.get() + fSize);
+    fSize += count;
+  }
+
+  const T* Data() const noexcept { return fElements.get(); }
+  std::size_t Size() const noexcept { return fSize; }
+
+ private:
+  static constexpr std::size_t kFirstCapacity = 32 / sizeof(T);
+
+  void Reserve(std::size_t count) {
+    const std::size_t doubled =
+        fCapacity == 0 ? kFirstCapacity : KAP_T_MT::KAPCheckedSize(fCapacity, 2);
+    const std::size_t capacity = std::max(doubled, KAP_T_MT::KAPCheckedSize(fSize, 1, count));
+    auto elements = KAP_T_MT::KAPNewBlock<T>(capacity);
+    std::copy_n(fElements.get(), fSize, elements.get());
+    fElements = std::move(elements);
+    fCapacity = capacity;
+  }
+
+  KAP_T_MT::TKAPBlock<T> fElements;
+  std::size_t fCapacity = 0;
+  std::size_t fSize = 0;
+};
+
+}  // namespace NPOSStreamerImpl::NTypeAImpl

@@ -1,0 +1,36 @@
+#pragma once
+
+// The text format of documents, with its version 1.0:
+//
+//   document  := "POSStreamerTypeA_Version1.0" " " value
+//   value     := "#" number " "  |  '"' text '"'  |  "`" 4 hexadecimal digits for each unit "`"
+//              | "{" type-name length bytes in hexadecimal "}"  |  "$" pointer " "
+//              | "[" value* "]"  |  "<" (key value)* ">"
+//
+// A backslash and three octal digits stand for a byte that cannot be printed, a backslash and a
+// letter for what would end the value. White space may stand before any value.
+
+#include "posimpl/streamer/TypeAStreamer.h"
+
+namespace NPOSStreamerImpl::NTypeAImpl {
+
+// "POSStreamerTypeA_Version1.0"
+class Version10 final : public TypeAStreamer {
+ public:
+  explicit Version10(int level = 0) noexcept : TypeAStreamer(level) {}
+
+  const char* GetVersion() const noexcept override;
+  const StreamParams& GetReadingParams(char open) const override;
+  const StreamParams& GetWritingParams(KAP_T_MT::POSType type) const override;
+
+ private:
+  static const StreamParams fNumberStreamParams;
+  static const StreamParams fStringStreamParams;
+  static const StreamParams fUnicodeStringStreamParams;
+  static const StreamParams fBinDataStreamParams;
+  static const StreamParams fRawPtrStreamParams;
+  static const StreamParams fArrayStreamParams;
+  static const StreamParams fDictStreamParams;
+};
+
+}  // namespace NPOSStreamerImpl::NTypeAImpl

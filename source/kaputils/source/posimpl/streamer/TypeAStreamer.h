@@ -1,0 +1,58 @@
+#pragma once
+
+#include "posimpl/objects/Array.h"
+#include "posimpl/objects/BinData.h"
+#include "posimpl/objects/Dict.h"
+#include "posimpl/objects/UnicodeString.h"
+#include "posimpl/streamer/GrowingBuffer.h"
+#include "posimpl/streamer/StreamerBase.h"
+
+namespace NPOSStreamerImpl::NTypeAImpl {
+
+// Writes and reads values, one level of recursion for each level of nesting. The objects are our
+// own: they are read from and filled in place, not through their procedures.
+class TypeAStreamer : public StreamerBase {
+ public:
+  void SerializeObject(const KAP_T_MT::CKAPPositionableStream& stream,
+                       const KAP_T_MT::CPOSObject& object) final;
+  KAP_T_MT::CPOSObject DeserializeObject(const KAP_T_MT::CKAPPositionableStream& stream) final;
+  void SerializeObject(OCharStream& out, const KAP_T_MT::CPOSObject& object) final;
+  KAP_T_MT::CPOSObject DeserializeObject(ICharStream& in) final;
+
+ protected:
+  explicit TypeAStreamer(int level) noexcept : fFirstLevel(level), fLevel(level) {}
+
+ private:
+  // ---- Writing: the content of each kind ----
+  static void WriteNumberValue(OCharStream& out, const StreamParams& params, double value);
+  static void WriteUnicode(OCharStream& out, const unsigned short* units);
+  void WriteBinData(OCharStream& out, const NPOSObjectImpl::BinData& data);
+  static void WriteRawPointer(OCharStream& out, const void* pointer);
+  void WriteArray(OCharStream& out, const NPOSObjectImpl::Array& array);
+  void WriteDict(OCharStream& out, const NPOSObjectImpl::Dict& dict);
+  template <class Content>
+  void WriteValue(OCharStream& out, const StreamParams& params, Content content);
+  void WriteStringValue(OCharStream& out, const char* text);
+  void NewLine(OCharStream& out) const;
+  void CheckDepth(const NPOSObjectImpl::BaseObject& object);
+
+  // ---- Reading: the content of each kind, the close character included ----
+  KAP_T_MT::CPOSObject ReadValue(ICharStream& in, char open);
+  static bool FindValue(ICharStream& in, char* open);
+  static double ReadNumber(ICharStream& in);
+  const char* ReadString(ICharStream& in);
+  const unsigned short* ReadUnicode(ICharStream& in);
+  POSObject* ReadBinData(ICharStream& in);
+  KAP_T_MT::CPOSObject ReadArray(ICharStream& in);
+  KAP_T_MT::CPOSObject ReadDict(ICharStream& in);
+  const char* ReadStringValue(ICharStream& in, char open);
+  std::uint64_t ReadLength(ICharStream& in);
+
+  GrowingBuffer<char> fText;  // of the string that is being read
+  GrowingBuffer<unsigned short> fUnits;
+  const std::int32_t fFirstLevel;
+  std::int32_t fLevel;             // of indentation
+  std::uintptr_t fFirstFrame = 0;  // where the stack was at the first level
+};
+
+}  // namespace NPOSStreamerImpl::NTypeAImpl

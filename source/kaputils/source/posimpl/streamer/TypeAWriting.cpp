@@ -1,0 +1,235 @@
+// How values are written. Object by object in place: no value crosses the boundary.
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <iterator>
+
+#include "pos/POSException.h"
+#include "posimpl/base/FetchAhead.h"
+#include "posimpl/base/NestingGuard.h"
+#include "posimpl/notation/Digits.h"
+#include "posimpl/notation/NumberText.h"
+#include "posimpl/objects/Number.h"
+#include "posimpl/objects/RawPointer.h"
+#include "posimpl/objects/String.h"
+#include "posimpl/streamer/TypeAStreamer.h"
+
+namespace NPOSStreamerImpl::NTypeAImpl {
+
+using KAP_T_MT::CPOSObject;
+using KAP_T_MT::POSException;
+using NPOSObjectImpl::Array;
+using NPOSObjectImpl::BaseObject;
+using NPOSObjectImpl::BinData;
+using NPOSObjectImpl::Dict;
+using NPOSObjectImpl::DictEntry;
+using NPOSObjectImpl::DictTree;
+using NPOSObjectImpl::kLowerHexDigits;
+using NPOSObjectImpl::kUpperHexDigits;
+using NPOSObjectImpl::Number;
+using NPOSObjectImpl::RawPointer;
+using NPOSObjectImpl::UnicodeString;
+
+namespace {
+
+constexpr std::size_t kBytesPerLine = 40;
+
+// The levels that are written before the depth of the rest is checked. Their indentation is little.
+constexpr std::int32_t kLevelsUnchecked = 64;
+
+// Throws what NestingGuard throws when the object has more levels.
+void ExpectNoMoreLevels(const BaseObject& object, unsigned long levels) {
+  if (levels == 0) NPOSObjectImpl::NestingGuard::ThrowTooDeep();
+  const NPOSObjectImpl::NestingGuard guard;
+  const auto expectInside = [=](const CPOSObject& held) {
+    const BaseObject* inner = BaseObject::OwnInstance(held.Handle());
+    if (inner && !KAP_T_MT::POSIsScalar(inner->GetType())) ExpectNoMoreLevels(*inner, levels - 1);
+  };
+  if (const Array* array = Array::As(&object)) {
+    for (const CPOSObject& element : array->Elements()) expectInside(element);
+  } else if (const Dict* dict = Dict::As(&object)) {
+    const DictEntry* entry = dict->Entries().First();
+    for (; entry; entry = DictTree::Next(entry)) expectInside(entry->Value());
+  }
+}
+
+// One level of indentation more.
+class Indented {
+ public:
+  explicit Indented(std::int32_t& level) noexcept : fLevel(level) { ++fLevel; }
+  Indented(const Indented&) = delete;
+  Indented& operator=(const Indented&) = delete;
+  ~Indented() { --fLevel; }
+
+ private:
+  std::int32_t& fLevel;
+};
+
+}  // namespace
+
+// The close character is written as it is, also where the escapes of the value have one for it.
+template <class Content>
+void TypeAStreamer::WriteValue(OCharStream& out, const StreamParams& params, Content content) {
+  out.PutChar(params.kOpen);
+  const ContextScope context(out, params);
+  content();
+  out.PutRaw(params.kClose);
+}
+
+void TypeAStreamer::SerializeObject(const KAP_T_MT::CKAPPositionableStream& stream,
+                                    const CPOSObject& object) {
+  OCharStream out(stream);
+  SerializeObject(out, object);
+}
+
+void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) {
+  const BaseObject* instance = BaseObject::GetInstanceNoThrow(object.Handle());
+  if (!instance) throw POSException(kCannotBeWritten);
+  const StreamParams& params = GetWritingParams(instance->GetType());
+  if (params.kType == KAP_T_MT::kPOSNumber) {
+    return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
+  }
+  const InUse inUse(out, object, nullptr);
+  switch (params.kType) {
+    case KAP_T_MT::kPOSNumber:  // written above: nothing of it is needed while the stream writes
+      break;
+    case KAP_T_MT::kPOSString:
+      return WriteStringValue(out, static_cast<const NPOSObjectImpl::String*>(instance)->Get());
+    case KAP_T_MT::kPOSUnicodeString:
+      return WriteValue(out, params, [&] {
+        WriteUnicode(out, static_cast<const UnicodeString*>(instance)->Get());
+      });
+    case KAP_T_MT::kPOSBinData:
+      return WriteValue(out, params,
+                        [&] { WriteBinData(out, *static_cast<const BinData*>(instance)); });
+    case KAP_T_MT::kPOSRawPointer:
+      return WriteValue(out, params, [&] {
+        WriteRawPointer(out, static_cast<const RawPointer*>(instance)->GetRawPointer());
+      });
+    case KAP_T_MT::kPOSArray:
+      CheckDepth(*instance);
+      return WriteValue(out, params,
+                        [&] { WriteArray(out, *static_cast<const Array*>(instance)); });
+    case KAP_T_MT::kPOSDict:
+      CheckDepth(*instance);
+      return WriteValue(out, params, [&] { WriteDict(out, *static_cast<const Dict*>(instance)); });
+  }
+  throw POSException(kCannotBeWritten);
+}
+
+// An array that contains itself would fill half a gigabyte with indentation before the stack ends.
+// So what is nested deeper than usual is looked through before anything of it is written. The
+// levels written so far show how much stack a level takes, and so which depth is out of reach; a
+// quarter is added because the levels to come may take less.
+void TypeAStreamer::CheckDepth(const BaseObject& object) {
+  const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  if (fLevel == fFirstLevel) fFirstFrame = here;
+  if (fLevel != fFirstLevel + kLevelsUnchecked) return;
+  const NPOSObjectImpl::NestingLevel level;
+  const unsigned long fit = level.HowManyFit((fFirstFrame - here) / kLevelsUnchecked);
+  ExpectNoMoreLevels(object, fit + fit / 4);
+}
+
+// Few tabs, the ordinary case, come with the line feed in one copy.
+void TypeAStreamer::NewLine(OCharStream& out) const {
+  static constexpr char kLine[] = "\n\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t";
+  constexpr std::size_t kSize = sizeof kLine - 1;
+  const std::size_t length = 1 + static_cast<std::size_t>(fLevel);
+  out.PutInPlace<kSize>([=](char* place) {
+    std::memcpy(place, kLine, kSize);
+    return place + std::min(length, kSize);
+  });
+  if (length > kSize) [[unlikely]]
+    out.PutRaw('\t', length - kSize);
+}
+
+// Nothing in a number's text needs an escape, wherever it stands.
+void TypeAStreamer::WriteNumberValue(OCharStream& out, const StreamParams& params, double value) {
+  out.PutInPlace<NPOSObjectImpl::kNumberTextSize + 2>([&](char* place) {
+    *place++ = params.kOpen;
+    place = NPOSObjectImpl::WriteNumber(value, place);
+    *place++ = params.kClose;
+    return place;
+  });
+}
+
+// Upper-case digits for the high byte and lower-case ones for the low byte, deliberately.
+void TypeAStreamer::WriteUnicode(OCharStream& out, const unsigned short* units) {
+  for (; *units != 0; ++units) {
+    const unsigned unit = *units;
+    out.PutRaw(kUpperHexDigits[unit >> 12]);
+    out.PutRaw(kUpperHexDigits[unit >> 8 & 15]);
+    out.PutRaw(kLowerHexDigits[unit >> 4 & 15]);
+    out.PutRaw(kLowerHexDigits[unit & 15]);
+  }
+}
+
+void TypeAStreamer::WriteBinData(OCharStream& out, const BinData& data) {
+  WriteStringValue(out, data.GetTypeName());
+  out.PutRaw(' ');
+  WriteNumberValue(out, GetWritingParams(KAP_T_MT::kPOSNumber),
+                   static_cast<double>(data.GetSize()));
+  out.PutRaw(' ');
+  {
+    const Indented indented(fLevel);
+    const unsigned char* const bytes = data.GetBinData();
+    for (unsigned long i = 0; i < data.GetSize(); ++i) {
+      if (i % kBytesPerLine == 0) NewLine(out);
+      out.PutRaw(kUpperHexDigits[bytes[i] >> 4]);
+      out.PutRaw(kUpperHexDigits[bytes[i] & 15]);
+    }
+  }
+  NewLine(out);
+}
+
+// For debugging only: it cannot be read back.
+void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
+  char text[NPOSObjectImpl::kNumberTextSize];
+  if (!pointer) return out.PutRaw("(nil)");
+  out.PutRaw("0x");
+  const auto [end, error] = std::to_chars(std::begin(text), std::end(text),
+                                          reinterpret_cast<std::uintptr_t>(pointer), 16);
+  out.PutRaw(std::string_view(text, end));
+}
+
+// The stream may change the array while it writes: each element is taken as it is then.
+void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
+  const NPOSObjectImpl::NestingGuard guard;
+  {
+    const Indented indented(fLevel);
+    for (std::size_t i = 0; i < array.Count(); ++i) {
+      NPOSObjectImpl::FetchAhead(array.Elements(), i);
+      NewLine(out);
+      if (i >= array.Count()) break;
+      const CPOSObject& element = array.Elements()[i];
+      if (element.IsNull()) throw POSException("CPOSArray::GetAt subscript failed");
+      SerializeObject(out, element);
+    }
+  }
+  NewLine(out);
+}
+
+// Where the stream has written during an entry, the entry may be gone: the next one is found by its
+// key.
+void TypeAStreamer::WriteDict(OCharStream& out, const Dict& dict) {
+  const NPOSObjectImpl::NestingGuard guard;
+  {
+    const Indented indented(fLevel);
+    for (const DictEntry* entry = dict.Entries().First(); entry;) {
+      const InUse inUse(out, entry->Value(), &entry->GetKey());
+      NewLine(out);
+      WriteStringValue(out, inUse.Key().Text());
+      out.PutRaw(' ');
+      SerializeObject(out, inUse.Object());
+      entry = inUse.IsKept() ? dict.Entries().FirstAfter(inUse.Key()) : DictTree::Next(entry);
+    }
+  }
+  NewLine(out);
+}
+
+void TypeAStreamer::WriteStringValue(OCharStream& out, const char* text) {
+  WriteValue(out, GetWritingParams(KAP_T_MT::kPOSString), [&] { out.PutText(text); });
+}
+
+}  // namespace NPOSStreamerImpl::NTypeAImpl

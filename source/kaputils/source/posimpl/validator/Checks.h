@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+
+#include "posimpl/validator/TypeCheck.h"
+
+namespace NPOSValidatorImpl {
+
+// The checks, one a category, and the attributes that each of them reads.
+
+// "int" and "real": min, max, minexcl, maxexcl.
+ErrorCount CheckNumber(const TypeCheck& check);
+// minlen and maxlen in bytes, illegalchars, oneof.
+ErrorCount CheckString(const TypeCheck& check);
+// minlen and maxlen in 16-bit units.
+ErrorCount CheckUnicodeString(const TypeCheck& check);
+// minlen and maxlen in bytes; oneof of its type name.
+ErrorCount CheckBinData(const TypeCheck& check);
+// Raw pointers by all their names.
+ErrorCount CheckReference(const TypeCheck& check);
+// minlen and maxlen in members. membertype: the type of all of them, or the types one by one.
+ErrorCount CheckArray(const TypeCheck& check);
+// required and optional (type by name of the member), keytype, valuetype.
+ErrorCount CheckDict(const TypeCheck& check);
+// set: at least one of these types.
+ErrorCount CheckUnion(const TypeCheck& check);
+// set: all of these types.
+ErrorCount CheckIntersection(const TypeCheck& check);
+
+// Shared: minlen and maxlen of whatever has a length.
+// What is said about a length below "minlen" or above "maxlen"; the bound is at hand as "%d".
+struct LengthMessages {
+  const char* fBelow;
+  const char* fAbove;
+};
+
+ErrorCount CheckLength(const TypeCheck& check, std::size_t length, const LengthMessages& messages);
+
+}  // namespace NPOSValidatorImpl

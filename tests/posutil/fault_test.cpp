@@ -1,0 +1,201 @@
+// Every call of the C library that posutil depends on fails or is the last one: the output file is
+// the old one or the new one, and nothing else is left.
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include "Folder.h"
+#include "Posutil.h"
+
+namespace {
+
+using Names = std::set<std::string>;
+
+const std::string kOld = "[\n  1\n]\n";
+
+struct Fault {
+  const char* fCall;
+  long fFirst;
+  long fCount;
+  std::string fAction;
+};
+
+// A conversion of a small document to an existing file, with a fault.
+class FaultTest : public testing::Test {
+ protected:
+  FaultTest() {
+    std::string in = "[\"" + std::string(200'000, 'x') + "\"";
+    for (int i = 0; i < 100; ++i)
+      in += ",{\"key" + std::to_string(i) + "\":" + std::to_string(i) + "}";
+    fFolder.Put("in.json", in + "]");
+    RunPosutil({"convert", fFolder.Path("in.json"), fFolder.Path("out.json")});
+    fNew = fFolder.Content("out.json");
+  }
+
+  static Setting With(const Fault& fault, const std::string& fired, bool isNamed) {
+    Setting setting;
+    setting.fEnvironment = {"LD_PRELOAD=" KAP_FAULT_INJECTOR,
+                            "KAP_FAULT=" + std::string(fault.fCall) + " " +
+                                std::to_string(fault.fFirst) + " " + std::to_string(fault.fCount) +
+                                " " + fault.fAction,
+                            "KAP_FIRED=" + fired};
+    if (isNamed) setting.fEnvironment.emplace_back("KAP_NAMED=1");
+    return setting;
+  }
+
+  Outcome Convert(const Fault& fault, bool isNamed = false) {
+    fFolder.Put("out.json", kOld);
+    std::filesystem::remove(fMarks.Path("fired"));
+    return RunPosutil({"convert", fFolder.Path("in.json"), fFolder.Path("out.json")}, "",
+                      With(fault, fMarks.Path("fired"), isNamed));
+  }
+  bool HasFired() const { return fMarks.Names().count("fired") > 0; }
+  bool IsNew() const { return fFolder.Content("out.json") == fNew; }
+
+  // Whatever the outcome, the folder holds two files, and the output is the old or the new one.
+  void ExpectWhole() const {
+    EXPECT_EQ(fFolder.Names(), (Names{"in.json", "out.json"}));
+    EXPECT_TRUE(IsNew() || fFolder.Content("out.json") == kOld);
+  }
+
+  const Folder fFolder;
+  const Folder fMarks;
+  std::string fNew;
+};
+
+// Fails the nth call, for n = 1, 2, 3... until none fails.
+TEST_F(FaultTest, TheNthCallFails) {
+  const struct {
+    const char* call;
+    int error;
+    bool isNamed;
+    int atLeast;  // the number of calls
+  } rows[] = {{"write", ENOSPC, false, 3}, {"write", EIO, true, 3},   {"fsync", EIO, false, 1},
+              {"fsync", EIO, true, 1},     {"link", EIO, false, 1},   {"rename", EACCES, false, 1},
+              {"rename", EACCES, true, 1}, {"open", EACCES, true, 2}, {"fchmod", EPERM, true, 1}};
+  for (const auto& row : rows) {
+    int n = 1;
+    for (;; ++n) {
+      SCOPED_TRACE(std::string(row.call) + " " + std::to_string(n));
+      const Outcome outcome = Convert({row.call, n, 1, std::to_string(row.error)}, row.isNamed);
+      ExpectWhole();
+      if (!HasFired()) break;
+      EXPECT_EQ(outcome.fStatus, 3);
+      EXPECT_NE(outcome.fErr.find(std::strerror(row.error)), std::string::npos) << outcome.fErr;
+      EXPECT_FALSE(IsNew());
+    }
+    EXPECT_TRUE(IsNew());
+    EXPECT_GT(n, row.atLeast) << row.call;
+  }
+}
+
+// Not all faults stop a conversion: without a child, posutil replaces the file itself.
+TEST_F(FaultTest, NoProcessLeft) {
+  EXPECT_EQ(Convert({"fork", 1, 1, std::to_string(EAGAIN)}), (Outcome{0, "", ""}));
+  EXPECT_TRUE(HasFired() && IsNew());
+  ExpectWhole();
+}
+
+// The process that makes the call dies. A child that dies makes posutil fail.
+TEST_F(FaultTest, KilledAtTheNthCall) {
+  for (const char* const call : {"open", "write", "fsync", "fork", "link", "rename"}) {
+    for (int n = 1;; ++n) {
+      SCOPED_TRACE(std::string(call) + " " + std::to_string(n));
+      const Outcome outcome = Convert({call, n, 1, "kill"});
+      ExpectWhole();
+      if (!HasFired()) break;
+      EXPECT_NE(outcome.fStatus, 0);
+      EXPECT_FALSE(IsNew());
+    }
+  }
+}
+
+// Posutil dies while its child replaces the file: the child completes that.
+TEST_F(FaultTest, KilledWhileItsChildWorks) {
+  for (const char* const call : {"link", "rename"}) {
+    SCOPED_TRACE(call);
+    EXPECT_EQ(Convert({call, 1, 1, "orphan"}).fStatus, -1);
+    EXPECT_TRUE(HasFired());
+    while (!IsNew()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ExpectWhole();
+  }
+}
+
+// Signals remove a named temporary file.
+TEST_F(FaultTest, AFileSizeLimit) {
+  for (const bool isNamed : {false, true}) {
+    fFolder.Put("out.json", kOld);
+    Setting setting = With({"none", 1, 0, "0"}, fMarks.Path("fired"), isNamed);
+    setting.fPrefix = {"prlimit", "--fsize=100000"};
+    const Outcome outcome =
+        RunPosutil({"convert", fFolder.Path("in.json"), fFolder.Path("out.json")}, "", setting);
+    EXPECT_EQ(outcome, (Outcome{3, "", "posutil: cannot write the output: File too large\n"}));
+    EXPECT_FALSE(IsNew());
+    ExpectWhole();
+  }
+}
+
+// What a run without memory may print: a message, and from the host that it cannot check the
+// accounting. The C library ends a process that cannot register the destructor of a thread.
+void ExpectMessageAboutMemory(const Outcome& outcome) {
+  if (outcome.fErr.starts_with("Fatal glibc error")) return;
+  EXPECT_EQ(outcome.fStatus, 3);
+  EXPECT_NE(outcome.fErr.find("posutil: "), std::string::npos) << outcome.fErr;
+}
+
+// The leak report of the host starts so, too.
+void ExpectNoLeak(const Outcome& outcome) {
+  const std::size_t host = outcome.fErr.find("KAP host: ");
+  EXPECT_EQ(outcome.fErr.find("KAP host: no memory"), host) << outcome.fErr;
+}
+
+// Memory runs out at the nth allocation, for once or from then on. The steps grow with n, to keep
+// the number of runs small.
+TEST_F(FaultTest, OutOfMemory) {
+  for (const long count : {1L, 1'000'000'000L}) {
+    for (long n = 1;; n += 1 + n / 8) {
+      SCOPED_TRACE(std::to_string(n) + " of " + std::to_string(count));
+      const Outcome outcome = Convert({"malloc", n, count, std::to_string(ENOMEM)});
+      ExpectWhole();
+      if (!HasFired()) break;
+      ExpectNoLeak(outcome);
+      EXPECT_EQ(IsNew(), outcome.fStatus == 0);
+      if (outcome.fStatus != 0) ExpectMessageAboutMemory(outcome);
+    }
+  }
+}
+
+// A command that runs out of memory says so: it never gives a wrong answer.
+TEST_F(FaultTest, CommandsOutOfMemory) {
+  const std::string schema = KAP_SAMPLES "/people.txt";
+  const std::string person = fFolder.Put(
+      "person.txt", "< name (Ada Lovelace) born [10 December 1815] greeting `0041` factor 0.5 >");
+  const std::vector<std::string> rows[] = {
+      {"print", person},
+      {"get", person, "name", "born[1]", "born", "greeting"},
+      {"convert", person, "-", "--to", "typea"},
+      {"validate", "--schema", schema, "--type", "Person", person},
+      {"check-schema", "--format", "json", schema},
+      {"version"}};
+  for (const auto& row : rows) {
+    const Outcome whole = RunPosutil(row);
+    ASSERT_EQ(whole, (Outcome{0, whole.fOut, ""}));
+    for (long n = 1;; n += 1 + n / 8) {
+      SCOPED_TRACE(row[0] + " " + std::to_string(n));
+      std::filesystem::remove(fMarks.Path("fired"));
+      const Fault fault = {"malloc", n, 1, std::to_string(ENOMEM)};
+      const Outcome outcome = RunPosutil(row, "", With(fault, fMarks.Path("fired"), false));
+      if (!HasFired()) break;
+      ExpectNoLeak(outcome);
+      if (outcome.fStatus == 0) {
+        EXPECT_EQ(outcome.fOut, whole.fOut);
+      } else {
+        ExpectMessageAboutMemory(outcome);
+      }
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace PosUtil {
+
+enum ExitStatus : int {
+  kExitSuccess = 0,
+  kExitNegative = 1,  // the answer is no: a path has no value, a document is not valid
+  kExitUsage = 2,
+  kExitFailure = 3,  // unreadable or malformed input, lost output, a report of the library
+};
+
+// Ends a command. The text is the message to the user; an empty text prints nothing.
+class Failure : public std::runtime_error {
+ public:
+  explicit Failure(const std::string& text, ExitStatus status = kExitFailure)
+      : std::runtime_error(text), fStatus(status) {}
+
+  ExitStatus Status() const { return fStatus; }
+
+ private:
+  ExitStatus fStatus;
+};
+
+}  // namespace PosUtil

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace PosUtil {
+
+// The text in a form that is safe on a terminal: control characters and invalid UTF-8 become \xNN,
+// the middle of a long text becomes "...".
+std::string Printable(std::string_view text);
+
+enum class Quotes { kAsTheyAre, kEscaped };
+
+// Appends the same without a limit on the length. With kEscaped, double quotes and backslashes get
+// a backslash.
+void AppendPrintable(std::string& out, std::string_view text, Quotes quotes = Quotes::kAsTheyAre);
+
+}  // namespace PosUtil

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "commands/documents/FormatOption.h"
+
+namespace PosUtil {
+
+// The arguments of a command that reads the documents of one file.
+class DocumentArgument {
+ public:
+  // Declares the file, under this name, and --from.
+  void Declare(CLI::App& options, const char* name = "FILE");
+  // Declares --all.
+  void DeclareAll(CLI::App& options);
+
+  // Throws Failure if neither --from nor the ending of the file determines the format.
+  const Reader& Format() const { return FormatOfFile(fFormat, fFile, "--from"); }
+  // The name of the file in messages.
+  std::string Name() const;
+
+  // Reads the only document.
+  KAP_T_MT::CPOSObject Read(Session& session) const { return Open(session)->Next(); }
+
+  // Reads the documents and writes each of them, on one line if --all is given and the format
+  // allows it. Throws Failure, also for the reports of the library.
+  void Write(const Writer& writer, Style style, Session& session, Output& out) const;
+
+ private:
+  Extent HowMany() const { return fAll ? Extent::kAll : Extent::kOne; }
+  std::string Name(std::size_t number) const;
+  std::unique_ptr<Documents> Open(Session& session) const;
+
+  std::string fFile;
+  std::string fFormat;
+  bool fAll = false;
+};
+
+}  // namespace PosUtil

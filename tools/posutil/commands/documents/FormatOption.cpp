@@ -1,0 +1,96 @@
+#include "commands/documents/FormatOption.h"
+
+#include <CLI/CLI.hpp>
+#include <utility>
+#include <vector>
+
+#include "base/Failure.h"
+#include "base/Printable.h"
+#include "files/InputFile.h"
+
+namespace PosUtil {
+
+namespace {
+
+template <class Format>
+std::vector<std::string> Names() {
+  std::vector<std::string> names;
+  for (const Format* format : Format::All()) names.emplace_back(format->kName);
+  return names;
+}
+
+void DeclareFormat(CLI::App& options, const char* name, std::string& format,
+                   const std::string& description, const std::vector<std::string>& names) {
+  options.add_option(name, format, description)
+      ->check(CLI::IsMember(names))
+      ->option_text(CLI::detail::join(names, "|"));
+}
+
+std::string ListOfEndings() {
+  std::string text;
+  for (const Reader* reader : Reader::All()) {
+    text += (text.empty() ? "" : "; ") + std::string(reader->kName) + " for " +
+            std::string(reader->kEndings);
+  }
+  return text;
+}
+
+// Checks the reports of the library after each document.
+class CheckedDocuments final : public Documents {
+ public:
+  CheckedDocuments(std::unique_ptr<Documents> documents, const std::string& name, Library& library)
+      : fDocuments(std::move(documents)), fName(name), fLibrary(library) {}
+
+  KAP_T_MT::CPOSObject Next() override {
+    try {
+      KAP_T_MT::CPOSObject object = fDocuments->Next();
+      fLibrary.CheckReports(fName);
+      return object;
+    } catch (const Failure&) {
+      fLibrary.CheckReports(fName);  // a report is the cause of the failure
+      throw;
+    }
+  }
+
+ private:
+  const std::unique_ptr<Documents> fDocuments;
+  const std::string fName;
+  Library& fLibrary;
+};
+
+}  // namespace
+
+void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file) {
+  DeclareFormat(
+      options, option, format,
+      "Format of " + std::string(file) + "; default: by its ending (" + ListOfEndings() + ")",
+      Names<Reader>());
+}
+
+void DeclareTo(CLI::App& options, std::string& format, const char* description) {
+  DeclareFormat(options, "--to", format, description, Names<Writer>());
+}
+
+void DeclareToOfFile(CLI::App& options, std::string& format, const char* description) {
+  std::vector<std::string> names = Names<Reader>();
+  std::erase_if(names, [](const std::string& name) { return !FindFormat<Writer>(name); });
+  DeclareFormat(options, "--to", format, description, names);
+}
+
+const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option) {
+  const Reader* const reader = format.empty() ? Reader::ForFile(file) : FindFormat<Reader>(format);
+  if (!reader) {
+    throw Failure(Printable(file) + ": cannot tell the format from the file name; use " + option,
+                  kExitUsage);
+  }
+  return *reader;
+}
+
+std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
+                                         Extent extent, Session& session) {
+  Library& library = session.TheLibrary();
+  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, session), InputName(file),
+                                            library);
+}
+
+}  // namespace PosUtil

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "formats/Format.h"
+#include "program/Session.h"
+
+namespace CLI {
+class App;
+}
+
+namespace PosUtil {
+
+// Declares an option, such as --from, that takes the name of a format to read. `file` is the name
+// of the argument that it describes.
+void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file);
+
+// Declares an option --to that takes the name of a format to write.
+void DeclareTo(CLI::App& options, std::string& format, const char* description);
+
+// Declares an option --to for a file: it takes only formats that have a reader too.
+void DeclareToOfFile(CLI::App& options, std::string& format, const char* description);
+
+// The reader for the name of a format, or for the ending of `file` if the name is empty. Throws
+// Failure if neither determines it; `option` is the option that the message suggests.
+const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option);
+
+// Opens a file. Next then also throws Failure for the reports of the library.
+std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
+                                         Extent extent, Session& session);
+
+}  // namespace PosUtil

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "files/Descriptor.h"
+
+namespace PosUtil {
+
+// A name in an open folder. Unlike a path, it stays in that folder when somebody changes a
+// symbolic link or renames a folder of the path.
+struct FileLocation {
+  Descriptor fFolder;
+  std::string fName;
+
+  // The place that the path leads to, through symbolic links; a file need not exist there. On
+  // failure fFolder is empty, and errno has the reason.
+  static FileLocation Of(const std::string& path);
+
+  // Returns whether the file at this place, not followed as a link, is the open file.
+  bool Holds(int descriptor) const;
+};
+
+}  // namespace PosUtil

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+#include "base/SyntaxError.h"
+#include "kap/KAPClientBase.h"
+#include "kap/KAPStream.h"
+#include "terminal/Progress.h"
+
+namespace PosUtil {
+
+// A file, or standard input, as a host stream. The file need not be seekable: a window over the
+// bytes read last lets a reader go back as far as it reads ahead.
+class StreamInput {
+ public:
+  // Reading advances `progress`. Throws Failure, also for a file that is too large.
+  StreamInput(const std::string& fileName, Progress& progress);
+  StreamInput(const StreamInput&) = delete;
+  StreamInput& operator=(const StreamInput&) = delete;
+
+  KAP_T_MT::CKAPPositionableStream& Stream() { return fStream; }
+  // The size of a regular file, 0 for anything else.
+  std::size_t Size() const;
+  // The number of bytes that the reader has taken.
+  std::size_t Position() const;
+
+  // Throws the failure that stopped the reading, if there is one.
+  void CheckFailure();
+  // Skips white space. Returns false at the end of the input.
+  bool SkipSpace();
+  // The error at a byte of the window; `offset` counts from the start of the input.
+  SyntaxError ErrorAt(std::size_t offset, const std::string& message) const;
+
+ private:
+  class Client;
+
+  explicit StreamInput(KAP_T_MT::TKAPClientObject<Client> client);
+
+  Client* fClient;  // owned by the stream
+  KAP_T_MT::CKAPPositionableStream fStream;
+};
+
+}  // namespace PosUtil
