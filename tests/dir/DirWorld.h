@@ -50,7 +50,7 @@ inline KAP_T_MT::CKAPStringAtom Text(const std::string& text) {
   return KAP_T_MT::CKAPStringAtom(text.c_str());
 }
 
-// Whether the body raises an exception.
+// Whether the body throws an exception.
 inline bool Fails(const Body& body) {
   try {
     body();

@@ -13,7 +13,7 @@ namespace {
 using namespace KAP_T_MT;
 using Dir = KAPUtilsDirInterface;
 
-// The body raises the error "KAPUtilsDirImpl::<operation>: Unknown error" with this code.
+// The body throws the error "KAPUtilsDirImpl::<operation>: Unknown error" with this code.
 void ExpectFailure(const std::string& operation, int code, const Body& body) {
   try {
     body();

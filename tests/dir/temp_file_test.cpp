@@ -79,8 +79,8 @@ TEST_F(DirTest, TempFileThatCannotBeMade) {
   EXPECT_EQ(out, nullptr);
 }
 
-// A link in the place of the file, as anybody can put it into a directory without sticky bit, is not
-// followed.
+// A link in the place of the file, as anybody can put it into a directory without sticky bit, is
+// not followed.
 TEST_F(DirTest, TempFileThatIsReplaced) {
   std::ofstream(Path("secret")) << "secret";
   for (const bool isMoved : {false, true}) {
@@ -102,7 +102,7 @@ TEST_F(DirTest, TempFileThatIsReplaced) {
   EXPECT_TRUE(Remove("secret"));
 }
 
-// It is told to the host, and the stream is gone either way.
+// The host reports it, and the stream is gone either way.
 TEST_F(DirTest, TempFileThatCannotBeDeleted) {
   std::optional<CKAPPositionableStream> stream = NewStream();
   Remove(Names().at(0));
@@ -126,9 +126,9 @@ TEST_F(DirTest, ReleaseUnderRefusals) {
   EXPECT_EQ(Names(), Texts());
 }
 
-// Runs `test` in a world of its own for each n. What it runs by `refused` meets a refusal of the
+// Runs `test` in a world of its own for each n. What it runs by `refused` meets a failure of the
 // nth call from then on, alone or with all after it. It must fail when there is such a call, and
-// only then; `refused` gives whether it did.
+// only then; `refused` returns whether it did.
 using Refused = std::function<bool(const Body& body)>;
 void RefuseEachCall(const std::function<void(DirWorld&, const Refused&)>& test) {
   for (const bool andAllAfterIt : {false, true}) {
@@ -162,7 +162,7 @@ TEST(DirRefusalTest, NoStreamNoFile) {
   EXPECT_GT(failures, 60);
 }
 
-// Whatever is refused, a later view reads what was written: the stream writes on, or it has become a
+// Whatever fails, a later view reads what was written: the stream writes on, or it has become a
 // view itself.
 TEST(DirRefusalTest, NoView) {
   int written = 0;
@@ -180,7 +180,7 @@ TEST(DirRefusalTest, NoView) {
   EXPECT_GE(written, 2);
 }
 
-// The first call is the stream's own, the second that of the file stream, whose error passes.
+// The first call is the stream's own, the second that of the file stream, whose error is passed on.
 TEST_F(DirTest, FileStreamFails) {
   CKAPPositionableStream stream = NewStream();
   const std::pair<Kind, Body> calls[] = {{Kind::kRead, [&] { Read(stream); }},

@@ -19,7 +19,7 @@ class Given {
  public:
   Given(const World& world, std::string_view interfaceName, std::string_view method);
 
-  // From now on the argument at this position is this handle, or null if it is no handle.
+  // From now on the argument at this position is this handle, or null if it is not a handle.
   void Spoil(std::size_t position, KAPContainer* handle) {
     fBadPosition = position;
     fBadHandle = handle;
@@ -86,7 +86,7 @@ struct Signature<R (*)(Args...)> {
   static constexpr std::size_t kCount = sizeof...(Args);
 };
 
-// One procedure. `Call` gives whether it failed by its result (nothing for one without a result),
+// One procedure. `Call` returns whether it failed by its result (nothing for one without a result),
 // and releases a handle that it returned.
 template <class Interface, std::size_t Slot>
 struct Procedure {

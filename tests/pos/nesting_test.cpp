@@ -4,7 +4,7 @@
 #include "Threads.h"
 #include "World.h"
 
-// Nesting far deeper than any stack carries: the answer is an error that says so, or the result,
+// Nesting far deeper than any stack carries: there is an error that says so, or the result,
 // and the release always succeeds.
 
 namespace {
@@ -111,8 +111,8 @@ TEST_F(NestingTest, AMillionLevels) {
   }
 }
 
-// A release procedure that gives back the last reference to an object relies on its being gone then,
-// however deep the release is nested.
+// A release procedure that gives back the last reference to an object relies on its being gone
+// then, however deep the release is nested.
 TEST_F(NestingTest, ReleaseInsideAReleaseProcedure) {
   static std::string order;
   struct Held {
@@ -166,7 +166,8 @@ TEST_F(NestingTest, SmallAndLargeStacks) {
   }
 }
 
-// On a stack that the program made itself, as for its signals, nobody knows how much is left.
+// On a stack that the program made itself, as for its signals, there is no telling how much is
+// left.
 void OnSignalStack(std::function<void()> body) {
   static std::function<void()> toRun;
   toRun = std::move(body);

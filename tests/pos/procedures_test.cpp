@@ -99,8 +99,8 @@ TEST(ProceduresTest, BadInput) {
   EXPECT_GT(sweep.Calls(), 200);
 }
 
-// The nth call of the host fails, alone or with all after it; when it is cold, the method tables are
-// to be loaded anew, which takes calls of its own. True while there is a call to refuse.
+// The nth call of the host fails, alone or with all after it; when it is cold, the method tables
+// are to be loaded anew, which takes calls of its own. True while there is such a call.
 template <class Procedure>
 bool RefuseCall(unsigned long n, bool andAllAfterIt, bool cold) {
   SCOPED_TRACE(testing::Message() << Procedure::kInterface << '.' << Procedure::kMethod << ", call "

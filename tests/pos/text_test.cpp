@@ -112,7 +112,8 @@ TEST_F(TextTest, SyntaxErrors) {
   }
 }
 
-// A refusal is no syntax error: it is reported, and the end holds the place that was reached.
+// A failing host is not a syntax error: there is a report, and the end pointer holds the position
+// reached.
 TEST_F(TextTest, RefusalsKeepThePlace) {
   const char* const text = "[1 <a (b)> 4]";
   for (unsigned long n = 1;; ++n) {

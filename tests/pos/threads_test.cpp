@@ -7,7 +7,7 @@ using namespace KAP_T_MT;
 
 constexpr int kRounds = 150;
 
-// One document that nobody changes, read by all threads through procedures and wrappers, while the
+// One document that does not change, read by all threads through procedures and wrappers, while the
 // counter moves under them, which makes every table stale.
 TEST_F(WrapperTest, ManyThreadsReadOneDocument) {
   std::string text;

@@ -59,7 +59,7 @@ class StreamerWorld : public World {
   }
   static std::string Tagged(std::string_view value) { return std::string(kTag).append(value); }
 
-  // What is read from the bytes, as Show writes it, or "error: " and the report; and, behind a bar,
+  // What is read from the bytes, as Show writes it, or "error: " and the report; and, after a bar,
   // what has not been read of them.
   std::string Outcome(std::string_view document) {
     const Object stream = NewBuffer(document);

@@ -10,9 +10,9 @@ using HostCall = KAP_T_MT::KAPFault;
 
 class FailingTest : public StreamerTest {
  protected:
-  // Writes and reads with the nth call refused, alone or with all after it. Reading gives all or
+  // Writes and reads with the nth call failing, alone or with all after it. Reading returns all or
   // nothing, writing the beginning of the document; there is a report exactly if there was
-  // something to refuse, which is the result. False also after a failure of the test.
+  // such a call, which is the result. False also after a failure of the test.
   bool Refused(HostCall kind, unsigned long n, bool andAllAfterIt) {
     SCOPED_TRACE(testing::Message() << "kind " << static_cast<int>(kind) << ", call " << n);
     const BalancedScope balanced(*this);

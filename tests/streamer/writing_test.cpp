@@ -113,7 +113,7 @@ TEST_F(WritingTest, CallsOfTheStream) {
   }
 }
 
-// A failure that the objects cause: what stands before it has been written.
+// A failure that the objects cause: what comes before it has been written.
 TEST_F(WritingTest, ObjectsThatCannotBeWritten) {
   Object withHole = Read("[1]");
   Call<POSArrayInterface, "SetAt">(withHole.get(), 2ul, Number(3).get());

@@ -19,7 +19,7 @@ class ValidatorWorld : public World {
                         void* clientData = nullptr) const;
 
   Outcome Validate(const Object& validator, const char* typeName, const Object& object);
-  // With a validator for this once, whose answer must be the same when nobody hears the messages.
+  // With a validator of its own, whose result must be the same without a message procedure.
   Outcome Check(const std::string& schema, const char* typeName, const Object& object);
   Outcome Check(const std::string& schema, const char* typeName, const char* object) {
     return Check(schema, typeName, Read(object));

@@ -25,7 +25,7 @@ class CallbackTest : public ::testing::Test, public ValidatorWorld {
   }
   static void* Text(const char* text) { return const_cast<char*>(text); }
 
-  // Adds what it is given to the text that the client data are; the number 13 does not pass.
+  // Appends its arguments to the text that the client data are; the number 13 fails.
   static long Write(POSObject* object, KAPStringAtom* type, KAPSharedBuffer* buffer, void* text) {
     const std::string shown = gWorld->Show(object);
     *static_cast<std::string*>(text) += gWorld->Strings<"GetCString">(type) + (" " + shown + ";");

@@ -24,7 +24,7 @@ TEST_F(ClientTest, ValidatesAndRegisters) {
   EXPECT_FALSE(validator.Validate(CPOSNumber(1), "N", &Hear));
   EXPECT_EQ(TakeHeard(), (Outcome{"INT was not a whole number", ""}));
 
-  // What "ValidateSchema" raises crosses into this component.
+  // What "ValidateSchema" throws crosses into this component.
   EXPECT_THROW(CPOSStructValidator::ValidateSchema(CPOSDict(), &Hear), std::exception);
   EXPECT_THROW(CPOSStructValidator{CPOSDict()}, CKAPError);
   EXPECT_FALSE(TakeReports().empty());

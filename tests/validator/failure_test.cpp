@@ -3,7 +3,7 @@
 #include "ValidatorWorld.h"
 #include "dir/KAPUtilsDirInterfaces.h"
 
-// What goes wrong: bad arguments, nesting without end, hosts that refuse, other locales.
+// Failures: bad arguments, nesting without end, hosts that fail, other locales.
 
 namespace {
 
@@ -70,7 +70,7 @@ TEST_F(FailureTest, OtherLocale) {
   EXPECT_EQ(outcome, Outcome{"Number below mininum value 1.500000"});
 }
 
-// A schema that somebody changes counts as it stands, and lives as long as its validator.
+// A schema that changes counts as it is then, and lives as long as its validator.
 TEST_F(FailureTest, TheSchemaIsKeptNotCopied) {
   Object schema = Read("< N < category int > >");
   const Object validator = Validator(schema);
@@ -92,7 +92,7 @@ struct Scenario : ValidatorWorld {
   OwnedAtom fType = Key("T");
 };
 
-// Makes a call with the nth call of the host refused, alone or with all after it, until none is:
+// Makes a call with the nth call of the host failing, alone or with all after it, until none fails:
 // `fails` must fail exactly when one was, and everything must have been given back.
 void RefuseEachCall(bool (*fails)(Scenario&)) {
   for (const bool andAllAfterIt : {false, true}) {

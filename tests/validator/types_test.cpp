@@ -76,7 +76,7 @@ TEST_F(TypesTest, UndefinedTypes) {
 }
 
 // Which of one object of each kind an intrinsic type accepts (number, string, Unicode string,
-// binary data, pointer, array, dictionary). The schema's own entry of that name is never asked.
+// binary data, pointer, array, dictionary). The schema's own entry of that name is never used.
 TEST_F(TypesTest, IntrinsicTypes) {
   const struct {
     const char *type, *accepted, *name;

@@ -11,8 +11,8 @@ class CPOSDict;
 //
 //   for (CPOSDictIterator i(dict); !i.IsDone(); i.Next()) Use(i.CurKey(), dict[i.CurKey()]);
 //
-// Ownership: owns the iterator, holds no reference to the dictionary, which must outlive it. Entries
-//   may come and go during the walk, but the one that the iterator stands on must stay.
+// Ownership: owns the iterator, holds no reference to the dictionary, which must outlive it.
+//   Entries may come and go during the walk, but the one that the iterator stands on must stay.
 // Errors: CKAPError "invalid container" when the iterator cannot be made; the other calls report to
 //   the binder, and IsDone is true then, so that a loop ends.
 // Threads: an iterator belongs to one thread at a time; several may walk one dictionary that

@@ -19,9 +19,9 @@
 // 1. A failure is reported to the binder and the result is null, false or 0 (for IsDone: true).
 //    Nothing else changes: a call that fails leaves every object as it was. Where a contract says
 //    that a case is quiet, it is not a failure, and nothing is reported.
-// 2. A failing call reports at least once. A deep call of many levels ("Clone", "IsEqual") goes
-//    from object to object through the registered procedures of each, which may belong to different
-//    components, and a failure passes through all of them: the first report gives the cause.
+// 2. A failing call reports at least once. "Clone" and "IsEqual" go through the library's own
+//    objects directly and report once, however deep the failure is. An object of another component
+//    is asked through its own procedures, which report as well: the first report is the cause.
 // 3. Handles, atoms and texts passed in are borrowed for the call. A handle returned carries one
 //    new reference for the caller; "Clone" of a scalar is the one exception.
 // 4. A null handle, atom or text, and a handle of another kind, is a failure wherever the contract
@@ -49,8 +49,8 @@ struct POSObjectInterface
           // nested too deep for the stack of this thread. [shared read]
           TKAPMethod<"Clone", "POSObjectCloneProc", POSObject*(POSObject* object)>,
           // Whether both have the same kind and the same content. A dictionary equals one that
-          // holds more than it does, deliberately: the entries of `object` decide. Quiet, and false,
-          // when `other` is null or not a property object. [shared read]
+          // holds more than it does, deliberately: the entries of `object` decide. Quiet, and
+          // false, when `other` is null or not a property object. [shared read]
           TKAPMethod<"IsEqual", "POSObjectIsEqualProc", bool(POSObject* object, POSObject* other)>,
           // The kind, a POSType; 0 on failure. [any thread]
           TKAPMethod<"GetType", "POSObjectGetTypeProc", int(POSObject* object)>> {};

@@ -4,8 +4,8 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Documents: property objects on streams. See POSInterfaces.h for the conventions. A streamer has no
-// state: any number of threads may use one, each with a stream of its own.
+// Documents: property objects on streams. See POSInterfaces.h for the conventions. A streamer has
+// no state: any number of threads may use one, each with a stream of its own.
 //
 // A document is the name of its version, a space, and the object. Several documents may stand in
 // one stream, one after the other: each call continues where the last one ended.

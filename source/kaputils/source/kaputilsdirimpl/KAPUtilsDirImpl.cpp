@@ -36,7 +36,7 @@ const KAPUtilsDirImpl& Instance(KAPUtilsDir* handle) {
 // A reference for the duration of the call.
 CKAPStringAtom Atom(KAPStringAtom* atom) { return CKAPStringAtom(Required(atom), false); }
 
-// Stores what `body` answers. Without a place for it nothing is done.
+// Stores what `body` returns. Without a place for it nothing is done.
 template <class Result, class Body>
 KAPError* KAPReturningResult(Result* out, Body body) noexcept {
   return KAPReturningError([&] {

@@ -34,9 +34,9 @@ bool TempFile::IsSame(const struct stat& file) const noexcept {
   return file.st_dev == fDevice && file.st_ino == fNode;
 }
 
-// Something else in the process may have closed the descriptor, and its number may mean another file
-// by now; hence the comparison. Where /proc is not mounted the name has to do, if it leads to the
-// file at this moment.
+// Something else in the process may have closed the descriptor, and its number may mean another
+// file by now; hence the comparison. Where /proc is not mounted the name has to do, if it leads to
+// the file at this moment.
 CKAPPositionableStream TempFile::Open(const char* mode) const {
   struct stat file = {};
   if (::fstat(fDescriptor, &file) != 0 || !IsSame(file) || file.st_nlink == 0) {

@@ -35,9 +35,9 @@ class KAPUtilsDirImpl : public KAP_T_MT::CKAPVirtualClientBase {
   CKAPStringAtom CreateUniqueFilename(const CKAPStringAtom& prefix,
                                       const CKAPStringAtom& second) const;
 
-  // Creates the file, unless it exists: then false. Deliberate: it is looked for in the directory,
-  // but created under the name as it stands, which for a relative name is the working directory.
-  // Two steps, between which others may create it. No registered procedure leads here.
+  // Creates the file; false if it exists. Deliberate: it is looked for in the directory, but
+  // created under the bare name, which for a relative name means the working directory. There are
+  // two steps, and others may create the file between them. No registered procedure leads here.
   bool createNewFile(const CKAPStringAtom& name) const;
 
  private:

@@ -7,10 +7,11 @@
 
 namespace NPOSObjectImpl {
 
-// For walks over arrays: has the processor fetch the objects that stand a little behind `index`,
-// first their containers, then they themselves. Where a heap is scattered each of them is a wait
-// for memory, which is over by the time the walk comes there (measured in bench/bench_stream.cpp).
-// Always inline: a function that does nothing else, g++ takes for one without effect.
+// For walks over arrays: has the processor fetch the objects that come a little after `index`,
+// first their containers, then the objects themselves. Where the heap is scattered each of them is
+// a wait for memory, which is over by the time the walk gets there (measured in
+// bench/bench_stream.cpp). Always inline: g++ drops the call of a function that does nothing but
+// prefetch.
 [[gnu::always_inline]] inline void FetchAhead(std::span<const CPOSObject> elements,
                                               std::size_t index) noexcept {
   constexpr std::size_t kContainersAhead = 12;

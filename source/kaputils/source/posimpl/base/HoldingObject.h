@@ -4,8 +4,8 @@
 
 namespace NPOSObjectImpl {
 
-// An object that holds others, directly or behind a raw pointer, and may hold them a million levels
-// deep.
+// An object that holds others, directly or through a raw pointer, and may hold them a million
+// levels deep.
 //
 // Releasing one runs from the host to the library, which releases what the object holds, to the
 // host, and so on, one round for each level. To keep the stack bounded, a round that is nested too
@@ -28,9 +28,10 @@ class HoldingObject : public BaseObject {
   // Calls the release procedure of a raw pointer.
   static void CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* pointer) noexcept;
 
-  // The clone of what is held, and whether two things held are equal. Null clones to null and equals
-  // only null. An object of ours is asked directly, so that a failure at the bottom of a thousand
-  // levels is thrown through them and reported once; any other one through its own procedures.
+  // The clone of what is held, and whether two things held are equal. Null clones to null and
+  // equals only null. An object of ours is asked directly, so that a failure at the bottom of a
+  // thousand levels is thrown through them and reported once; any other one through its own
+  // procedures.
   static CPOSObject CloneOf(const CPOSObject& held);
   static bool AreEqual(const CPOSObject& a, const CPOSObject& b);
 

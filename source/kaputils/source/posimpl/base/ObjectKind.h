@@ -15,7 +15,8 @@ class TObjectKind : public Base {
     return BaseObject::Contain(std::unique_ptr<Kind>(new Kind(std::forward<Args>(args)...)));
   }
 
-  // The object of this kind behind a handle. For any other handle, null too: null, or POSException.
+  // The object of this kind that a handle stands for. For any other handle, null included: null, or
+  // POSException.
   static Kind* GetInstanceNoThrow(const POSObject* handle) noexcept {
     return As(BaseObject::GetInstanceNoThrow(handle));
   }

@@ -19,8 +19,13 @@ inline AtomText TextOf(KAPStringAtom* atom) {
 
 // The first bytes of a text as numbers, padded with zeros: they compare as strcmp compares the
 // bytes. Most keys differ or end within them, so most comparisons in a tree touch neither the atom
-// nor its text (measured in bench/bench_dict.cpp). Four words fill the block that an entry takes
-// anyhow.
+// nor its text.
+//
+// Measured in bench/bench_dict.cpp: with two words, keys of 20 bytes that share 16 take 1.6 times as
+// long among 1 000; four words fill the block that an entry takes anyhow. A hash index by the atom's
+// text pointer beside the tree was tried: it makes "Get" at least twice as fast among 1 000 keys,
+// but inserting them then takes longer than the peer does (1.06 to 1.10 times), and it cannot be
+// built lazily, since reading must not change a dictionary.
 class TextPrefix {
  public:
   static constexpr std::size_t kWords = 4;
@@ -65,7 +70,7 @@ class SortableStringAtom {
   const char* Text() const noexcept { return fAtom.Text(); }
   const TextPrefix& Prefix() const noexcept { return fPrefix; }
 
-  // Negative, 0 or positive: `text` stands before, at, or after `key`.
+  // Negative, 0 or positive: `text` comes before, at, or after `key`.
   static int Compare(const SortableText& text, const SortableStringAtom& key) noexcept {
     const int order = text.Prefix().Compare(key.Prefix());
     return order != 0 || text.Prefix().HoldsAll() ? order : CompareRest(text.Text(), key.Text());

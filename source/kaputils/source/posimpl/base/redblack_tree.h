@@ -1,7 +1,7 @@
 // An ordered map whose nodes are the entries themselves.
 //
 // An entry carries its links, so that its owner decides where it lives, the tree allocates nothing,
-// and finding a place and filling it can be told apart. There are two layers: `redblack_root` links
+// and finding a place and filling it are two steps. There are two layers: `redblack_root` links
 // and rebalances nodes without knowing their type and is compiled once; `redblack_tree<Entry>` adds
 // the order and the ownership.
 
@@ -13,8 +13,8 @@
 
 namespace NPOSImpl {
 
-// The links of an entry, to derive from; they belong to the tree. An entry stands in one tree at a
-// time and stays in its place in memory.
+// The links of an entry, to derive from; they belong to the tree. An entry is in one tree at a time
+// and does not move in memory.
 struct redblack_node {
   enum class Colour : unsigned char { kRed, kBlack };
 
@@ -32,8 +32,8 @@ struct redblack_node {
   ~redblack_node() = default;
 };
 
-// A place for one node: below `parent`, on its left (0) or right (1) side. A null parent stands for
-// the root.
+// A place for one node: below `parent`, on its left (0) or right (1) side. A null parent means the
+// root.
 struct redblack_place {
   redblack_node* parent = nullptr;
   unsigned side = 0;
@@ -59,7 +59,7 @@ class redblack_root {
   // tree afterwards.
   void Replace(redblack_node* node, redblack_node* successor) noexcept;
 
-  // Leaves an empty tree behind and returns the old root, for TakeFirst.
+  // Empties the tree and returns the old root, for TakeFirst.
   redblack_node* Detach() noexcept { return std::exchange(fRoot, nullptr); }
 
   // Cuts the first node off a detached tree, whose root is updated; null when none is left. Takes
@@ -87,7 +87,8 @@ class redblack_root {
 // Ownership: the tree owns its entries, which come and leave as unique_ptr. Pointers handed out are
 //   borrowed and valid until the entry leaves the tree, which it has before it is deleted.
 // Errors: none, nothing throws or allocates. Null is both "no such entry" and the end of the order.
-// Threads: no lock. Any number may read a tree that nobody changes; whoever changes it is alone.
+// Threads: no lock. Any number may read a tree that nothing changes; a thread that changes it must
+//   be alone.
 template <class Entry>
 class redblack_tree {
  public:
@@ -147,8 +148,8 @@ class redblack_tree {
     return entry.release();
   }
 
-  // For a tree that is filled in order: `last` is its last entry (null when it is empty) and
-  // `entry` comes behind it.
+  // For a tree that is filled in order: `last` is its last entry (null when it is empty), and
+  // `entry` comes after it.
   Entry* InsertLast(Entry* last, EntryPtr entry) noexcept {
     fRoot.Link(entry.get(), {last, 1});
     return entry.release();

@@ -1,4 +1,4 @@
-// Deep paths: where a value stands inside a dictionary.
+// Deep paths: where a value is inside a dictionary.
 //
 //   path    := segment+             a path that does not begin with "." is read as if it did
 //   segment := "." key | "[" index "]"
@@ -39,7 +39,7 @@ const CPOSObject* Member(BaseObject* object, const char*& rest) noexcept {
   return dict ? dict->Find(TakeKey(rest)) : nullptr;
 }
 
-// The upper half of the index range is negative, and so behind the end of any array, deliberately.
+// The upper half of the index range is negative, and so past the end of any array; deliberate.
 const CPOSObject* Element(BaseObject* object, const char*& rest) noexcept {
   const Array* array = Array::As(object);
   std::uint32_t index = 0;
@@ -72,7 +72,7 @@ const CPOSObject* lookup(BaseObject* root, const char* rest) noexcept {
 CPOSObject DeepGet(const Dict& dict, const char* path, bool noThrow) {
   try {
     if (const CPOSObject* value = lookup(const_cast<Dict*>(&dict), path)) return *value;
-  } catch (...) {  // whatever the cause: the path leads nowhere
+  } catch (...) {  // whatever the reason, the path leads nowhere
   }
   if (!noThrow) throw POSException("Dict::DeepGet lookup failed");
   return {};

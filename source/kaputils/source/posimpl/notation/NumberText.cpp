@@ -60,7 +60,7 @@ long Exponent(const char* begin, const char* end) noexcept {
 }
 
 // Whether the number, whose text is known to be one, is larger than 1: a leading digit that counts
-// before the point, or as many zeros behind it as the exponent makes up for.
+// before the point, or no more zeros after it than the exponent makes up for.
 bool IsLarge(const char* begin, const char* end) noexcept {
   long scale = 0;
   bool counts = false;

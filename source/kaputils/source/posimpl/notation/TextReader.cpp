@@ -20,8 +20,8 @@ CPOSObject TextReader::ReadText() {
   return object;
 }
 
-// Whitespace before the item is skipped; the item's first character is returned. The end of the
-// text is no item.
+// Skips the white space before an item and returns the first character of the item. At the end of
+// the text it throws.
 char TextReader::SkipToItem() {
   while (KindOf(*fCursor) == TokenKind::kSpace) ++fCursor;
   ExpectMore();
@@ -79,8 +79,8 @@ CPOSObject TextReader::ReadBracketed(char bracket) {
   return std::move(dict.fObject);
 }
 
-// Whether the next item is the closing bracket, which is consumed. The other bracket closes nothing
-// here.
+// Whether the next item is the closing bracket, which is consumed. The other kind of bracket is a
+// syntax error here.
 bool TextReader::EndsWith(char bracket) {
   const char next = SkipToItem();
   if (KindOf(next) != TokenKind::kClose) return false;
@@ -108,7 +108,7 @@ void TextReader::ReadEntries(Dict& dict) {
   }
 }
 
-// Anything but a string is read to its end, so that the error points behind it.
+// Anything but a string is read to its end, so that the error points to what follows it.
 const char* TextReader::ReadKey(StringToken& token) {
   const TokenKind kind = KindOf(*fCursor);
   if (kind == TokenKind::kWord || kind == TokenKind::kParen) return token.Read(fCursor);
@@ -123,7 +123,7 @@ CPOSObject CreateFromText(const char* text, const char** end) {
   TextReader reader(Required(text));
   try {
     return reader.ReadText();
-  } catch (const CFTParseError&) {  // no error for the caller but a place
+  } catch (const CFTParseError&) {  // the caller gets the place, not an error
     *end = reader.Cursor();
     return {};
   } catch (...) {

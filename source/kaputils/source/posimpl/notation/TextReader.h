@@ -25,10 +25,10 @@ class TextReader {
   explicit TextReader(const char* text) noexcept : fCursor(text) {}
 
   // The one object that the text consists of. CFTParseError for a syntax error, POSException for
-  // text nested too deep, and what the host refuses.
+  // text that is nested too deep, and the host's errors.
   CPOSObject ReadText();
 
-  const char* Cursor() const noexcept { return fCursor; }  // where reading stands
+  const char* Cursor() const noexcept { return fCursor; }  // the place reached
 
  private:
   CPOSObject textGetNextObject();

@@ -34,7 +34,7 @@ std::uint64_t TakeDigits(const char*& cursor, std::uint64_t value) noexcept {
 double ToNumber(const char* begin, const char* end) {
   double value = 0;
   if (*begin == '+') ++begin;                                    // which from_chars does not take
-  std::from_chars(begin, end, value, std::chars_format::fixed);  // leaves 0 when there is no number
+  std::from_chars(begin, end, value, std::chars_format::fixed);  // without a number it leaves 0
   return value;
 }
 

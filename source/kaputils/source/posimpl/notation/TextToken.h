@@ -50,10 +50,10 @@ inline TokenKind KindOf(char first) noexcept {
   return kTokenKinds[static_cast<unsigned char>(first)];
 }
 
-// The tokens of the text notation, read from a cursor into storage of their own, whose size is the
-// reason for their limits. Each reader expects the cursor on the token's first character and leaves
-// it behind the token, also when the token is faulty; a literal that the text does not close leaves
-// it at the end. Faults are CFTParseErrors.
+// The tokens of the text notation, read from a cursor into storage of their own, which limits their
+// length. Each reader expects the cursor on the first character of the token and leaves it just
+// after the token, faulty or not; a literal that the text does not close leaves it at the end of
+// the text. Faults are CFTParseErrors.
 
 // A word, or a parenthesised string, in which a backslash takes the next character literally.
 class StringToken {

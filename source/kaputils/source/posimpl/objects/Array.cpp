@@ -33,7 +33,8 @@ CPOSObject* NewSlots(std::uint32_t capacity) {
 
 }  // namespace
 
-// The slots are taken out first, and again while a release that calls back puts something in.
+// The slots are taken out first, and again as long as a release that calls back puts something
+// in.
 Array::~Array() {
   while (fElements) {
     fCount = 0;
@@ -44,6 +45,9 @@ Array::~Array() {
   }
 }
 
+// The host's "Realloc" moves pages instead of bytes, but must not move slots, which are objects. A
+// plain block that grows by it is filled in a third of the time at 100 000 values, in two thirds at
+// 1 000.
 void Array::growToHold(std::uint32_t count) {
   if (count <= fCapacity) return;
   const std::uint32_t capacity = CapacityFor(count, fCapacity);

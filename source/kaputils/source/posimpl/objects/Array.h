@@ -23,11 +23,11 @@ class Array final : public TObjectKind<Array, HoldingObject> {
 
   std::uint32_t Count() const noexcept { return fCount; }
 
-  // The slot, null behind the end.
+  // The slot; null past the end.
   const CPOSObject* Find(std::uint64_t index) const noexcept {
     return index < fCount ? &fElements[index] : nullptr;
   }
-  // What the slot holds, nothing behind the end.
+  // What the slot holds; nothing past the end.
   CPOSObject GetAt(std::uint64_t index) const {
     const CPOSObject* slot = Find(index);
     return slot ? *slot : CPOSObject();
@@ -39,13 +39,13 @@ class Array final : public TObjectKind<Array, HoldingObject> {
     if (fCount == fCapacity) return SetAt(fCount, std::move(object));
     fElements[fCount++] = std::move(object);
   }
-  void Remove(std::uint64_t index) noexcept;  // nothing behind the end
+  void Remove(std::uint64_t index) noexcept;  // no-op past the end
 
-  // All slots, for walks; good until the array changes.
+  // All slots, for a walk; valid until the array changes.
   std::span<const CPOSObject> Elements() const noexcept { return {fElements, fCount}; }
 
  private:
-  // Makes room for `count` slots: 4, then twice as many. Unchanged when it raises.
+  // Makes room for `count` slots: 4, then twice as many. Unchanged when it throws.
   void growToHold(std::uint32_t count);
 
   CPOSObject* fElements = nullptr;  // fCapacity constructed slots in host memory

@@ -6,7 +6,7 @@
 
 namespace NPOSObjectImpl {
 
-// Bytes with a type name: a copy in host memory, none for no bytes.
+// Bytes with a type name: a copy in host memory, and no block when there are no bytes.
 class BinData final : public TScalar<BinData> {
  public:
   static constexpr POSType kType = KAP_T_MT::kPOSBinData;

@@ -11,7 +11,7 @@
 
 namespace NPOSObjectImpl {
 
-// A key and its value, in host memory.
+// A key and its value, in one block of host memory.
 class DictEntry : public NPOSImpl::redblack_node, public KAP_T_MT::KAPHostAllocated {
  public:
   DictEntry(SortableStringAtom key, CPOSObject value) noexcept
@@ -54,8 +54,8 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   // The value. Absent: an empty object if `noThrow`, else POSException "Dict::Get lookup failed".
   CPOSObject Get(const char* key, bool noThrow) const;
 
-  // A key that is there keeps its atom and gets the new value. For a new one `makeKey` is asked for
-  // the atom of the text.
+  // Sets the value of a key. A key that is there keeps its atom; for a new one `makeKey` makes the
+  // atom of the text.
   template <class MakeKey>
   void Put(const char* text, MakeKey makeKey, CPOSObject value) {
     const SortableText key(text);
@@ -68,7 +68,7 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
                             SortableStringAtom(makeKey(), key.Prefix()), std::move(value))));
     }
   }
-  void Remove(std::string_view key) noexcept;  // nothing when it is absent
+  void Remove(std::string_view key) noexcept;  // no-op when it is absent
 
   const DictTree& Entries() const noexcept { return fEntries; }
 

@@ -7,7 +7,7 @@
 
 namespace NPOSObjectImpl {
 
-// A string of 16-bit units: a copy in host memory, with a zero unit behind it.
+// A string of 16-bit units: a copy in host memory that ends in a zero unit.
 class UnicodeString final : public TScalar<UnicodeString> {
  public:
   static constexpr POSType kType = KAP_T_MT::kPOSUnicodeString;

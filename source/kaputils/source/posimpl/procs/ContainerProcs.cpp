@@ -1,7 +1,7 @@
 // The procedures of arrays, dictionaries and their iterators.
 
-#include "kap/KAPBoundary.h"
 #include "kap/KAPBinder.h"
+#include "kap/KAPBoundary.h"
 #include "kap/KAPStringAtom.h"
 #include "posimpl/base/SortableStringAtom.h"
 #include "posimpl/notation/DeepPath.h"
@@ -61,7 +61,7 @@ POSObject* POSDictGetProc(POSDict* dict, KAPStringAtom* key) noexcept {
   return KAPReportingError([=] { return Dict::GetInstance(dict).Get(TextOf(key), true).Detach(); });
 }
 
-// What goes wrong on the way, a refusal of the host too, means that the path leads nowhere.
+// Any failure on the way, one of the host too, means that the path leads nowhere.
 POSObject* POSDictDeepGetProc(POSDict* dict, KAPStringAtom* path) noexcept {
   return KAPReportingError(
       [=] { return DeepGet(Dict::GetInstance(dict), TextOf(path), true).Detach(); });

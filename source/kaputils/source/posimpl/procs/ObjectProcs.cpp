@@ -1,7 +1,7 @@
 // The procedures of "POSObjectInterface" and "POSObjectStatics".
 
-#include "kap/KAPBoundary.h"
 #include "kap/KAPBinder.h"
+#include "kap/KAPBoundary.h"
 #include "posimpl/base/BaseObject.h"
 #include "posimpl/notation/TextReader.h"
 #include "posimpl/procs/POSDictImpl.h"
@@ -16,8 +16,8 @@ POSObject* POSObjectCloneProc(POSObject* object) noexcept {
   return KAPReportingError([=]() -> POSObject* {
     BaseObject& original = BaseObject::GetInstance(object);
     BaseObject* clone = original.Clone();
-    // An object that is its own clone is answered with the very handle that came in, deliberately
-    // without a reference.
+    // For an object that is its own clone the result is the handle passed in, deliberately without
+    // a reference.
     return clone == &original ? object : BaseObject::Contain(std::unique_ptr<BaseObject>(clone));
   });
 }

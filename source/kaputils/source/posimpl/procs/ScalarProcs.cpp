@@ -1,7 +1,7 @@
 // The procedures of the kinds that never change.
 
-#include "kap/KAPBoundary.h"
 #include "kap/KAPBinder.h"
+#include "kap/KAPBoundary.h"
 #include "posimpl/objects/BinData.h"
 #include "posimpl/objects/Number.h"
 #include "posimpl/objects/RawPointer.h"

@@ -8,8 +8,9 @@
 
 namespace NPOSStreamerImpl::NTypeAImpl {
 
-// Collects elements of a number that is not known before, in host memory that starts at 32 bytes
-// and doubles.
+// Collects elements when their number is not known in advance, in host memory that starts at 32
+// bytes and doubles. A length that a document states is not believed, so it is no reason to take
+// memory.
 template <class T>
 class GrowingBuffer {
  public:

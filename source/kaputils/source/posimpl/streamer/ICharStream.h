@@ -10,9 +10,9 @@
 
 namespace NPOSStreamerImpl::NTypeAImpl {
 
-// Reads characters from a stream, ahead by a buffer. When it is destroyed the stream is set to just
-// behind the last character that was read; the destructor raises when that fails, unless an
-// exception is passing. POSException "unexpected EOF" when the stream ends.
+// Reads characters from a stream, a buffer ahead. The destructor sets the stream to just after the
+// last character that was read; it throws when that fails, unless an exception is in flight.
+// POSException "unexpected EOF" when the stream ends.
 class ICharStream final : public CharStream {
  public:
   explicit ICharStream(const KAP_T_MT::CKAPPositionableStream& stream);
@@ -32,10 +32,9 @@ class ICharStream final : public CharStream {
   // out of input". With `skipWhitespace` white space is left out.
   std::size_t GetChars(char* buf, std::size_t n, bool mustFill, bool skipWhitespace);
 
-  // The characters at hand, ahead of the next reading of the stream; none when that comes next.
-  // They may be overwritten.
+  // The characters in the buffer that are not read yet, possibly none. They may be overwritten.
   std::span<char> AtHand() noexcept { return {fNext, fEnd}; }
-  // Leaves out so many of them, or the white space that they begin with.
+  // Leaves out that many of them, or the white space that they begin with.
   void Skip(std::size_t count) noexcept { fNext += count; }
   void SkipWhitespace() noexcept {
     while (fNext != fEnd && IsWhitespace(*fNext)) ++fNext;

@@ -62,7 +62,7 @@ class OCharStream final : public CharStream {
  private:
   friend class InUse;
 
-  // Out of line, so that the ordinary case needs no registers saved.
+  // Out of line, so that the ordinary case saves no registers.
   [[gnu::noinline]] void PutAcrossBlocks(std::string_view text);
   [[gnu::noinline]] void PutEscaped(char ch, char letter);
   [[gnu::noinline]] void Flush();
@@ -77,8 +77,8 @@ class OCharStream final : public CharStream {
 
 // An object, with or without its key in a dictionary, for the time that it is being written. The
 // stream may be a component's own, and its "Write" may then release the object. That can happen
-// only when the buffer is written, so a reference is taken then and not before: a reference for each
-// object would cost a third of the time of writing it.
+// only when the buffer is written, so a reference is taken then and not before: nearly all objects
+// are written without one.
 class InUse {
  public:
   // What is referred to must stay until the next call of the stream.

@@ -19,10 +19,10 @@ using KAP_T_MT::POSException;
 
 namespace {
 
-// The version's name in front of a document. Longer ones are cut: no version is called so.
+// The version's name before a document. A longer one is cut: no version has such a name.
 class Tag {
  public:
-  // Reads byte by byte, so that nothing behind the tag's space is touched.
+  // Reads byte by byte: what follows the tag's space belongs to the format.
   explicit Tag(CKAPPositionableStream& stream) {
     char next = ReadChar(stream);
     while (next == ' ') next = ReadChar(stream);

@@ -6,7 +6,7 @@
 
 namespace NPOSStreamerImpl {
 
-// What stands behind the handle of a streamer: documents, which are a version's name, a space and
+// What the handle of a streamer stands for: documents, which are a version's name, a space and
 // an object in that version's format. Has no state. Failures are POSExceptions, or errors of the
 // host.
 class KAPImpl final : public KAP_T_MT::CKAPVirtualClientBase {
@@ -16,7 +16,7 @@ class KAPImpl final : public KAP_T_MT::CKAPVirtualClientBase {
   // `version` null: the default. What was written before a failure stays in the stream.
   void Serialize(KAP_T_MT::CKAPPositionableStream stream, const KAP_T_MT::CPOSObject& object,
                  const char* version) const;
-  // Leaves the stream just behind the object.
+  // Leaves the stream just after the object.
   KAP_T_MT::CPOSObject Deserialize(KAP_T_MT::CKAPPositionableStream stream) const;
 };
 

@@ -8,7 +8,7 @@
 
 namespace NPOSStreamerImpl::NTypeAImpl {
 
-// A character that must be escaped, and the letter that stands for it behind the backslash.
+// A character that must be escaped, and the letter that is written for it after a backslash.
 struct EscapePair {
   char fCharacter;
   char fLetter;
@@ -21,8 +21,8 @@ constexpr bool IsWhitespace(char c) noexcept {
 }
 
 // The rules inside a construct: what ends it and what is escaped in it. A constant per kind of
-// value. The rules are told by the constructor's arguments; the tables give the answer for each
-// character in one step.
+// value. The tables, made at compile time, decide about a character in one step: documents are read
+// and written character by character.
 class StreamParams {
  public:
   // What a character that is read means.
@@ -51,7 +51,7 @@ class StreamParams {
 
   Meaning HowToRead(char c) const noexcept { return fMeanings[static_cast<unsigned char>(c)]; }
 
-  // kPlain, kOctal, or the letter to be written behind a backslash.
+  // kPlain, kOctal, or the letter to be written after a backslash.
   char HowToWrite(char c) const noexcept { return fLetters[static_cast<unsigned char>(c)]; }
 
   // The pair of the letter, null when there is none.

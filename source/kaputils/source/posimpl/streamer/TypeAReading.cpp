@@ -1,4 +1,4 @@
-// How values are read.
+// How values are read. The objects are made first and filled in place.
 
 #include <algorithm>
 #include <cmath>
@@ -30,7 +30,7 @@ using NPOSObjectImpl::UnicodeString;
 namespace {
 
 constexpr std::size_t kMaxNumberLength = 62;
-constexpr std::ptrdiff_t kMaxQuickDigits = 15;  // exact as a double
+constexpr std::ptrdiff_t kMaxQuickDigits = 15;  // every such number is exact as a double
 
 bool ContinuesNumber(char c) noexcept {
   return NPOSObjectImpl::IsDigit(c) || c == '+' || c == '-' || c == '.' || c == 'E' || c == 'e';
@@ -43,7 +43,8 @@ unsigned HexNumber(const char* digits, std::size_t count, const char* malformed)
   return number;
 }
 
-// A short whole number that is at hand with its end, the ordinary case: true, and it has been read.
+// Reads a short whole number that is in the buffer with its end, the ordinary case; else false.
+// It saves the copy and the general conversion.
 bool ReadQuickNumber(ICharStream& in, double* value) noexcept {
   const std::span<char> atHand = in.AtHand();
   if (atHand.size() < kMaxQuickDigits + 2) return false;
@@ -123,8 +124,8 @@ double TypeAStreamer::ReadNumber(ICharStream& in) {
   return NPOSObjectImpl::ParseNumber(text, text + length);
 }
 
-// The text lives until something else is read: it stays in the stream's buffer when all of it is
-// there as it is, else it is collected.
+// The text lives until something else is read. It stays in the stream's buffer when all of it is
+// there and has no escape, else it is collected.
 const char* TypeAStreamer::ReadString(ICharStream& in) {
   const auto standsForItself = [&in](char c) {
     return in.Context().HowToRead(c) == StreamParams::Meaning::kItself;

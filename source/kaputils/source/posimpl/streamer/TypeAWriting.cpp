@@ -1,4 +1,4 @@
-// How values are written.
+// How values are written. Object by object in place: no value crosses the boundary.
 
 #include <algorithm>
 #include <charconv>
@@ -119,15 +119,15 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
 }
 
 // An array that contains itself would fill half a gigabyte with indentation before the stack ends.
-// So what is nested deeper than usual is looked through before anything of it is written. The levels
-// written so far tell how much stack a level takes, and what depth is thus out of reach; a quarter
-// is added because the levels to come may take less.
+// So what is nested deeper than usual is looked through before anything of it is written. The
+// levels written so far show how much stack a level takes, and so which depth is out of reach; a
+// quarter is added because the levels to come may take less.
 void TypeAStreamer::CheckDepth(const BaseObject& object) {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   if (fLevel == fFirstLevel) fFirstFrame = here;
   if (fLevel != fFirstLevel + kLevelsUnchecked) return;
-  const unsigned long fit =
-      NPOSObjectImpl::NestingLevel::HowManyFit((fFirstFrame - here) / kLevelsUnchecked);
+  const NPOSObjectImpl::NestingLevel level;
+  const unsigned long fit = level.HowManyFit((fFirstFrame - here) / kLevelsUnchecked);
   ExpectNoMoreLevels(object, fit + fit / 4);
 }
 

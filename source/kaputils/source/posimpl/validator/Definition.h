@@ -7,10 +7,10 @@
 
 namespace NPOSValidatorImpl {
 
-// The attributes of a type definition. They are read where they are needed, so that an error in a
-// definition is an error of the check that comes upon it, and a schema that its owner changes
-// between two validations counts as it stands. An absent attribute is null; one of another kind is
-// POSException. Borrowed.
+// The attributes of a type definition. They are read where they are needed and never ahead of it:
+// an error in a definition is an error of the check that meets it, and a schema that changes counts
+// as it is at the moment. An absent attribute is null; one of another kind is a POSException.
+// Borrowed.
 class Definition {
  public:
   // With `keeps` callbacks may run during the check, see Kept.

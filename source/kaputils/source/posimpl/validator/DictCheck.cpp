@@ -47,7 +47,7 @@ class MembersCheck {
                             [&] { return FormatIntoPOSString(context, name.Text(), type.Get()); });
   }
 
-  // Empty when there is no dictionary, or no such member in it.
+  // Empty when there is no dictionary, or it has no such member.
   Kept<String> TypeIn(const Dict* members, const SortableStringAtom& name) const {
     const CPOSObject* type = members ? members->Find(name) : nullptr;
     return type ? Kept<String>(*type, fCheck.fDefinition.Keeps()) : Kept<String>();
@@ -60,8 +60,8 @@ class MembersCheck {
   const Kept<Dict> fOptional;
 };
 
-// One member. A callback may take it out of the dictionary, so with callbacks its name and its value
-// are kept, and the next member is found by the name.
+// One member. A callback may take it out of the dictionary, so with callbacks its name and its
+// value are kept, and the next member is found by the name.
 const DictEntry* CheckMember(const MembersCheck& members, const Dict& dict, const DictEntry* entry,
                              bool keeps, ErrorCount& count) {
   if (!keeps) {

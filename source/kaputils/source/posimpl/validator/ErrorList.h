@@ -12,8 +12,8 @@ namespace NPOSValidatorImpl {
 // messages it appends. Only whether it is zero decides anything.
 using ErrorCount = std::int64_t;
 
-// The messages of a check in order, one property string each. Where nobody wants messages none is
-// made, and nothing at all before the first.
+// The messages of a check in order, one property string each. Where messages are not wanted none is
+// made, and the list takes no memory before the first one.
 class ErrorList {
  public:
   enum class Wanted : bool { kNo, kYes };
@@ -22,7 +22,8 @@ class ErrorList {
   // An empty list, for a part of what `whole` is for.
   static ErrorList ForPartOf(const ErrorList& whole) noexcept { return ErrorList(whole.fWanted); }
 
-  // Appends the property string that `makeMessage` makes. What that raises passes.
+  // Appends the property string that `makeMessage` returns; it is not called where messages are not
+  // wanted.
   template <class MakeMessage>
   void Append(MakeMessage makeMessage) {
     if (fWanted == Wanted::kYes) AppendMade(makeMessage());
@@ -40,7 +41,7 @@ class ErrorList {
   std::optional<Array> fMessages;
 };
 
-// Appends each message of the source behind the context and a blank.
+// Appends each message of the source, with the context and a blank before it.
 void AppendErrorsInContext(ErrorList& destination, const ErrorList& source, const char* context);
 
 }  // namespace NPOSValidatorImpl

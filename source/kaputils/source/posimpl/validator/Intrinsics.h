@@ -9,7 +9,7 @@ namespace NPOSValidatorImpl {
 // The types that need no definition.
 struct Intrinsic {
   KeywordName fName;
-  // Why the object is no instance of the type: null if it is one.
+  // Why the object is not of the type; null if it is.
   const char* (*fFault)(const Subject& object, const Keywords& words);
 
   // The type of this name; null when it needs a definition.

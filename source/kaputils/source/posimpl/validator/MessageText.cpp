@@ -20,8 +20,8 @@ class InCLocale {
   InCLocale& operator=(const InCLocale&) = delete;
 
  private:
-  // The C library has one object for the whole C locale: nothing is made that could be refused, and
-  // there is nothing to give back.
+  // The C library has one object for the whole C locale: nothing is made that could fail, and
+  // nothing must be freed.
   static locale_t CLocale() noexcept { return newlocale(LC_ALL_MASK, "C", nullptr); }
 
   const locale_t fBefore;

@@ -11,14 +11,14 @@ namespace NPOSValidatorImpl {
 // Room for a message and its terminator. A longer message is cut to fit.
 inline constexpr std::size_t kMessageSize = 1024;
 
-// A property string of the formatted text. Numbers are written as in the C locale. Raises what the
-// host refuses.
+// A property string of the formatted text. Numbers are written as in the C locale. Throws the
+// host's errors.
 [[gnu::format(printf, 1, 2)]] CPOSObject FormatIntoPOSString(const char* format, ...);
 
 // The text of a property string, which lives as long as that.
 const char* TextOfPOSString(const CPOSObject& string);
 
-// A definition without a category. Holds its text, which lives until the exception has been told.
+// A definition without a category. Holds its own text, because that names the type.
 class MalformedDefinition : public KAP_T_MT::TOQException {
  public:
   explicit MalformedDefinition(const char* typeName) noexcept : TOQException(nullptr) {

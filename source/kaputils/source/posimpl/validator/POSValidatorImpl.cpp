@@ -42,7 +42,7 @@ void POSStructValidatorRegisterCallbackProc(POSValidator* validator, KAPStringAt
   });
 }
 
-// Deliberately without a handler: the caller may catch what the check raises.
+// Deliberately without a handler: the caller may catch what the check throws.
 bool POSStructValidatorValidateSchemaProc(POSDict* schema, POSMessageProc message) {
   return ValidateSchema(BaseObject::Reference(schema), message);
 }

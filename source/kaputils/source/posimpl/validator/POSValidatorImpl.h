@@ -2,8 +2,8 @@
 
 namespace NPOSValidatorImpl {
 
-// Registers the interfaces of validators, in a fixed order; false at the first that is refused, and
-// the one before it stays registered.
+// Registers the interfaces of POSValidatorInterfaceSet in its order; false at the first that the
+// binder refuses, and the one before it stays registered.
 bool RegisterPOSValidatorImpl();
 void UnregisterPOSValidatorImpl();
 

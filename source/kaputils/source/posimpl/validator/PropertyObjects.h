@@ -64,7 +64,7 @@ const Kind& Downcast(const POSObject* object) {
   return *instance;
 }
 
-// The element; POSException for an empty slot and behind the end.
+// The element; POSException for an empty slot and past the end.
 inline const CPOSObject& ElementAt(const Array& array, std::uint32_t index) {
   const CPOSObject* element = array.Find(index);
   if (!element || element->IsNull()) [[unlikely]]

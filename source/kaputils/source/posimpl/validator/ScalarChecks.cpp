@@ -12,7 +12,7 @@ namespace {
 
 struct Bound {
   KeywordName fName;
-  bool (*fIsViolated)(double bound, double value);  // false for what is no number
+  bool (*fIsViolated)(double bound, double value);  // false for a NaN
   const char* fMessage;
 };
 
@@ -51,7 +51,7 @@ ErrorCount CheckIllegalChars(const TypeCheck& check, const char* text, std::size
       [=] { return FormatIntoPOSString("String contains illegal characters in '%s'", illegal); });
 }
 
-// An entry that is no string is an error only when it is reached.
+// An entry that is not a string is an error only when it is reached.
 ErrorCount CheckOneOf(const TypeCheck& check, AtomText text, const char* message) {
   const auto* entries = check.fDefinition.Get<Array>(&Keywords::OneOf);
   if (!entries) return 0;

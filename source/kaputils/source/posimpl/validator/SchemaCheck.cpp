@@ -25,13 +25,13 @@ struct KnownTypes {
   bool Has(AtomText name) const { return fChecker.IsIntrinsic(name) || fSchema.Find(name); }
 };
 
-// Writes nothing without a buffer, or when the host refuses its bytes.
+// Writes nothing without a buffer, or when the host fails to return its bytes.
 void WriteReason(KAPSharedBuffer* buffer, const char* beginning, const char* end) noexcept {
   if (!buffer) return;
   try {
     char* const place = reinterpret_cast<char*>(CKAPSharedBuff::GetBuffer(buffer));
     KAP_T_MT::sprintf_safe(place, CKAPSharedBuff::GetSize(buffer), "%s%s", beginning, end);
-  } catch (...) {  // the answer is no all the same
+  } catch (...) {  // the object fails all the same
   }
 }
 
@@ -44,7 +44,7 @@ void WriteUndefined(KAPSharedBuffer* buffer, const char* name) {
   WriteReason(buffer, kBeginning, name);
 }
 
-// The extra validation of "TypeName"; the client data are the KnownTypes. What goes wrong is a
+// The extra validation of "TypeName"; the client data are the KnownTypes. A failure becomes a
 // reason like any other.
 long DictEntryDefinedCallback(POSObject* object, KAPStringAtom* /*typeName*/,
                               KAPSharedBuffer* buffer, void* clientData) noexcept {

@@ -43,9 +43,9 @@ void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
   fExtraValidations.Insert(std::make_unique<ProcEntry>(typeName, callback, clientData));
 }
 
-// Most objects are valid, and a valid one can be full of unions whose first alternatives do not
-// hold: so an object is checked without messages first, and only an invalid one once more with
-// them. Extra validations must not run twice; where there are any, one check does both.
+// Most objects are valid, and a valid one can be full of unions whose first alternatives fail. So
+// an object is checked without messages first, and only an invalid one again with messages. An
+// extra validation must not run twice; with one registered, a single check does both.
 bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
                                POSMessageProc message) const {
   const Subject subject(object.Handle());
@@ -90,8 +90,8 @@ ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
       .fCheck({*this, definition, category->Get(), object, errors});
 }
 
-// The callback may register another in its own place: the entry is not touched after the call, and
-// what it was called with stays until it is back.
+// The callback may register another one in its own place, so the entry is not touched after the
+// call, and the arguments stay alive until it returns.
 ErrorCount StructValidator::GetExtraValidationErrors(AtomText typeName, const Subject& object,
                                                      ErrorList& errors) const {
   if (fExtraValidations.empty()) return 0;

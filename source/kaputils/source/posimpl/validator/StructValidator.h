@@ -11,11 +11,11 @@ namespace NPOSValidatorImpl {
 
 using KAP_T_MT::POSMessageProc;
 
-// What stands behind the handle of a validator.
+// What the handle of a validator stands for.
 class BaseValidator : public KAP_T_MT::CKAPVirtualClientBase {
  public:
   // Whether the object complies with the type. If not, `message`, unless null, is called for each
-  // reason. What keeps the check from being made is raised, and then no message is given.
+  // reason. When the check cannot be made, an exception says why, and there are no messages.
   virtual bool Validate(const CPOSObject& object, AtomText typeName,
                         POSMessageProc message) const = 0;
 };

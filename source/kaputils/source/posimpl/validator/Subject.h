@@ -5,10 +5,10 @@
 namespace NPOSValidatorImpl {
 
 // What is checked: a property object, or the name of a dictionary's member, which counts as an
-// 8-bit string and becomes an object only for those who ask for one. Borrowed.
+// 8-bit string and becomes an object only where one is needed. Borrowed.
 class Subject {
  public:
-  // An object of another component is of no kind that a schema knows.
+  // An object of another component has none of the kinds that a schema knows.
   explicit Subject(POSObject* handle) noexcept
       : fHandle(handle),
         fObject(BaseObject::GetInstanceNoThrow(handle)),
@@ -24,7 +24,7 @@ class Subject {
     static_assert(Kind::kType != KAP_T_MT::kPOSString, "a member's name is no object");
     return fType == Kind::kType ? static_cast<const Kind*>(fObject) : nullptr;
   }
-  AtomText Text() const noexcept { return fText; }  // null when it is no 8-bit string
+  AtomText Text() const noexcept { return fText; }  // null when it is not an 8-bit string
 
   // A new reference to the object, or an empty one for a member's name.
   CPOSObject Keep() const { return fHandle ? BaseObject::Reference(fHandle) : CPOSObject(); }

@@ -46,8 +46,8 @@ struct TypeCheck {
   }
 
   // The errors of a part of the object, or of the object as another type. Their messages are put
-  // in the context that `makeContext` makes. The part stays alive for the call; the name of the type
-  // must.
+  // in the context that `makeContext` makes. The part stays alive for the call; the name of the
+  // type must.
   template <class MakeContext>
   ErrorCount CheckPart(const Subject& part, AtomText typeName, MakeContext makeContext) const {
     const CPOSObject kept = fDefinition.Keeps() ? part.Keep() : CPOSObject();
