@@ -3,7 +3,7 @@
 
 #include "RuntimeTest.h"
 
-// Objects of the component's own in the hands of the host: streams, sinks, filters, progress.
+// The component's own objects, called by the host: streams, sinks, filters, progress.
 
 namespace {
 
@@ -11,12 +11,12 @@ using namespace KAP_T_MT;
 using Factory = CKAPStreamFactory;
 using KAP_T_MT::KAPFault;
 
-std::string gHistory;         // what was asked of client objects
-std::function<void()> gFail;  // called in each of their operations
+std::string gHistory;         // the calls of client objects
+std::function<void()> gFail;  // called by each operation
 int gLive = 0;
 std::string TakeHistory() { return std::exchange(gHistory, ""); }
 
-// A client object of any kind: counts itself, and fails where it is told to.
+// A client object of any kind: counts itself, records its calls and fails on request.
 template <class Base>
 struct Client : Base {
   Client() { ++gLive; }
@@ -99,7 +99,7 @@ TEST_F(ClientTest, SinksFiltersAndProgress) {
   EXPECT_EQ(TakeHistory(), "at 0.250000 7;");
 }
 
-// What an operation raises becomes the error, and the result place is cleared.
+// What an operation throws becomes the error, and the result place is cleared.
 TEST_F(ClientTest, FailuresBecomeErrors) {
   using Base = KAPClientPositionableStream;
   const std::pair<std::function<void()>, const char*> rows[] = {
@@ -110,8 +110,8 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
       {[] { throw 1; }, kUnknown}};
   IndependentStream object;
   void* const client = KAPClientAddress(&object);
-  for (const auto& [raise, text] : rows) {
-    gFail = raise;
+  for (const auto& [fail, text] : rows) {
+    gFail = fail;
     std::size_t count = 7;
     void* created = client;
     KAPError* const errors[] = {
@@ -126,7 +126,7 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
   }
 }
 
-// An object is deleted when the host cannot be asked to take it.
+// A client object is deleted when the host's table is gone.
 TEST_F(ClientTest, TablesThatAreGone) {
   fHost.FailFrom(KAPFault::kProgress, 1);
   EXPECT_EQ(Thrown([] { CKAPProgress progress; }), "couldn't construct CKAPProgress||0");
@@ -160,8 +160,8 @@ void UseEverything() {
   CKAPProgress(KAPNewClient<Progress>()).Update(0, "", 0);
 }
 
-// Whichever call the host refuses: it is told, and nothing is kept on either side.
-TEST(ClientFaultTest, EachCallRefused) {
+// Whichever call of the host fails: the caller learns of it, and neither side keeps anything.
+TEST(ClientFaultTest, FailEachCall) {
   bool refused = true;
   for (unsigned long n = 1; refused; ++n) {
     TestHost host;

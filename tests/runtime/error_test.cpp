@@ -31,7 +31,7 @@ TEST_F(ErrorTest, CountsReferencesAndFreesClientDataOnce) {
   EXPECT_EQ(freed, 1);
 }
 
-// The text lives as long as the error, also that of a core error, which lives for ever.
+// The text lives as long as the error; that of a core error lives forever.
 TEST_F(ErrorTest, WhatKeepsNoAtom) {
   const CKAPError errors[] = {CKAPError("message", "c", 0), CKAPError(kMemErrorID), CKAPError()};
   const char* const texts[] = {"message", "out of memory", "Invalid CKAPError"};
@@ -53,7 +53,7 @@ TEST_F(ErrorTest, Matches) {
   EXPECT_FALSE(unnamed.Matches("Comp", 7));
 }
 
-// Making an error never throws: it is what one does when something else has failed already.
+// Making an error never throws: something else has failed already.
 TEST_F(ErrorTest, WithoutMeans) {
   fHost.FailFrom(KAPFault::kError, 1);
   EXPECT_EQ(Thrown([] { CKAPError::ThrowError("m", "c", 1); }), "(empty)");
@@ -63,7 +63,7 @@ TEST_F(ErrorTest, WithoutMeans) {
   EXPECT_EQ(Describe(CKAPError(kMemErrorID)), "(empty)");
 }
 
-// ---- Failures that meet the boundary ----
+// ---- Failures at the boundary ----
 
 struct TextlessException : std::exception {
   const char* what() const noexcept override { return nullptr; }
@@ -72,8 +72,8 @@ struct TextlessException : std::exception {
 const struct {
   const char* why;
   std::function<void()> body;
-  const char* error;   // what the caller gets
-  const char* report;  // or what the binder is told
+  const char* error;   // what the caller receives
+  const char* report;  // or what the binder receives
 } kFailures[] = {
     {"a standard exception", [] { throw std::runtime_error("some"); }, "some|TOQ|0", "some"},
     {"our own exception", [] { KAPThrowMathOverflow(); }, "Math overflow exception|TOQ|0",

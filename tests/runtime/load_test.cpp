@@ -1,12 +1,12 @@
 #include "RuntimeTest.h"
 
-// Tables of procedures: when they are loaded, and what happens when something is missing.
+// Tables of procedures: when they are loaded, and what happens when a procedure is missing.
 
 namespace {
 
 using namespace KAP_T_MT;
 
-int gPlace;  // an address that nobody calls
+int gPlace;  // an address that is never called
 
 class LoadTest : public BoundTest {};
 
@@ -32,7 +32,7 @@ TEST_F(LoadTest, OnceWhenTheCounterMoved) {
 
 TEST_F(LoadTest, AFailedOneIsTriedAgain) {
   for (const char* missing : {"", "First"}) {
-    OfferEcho(fHost);
+    RegisterEcho(fHost);
     MoveCounter(fHost);
     EXPECT_EQ(EchoClient::Call<"Third">(), 3);
     MoveCounter(fHost);
@@ -44,7 +44,7 @@ TEST_F(LoadTest, AFailedOneIsTriedAgain) {
     EXPECT_FALSE(EchoClient::TryRefresh());
     EXPECT_EQ(HostTap::TakeLookUps().size(), *missing ? 6u : 2u);
     fHost.StopFaults();
-    OfferEcho<10>(fHost);
+    RegisterEcho<10>(fHost);
     EXPECT_EQ(EchoClient::Call<"Third">(), 13);
   }
 }
@@ -53,7 +53,7 @@ TEST(LoadProcTableTest, AProcedureMissingInTheMiddle) {
   for (const bool bound : {false, true}) {
     SCOPED_TRACE(bound ? "bound" : "start-up");
     TestHost host;
-    OfferEcho(host);
+    RegisterEcho(host);
     if (!bound) host.HideInterface("KAPStringInterface");  // binding stops halfway
     ASSERT_EQ(KAPClientInit(host.GetProcAddress()), bound);
     host.StopFaults();
@@ -78,7 +78,7 @@ TEST(LoadProcTableTest, AProcedureMissingInTheMiddle) {
 }
 
 TEST_F(LoadTest, MethodTableRequiredAndNot) {
-  OfferEcho(fHost);
+  RegisterEcho(fHost);
   const CKAPContainerHolder container(MakeContainer("Impl"), true);
   const BalancedScope balanced(fHost);
   void* out[3] = {};

@@ -4,9 +4,9 @@
 
 #include "RuntimeTest.h"
 
-// A host that loses a procedure while it is bound: an interface is registered again with a procedure
-// missing, and the counter has moved. Calls fail, failures are still reported, and releases reach the
-// host.
+// A host that loses a procedure while it is bound: an interface is registered again with a
+// procedure missing, and the counter has moved. Calls fail, failures are still reported, and
+// releases reach the host.
 
 namespace {
 
@@ -25,7 +25,7 @@ struct Held {
 class LostProcedureTest : public BoundTest {
  protected:
   // Runs body(interface name, method name, whether the method releases) for each procedure of the
-  // host's, lost.
+  // host.
   template <class Body>
   void ForEachLost(Body body) {
     KAPHostInterfaceSet::ForEach([&]<class Interface>() {
@@ -51,7 +51,7 @@ TEST_F(LostProcedureTest, ReleasesReachTheHost) {
     const BalancedScope balanced(fHost);
     std::optional<Held> held(std::in_place);
     Lose(interfaceName, method);
-    // What the lost procedure itself would release is lost, and must not reach freed code.
+    // Without the procedure that releases, nothing could be released: that is tested with it.
     if (releases) Restore();
     held.reset();
     Restore();

@@ -3,7 +3,7 @@
 
 #include "RuntimeTest.h"
 
-// What the host lends: shared buffers, streams, cached items, data blocks.
+// Wrappers of the host's resources: shared buffers, streams, cached items, data stores.
 
 namespace {
 
@@ -40,7 +40,7 @@ TEST_F(ResourceTest, SharedBuffersAfterTheTableWasDropped) {
   EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));
 }
 
-// The caller's data is given back exactly once, whatever happens.
+// The caller's data is released exactly once, whatever happens.
 TEST_F(ResourceTest, CallersBuffers) {
   char data[4];
   { TKAPSharedBuffer<char>(CKAPSharedBuff::NewBuffer(4, data, &Delete), KAPAdopt()); }
@@ -97,26 +97,117 @@ TEST_F(ResourceTest, LockedItemsStay) {
   EXPECT_EQ(Thrown([] { CKAPCacheID(); }), "couldn't create cacheID||0");
 }
 
-// A store of its own text, which counts what comes back.
-KAPError* LendBlock(KAPDataBlock* out, KAPDataStore*, std::size_t offset) {
-  if (offset > 6) return CKAPError(kMemErrorID).Detach();
-  *out = CKAPDataBlockPtr(&"stored"[offset], 6 - offset, nullptr, &Delete).Detach();
+// ---- Data stores of two components, each registered under an interface name of its own ----
+
+constexpr char kFirst[] = "first", kSecond[] = "second store";
+
+template <const auto& Text>
+KAPError* GetBlock(KAPDataBlock* out, KAPDataStore*, std::size_t offset) {
+  *out = CKAPDataBlockPtr(&Text[offset], sizeof Text - 1 - offset, nullptr, &Delete).Detach();
+  // With an error the block counts as not lent.
+  return offset < sizeof Text - 1 ? nullptr : CKAPError(kMemErrorID).Detach();
+}
+
+template <const auto& Text>
+KAPError* GetSize(std::size_t* out, KAPDataStore*) {
+  *out = sizeof Text - 1;
   return nullptr;
 }
 
-TEST_F(ResourceTest, DataBlocks) {
-  fHost.RegisterInterface<KAPDataStoreInterface>(&LendBlock);
-  const CKAPStringAtom name("Store"), interfaceName(KAPDataStoreInterface::kName);
-  CKAPDataStore store(CKAPContainer::NewFullContainer(nullptr, name, interfaceName, nullptr),
-                      KAPAdopt());
+template <class Interface, class... Procs>
+void RegisterAs(const char* interfaceName, Procs... procs) {
+  const auto entries = Interface::Registration(procs...);
+  EXPECT_EQ(KAPRegisterProcTable(entries.data(), entries.size(), interfaceName), 1);
+}
+
+KAPContainer* NewContainer(const char* instanceName, const char* interfaceName) {
+  return CKAPContainer::NewFullContainer(nullptr, CKAPStringAtom(instanceName),
+                                         CKAPStringAtom(interfaceName), nullptr);
+}
+
+TEST_F(ResourceTest, DataStores) {
+  RegisterAs<KAPDataStoreInterface>("FirstStore", &GetBlock<kFirst>);
+  RegisterAs<KAPSizedDataStoreInterface>("FirstStore", &GetSize<kFirst>);
+  RegisterAs<KAPDataStoreInterface>("SecondStore", &GetBlock<kSecond>);
+  CKAPSizedDataStore first(NewContainer("First", "FirstStore"), KAPAdopt());
+  CKAPDataStore second(NewContainer("Second", "SecondStore"), KAPAdopt());
   {
-    CKAPDataBlockPtr block = store.GetBlock(2), other(std::move(block));
-    EXPECT_EQ(other.Text(), "ored");
-    EXPECT_EQ(Thrown([&] { store.GetBlock(7); }), kOutOfMemory);
-    EXPECT_EQ(gDeleted, 0);
+    CKAPDataBlockPtr block = first.GetBlock(2), other(std::move(block));
+    EXPECT_EQ(block.Text(), "");
+    EXPECT_EQ(other.Text(), "rst");
+    EXPECT_EQ(second.GetBlock(7).Text(), "store");
+    EXPECT_EQ(gDeleted, 1);
+    block = std::move(other);
+    EXPECT_EQ(gDeleted, 1);
   }
-  EXPECT_EQ(gDeleted, 1);
-  EXPECT_EQ(Thrown([&] { CKAPSizedDataStore sized(store.Handle()); }), kInvalidContainer);
+  EXPECT_EQ(gDeleted, 2);
+  EXPECT_EQ(first.GetSize(), 5u);
+  EXPECT_EQ(Thrown([&] { first.GetBlock(5); }), kOutOfMemory);
+  EXPECT_EQ(gDeleted, 2);
+}
+
+int gNextBlock;
+
+TEST_F(ResourceTest, DataBlockStreams) {
+  using Stream = KAPDataBlockStreamInterface;
+  const Stream::Proc<"GetNextBlock"> getNextBlock = [](KAPDataBlock* out, KAPContainer*) {
+    if (gNextBlock == 2) return CKAPError("read twice", "c", 1).Detach();
+    *out = CKAPDataBlockPtr("ab" + gNextBlock++, 1, nullptr, &Delete).Detach();
+    return static_cast<KAPError*>(nullptr);
+  };
+  const Stream::Proc<"Rewind"> rewind = [](KAPContainer*) {
+    gNextBlock = 0;
+    return static_cast<KAPError*>(nullptr);
+  };
+  RegisterAs<Stream>("Blocks", getNextBlock, rewind);
+  CKAPDataBlockStream blocks(NewContainer("Blocks", "Blocks"), KAPAdopt());
+  for (int round = 0; round < 2; ++round) {
+    blocks.Rewind();
+    EXPECT_EQ(blocks.GetNextBlock().Text(), "a");
+    EXPECT_EQ(blocks.GetNextBlock().Text(), "b");
+    EXPECT_EQ(Thrown([&] { blocks.GetNextBlock(); }), "read twice|c|1");
+  }
+  EXPECT_EQ(gDeleted, 4);
+}
+
+// ---- Handles of another kind ----
+
+template <class Wrapper>
+void ExpectRefused(const char* wrapper, KAPContainer* handle) {
+  SCOPED_TRACE(wrapper);
+  EXPECT_EQ(Thrown([=] { Wrapper added(handle); }), kInvalidContainer);
+  KAPContainerBaseGeneric own(handle);
+  EXPECT_EQ(Thrown([&] { Wrapper adopted(own.Detach(), KAPAdopt()); }), kInvalidContainer);
+  EXPECT_EQ(Thrown([] { Wrapper null(nullptr, KAPAdopt()); }), kInvalidContainer);
+}
+
+// The constructor itself refuses them, and releases what it has added or adopted.
+TEST_F(ResourceTest, HandlesOfAnotherKind) {
+  RegisterEcho(fHost);
+  RegisterAs<KAPDataStoreInterface>("FirstStore", &GetBlock<kFirst>);
+  struct Simple : KAPClientSimpleStream {
+    std::size_t Read(unsigned char*, std::size_t) override { return 0; }
+    void Write(const unsigned char*, std::size_t) override {}
+  };
+  struct Rewindable : KAPClientRewindableStream {
+    std::size_t Read(unsigned char*, std::size_t) override { return 0; }
+    void Write(const unsigned char*, std::size_t) override {}
+    TKAPClientObject<KAPClientRewindableStream> CreateIndependentlyRewindableStream() override {
+      return nullptr;
+    }
+    void Rewind() override {}
+  };
+  const CKAPContainerHolder other(MakeContainer("Other"), true),
+      simple(CKAPStreamFactory::NewClientSimpleStream(KAPNewClient<Simple>()), true),
+      rewindable(CKAPStreamFactory::NewClientRewindableStream(KAPNewClient<Rewindable>()), true),
+      store(NewContainer("Store", "FirstStore"), true);
+  ExpectRefused<CKAPSimpleStream>("simple stream", other.Handle());
+  ExpectRefused<CKAPRewindableStream>("rewindable stream", simple.Handle());
+  ExpectRefused<CKAPPositionableStream>("positionable stream", rewindable.Handle());
+  ExpectRefused<CKAPDataStore>("data store", other.Handle());
+  ExpectRefused<CKAPSizedDataStore>("sized data store", store.Handle());
+  ExpectRefused<CKAPDataBlockStream>("data-block stream", store.Handle());
+  EXPECT_EQ(Thrown([&] { CKAPRewindableStream(rewindable.Handle()).Rewind(); }), "");
 }
 
 }  // namespace
