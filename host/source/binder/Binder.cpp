@@ -69,11 +69,13 @@ std::vector<std::string> Binder::UnregisterIf(const std::function<bool(void* pro
 void* Binder::Find(const char* interfaceName, const char* methodName,
                    const char* procName) const noexcept {
   if (!interfaceName || !methodName || !procName) return nullptr;
-  if (fFaultRules.IsHidden(interfaceName, methodName)) return nullptr;
+  const std::string_view interfaceText = interfaceName;
+  const Names names(methodName, procName);
+  if (fFaultRules.IsHidden(interfaceText, names.first)) return nullptr;
   const std::shared_lock lock(fMutex);
-  const auto procs = fInterfaces.find(std::string_view(interfaceName));
+  const auto procs = fInterfaces.find(interfaceText);
   if (procs == fInterfaces.end()) return nullptr;
-  const auto proc = procs->second.find(Names(methodName, procName));
+  const auto proc = procs->second.find(names);
   return proc == procs->second.end() ? nullptr : proc->second;
 }
 

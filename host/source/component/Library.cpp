@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <new>
+#include <utility>
 
 #include "base/Current.h"
 #include "base/Reports.h"
@@ -16,6 +18,8 @@
 namespace KAPHost {
 
 namespace {
+
+std::recursive_mutex gLibrariesMutex;  // Open destroys a library that it cannot return
 
 // The live libraries by handle: dlopen returns the same handle for the same file.
 std::map<void*, std::weak_ptr<Library>>& Libraries() {
@@ -65,39 +69,39 @@ Span SpanOf(void* handle) noexcept {
 
 }  // namespace
 
+void Library::Close::operator()(void* handle) const noexcept { dlclose(handle); }
+
 std::shared_ptr<Library> Library::Open(const std::string& path, const std::string& component) {
-  void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  Handle handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
   if (!handle) throw LoadError("cannot load \"" + path + "\": " + LastError());
-  if (const auto found = Libraries().find(handle); found != Libraries().end()) {
-    if (auto library = found->second.lock()) {
-      dlclose(handle);  // the library has a handle already
-      return library;
-    }
-  }
-  std::shared_ptr<Library> library;
-  try {
-    library.reset(new Library(handle, path, component));
-  } catch (const std::bad_alloc&) {
-    dlclose(handle);
-    throw;
-  }
-  Libraries().insert_or_assign(handle, library);
+  const std::lock_guard lock(gLibrariesMutex);
+  std::weak_ptr<Library>& known = Libraries()[handle.get()];
+  if (auto library = known.lock()) return library;
+  std::unique_ptr<Library> made(new Library(std::move(handle), path, component));
+  std::shared_ptr<Library> library(std::move(made));
+  known = library;
   return library;
 }
 
 Library::~Library() {
-  Libraries().erase(fHandle);
-  if (!UnregisterProcs()) dlclose(fHandle);
+  {
+    const std::lock_guard lock(gLibrariesMutex);
+    const auto known = Libraries().find(fHandle.get());
+    if (known != Libraries().end() && known->second.expired()) Libraries().erase(known);
+  }
+  if (UnregisterProcs()) static_cast<void>(fHandle.release());
 }
 
-void* Library::Find(const std::string& symbol) const { return dlsym(fHandle, symbol.c_str()); }
+void* Library::Find(const std::string& symbol) const {
+  return dlsym(fHandle.get(), symbol.c_str());
+}
 
 // True when there were any, or there is no memory to tell. The addresses are found beforehand: the
 // dynamic loader has a lock of its own, under which a library's constructors may look procedures up.
 bool Library::UnregisterProcs() const noexcept {
   Binder* const binder = Current<Binder>();
   if (!binder) return false;
-  const Span span = SpanOf(fHandle);
+  const Span span = SpanOf(fHandle.get());
   try {
     const auto interfaces =
         binder->UnregisterIf([&](const void* proc) { return span.Contains(proc); });

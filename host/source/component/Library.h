@@ -2,11 +2,12 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace KAPHost {
 
 // A loaded shared library. Components of the same file share one, as they share its static objects.
-// Threads: one at a time, as for components.
+// Threads: different libraries may be used on different threads.
 class Library {
  public:
   // Opens `path`, searched for as by dlopen. `component` is the name in reports. Throws LoadError.
@@ -25,12 +26,17 @@ class Library {
   bool fIsInitialised = false;
 
  private:
-  Library(void* handle, const std::string& path, const std::string& component)
-      : fHandle(handle), fPath(path), fComponent(component) {}
+  struct Close {
+    void operator()(void* handle) const noexcept;
+  };
+  using Handle = std::unique_ptr<void, Close>;
+
+  Library(Handle handle, const std::string& path, const std::string& component)
+      : fHandle(std::move(handle)), fPath(path), fComponent(component) {}
 
   bool UnregisterProcs() const noexcept;
 
-  void* const fHandle;
+  Handle fHandle;
   const std::string fPath;
   const std::string fComponent;
 };
