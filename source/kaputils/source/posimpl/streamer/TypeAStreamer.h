@@ -29,7 +29,7 @@ class TypeAStreamer : public StreamerBase {
   void WriteBinData(OCharStream& out, const NPOSObjectImpl::BinData& data);
   static void WriteRawPointer(OCharStream& out, const void* pointer);
   void WriteArray(OCharStream& out, const NPOSObjectImpl::Array& array);
-  void WriteDict(OCharStream& out, const NPOSObjectImpl::Dict& dict);
+  void WriteDict(OCharStream& out, const NPOSObjectImpl::Dict& dict, ContainerInUse& inUse);
   template <class Content>
   void WriteValue(OCharStream& out, const StreamParams& params, Content content);
   void WriteStringValue(OCharStream& out, const char* text);

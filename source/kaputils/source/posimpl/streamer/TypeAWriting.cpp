@@ -87,33 +87,40 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
   const BaseObject* instance = BaseObject::GetInstanceNoThrow(object.Handle());
   if (!instance) throw POSException(kCannotBeWritten);
   const StreamParams& params = GetWritingParams(instance->GetType());
-  if (params.kType == KAP_T_MT::kPOSNumber) {
-    return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
-  }
-  const InUse inUse(out, object, nullptr);
   switch (params.kType) {
-    case KAP_T_MT::kPOSNumber:  // written above: nothing of it is needed while the stream writes
-      break;
-    case KAP_T_MT::kPOSString:
+    case KAP_T_MT::kPOSNumber:
+      return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
+    case KAP_T_MT::kPOSString: {
+      const ScalarInUse inUse(out, object);
       return WriteStringValue(out, static_cast<const NPOSObjectImpl::String*>(instance)->Get());
-    case KAP_T_MT::kPOSUnicodeString:
+    }
+    case KAP_T_MT::kPOSUnicodeString: {
+      const ScalarInUse inUse(out, object);
       return WriteValue(out, params, [&] {
         WriteUnicode(out, static_cast<const UnicodeString*>(instance)->Get());
       });
-    case KAP_T_MT::kPOSBinData:
+    }
+    case KAP_T_MT::kPOSBinData: {
+      const ScalarInUse inUse(out, object);
       return WriteValue(out, params,
                         [&] { WriteBinData(out, *static_cast<const BinData*>(instance)); });
-    case KAP_T_MT::kPOSRawPointer:
-      return WriteValue(out, params, [&] {
-        WriteRawPointer(out, static_cast<const RawPointer*>(instance)->GetRawPointer());
-      });
-    case KAP_T_MT::kPOSArray:
+    }
+    case KAP_T_MT::kPOSRawPointer: {
+      const void* const pointer = static_cast<const RawPointer*>(instance)->GetRawPointer();
+      return WriteValue(out, params, [&] { WriteRawPointer(out, pointer); });
+    }
+    case KAP_T_MT::kPOSArray: {
       CheckDepth(*instance);
+      const ContainerInUse inUse(out, object);
       return WriteValue(out, params,
                         [&] { WriteArray(out, *static_cast<const Array*>(instance)); });
-    case KAP_T_MT::kPOSDict:
+    }
+    case KAP_T_MT::kPOSDict: {
       CheckDepth(*instance);
-      return WriteValue(out, params, [&] { WriteDict(out, *static_cast<const Dict*>(instance)); });
+      ContainerInUse inUse(out, object);
+      return WriteValue(out, params,
+                        [&] { WriteDict(out, *static_cast<const Dict*>(instance), inUse); });
+    }
   }
   throw POSException(kCannotBeWritten);
 }
@@ -212,17 +219,22 @@ void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
 
 // Where the stream has written during an entry, the entry may be gone: the next one is found by its
 // key.
-void TypeAStreamer::WriteDict(OCharStream& out, const Dict& dict) {
+void TypeAStreamer::WriteDict(OCharStream& out, const Dict& dict, ContainerInUse& inUse) {
   const NPOSObjectImpl::NestingGuard guard;
   {
     const Indented indented(fLevel);
     for (const DictEntry* entry = dict.Entries().First(); entry;) {
-      const InUse inUse(out, entry->Value(), &entry->GetKey());
+      inUse.Enter(entry->GetKey(), entry->Value());
       NewLine(out);
       WriteStringValue(out, inUse.Key().Text());
       out.PutRaw(' ');
-      SerializeObject(out, inUse.Object());
-      entry = inUse.IsKept() ? dict.Entries().FirstAfter(inUse.Key()) : DictTree::Next(entry);
+      SerializeObject(out, inUse.Value());
+      if (inUse.IsKept()) [[unlikely]] {
+        inUse.Leave();
+        entry = dict.Entries().FirstAfter(inUse.Key());
+      } else {
+        entry = DictTree::Next(entry);
+      }
     }
   }
   NewLine(out);
