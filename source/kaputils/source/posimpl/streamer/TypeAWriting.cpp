@@ -109,18 +109,10 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
       const void* const pointer = static_cast<const RawPointer*>(instance)->GetRawPointer();
       return WriteValue(out, params, [&] { WriteRawPointer(out, pointer); });
     }
-    case KAP_T_MT::kPOSArray: {
-      CheckDepth(*instance);
-      const ContainerInUse inUse(out, object);
-      return WriteValue(out, params,
-                        [&] { WriteArray(out, *static_cast<const Array*>(instance)); });
-    }
-    case KAP_T_MT::kPOSDict: {
-      CheckDepth(*instance);
-      ContainerInUse inUse(out, object);
-      return WriteValue(out, params,
-                        [&] { WriteDict(out, *static_cast<const Dict*>(instance), inUse); });
-    }
+    case KAP_T_MT::kPOSArray:
+      return WriteArray(out, params, object, *static_cast<const Array*>(instance));
+    case KAP_T_MT::kPOSDict:
+      return WriteDict(out, params, object, *static_cast<const Dict*>(instance));
   }
   throw POSException(kCannotBeWritten);
 }
@@ -201,8 +193,15 @@ void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
 }
 
 // The stream may change the array while it writes: each element is taken as it is then.
-void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
+void TypeAStreamer::WriteArray(OCharStream& out, const StreamParams& params,
+                               const CPOSObject& object, const Array& array) {
+  CheckDepth(array);
   const NPOSObjectImpl::NestingGuard guard;
+  const ContainerInUse inUse(out, object);
+  WriteValue(out, params, [&] { WriteElements(out, array); });
+}
+
+void TypeAStreamer::WriteElements(OCharStream& out, const Array& array) {
   {
     const Indented indented(fLevel);
     for (std::size_t i = 0; i < array.Count(); ++i) {
@@ -217,10 +216,17 @@ void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
   NewLine(out);
 }
 
+void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params,
+                              const CPOSObject& object, const Dict& dict) {
+  CheckDepth(dict);
+  const NPOSObjectImpl::NestingGuard guard;
+  ContainerInUse inUse(out, object);
+  WriteValue(out, params, [&] { WriteEntries(out, dict, inUse); });
+}
+
 // Where the stream has written during an entry, the entry may be gone: the next one is found by its
 // key.
-void TypeAStreamer::WriteDict(OCharStream& out, const Dict& dict, ContainerInUse& inUse) {
-  const NPOSObjectImpl::NestingGuard guard;
+void TypeAStreamer::WriteEntries(OCharStream& out, const Dict& dict, ContainerInUse& inUse) {
   {
     const Indented indented(fLevel);
     for (const DictEntry* entry = dict.Entries().First(); entry;) {
