@@ -1,8 +1,5 @@
 #include "Harness.h"
 
-#include <cstdlib>
-#include <iostream>
-
 using namespace KAP_T_MT;
 
 Harness& Harness::Get() {
@@ -18,24 +15,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   return 0;
 }
 
-void Harness::Expect(bool isTrue, const char* what) {
-  if (isTrue) return;
-  std::cerr << "Expectation failed: " << what << '\n';
-  std::abort();
-}
-
-// The first run may fill caches, such as method tables. Only what a second run holds is a leak.
 void Harness::Run(void (*target)(std::string_view, Harness&), std::string_view input) {
-  KAPHost::Snapshot difference;
-  for (int i = 0; i < 2; ++i) {
-    const KAPHost::Snapshot before = fHost.TakeSnapshot();
-    target(input, *this);
-    fHost.TakeReports();
-    difference = fHost.TakeSnapshot() - before;
-    if (difference.IsEmpty()) return;
-  }
-  std::cerr << difference << '\n';
-  Expect(false, "the accounting is balanced");
+  ExpectBalanced(fHost, [&] { target(input, *this); });
 }
 
 CKAPPositionableStream Harness::Stream(std::string_view bytes) const {

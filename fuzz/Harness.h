@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Expect.h"
 #include "POSDict.h"
 #include "POSStreamer.h"
 #include "kap/KAPClient.h"
@@ -15,7 +16,7 @@
 //
 //   KAP_FUZZ_TARGET(input, harness) {
 //     const KAP_T_MT::CPOSObject object = harness.Read(input);
-//     harness.Expect(object.IsNull() || object.IsEqual(object), "an object equals itself");
+//     Expect(object.IsNull() || object.IsEqual(object), "an object equals itself");
 //   }
 //
 // It links with libFuzzer, or with replay_main.cpp, which runs it on the inputs in a folder.
@@ -28,9 +29,6 @@ class Harness {
 
   // Runs the target on an input. Fails if the target leaks anything of the host.
   void Run(void (*target)(std::string_view, Harness&), std::string_view input);
-
-  // Aborts the process unless `isTrue`. `what` is the expectation.
-  static void Expect(bool isTrue, const char* what);
 
   // The reports since the previous call. The harness ignores the others.
   std::vector<std::string> TakeReports() { return fHost.TakeReports(); }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "pos/POSInterfaces.h"
+#include "pos/POSKinds.h"
 
 // A simple model of property objects, to compare the library with. Like those, values share their
 // parts by reference.
@@ -23,7 +23,7 @@ struct Model {
   std::vector<ModelRef> fElements;           // of an array; null for an empty slot
   std::map<std::string, ModelRef> fEntries;  // of a dictionary, in byte order
 
-  bool IsContainer() const { return fType == KAP_T_MT::kPOSArray || fType == KAP_T_MT::kPOSDict; }
+  bool IsContainer() const { return !KAP_T_MT::POSIsScalar(fType); }
 };
 
 // The contract of Clone: containers are copied at every level, scalars are shared.

@@ -10,6 +10,6 @@ KAP_FUZZ_TARGET(input, harness) {
   const std::string path(input.substr(0, input.find('\0')));
   const CPOSObject found = dict.DeepGet(path.c_str(), true);
   const CPOSObject again = dict.DeepGet((path.starts_with('.') ? path : "." + path).c_str(), true);
-  Harness::Expect(found.Handle() == again.Handle(), "a path has one value");
-  Harness::Expect(harness.TakeReports().empty(), "there is no report");
+  Expect(found.Handle() == again.Handle(), "a path has one value");
+  Expect(harness.TakeReports().empty(), "there is no report");
 }

@@ -4,7 +4,7 @@
 
 #include <charconv>
 #include <cstring>
-#include <optional>
+#include <iterator>
 
 #include "Choices.h"
 #include "Harness.h"
@@ -39,10 +39,10 @@ int gPointee = 0;
 
 // Compares an object with its model, part by part.
 void ExpectSame(POSObject* object, const ModelRef& model) {
-  Harness::Expect(!object == !model, "an object is where the model has one");
+  Expect(!object == !model, "an object is where the model has one");
   if (!object) return;
-  Harness::Expect(Objects::Call<"GetType">(object) == model->fType, "the kinds are the same");
-  const auto expect = [](bool isTrue) { Harness::Expect(isTrue, "the values are the same"); };
+  Expect(Objects::Call<"GetType">(object) == model->fType, "the kinds are the same");
+  const auto expect = [](bool isTrue) { Expect(isTrue, "the values are the same"); };
   switch (model->fType) {
     case kPOSNumber:
       return expect(Numbers::Call<"Get">(object) == model->fNumber);
@@ -80,7 +80,7 @@ void ExpectSame(POSObject* object, const ModelRef& model) {
       return expect(Iterators::Call<"IsDone">(iterator.Handle()));
     }
   }
-  Harness::Expect(false, "the kind is known");
+  Expect(false, "the kind is known");
 }
 
 class Sequence {
@@ -145,7 +145,7 @@ Sequence::Result Sequence::Try(Call call) {
   fHasFired = host.Fired();
   host.StopFaults();
   const bool hasFailed = !fHarness.TakeReports().empty() || hasThrown;
-  Harness::Expect(fHasFired || !hasFailed, "a call without a fault does not fail");
+  Expect(fHasFired || !hasFailed, "a call without a fault does not fail");
   return hasFailed ? Result::kFailed : Result::kDone;
 }
 
@@ -192,7 +192,7 @@ void Sequence::Add(KAPContainer* object, ModelRef model) {
 
 void Sequence::Make() {
   auto model = std::make_shared<Model>();
-  model->fType = static_cast<POSType>(1 + fChoices.Below(7));
+  model->fType = kPOSTypes[fChoices.Below(std::size(kPOSTypes))];
   switch (model->fType) {
     case kPOSNumber:
       model->fNumber = fChoices.Of({0.0, 1.0, -2.5, 1e10, 0.125});
@@ -241,7 +241,7 @@ void Sequence::Make() {
         break;
     }
   });
-  Harness::Expect(!object == (result == Result::kFailed), "a failure returns null");
+  Expect(!object == (result == Result::kFailed), "a failure returns null");
   if (object) Add(object, model);
 }
 
@@ -327,7 +327,7 @@ void Sequence::GetAt() {
   KAPContainer* object = nullptr;
   const Result result =
       Try([&] { object = Arrays::Call<"GetAt">(array->fHandle.Handle(), index); });
-  Harness::Expect(!object == (!model || result == Result::kFailed), "the slot has its value");
+  Expect(!object == (!model || result == Result::kFailed), "the slot has its value");
   if (object) Add(object, model);
 }
 
@@ -358,7 +358,7 @@ void Sequence::DeepGet() {
     object = Dicts::Call<"DeepGet">(dict->fHandle.Handle(), atom.Handle());
   });
   // Every failure on the way means that the path has no value, deliberately.
-  Harness::Expect(object ? model != nullptr : !model || fHasFired, "the path has its value");
+  Expect(object ? model != nullptr : !model || fHasFired, "the path has its value");
   if (object) Add(object, model);
 }
 
@@ -368,9 +368,9 @@ void Sequence::Clone() {
   if (!live) return;
   KAPContainer* object = nullptr;
   const Result result = Try([&] { object = Objects::Call<"Clone">(live->fHandle.Handle()); });
-  Harness::Expect(!object == (result == Result::kFailed), "a failure returns null");
+  Expect(!object == (result == Result::kFailed), "a failure returns null");
   if (!live->fModel->IsContainer()) {
-    Harness::Expect(!object || object == live->fHandle.Handle(), "a scalar is its clone");
+    Expect(!object || object == live->fHandle.Handle(), "a scalar is its clone");
   } else if (object) {
     Add(object, CloneOf(live->fModel));
     ExpectSame(fLives.back().fHandle.Handle(), fLives.back().fModel);
@@ -384,8 +384,8 @@ void Sequence::Compare() {
   bool areEqual = false;
   const Result result =
       Try([&] { areEqual = Objects::Call<"IsEqual">(a->fHandle.Handle(), b->fHandle.Handle()); });
-  Harness::Expect(result == Result::kFailed || areEqual == AreEqual(a->fModel, b->fModel),
-                  "objects are equal if the models are");
+  Expect(result == Result::kFailed || areEqual == AreEqual(a->fModel, b->fModel),
+         "objects are equal if the models are");
 }
 
 bool HasText(const ModelRef& model) {
@@ -432,7 +432,7 @@ void AppendText(std::string& out, const ModelRef& model) {
       break;
     case kPOSBinData:
     case kPOSRawPointer:
-      Harness::Expect(false, "text notation has the kind");
+      Expect(false, "text notation has the kind");
   }
 }
 
@@ -445,7 +445,7 @@ void Sequence::AsText() {
   const Result result = Try([&] {
     object = TKAPInterfaceClient<POSObjectStatics>::Call<"CreateFromText">(text.c_str(), nullptr);
   });
-  Harness::Expect(!object == (result == Result::kFailed), "a text is the object it was made from");
+  Expect(!object == (result == Result::kFailed), "a text is the object it was made from");
   const Handle handle(object, KAPAdopt());
   if (object) ExpectSame(object, live->fModel);
 }
@@ -462,17 +462,22 @@ void Sequence::AsDocument() {
   CPOSObject read;
   CKAPPositionableStream document = fHarness.Stream(Harness::Contents(stream));
   const Result reading = Try([&] { read = fHarness.Streamer().Deserialize(document); });
-  Harness::Expect(read.IsNull() == (reading == Result::kFailed), "a document can be read");
+  Expect(read.IsNull() == (reading == Result::kFailed), "a document can be read");
   if (!read.IsNull()) ExpectSame(read.Handle(), live->fModel);
 }
 
 void Sequence::Validate() {
   Live* const live = Any();
   if (!live) return;
-  constexpr const char* kCategories[] = {
-      "",        "real",   "string", "unicodestring",
-      "bindata", "rawptr", "array",  "dict keytype string valuetype any"};
-  const unsigned category = 1 + fChoices.Below(7);
+  constexpr const char* kCategories[] = {"real",
+                                         "string",
+                                         "unicodestring",
+                                         "bindata",
+                                         "rawptr",
+                                         "array",
+                                         "dict keytype string valuetype any"};
+  static_assert(std::size(kCategories) == std::size(kPOSTypes));
+  const unsigned category = fChoices.Below(std::size(kPOSTypes));
   const std::string text = std::string("< T < category ") + kCategories[category] + " > >";
   const CPOSObject object(live->fHandle.Handle());
   bool isValid = false;
@@ -480,9 +485,8 @@ void Sequence::Validate() {
     const CPOSDict schema(CPOSObject::CreateFromText(text.c_str(), nullptr), false);
     isValid = CPOSStructValidator(schema).Validate(object, "T", nullptr);
   });
-  Harness::Expect(result == Result::kFailed ||
-                      isValid == (live->fModel->fType == static_cast<POSType>(category)),
-                  "an object is of its kind");
+  Expect(result == Result::kFailed || isValid == (live->fModel->fType == kPOSTypes[category]),
+         "an object is of its kind");
 }
 
 // A procedure for another kind reports a failure and changes nothing.
@@ -492,14 +496,14 @@ void Sequence::MisuseKind() {
   Arrays::Call<"Append">(live->fHandle.Handle(), live->fHandle.Handle());
   const CKAPStringAtom key("a");
   Dicts::Call<"Put">(live->fHandle.Handle(), key.Handle(), live->fHandle.Handle());
-  Harness::Expect(fHarness.TakeReports().size() == 2, "each misuse is reported");
+  Expect(fHarness.TakeReports().size() == 2, "each misuse is reported");
   ExpectSame(live->fHandle.Handle(), live->fModel);
 }
 
 void Sequence::Drop() {
   if (fLives.empty()) return;
   fLives.erase(fLives.begin() + fChoices.Below(fLives.size()));
-  Harness::Expect(fHarness.TakeReports().empty(), "a release reports nothing");
+  Expect(fHarness.TakeReports().empty(), "a release reports nothing");
 }
 
 }  // namespace

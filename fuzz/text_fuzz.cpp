@@ -10,11 +10,11 @@ KAP_FUZZ_TARGET(input, harness) {
   const KAP_T_MT::CPOSObject object = KAP_T_MT::CPOSObject::CreateFromText(text.data(), &end);
   if (object.IsNull()) {
     const bool isInside = text.data() <= end && end < text.data() + text.size();
-    Harness::Expect(isInside, "the position is inside the text");
+    Expect(isInside, "the position is inside the text");
     return;
   }
-  Harness::Expect(end == nullptr, "a complete text has no error position");
-  Harness::Expect(harness.TakeReports().empty(), "there is no report");
-  Harness::Expect(object.Clone().IsEqual(object), "a clone is equal");
+  Expect(end == nullptr, "a complete text has no error position");
+  Expect(harness.TakeReports().empty(), "there is no report");
+  Expect(object.Clone().IsEqual(object), "a clone is equal");
   harness.ExpectRoundTrip(object);
 }

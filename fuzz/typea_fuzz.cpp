@@ -5,11 +5,10 @@ namespace {
 void ReadDocument(std::string_view document, Harness& harness) {
   KAP_T_MT::CKAPPositionableStream stream = harness.Stream(document);
   const KAP_T_MT::CPOSObject object = harness.Streamer().Deserialize(stream);
-  Harness::Expect(object.IsNull() == (harness.TakeReports().size() == 1),
-                  "a failure has one report");
+  Expect(object.IsNull() == (harness.TakeReports().size() == 1), "a failure has one report");
   const long position = stream.Mark();
   const bool isInside = 0 <= position && position <= static_cast<long>(document.size());
-  Harness::Expect(isInside, "the position is inside the document");
+  Expect(isInside, "the position is inside the document");
   if (!object.IsNull()) harness.ExpectRoundTrip(object);
 }
 

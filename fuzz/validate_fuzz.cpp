@@ -111,8 +111,8 @@ Outcome Check(Harness& harness, const CPOSStructValidator& validator, const CPOS
   const bool valid = validator.Validate(object, "A", &Receive);
   Outcome outcome{valid, gMessages, harness.TakeReports()};
   // The converse does not hold: an empty union accepts nothing and has no message.
-  Harness::Expect(!valid || (outcome.fMessages.empty() && outcome.fReports.empty()),
-                  "a valid object has no message and no report");
+  Expect(!valid || (outcome.fMessages.empty() && outcome.fReports.empty()),
+         "a valid object has no message and no report");
   return outcome;
 }
 
@@ -132,21 +132,20 @@ KAP_FUZZ_TARGET(input, harness) {
   const std::string schemaText = maker.Schema();
   const CPOSDict schema(CPOSObject::CreateFromText(schemaText.c_str(), nullptr), false);
   const CPOSObject object = CPOSObject::CreateFromText(maker.Object().c_str(), nullptr);
-  Harness::Expect(!object.IsNull(), "the text of the object is well-formed");
+  Expect(!object.IsNull(), "the text of the object is well-formed");
 
   CPOSStructValidator validator(schema);
   const Outcome outcome = Check(harness, validator, object);
-  Harness::Expect(Check(harness, validator, object) == outcome,
-                  "a second check has the same outcome");
+  Expect(Check(harness, validator, object) == outcome, "a second check has the same outcome");
   for (const char* type : {"A", "B", "C", "D"})
     validator.RegisterCallbackProc(type, &Pass, nullptr);
-  Harness::Expect(Check(harness, validator, object) == outcome,
-                  "callbacks that accept everything do not change the outcome");
+  Expect(Check(harness, validator, object) == outcome,
+         "callbacks that accept everything do not change the outcome");
 
   const bool hasObjRef = schemaText.find("objref") != std::string::npos;
   if (!IsSchema(schema) || hasObjRef) return;
   const bool isSound = std::all_of(
       outcome.fReports.begin(), outcome.fReports.end(),
       [](const std::string& report) { return report.find("deep") != std::string::npos; });
-  Harness::Expect(isSound, "a valid schema reports nothing but a cycle");
+  Expect(isSound, "a valid schema reports nothing but a cycle");
 }

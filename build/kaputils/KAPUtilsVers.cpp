@@ -11,8 +11,8 @@ char gCopyRight[] = KAP_COPYRIGHT;
 
 }  // namespace
 
-// Nothing in the library calls these: without the attributes they would be dropped, and a library
-// file could no longer be asked what it is.
+// Nothing in the library calls these functions. Without the attributes the linker would drop them
+// and the stamps, and the library file could no longer be identified.
 
 [[gnu::used, gnu::retain]] char* KAPUtils_BuildDate() { return gBuildDate; }
 

@@ -1,8 +1,9 @@
 #pragma once
 
-// What this build is: texts set by the build, found in the library's file with `strings`. Each
-// function returns a static, writable, zero-terminated text that lives as long as the library is
-// loaded. Threads: any may call.
+// The stamps of this build, which `strings` finds in the library file. Each function returns a
+// static, writable, zero-terminated string that lives as long as the library is loaded. Nothing
+// in the library reads them.
+// Threads: any.
 
 // The date of the sources as year-month-day, or "unknown".
 char* KAPUtils_BuildDate();
@@ -10,7 +11,8 @@ char* KAPUtils_BuildDate();
 // The version of the project, "1.1.1".
 char* KAPUtils_BuildVersion();
 
-// The commit, with "-modified" behind it if files differ from it, or "unknown".
+// The commit, followed by "-modified" if files differ from it; or "unknown".
 char* KAPUtils_BuildID();
 
+// The copyright notice.
 char* KAPUtils_CopyRight();

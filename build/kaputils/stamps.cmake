@@ -1,8 +1,9 @@
-# Writes KAPUtilsStamps.h; run by every build, so that the stamps follow the commit. They depend on the sources alone:
-# the same commit gives the same library. The file is touched only when a stamp changed.
+# Writes KAPUtilsStamps.h. Every build runs it, so that the stamps follow the commit. The stamps
+# depend on the sources alone: the same commit makes the same library. The file changes only when a
+# stamp does.
 # Arguments: ROOT, VERSION, TEMPLATE, OUTPUT.
 function(git result)
-  # Without the optional locks, a build never gets in the way of a commit being made.
+  # Without the optional locks, a build never blocks a commit.
   execute_process(COMMAND git --no-optional-locks -C ${ROOT} ${ARGN}
     OUTPUT_VARIABLE output ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE status)
   if(NOT status EQUAL 0)
@@ -13,7 +14,7 @@ endfunction()
 
 set(id "")
 set(seconds "$ENV{SOURCE_DATE_EPOCH}")
-if(EXISTS ${ROOT}/.git)  # not the repository of somebody who keeps a copy of these sources in theirs
+if(EXISTS ${ROOT}/.git)  # not some other repository that contains a copy of these sources
   git(id describe --always --tags --abbrev=12)
   git(changes status --porcelain --untracked-files=no)
   if(id AND changes)

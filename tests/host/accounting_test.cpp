@@ -125,8 +125,7 @@ void LeakInAScope() {
 
 void LeaveAReport() {
   TestHost host;
-  reinterpret_cast<void (*)(const char*)>(host.Find("KAP", "KAPReportError", "KAPReportError"))(
-      "surprise");
+  host.Call<KAP_T_MT::KAPBinderInterface, "KAPReportError">("surprise");
 }
 
 TEST(TestHostTest, FailsTests) {

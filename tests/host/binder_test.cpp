@@ -6,18 +6,15 @@ namespace {
 
 class BinderTest : public HostTest {
  protected:
-  template <class Proc>
-  Proc Own(const char* name) {
-    return reinterpret_cast<Proc>(fHost.GetProcAddress()("KAP", name, name));
-  }
   void* Find(const char* interfaceName, const char* methodName, const char* procName) {
     return fHost.GetProcAddress()(interfaceName, methodName, procName);
   }
 
-  int (*fRegister)(const char*, const char*, const char*,
-                   void*) = Own<decltype(fRegister)>("KAPRegisterProcAddress");
-  void (*fUnregister)(const char*) = Own<decltype(fUnregister)>("KAPUnregisterInterface");
-  const unsigned long* fCounter = Own<unsigned long* (*)()>("KAPGetUnregisterCountAddr")();
+  using Binder = KAP_T_MT::KAPBinderInterface;
+  Binder::Proc<"KAPRegisterProcAddress"> fRegister = fHost.Proc<Binder, "KAPRegisterProcAddress">();
+  Binder::Proc<"KAPUnregisterInterface"> fUnregister =
+      fHost.Proc<Binder, "KAPUnregisterInterface">();
+  const unsigned long* fCounter = fHost.Call<Binder, "KAPGetUnregisterCountAddr">();
 
   int fFirst = 0, fSecond = 0;  // stand for procedures
 };

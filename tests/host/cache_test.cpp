@@ -57,6 +57,21 @@ TEST_F(CacheTest, LeastRecentlyUsedFirst) {
   EXPECT_EQ(gPurged, "cdabc");
 }
 
+// Costs whose sum no number holds are the components' affair; the accounts stay balanced.
+TEST_F(CacheTest, HugeCosts) {
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_TRUE(Add(i));
+    for (const std::size_t cost : {~0ul >> 1, ~0ul, 0ul, 1ul << 63}) {
+      Cache<"UpdateCost">(fIDs[i], &fItems[i], cost);
+      EXPECT_EQ(Cache<"ReturnCost">(fIDs[i], &fItems[i]), cost);
+      EXPECT_EQ(fHost.TakeSnapshot().Total(KAP_T_MT::KAPResource::kCacheItem).fNumber, i + 1);
+    }
+  }
+  Cache<"PurgeAll">();
+  EXPECT_EQ(Cache<"CurrentCacheSize">(), 0u);
+  EXPECT_EQ(fHost.TakeSnapshot().Describe(), "cache identities: 4 (4 references)\n");
+}
+
 TEST_F(CacheTest, Sets) {
   KAPCacheSet* const set = Cache<"NewCacheSet">();
   EXPECT_TRUE(Add(0) && Add(1));

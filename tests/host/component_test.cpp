@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <stdexcept>
 
 #include "TestHost.h"
+#include "kap/KAPBinderInterface.h"
 
 namespace {
 
@@ -25,6 +27,48 @@ TEST_F(ComponentTest, IsInitialisedTerminatedAndUnloaded) {
   }
   EXPECT_EQ(fHost.Find("SmallInterface", "Answer", "SmallAnswerProc"), nullptr);
   EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty());
+}
+
+// A component that leaves a procedure behind: nobody finds it any more, and a caller that kept its
+// address does not crash.
+TEST_F(ComponentTest, ProceduresLeftRegistered) {
+  const unsigned long* const counter =
+      fHost.Call<KAP_T_MT::KAPBinderInterface, "KAPGetUnregisterCountAddr">();
+  int (*answer)() = nullptr;
+  unsigned long before = 0;
+  {
+    const Component component = fHost.Load(SMALL_COMPONENT, "Small");
+    void* const proc = fHost.Find("SmallInterface", "Answer", "SmallAnswerProc");
+    answer = reinterpret_cast<int (*)()>(proc);
+    fHost.Register("LeftInterface", "Answer", "P", proc);
+    fHost.Register("MixedInterface", "Answer", "P", proc);
+    fHost.Register("MixedInterface", "Other", "P", this);
+    before = *counter;
+  }
+  EXPECT_EQ(*counter, before + 3);
+  EXPECT_EQ(fHost.Find("LeftInterface", "Answer", "P"), nullptr);
+  EXPECT_EQ(fHost.Find("MixedInterface", "Answer", "P"), nullptr);
+  EXPECT_EQ(fHost.Find("MixedInterface", "Other", "P"), this);
+  EXPECT_EQ(answer(), 42);
+  std::vector<std::string> reports = fHost.TakeReports();
+  std::sort(reports.begin(), reports.end());
+  const std::string start = "KAP host: Small (\"" SMALL_COMPONENT "\") was unloaded while ";
+  EXPECT_EQ(reports, (std::vector{start + "\"LeftInterface\" was registered",
+                                  start + "\"MixedInterface\" was registered"}));
+}
+
+TEST_F(ComponentTest, SecondLoadLeavesTheFirst) {
+  Component first = fHost.Load(SMALL_COMPONENT, "Small");
+  EXPECT_THROW(fHost.Load(SMALL_COMPONENT, "Small"), LoadError);
+  {
+    Component second(SMALL_COMPONENT, "Small");
+    EXPECT_FALSE(second.Initialize(fHost.GetProcAddress()));
+    second.Terminate();
+  }
+  EXPECT_NE(fHost.Find("SmallInterface", "Answer", "SmallAnswerProc"), nullptr);
+  first.Terminate();
+  const Component again = fHost.Load(SMALL_COMPONENT, "Small");
+  EXPECT_NE(fHost.Find("SmallInterface", "Answer", "SmallAnswerProc"), nullptr);
 }
 
 TEST_F(ComponentTest, FailuresNameFileAndReason) {

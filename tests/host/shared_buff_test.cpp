@@ -19,6 +19,13 @@ TEST_F(SharedBuffTest, OwnStorage) {
   EXPECT_EQ((fHost.Call<Buffers, "GetSize">(buffer)), 1000u);
   fHost.Call<Buffers, "Release">(buffer);
   EXPECT_EQ(newBuffer(~0ul, nullptr, nullptr, nullptr, nullptr), nullptr);
+  int data = 0;  // a size is the caller's word, whatever it is
+  KAPSharedBuffer* const huge[] = {newBuffer(~0ul, &data, nullptr, nullptr, nullptr),
+                                   newBuffer(1ul << 63, &data, nullptr, nullptr, nullptr)};
+  for (KAPSharedBuffer* buff : huge) {
+    EXPECT_EQ((fHost.Call<Buffers, "GetBuffer">(buff)), reinterpret_cast<unsigned char*>(&data));
+    fHost.Call<Buffers, "Release">(buff);
+  }
   fHost.FailCall(KAP_T_MT::KAPFault::kBuffer, 1);
   EXPECT_EQ(newBuffer(1, nullptr, nullptr, nullptr, nullptr), nullptr);
 }

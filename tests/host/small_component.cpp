@@ -1,22 +1,20 @@
 #include "kap/KAPHostInterfaces.h"
 
+// A component that registers one procedure and keeps one atom.
+
 namespace {
 
+using Binder = KAP_T_MT::KAPBinderInterface;
 using Strings = KAP_T_MT::KAPStringInterface;
 
 KAPGetProcAddressProc gGetProc = nullptr;
 KAPStringAtom* gAtom = nullptr;
 
-template <KAP_T_MT::TKAPName Method>
+template <class Interface, KAP_T_MT::TKAPName Method>
 auto Fetch() {
-  constexpr auto entry = Strings::kEntries[Strings::kSlot<Method>];
-  return reinterpret_cast<Strings::Proc<Method>>(
-      gGetProc(Strings::kName, entry.fMethodName, entry.fProcName));
-}
-
-template <class Proc>
-Proc Binder(const char* name) {
-  return reinterpret_cast<Proc>(gGetProc("KAP", name, name));
+  constexpr auto entry = Interface::kEntries[Interface::template kSlot<Method>];
+  return reinterpret_cast<typename Interface::template Proc<Method>>(
+      gGetProc(Interface::kName, entry.fMethodName, entry.fProcName));
 }
 
 int Answer() { return 42; }
@@ -27,15 +25,14 @@ extern "C" {
 
 __attribute__((visibility("default"))) int SmallInitialize(KAPGetProcAddressProc getProc) {
   gGetProc = getProc;
-  gAtom = Fetch<"NewStringAtom">()("kept by a component");
-  using Register = int (*)(const char*, const char*, const char*, void*);
-  return Binder<Register>("KAPRegisterProcAddress")("SmallInterface", "Answer", "SmallAnswerProc",
-                                                    reinterpret_cast<void*>(&Answer));
+  gAtom = Fetch<Strings, "NewStringAtom">()("kept by a component");
+  return Fetch<Binder, "KAPRegisterProcAddress">()("SmallInterface", "Answer", "SmallAnswerProc",
+                                                   reinterpret_cast<void*>(&Answer));
 }
 
 __attribute__((visibility("default"))) void SmallTerminate() {
-  Binder<void (*)(const char*)>("KAPUnregisterInterface")("SmallInterface");
-  Fetch<"DeleteStringAtom">()(gAtom);
+  Fetch<Binder, "KAPUnregisterInterface">()("SmallInterface");
+  Fetch<Strings, "DeleteStringAtom">()(gAtom);
 }
 
 __attribute__((visibility("default"))) int SmallGetVersion() { return 7; }

@@ -79,14 +79,10 @@ TEST_F(ThreadsTest, SharedContainersAndBlocks) {
 }
 
 TEST_F(ThreadsTest, RegistryCounterErrorsAndReports) {
-  using Unregister = void (*)(const char*);
-  const auto unregister = reinterpret_cast<Unregister>(
-      fHost.Find("KAP", "KAPUnregisterInterface", "KAPUnregisterInterface"));
-  const auto report = reinterpret_cast<void (*)(const char*)>(
-      fHost.Find("KAP", "KAPReportError", "KAPReportError"));
-  auto* counter =
-      reinterpret_cast<std::atomic<unsigned long>*>(reinterpret_cast<unsigned long* (*)()>(
-          fHost.Find("KAP", "KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr"))());
+  const auto unregister = fHost.Proc<KAPBinderInterface, "KAPUnregisterInterface">();
+  const auto report = fHost.Proc<KAPBinderInterface, "KAPReportError">();
+  auto* counter = reinterpret_cast<std::atomic<unsigned long>*>(
+      fHost.Call<KAPBinderInterface, "KAPGetUnregisterCountAddr">());
   const unsigned long before = *counter;
   constexpr int kInterfaces = 500;
   RunOnThreads([&](int thread) {

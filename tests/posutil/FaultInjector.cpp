@@ -5,8 +5,8 @@
 //
 // where COUNT calls, starting with number FIRST, take ACTION: an error number to fail with,
 // "kill" for SIGKILL before the call, or "orphan" to kill the parent before the call. KAP_FIRED
-// names a file to create when that happens. With KAP_NAMED=1 there are no unnamed files. Calls count
-// from the call of signal() that main starts with: before that there is nobody to report a fault.
+// names a file to create when that happens. With KAP_NAMED=1 there are no unnamed files. The count
+// starts at the call of signal() at the start of main: before that nothing can report a fault.
 
 #include <fcntl.h>
 #include <signal.h>

@@ -25,7 +25,8 @@
 // does: fHost.Strings<"NewStringAtom">("key").
 class TestHost : public KAPHost::Host {
  public:
-  TestHost() : Host({.fOnReport = {}, .fOnLeak = &Complain}) {}
+  explicit TestHost(bool checks = false)
+      : Host({.fOnReport = {}, .fOnLeak = &Complain, .fChecks = checks}) {}
   ~TestHost() { EXPECT_EQ(TakeReports(), std::vector<std::string>()) << "unexpected reports"; }
 
   template <class Interface, KAP_T_MT::TKAPName Method, class... Args>

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
 #include "kap/KAPTypes.h"
 
 namespace KAPHost {
+
+class Library;
 
 // A component cannot be opened, lacks an entry point or fails to initialise. The text names the
 // file and the reason.
@@ -21,8 +24,10 @@ class LoadError : public std::runtime_error {
 //   if (!component.Initialize(host.GetProcAddress())) ...
 //
 // Ownership: the library stays loaded as long as this object lives. The destructor terminates the
-//   component if it is initialised, and unloads it. Destroy components, and whatever they made,
-//   before their host.
+//   component if this object initialised it, and unloads it. Destroy components, and whatever they
+//   made, before their host. A component that is unloaded with procedures still registered is
+//   reported: the procedures are unregistered, and the library stays in memory for callers that kept
+//   an address.
 // Threads: one controlling thread at a time.
 class Component {
  public:
@@ -33,8 +38,10 @@ class Component {
   ~Component();
 
   // Returns the component's result: whether it is initialised. A component that fails to initialise
-  // is terminated as well, on destruction at the latest.
+  // is terminated as well, on destruction at the latest. False, and nothing is called, when another
+  // object has initialised the same file.
   bool Initialize(KAPGetProcAddressProc getProcAddress);
+  // A no-op when another object has initialised the same file.
   void Terminate();
 
   int Version() const { return fGetVersion(); }
@@ -42,10 +49,9 @@ class Component {
 
  private:
   void* Symbol(const std::string& symbol) const;
-  void Close() noexcept;
 
   std::string fPath;
-  void* fLibrary = nullptr;
+  std::shared_ptr<Library> fLibrary;  // null after a move
   int (*fInitialize)(KAPGetProcAddressProc) = nullptr;
   void (*fTerminate)() = nullptr;
   int (*fGetVersion)() = nullptr;

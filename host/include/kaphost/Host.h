@@ -35,6 +35,10 @@ struct HostOptions {
   // Called when the host is destroyed while components still hold something of it. The default
   // writes the description to std::cerr. Must not throw.
   std::function<void(const Snapshot& leaked)> fOnLeak;
+  // Whether a call that adds or releases a reference to a dead container or error, or releases a dead
+  // atom, is reported: one whose last reference is already released. Costs memory: what is destroyed
+  // keeps its record until the host ends. Without checks such a call is undefined behaviour.
+  bool fChecks = false;
 };
 
 // The host's procedures are plain functions, so a process has one host at a time. A host made after

@@ -16,8 +16,8 @@ constinit std::array<Holding, kSlots> gRetired{};
 constinit ThreadAccount gSpare;
 
 void AddEntry(Holding& sum, const ThreadAccount::Entry& entry) noexcept {
-  sum.fNumber += entry.fNumber.load(std::memory_order_relaxed);
-  sum.fExtent += entry.fExtent.load(std::memory_order_relaxed);
+  sum.fNumber = WrappingSum(sum.fNumber, entry.fNumber.load(std::memory_order_relaxed));
+  sum.fExtent = WrappingSum(sum.fExtent, entry.fExtent.load(std::memory_order_relaxed));
 }
 
 // When the thread ends, adds its numbers to those of the threads that have ended. Thread-local

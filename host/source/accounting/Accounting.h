@@ -44,8 +44,8 @@ inline void Count(unsigned slot, long number, long extent) noexcept {
   ThreadAccount& account = tAccount ? *tAccount : NewAccount();
   ThreadAccount::Entry& entry = account.fEntries[slot];
   constexpr auto relaxed = std::memory_order_relaxed;
-  if (number != 0) entry.fNumber.store(entry.fNumber.load(relaxed) + number, relaxed);
-  entry.fExtent.store(entry.fExtent.load(relaxed) + extent, relaxed);
+  if (number != 0) entry.fNumber.store(WrappingSum(entry.fNumber.load(relaxed), number), relaxed);
+  entry.fExtent.store(WrappingSum(entry.fExtent.load(relaxed), extent), relaxed);
 }
 
 inline void Count(KAPResource resource, long number, long extent) noexcept {

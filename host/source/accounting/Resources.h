@@ -10,6 +10,13 @@ namespace KAPHost {
 
 inline constexpr std::size_t kResources = static_cast<std::size_t>(KAPResource::kCount);
 
+// Sums wrap: components state costs and sizes whose total may not fit a long.
+inline long WrappingSum(long a, long b) noexcept {
+  long sum = 0;
+  static_cast<void>(__builtin_add_overflow(a, b, &sum));
+  return sum;
+}
+
 // What a line of the leak report shows besides the number of things.
 enum class Extent { kNone, kReferences, kBytes, kCost };
 

@@ -8,6 +8,15 @@ namespace KAPHost {
 
 namespace {
 
+void Add(Holding& sum, Holding holding) {
+  sum.fNumber = WrappingSum(sum.fNumber, holding.fNumber);
+  sum.fExtent = WrappingSum(sum.fExtent, holding.fExtent);
+}
+
+Holding operator-(Holding holding) {
+  return {WrappingSum(~holding.fNumber, 1), WrappingSum(~holding.fExtent, 1)};
+}
+
 std::string Amount(long amount, const char* unit) {
   return std::to_string(amount) + ' ' + unit + (amount == 1 ? "" : "s");
 }
@@ -35,8 +44,7 @@ std::string Line(KAPResource resource, const std::string& name, Holding holding)
 
 void Snapshot::Add(KAPResource resource, std::string_view name, Holding holding) {
   const auto entry = fHoldings.try_emplace({resource, std::string(name)}).first;
-  entry->second.fNumber += holding.fNumber;
-  entry->second.fExtent += holding.fExtent;
+  KAPHost::Add(entry->second, holding);
   if (entry->second == Holding()) fHoldings.erase(entry);
 }
 
@@ -49,8 +57,7 @@ Holding Snapshot::Total(KAPResource resource) const {
   Holding total;
   for (const auto& [key, holding] : fHoldings) {
     if (key.first != resource) continue;
-    total.fNumber += holding.fNumber;
-    total.fExtent += holding.fExtent;
+    KAPHost::Add(total, holding);
   }
   return total;
 }
@@ -64,7 +71,7 @@ std::string Snapshot::Describe() const {
 Snapshot Snapshot::operator-(const Snapshot& other) const {
   Snapshot difference = *this;
   for (const auto& [key, holding] : other.fHoldings) {
-    difference.Add(key.first, key.second, {-holding.fNumber, -holding.fExtent});
+    difference.Add(key.first, key.second, -holding);
   }
   return difference;
 }

@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <new>
 
 #include "base/Counting.h"
+#include "checks/Quarantine.h"
 
 namespace KAPHost {
 
@@ -103,6 +105,7 @@ void AtomTable::Release(KAPStringAtom* atom) noexcept {
   const long before =
       Update(atom->fCount, [](long count) { return count > 1 ? count - 1 : count; });
   if (before == 1) ReleaseLast(atom);
+  if (before < 0) ReportDead(atom, "release");
 }
 
 void AtomTable::ReleaseLast(KAPStringAtom* atom) noexcept {
@@ -114,7 +117,9 @@ void AtomTable::ReleaseLast(KAPStringAtom* atom) noexcept {
     *link = atom->fNext;
     --fSize;
   }
-  std::free(atom);
+  // Far below zero: references that are added to a dead atom do not revive it.
+  atom->fCount.store(std::numeric_limits<long>::min() / 2, std::memory_order_relaxed);
+  if (!KeepDead(atom, &std::free, "atom", atom->Text())) std::free(atom);
 }
 
 }  // namespace KAPHost

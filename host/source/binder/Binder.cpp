@@ -53,14 +53,29 @@ void Binder::Unregister(const char* interfaceName) noexcept {
   gUnregisterCount.fetch_add(1, std::memory_order_release);
 }
 
+std::vector<std::string> Binder::UnregisterIf(const std::function<bool(void* proc)>& matches) {
+  std::vector<std::string> names;
+  const std::unique_lock lock(fMutex);
+  for (auto& [name, procs] : fInterfaces) {
+    if (std::erase_if(procs, [&](const auto& entry) { return matches(entry.second); }) == 0)
+      continue;
+    gUnregisterCount.fetch_add(1, std::memory_order_release);
+    names.push_back(name);
+  }
+  std::erase_if(fInterfaces, [](const auto& interface) { return interface.second.empty(); });
+  return names;
+}
+
 void* Binder::Find(const char* interfaceName, const char* methodName,
                    const char* procName) const noexcept {
   if (!interfaceName || !methodName || !procName) return nullptr;
-  if (fFaultRules.IsHidden(interfaceName, methodName)) return nullptr;
+  const std::string_view interfaceText = interfaceName;
+  const Names names(methodName, procName);
+  if (fFaultRules.IsHidden(interfaceText, names.first)) return nullptr;
   const std::shared_lock lock(fMutex);
-  const auto procs = fInterfaces.find(std::string_view(interfaceName));
+  const auto procs = fInterfaces.find(interfaceText);
   if (procs == fInterfaces.end()) return nullptr;
-  const auto proc = procs->second.find(Names(methodName, procName));
+  const auto proc = procs->second.find(names);
   return proc == procs->second.end() ? nullptr : proc->second;
 }
 

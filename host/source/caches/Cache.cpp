@@ -20,7 +20,7 @@ void Cache::Protect(KAPCacheID& id) noexcept {
 Cache::Item Cache::Remove(KAPCacheID& id) noexcept {
   if (id.fMarks == 0) fPurgeable.Remove(id);
   fSize -= id.fCost;
-  Count(KAPResource::kCacheItem, -1, -static_cast<long>(id.fCost));
+  Count(KAPResource::kCacheItem, -1, static_cast<long>(0 - id.fCost));
   const Item item = {id.fItem, id.fPurge};
   id.fItem = nullptr;
   id.fMarks = 0;
@@ -29,7 +29,7 @@ Cache::Item Cache::Remove(KAPCacheID& id) noexcept {
 
 bool Cache::Add(KAPCacheID& id, void* item, std::size_t cost, KAPDeleteProc purgeItem) noexcept {
   const ThreadLock lock(fMutex);
-  if (id.fItem || id.fCount.load(std::memory_order_relaxed) <= 0) return false;
+  if (id.fItem || !id.fCount.IsAlive()) return false;
   id.fItem = item;
   id.fCost = cost;
   id.fPurge = purgeItem;
@@ -60,7 +60,7 @@ void Cache::Unmark(KAPCacheID& id, const void* item) noexcept {
 void Cache::SetCost(KAPCacheID& id, const void* item, std::size_t cost) noexcept {
   const ThreadLock lock(fMutex);
   if (id.fItem != item) return;
-  Count(KAPResource::kCacheItem, 0, static_cast<long>(cost) - static_cast<long>(id.fCost));
+  Count(KAPResource::kCacheItem, 0, static_cast<long>(cost - id.fCost));
   fSize += cost - id.fCost;
   id.fCost = cost;
 }

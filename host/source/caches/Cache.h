@@ -1,15 +1,15 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <mutex>
 
 #include "base/IntrusiveList.h"
+#include "base/RefCount.h"
 #include "kap/KAPTypes.h"
 
 // An identity. The cache's lock guards its item.
 struct KAPCacheID {
-  std::atomic<long> fCount{1};
+  KAPHost::RefCount fCount = {};
   void* fItem = nullptr;  // null: none
   std::size_t fCost = 0;
   KAPDeleteProc fPurge = nullptr;

@@ -1,7 +1,6 @@
 #include <new>
 
 #include "accounting/Accounting.h"
-#include "base/Counting.h"
 #include "base/Current.h"
 #include "binder/Registration.h"
 #include "caches/Cache.h"
@@ -31,17 +30,13 @@ KAPCacheID* NewCacheID() noexcept {
 }
 
 void AddRef(KAPCacheID* id) noexcept {
-  if (!id) return;
-  AddCacheIDRef(*id);
-  Count(KAPResource::kCacheID, 0, 1);
+  if (id && id->fCount.Add()) Count(KAPResource::kCacheID, 0, 1);
 }
 
 // Without a host, the components whose procedures purge items may be unloaded as well; hence nothing
 // is purged then, here and below.
 void Release(KAPCacheID* id) noexcept {
-  if (!id || IsClosed()) return;
-  Count(KAPResource::kCacheID, 0, -1);
-  ReleaseCacheID(*id);
+  if (id && !IsClosed() && ReleaseCacheID(*id)) Count(KAPResource::kCacheID, 0, -1);
 }
 
 void* Attach(KAPCacheID* id) noexcept { return id && !IsClosed() ? gCache.Attach(*id) : nullptr; }
@@ -123,16 +118,16 @@ KAPCacheSet* NewCacheSet() noexcept {
 }
 
 void AddRefCacheSet(KAPCacheSet* set) noexcept {
-  if (!set) return;
-  Increment(set->fCount);
-  Count(KAPResource::kCacheSet, 0, 1);
+  if (set && set->fCount.Add()) Count(KAPResource::kCacheSet, 0, 1);
 }
 
 void DeleteCacheSet(KAPCacheSet* set) noexcept {
   if (!set || IsClosed()) return;
-  Count(KAPResource::kCacheSet, 0, -1);
-  if (Decrement(set->fCount) != 0) return;
-  Count(KAPResource::kCacheSet, -1, 0);
+  const RefCount::Release found = set->fCount.Drop();
+  if (found == RefCount::Release::kReleased) Count(KAPResource::kCacheSet, 0, -1);
+  if (found != RefCount::Release::kLast) return;
+  Count(KAPResource::kCacheSet, -1, -1);
+  set->RemoveAll();  // purges items, whose procedures may use the set
   delete set;
 }
 

@@ -3,27 +3,30 @@
 #include <utility>
 
 #include "accounting/Accounting.h"
-#include "base/Counting.h"
 #include "caches/Cache.h"
 
 namespace KAPHost {
 
-void AddCacheIDRef(KAPCacheID& id) noexcept { Increment(id.fCount); }
-
-void ReleaseCacheID(KAPCacheID& id) noexcept {
-  if (Decrement(id.fCount) != 0) return;
-  gCache.Purge(id);
-  Count(KAPResource::kCacheID, -1, 0);
-  delete &id;
+bool ReleaseCacheID(KAPCacheID& id) noexcept {
+  const RefCount::Release found = id.fCount.Drop();
+  if (found == RefCount::Release::kLast) {
+    gCache.Purge(id);
+    Count(KAPResource::kCacheID, -1, 0);
+    delete &id;
+  }
+  return found == RefCount::Release::kReleased || found == RefCount::Release::kLast;
 }
 
 }  // namespace KAPHost
 
 bool KAPCacheSet::FindOrAdd(KAPCacheID& id) {
   const std::lock_guard lock(fMutex);
-  const bool added = fIDs.insert(&id).second;
-  if (added) KAPHost::AddCacheIDRef(id);
-  return !added;
+  if (fIDs.contains(&id)) return true;
+  if (fCount.IsAlive() && id.fCount.IsAlive()) {
+    fIDs.insert(&id);
+    id.fCount.Add();  // the caller's reference keeps it from failing
+  }
+  return false;
 }
 
 void KAPCacheSet::Remove(KAPCacheID& id) noexcept {

@@ -1,16 +1,16 @@
 #pragma once
 
-#include <atomic>
 #include <mutex>
 #include <unordered_set>
 
+#include "base/RefCount.h"
 #include "kap/KAPTypes.h"
 
 namespace KAPHost {
 
-// Count an identity's references. Releasing the last one purges its item.
-void AddCacheIDRef(KAPCacheID& id) noexcept;
-void ReleaseCacheID(KAPCacheID& id) noexcept;
+// Releases a reference to an identity; the last one purges its item. False when there was none: the
+// identity is being destroyed.
+bool ReleaseCacheID(KAPCacheID& id) noexcept;
 
 }  // namespace KAPHost
 
@@ -21,14 +21,15 @@ struct KAPCacheSet {
   KAPCacheSet() = default;
   KAPCacheSet(const KAPCacheSet&) = delete;
   KAPCacheSet& operator=(const KAPCacheSet&) = delete;
-  ~KAPCacheSet() { RemoveAll(); }
+  ~KAPCacheSet() = default;
 
-  // Adds the identity unless it is there; returns whether it was. Throws std::bad_alloc.
+  // Adds the identity unless it is there; returns whether it was. Does not add one that is being
+  // destroyed, nor does a set that is. Throws std::bad_alloc.
   bool FindOrAdd(KAPCacheID& id);
   void Remove(KAPCacheID& id) noexcept;
   void RemoveAll() noexcept;
 
-  std::atomic<long> fCount{1};
+  KAPHost::RefCount fCount;
 
  private:
   std::mutex fMutex;

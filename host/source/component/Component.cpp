@@ -4,33 +4,20 @@
 
 #include <utility>
 
+#include "component/Library.h"
+
 namespace KAPHost {
 
-namespace {
-
-std::string LastError() {
-  const char* text = dlerror();
-  return text ? text : "unknown reason";
-}
-
-}  // namespace
-
 Component::Component(const std::string& path, const std::string& name)
-    : fPath(path), fLibrary(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-  if (!fLibrary) throw LoadError("cannot load \"" + path + "\": " + LastError());
-  try {
-    fInitialize = reinterpret_cast<decltype(fInitialize)>(Symbol(name + "Initialize"));
-    fTerminate = reinterpret_cast<decltype(fTerminate)>(Symbol(name + "Terminate"));
-    fGetVersion = reinterpret_cast<decltype(fGetVersion)>(Symbol(name + "GetVersion"));
-  } catch (...) {
-    Close();
-    throw;
-  }
+    : fPath(path), fLibrary(Library::Open(path, name)) {
+  fInitialize = reinterpret_cast<decltype(fInitialize)>(Symbol(name + "Initialize"));
+  fTerminate = reinterpret_cast<decltype(fTerminate)>(Symbol(name + "Terminate"));
+  fGetVersion = reinterpret_cast<decltype(fGetVersion)>(Symbol(name + "GetVersion"));
 }
 
 Component::Component(Component&& other) noexcept
     : fPath(std::move(other.fPath)),
-      fLibrary(std::exchange(other.fLibrary, nullptr)),
+      fLibrary(std::move(other.fLibrary)),
       fInitialize(other.fInitialize),
       fTerminate(other.fTerminate),
       fGetVersion(other.fGetVersion),
@@ -46,30 +33,30 @@ Component& Component::operator=(Component&& other) noexcept {
   return *this;
 }
 
-Component::~Component() { Close(); }
+Component::~Component() {
+  if (fMustTerminate) Terminate();
+}
 
 void* Component::Symbol(const std::string& symbol) const {
-  void* address = dlsym(fLibrary, symbol.c_str());
+  void* address = fLibrary->Find(symbol);
   if (!address) {
-    throw LoadError("\"" + fPath + "\" is not a component: " + LastError());
+    const char* reason = dlerror();
+    throw LoadError("\"" + fPath + "\" is not a component: " + (reason ? reason : symbol));
   }
   return address;
 }
 
+// A second object of the same file must not bind, or even terminate, what the first one uses.
 bool Component::Initialize(KAPGetProcAddressProc getProcAddress) {
-  fMustTerminate = true;
+  if (fLibrary->fIsInitialised && !fMustTerminate) return false;
+  fMustTerminate = fLibrary->fIsInitialised = true;
   return fInitialize(getProcAddress) != 0;
 }
 
 void Component::Terminate() {
-  fMustTerminate = false;
+  if (fLibrary->fIsInitialised && !fMustTerminate) return;
+  fMustTerminate = fLibrary->fIsInitialised = false;
   fTerminate();
-}
-
-void Component::Close() noexcept {
-  if (fMustTerminate) Terminate();
-  if (fLibrary) dlclose(fLibrary);
-  fLibrary = nullptr;
 }
 
 }  // namespace KAPHost

@@ -63,9 +63,12 @@ ContainerEquipment& EquipmentOf(KAPContainer& container) {
   return *container.fEquipment;
 }
 
+// What is added to a container that is being destroyed would never be deleted.
+bool CanChange(const KAPContainer* container) { return container && container->fCount.IsAlive(); }
+
 KAPError* RegisterInterface(KAPContainer* container, KAPStringAtom* instanceName,
                             KAPStringAtom* interfaceName) noexcept {
-  if (!container) return InvalidContainer();
+  if (!CanChange(container)) return InvalidContainer();
   if (!instanceName || !interfaceName) return InvalidArgument();
   return ReturnError([&]() -> KAPError* {
     EquipmentOf(*container).AddInterface(TypeOf(instanceName, interfaceName));
@@ -79,7 +82,7 @@ bool IsEmpty(const KAPContainer& container) {
 
 // The container and its references are counted under its new type from now on.
 void SetPrimary(KAPContainer& container, const ContainerType& type, void* instance) {
-  const long references = container.fCount.load(std::memory_order_relaxed);
+  const long references = container.fCount.Get();
   Count(container.fType->fSlot, -1, -references);
   Count(type.fSlot, 1, references);
   container.fPrimary = instance;
@@ -102,7 +105,7 @@ bool FindInstance(void** out, const KAPContainer& container, const KAPStringAtom
 
 KAPError* RegisterInstance(KAPContainer* container, KAPStringAtom* instanceName, void* instance,
                            KAPDeleteProc deleteInstance) noexcept {
-  if (!container) return InvalidContainer();
+  if (!CanChange(container)) return InvalidContainer();
   if (!instanceName) return InvalidArgument();
   void* present = nullptr;
   if (FindInstance(&present, *container, instanceName)) {
@@ -191,7 +194,7 @@ KAPStringAtom* GetSignature(KAPContainer* container) noexcept {
 
 // The count is below zero while the container is being destroyed.
 const int* DebugGetRefCountAddr(KAPContainer* container) noexcept {
-  return !container ? nullptr : reinterpret_cast<const int*>(&container->fCount);
+  return !container ? nullptr : container->fCount.Address();
 }
 
 long GetOffsetToPrimaryInstance() noexcept {

@@ -3,10 +3,11 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "accounting/Accounting.h"
-#include "base/Counting.h"
 #include "base/Reports.h"
+#include "checks/Quarantine.h"
 
 namespace KAPHost {
 
@@ -51,30 +52,43 @@ const ContainerEquipment::Instance* ContainerEquipment::FindInstance(
 
 namespace {
 
+void FreeRecord(void* container) noexcept { std::free(container); }
+
+// Keeps the record with nothing in it: no instance, no signature, no stream.
+[[gnu::cold]] void Bury(KAPContainer& container) noexcept {
+  const char* const signature = std::exchange(container.fSignature, nullptr);
+  container.fPrimary = nullptr;
+  container.fEquipment = nullptr;
+  container.fCount.Bury();
+  if (!KeepDead(&container, &FreeRecord, "container", signature)) FreeRecord(&container);
+}
+
 // Returns the original of a clone; the caller releases a reference to it.
 KAPContainer* Destroy(KAPContainer& container, long references) noexcept {
   if (container.fEquipment) container.fEquipment->DeleteInstances();
   if (container.fType->fDelete) container.fType->fDelete(container.fPrimary);
   const std::unique_ptr<ContainerEquipment> equipment(container.fEquipment);
   Count(container.fType->fSlot, -1, -references);
-  std::free(&container);
+  IsChecking() ? Bury(container) : FreeRecord(&container);
   return equipment ? equipment->Original() : nullptr;
 }
 
-enum class AtZero { kDestroy, kLive };
-
-// True when the caller must destroy the container. The slot is read first: once the reference is
-// gone, another thread may destroy the container.
-bool GiveUpRef(KAPContainer& container, AtZero atZero) noexcept {
-  const unsigned slot = container.fType->fSlot;
-  const int zero = atZero == AtZero::kDestroy ? kDying : 0;
-  const int before = Update(container.fCount, [zero](int count) {
-    if (count <= 0) return count;
-    return count == 1 ? zero : count - 1;
-  });
-  if (before == 1 && atZero == AtZero::kDestroy) return true;
-  if (before > 0) Count(slot, 0, -1);
-  if (before == 0) Report("KAP host: a container without references was released");
+// Counts or reports what a release found. True when the caller must destroy the container. The caller
+// reads the slot before the release: afterwards another thread may destroy the container.
+bool MustDestroy(const KAPContainer& container, unsigned slot, RefCount::Release found) noexcept {
+  switch (found) {
+    case RefCount::Release::kLast:
+      return true;
+    case RefCount::Release::kReleased:
+      Count(slot, 0, -1);
+      break;
+    case RefCount::Release::kNone:
+      Report("KAP host: a container without references was released");
+      break;
+    case RefCount::Release::kDestroyed:
+      if (container.fCount.IsDead()) ReportDead(&container, "release");
+      break;
+  }
   return false;
 }
 
@@ -84,7 +98,7 @@ KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noex
   void* storage = std::malloc(sizeof(KAPContainer));
   if (!storage) return nullptr;
   Count(type.fSlot, 1, 1);
-  return new (storage) KAPContainer{1, instance, type.fSignature, &type, nullptr};
+  return new (storage) KAPContainer{{}, instance, type.fSignature, &type, nullptr};
 }
 
 KAPContainer* CloneContainerRecord(KAPContainer& original) {
@@ -104,26 +118,31 @@ KAPContainer* CloneContainerRecord(KAPContainer& original) {
 }
 
 bool AddContainerRef(KAPContainer& container) noexcept {
-  const int before =
-      Update(container.fCount, [](int count) { return count < 0 ? count : count + 1; });
-  if (before < 0) return false;
+  if (!container.fCount.Add()) {
+    if (container.fCount.IsDead()) ReportDead(&container, "AddRef");
+    return false;
+  }
   Count(container.fType->fSlot, 0, 1);
   return true;
 }
 
 // A loop: clones of clones form chains of any length.
 void ReleaseContainer(KAPContainer& container) noexcept {
-  for (KAPContainer* next = &container; next && GiveUpRef(*next, AtZero::kDestroy);) {
+  for (KAPContainer* next = &container; next;) {
+    const unsigned slot = next->fType->fSlot;
+    if (!MustDestroy(*next, slot, next->fCount.Drop())) return;
     next = Destroy(*next, 1);
   }
 }
 
-void DropContainerRef(KAPContainer& container) noexcept { GiveUpRef(container, AtZero::kLive); }
+void DropContainerRef(KAPContainer& container) noexcept {
+  const unsigned slot = container.fType->fSlot;
+  MustDestroy(container, slot, container.fCount.DropAndKeep());
+}
 
 void DeleteUnownedContainer(KAPContainer& container) noexcept {
-  const int before =
-      Update(container.fCount, [](int count) { return count == 0 ? kDying : count; });
-  if (before != 0) return;
+  if (container.fCount.IsDead()) ReportDead(&container, "release");
+  if (!container.fCount.Claim()) return;
   if (KAPContainer* original = Destroy(container, 0)) ReleaseContainer(*original);
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <vector>
 
+#include "base/RefCount.h"
 #include "containers/ContainerTypes.h"
 #include "kap/KAPTypes.h"
 
@@ -43,16 +43,12 @@ class ContainerEquipment {
   KAPContainer* fOriginal;
 };
 
-// The count while a container is being destroyed: it stays below zero whatever is added to it or
-// subtracted.
-inline constexpr int kDying = -(1 << 30);
-
 }  // namespace KAPHost
 
 // A container record, one allocation. Components read the primary instance and the signature in
 // place.
 struct KAPContainer {
-  std::atomic<int> fCount;
+  KAPHost::RefCount fCount;
   void* fPrimary;
   const char* fSignature;
   const KAPHost::ContainerType* fType;
@@ -61,7 +57,6 @@ struct KAPContainer {
 
 static_assert(offsetof(KAPContainer, fSignature) ==
               offsetof(KAPContainer, fPrimary) + sizeof(void*));
-static_assert(sizeof(std::atomic<int>) == sizeof(int));
 
 namespace KAPHost {
 

@@ -3,20 +3,23 @@
 #include <new>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "accounting/Accounting.h"
 #include "atoms/AtomTable.h"
 #include "base/Counting.h"
 #include "base/IntrusiveList.h"
+#include "base/RefCount.h"
 #include "base/Reports.h"
 #include "binder/Registration.h"
+#include "checks/Quarantine.h"
 #include "errors/Errors.h"
 #include "kap/KAPErrorInterface.h"
 
 // The errors, and the procedures of KAPErrorInterface.
 
 struct KAPError {
-  std::atomic<long> fCount{1};
+  KAPHost::RefCount fCount = {};
   const char* fCoreMessage = nullptr;  // of a core error, which lives forever
   KAPStringAtom* fMessage = nullptr;
   KAPStringAtom* fComponent = nullptr;
@@ -74,20 +77,37 @@ KAPError* GetCoreError(int id) noexcept { return &gCoreErrors[id == 1 ? 1 : 0]; 
 bool IsCounted(const KAPError* error) { return error && !error->fCoreMessage; }
 
 void AddRef(KAPError* error) noexcept {
-  if (IsCounted(error)) Increment(error->fCount);
+  if (IsCounted(error) && !error->fCount.Add() && error->fCount.IsDead()) {
+    ReportDead(error, "AddRef");
+  }
+}
+
+void FreeRecord(void* error) noexcept { delete static_cast<KAPError*>(error); }
+
+void Destroy(KAPError& error) noexcept {
+  {
+    const ThreadLock lock(gErrorMutex);
+    gErrors.Remove(error);
+  }
+  if (error.fFreeClientData) error.fFreeClientData(error.fClientData);
+  KAPStringAtom* const message = std::exchange(error.fMessage, nullptr);
+  KAPStringAtom* const component = std::exchange(error.fComponent, nullptr);
+  error.fClientData = nullptr;
+  error.fCount.Bury();
+  if (!KeepDead(&error, &FreeRecord, "error", message ? message->Text() : nullptr)) {
+    FreeRecord(&error);
+  }
+  gAtoms.Release(message);
+  gAtoms.Release(component);
 }
 
 // Without a host, the component whose procedure frees the client data may be unloaded as well.
 void Release(KAPError* error) noexcept {
-  if (!IsCounted(error) || IsClosed() || Decrement(error->fCount) != 0) return;
-  {
-    const ThreadLock lock(gErrorMutex);
-    gErrors.Remove(*error);
-  }
-  if (error->fFreeClientData) error->fFreeClientData(error->fClientData);
-  gAtoms.Release(error->fMessage);
-  gAtoms.Release(error->fComponent);
-  delete error;
+  if (!IsCounted(error) || IsClosed()) return;
+  const RefCount::Release found = error->fCount.Drop();
+  if (found == RefCount::Release::kLast) Destroy(*error);
+  if (found == RefCount::Release::kDestroyed && error->fCount.IsDead())
+    ReportDead(error, "release");
 }
 
 // Returns a new reference to the text. A core error makes its texts on first use and keeps them.
@@ -165,8 +185,7 @@ template <>
 void AddNamed<KAPResource::kError>(Snapshot& snapshot) {
   const std::lock_guard lock(gErrorMutex);
   gErrors.ForEach([&](KAPError& error) {
-    snapshot.Add(KAPResource::kError, View(error.fMessage),
-                 {1, error.fCount.load(std::memory_order_relaxed)});
+    snapshot.Add(KAPResource::kError, View(error.fMessage), {1, error.fCount.Get()});
     LeaveOutTexts(snapshot, error);
   });
   for (KAPError& error : gCoreErrors) LeaveOutTexts(snapshot, error);

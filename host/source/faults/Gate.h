@@ -10,8 +10,8 @@ namespace KAPHost {
 using KAP_T_MT::KAPFault;
 
 // One word that every call reads which can fail on purpose. It is zero in everyday use, when a host
-// lives, injects no faults and logs nothing: the rules cost nothing then.
-enum GateBits : unsigned { kGateClosed = 1, kGateArmed = 2, kGateLogging = 4 };
+// lives, injects no faults, logs nothing and checks nothing: all of that costs nothing then.
+enum GateBits : unsigned { kGateClosed = 1, kGateArmed = 2, kGateLogging = 4, kGateChecking = 8 };
 
 extern constinit std::atomic<unsigned> gGate;
 

@@ -41,6 +41,7 @@ void SetCurrent(HostState* state) noexcept {
   gCurrent<Binder> = state ? &state->fBinder : nullptr;
   gCurrent<Reports> = state ? &state->fReports : nullptr;
   gCurrent<StreamLog> = state ? &state->fStreamLog : nullptr;
+  gCurrent<Quarantine> = state ? &state->fQuarantine : nullptr;
   gCurrent<ClientPurges> = state ? &state->fClientPurges : nullptr;
 }
 
@@ -62,7 +63,7 @@ HostState::HostState(HostOptions options)
   KAP_T_MT::KAPHostInterfaceSet::ForEach(
       [&]<class Interface>() { RegisterService<Interface>(fBinder); });
   SetCurrent(this);
-  gGate.store(0);
+  gGate.store(options.fChecks ? unsigned{kGateChecking} : 0);
 }
 
 HostState::~HostState() {

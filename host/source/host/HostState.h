@@ -3,6 +3,7 @@
 #include "base/Reports.h"
 #include "binder/Binder.h"
 #include "caches/ClientPurges.h"
+#include "checks/Quarantine.h"
 #include "faults/FaultRules.h"
 #include "kaphost/Host.h"
 #include "streams/StreamLog.h"
@@ -41,6 +42,7 @@ class HostState {
   Reports fReports;
   StreamLog fStreamLog;
   ClientPurges fClientPurges;
+  Quarantine fQuarantine;
 
  private:
   const std::function<void(const Snapshot&)> fOnLeak;

@@ -1,9 +1,8 @@
-#include <atomic>
 #include <cstdlib>
 #include <new>
 
 #include "accounting/Accounting.h"
-#include "base/Counting.h"
+#include "base/RefCount.h"
 #include "binder/Registration.h"
 #include "faults/Gate.h"
 #include "kap/KAPSharedBuffInterface.h"
@@ -13,7 +12,7 @@
 
 // A buffer record. Storage of the host follows it in the same allocation.
 struct KAPSharedBuffer {
-  std::atomic<long> fCount;
+  KAPHost::RefCount fCount;
   std::size_t fSize;
   void* fData;
   KAPDeleteProc fDelete;
@@ -34,20 +33,20 @@ KAPSharedBuffer* NewBuffer(std::size_t size, void* data, KAPDeleteProc deletePro
   Count(KAPResource::kBuffer, 1, static_cast<long>(size));
   if (!data) {
     void* const storageStart = static_cast<unsigned char*>(block) + sizeof(KAPSharedBuffer);
-    return new (block) KAPSharedBuffer{1, size, storageStart, nullptr};
+    return new (block) KAPSharedBuffer{{}, size, storageStart, nullptr};
   }
-  return new (block) KAPSharedBuffer{1, size, data, deleteProc};
+  return new (block) KAPSharedBuffer{{}, size, data, deleteProc};
 }
 
 void AddRef(KAPSharedBuffer* buffer) noexcept {
-  if (buffer) Increment(buffer->fCount);
+  if (buffer) buffer->fCount.Add();
 }
 
 // Without a host, the component whose procedure deletes the data may be unloaded as well.
 void Release(KAPSharedBuffer* buffer) noexcept {
-  if (!buffer || IsClosed() || Decrement(buffer->fCount) != 0) return;
+  if (!buffer || IsClosed() || buffer->fCount.Drop() != RefCount::Release::kLast) return;
   if (buffer->fDelete) buffer->fDelete(buffer->fData);
-  Count(KAPResource::kBuffer, -1, -static_cast<long>(buffer->fSize));
+  Count(KAPResource::kBuffer, -1, static_cast<long>(0 - buffer->fSize));
   std::free(buffer);
 }
 

@@ -1,20 +1,22 @@
 #include "receivers/DataSink.h"
 
 #include "accounting/Accounting.h"
-#include "base/Counting.h"
 #include "errors/Errors.h"
 
 namespace KAPHost {
 
-void AddSinkRef(KAPDataSink& sink) noexcept { Increment(sink.fCount); }
-
-void ReleaseSink(KAPDataSink* sink) noexcept {
-  while (sink && Decrement(sink->fCount) == 0) {
-    KAPDataSink* const target = sink->TakeTarget();
+bool ReleaseSink(KAPDataSink& sink) noexcept {
+  RefCount::Release found = sink.fCount.Drop();
+  const bool released = found == RefCount::Release::kReleased || found == RefCount::Release::kLast;
+  for (KAPDataSink* dying = &sink; found == RefCount::Release::kLast;) {
+    KAPDataSink* const target = dying->TakeTarget();
     Count(KAPResource::kSink, -1, 0);
-    delete sink;
-    sink = target;
+    delete dying;
+    if (!target) break;
+    dying = target;
+    found = target->fCount.Drop();
   }
+  return released;
 }
 
 SinkClient::~SinkClient() { ReportError(fDelete(fClient)); }

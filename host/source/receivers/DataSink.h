@@ -1,8 +1,8 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 
+#include "base/RefCount.h"
 #include "kap/KAPFilterInterface.h"
 
 // A sink of the host. Its callers check arguments.
@@ -18,7 +18,7 @@ struct KAPDataSink {
   // The target and its reference, which the caller now owns; null when there is none.
   virtual KAPDataSink* TakeTarget() noexcept { return nullptr; }
 
-  std::atomic<long> fCount{1};
+  KAPHost::RefCount fCount;
 
  protected:
   KAPDataSink() = default;
@@ -26,9 +26,9 @@ struct KAPDataSink {
 
 namespace KAPHost {
 
-void AddSinkRef(KAPDataSink& sink) noexcept;
-// Ignores null. A loop: filters form chains of any length.
-void ReleaseSink(KAPDataSink* sink) noexcept;
+// False when there was no reference to release: the sink is being destroyed. A loop: filters form
+// chains of any length.
+bool ReleaseSink(KAPDataSink& sink) noexcept;
 
 // Discards its bytes.
 class NullSink final : public KAPDataSink {

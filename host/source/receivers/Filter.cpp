@@ -6,9 +6,10 @@
 
 namespace KAPHost {
 
-Filter::Filter(KAPDataSink& target) noexcept : fTarget(&target) { AddSinkRef(target); }
-
-Filter::~Filter() { ReleaseSink(fTarget); }
+// A filter that loses its last reference has given its target away before.
+Filter::~Filter() {
+  if (fTarget) ReleaseSink(*fTarget);
+}
 
 KAPDataSink* Filter::TakeTarget() noexcept { return std::exchange(fTarget, nullptr); }
 
@@ -20,8 +21,9 @@ KAPError* Filter::SetTarget(KAPDataSink& target) noexcept {
   for (auto* next = dynamic_cast<Filter*>(&target); next; next = next->Next()) {
     if (next == this) return MakeError("a filter cannot be its own target");
   }
-  AddSinkRef(target);
-  ReleaseSink(std::exchange(fTarget, &target));
+  if (!target.fCount.Add()) return MakeError("the target is being destroyed");
+  KAPDataSink* const former = std::exchange(fTarget, &target);
+  if (former) ReleaseSink(*former);
   return nullptr;
 }
 

@@ -9,14 +9,16 @@ namespace KAPHost {
 // it as targets, up to the first sink that is not a filter.
 class Filter : public KAPDataSink {
  public:
-  explicit Filter(KAPDataSink& target) noexcept;
+  // Takes over a reference to the target.
+  explicit Filter(KAPDataSink& target) noexcept : fTarget(&target) {}
   ~Filter() override;
 
   KAPError* Write(const unsigned char* data, std::size_t count) noexcept final;
   KAPDataSink* TakeTarget() noexcept final;
 
   KAPDataSink* Target() const noexcept { return fTarget; }
-  // An error when the filter would become its own target, directly or through others.
+  // An error when the filter would become its own target, directly or through others, and when the
+  // target is being destroyed.
   KAPError* SetTarget(KAPDataSink& target) noexcept;
 
   // A no-op on a closed filter. After an error the filter is open.

@@ -31,20 +31,29 @@ KAPError* NewClientDataSink(KAPDataSink** out, void* client, KAPSinkWriteProc wr
   return New<ClientSink>(out, client, write, deleteClient);
 }
 
+// Makes a filter with one reference, which holds one to the target.
+template <class Kind, class... Args>
+KAPError* NewFilter(KAPDataSink** out, KAPDataSink& target, Args&&... args) noexcept {
+  if (!target.fCount.Add()) return MakeError("the target is being destroyed");
+  KAPError* const error = New<Kind>(out, target, args...);
+  if (error) ReleaseSink(target);
+  return error;
+}
+
 KAPError* NewIdentityFilter(KAPDataSink** out, KAPDataSink* target) noexcept {
   if (!target) return InvalidArgument();
-  return New<IdentityFilter>(out, *target);
+  return NewFilter<IdentityFilter>(out, *target);
 }
 
 bool IsComplete(const ClientFilterProcs& procs) noexcept {
   return procs.fWrite && procs.fDelete && procs.fClose && procs.fGetVellumcodeFilter;
 }
 
-template <class Sink>
+template <class Kind>
 KAPError* NewOfClient(KAPDataSink** out, KAPDataSink* target, void* client,
                       const ClientFilterProcs& procs) noexcept {
   if (!target || !client || !IsComplete(procs)) return InvalidArgument();
-  return New<Sink>(out, *target, client, procs);
+  return NewFilter<Kind>(out, *target, client, procs);
 }
 
 KAPError* NewClientFilter(KAPDataSink** out, KAPDataSink* target, void* client,
@@ -68,16 +77,12 @@ KAPError* NewFilterJPEG(KAPDataSink** out, KAPDataSink* target, void* client,
 }
 
 void AddRef(KAPDataSink* sink) noexcept {
-  if (!sink) return;
-  AddSinkRef(*sink);
-  Count(KAPResource::kSink, 0, 1);
+  if (sink && sink->fCount.Add()) Count(KAPResource::kSink, 0, 1);
 }
 
 // Without a host, the component whose procedure deletes the object may be unloaded as well.
 void Release(KAPDataSink* sink) noexcept {
-  if (!sink || IsClosed()) return;
-  Count(KAPResource::kSink, 0, -1);
-  ReleaseSink(sink);
+  if (sink && !IsClosed() && ReleaseSink(*sink)) Count(KAPResource::kSink, 0, -1);
 }
 
 KAPError* Write(KAPDataSink* sink, const unsigned char* data, std::size_t count) noexcept {

@@ -1,8 +1,7 @@
-#include <atomic>
 #include <new>
 
 #include "accounting/Accounting.h"
-#include "base/Counting.h"
+#include "base/RefCount.h"
 #include "binder/Registration.h"
 #include "errors/Errors.h"
 #include "faults/Gate.h"
@@ -15,7 +14,7 @@ struct KAPProgress {
   void* const fClient = nullptr;
   const KAP_T_MT::KAPProgressUpdateProc fUpdate = nullptr;
   const KAP_T_MT::KAPProgressDeleteProc fDelete = nullptr;
-  std::atomic<long> fCount{1};
+  KAPHost::RefCount fCount = {};
 };
 
 namespace KAPHost {
@@ -41,17 +40,16 @@ KAPProgress* NewClientProgress(void* client, KAPProgressUpdateProc update,
 }
 
 void AddRef(KAPProgress* progress) noexcept {
-  if (!progress) return;
-  Increment(progress->fCount);
-  Count(KAPResource::kProgress, 0, 1);
+  if (progress && progress->fCount.Add()) Count(KAPResource::kProgress, 0, 1);
 }
 
 // Without a host, the component whose procedure deletes the object may be unloaded as well.
 void Release(KAPProgress* progress) noexcept {
   if (!progress || IsClosed()) return;
-  Count(KAPResource::kProgress, 0, -1);
-  if (Decrement(progress->fCount) != 0) return;
-  Count(KAPResource::kProgress, -1, 0);
+  const RefCount::Release found = progress->fCount.Drop();
+  if (found == RefCount::Release::kReleased) Count(KAPResource::kProgress, 0, -1);
+  if (found != RefCount::Release::kLast) return;
+  Count(KAPResource::kProgress, -1, -1);
   if (progress->fDelete) ReportError(progress->fDelete(progress->fClient));
   delete progress;
 }

@@ -109,6 +109,7 @@ KAPError* OpenFile::Write(std::size_t& outCount, long position, const unsigned c
                          : ::write(fDescriptor, bytes + outCount, count - outCount);
     });
     if (written == -1) return MakeError("write", errno);
+    if (written == 0) return MakeError("write", EIO);  // a device that takes nothing, for ever
     outCount += static_cast<std::size_t>(written);
   }
   return nullptr;

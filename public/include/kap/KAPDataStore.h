@@ -48,39 +48,43 @@ class CKAPSizedDataStoreTerminate : public TDelVTabList<KAPSizedDataStoreInterfa
 class CKAPDataBlockStreamTerminate : public TDelVTabList<KAPDataBlockStreamInterface> {};
 
 // A reference to a store that can be read at any offset.
-class CKAPDataStore : public KAPContainerBaseGeneric {
+class CKAPDataStore : public TKAPTypedContainer<CKAPDataStore, KAPContainerBaseGeneric> {
  public:
-  explicit CKAPDataStore(KAPDataStore* handle);         // adds a reference
-  CKAPDataStore(KAPDataStore* handle, KAPAdopt adopt);  // takes the reference over
+  using TKAPTypedContainer::TKAPTypedContainer;
 
   // The text from `offset` (in bytes) on, as far as the store keeps it in one piece. The store
   // decides whether an offset past the end is an error.
   CKAPDataBlockPtr GetBlock(std::size_t offset);
+
+  static void CheckMethods(KAPDataStore* handle) { fTerm.InitVTab(handle); }
 
  private:
   static constinit CKAPDataStoreTerminate fTerm;
 };
 
 // A reference to a store that also knows its size.
-class CKAPSizedDataStore : public CKAPDataStore {
+class CKAPSizedDataStore : public TKAPTypedContainer<CKAPSizedDataStore, CKAPDataStore> {
  public:
-  explicit CKAPSizedDataStore(KAPDataStore* handle);
-  CKAPSizedDataStore(KAPDataStore* handle, KAPAdopt adopt);
+  using TKAPTypedContainer::TKAPTypedContainer;
 
   std::size_t GetSize();  // in bytes
+
+  static void CheckMethods(KAPDataStore* handle) { fSizedTerm.InitVTab(handle); }
 
  private:
   static constinit CKAPSizedDataStoreTerminate fSizedTerm;
 };
 
 // A reference to a sequence of blocks.
-class CKAPDataBlockStream : public KAPContainerBaseGeneric {
+class CKAPDataBlockStream
+    : public TKAPTypedContainer<CKAPDataBlockStream, KAPContainerBaseGeneric> {
  public:
-  explicit CKAPDataBlockStream(KAPDataBlockStream* handle);
-  CKAPDataBlockStream(KAPDataBlockStream* handle, KAPAdopt adopt);
+  using TKAPTypedContainer::TKAPTypedContainer;
 
   CKAPDataBlockPtr GetNextBlock();  // an empty block at the end
   void Rewind();                    // the first block is next
+
+  static void CheckMethods(KAPDataBlockStream* handle) { fTerm.InitVTab(handle); }
 
  private:
   static constinit CKAPDataBlockStreamTerminate fTerm;

@@ -150,4 +150,21 @@ class TDelVTabList : public KAPVTabListGeneric {
   }
 };
 
+// The constructors of a typed container wrapper. Each checks that the container has the wrapper's
+// methods, so a handle of another kind is refused where it is wrapped, not where it is first used.
+// `Wrapper` derives from it and has a static CheckMethods(handle) that throws; `Base` is
+// KAPContainerBaseGeneric, or the wrapper whose methods `Wrapper` adds to.
+template <class Wrapper, class Base>
+class TKAPTypedContainer : public Base {
+ public:
+  // Adds a reference.
+  explicit TKAPTypedContainer(KAPContainer* handle) : Base(handle) {
+    Wrapper::CheckMethods(handle);
+  }
+  // Adopts the reference, and releases it when the check throws.
+  TKAPTypedContainer(KAPContainer* handle, KAPAdopt adopt) : Base(handle, adopt) {
+    Wrapper::CheckMethods(handle);
+  }
+};
+
 }  // namespace KAP_T_MT

@@ -30,10 +30,9 @@ class CKAPRewindableStreamTerminate : public TDelVTabList<KAPRewindableStreamInt
 class CKAPPositionableStreamTerminate : public TDelVTabList<KAPPositionableStreamInterface> {};
 
 // A reference to a stream that reads and writes.
-class CKAPSimpleStream : public KAPContainerBaseGeneric {
+class CKAPSimpleStream : public TKAPTypedContainer<CKAPSimpleStream, KAPContainerBaseGeneric> {
  public:
-  explicit CKAPSimpleStream(KAPSimpleStream* handle);         // adds a reference
-  CKAPSimpleStream(KAPSimpleStream* handle, KAPAdopt adopt);  // takes the reference over
+  using TKAPTypedContainer::TKAPTypedContainer;
 
   // Reads up to `size` bytes and returns how many; 0 at the end of the input, which is not an
   // error. Fewer than `size` do not mean that the end is reached. CKAPError "a stream returned more
@@ -42,38 +41,43 @@ class CKAPSimpleStream : public KAPContainerBaseGeneric {
   // Writes all `size` bytes. After an error an unknown part of them is written.
   void Write(const unsigned char* buffer, std::size_t size);
 
+  static void CheckMethods(KAPSimpleStream* handle) { fSimpleTerm.InitVTab(handle); }
+
  private:
   static constinit CKAPSimpleStreamTerminate fSimpleTerm;
 };
 
 // A reference to a stream that also moves to its start.
-class CKAPRewindableStream : public CKAPSimpleStream {
+class CKAPRewindableStream : public TKAPTypedContainer<CKAPRewindableStream, CKAPSimpleStream> {
  public:
-  explicit CKAPRewindableStream(KAPRewindableStream* handle);
-  CKAPRewindableStream(KAPRewindableStream* handle, KAPAdopt adopt);
+  using TKAPTypedContainer::TKAPTypedContainer;
 
   // A new stream over the same data with a position of its own.
   CKAPRewindableStream CreateIndependentlyRewindableStream();
   void Rewind();
+
+  static void CheckMethods(KAPRewindableStream* handle) { fRewindableTerm.InitVTab(handle); }
 
  private:
   static constinit CKAPRewindableStreamTerminate fRewindableTerm;
 };
 
 // A reference to a stream that also moves anywhere.
-class CKAPPositionableStream : public CKAPRewindableStream {
+class CKAPPositionableStream
+    : public TKAPTypedContainer<CKAPPositionableStream, CKAPRewindableStream> {
  public:
+  using TKAPTypedContainer::TKAPTypedContainer;
   // A new, empty memory stream, and a new stream over a file, with a mode of fopen. Without a
   // stream factory: CKAPError "invalid container".
   CKAPPositionableStream();
   CKAPPositionableStream(const char* path, const char* mode);
-  explicit CKAPPositionableStream(KAPPositionableStream* handle);
-  CKAPPositionableStream(KAPPositionableStream* handle, KAPAdopt adopt);
 
   // A new stream over the same data with a position of its own.
   CKAPPositionableStream CreateIndependentlyPositionableStream();
   long Mark();                         // the position, in bytes from the start
   void Seek(long offset, int origin);  // `origin`: a KAPSeekOrigin
+
+  static void CheckMethods(KAPPositionableStream* handle) { fPositionableTerm.InitVTab(handle); }
 
  private:
   static constinit CKAPPositionableStreamTerminate fPositionableTerm;

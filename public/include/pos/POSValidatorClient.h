@@ -20,10 +20,9 @@ class CPOSValidatorTerminate : public TDelVTabList<POSValidatorInterface> {};
 // Errors: CKAPError "invalid container" for a handle that is null or offers no validator's methods,
 //   and when the host refuses a reference.
 // Threads: see POSValidatorInterfaces.h.
-class CPOSValidator : public KAPContainerBaseGeneric {
+class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseGeneric> {
  public:
-  explicit CPOSValidator(POSValidator* handle);         // adds a reference
-  CPOSValidator(POSValidator* handle, KAPAdopt adopt);  // adopts the reference of the caller
+  using TKAPTypedContainer::TKAPTypedContainer;
 
   // Whether the object complies with the type. If not, `message`, unless null, is called for each
   // reason. False also, with a report of the validator, when the check could not be made.
@@ -32,6 +31,8 @@ class CPOSValidator : public KAPContainerBaseGeneric {
   bool Validate(const CPOSObject& object, const char* typeName, POSMessageProc message) const {
     return Validate(object, CKAPStringAtom(typeName), message);
   }
+
+  static void CheckMethods(POSValidator* handle) { fTerm.InitVTab(handle); }
 
  private:
   static constinit CPOSValidatorTerminate fTerm;

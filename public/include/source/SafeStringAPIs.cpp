@@ -93,7 +93,7 @@ int WriteSigned(Value value, char* buffer, std::size_t size, int radix) {
 }  // namespace
 
 std::size_t strnlen_safe(const char* text, std::size_t maximum) {
-  return !text ? 0 : strnlen(text, maximum);
+  return text ? strnlen(text, maximum) : 0;
 }
 
 void strcpy_safe(char* destination, std::size_t size, const char* source) {
@@ -147,7 +147,7 @@ int printf_safe(const char* format, ...) {
 }
 
 int vprintf_safe(const char* format, std::va_list arguments) {
-  return !format ? kInvalid : std::vprintf(format, arguments);
+  return format ? std::vprintf(format, arguments) : kInvalid;
 }
 
 int wprintf_safe(const wchar_t* format, ...) {
@@ -159,7 +159,7 @@ int wprintf_safe(const wchar_t* format, ...) {
 }
 
 int vwprintf_safe(const wchar_t* format, std::va_list arguments) {
-  return !format ? kInvalid : std::vwprintf(format, arguments);
+  return format ? std::vwprintf(format, arguments) : kInvalid;
 }
 
 int sprintf_safe(char* buffer, std::size_t size, const char* format, ...) {

@@ -25,6 +25,9 @@ class Library {
   const std::string& Path() const { return fComponent.Path(); }
   int Version() const { return fComponent.Version(); }
 
+  // The host of the library, for its accounting.
+  KAPHost::Host& Host() { return fHost; }
+
   // The reports of the library since the previous call.
   std::vector<std::string> TakeReports() { return fHost.TakeReports(); }
   // Throws Failure with the texts of the reports since the previous call, if there are any. `about`

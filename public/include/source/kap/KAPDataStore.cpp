@@ -20,42 +20,14 @@ CKAPDataBlockPtr Receive(Proc proc, Args... args) {
 
 }  // namespace
 
-CKAPDataStore::CKAPDataStore(KAPDataStore* handle) : KAPContainerBaseGeneric(handle) {
-  fTerm.InitVTab(handle);
-}
-
-CKAPDataStore::CKAPDataStore(KAPDataStore* handle, KAPAdopt adopt)
-    : KAPContainerBaseGeneric(handle, adopt) {
-  fTerm.InitVTab(handle);
-}
-
 CKAPDataBlockPtr CKAPDataStore::GetBlock(std::size_t offset) {
   return Receive(fTerm.Method<"GetBlock">(Handle()), Handle(), offset);
-}
-
-CKAPSizedDataStore::CKAPSizedDataStore(KAPDataStore* handle) : CKAPDataStore(handle) {
-  fSizedTerm.InitVTab(handle);
-}
-
-CKAPSizedDataStore::CKAPSizedDataStore(KAPDataStore* handle, KAPAdopt adopt)
-    : CKAPDataStore(handle, adopt) {
-  fSizedTerm.InitVTab(handle);
 }
 
 std::size_t CKAPSizedDataStore::GetSize() {
   std::size_t size = 0;
   KAPCheck(fSizedTerm.Method<"GetSize">(Handle())(&size, Handle()));
   return size;
-}
-
-CKAPDataBlockStream::CKAPDataBlockStream(KAPDataBlockStream* handle)
-    : KAPContainerBaseGeneric(handle) {
-  fTerm.InitVTab(handle);
-}
-
-CKAPDataBlockStream::CKAPDataBlockStream(KAPDataBlockStream* handle, KAPAdopt adopt)
-    : KAPContainerBaseGeneric(handle, adopt) {
-  fTerm.InitVTab(handle);
 }
 
 CKAPDataBlockPtr CKAPDataBlockStream::GetNextBlock() {

@@ -9,15 +9,6 @@ constinit CKAPSimpleStreamTerminate CKAPSimpleStream::fSimpleTerm;
 constinit CKAPRewindableStreamTerminate CKAPRewindableStream::fRewindableTerm;
 constinit CKAPPositionableStreamTerminate CKAPPositionableStream::fPositionableTerm;
 
-CKAPSimpleStream::CKAPSimpleStream(KAPSimpleStream* handle) : KAPContainerBaseGeneric(handle) {
-  fSimpleTerm.InitVTab(handle);
-}
-
-CKAPSimpleStream::CKAPSimpleStream(KAPSimpleStream* handle, KAPAdopt adopt)
-    : KAPContainerBaseGeneric(handle, adopt) {
-  fSimpleTerm.InitVTab(handle);
-}
-
 std::size_t CKAPSimpleStream::Read(unsigned char* buffer, std::size_t size) {
   std::size_t count = 0;
   KAPCheck(fSimpleTerm.Method<"Read">(Handle())(&count, Handle(), buffer, size));
@@ -27,15 +18,6 @@ std::size_t CKAPSimpleStream::Read(unsigned char* buffer, std::size_t size) {
 
 void CKAPSimpleStream::Write(const unsigned char* buffer, std::size_t size) {
   KAPCheck(fSimpleTerm.Method<"Write">(Handle())(Handle(), buffer, size));
-}
-
-CKAPRewindableStream::CKAPRewindableStream(KAPRewindableStream* handle) : CKAPSimpleStream(handle) {
-  fRewindableTerm.InitVTab(handle);
-}
-
-CKAPRewindableStream::CKAPRewindableStream(KAPRewindableStream* handle, KAPAdopt adopt)
-    : CKAPSimpleStream(handle, adopt) {
-  fRewindableTerm.InitVTab(handle);
 }
 
 CKAPRewindableStream CKAPRewindableStream::CreateIndependentlyRewindableStream() {
@@ -54,16 +36,6 @@ CKAPPositionableStream::CKAPPositionableStream()
 
 CKAPPositionableStream::CKAPPositionableStream(const char* path, const char* mode)
     : CKAPPositionableStream(CKAPStreamFactory::NewPositionableFileStream(path, mode), KAPAdopt()) {
-}
-
-CKAPPositionableStream::CKAPPositionableStream(KAPPositionableStream* handle)
-    : CKAPRewindableStream(handle) {
-  fPositionableTerm.InitVTab(handle);
-}
-
-CKAPPositionableStream::CKAPPositionableStream(KAPPositionableStream* handle, KAPAdopt adopt)
-    : CKAPRewindableStream(handle, adopt) {
-  fPositionableTerm.InitVTab(handle);
 }
 
 CKAPPositionableStream CKAPPositionableStream::CreateIndependentlyPositionableStream() {

@@ -10,15 +10,6 @@ using Client = TKAPInterfaceClient<POSStructValidatorInterface>;
 
 constinit CPOSValidatorTerminate CPOSValidator::fTerm;
 
-CPOSValidator::CPOSValidator(POSValidator* handle) : KAPContainerBaseGeneric(handle) {
-  fTerm.InitVTab(handle);
-}
-
-CPOSValidator::CPOSValidator(POSValidator* handle, KAPAdopt adopt)
-    : KAPContainerBaseGeneric(handle, adopt) {
-  fTerm.InitVTab(handle);
-}
-
 bool CPOSValidator::Validate(const CPOSObject& object, const CKAPStringAtom& typeName,
                              POSMessageProc message) const {
   return fTerm.Method<"Validate">(Handle())(Handle(), object.Handle(), typeName.Handle(), message);

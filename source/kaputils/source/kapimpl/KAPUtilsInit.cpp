@@ -1,7 +1,7 @@
 // The three functions that the library exports.
 
 #include "kap/KAPClient.h"
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 #include "posimpl/procs/POSDictImpl.h"
 #include "posimpl/streamer/POSStreamerImpl.h"
@@ -9,29 +9,29 @@
 
 #define KAPUTILS_EXPORT extern "C" [[gnu::visibility("default")]]
 
-// Initialises the library for the host behind the callback: 1 when everything is registered, else
-// 0; also 0, changing nothing, when the library is initialised already. After a failure what was
-// registered stays so until KAPUtilsTerminate, which the host calls then as well. Called from one
-// thread, before anything else of the library.
+// Binds the library to the host that `getProcAddress` belongs to, and registers all interfaces. 1
+// on success, else 0. Deliberate: 0 as well, and nothing changes, when the library is initialised
+// already. After a failure some interfaces may be registered; the host calls KAPUtilsTerminate as
+// after a success. The host calls both from one thread, while no other thread uses the library.
 KAPUTILS_EXPORT int KAPUtilsInitialize(KAPGetProcAddressProc getProcAddress) noexcept;
 
-// Undoes the initialisation; nothing without one. Objects that are still alive stay so, and are
-// destroyed without the host being called. Called from the same thread, after everything else of
-// the library.
+// Undoes KAPUtilsInitialize; a no-op without one. Objects that are still alive remain valid, and
+// are destroyed without a host call.
 KAPUTILS_EXPORT void KAPUtilsTerminate() noexcept;
 
-// 0x10101, at any time.
+// 0x10101. May be called at any time.
 KAPUTILS_EXPORT int KAPUtilsGetVersion() noexcept;
 
 namespace {
 
 constinit bool gInitialized = false;
 
-// The host may be gone by the time static objects are destroyed.
+// Runs at process exit: the host may be gone by then.
 void KillGlobals() noexcept { KAP_T_MT::KAPClientKill(); }
 
-// Once for the process, or until the library is unloaded. A static object's destructor does what
-// std::atexit would, except that ThreadSanitizer calls the latter when the library is gone.
+// Installs the exit hook once, for as long as the library is loaded. A static object's destructor
+// does what std::atexit would, but also works under ThreadSanitizer, which calls procedures of
+// atexit after the library is unloaded.
 void InstallKillGlobals() noexcept {
   static const struct AtExit {
     ~AtExit() { KillGlobals(); }
@@ -42,7 +42,7 @@ bool CreateAtoms() noexcept {
   try {
     KAPUtilsAtoms::Create();
     return true;
-  } catch (...) {  // the result says so: initialisation has no other channel
+  } catch (...) {  // initialisation has no channel but its result
     return false;
   }
 }
@@ -70,7 +70,7 @@ int KAPUtilsInitialize(KAPGetProcAddressProc getProcAddress) noexcept {
     InstallKillGlobals();
     return complete ? 1 : 0;
   } catch (...) {
-    // Deliberately without the exit hook, unlike a step that merely answers false.
+    // Deliberate: no exit hook after an exception, unlike after a step that returns false.
     return 0;
   }
 }
@@ -82,7 +82,7 @@ void KAPUtilsTerminate() noexcept {
     UnregisterAll();
     KAPUtilsAtoms::Destroy();
     KAP_T_MT::KAPClientTerminate();
-  } catch (...) {  // nobody to tell: the host is taking the library down
+  } catch (...) {  // termination has no result, and the host is unloading the library
   }
 }
 

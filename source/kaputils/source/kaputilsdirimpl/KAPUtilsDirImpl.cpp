@@ -3,10 +3,11 @@
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
 
 #include "dir/KAPUtilsDirInterfaces.h"
+#include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kapimpl/FiledObject.h"
-#include "kapimpl/KAPUtilsAtoms.h"
-#include "kapimpl/Required.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
+#include "kapimpl/base/Required.h"
 #include "kaputilsdirimpl/TempFileStream.h"
 #include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
 
@@ -24,7 +25,7 @@ namespace {
 // Deliberate: directories are filed under the names of validators, hence the type is asked as well.
 KAPUtilsDir* Contain(TKAPClientObject<KAPUtilsDirImpl> directory) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAPFiledObject(std::move(directory)), atoms.POSValidatorImpl,
+  return KAPContain(KAPInstanceOwner(std::move(directory)), atoms.POSValidatorImpl,
                     atoms.POSValidatorInterface, &DeleteKAPUtilsDirImpl);
 }
 

@@ -4,8 +4,8 @@
 
 #include "SafeStringAPIs.h"
 #include "kap/TOQException.h"
-#include "kapimpl/FiledObject.h"
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
 #include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
 
 namespace NKAPUtilsDirImpl {

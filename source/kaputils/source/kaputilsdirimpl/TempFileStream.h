@@ -2,7 +2,7 @@
 
 #include "kap/KAPClientStream.h"
 #include "kap/TOQWaitMutex.h"
-#include "kapimpl/Finishing.h"
+#include "kapimpl/base/Finishing.h"
 #include "kaputilsdirimpl/TempFile.h"
 
 namespace NKAPUtilsDirImpl {

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <utility>
+#include <vector>
 
 #include "base/Failure.h"
 #include "base/Printable.h"
@@ -18,12 +19,11 @@ std::vector<std::string> Names() {
   return names;
 }
 
-template <class Format>
 void DeclareFormat(CLI::App& options, const char* name, std::string& format,
-                   const std::string& description) {
+                   const std::string& description, const std::vector<std::string>& names) {
   options.add_option(name, format, description)
-      ->check(CLI::IsMember(Names<Format>()))
-      ->option_text(CLI::detail::join(Names<Format>(), "|"));
+      ->check(CLI::IsMember(names))
+      ->option_text(CLI::detail::join(names, "|"));
 }
 
 std::string ListOfEndings() {
@@ -61,17 +61,20 @@ class CheckedDocuments final : public Documents {
 }  // namespace
 
 void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file) {
-  DeclareFormat<Reader>(
+  DeclareFormat(
       options, option, format,
-      "Format of " + std::string(file) + "; default: by its ending (" + ListOfEndings() + ")");
+      "Format of " + std::string(file) + "; default: by its ending (" + ListOfEndings() + ")",
+      Names<Reader>());
 }
 
 void DeclareTo(CLI::App& options, std::string& format, const char* description) {
-  DeclareFormat<Writer>(options, "--to", format, description);
+  DeclareFormat(options, "--to", format, description, Names<Writer>());
 }
 
 void DeclareToOfFile(CLI::App& options, std::string& format, const char* description) {
-  DeclareFormat<Reader>(options, "--to", format, description);
+  std::vector<std::string> names = Names<Reader>();
+  std::erase_if(names, [](const std::string& name) { return !FindFormat<Writer>(name); });
+  DeclareFormat(options, "--to", format, description, names);
 }
 
 const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option) {

@@ -1,6 +1,6 @@
 #include "posimpl/base/BaseObject.h"
 
-#include "kapimpl/FiledObject.h"
+#include "kapimpl/base/ContainedObject.h"
 
 namespace NPOSObjectImpl {
 

@@ -8,7 +8,7 @@
 
 #include "kap/KAPClientBase.h"
 #include "kap/KAPContainer.h"
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
 #include "pos/POSException.h"
 #include "pos/POSObject.h"
 

@@ -29,7 +29,7 @@ class HoldingObject::Releases {
   void Apart(Body body) noexcept {
     const NestingLevel level;
     if (level.Fits()) {
-      const Releases outside = std::exchange(*this, Releases(RoundsThatFit(level)));
+      const Releases outside = std::exchange(*this, Releases(RoundsThatFit()));
       body();
       *this = outside;  // nothing is filed any more: the outermost round of `body` has ended
     } else {
@@ -46,8 +46,8 @@ class HoldingObject::Releases {
 
   explicit constexpr Releases(int depthLimit = kMaxDepth) noexcept : fDepthLimit(depthLimit) {}
 
-  static int RoundsThatFit(const NestingLevel& level) noexcept {
-    const unsigned long rounds = level.HowManyFit(kStackOfRound);
+  static int RoundsThatFit() noexcept {
+    const unsigned long rounds = NestingLevel::HowManyFit(kStackOfRound);
     return static_cast<int>(std::clamp<unsigned long>(rounds, 1, kMaxDepth));
   }
 

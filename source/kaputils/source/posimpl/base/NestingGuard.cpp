@@ -81,10 +81,11 @@ NestingLevel::NestingLevel() noexcept : fStack(OnThisThread()) {
 
 NestingLevel::~NestingLevel() { --fStack.fLevels; }
 
-unsigned long NestingLevel::HowManyFit(unsigned long bytesPerLevel) const noexcept {
+unsigned long NestingLevel::HowManyFit(unsigned long bytesPerLevel) noexcept {
+  const ThreadStack& stack = OnThisThread();
   const std::uintptr_t here = Here();
-  if (!fStack.Contains(here) || here < fStack.fLimit) return 0;
-  return (here - fStack.fLimit) / std::max(bytesPerLevel, 1ul);
+  if (!stack.Contains(here) || here < stack.fLimit) return 0;
+  return (here - stack.fLimit) / std::max(bytesPerLevel, 1ul);
 }
 
 void NestingGuard::ThrowTooDeep() {

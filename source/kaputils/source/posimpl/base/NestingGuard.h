@@ -16,8 +16,8 @@ class NestingLevel {
   bool Fits() const noexcept { return fFits; }
 
   // How many further levels fit if each takes so many bytes of stack; 0 where the ends of the stack
-  // cannot be known.
-  unsigned long HowManyFit(unsigned long bytesPerLevel) const noexcept;
+  // cannot be known. For a thread that has entered a level.
+  static unsigned long HowManyFit(unsigned long bytesPerLevel) noexcept;
 
  private:
   struct ThreadStack;

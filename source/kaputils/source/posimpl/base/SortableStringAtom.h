@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "kap/KAPStringAtom.h"
-#include "kapimpl/Required.h"
+#include "kapimpl/base/Required.h"
 
 namespace NPOSObjectImpl {
 

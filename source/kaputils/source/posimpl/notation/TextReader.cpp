@@ -1,6 +1,6 @@
 #include "posimpl/notation/TextReader.h"
 
-#include "kapimpl/Required.h"
+#include "kapimpl/base/Required.h"
 #include "posimpl/base/NestingGuard.h"
 #include "posimpl/base/ObjectKind.h"
 #include "posimpl/objects/Array.h"

@@ -1,7 +1,7 @@
 #include "posimpl/objects/DictIterator.h"
 
-#include "kapimpl/FiledObject.h"
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
 
 namespace NPOSObjectImpl {
 

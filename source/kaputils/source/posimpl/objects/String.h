@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kap/KAPStringAtom.h"
-#include "kapimpl/Required.h"
+#include "kapimpl/base/Required.h"
 #include "posimpl/base/ObjectKind.h"
 
 namespace NPOSObjectImpl {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "kapimpl/Required.h"
+#include "kapimpl/base/Required.h"
 
 namespace NPOSObjectImpl {
 

@@ -5,7 +5,7 @@
 
 #include "kap/KAPSharedBuff.h"
 #include "kap/KAPStream.h"
-#include "kapimpl/Finishing.h"
+#include "kapimpl/base/Finishing.h"
 #include "posimpl/streamer/CharStream.h"
 
 namespace NPOSStreamerImpl::NTypeAImpl {

@@ -6,7 +6,7 @@
 
 #include "kap/KAPSharedBuff.h"
 #include "kap/KAPStream.h"
-#include "kapimpl/Finishing.h"
+#include "kapimpl/base/Finishing.h"
 #include "posimpl/base/BaseObject.h"
 #include "posimpl/base/SortableStringAtom.h"
 #include "posimpl/streamer/CharStream.h"

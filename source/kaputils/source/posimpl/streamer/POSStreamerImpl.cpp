@@ -4,8 +4,8 @@
 
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
-#include "kapimpl/FiledObject.h"
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
 #include "pos/POSStreamerInterfaces.h"
 #include "posimpl/base/BaseObject.h"
 #include "posimpl/streamer/StreamerVersions.h"
@@ -79,7 +79,7 @@ const KAPImpl& StreamerOf(POSStreamer* streamer) {
 
 POSStreamer* NewStreamer() {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAPFiledObject(KAP_T_MT::KAPNewClient<KAPImpl>()), atoms.POSStreamerImpl,
+  return KAPContain(KAPInstanceOwner(KAP_T_MT::KAPNewClient<KAPImpl>()), atoms.POSStreamerImpl,
                     atoms.POSStreamerInterface, &DeletePOSStreamerImpl);
 }
 

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "kap/KAPSharedBuff.h"
-#include "kapimpl/FiledObject.h"
-#include "kapimpl/KAPUtilsAtoms.h"
-#include "kapimpl/Required.h"
+#include "kapimpl/base/ContainedObject.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
+#include "kapimpl/base/Required.h"
 #include "posimpl/base/NestingGuard.h"
 #include "posimpl/validator/Category.h"
 #include "posimpl/validator/MessageText.h"
@@ -28,7 +28,7 @@ StructValidator::StructValidator(CPOSObject schema)
 
 POSValidator* StructValidator::NewContainer(CPOSObject schema) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(KAPFiledObject(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema))),
+  return KAPContain(KAPInstanceOwner(KAP_T_MT::KAPNewClient<StructValidator>(std::move(schema))),
                     atoms.POSValidatorImpl, atoms.POSValidatorInterface, &DeletePOSValidatorImpl);
 }
 

@@ -2,7 +2,8 @@
 
 #include "pos/POSException.h"
 
-// The argument; POSException when it is null.
+// Returns the argument of a procedure; POSException when it is null. Every pointer that crosses the
+// binder and is needed passes through here.
 template <class T>
 T* Required(T* argument) {
   if (!argument) [[unlikely]]

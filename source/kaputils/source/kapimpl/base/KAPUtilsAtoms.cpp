@@ -1,4 +1,4 @@
-#include "kapimpl/KAPUtilsAtoms.h"
+#include "kapimpl/base/KAPUtilsAtoms.h"
 
 #include <utility>
 

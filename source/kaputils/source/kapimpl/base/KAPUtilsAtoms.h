@@ -3,23 +3,26 @@
 #include "kap/KAPMemory.h"
 #include "kap/KAPStringAtom.h"
 
-// The names under which the library files its containers' instances. One object for the whole
-// library, in host memory, from initialisation to termination; read by any thread.
+// The instance and interface names of the library's containers, as atoms. One object for the whole
+// library, in host memory, from initialisation to termination: making a container and checking a
+// handle then need no look-up of a string.
+// Threads: any may read; Create and Destroy belong to the thread that initialises the library.
 class KAPUtilsAtoms : public KAP_T_MT::KAPHostAllocated {
  public:
-  // The shared atoms; null while the library is not initialised.
+  // The atoms; null while the library is not initialised.
   static const KAPUtilsAtoms* Find() noexcept { return fInstAtoms; }
-  // The same; TOQException while the library is not initialised.
+  // The atoms; TOQException while the library is not initialised.
   static const KAPUtilsAtoms& Get() {
     if (!fInstAtoms) [[unlikely]]
       ThrowNotInitialized();
     return *fInstAtoms;
   }
 
-  static void Create();            // keeps those that are there; raises what the host refuses
-  static void Destroy() noexcept;  // in the reverse order of creation
+  // Makes the atoms unless they exist. All or nothing; throws std::bad_alloc when the host refuses.
+  static void Create();
+  static void Destroy() noexcept;
 
-  // In this order: members are made from first to last.
+  // Made in this order, released in the reverse order; hosts can observe both.
   const KAP_T_MT::CKAPStringAtom POSObjectImpl{"POSObjectImpl"};
   const KAP_T_MT::CKAPStringAtom POSObjectInterface{"POSObjectInterface"};
   const KAP_T_MT::CKAPStringAtom POSDictIteratorImpl{"POSDictIteratorImpl"};
@@ -35,5 +38,5 @@ class KAPUtilsAtoms : public KAP_T_MT::KAPHostAllocated {
   KAPUtilsAtoms() = default;
   [[noreturn]] static void ThrowNotInitialized();
 
-  static constinit KAPUtilsAtoms* fInstAtoms;  // null: none
+  static constinit KAPUtilsAtoms* fInstAtoms;
 };

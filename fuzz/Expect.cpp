@@ -1,0 +1,24 @@
+#include "Expect.h"
+
+#include <cstdlib>
+#include <iostream>
+
+void Expect(bool isTrue, const char* what) {
+  if (isTrue) return;
+  std::cerr << "Expectation failed: " << what << '\n';
+  std::abort();
+}
+
+// The first run may fill caches, such as method tables. Only what a second run holds is a leak.
+void ExpectBalanced(KAPHost::Host& host, const std::function<void()>& run) {
+  KAPHost::Snapshot difference;
+  for (int i = 0; i < 2; ++i) {
+    const KAPHost::Snapshot before = host.TakeSnapshot();
+    run();
+    host.TakeReports();
+    difference = host.TakeSnapshot() - before;
+    if (difference.IsEmpty()) return;
+  }
+  std::cerr << difference << '\n';
+  Expect(false, "the accounting is balanced");
+}

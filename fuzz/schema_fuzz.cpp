@@ -1,0 +1,129 @@
+// Schemas in text notation: every check ends, and a second one has the same outcome. The input is a
+// schema, a zero byte and an object.
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Harness.h"
+#include "POSValidator.h"
+
+namespace {
+
+using namespace KAP_T_MT;
+
+// The work grows exponentially with the references between types, by the nature of the language:
+// each of n types can refer twice to the next one. Inputs with more work than this are skipped.
+constexpr double kMaxWork = 20'000;
+constexpr std::size_t kMaxMessages = 200'000;
+constexpr int kMaxDepth = 40;  // of references; the library reports deeper ones
+
+using References = std::map<std::string, std::vector<std::string>>;
+
+// Collects every text that may be the name of a type.
+void CollectTexts(const CPOSObject& object, std::vector<std::string>& texts) {
+  if (const CPOSString string(object, true); string) texts.emplace_back(string.Get());
+  if (const CPOSArray array(object, true); array) {
+    for (unsigned i = 0; i < array.Count(); ++i) CollectTexts(array[i], texts);
+  }
+  if (const CPOSDict dict(object, true); dict) {
+    for (CPOSDictIterator i(dict); !i.IsDone(); i.Next()) {
+      CollectTexts(dict.Get(i.CurKey(), false), texts);
+    }
+  }
+}
+
+References ReferencesOf(const CPOSDict& schema) {
+  References references;
+  for (CPOSDictIterator i(schema); !i.IsDone(); i.Next()) {
+    CollectTexts(schema.Get(i.CurKey(), false), references[i.CurKey()]);
+  }
+  return references;
+}
+
+// The most checks that one check of a type leads to, for each step of the object into its parts.
+double Work(const References& references) {
+  std::map<std::string, double> work;
+  double most = 0;
+  for (int depth = 0; depth < kMaxDepth; ++depth) {
+    std::map<std::string, double> next;
+    for (const auto& [type, texts] : references) {
+      double sum = 1;
+      for (const std::string& text : texts) sum += references.count(text) ? work[text] : 0;
+      next[type] = std::min(sum, 2 * kMaxWork);
+      most = std::max(most, next[type]);
+    }
+    work = std::move(next);
+  }
+  return most;
+}
+
+std::vector<std::string> gMessages;
+
+void Receive(const char* message) {
+  gMessages.emplace_back(message);
+  Expect(gMessages.size() <= kMaxMessages, "a check ends");
+}
+
+struct Outcome {
+  bool fIsValid;
+  std::vector<std::string> fMessages;
+  std::vector<std::string> fReports;
+
+  friend bool operator==(const Outcome&, const Outcome&) = default;
+};
+
+template <class Check>
+Outcome OutcomeOf(Harness& harness, Check check) {
+  gMessages.clear();
+  bool isValid = false;
+  std::vector<std::string> reports;
+  try {
+    isValid = check();
+    reports = harness.TakeReports();
+  } catch (const std::exception& error) {
+    reports = harness.TakeReports();
+    reports.emplace_back(error.what());
+  }
+  Outcome outcome = {isValid, gMessages, reports};
+  Expect(!isValid || (gMessages.empty() && reports.empty()), "a valid object has no message");
+  return outcome;
+}
+
+// The same check again, with and without messages.
+template <class Check>
+void ExpectSteady(Harness& harness, Check check) {
+  const Outcome outcome = OutcomeOf(harness, [&] { return check(&Receive); });
+  Expect(OutcomeOf(harness, [&] { return check(&Receive); }) == outcome, "a check is repeatable");
+  const Outcome quiet = OutcomeOf(harness, [&] { return check(nullptr); });
+  Expect(quiet.fIsValid == outcome.fIsValid && quiet.fReports == outcome.fReports,
+         "messages do not change a check");
+}
+
+CPOSObject Parsed(const std::string& text) {
+  return CPOSObject::CreateFromText(text.c_str(), nullptr);
+}
+
+}  // namespace
+
+KAP_FUZZ_TARGET(input, harness) {
+  const std::size_t end = std::min(input.find('\0'), input.size());
+  const CPOSDict schema(Parsed(std::string(input.substr(0, end))), true);
+  CPOSObject object = Parsed(std::string(input.substr(std::min(end + 1, input.size()))));
+  harness.TakeReports();
+  if (schema.IsNull()) return;
+  if (object.IsNull()) object = schema;
+  const References references = ReferencesOf(schema);
+  if (Work(references) > kMaxWork) return;
+
+  ExpectSteady(harness, [&](POSMessageProc message) {
+    return CPOSStructValidator::ValidateSchema(schema, message);
+  });
+  const CPOSStructValidator validator(schema);
+  for (const auto& [type, texts] : references) {
+    ExpectSteady(harness, [&, name = type](POSMessageProc message) {
+      return validator.Validate(object, name.c_str(), message);
+    });
+  }
+}

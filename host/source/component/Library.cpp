@@ -1,0 +1,119 @@
+#include "component/Library.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <new>
+#include <utility>
+
+#include "base/Current.h"
+#include "base/Reports.h"
+#include "binder/Binder.h"
+#include "kaphost/Component.h"
+
+namespace KAPHost {
+
+namespace {
+
+std::recursive_mutex gLibrariesMutex;  // Open destroys a library that it cannot return
+
+// The live libraries by handle: dlopen returns the same handle for the same file.
+std::map<void*, std::weak_ptr<Library>>& Libraries() {
+  static std::map<void*, std::weak_ptr<Library>> libraries;
+  return libraries;
+}
+
+std::string LastError() {
+  const char* text = dlerror();
+  return text ? text : "unknown reason";
+}
+
+// The addresses that a library takes up.
+struct Span {
+  std::uintptr_t fBegin = ~std::uintptr_t{0};
+  std::uintptr_t fEnd = 0;
+
+  bool Contains(const void* address) const noexcept {
+    const auto value = reinterpret_cast<std::uintptr_t>(address);
+    return fBegin <= value && value < fEnd;
+  }
+};
+
+Span SpanOf(void* handle) noexcept {
+  struct Search {
+    const link_map* fLibrary = nullptr;
+    Span fSpan;
+  } search;
+  link_map* library = nullptr;
+  if (dlinfo(handle, RTLD_DI_LINKMAP, &library) != 0) return {};
+  search.fLibrary = library;
+  const auto visit = [](dl_phdr_info* info, std::size_t, void* data) {
+    auto& [wanted, span] = *static_cast<Search*>(data);
+    if (info->dlpi_addr != wanted->l_addr) return 0;
+    for (int i = 0; i < info->dlpi_phnum; ++i) {
+      const auto& segment = info->dlpi_phdr[i];
+      if (segment.p_type != PT_LOAD) continue;
+      const std::uintptr_t begin = info->dlpi_addr + segment.p_vaddr;
+      span.fBegin = std::min(span.fBegin, begin);
+      span.fEnd = std::max(span.fEnd, begin + segment.p_memsz);
+    }
+    return 1;
+  };
+  dl_iterate_phdr(visit, &search);
+  return search.fSpan;
+}
+
+}  // namespace
+
+void Library::Close::operator()(void* handle) const noexcept { dlclose(handle); }
+
+std::shared_ptr<Library> Library::Open(const std::string& path, const std::string& component) {
+  Handle handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
+  if (!handle) throw LoadError("cannot load \"" + path + "\": " + LastError());
+  const std::lock_guard lock(gLibrariesMutex);
+  std::weak_ptr<Library>& known = Libraries()[handle.get()];
+  if (auto library = known.lock()) return library;
+  std::unique_ptr<Library> made(new Library(std::move(handle), path, component));
+  std::shared_ptr<Library> library(std::move(made));
+  known = library;
+  return library;
+}
+
+Library::~Library() {
+  {
+    const std::lock_guard lock(gLibrariesMutex);
+    const auto known = Libraries().find(fHandle.get());
+    if (known != Libraries().end() && known->second.expired()) Libraries().erase(known);
+  }
+  if (UnregisterProcs()) static_cast<void>(fHandle.release());
+}
+
+void* Library::Find(const std::string& symbol) const {
+  return dlsym(fHandle.get(), symbol.c_str());
+}
+
+// True when there were any, or there is no memory to tell. The addresses are found beforehand: the
+// dynamic loader has a lock of its own, under which a library's constructors may look procedures up.
+bool Library::UnregisterProcs() const noexcept {
+  Binder* const binder = Current<Binder>();
+  if (!binder) return false;
+  const Span span = SpanOf(fHandle.get());
+  try {
+    const auto interfaces =
+        binder->UnregisterIf([&](const void* proc) { return span.Contains(proc); });
+    for (const std::string& name : interfaces) {
+      const std::string message = "KAP host: " + fComponent + " (\"" + fPath +
+                                  "\") was unloaded while \"" + name + "\" was registered";
+      Report(message.c_str());
+    }
+    return !interfaces.empty();
+  } catch (const std::bad_alloc&) {
+    return true;
+  }
+}
+
+}  // namespace KAPHost
