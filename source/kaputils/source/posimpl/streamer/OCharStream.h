@@ -79,8 +79,8 @@ class OCharStream final : public CharStream {
 };
 
 // What is being written, for the time of its writing. The stream may be a component's own, and its
-// "Write" may then release the object. That can happen only when the buffer is written, so references
-// are taken then and not before: nearly all objects are written without one.
+// "Write" may then release the object. That can happen only when the buffer is written, so
+// references are taken then and not before: nearly all objects are written without one.
 
 // An array, or a dictionary with the entry at work.
 class ContainerInUse {

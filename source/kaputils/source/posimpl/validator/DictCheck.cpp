@@ -61,9 +61,9 @@ class MembersCheck {
   const Kept<Dict> fOptional;
 };
 
-// Member by member, where a callback may take the one at work out of the dictionary: its name and its
-// value are kept, and the next one is found by the name. Apart from the ordinary loop, which is faster
-// inline.
+// Member by member, where a callback may take the one at work out of the dictionary: its name and
+// its value are kept, and the next one is found by the name. Apart from the ordinary loop, which is
+// faster inline.
 [[gnu::noinline]] ErrorCount CheckAndKeep(const MembersCheck& members, const Dict& dict) {
   ErrorCount count = 0;
   for (const DictEntry* entry = dict.Entries().First(); entry;) {

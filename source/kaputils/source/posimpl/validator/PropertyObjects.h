@@ -41,8 +41,8 @@ static_assert(
     KAP_T_MT::POSCoverEveryKind<Number, String, UnicodeString, BinData, RawPointer, Array, Dict>(),
     "not every kind of property object can be validated");
 
-// The wrapper that says what an object of another kind is not. Only for the kinds that attributes of
-// a schema have.
+// The wrapper that says what an object of another kind is not. Only for the kinds that attributes
+// of a schema have.
 template <class Kind>
 struct TWrapper;
 template <>
