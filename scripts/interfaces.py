@@ -94,12 +94,22 @@ def read_header(path):
     return interfaces
 
 
+def introduction(path):
+    """The comment that a header begins with: the block directly before its namespace opens."""
+    text = path.read_text(encoding="utf-8")
+    position = text.find("\nnamespace")
+    return comment_above(text, len(text[:position].rstrip()) + 1) if position >= 0 else ""
+
+
 def headers(root):
-    """The public headers that declare interfaces, as (path relative to public/include, header)."""
+    """The public headers that declare interfaces or list them, as (path relative to public/include,
+    introduction, interfaces).
+    """
     folder = pathlib.Path(root) / "public" / "include"
     found = []
     for path in sorted(folder.rglob("*.h")):
         interfaces = read_header(path)
-        if interfaces:
-            found.append((path.relative_to(folder), interfaces))
+        is_list = "TKAPInterfaceSet<" in path.read_text(encoding="utf-8")
+        if interfaces or (is_list and path.name != "KAPInterface.h"):
+            found.append((path.relative_to(folder), introduction(path), interfaces))
     return found

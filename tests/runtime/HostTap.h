@@ -10,9 +10,9 @@
 
 using Log = std::vector<std::pair<std::string, std::string>>;
 
-// Stands between a host and its components and writes down what they ask of it: look-ups as
-// (interface, method), calls as (method, texts among its first arguments, with slashes between
-// them). The test's own calls are among them. One at a time, one thread at a time.
+// Stands between a host and its components and records what they ask of it: look-ups as (interface,
+// method), calls as (method, the strings among its first arguments, separated by slashes). The
+// test's own calls are included. One tap at a time, one thread at a time.
 class HostTap {
  public:
   explicit HostTap(KAPHost::Host& host) {
@@ -33,7 +33,7 @@ class HostTap {
   }
   static Log TakeLookUps() { return std::exchange(fLookUps, {}); }
   static Log TakeCalls() { return std::exchange(fCalls, {}); }
-  // The texts that a method was called with; the calls stay in the log.
+  // The strings of the calls of one method; the calls stay in the log.
   static std::vector<std::string> TextsOf(const std::string& method) {
     std::vector<std::string> texts;
     for (const auto& [name, text] : fCalls) {
@@ -42,7 +42,7 @@ class HostTap {
     return texts;
   }
 
-  // From now on whoever asks anything of the host ends the process with status 7.
+  // From now on a look-up or a call of the host ends the process with status 7.
   static void Forbid() { fForbidden = true; }
 
  private:
@@ -72,8 +72,8 @@ class HostTap {
 
   template <class... Args>
   static std::string TextOf(const char* text, Args... rest) {
-    const std::string behind = TextOf(rest...);
-    return (text ? text : "(null)") + (behind.empty() ? "" : "/" + behind);
+    const std::string after = TextOf(rest...);
+    return (text ? text : "(null)") + (after.empty() ? "" : "/" + after);
   }
   static std::string TextOf(KAPStringAtom* atom) {
     using Strings = KAP_T_MT::KAPStringInterface;

@@ -6,8 +6,8 @@
 
 extern "C" [[gnu::weak]] void __lsan_disable();
 
-// Runs `run` in a process of its own, which then exits in the usual way; status 0 is expected. What
-// it leaves behind is no leak: it is about hosts that nobody can give anything back to any more.
+// Runs `run` in a process of its own, which then exits normally; expects status 0. The process may
+// leave blocks behind: these tests are about hosts that can no longer be called to release them.
 template <class Run>
 void ExpectGoodExit(Run run) {
   auto runAndExit = [&] {

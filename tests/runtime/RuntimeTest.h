@@ -7,7 +7,7 @@
 #include "KAP.h"
 #include "TestHost.h"
 
-// An interface for the tests to offer and to use.
+// An interface for tests to register and to call.
 struct EchoInterface
     : KAP_T_MT::TKAPInterface<"EchoInterface",
                               KAP_T_MT::TKAPMethod<"First", "EchoFirstProc", int()>,
@@ -15,11 +15,19 @@ struct EchoInterface
                               KAP_T_MT::TKAPMethod<"Third", "EchoThirdProc", int()>> {};
 using EchoClient = KAP_T_MT::TKAPInterfaceClient<EchoInterface>;
 
-// Offers First, Second and Third as procedures that answer Base + 1, + 2, + 3.
+// Registers First, Second and Third as procedures that return Base + 1, + 2, + 3.
 template <int Base = 0>
-void OfferEcho(KAPHost::Host& host) {
+void RegisterEcho(KAPHost::Host& host) {
   host.RegisterInterface<EchoInterface>([] { return Base + 1; }, [] { return Base + 2; },
                                         [] { return Base + 3; });
+}
+
+// Registers another procedure in place of one of the host's own.
+template <class Interface, KAP_T_MT::TKAPName Method>
+void ReplaceProc(KAPHost::Host& host, typename Interface::template Proc<Method> proc) {
+  const auto& entry = Interface::kEntries[Interface::template kSlot<Method>];
+  host.Register(Interface::kName, entry.fMethodName, entry.fProcName,
+                reinterpret_cast<void*>(proc));
 }
 
 inline void* EchoProc(const KAPHost::Host& host, std::size_t slot) {
@@ -27,7 +35,7 @@ inline void* EchoProc(const KAPHost::Host& host, std::size_t slot) {
   return host.Find(EchoInterface::kName, entry.fMethodName, entry.fProcName);
 }
 
-// A container that offers EchoInterface, made with the runtime: one reference for the caller.
+// A container with the methods of EchoInterface: one reference for the caller.
 inline KAPContainer* MakeContainer(const char* implementation, void* instance = nullptr,
                                    KAPDeleteProc deleteInstance = nullptr) {
   using KAP_T_MT::CKAPStringAtom;
@@ -36,7 +44,7 @@ inline KAPContainer* MakeContainer(const char* implementation, void* instance = 
                                                    deleteInstance);
 }
 
-// Raises the host's unregister counter by one.
+// Increments the host's unregister counter.
 inline void MoveCounter(KAPHost::Host& host) {
   host.Register("Passing", "Method", "Proc", &host);
   host.Unregister("Passing");
@@ -52,7 +60,7 @@ inline std::string Describe(const KAP_T_MT::CKAPError& error) {
          std::to_string(Errors::Call<"GetID">(error.Handle()));
 }
 
-// What `body` throws, in words; "" when it throws nothing.
+// What `body` throws, as a string; "" when it throws nothing.
 template <class Body>
 std::string Thrown(Body body) {
   try {
@@ -73,7 +81,7 @@ inline constexpr const char* kOverflow = "Math overflow exception";
 inline constexpr const char* kOutOfMemory = "out of memory|KAP|1";  // this host's core error
 inline constexpr const char* kUnknown = "unknown error|KAP|0";      // and its other one
 
-// A component that is bound to a tapped host for the length of a test.
+// A component that is bound to a tapped host during the test.
 class BoundTest : public HostTest {
  protected:
   BoundTest() {

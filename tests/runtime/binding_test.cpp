@@ -5,18 +5,18 @@ namespace {
 using namespace KAP_T_MT;
 
 template <class Handle>
-Handle* NobodysHandle() {
+Handle* DeadHandle() {
   return reinterpret_cast<Handle*>(64);
 }
 
-// Static objects may release what they hold before there is any host.
+// Static objects may release what they hold before a host exists.
 const bool gReleasedBeforeBinding = [] {
-  const KAPContainerBaseGeneric wrapper(NobodysHandle<KAPContainer>(), KAPAdopt());
-  const CKAPContainerHolder holder(NobodysHandle<KAPContainer>(), true);
-  const CKAPCachedContainerHolder cached(NobodysHandle<KAPContainer>());
-  const CKAPError error(NobodysHandle<KAPError>());
-  CKAPMemory::Free(NobodysHandle<void>());
-  const TKAPSharedBuffer<char> buffer(NobodysHandle<KAPSharedBuffer>(), KAPAdopt());
+  const KAPContainerBaseGeneric wrapper(DeadHandle<KAPContainer>(), KAPAdopt());
+  const CKAPContainerHolder holder(DeadHandle<KAPContainer>(), true);
+  const CKAPCachedContainerHolder cached(DeadHandle<KAPContainer>());
+  const CKAPError error(DeadHandle<KAPError>());
+  CKAPMemory::Free(DeadHandle<void>());
+  const TKAPSharedBuffer<char> buffer(DeadHandle<KAPSharedBuffer>(), KAPAdopt());
   return true;
 }();
 
@@ -29,9 +29,9 @@ TEST(UnboundTest, NothingWorksAndNothingCrashes) {
   KAPUnregisterInterface("I");
   KAPClientTerminate();
   EXPECT_EQ(Thrown([] { CKAPStringAtom("x"); }), "(empty)");
-  void* out[] = {NobodysHandle<void>(), NobodysHandle<void>(), NobodysHandle<void>()};
+  void* out[] = {DeadHandle<void>(), DeadHandle<void>(), DeadHandle<void>()};
   EXPECT_EQ(KAPLoadProcTable(EchoInterface::kEntries, 3, EchoInterface::kName, out, 0), 0);
-  EXPECT_EQ(out[1], NobodysHandle<void>());
+  EXPECT_EQ(out[1], DeadHandle<void>());
   EXPECT_EQ(out[2], nullptr);
 }
 
@@ -41,18 +41,52 @@ TEST(BindingTest, BoundOnce) {
   ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
   EXPECT_EQ(KAPIsMultiThreaded(), 1);
   HostTap::Clear();
-  EXPECT_TRUE(KAPClientInit(nullptr));  // whatever it is given
+  EXPECT_TRUE(KAPClientInit(nullptr));  // ignores its argument
   EXPECT_EQ(HostTap::TakeLookUps(), Log());
   KAPClientTerminate();
   EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));  // the shared errors
   EXPECT_FALSE(KAPIsBound());
+  KAPReportError("dropped");
+  KAPUnregisterInterface(EchoInterface::kName);
+  EXPECT_EQ(KAPRegisterProcAddress("I", "M", "P", &host), 0);
+  EXPECT_EQ(KAPIsMultiThreaded(), 0);
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
+}
+
+TEST(BindingTest, NothingOfAKilledBindingIsReleased) {
+  {
+    TestHost killed;
+    ASSERT_TRUE(KAPClientInit(killed.GetProcAddress()));
+    KAPClientKill();
+  }
+  TestHost host;
+  const HostTap tap(host);
+  ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
+  for (const auto& [method, text] : HostTap::TakeCalls()) EXPECT_NE(method, "Release");
+  KAPClientTerminate();
+}
+
+TEST(BindingTest, RegistrationStopsAtTheFirstFailure) {
+  TestHost host;
+  ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+  host.FailRegistration(EchoInterface::kName, "Second");
+  const EchoInterface::Proc<"First"> proc = [] { return 1; };
+  EXPECT_FALSE(KAPRegisterInterface<EchoInterface>(proc, proc, proc));
+  EXPECT_EQ(KAPGetProcAddress(EchoInterface::kName, "First", "EchoFirstProc"),
+            reinterpret_cast<void*>(proc));
+  EXPECT_EQ(KAPQueryProcAddress(EchoInterface::kName, "Third", "EchoThirdProc"), nullptr);
+  KAPUnregisterInterface(EchoInterface::kName);
+  EXPECT_EQ(KAPQueryProcAddress(EchoInterface::kName, "First", "EchoFirstProc"), nullptr);
+  host.StopFaults();
+  EXPECT_TRUE(KAPRegisterInterface<EchoInterface>(proc, proc, proc));
+  KAPClientTerminate();
 }
 
 TEST(BindingTest, FailsWithoutWhatItNeeds) {
   const struct {
     const char* interfaceName;
-    const char* methodName;  // "": all of it
-    const char* thrown;      // "": the answer is false
+    const char* methodName;  // "": all methods
+    const char* thrown;      // "": returns false
   } rows[] = {{"KAP", "KAPRegisterProcAddress", ""},
               {"KAP", "KAPIsMultiThreaded", ""},
               {"KAPContainerInterface", "", kMissingInterface},
@@ -73,6 +107,22 @@ TEST(BindingTest, FailsWithoutWhatItNeeds) {
     host.StopFaults();
     EXPECT_TRUE(KAPClientInit(&HostTap::GetProc));
     EXPECT_STREQ(CKAPStringAtom("usable").Text(), "usable");
+    KAPClientTerminate();
+  }
+}
+
+// A host that has all procedures, of which one returns nothing.
+TEST(BindingTest, FailsWithoutCounterOrCoreErrors) {
+  for (const bool counterLost : {false, true}) {
+    TestHost host;
+    if (counterLost) {
+      ReplaceProc<KAPBinderInterface, "KAPGetUnregisterCountAddr">(
+          host, [] { return static_cast<unsigned long*>(nullptr); });
+    } else {
+      ReplaceProc<KAPErrorInterface, "GetCoreError">(
+          host, [](int) { return static_cast<KAPError*>(nullptr); });
+    }
+    EXPECT_FALSE(KAPClientInit(host.GetProcAddress()));
     KAPClientTerminate();
   }
 }
@@ -101,6 +151,7 @@ TEST(BindingTest, MembersTakePartInOrder) {
     SCOPED_TRACE(reply);
     const bool bound = reply == Member::kYes;
     TestHost host;
+    const LazyTerminate idle;  // its operations do nothing, and binding goes on
     const Member first("1");
     { const Member gone("gone"); }
     const Member second("2"), third("3", reply), fourth("4");
@@ -115,8 +166,8 @@ TEST(BindingTest, MembersTakePartInOrder) {
   }
 }
 
-// The second host has other procedures, and a counter that stands where the first one's did,
-// wherever that is.
+// The second host has other procedures but the same value of the unregister counter, so the counter
+// alone must not make a table look fresh.
 TEST(BindingTest, NothingOfTheFormerHostIsUsed) {
   static unsigned long counters[2];
   unsigned long* (*const counterAddresses[])() = {[] { return &counters[0]; },
@@ -129,9 +180,8 @@ TEST(BindingTest, NothingOfTheFormerHostIsUsed) {
     counters[round] = starts[i / 2];
     TestHost host;
     if (round == 0) HostTap tap(host);  // the first host alone has its procedures
-    host.Register("KAP", "KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr",
-                  reinterpret_cast<void*>(counterAddresses[round]));
-    round == 0 ? OfferEcho<10>(host) : OfferEcho<20>(host);
+    ReplaceProc<KAPBinderInterface, "KAPGetUnregisterCountAddr">(host, counterAddresses[round]);
+    round == 0 ? RegisterEcho<10>(host) : RegisterEcho<20>(host);
     HostTap::Clear();
     ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
     {

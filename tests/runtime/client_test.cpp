@@ -3,7 +3,7 @@
 
 #include "RuntimeTest.h"
 
-// Objects of the component's own in the hands of the host: streams, sinks, filters, progress.
+// The component's own objects, called by the host: streams, sinks, filters, progress.
 
 namespace {
 
@@ -11,12 +11,12 @@ using namespace KAP_T_MT;
 using Factory = CKAPStreamFactory;
 using KAP_T_MT::KAPFault;
 
-std::string gHistory;         // what was asked of client objects
-std::function<void()> gFail;  // called in each of their operations
+std::string gHistory;         // the calls of client objects
+std::function<void()> gFail;  // called by each operation
 int gLive = 0;
 std::string TakeHistory() { return std::exchange(gHistory, ""); }
 
-// A client object of any kind: counts itself, and fails where it is told to.
+// A client object of any kind: counts itself, records its calls and fails on request.
 template <class Base>
 struct Client : Base {
   Client() { ++gLive; }
@@ -91,6 +91,13 @@ TEST_F(ClientTest, SinksFiltersAndProgress) {
   CKAPFilter filter(sink, TKAPClientObject<KAPClientFilter>(KAPNewClient<Filter>()));
   EXPECT_TRUE(filter.GetVellumcodeFilter().IsFilter());
   filter.Close();
+  identity.SetDataSink(filter);
+  EXPECT_EQ(identity.PeekTarget().Handle(), filter.Handle());
+  EXPECT_EQ(identity.GetChainState(), 1u);
+  EXPECT_NE(Thrown([&] { identity.SetDataSink(identity); }), "");
+  identity.ResetChainState();
+  EXPECT_EQ(filter.GetChainState(), 0u);
+  EXPECT_NE(Thrown([] { CKAPFilter(nullptr).Close(); }), "");
   CKAPFilterJPEG jpeg(sink, KAPNewClient<Filter>());
   jpeg.SetImageParameters(1, 2, 3);
   jpeg.SetCompressionParameters(0.5f);
@@ -99,7 +106,7 @@ TEST_F(ClientTest, SinksFiltersAndProgress) {
   EXPECT_EQ(TakeHistory(), "at 0.250000 7;");
 }
 
-// What an operation raises becomes the error, and the result place is cleared.
+// What an operation throws becomes the error, and the result place is cleared.
 TEST_F(ClientTest, FailuresBecomeErrors) {
   using Base = KAPClientPositionableStream;
   const std::pair<std::function<void()>, const char*> rows[] = {
@@ -110,8 +117,8 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
       {[] { throw 1; }, kUnknown}};
   IndependentStream object;
   void* const client = KAPClientAddress(&object);
-  for (const auto& [raise, text] : rows) {
-    gFail = raise;
+  for (const auto& [fail, text] : rows) {
+    gFail = fail;
     std::size_t count = 7;
     void* created = client;
     KAPError* const errors[] = {
@@ -126,7 +133,7 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
   }
 }
 
-// An object is deleted when the host cannot be asked to take it.
+// A client object is deleted when the host's table is gone.
 TEST_F(ClientTest, TablesThatAreGone) {
   fHost.FailFrom(KAPFault::kProgress, 1);
   EXPECT_EQ(Thrown([] { CKAPProgress progress; }), "couldn't construct CKAPProgress||0");
@@ -146,6 +153,22 @@ TEST_F(ClientTest, TablesThatAreGone) {
     EXPECT_EQ(Thrown(construct), kMissingProcedure);
   }
   EXPECT_EQ(Thrown([] { CKAPPositionableStream stream("/tmp", "r"); }), kInvalidContainer);
+  EXPECT_EQ(Thrown([] { Factory::NewClientSimpleStream(nullptr); }), kUnknown);
+}
+
+// What a destructor throws is reported when the object is deleted, or returned by the procedure
+// that deletes it.
+TEST_F(ClientTest, DestructorsMayThrow) {
+  struct Unfinished : KAPClientDataSink {
+    ~Unfinished() noexcept(false) override { throw std::runtime_error("unfinished"); }
+    void Write(const unsigned char*, std::size_t) override {}
+  };
+  { const auto object = KAPNewClient<Unfinished>(); }
+  EXPECT_EQ(fHost.TakeReport(), "unfinished");
+  KAPDeleteVirtualClientBase(nullptr);
+  auto object = KAPNewClient<Unfinished>();
+  EXPECT_EQ(Describe(CKAPError(KAPDeleteClientProc(KAPClientAddress(object.release())))),
+            "unfinished|TOQ|0");
 }
 
 void UseEverything() {
@@ -160,8 +183,8 @@ void UseEverything() {
   CKAPProgress(KAPNewClient<Progress>()).Update(0, "", 0);
 }
 
-// Whichever call the host refuses: it is told, and nothing is kept on either side.
-TEST(ClientFaultTest, EachCallRefused) {
+// Whichever call of the host fails: the caller learns of it, and neither side keeps anything.
+TEST(ClientFaultTest, FailEachCall) {
   bool refused = true;
   for (unsigned long n = 1; refused; ++n) {
     TestHost host;

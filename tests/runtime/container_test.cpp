@@ -36,8 +36,8 @@ TEST_F(ContainerTest, WrappersHoldOneReferenceEach) {
   EXPECT_EQ(References(), 4);
 }
 
-// A refused reference is neither kept nor given back.
-TEST_F(ContainerTest, RefusedReferences) {
+// A reference that the host refuses is neither kept nor released.
+TEST_F(ContainerTest, ReferencesFail) {
   const KAPContainerBaseGeneric source(fContainer);
   KAPContainerBaseGeneric target(MakeContainer("Other"), KAPAdopt());
   KAPContainer* const before = target.Handle();
@@ -51,13 +51,21 @@ TEST_F(ContainerTest, RefusedReferences) {
   EXPECT_EQ(Thrown([&] { KAPContainerBaseGeneric wrapper(nullptr); }), kInvalidContainer);
 }
 
-TEST_F(ContainerTest, RefusedContainers) {
+TEST_F(ContainerTest, ContainersFail) {
   fHost.FailFrom(KAPFault::kContainer, 1);
   EXPECT_EQ(Thrown([] { CKAPContainerHolder(); }), kOutOfMemory);
   EXPECT_EQ(Thrown([] { MakeContainer("Impl"); }), kOutOfMemory);
 }
 
-TEST_F(ContainerTest, CachedHolderDestroysWhatNobodyElseHolds) {
+// A host that breaks its promise: no error, and no container.
+TEST_F(ContainerTest, NeitherContainerNorError) {
+  ReplaceProc<KAPContainerInterface, "NewFullContainer">(
+      fHost, [](auto...) { return static_cast<KAPError*>(nullptr); });
+  MoveCounter(fHost);
+  EXPECT_EQ(Thrown([] { MakeContainer("Impl"); }), kInvalidContainer);
+}
+
+TEST_F(ContainerTest, CachedHolderDestroysContainersWithoutReferences) {
   { const CKAPCachedContainerHolder cached(fContainer), none(nullptr); }
   EXPECT_EQ(References(), 1);
   {
@@ -82,7 +90,7 @@ TEST_F(ContainerTest, Instances) {
   }
   HostTap::Clear();
   CKAPContainer::GetInstance(fContainer, primary);
-  EXPECT_EQ(HostTap::TakeCalls(), Log());  // the record itself says it
+  EXPECT_EQ(HostTap::TakeCalls(), Log());  // read from the record
   fHost.FailCall(KAPFault::kInstance, 1);
   EXPECT_EQ(Thrown([&] { CKAPContainer::BCGetInstance(fContainer, primary); }), kOutOfMemory);
 }

@@ -3,7 +3,7 @@
 #include "OwnProcess.h"
 #include "RuntimeTest.h"
 
-// What is released after the binding has ended must not reach the host, which may be gone.
+// Objects that outlive the binding must not call the host, which may be gone.
 
 namespace {
 
@@ -52,7 +52,7 @@ void RunToTheEnd(End end, bool counterMoves, bool hostGoes) {
   host.emplace(KAPHost::HostOptions{.fOnReport = {}, .fOnLeak = [](const auto&) {}});
   const HostTap tap(*host);
   ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
-  OfferEcho(*host);
+  RegisterEcho(*host);
   holdings->Fill();
   if (end == End::kTerminate) KAPClientTerminate();
   HostTap::Forbid();
@@ -62,11 +62,12 @@ void RunToTheEnd(End end, bool counterMoves, bool hostGoes) {
   if (hostGoes) host.reset();
   if (end == End::kExit) return;
   const CKAPError copy(holdings->fError);
+  EXPECT_EQ(copy.Handle(), holdings->fError.Handle());
   holdings.reset();
   EXPECT_EQ(Thrown([] { CKAPStringAtom("too late"); }), "(empty)");
 }
 
-TEST(EndingTest, NothingReachesTheHostAnyMore) {
+TEST(EndingTest, NothingReachesTheHost) {
   for (const End end : {End::kTerminate, End::kKill, End::kExit}) {
     for (const bool counterMoves : {false, true}) {
       for (const bool hostGoes : {false, true}) {

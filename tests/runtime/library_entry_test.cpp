@@ -33,7 +33,7 @@ const Texts kAtoms = {
     "POSStreamerImpl", "POSStreamerInterface", "POSValidatorImpl",    "POSValidatorInterface",
     "KAPUtilsDir",     "KAPUtilsDirInterface"};
 
-// A registration, out of the text that the tap writes down: "interface/method/procedure".
+// A registration, parsed from the string that the tap records: "interface/method/procedure".
 struct Registration {
   explicit Registration(const std::string& text)
       : fInterface(text.substr(0, text.find('/'))),
@@ -53,7 +53,7 @@ class LibraryEntryTest : public HostTest {
     fLibrary->Terminate();
     EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty()) << fHost.TakeSnapshot();
   }
-  // Under the refusals of the moment; then, without them, all is well again.
+  // Fails under the current faults; succeeds without them.
   void FailAndRecover() {
     EXPECT_FALSE(Initialize());
     EXPECT_FALSE(Initialize());
@@ -111,12 +111,12 @@ TEST_F(LibraryEntryTest, WhatIsOutOfTurnChangesNothing) {
     Terminate();
   }
   EXPECT_FALSE(fLibrary->Initialize(nullptr));
-  EXPECT_FALSE(Initialize());  // a failed one counts until it is terminated
+  EXPECT_FALSE(Initialize());  // deliberate: a failed initialisation needs termination too
   Terminate();
   EXPECT_TRUE(Initialize());
 }
 
-TEST_F(LibraryEntryTest, AnyCallRefused) {
+TEST_F(LibraryEntryTest, FailEachCall) {
   fHost.CountCalls();
   EXPECT_TRUE(Initialize());
   const unsigned long calls = fHost.CallCount(KAPFault::kAny);
@@ -129,7 +129,7 @@ TEST_F(LibraryEntryTest, AnyCallRefused) {
   }
 }
 
-TEST_F(LibraryEntryTest, AnyProcedureMissing) {
+TEST_F(LibraryEntryTest, LoseEachProcedure) {
   EXPECT_TRUE(Initialize());
   Terminate();
   const Log lookUps = HostTap::TakeLookUps();
@@ -141,7 +141,7 @@ TEST_F(LibraryEntryTest, AnyProcedureMissing) {
   }
 }
 
-TEST_F(LibraryEntryTest, AnyRegistrationRefused) {
+TEST_F(LibraryEntryTest, FailEachRegistration) {
   HostTap::Clear();
   EXPECT_TRUE(Initialize());
   const std::vector<Registration> all = RegistrationsSoFar();

@@ -9,8 +9,8 @@
 #include "pos/POSStreamerInterfaces.h"
 #include "pos/POSValidatorInterfaces.h"
 
-// The ends that a host does not plan for, each tried in a process of its own. Whoever calls a host
-// that may be gone ends that process with another status.
+// Ends that a host does not plan for, each in a process of its own. A call of a host that may be
+// gone ends that process with another status.
 
 namespace {
 
@@ -31,7 +31,7 @@ struct World {
     return Keep(Call<POSObjectStatics, "CreateFromText">(text, nullptr));
   }
 
-  // With one object of each kind that holds something of the host.
+  // Holds one object of each kind that holds something of the host.
   World() {
     fHost.emplace(KAPHost::HostOptions{.fOnReport = {}, .fOnLeak = [](const auto&) {}});
     fTap.emplace(*fHost);
@@ -49,7 +49,7 @@ struct World {
   }
 };
 
-// Lasts until the process ends, unlike a static object.
+// Never destroyed, unlike a static object.
 World& MakeWorld() { return *new World; }
 
 TEST(LibraryExitTest, ExitWithoutTerminate) {
@@ -73,7 +73,7 @@ TEST(LibraryExitTest, UnloadedWithoutTerminate) {
   });
 }
 
-// Their procedures still run, in a library that is bound to nothing.
+// Their release procedures still run, in a library that is not bound.
 TEST(LibraryExitTest, ObjectsOutliveTermination) {
   for (const bool counterMoves : {false, true}) {
     ExpectGoodExit([&] {

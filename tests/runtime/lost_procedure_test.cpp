@@ -4,9 +4,9 @@
 
 #include "RuntimeTest.h"
 
-// A host that loses a procedure while it is bound: an interface is registered again with a procedure
-// missing, and the counter has moved. Calls fail, failures are still reported, and releases reach the
-// host.
+// A host that loses a procedure while it is bound: an interface is registered again with a
+// procedure missing, and the counter has moved. Calls fail, failures are still reported, and
+// releases reach the host.
 
 namespace {
 
@@ -25,7 +25,7 @@ struct Held {
 class LostProcedureTest : public BoundTest {
  protected:
   // Runs body(interface name, method name, whether the method releases) for each procedure of the
-  // host's, lost.
+  // host.
   template <class Body>
   void ForEachLost(Body body) {
     KAPHostInterfaceSet::ForEach([&]<class Interface>() {
@@ -51,7 +51,7 @@ TEST_F(LostProcedureTest, ReleasesReachTheHost) {
     const BalancedScope balanced(fHost);
     std::optional<Held> held(std::in_place);
     Lose(interfaceName, method);
-    // What the lost procedure itself would release is lost, and must not reach freed code.
+    // Without the procedure that releases, nothing could be released: that is tested with it.
     if (releases) Restore();
     held.reset();
     Restore();
@@ -105,13 +105,36 @@ TEST(KAPClientTest, BindsForItsLifetime) {
     EXPECT_TRUE(KAPIsBound());
   }
   EXPECT_FALSE(KAPIsBound());
-  for (const char* lost : {"KAPStringInterface", "KAPMemoryInterface"}) {
+  struct Cache : CKAPStaticCacheBase {
+    void Clear() override {}
+    void Kill() noexcept override {}
+  } cache;
+  const char* const kLacksInterface =
+      "cannot bind the client runtime: the host lacks one of the interfaces that the client "
+      "runtime "
+      "needs";
+  const std::pair<const char*, const char*> rows[] = {
+      {"KAPStringInterface", kLacksInterface},
+      {"KAPMemoryInterface", "cannot bind the client runtime: Missing Interface"},
+      {"KAPCacheInterface", kLacksInterface}};
+  for (const auto& [lost, message] : rows) {
     host.HideInterface(lost);
-    EXPECT_THROW(KAPClient(host.GetProcAddress()), KAPBindingError);
+    EXPECT_EQ(Thrown([&] { KAPClient(host.GetProcAddress()); }), message);
     EXPECT_FALSE(KAPIsBound());
     host.StopFaults();
   }
   EXPECT_THROW(KAPClient(nullptr), KAPBindingError);
+}
+
+// What a member throws when the binding ends is reported, and the binding ends all the same.
+TEST(KAPClientTest, EndsInSpiteOfAMember) {
+  TestHost host;
+  struct Failing : LazyTerminate {
+    void Terminate() override { throw TOQException("cannot release"); }
+  } failing;
+  { const KAPClient client(host.GetProcAddress()); }
+  EXPECT_EQ(host.TakeReport(), "cannot release");
+  EXPECT_FALSE(KAPIsBound());
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ class MethodTableTest : public BoundTest {
  protected:
   MethodTableTest() {
     gFills = 0;
-    OfferEcho(fHost);
+    RegisterEcho(fHost);
   }
   Slots Get(const CKAPContainerHolder& container) {
     return fList.GetVTabDynamic(container.Handle(), &CountedInit);
@@ -48,7 +48,7 @@ TEST_F(MethodTableTest, RefilledInPlaceWhenTheCounterMoved) {
   const Slots a = Get(fA1);
   const Slots b = Get(fB);
   fHost.Unregister(EchoInterface::kName);
-  OfferEcho<10>(fHost);
+  RegisterEcho<10>(fHost);
   const BalancedScope balanced(fHost);
   EXPECT_EQ(Get(fA2), a);
   EXPECT_EQ(a[2], Third());
@@ -69,12 +69,13 @@ TEST_F(MethodTableTest, ANoHoldsUntilTheCounterMoves) {
   EXPECT_NE(Get(fA1), nullptr);
   MoveCounter(fHost);
   fHost.HideInterface(EchoInterface::kName);
-  EXPECT_EQ(Get(fA1), nullptr);  // and a yes until then
+  EXPECT_EQ(Get(fA1), nullptr);  // as does a yes
   EXPECT_EQ(Get(fA2), nullptr);
   EXPECT_EQ(gFills, 3);
 }
 
-// Whatever is refused during a fill, the next call fills again, without the counter moving.
+// Whichever call of the host fails during a fill, the next use fills again, without the counter
+// moving.
 TEST_F(MethodTableTest, AFailedFillIsDoneAgain) {
   for (const bool first : {true, false}) {
     for (unsigned long n = 1, failed = 1; failed != 0; ++n) {
@@ -90,9 +91,56 @@ TEST_F(MethodTableTest, AFailedFillIsDoneAgain) {
       ASSERT_NE(slots, nullptr);
       EXPECT_EQ(slots[2], Third());
       EXPECT_EQ(fList.Count(), 1u);
-      EXPECT_TRUE(failed || n > 9);  // three methods of two atoms and a question, two for the entry
+      EXPECT_TRUE(failed ||
+                  n > 9);  // three methods with two atoms and one call each, two for the table
     }
   }
+}
+
+// A host's "GetMethod" may call back into the list that is asking it.
+KAPVTabListGeneric* gList;
+Slots gSlotsDuringFill;
+KAPContainerInterface::Proc<"GetMethod"> gGetMethod;
+int gOptional;
+
+KAPError* GetMethodAskingBack(void** out, KAPContainer* container, KAPStringAtom* methodName,
+                              KAPStringAtom* procName, int optional) {
+  gOptional = optional;
+  gSlotsDuringFill = gList->GetVTabDynamic(container, &CountedInit);
+  return gGetMethod(out, container, methodName, procName, optional);
+}
+
+TEST_F(MethodTableTest, AFillThatAsksForItsOwnTable) {
+  gList = &fList;
+  gGetMethod = fHost.Proc<KAPContainerInterface, "GetMethod">();
+  ReplaceProc<KAPContainerInterface, "GetMethod">(fHost, &GetMethodAskingBack);
+  MoveCounter(fHost);
+  const Slots slots = Get(fA1);
+  ASSERT_NE(slots, nullptr);
+  EXPECT_EQ(gSlotsDuringFill, nullptr);  // not filled yet
+  EXPECT_EQ(gOptional, 0);
+  MoveCounter(fHost);
+  EXPECT_EQ(Get(fA1), slots);
+  EXPECT_EQ(gSlotsDuringFill, slots);  // as the last fill left them
+  EXPECT_EQ(gFills, 2);
+  EXPECT_EQ(fList.Count(), 1u);
+}
+
+// The count of a table that was never filled is 0, and so is the counter here.
+TEST(MethodTableCounterTest, AFailedFirstFillAtCounterZero) {
+  static unsigned long counter;
+  TestHost host;
+  ReplaceProc<KAPBinderInterface, "KAPGetUnregisterCountAddr">(host, [] { return &counter; });
+  ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+  RegisterEcho(host);
+  {
+    TDelVTabList<EchoInterface> tables;
+    const CKAPContainerHolder container(MakeContainer("A"), true);
+    host.FailCall(KAPFault::kMethod, 1);
+    EXPECT_EQ(Thrown([&] { tables.InitVTab(container.Handle()); }), kOutOfMemory);
+    EXPECT_EQ(Thrown([&] { tables.InitVTab(container.Handle()); }), "");
+  }
+  KAPClientTerminate();
 }
 
 TEST_F(MethodTableTest, NoSignature) {

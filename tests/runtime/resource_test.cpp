@@ -3,7 +3,7 @@
 
 #include "RuntimeTest.h"
 
-// What the host lends: shared buffers, streams, cached items, data blocks.
+// Wrappers of the host's resources: shared buffers, streams, cached items, data stores.
 
 namespace {
 
@@ -35,12 +35,15 @@ TEST_F(ResourceTest, SharedBuffersAfterTheTableWasDropped) {
   ignored.reset();
   EXPECT_EQ(HostTap::TakeCalls(), Log());
   CKAPSharedBuff::Init();
+  MoveCounter(fHost);
+  HostTap::TakeLookUps();
   released.reset();
+  EXPECT_EQ(HostTap::TakeLookUps().size(), KAPSharedBuffInterface::kCount);  // as before Close
   TKAPSharedBuffer<char>(handle, KAPAdopt());  // the reference that was ignored
   EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));
 }
 
-// The caller's data is given back exactly once, whatever happens.
+// The caller's data is released exactly once, whatever happens.
 TEST_F(ResourceTest, CallersBuffers) {
   char data[4];
   { TKAPSharedBuffer<char>(CKAPSharedBuff::NewBuffer(4, data, &Delete), KAPAdopt()); }
@@ -54,6 +57,34 @@ TEST_F(ResourceTest, CallersBuffers) {
   MoveCounter(fHost);
   EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(4, data, &Delete); }), kMissingProcedure);
   EXPECT_EQ(gDeleted, 3);
+}
+
+TEST_F(ResourceTest, BufferArgumentsReachTheHost) {
+  static std::vector<const void*> arguments;
+  ReplaceProc<KAPSharedBuffInterface, "NewBuffer">(
+      fHost, [](std::size_t size, void* data, KAPDeleteProc deleteProc, KAPGrowProc growProc,
+                void* clientData) {
+        arguments = {reinterpret_cast<void*>(size), data, reinterpret_cast<void*>(deleteProc),
+                     reinterpret_cast<void*>(growProc), clientData};
+        return static_cast<KAPSharedBuffer*>(nullptr);
+      });
+  MoveCounter(fHost);
+  const KAPGrowProc grow = [](void* data, std::size_t, void*) { return data; };
+  EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(9, this, &Delete, grow, &fHost); }), kBadAlloc);
+  EXPECT_EQ(arguments, (std::vector<const void*>{reinterpret_cast<void*>(9), this,
+                                                 reinterpret_cast<void*>(&Delete),
+                                                 reinterpret_cast<void*>(grow), &fHost}));
+}
+
+TEST_F(ResourceTest, BuffersOverHostMemory) {
+  TKAPBlock<long> block = KAPNewBlock<long>(2);
+  block[1] = 7;
+  void* const data = block.get();
+  const TKAPSharedBuffer<long> buffer(
+      CKAPSharedBuff::NewBuffer(2 * sizeof(long), data, &KAPDeleteSharedBuff), KAPAdopt());
+  static_cast<void>(block.release());  // the buffer owns it now
+  EXPECT_EQ(buffer.Data(), data);
+  EXPECT_EQ(buffer.Data()[1], 7);
 }
 
 TEST_F(ResourceTest, Streams) {
@@ -72,6 +103,13 @@ TEST_F(ResourceTest, Streams) {
     EXPECT_EQ(independent.Mark(), 0);
   }
   std::remove(path.c_str());
+  const unsigned char source[] = {1, 2, 3};
+  CKAPPositionableStream copy(CKAPStreamFactory::NewPositionableBufferStream(source, 3),
+                              KAPAdopt());
+  unsigned char bytes[4] = {};
+  EXPECT_EQ(copy.Read(bytes, 4), 3u);
+  EXPECT_EQ(bytes[2], 3);
+  EXPECT_NE(Thrown([&] { copy.Write(source, 1); }), "");
   EXPECT_NE(Thrown([&] { CKAPPositionableStream(path.c_str(), "r"); }), "");
   fHost.HideInterface(KAPStreamFactoryInterface::kName);
   MoveCounter(fHost);
@@ -84,9 +122,14 @@ TEST_F(ResourceTest, LockedItemsStay) {
   CKAPCacheLock lock = CKAPCache::Attach(id);
   lock.UpdateCost(20);
   EXPECT_EQ(lock.ReturnCost(), 20u);
+  EXPECT_EQ(CKAPCache::CurrentCacheSize(), 20u);
   std::optional<CKAPCacheLock> copy(lock);
   lock = CKAPCacheLock(KAPInvalid());
   EXPECT_TRUE(CKAPCacheLock(id, copy->Item()));
+  HostTap::Clear();
+  CKAPCacheLock(id, nullptr).UpdateCost(5);
+  EXPECT_EQ(lock.ReturnCost(), 0u);
+  EXPECT_EQ(HostTap::TextsOf("MarkNoPurge"), std::vector<std::string>());
   CKAPCache::PurgeAll();
   EXPECT_EQ(gDeleted, 0);
   copy.reset();
@@ -97,26 +140,134 @@ TEST_F(ResourceTest, LockedItemsStay) {
   EXPECT_EQ(Thrown([] { CKAPCacheID(); }), "couldn't create cacheID||0");
 }
 
-// A store of its own text, which counts what comes back.
-KAPError* LendBlock(KAPDataBlock* out, KAPDataStore*, std::size_t offset) {
-  if (offset > 6) return CKAPError(kMemErrorID).Detach();
-  *out = CKAPDataBlockPtr(&"stored"[offset], 6 - offset, nullptr, &Delete).Detach();
+// ---- Data stores of two components, each registered under an interface name of its own ----
+
+constexpr char kFirst[] = "first", kSecond[] = "second store";
+
+template <const auto& Text>
+KAPError* GetBlock(KAPDataBlock* out, KAPDataStore*, std::size_t offset) {
+  *out = CKAPDataBlockPtr(&Text[offset], sizeof Text - 1 - offset, nullptr, &Delete).Detach();
+  // With an error the block counts as not lent.
+  return offset < sizeof Text - 1 ? nullptr : CKAPError(kMemErrorID).Detach();
+}
+
+template <const auto& Text>
+KAPError* GetSize(std::size_t* out, KAPDataStore*) {
+  *out = sizeof Text - 1;
   return nullptr;
 }
 
-TEST_F(ResourceTest, DataBlocks) {
-  fHost.RegisterInterface<KAPDataStoreInterface>(&LendBlock);
-  const CKAPStringAtom name("Store"), interfaceName(KAPDataStoreInterface::kName);
-  CKAPDataStore store(CKAPContainer::NewFullContainer(nullptr, name, interfaceName, nullptr),
-                      KAPAdopt());
+template <class Interface, class... Procs>
+void RegisterAs(const char* interfaceName, Procs... procs) {
+  const auto entries = Interface::Registration(procs...);
+  EXPECT_EQ(KAPRegisterProcTable(entries.data(), entries.size(), interfaceName), 1);
+}
+
+KAPContainer* NewContainer(const char* instanceName, const char* interfaceName) {
+  return CKAPContainer::NewFullContainer(nullptr, CKAPStringAtom(instanceName),
+                                         CKAPStringAtom(interfaceName), nullptr);
+}
+
+TEST_F(ResourceTest, DataStores) {
+  RegisterAs<KAPDataStoreInterface>("FirstStore", &GetBlock<kFirst>);
+  RegisterAs<KAPSizedDataStoreInterface>("FirstStore", &GetSize<kFirst>);
+  RegisterAs<KAPDataStoreInterface>("SecondStore", &GetBlock<kSecond>);
+  CKAPSizedDataStore first(NewContainer("First", "FirstStore"), KAPAdopt());
+  CKAPDataStore second(NewContainer("Second", "SecondStore"), KAPAdopt());
   {
-    CKAPDataBlockPtr block = store.GetBlock(2), other(std::move(block));
-    EXPECT_EQ(other.Text(), "ored");
-    EXPECT_EQ(Thrown([&] { store.GetBlock(7); }), kOutOfMemory);
-    EXPECT_EQ(gDeleted, 0);
+    CKAPDataBlockPtr block = first.GetBlock(2), other(std::move(block));
+    EXPECT_EQ(block.Text(), "");
+    EXPECT_EQ(other.Text(), "rst");
+    EXPECT_EQ(second.GetBlock(7).Text(), "store");
+    EXPECT_EQ(gDeleted, 1);
+    block = std::move(other);
+    EXPECT_EQ(gDeleted, 1);
   }
-  EXPECT_EQ(gDeleted, 1);
-  EXPECT_EQ(Thrown([&] { CKAPSizedDataStore sized(store.Handle()); }), kInvalidContainer);
+  EXPECT_EQ(gDeleted, 2);
+  EXPECT_EQ(first.GetSize(), 5u);
+  EXPECT_EQ(Thrown([&] { first.GetBlock(5); }), kOutOfMemory);
+  EXPECT_EQ(gDeleted, 2);
+}
+
+int gNextBlock;
+
+TEST_F(ResourceTest, DataBlockStreams) {
+  using Stream = KAPDataBlockStreamInterface;
+  const Stream::Proc<"GetNextBlock"> getNextBlock = [](KAPDataBlock* out, KAPContainer*) {
+    if (gNextBlock == 2) return CKAPError("read twice", "c", 1).Detach();
+    *out = CKAPDataBlockPtr("ab" + gNextBlock++, 1, nullptr, &Delete).Detach();
+    return static_cast<KAPError*>(nullptr);
+  };
+  const Stream::Proc<"Rewind"> rewind = [](KAPContainer*) {
+    gNextBlock = 0;
+    return static_cast<KAPError*>(nullptr);
+  };
+  RegisterAs<Stream>("Blocks", getNextBlock, rewind);
+  CKAPDataBlockStream blocks(NewContainer("Blocks", "Blocks"), KAPAdopt());
+  for (int round = 0; round < 2; ++round) {
+    blocks.Rewind();
+    EXPECT_EQ(blocks.GetNextBlock().Text(), "a");
+    EXPECT_EQ(blocks.GetNextBlock().Text(), "b");
+    EXPECT_EQ(Thrown([&] { blocks.GetNextBlock(); }), "read twice|c|1");
+  }
+  EXPECT_EQ(gDeleted, 4);
+}
+
+// A stream of a component that claims to have read more than there was room for.
+TEST_F(ResourceTest, AStreamThatClaimsTooMuch) {
+  const KAPSimpleStreamInterface::Proc<"Read"> read = [](std::size_t* count, KAPSimpleStream*,
+                                                         unsigned char*, std::size_t size) {
+    *count = size + 1;
+    return static_cast<KAPError*>(nullptr);
+  };
+  const KAPSimpleStreamInterface::Proc<"Write"> write = [](auto...) {
+    return static_cast<KAPError*>(nullptr);
+  };
+  RegisterAs<KAPSimpleStreamInterface>("Claiming", read, write);
+  CKAPSimpleStream stream(NewContainer("Claiming", "Claiming"), KAPAdopt());
+  unsigned char bytes[2];
+  EXPECT_EQ(Thrown([&] { stream.Read(bytes, 2); }),
+            "a stream returned more than was asked for|KAP|0");
+}
+
+// ---- Handles of another kind ----
+
+template <class Wrapper>
+void ExpectRefused(const char* wrapper, KAPContainer* handle) {
+  SCOPED_TRACE(wrapper);
+  EXPECT_EQ(Thrown([=] { Wrapper added(handle); }), kInvalidContainer);
+  KAPContainerBaseGeneric own(handle);
+  EXPECT_EQ(Thrown([&] { Wrapper adopted(own.Detach(), KAPAdopt()); }), kInvalidContainer);
+  EXPECT_EQ(Thrown([] { Wrapper null(nullptr, KAPAdopt()); }), kInvalidContainer);
+}
+
+// The constructor itself refuses them, and releases what it has added or adopted.
+TEST_F(ResourceTest, HandlesOfAnotherKind) {
+  RegisterEcho(fHost);
+  RegisterAs<KAPDataStoreInterface>("FirstStore", &GetBlock<kFirst>);
+  struct Simple : KAPClientSimpleStream {
+    std::size_t Read(unsigned char*, std::size_t) override { return 0; }
+    void Write(const unsigned char*, std::size_t) override {}
+  };
+  struct Rewindable : KAPClientRewindableStream {
+    std::size_t Read(unsigned char*, std::size_t) override { return 0; }
+    void Write(const unsigned char*, std::size_t) override {}
+    TKAPClientObject<KAPClientRewindableStream> CreateIndependentlyRewindableStream() override {
+      return nullptr;
+    }
+    void Rewind() override {}
+  };
+  const CKAPContainerHolder other(MakeContainer("Other"), true),
+      simple(CKAPStreamFactory::NewClientSimpleStream(KAPNewClient<Simple>()), true),
+      rewindable(CKAPStreamFactory::NewClientRewindableStream(KAPNewClient<Rewindable>()), true),
+      store(NewContainer("Store", "FirstStore"), true);
+  ExpectRefused<CKAPSimpleStream>("simple stream", other.Handle());
+  ExpectRefused<CKAPRewindableStream>("rewindable stream", simple.Handle());
+  ExpectRefused<CKAPPositionableStream>("positionable stream", rewindable.Handle());
+  ExpectRefused<CKAPDataStore>("data store", other.Handle());
+  ExpectRefused<CKAPSizedDataStore>("sized data store", store.Handle());
+  ExpectRefused<CKAPDataBlockStream>("data-block stream", store.Handle());
+  EXPECT_EQ(Thrown([&] { CKAPRewindableStream(rewindable.Handle()).Rewind(); }), "");
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include "RuntimeTest.h"
 
-// A component's own caches, and how the host is told of them.
+// A component's own caches, and when the host knows of them.
 
 namespace {
 
@@ -10,7 +10,7 @@ using namespace KAP_T_MT;
 
 std::string gHistory;
 
-// With + and - for what the host was told of the caches.
+// + and - stand for the host's calls "AddClientPurge" and "RemoveClientPurge".
 std::string TakeHistory() {
   for (const auto& [method, text] : HostTap::TakeCalls()) {
     if (method == "AddClientPurge") gHistory += "+";
@@ -19,7 +19,7 @@ std::string TakeHistory() {
   return std::exchange(gHistory, "");
 }
 
-// A cache, and another member of the same rounds to see who comes first.
+// A cache, and a member of LazyTerminate to show the order of the two.
 struct Cache : CKAPStaticCacheBase {
   explicit Cache(const char* name, bool throws = false) : fName(name), fThrows(throws) {}
   void Clear() override {
@@ -48,7 +48,7 @@ struct StaticCacheTest : HostTest {
   HostTap fTap{fHost};
 };
 
-// One that cannot be cleared does not keep the others from it.
+// A cache that cannot be cleared does not keep the others from being cleared.
 TEST_F(StaticCacheTest, BoundAndUnboundInOrder) {
   const Cache first("1"), second("2", true);
   const Member member;
@@ -65,7 +65,7 @@ TEST_F(StaticCacheTest, BoundAndUnboundInOrder) {
   EXPECT_EQ(TakeHistory(), "K2K1K");
 }
 
-// The host knows them exactly while there are any.
+// The host knows of the caches exactly while there are any.
 TEST_F(StaticCacheTest, ComingAndGoing) {
   ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
   {
@@ -75,6 +75,14 @@ TEST_F(StaticCacheTest, ComingAndGoing) {
     EXPECT_EQ(TakeHistory(), "C1+");
   }
   EXPECT_EQ(TakeHistory(), "-");
+}
+
+TEST_F(StaticCacheTest, NotAcceptedAfterAKill) {
+  ASSERT_TRUE(KAPClientInit(fHost.GetProcAddress()));
+  KAPClientKill();
+  EXPECT_FALSE(CKAPStaticCacheBase::IsAccepting());
+  { const Cache cache("1"); }
+  EXPECT_EQ(TakeHistory(), "");
 }
 
 TEST_F(StaticCacheTest, WithoutTheCacheInterface) {
@@ -87,13 +95,13 @@ TEST_F(StaticCacheTest, WithoutTheCacheInterface) {
     KAPClientTerminate();  // the way back
   }
   EXPECT_EQ(TakeHistory(), "IC1T");
-  ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));  // no cache, nothing missed
+  ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));  // not needed without a cache
   EXPECT_EQ(Thrown([] { Cache("2"); }), kMissingProcedure);
   fHost.StopFaults();
   const Cache cache("3");
   fHost.HideInterface(KAPCacheInterface::kName);
   MoveCounter(fHost);
-  KAPClientTerminate();  // a host that has lost its caches does not keep the component
+  KAPClientTerminate();  // succeeds although the host has lost the interface
   EXPECT_EQ(TakeHistory(), "IC3T+");
 }
 

@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <mutex>
 
 #include "RuntimeTest.h"
@@ -6,6 +7,9 @@
 namespace {
 
 using namespace KAP_T_MT;
+
+// KAP_LONG=1 makes these tests soak tests.
+int Rounds(int rounds) { return std::getenv("KAP_LONG") ? 50 * rounds : rounds; }
 
 TEST(WaitMutexTest, IsRecursiveAndExclusive) {
   TOQWaitMutex mutex;
@@ -27,7 +31,7 @@ class MovingCounterTest : public HostTest {
  protected:
   MovingCounterTest() {
     EXPECT_TRUE(KAPClientInit(fHost.GetProcAddress()));
-    OfferEcho(fHost);
+    RegisterEcho(fHost);
   }
   ~MovingCounterTest() override { KAPClientTerminate(); }
 
@@ -37,9 +41,9 @@ class MovingCounterTest : public HostTest {
 };
 
 TEST_F(MovingCounterTest, HostTables) {
-  RunWhileItMoves([](int thread) {
+  RunWhileItMoves([rounds = Rounds(3000)](int thread) {
     const std::string text = std::to_string(thread);
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < rounds; ++i) {
       const CKAPStringAtom own(text.c_str()), shared("shared");
       ASSERT_STREQ((own + shared).Text(), (text + "shared").c_str());
       ASSERT_TRUE(CKAPError("m", text.c_str(), i).Matches(text.c_str(), i));
@@ -55,8 +59,8 @@ TEST_F(MovingCounterTest, MethodTables) {
   const char* const implementations[] = {"A", "B", "C"};
   std::atomic<const void*> tableOfA = nullptr;
   void* const third = EchoProc(fHost, 2);
-  RunWhileItMoves([&](int thread) {
-    for (int i = 0; i < 5000; ++i) {
+  RunWhileItMoves([&, rounds = Rounds(5000)](int thread) {
+    for (int i = 0; i < rounds; ++i) {
       const int which = (thread + i / 8) % 3;
       const CKAPContainerHolder container(MakeContainer(implementations[which]), true);
       const auto* slots = tables.InitVTab(container.Handle());
@@ -67,6 +71,39 @@ TEST_F(MovingCounterTest, MethodTables) {
       ASSERT_TRUE(tableOfA.compare_exchange_strong(before, slots) || before == slots);
     }
   });
+}
+
+// Threads share atoms, an error, a container and tables while an interface comes and goes. A call
+// reaches a procedure that is registered, or was a moment ago, or fails as it should.
+TEST_F(MovingCounterTest, InterfacesComeAndGo) {
+  TDelVTabList<EchoInterface> tables;
+  const CKAPContainerHolder container(MakeContainer("Impl"), true);
+  const CKAPStringAtom atom("shared");
+  const CKAPError error("message", "shared", 7);
+  auto useAll = [&] {
+    const CKAPStringAtom copy(atom);
+    ASSERT_EQ(copy.Text(), CKAPStringAtom("shared").Text());
+    ASSERT_TRUE(CKAPError(error).Matches("shared", 7));
+    int results[2] = {2, 2};
+    const std::string thrown[] = {
+        Thrown([&] { results[0] = EchoClient::Call<"Second">(); }),
+        Thrown([&] { results[1] = tables.Method<"Second">(container.Handle())(); })};
+    ASSERT_TRUE(thrown[0].empty() || thrown[0] == kMissingProcedure) << thrown[0];
+    ASSERT_TRUE(thrown[1].empty() || thrown[1] == kInvalidContainer) << thrown[1];
+    for (const int result : results) ASSERT_TRUE(result == 2 || result == 12) << result;
+  };
+  RunOnThreads(
+      [&, rounds = Rounds(2000)](int) {
+        for (int i = 0; i < rounds; ++i) useAll();
+      },
+      [this, round = 0]() mutable {
+        fHost.Unregister(EchoInterface::kName);
+        ++round % 2 ? RegisterEcho<10>(fHost) : RegisterEcho(fHost);
+      });
+  RegisterEcho<10>(fHost);
+  MoveCounter(fHost);
+  EXPECT_EQ(EchoClient::Call<"Second">(), 12);
+  EXPECT_EQ(tables.Method<"Second">(container.Handle())(), 12);
 }
 
 }  // namespace

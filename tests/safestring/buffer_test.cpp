@@ -1,5 +1,5 @@
-// Functions that change a buffer. Each row gives the whole buffer before and after the call, with
-// '.' for a zero byte: a byte too many shows in the '#' behind the size that the call was given.
+// Functions that change a buffer. Each row has the whole buffer before and after the call, with '.'
+// for a zero byte: a byte too many overwrites the '#' after the size that the call is given.
 #include <gtest/gtest.h>
 
 #include <algorithm>

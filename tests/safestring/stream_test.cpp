@@ -1,4 +1,4 @@
-// Looking into texts, and the functions on standard input and output.
+// Functions that search a text, and the functions on standard input and output.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -13,7 +13,7 @@ namespace KAP_T_MT {
 namespace {
 
 TEST(SafeText, LengthAndSearch) {
-  const char open[] = {'a', 'b', 'a'};  // no terminator: a look too far is seen by the sanitizer
+  const char open[] = {'a', 'b', 'a'};  // no terminator: the sanitizer sees a read too far
   EXPECT_EQ(strnlen_safe(open, 3), 3u);
   EXPECT_EQ(strnlen_safe("ab", SIZE_MAX), 2u);
   EXPECT_EQ(strnlen_safe("ab", 0), 0u);
@@ -25,7 +25,7 @@ TEST(SafeText, LengthAndSearch) {
   EXPECT_EQ(strchr_safe(open, 1, 'b'), nullptr);
   const char text[] = "a\xE9\0b";
   EXPECT_EQ(strchr_safe(text, sizeof text, '\xE9'), text + 1) << "a negative char";
-  EXPECT_EQ(strchr_safe(text, sizeof text, 'b'), nullptr) << "behind the terminator";
+  EXPECT_EQ(strchr_safe(text, sizeof text, 'b'), nullptr) << "after the terminator";
   EXPECT_EQ(strchr_safe(text, 3, 0), text + 2);
   EXPECT_EQ(strchr_safe(text, 2, 0), nullptr);
   EXPECT_EQ(strchr_safe(text, 0, 'a'), nullptr);
@@ -60,7 +60,7 @@ TEST(SafeText, TokenArguments) {
   EXPECT_STREQ(text, "a;b c");
   EXPECT_EQ(strtok_safe(text, 6, " ", nullptr), nullptr);
   EXPECT_EQ(strtok_safe(text, 5, nullptr, &context), nullptr);
-  EXPECT_STREQ(text, "a;b ") << "cut before the arguments are judged";
+  EXPECT_STREQ(text, "a;b ") << "cut before the arguments are checked";
   EXPECT_STREQ(strtok_safe(text, 5, ";", &context), "a");
   EXPECT_STREQ(strtok_safe(nullptr, 5, " ", &context), "b") << "other delimiters at a later call";
   EXPECT_EQ(context, text + 4);
@@ -95,7 +95,7 @@ TEST(SafeInput, Lines) {
   const InputText input("abc\nabcd\nabcde\n\nab");
   const struct {
     const char* why;
-    std::string image;  // the 4 bytes given and one behind
+    std::string image;  // the 4 bytes of the buffer and one more
   } rows[] = {{"fits exactly", {"abc\0#", 5}},
               {"as long as the size: discarded", {"\0bcd#", 5}},
               {"longer: read to its end", {"\0bcd#", 5}},
@@ -120,7 +120,7 @@ TEST(SafeInput, Arguments) {
   EXPECT_STREQ(gets_safe(buffer, 1), "");
 }
 
-// What `print` writes. A stream of its own: wide and narrow output do not mix on one.
+// What `print` writes. On a stream of its own, because wide and narrow output do not mix on one.
 template <class Print>
 std::string Printed(Print print) {
   FILE* const saved = stdout;
