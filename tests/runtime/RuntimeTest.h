@@ -22,6 +22,14 @@ void RegisterEcho(KAPHost::Host& host) {
                                         [] { return Base + 3; });
 }
 
+// Registers another procedure in place of one of the host's own.
+template <class Interface, KAP_T_MT::TKAPName Method>
+void ReplaceProc(KAPHost::Host& host, typename Interface::template Proc<Method> proc) {
+  const auto& entry = Interface::kEntries[Interface::template kSlot<Method>];
+  host.Register(Interface::kName, entry.fMethodName, entry.fProcName,
+                reinterpret_cast<void*>(proc));
+}
+
 inline void* EchoProc(const KAPHost::Host& host, std::size_t slot) {
   const auto& entry = EchoInterface::kEntries[slot];
   return host.Find(EchoInterface::kName, entry.fMethodName, entry.fProcName);

@@ -46,6 +46,40 @@ TEST(BindingTest, BoundOnce) {
   KAPClientTerminate();
   EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));  // the shared errors
   EXPECT_FALSE(KAPIsBound());
+  KAPReportError("dropped");
+  KAPUnregisterInterface(EchoInterface::kName);
+  EXPECT_EQ(KAPRegisterProcAddress("I", "M", "P", &host), 0);
+  EXPECT_EQ(KAPIsMultiThreaded(), 0);
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
+}
+
+TEST(BindingTest, NothingOfAKilledBindingIsReleased) {
+  {
+    TestHost killed;
+    ASSERT_TRUE(KAPClientInit(killed.GetProcAddress()));
+    KAPClientKill();
+  }
+  TestHost host;
+  const HostTap tap(host);
+  ASSERT_TRUE(KAPClientInit(&HostTap::GetProc));
+  for (const auto& [method, text] : HostTap::TakeCalls()) EXPECT_NE(method, "Release");
+  KAPClientTerminate();
+}
+
+TEST(BindingTest, RegistrationStopsAtTheFirstFailure) {
+  TestHost host;
+  ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+  host.FailRegistration(EchoInterface::kName, "Second");
+  const EchoInterface::Proc<"First"> proc = [] { return 1; };
+  EXPECT_FALSE(KAPRegisterInterface<EchoInterface>(proc, proc, proc));
+  EXPECT_EQ(KAPGetProcAddress(EchoInterface::kName, "First", "EchoFirstProc"),
+            reinterpret_cast<void*>(proc));
+  EXPECT_EQ(KAPQueryProcAddress(EchoInterface::kName, "Third", "EchoThirdProc"), nullptr);
+  KAPUnregisterInterface(EchoInterface::kName);
+  EXPECT_EQ(KAPQueryProcAddress(EchoInterface::kName, "First", "EchoFirstProc"), nullptr);
+  host.StopFaults();
+  EXPECT_TRUE(KAPRegisterInterface<EchoInterface>(proc, proc, proc));
+  KAPClientTerminate();
 }
 
 TEST(BindingTest, FailsWithoutWhatItNeeds) {
@@ -77,6 +111,22 @@ TEST(BindingTest, FailsWithoutWhatItNeeds) {
   }
 }
 
+// A host that has all procedures, of which one returns nothing.
+TEST(BindingTest, FailsWithoutCounterOrCoreErrors) {
+  for (const bool counterLost : {false, true}) {
+    TestHost host;
+    if (counterLost) {
+      ReplaceProc<KAPBinderInterface, "KAPGetUnregisterCountAddr">(
+          host, [] { return static_cast<unsigned long*>(nullptr); });
+    } else {
+      ReplaceProc<KAPErrorInterface, "GetCoreError">(
+          host, [](int) { return static_cast<KAPError*>(nullptr); });
+    }
+    EXPECT_FALSE(KAPClientInit(host.GetProcAddress()));
+    KAPClientTerminate();
+  }
+}
+
 std::string gHistory;
 
 class Member : public LazyTerminate {
@@ -101,6 +151,7 @@ TEST(BindingTest, MembersTakePartInOrder) {
     SCOPED_TRACE(reply);
     const bool bound = reply == Member::kYes;
     TestHost host;
+    const LazyTerminate idle;  // its operations do nothing, and binding goes on
     const Member first("1");
     { const Member gone("gone"); }
     const Member second("2"), third("3", reply), fourth("4");
@@ -129,8 +180,7 @@ TEST(BindingTest, NothingOfTheFormerHostIsUsed) {
     counters[round] = starts[i / 2];
     TestHost host;
     if (round == 0) HostTap tap(host);  // the first host alone has its procedures
-    host.Register("KAP", "KAPGetUnregisterCountAddr", "KAPGetUnregisterCountAddr",
-                  reinterpret_cast<void*>(counterAddresses[round]));
+    ReplaceProc<KAPBinderInterface, "KAPGetUnregisterCountAddr">(host, counterAddresses[round]);
     round == 0 ? RegisterEcho<10>(host) : RegisterEcho<20>(host);
     HostTap::Clear();
     ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));

@@ -91,6 +91,13 @@ TEST_F(ClientTest, SinksFiltersAndProgress) {
   CKAPFilter filter(sink, TKAPClientObject<KAPClientFilter>(KAPNewClient<Filter>()));
   EXPECT_TRUE(filter.GetVellumcodeFilter().IsFilter());
   filter.Close();
+  identity.SetDataSink(filter);
+  EXPECT_EQ(identity.PeekTarget().Handle(), filter.Handle());
+  EXPECT_EQ(identity.GetChainState(), 1u);
+  EXPECT_NE(Thrown([&] { identity.SetDataSink(identity); }), "");
+  identity.ResetChainState();
+  EXPECT_EQ(filter.GetChainState(), 0u);
+  EXPECT_NE(Thrown([] { CKAPFilter(nullptr).Close(); }), "");
   CKAPFilterJPEG jpeg(sink, KAPNewClient<Filter>());
   jpeg.SetImageParameters(1, 2, 3);
   jpeg.SetCompressionParameters(0.5f);
@@ -146,6 +153,22 @@ TEST_F(ClientTest, TablesThatAreGone) {
     EXPECT_EQ(Thrown(construct), kMissingProcedure);
   }
   EXPECT_EQ(Thrown([] { CKAPPositionableStream stream("/tmp", "r"); }), kInvalidContainer);
+  EXPECT_EQ(Thrown([] { Factory::NewClientSimpleStream(nullptr); }), kUnknown);
+}
+
+// What a destructor throws is reported when the object is deleted, or returned by the procedure
+// that deletes it.
+TEST_F(ClientTest, DestructorsMayThrow) {
+  struct Unfinished : KAPClientDataSink {
+    ~Unfinished() noexcept(false) override { throw std::runtime_error("unfinished"); }
+    void Write(const unsigned char*, std::size_t) override {}
+  };
+  { const auto object = KAPNewClient<Unfinished>(); }
+  EXPECT_EQ(fHost.TakeReport(), "unfinished");
+  KAPDeleteVirtualClientBase(nullptr);
+  auto object = KAPNewClient<Unfinished>();
+  EXPECT_EQ(Describe(CKAPError(KAPDeleteClientProc(KAPClientAddress(object.release())))),
+            "unfinished|TOQ|0");
 }
 
 void UseEverything() {

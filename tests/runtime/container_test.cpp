@@ -57,6 +57,14 @@ TEST_F(ContainerTest, ContainersFail) {
   EXPECT_EQ(Thrown([] { MakeContainer("Impl"); }), kOutOfMemory);
 }
 
+// A host that breaks its promise: no error, and no container.
+TEST_F(ContainerTest, NeitherContainerNorError) {
+  ReplaceProc<KAPContainerInterface, "NewFullContainer">(
+      fHost, [](auto...) { return static_cast<KAPError*>(nullptr); });
+  MoveCounter(fHost);
+  EXPECT_EQ(Thrown([] { MakeContainer("Impl"); }), kInvalidContainer);
+}
+
 TEST_F(ContainerTest, CachedHolderDestroysContainersWithoutReferences) {
   { const CKAPCachedContainerHolder cached(fContainer), none(nullptr); }
   EXPECT_EQ(References(), 1);

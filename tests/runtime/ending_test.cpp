@@ -62,6 +62,7 @@ void RunToTheEnd(End end, bool counterMoves, bool hostGoes) {
   if (hostGoes) host.reset();
   if (end == End::kExit) return;
   const CKAPError copy(holdings->fError);
+  EXPECT_EQ(copy.Handle(), holdings->fError.Handle());
   holdings.reset();
   EXPECT_EQ(Thrown([] { CKAPStringAtom("too late"); }), "(empty)");
 }

@@ -74,16 +74,20 @@ const struct {
   std::function<void()> body;
   const char* error;   // what the caller receives
   const char* report;  // or what the binder receives
+  const char* shared;  // what the caller receives when the host makes no error
 } kFailures[] = {
-    {"a standard exception", [] { throw std::runtime_error("some"); }, "some|TOQ|0", "some"},
+    {"a standard exception", [] { throw std::runtime_error("some"); }, "some|TOQ|0", "some",
+     kOutOfMemory},
     {"our own exception", [] { KAPThrowMathOverflow(); }, "Math overflow exception|TOQ|0",
-     kOverflow},
-    {"no text", [] { throw TextlessException(); }, "unknown KAP error|TOQ|0", "unknown KAP error"},
-    {"an error", [] { CKAPError::ThrowError("m", "c", -3); }, "m|c|-3", "m"},
-    {"the empty error", [] { throw CKAPError(); }, kUnknown, "Invalid CKAPError"},
-    {"a core error", [] { CKAPError::ThrowError(kMemErrorID); }, kOutOfMemory, "out of memory"},
-    {"no memory", [] { CKAPMemory::ThrowMemError(); }, kOutOfMemory, kBadAlloc},
-    {"no exception class", [] { throw 5; }, kUnknown, "unknown KAP error"},
+     kOverflow, kOutOfMemory},
+    {"no text", [] { throw TextlessException(); }, "unknown KAP error|TOQ|0", "unknown KAP error",
+     kOutOfMemory},
+    {"an error", [] { CKAPError::ThrowError("m", "c", -3); }, "m|c|-3", "m", kUnknown},
+    {"the empty error", [] { throw CKAPError(); }, kUnknown, "Invalid CKAPError", kUnknown},
+    {"a core error", [] { CKAPError::ThrowError(kMemErrorID); }, kOutOfMemory, "out of memory",
+     kOutOfMemory},
+    {"no memory", [] { CKAPMemory::ThrowMemError(); }, kOutOfMemory, kBadAlloc, kOutOfMemory},
+    {"no exception class", [] { throw 5; }, kUnknown, "unknown KAP error", kUnknown},
 };
 
 TEST_F(ErrorTest, ReturnedAndReported) {
@@ -102,11 +106,32 @@ TEST_F(ErrorTest, ReturnedAndReported) {
   EXPECT_EQ(KAPReportingError([] { return 7; }, -1), 7);
   KAPReportError(nullptr);
   EXPECT_EQ(fHost.TakeReport(), "unknown KAP error");
-  // A failure must never look like success.
-  fHost.FailFrom(KAPFault::kAny, 1);
-  for (const auto& row : kFailures) {
-    EXPECT_NE(CKAPError(KAPReturningError(row.body)).Handle(), nullptr) << row.why;
+}
+
+// A failure never looks like success: without an error of its own it has a shared one.
+TEST_F(ErrorTest, SharedErrors) {
+  const BalancedScope balanced(fHost);
+  for (const bool interfaceLost : {false, true}) {
+    if (interfaceLost) {
+      fHost.HideInterface(KAPErrorInterface::kName);
+      MoveCounter(fHost);
+    }
+    fHost.FailFrom(KAPFault::kAny, 1);
+    std::vector<KAPError*> errors;
+    for (const auto& row : kFailures) errors.push_back(KAPReturningError(row.body));
+    fHost.StopFaults();
+    MoveCounter(fHost);
+    for (std::size_t i = 0; i < errors.size(); ++i) {
+      SCOPED_TRACE(kFailures[i].why);
+      ASSERT_NE(errors[i], nullptr);
+      const CKAPError error(errors[i]);
+      // Without the interface a core error cannot be told from the empty one.
+      EXPECT_TRUE(interfaceLost || Describe(error) == kFailures[i].shared) << Describe(error);
+    }
   }
+  HostTap::Clear();
+  EXPECT_TRUE(CKAPError::Init());  // releases the shared errors that it replaces
+  EXPECT_EQ(HostTap::TextsOf("Release").size(), 2u);
 }
 
 }  // namespace

@@ -49,6 +49,30 @@ TEST_F(LoadTest, AFailedOneIsTriedAgain) {
   }
 }
 
+// A counter that moves while a table is loaded: what the load found first may be out of date.
+TEST(LoadRaceTest, LoadedAgainUntilTheCounterStandsStill) {
+  static TestHost* host;
+  static bool moves;
+  TestHost own;
+  host = &own;
+  moves = false;
+  RegisterEcho(own);
+  static KAPGetProcAddressProc getProc;
+  getProc = own.GetProcAddress();
+  ASSERT_TRUE(KAPClientInit([](const char* interfaceName, const char* method, const char* proc) {
+    void* const found = getProc(interfaceName, method, proc);
+    if (moves && std::string_view(method) == "First") {  // the last one to be looked up
+      moves = false;
+      RegisterEcho<10>(*host);
+      MoveCounter(*host);
+    }
+    return found;
+  }));
+  moves = true;
+  EXPECT_EQ(EchoClient::Call<"Third">(), 13);
+  KAPClientTerminate();
+}
+
 TEST(LoadProcTableTest, AProcedureMissingInTheMiddle) {
   for (const bool bound : {false, true}) {
     SCOPED_TRACE(bound ? "bound" : "start-up");
@@ -77,8 +101,19 @@ TEST(LoadProcTableTest, AProcedureMissingInTheMiddle) {
   }
 }
 
+KAPContainerInterface::Proc<"GetMethod"> gGetMethod;
+int gOptional;
+
 TEST_F(LoadTest, MethodTableRequiredAndNot) {
   RegisterEcho(fHost);
+  gGetMethod = fHost.Proc<KAPContainerInterface, "GetMethod">();
+  ReplaceProc<KAPContainerInterface, "GetMethod">(
+      fHost, [](void** method, KAPContainer* asked, KAPStringAtom* methodName,
+                KAPStringAtom* procName, int optional) {
+        gOptional = optional;
+        return gGetMethod(method, asked, methodName, procName, optional);
+      });
+  MoveCounter(fHost);
   const CKAPContainerHolder container(MakeContainer("Impl"), true);
   const BalancedScope balanced(fHost);
   void* out[3] = {};
@@ -93,6 +128,7 @@ TEST_F(LoadTest, MethodTableRequiredAndNot) {
       EXPECT_EQ(out[0], EchoProc(fHost, 0));
       EXPECT_EQ(out[1], hidden ? nullptr : EchoProc(fHost, 1));
       EXPECT_EQ(out[2], fails ? &gPlace : EchoProc(fHost, 2));
+      EXPECT_EQ(gOptional, required ? 0 : 1);
     }
   }
   EXPECT_EQ(KAPLoadMethodTable(nullptr, 0, nullptr, 1, nullptr), 1);

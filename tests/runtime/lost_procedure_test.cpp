@@ -105,13 +105,36 @@ TEST(KAPClientTest, BindsForItsLifetime) {
     EXPECT_TRUE(KAPIsBound());
   }
   EXPECT_FALSE(KAPIsBound());
-  for (const char* lost : {"KAPStringInterface", "KAPMemoryInterface"}) {
+  struct Cache : CKAPStaticCacheBase {
+    void Clear() override {}
+    void Kill() noexcept override {}
+  } cache;
+  const char* const kLacksInterface =
+      "cannot bind the client runtime: the host lacks one of the interfaces that the client "
+      "runtime "
+      "needs";
+  const std::pair<const char*, const char*> rows[] = {
+      {"KAPStringInterface", kLacksInterface},
+      {"KAPMemoryInterface", "cannot bind the client runtime: Missing Interface"},
+      {"KAPCacheInterface", kLacksInterface}};
+  for (const auto& [lost, message] : rows) {
     host.HideInterface(lost);
-    EXPECT_THROW(KAPClient(host.GetProcAddress()), KAPBindingError);
+    EXPECT_EQ(Thrown([&] { KAPClient(host.GetProcAddress()); }), message);
     EXPECT_FALSE(KAPIsBound());
     host.StopFaults();
   }
   EXPECT_THROW(KAPClient(nullptr), KAPBindingError);
+}
+
+// What a member throws when the binding ends is reported, and the binding ends all the same.
+TEST(KAPClientTest, EndsInSpiteOfAMember) {
+  TestHost host;
+  struct Failing : LazyTerminate {
+    void Terminate() override { throw TOQException("cannot release"); }
+  } failing;
+  { const KAPClient client(host.GetProcAddress()); }
+  EXPECT_EQ(host.TakeReport(), "cannot release");
+  EXPECT_FALSE(KAPIsBound());
 }
 
 }  // namespace

@@ -97,6 +97,52 @@ TEST_F(MethodTableTest, AFailedFillIsDoneAgain) {
   }
 }
 
+// A host's "GetMethod" may call back into the list that is asking it.
+KAPVTabListGeneric* gList;
+Slots gSlotsDuringFill;
+KAPContainerInterface::Proc<"GetMethod"> gGetMethod;
+int gOptional;
+
+KAPError* GetMethodAskingBack(void** out, KAPContainer* container, KAPStringAtom* methodName,
+                              KAPStringAtom* procName, int optional) {
+  gOptional = optional;
+  gSlotsDuringFill = gList->GetVTabDynamic(container, &CountedInit);
+  return gGetMethod(out, container, methodName, procName, optional);
+}
+
+TEST_F(MethodTableTest, AFillThatAsksForItsOwnTable) {
+  gList = &fList;
+  gGetMethod = fHost.Proc<KAPContainerInterface, "GetMethod">();
+  ReplaceProc<KAPContainerInterface, "GetMethod">(fHost, &GetMethodAskingBack);
+  MoveCounter(fHost);
+  const Slots slots = Get(fA1);
+  ASSERT_NE(slots, nullptr);
+  EXPECT_EQ(gSlotsDuringFill, nullptr);  // not filled yet
+  EXPECT_EQ(gOptional, 0);
+  MoveCounter(fHost);
+  EXPECT_EQ(Get(fA1), slots);
+  EXPECT_EQ(gSlotsDuringFill, slots);  // as the last fill left them
+  EXPECT_EQ(gFills, 2);
+  EXPECT_EQ(fList.Count(), 1u);
+}
+
+// The count of a table that was never filled is 0, and so is the counter here.
+TEST(MethodTableCounterTest, AFailedFirstFillAtCounterZero) {
+  static unsigned long counter;
+  TestHost host;
+  ReplaceProc<KAPBinderInterface, "KAPGetUnregisterCountAddr">(host, [] { return &counter; });
+  ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+  RegisterEcho(host);
+  {
+    TDelVTabList<EchoInterface> tables;
+    const CKAPContainerHolder container(MakeContainer("A"), true);
+    host.FailCall(KAPFault::kMethod, 1);
+    EXPECT_EQ(Thrown([&] { tables.InitVTab(container.Handle()); }), kOutOfMemory);
+    EXPECT_EQ(Thrown([&] { tables.InitVTab(container.Handle()); }), "");
+  }
+  KAPClientTerminate();
+}
+
 TEST_F(MethodTableTest, NoSignature) {
   const CKAPContainerHolder empty;
   const BalancedScope balanced(fHost);

@@ -35,7 +35,10 @@ TEST_F(ResourceTest, SharedBuffersAfterTheTableWasDropped) {
   ignored.reset();
   EXPECT_EQ(HostTap::TakeCalls(), Log());
   CKAPSharedBuff::Init();
+  MoveCounter(fHost);
+  HostTap::TakeLookUps();
   released.reset();
+  EXPECT_EQ(HostTap::TakeLookUps().size(), KAPSharedBuffInterface::kCount);  // as before Close
   TKAPSharedBuffer<char>(handle, KAPAdopt());  // the reference that was ignored
   EXPECT_EQ(HostTap::TakeCalls(), (Log{{"Release", ""}, {"Release", ""}}));
 }
@@ -56,6 +59,34 @@ TEST_F(ResourceTest, CallersBuffers) {
   EXPECT_EQ(gDeleted, 3);
 }
 
+TEST_F(ResourceTest, BufferArgumentsReachTheHost) {
+  static std::vector<const void*> arguments;
+  ReplaceProc<KAPSharedBuffInterface, "NewBuffer">(
+      fHost, [](std::size_t size, void* data, KAPDeleteProc deleteProc, KAPGrowProc growProc,
+                void* clientData) {
+        arguments = {reinterpret_cast<void*>(size), data, reinterpret_cast<void*>(deleteProc),
+                     reinterpret_cast<void*>(growProc), clientData};
+        return static_cast<KAPSharedBuffer*>(nullptr);
+      });
+  MoveCounter(fHost);
+  const KAPGrowProc grow = [](void* data, std::size_t, void*) { return data; };
+  EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(9, this, &Delete, grow, &fHost); }), kBadAlloc);
+  EXPECT_EQ(arguments, (std::vector<const void*>{reinterpret_cast<void*>(9), this,
+                                                 reinterpret_cast<void*>(&Delete),
+                                                 reinterpret_cast<void*>(grow), &fHost}));
+}
+
+TEST_F(ResourceTest, BuffersOverHostMemory) {
+  TKAPBlock<long> block = KAPNewBlock<long>(2);
+  block[1] = 7;
+  void* const data = block.get();
+  const TKAPSharedBuffer<long> buffer(
+      CKAPSharedBuff::NewBuffer(2 * sizeof(long), data, &KAPDeleteSharedBuff), KAPAdopt());
+  static_cast<void>(block.release());  // the buffer owns it now
+  EXPECT_EQ(buffer.Data(), data);
+  EXPECT_EQ(buffer.Data()[1], 7);
+}
+
 TEST_F(ResourceTest, Streams) {
   const std::string path = testing::TempDir() + "kap_stream_" + std::to_string(getpid());
   for (const bool inFile : {false, true}) {
@@ -72,6 +103,13 @@ TEST_F(ResourceTest, Streams) {
     EXPECT_EQ(independent.Mark(), 0);
   }
   std::remove(path.c_str());
+  const unsigned char source[] = {1, 2, 3};
+  CKAPPositionableStream copy(CKAPStreamFactory::NewPositionableBufferStream(source, 3),
+                              KAPAdopt());
+  unsigned char bytes[4] = {};
+  EXPECT_EQ(copy.Read(bytes, 4), 3u);
+  EXPECT_EQ(bytes[2], 3);
+  EXPECT_NE(Thrown([&] { copy.Write(source, 1); }), "");
   EXPECT_NE(Thrown([&] { CKAPPositionableStream(path.c_str(), "r"); }), "");
   fHost.HideInterface(KAPStreamFactoryInterface::kName);
   MoveCounter(fHost);
@@ -84,9 +122,14 @@ TEST_F(ResourceTest, LockedItemsStay) {
   CKAPCacheLock lock = CKAPCache::Attach(id);
   lock.UpdateCost(20);
   EXPECT_EQ(lock.ReturnCost(), 20u);
+  EXPECT_EQ(CKAPCache::CurrentCacheSize(), 20u);
   std::optional<CKAPCacheLock> copy(lock);
   lock = CKAPCacheLock(KAPInvalid());
   EXPECT_TRUE(CKAPCacheLock(id, copy->Item()));
+  HostTap::Clear();
+  CKAPCacheLock(id, nullptr).UpdateCost(5);
+  EXPECT_EQ(lock.ReturnCost(), 0u);
+  EXPECT_EQ(HostTap::TextsOf("MarkNoPurge"), std::vector<std::string>());
   CKAPCache::PurgeAll();
   EXPECT_EQ(gDeleted, 0);
   copy.reset();
@@ -168,6 +211,23 @@ TEST_F(ResourceTest, DataBlockStreams) {
     EXPECT_EQ(Thrown([&] { blocks.GetNextBlock(); }), "read twice|c|1");
   }
   EXPECT_EQ(gDeleted, 4);
+}
+
+// A stream of a component that claims to have read more than there was room for.
+TEST_F(ResourceTest, AStreamThatClaimsTooMuch) {
+  const KAPSimpleStreamInterface::Proc<"Read"> read = [](std::size_t* count, KAPSimpleStream*,
+                                                         unsigned char*, std::size_t size) {
+    *count = size + 1;
+    return static_cast<KAPError*>(nullptr);
+  };
+  const KAPSimpleStreamInterface::Proc<"Write"> write = [](auto...) {
+    return static_cast<KAPError*>(nullptr);
+  };
+  RegisterAs<KAPSimpleStreamInterface>("Claiming", read, write);
+  CKAPSimpleStream stream(NewContainer("Claiming", "Claiming"), KAPAdopt());
+  unsigned char bytes[2];
+  EXPECT_EQ(Thrown([&] { stream.Read(bytes, 2); }),
+            "a stream returned more than was asked for|KAP|0");
 }
 
 // ---- Handles of another kind ----

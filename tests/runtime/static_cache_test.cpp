@@ -77,6 +77,14 @@ TEST_F(StaticCacheTest, ComingAndGoing) {
   EXPECT_EQ(TakeHistory(), "-");
 }
 
+TEST_F(StaticCacheTest, NotAcceptedAfterAKill) {
+  ASSERT_TRUE(KAPClientInit(fHost.GetProcAddress()));
+  KAPClientKill();
+  EXPECT_FALSE(CKAPStaticCacheBase::IsAccepting());
+  { const Cache cache("1"); }
+  EXPECT_EQ(TakeHistory(), "");
+}
+
 TEST_F(StaticCacheTest, WithoutTheCacheInterface) {
   const Member member;
   fHost.HideInterface(KAPCacheInterface::kName);

@@ -25,7 +25,9 @@ TEST_F(StringAtomTest, References) {
   EXPECT_EQ(CKAPStringAtom(none).Text(), nullptr);
   fHost.FailCall(KAPFault::kAtom, 1);
   EXPECT_EQ(Thrown([] { CKAPStringAtom("refused"); }), kBadAlloc);
+  HostTap::Clear();
   EXPECT_EQ(Thrown([] { CKAPStringAtom(static_cast<const char*>(nullptr)); }), kBadAlloc);
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
 }
 
 TEST_F(StringAtomTest, Join) {
@@ -42,6 +44,22 @@ TEST_F(StringAtomTest, Join) {
     fHost.FailCall(call, 1);
     EXPECT_EQ(Thrown([&] { texts[0] + texts[0]; }), kBadAlloc);
   }
+}
+
+// Until the table is loaded again, releasing an atom makes no host call.
+TEST_F(StringAtomTest, Close) {
+  KAPStringAtom* unreleased = nullptr;
+  {
+    const CKAPStringAtom atom("x");
+    unreleased = atom.Handle();
+    CKAPStringAtom::Close();
+    HostTap::Clear();
+  }
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
+  MoveCounter(fHost);
+  HostTap::Clear();
+  CKAPStringAtom(unreleased, true);
+  EXPECT_EQ(HostTap::TextsOf("DeleteStringAtom"), std::vector<std::string>{"x"});
 }
 
 TEST_F(StringAtomTest, ToHex) {

@@ -34,9 +34,7 @@ KAPVTabGeneric* KAPVTabGeneric::NewKAPVTab(std::size_t slotCount, KAPVTabListGen
   return table;
 }
 
-KAPVTabListGeneric::~KAPVTabListGeneric() {
-  if (KAPIsBound()) DeleteAll();
-}
+KAPVTabListGeneric::~KAPVTabListGeneric() { DeleteAll(); }
 
 const KAPVTabGeneric::Slot* KAPVTabListGeneric::GetVTabDynamic(KAPContainer* container,
                                                                KAPVTabInitProc initProc) {
