@@ -11,7 +11,7 @@ class NestingLevel {
   NestingLevel(const NestingLevel&) = delete;
   NestingLevel& operator=(const NestingLevel&) = delete;
 
-  // Whether the stack that is left carries the level. Where the ends of the stack cannot be known,
+  // Whether the remaining stack suffices for the level. Where the ends of the stack cannot be known,
   // a modest number of levels is the limit.
   bool Fits() const noexcept { return fFits; }
 
