@@ -50,7 +50,7 @@ class MembersCheck {
   // Empty when there is no dictionary, or it has no such member.
   Kept<String> TypeIn(const Dict* members, const SortableStringAtom& name) const {
     const CPOSObject* type = members ? members->Find(name) : nullptr;
-    return type ? Kept<String>(*type, fCheck.fDefinition.Keeps()) : Kept<String>();
+    return type ? Kept<String>(*type, fCheck.fDefinition.MustKeep()) : Kept<String>();
   }
 
   const TypeCheck& fCheck;
@@ -63,8 +63,8 @@ class MembersCheck {
 // One member. A callback may take it out of the dictionary, so with callbacks its name and its
 // value are kept, and the next member is found by the name.
 const DictEntry* CheckMember(const MembersCheck& members, const Dict& dict, const DictEntry* entry,
-                             bool keeps, ErrorCount& count) {
-  if (!keeps) {
+                             bool mustKeep, ErrorCount& count) {
+  if (!mustKeep) {
     count += members.Check(entry->GetKey(), Subject(entry->Value().Handle()));
     return DictTree::Next(entry);
   }
@@ -96,7 +96,7 @@ ErrorCount CheckDict(const TypeCheck& check) {
   const MembersCheck members(check, required.Get());
   ErrorCount count = 0;
   for (const DictEntry* entry = dict->Entries().First(); entry;) {
-    entry = CheckMember(members, *dict, entry, check.fDefinition.Keeps(), count);
+    entry = CheckMember(members, *dict, entry, check.fDefinition.MustKeep(), count);
   }
   return count;
 }
