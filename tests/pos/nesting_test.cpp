@@ -114,8 +114,8 @@ TEST_F(NestingTest, AMillionLevels) {
   }
 }
 
-// Code of another component that releases the last reference to an object relies on the object being
-// destroyed then, however the code is reached and however deep the release is nested.
+// Code of another component that releases the last reference to an object relies on the object
+// being destroyed then, however the code is reached and however deep the release is nested.
 TEST_F(NestingTest, ReleaseInsideReleaseCodeOfAComponent) {
   static std::string order;
   struct Held {

@@ -17,8 +17,8 @@ class CPOSValidatorTerminate : public TDelVTabList<POSValidatorInterface> {};
 //   if (!validator.Validate(person, "Person", &PrintMessage)) return 1;
 //
 // Ownership: holds one reference, released on destruction; copies share the same validator.
-// Errors: CKAPError "invalid container" for a handle that is null or has no validator's methods, and
-//   when the host does not add a reference; "couldn't get signature" for a container without a
+// Errors: CKAPError "invalid container" for a handle that is null or has no validator's methods,
+//   and when the host does not add a reference; "couldn't get signature" for a container without a
 //   primary instance.
 // Threads: see POSValidatorInterfaces.h.
 class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseGeneric> {
@@ -47,8 +47,9 @@ class CPOSStructValidator : public CPOSValidator {
   // when there can be no validator.
   explicit CPOSStructValidator(const CPOSDict& schema);
 
-  // Registers `callback`, which is then called for each object that complies with the type. Replaces
-  // the type's previous callback; null removes it. A failure is reported and changes nothing.
+  // Registers `callback`, which is then called for each object that complies with the type.
+  // Replaces the type's previous callback; null removes it. A failure is reported and changes
+  // nothing.
   void RegisterCallbackProc(const CKAPStringAtom& typeName, POSExtraValidationProc callback,
                             void* clientData);
   void RegisterCallbackProc(const char* typeName, POSExtraValidationProc callback,

@@ -14,10 +14,10 @@ namespace NPOSObjectImpl {
 //
 // Other components may release objects during a round: a release procedure, the deletion of an
 // object of theirs, an instance that they added to a container of ours. Their code relies on the
-// object being destroyed when "Release" returns. So any release that our destructors do not announce
-// (ReleaseOfHeld) has separate rounds: an outermost round and a list of its own. Nested code of
-// other components therefore takes stack. Only where the stack ends are its objects filed for a
-// round outside.
+// object being destroyed when "Release" returns. So any release that our destructors do not
+// announce (ReleaseOfHeld) has separate rounds: an outermost round and a list of its own. Nested
+// code of other components therefore takes stack. Only where the stack ends are its objects filed
+// for a round outside.
 class HoldingObject : public BaseObject {
  protected:
   HoldingObject() noexcept = default;

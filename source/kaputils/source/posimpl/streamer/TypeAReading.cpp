@@ -84,7 +84,8 @@ CPOSObject TypeAStreamer::DeserializeObject(ICharStream& in) {
 // The first character of the next value, or false at the end of what encloses it.
 bool TypeAStreamer::FindValue(ICharStream& in, char* open) {
   do {
-    in.SkipWhitespace();  // the fast path: white space never ends an array, a dictionary or the document
+    // The fast path: white space never ends an array, a dictionary or the document.
+    in.SkipWhitespace();
     if (!in.GetChar(open)) return false;
   } while (*open == ' ');
   return true;

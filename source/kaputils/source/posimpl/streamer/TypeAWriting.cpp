@@ -42,8 +42,8 @@ constexpr unsigned kLevelsUnchecked = 64;
 // The objects that a check may look at, for each level that fits: milliseconds in all.
 constexpr unsigned long kLooksPerLevel = 256;
 
-// Throws what NestingGuard throws when the object has more levels. Looks at `looks` objects at most:
-// an object that many others hold is met on each path to it, and the paths can be too many to
+// Throws what NestingGuard throws when the object has more levels. Looks at `looks` objects at
+// most: an object that many others hold is met on each path to it, and the paths can be too many to
 // follow.
 void ExpectNoMoreLevels(const BaseObject& object, unsigned long levels, unsigned long& looks) {
   if (levels == 0) NPOSObjectImpl::NestingGuard::ThrowTooDeep();

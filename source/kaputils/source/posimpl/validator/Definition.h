@@ -8,9 +8,8 @@
 namespace NPOSValidatorImpl {
 
 // The attributes of a type definition. They are read where they are needed and never ahead of it:
-// an error in a definition is an error of the check that meets it, and a changed schema takes effect
-// at once. An absent attribute is null; one of another kind is a POSException.
-// Borrowed.
+// an error in a definition is an error of the check that meets it, and a changed schema takes
+// effect at once. An absent attribute is null; one of another kind is a POSException. Borrowed.
 class Definition {
  public:
   // With `mustKeep` callbacks may run during the check, see Kept.
