@@ -1,3 +1,5 @@
+#include <functional>
+
 #include "World.h"
 
 // Property objects of another component: here, a count that this test implements.
@@ -35,10 +37,12 @@ class ForeignTest : public PosTest {
   }
 
   static POSObject* Clone(POSObject* object) {
-    if (gCloning == Cloning::kRefused) return nullptr;
+    if (gChange) gChange();
+    if (gCloning == Cloning::kFails) return nullptr;
     return gCloning == Cloning::kShared ? object : New(*CountOf(object)).release();
   }
   static bool IsEqual(POSObject* object, POSObject* other) {
+    if (gChange) gChange();
     const int* count = CountOf(other);
     return count && *count == *CountOf(object);
   }
@@ -53,11 +57,12 @@ class ForeignTest : public PosTest {
     return Own(Call<POSObjectInterface, "Clone">(object.get()));
   }
 
-  enum class Cloning { kCopied, kShared, kRefused };
+  enum class Cloning { kCopied, kShared, kFails };
 
   static inline ForeignTest* gTest = nullptr;
   static inline int gLive = 0;
   static inline Cloning gCloning = Cloning::kCopied;
+  static inline std::function<void()> gChange;  // runs in "Clone" and "IsEqual"
 
   OwnedAtom fAtom = Key(kName);
 };
@@ -92,10 +97,60 @@ TEST_F(ForeignTest, AreClonedByTheirOwnProcedure) {
   const Object shared = CloneOf(dict);
   EXPECT_EQ(DeepGet(shared, "a[1]"), DeepGet(dict, "a[1]"));
 
-  gCloning = Cloning::kRefused;
+  gCloning = Cloning::kFails;
   EXPECT_EQ(CloneOf(dict), nullptr);
   EXPECT_TRUE(AnyContains(TakeReports(), "CPOSObject::Clone failed"));
   gCloning = Cloning::kCopied;
+}
+
+// Against the contract of the calls: each walk goes on with what is there then.
+TEST_F(ForeignTest, ThatChangeWhatHoldsThem) {
+  const auto fill = [this](const Object& held, int times) {
+    for (int i = 0; i < times; ++i) {
+      this->Call<POSArrayInterface, "Append">(held.get(), Number(i).get());
+    }
+  };
+  const auto empty = [this](const Object& held) { this->Empty(held); };
+  const struct {
+    const char* why;
+    bool inDict;
+    std::function<void(const Object& held)> change;
+  } rows[] = {
+      {"an array that grows", false, [&](const Object& held) { fill(held, 100); }},
+      {"an array that is emptied", false, empty},
+      {"a dictionary that is emptied", true, empty},
+      {"a dictionary that loses the next entry too", true,
+       [this](const Object& held) {
+         for (const char* key : {"a", "b"}) this->Remove(held, key);
+       }},
+  };
+  ArrayWith(New(3));  // fills the method table that stays
+  for (const auto& row : rows) {
+    for (const bool isClone : {true, false}) {
+      SCOPED_TRACE(std::string(row.why) + (isClone ? ", cloned" : ", compared"));
+      const BalancedScope balanced(*this);
+      const auto make = [&] {
+        Object held = row.inDict ? Read("< b 2 c 3 >") : ArrayWith(New(3));
+        if (row.inDict) Put(held, "a", New(3));
+        return held;
+      };
+      const Object held = make();
+      const Object other = make();
+      int calls = 0;
+      gChange = [&] {
+        if (calls++ != 0) return;
+        row.change(held);
+        row.change(other);
+      };
+      if (isClone) {
+        EXPECT_NE(CloneOf(held), nullptr);
+      } else {
+        EXPECT_TRUE(World::IsEqual(held, other));
+      }
+      EXPECT_EQ(calls, 1);
+      gChange = nullptr;
+    }
+  }
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
+#include <sys/resource.h>
+
 #include <csignal>
 #include <functional>
+#include <stdexcept>
 
 #include "Threads.h"
 #include "World.h"
@@ -111,9 +114,9 @@ TEST_F(NestingTest, AMillionLevels) {
   }
 }
 
-// A release procedure that gives back the last reference to an object relies on its being gone
-// then, however deep the release is nested.
-TEST_F(NestingTest, ReleaseInsideAReleaseProcedure) {
+// Code of another component that releases the last reference to an object relies on the object
+// being destroyed then, however the code is reached and however deep the release is nested.
+TEST_F(NestingTest, ReleaseInsideReleaseCodeOfAComponent) {
   static std::string order;
   struct Held {
     void* object;
@@ -124,16 +127,49 @@ TEST_F(NestingTest, ReleaseInsideAReleaseProcedure) {
     }
     static void Note(void*) { order += "released "; }
   };
-  for (const int levels : {0, 1, 30, 31, 32, 33, 62, 63, 64, 95, 127, 1000}) {
-    SCOPED_TRACE(levels);
-    order.clear();
-    Held last = {fNewRawPointer(this, &Held::Note)};
-    Held array = {InArray(Object(fNewRawPointer(&last, &Held::Release), fRelease)).release()};
-    Object object(fNewRawPointer(&array, &Held::Release), fRelease);
-    for (int level = 0; level < levels; ++level) object = Alternate(level, std::move(object));
-    object.reset();
-    EXPECT_EQ(order, "begin begin released end end ");
+  const char* const name = "TestHolder";
+  for (const auto& entry : POSObjectInterface::Registration(nullptr, nullptr, nullptr)) {
+    static int never;
+    Register(name, entry.fMethodName, entry.fProcName, &never);
   }
+  const struct {
+    const char* why;
+    std::function<Object(Held& held)> hold;
+  } rows[] = {
+      {"a release procedure",
+       [this](Held& held) { return Object(fNewRawPointer(&held, &Held::Release), fRelease); }},
+      {"an object of the component",
+       [&](Held& held) { return Foreign(name, &held, &Held::Release); }},
+      {"an instance added to an object",
+       [&](Held& held) {
+         Object array = Read("[]");
+         const OwnedAtom atom = Key(name);
+         EXPECT_EQ(TakeMessage(Containers<"RegisterInstance">(
+                       array.get(), atom.get(), static_cast<void*>(&held), &Held::Release)),
+                   "");
+         return array;
+       }},
+  };
+  for (const auto& row : rows) {
+    for (const int levels : {0, 1, 2, 3, 4, 5, 29, 30, 31, 32, 33, 62, 63, 64, 95, 127, 1000}) {
+      SCOPED_TRACE(row.why + (" below " + std::to_string(levels)));
+      order.clear();
+      Held last = {fNewRawPointer(this, &Held::Note)};
+      Held array = {InDict(InArray(row.hold(last))).release()};
+      Object object = row.hold(array);
+      for (int level = 0; level < levels; ++level) object = Alternate(level, std::move(object));
+      object.reset();
+      EXPECT_EQ(order, "begin begin released end end ");
+    }
+  }
+}
+
+// Against its contract.
+TEST_F(NestingTest, AReleaseProcedureThatThrows) {
+  const auto fail = [](void*) { throw std::runtime_error("what went wrong"); };
+  const Object array = InArray(Object(fNewRawPointer(this, fail), fRelease));
+  Empty(array);
+  EXPECT_EQ(TakeReport(), "what went wrong");
 }
 
 // Nested release procedures take stack; where it ends, releasing goes on without.
@@ -195,6 +231,28 @@ TEST_F(NestingTest, UnknownStack) {
     CloneCompareAndRead(modest, Brackets(20), true);
     deep.reset();
   });
+}
+
+// The ends of the main thread's stack are read from a file. After a moment without descriptors the
+// thread is not limited for life.
+TEST(UnaskedStackTest, NoDescriptorsForAMoment) {
+  TestHost host;
+  const KAPHost::Component library = host.Load(KAP_LIBRARY_PATH);
+  const auto release = host.Proc<KAPContainerInterface, "Release">();
+  const auto read = [&](int levels) {
+    const Object object(
+        host.Call<POSObjectStatics, "CreateFromText">(Brackets(levels).c_str(), nullptr), release);
+    return object != nullptr;
+  };
+  rlimit before = {};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none = {0, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const bool withoutDescriptors = read(1000);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_FALSE(withoutDescriptors);
+  EXPECT_EQ(host.TakeReport(), "property object is nested too deep");
+  EXPECT_TRUE(read(1000));
 }
 
 TEST_F(NestingTest, APathOfManySegments) {

@@ -102,7 +102,7 @@ TEST(ProceduresTest, BadInput) {
 // The nth call of the host fails, alone or with all after it; when it is cold, the method tables
 // are to be loaded anew, which takes calls of its own. True while there is such a call.
 template <class Procedure>
-bool RefuseCall(unsigned long n, bool andAllAfterIt, bool cold) {
+bool FailedCall(unsigned long n, bool andAllAfterIt, bool cold) {
   SCOPED_TRACE(testing::Message() << Procedure::kInterface << '.' << Procedure::kMethod << ", call "
                                   << n << (andAllAfterIt ? " on" : "") << (cold ? ", cold" : ""));
   World world;
@@ -126,17 +126,17 @@ bool RefuseCall(unsigned long n, bool andAllAfterIt, bool cold) {
 }
 
 TEST(ProceduresTest, NthCallOfTheHostFails) {
-  unsigned long refused = 0;
+  unsigned long failed = 0;
   ForEachProcedure([&]<class Procedure>() {
     for (const bool andAllAfterIt : {false, true}) {
       for (const bool cold : {false, true}) {
         unsigned long n = 1;
-        while (RefuseCall<Procedure>(n, andAllAfterIt, cold) && !testing::Test::HasFailure()) ++n;
-        refused += n - 1;
+        while (FailedCall<Procedure>(n, andAllAfterIt, cold) && !testing::Test::HasFailure()) ++n;
+        failed += n - 1;
       }
     }
   });
-  EXPECT_GT(refused, 200u);
+  EXPECT_GT(failed, 200u);
 }
 
 }  // namespace

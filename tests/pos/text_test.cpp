@@ -83,7 +83,7 @@ TEST_F(TextTest, SyntaxErrors) {
       {"> alone", ">", 1},
       {"] closes a dictionary", "< a 1 ]", 7},
       {"a comma", "[1,2]", 2},
-      {"a byte above 127 behind a word", "ab\xe4", 2},
+      {"a byte above 127 after a word", "ab\xe4", 2},
       {"other white space", "\v1", 0},
       {"no token for a key", "<a 1 ,>", 5},
       {"no token for a value", "<a ,>", 3},
@@ -114,7 +114,7 @@ TEST_F(TextTest, SyntaxErrors) {
 
 // A failing host is not a syntax error: there is a report, and the end pointer holds the position
 // reached.
-TEST_F(TextTest, RefusalsKeepThePlace) {
+TEST_F(TextTest, FailuresKeepThePlace) {
   const char* const text = "[1 <a (b)> 4]";
   for (unsigned long n = 1;; ++n) {
     SCOPED_TRACE(n);

@@ -13,7 +13,7 @@ class FailingTest : public StreamerTest {
   // Writes and reads with the nth call failing, alone or with all after it. Reading returns all or
   // nothing, writing the beginning of the document; there is a report exactly if there was
   // such a call, which is the result. False also after a failure of the test.
-  bool Refused(HostCall kind, unsigned long n, bool andAllAfterIt) {
+  bool FailedCall(HostCall kind, unsigned long n, bool andAllAfterIt) {
     SCOPED_TRACE(testing::Message() << "kind " << static_cast<int>(kind) << ", call " << n);
     const BalancedScope balanced(*this);
     const Object out = NewMemory();
@@ -44,7 +44,7 @@ TEST_F(FailingTest, NthCallOfTheHostFails) {
   for (const auto& [kind, calls] : rows) {
     for (const bool andAllAfterIt : {false, true}) {
       unsigned long n = 1;
-      while (Refused(kind, n, andAllAfterIt)) ++n;
+      while (FailedCall(kind, n, andAllAfterIt)) ++n;
       EXPECT_GT(n, calls);
     }
   }
@@ -127,6 +127,24 @@ TEST_F(FailingTest, AnArrayInItself) {
   EXPECT_EQ(TakeReport(), "property object is nested too deep");
   EXPECT_LT(Contents(stream).size(), 10000u);
   Call<POSArrayInterface, "Remove">(array.get(), 1ul);
+}
+
+// Many more paths than anything can follow lead to what is nested deeper: a stream that fails ends
+// the writing all the same.
+TEST_F(FailingTest, AStreamThatFailsAmongManyPaths) {
+  Object object = Read("[]");
+  for (int level = 0; level < 130; ++level) {
+    const Object inner = std::exchange(object, Read("[]"));
+    for (int i = 0; i < (level < 50 ? 2 : 1); ++i) {
+      Call<POSArrayInterface, "Append">(object.get(), inner.get());
+    }
+  }
+  const Object stream = NewMemory();
+  FailFrom(HostCall::kWrite, 100);
+  Serialize(stream, object);
+  EXPECT_TRUE(Fired());
+  StopFaults();
+  EXPECT_EQ(TakeReports().size(), 1u);
 }
 
 TEST_F(FailingTest, DeepDocumentThatFits) {

@@ -18,8 +18,8 @@ class CallbackTest : public ::testing::Test, public ValidatorWorld {
   static char* Bytes(KAPSharedBuffer* buffer) {
     return reinterpret_cast<char*>(gWorld->Call<KAPSharedBuffInterface, "GetBuffer">(buffer));
   }
-  // Refuses everything, with the text that the client data are.
-  static long Refuse(POSObject*, KAPStringAtom*, KAPSharedBuffer* buffer, void* text) {
+  // Fails everything, with the text that the client data are.
+  static long Reject(POSObject*, KAPStringAtom*, KAPSharedBuffer* buffer, void* text) {
     std::strcpy(Bytes(buffer), static_cast<const char*>(text));
     return 0;
   }
@@ -67,8 +67,8 @@ TEST_F(CallbackTest, AfterASuccessfulCheckOfTheType) {
 TEST_F(CallbackTest, ALaterOneReplaces) {
   const Object validator = Validator("< N < category int > >");
   const Object one = Number(1);
-  RegisterCallback(validator, "N", &Refuse, Text("first"));
-  RegisterCallback(validator, "N", &Refuse, Text("second"));
+  RegisterCallback(validator, "N", &Reject, Text("first"));
+  RegisterCallback(validator, "N", &Reject, Text("second"));
   EXPECT_EQ(Validate(validator, "N", one), Outcome{"second"});
   RegisterCallback(validator, "N", nullptr);
   EXPECT_EQ(Validate(validator, "N", one), kValid);
@@ -77,16 +77,16 @@ TEST_F(CallbackTest, ALaterOneReplaces) {
   const auto replace = [](POSObject*, KAPStringAtom* typeName, KAPSharedBuffer* buffer,
                           void* self) {
     gWorld->Call<POSStructValidatorInterface, "RegisterCallbackProc">(
-        static_cast<KAPContainer*>(self), typeName, &Refuse, Text("third"));
-    return Refuse(nullptr, typeName, buffer, Text("replaced"));
+        static_cast<KAPContainer*>(self), typeName, &Reject, Text("third"));
+    return Reject(nullptr, typeName, buffer, Text("replaced"));
   };
   RegisterCallback(validator, "N", replace, validator.get());
   EXPECT_EQ(Validate(validator, "N", one), Outcome{"replaced"});
   EXPECT_EQ(Validate(validator, "N", one), Outcome{"third"});
 }
 
-// A callback may change the document and the schema. The step at work ends by what it began with,
-// later steps see what is there then.
+// A callback may change the document and the schema. The current step finishes with the contents it
+// started with; later steps see the changes.
 TEST_F(CallbackTest, ThatChangesTheDocument) {
   const auto change = [](POSObject* object, KAPStringAtom*, KAPSharedBuffer*, void* data) {
     gWorld->fCalls += gWorld->Show(object) + " ";
@@ -157,6 +157,28 @@ TEST_F(CallbackTest, ThatEmptiesEverything) {
     reached = state.calls >= at;
   }
   EXPECT_GT(at, 10);
+}
+
+// It can still be kept, and a callback gets it.
+TEST_F(CallbackTest, AForeignPartWhoseInterfaceIsGone) {
+  const char* const name = "TestForeign";
+  static int never;
+  for (const auto& entry : POSObjectInterface::Registration(nullptr, nullptr, nullptr)) {
+    Register(name, entry.fMethodName, entry.fProcName, &never);
+  }
+  const Object array = Read("[1]");
+  Call<POSArrayInterface, "Append">(array.get(), Foreign(name).get());
+  Unregister(name);
+  const Object validator =
+      Validator("< L < category array membertype E > E < category union set [any] > >");
+  std::string calls;
+  const auto count = [](POSObject*, KAPStringAtom*, KAPSharedBuffer*, void* text) {
+    *static_cast<std::string*>(text) += "called ";
+    return 1l;
+  };
+  RegisterCallback(validator, "E", count, &calls);
+  EXPECT_EQ(Validate(validator, "L", array), kValid);
+  EXPECT_EQ(calls, "called called ");
 }
 
 // Against its contract.

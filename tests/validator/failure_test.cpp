@@ -37,9 +37,9 @@ TEST_F(FailureTest, BadArguments) {
                                                             nullptr);
   EXPECT_FALSE(TakeReports().empty());
   // And the other way round.
-  const std::string answer =
+  const std::string message =
       TakeMessage(Call<KAPUtilsDirInterface, "Delete">(validator.get(), Key("file").get()));
-  EXPECT_NE(answer.find("instance was not"), std::string::npos) << answer;
+  EXPECT_NE(message.find("instance was not"), std::string::npos) << message;
   EXPECT_EQ(Validate(validator, "N", number), Outcome{"valid"});
 }
 
@@ -94,7 +94,7 @@ struct Scenario : ValidatorWorld {
 
 // Makes a call with the nth call of the host failing, alone or with all after it, until none fails:
 // `fails` must fail exactly when one was, and everything must have been given back.
-void RefuseEachCall(bool (*fails)(Scenario&)) {
+void FailEachCall(bool (*fails)(Scenario&)) {
   for (const bool andAllAfterIt : {false, true}) {
     bool fired = true;
     unsigned long n = 1;
@@ -113,8 +113,8 @@ void RefuseEachCall(bool (*fails)(Scenario&)) {
   }
 }
 
-TEST(RefusingHostTest, Validate) {
-  RefuseEachCall([](Scenario& scenario) {
+TEST(FailingHostTest, Validate) {
+  FailEachCall([](Scenario& scenario) {
     EXPECT_FALSE((scenario.Call<POSValidatorInterface, "Validate">(
         scenario.fValidator.get(), scenario.fObject.get(), scenario.fType.get(),
         &ValidatorWorld::Hear)));
@@ -124,21 +124,21 @@ TEST(RefusingHostTest, Validate) {
   });
 }
 
-TEST(RefusingHostTest, NewAndRegister) {
-  RefuseEachCall([](Scenario& scenario) {
+TEST(FailingHostTest, NewAndRegister) {
+  FailEachCall([](Scenario& scenario) {
     const bool failed = !scenario.Validator(scenario.fSchema);
     EXPECT_NE(scenario.TakeReports().empty(), failed);
     return failed;
   });
-  RefuseEachCall([](Scenario& scenario) {
+  FailEachCall([](Scenario& scenario) {
     scenario.Call<POSStructValidatorInterface, "RegisterCallbackProc">(
         scenario.fValidator.get(), scenario.fType.get(), &Scenario::No, nullptr);
     return !scenario.TakeReports().empty();
   });
 }
 
-TEST(RefusingHostTest, ValidateSchema) {
-  RefuseEachCall([](Scenario& scenario) {
+TEST(FailingHostTest, ValidateSchema) {
+  FailEachCall([](Scenario& scenario) {
     return scenario.CheckSchema(scenario.fSmallSchema) != Outcome{"valid"};
   });
 }

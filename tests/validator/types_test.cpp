@@ -92,10 +92,10 @@ TEST_F(TypesTest, IntrinsicTypes) {
   const std::vector<Object> objects = OneOfEachKind();
   for (const auto& row : rows) {
     const std::string schema = std::string("< ") + row.type + " < category int min 99 > >";
-    const std::string refusal = std::string("Expected ") + row.name + " was of invalid type";
+    const std::string message = std::string("Expected ") + row.name + " was of invalid type";
     for (std::size_t kind = 0; kind < objects.size(); ++kind) {
       EXPECT_EQ(Check(schema, row.type, objects[kind]),
-                row.accepted[kind] == 'x' ? kValid : Outcome{refusal})
+                row.accepted[kind] == 'x' ? kValid : Outcome{message})
           << row.type << kind;
     }
   }

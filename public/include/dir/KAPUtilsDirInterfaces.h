@@ -70,7 +70,8 @@ struct KAPUtilsTempFileStreamFactory
           // A stream over a new file in the directory for temporary files, named as by
           // "CreateUniqueFilename", whose note on descriptors applies. `prefix` contains no slash;
           // `second` is ignored and may be null; `mode` is one of fopen's: "w+b" writes and reads.
-          // When the call fails, no file remains.
+          // When the call fails, no file remains. When "KAPUtilsDirInterface" is gone, the error is
+          // the one with the empty message.
           //
           // The last release of the stream closes and deletes the file; the host reports a deletion
           // that fails. A stream that outlives the library's termination leaves its file behind.
@@ -79,7 +80,10 @@ struct KAPUtilsTempFileStreamFactory
           // position of its own. The first call also turns the stream itself into a view, at
           // position 0: everything written is then in the file, and nothing more can be written,
           // even if the call goes on to fail. A view can still be read after the file is deleted,
-          // but makes no further views. Several threads may make views at the same time.
+          // but makes no further views: "the temporary file was deleted". The file is opened
+          // through its descriptor. Where that is closed, or the host cannot open it, its name is
+          // used, and if the name leads to another file, the error is "the temporary file was
+          // replaced". Several threads may make views at the same time.
           // [any thread]
           TKAPMethod<"NewTempFileStream", "_KAPUtilsNewTempFileStreamProc_NewTempFileStream",
                      KAPError*(KAPPositionableStream** out, const char* prefix, const char* second,

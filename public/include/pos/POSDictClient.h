@@ -117,7 +117,7 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
   }
 
   // Whether there is a value. Each "true" leaves one extra reference on the value, which is then
-  // never destroyed; deliberate. A caller that minds asks Get with `noThrow` instead.
+  // never destroyed; deliberate. Where that matters, call Get with `noThrow`.
   bool HasKey(const CKAPStringAtom& key) const;
   bool HasKey(const char* key) const { return HasKey(CKAPStringAtom(key)); }
   bool DeepHasKey(const CKAPStringAtom& path) const;

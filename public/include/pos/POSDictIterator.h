@@ -13,8 +13,10 @@ class CPOSDict;
 //
 // Ownership: owns the iterator, holds no reference to the dictionary, which must outlive it.
 //   Entries may come and go during the walk, but the one that the iterator stands on must stay.
-// Errors: CKAPError "invalid container" when the iterator cannot be made; the other calls report to
-//   the binder, and IsDone is true then, so that a loop ends.
+// Errors: CKAPError "invalid container", with a report, when the iterator cannot be made; the other
+//   calls report to the binder, and IsDone is true then, so that a loop ends. When the interface is
+//   gone, every call throws the CKAPError with the empty message (kap/KAPInterfaceClient.h), and
+//   there is no report.
 // Threads: an iterator belongs to one thread at a time; several may walk one dictionary that
 //   nothing changes.
 class CPOSDictIterator {
@@ -25,7 +27,7 @@ class CPOSDictIterator {
   void Next() { Client::Call<"Next">(fIterator.Handle()); }
   bool IsDone() const { return Client::Call<"IsDone">(fIterator.Handle()); }
 
-  // The key, borrowed: it lives as long as the entry. To ask when done is a failure: null, with a
+  // The key, borrowed: it lives as long as the entry. A call when done is a failure: null, with a
   // report.
   const char* CurKey() const { return Client::Call<"CurKey">(fIterator.Handle()); }
 

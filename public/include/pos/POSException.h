@@ -4,8 +4,9 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// What the classes of property objects throw, besides CKAPError for what the host fails at. It
-// never leaves a component: a registered procedure turns it into a report (kap/KAPBoundary.h).
+// What the classes of property objects throw, besides CKAPError for what the host fails at. A
+// registered procedure turns it into a report (kap/KAPBoundary.h), so it does not leave a
+// component. "ValidateSchema" of POSStructValidatorInterface is the one exception.
 //
 // It carries the pointer to a message, so that throwing takes no memory but the exception's own.
 // The message must outlive the exception: a literal, as a rule.

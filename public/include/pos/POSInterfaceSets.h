@@ -6,8 +6,8 @@
 #include "pos/POSValidatorInterfaces.h"
 
 // Every interface of property objects that the library registers, in the order of registration. The
-// library registers from these lists and its tests sweep over them; a program that wants to know
-// what there is visits them:
+// library registers and unregisters from these lists. A program that wants to know what there is
+// visits them:
 //
 //   POSInterfaceSet::ForEach([]<class Interface>() { std::puts(Interface::kName); });
 

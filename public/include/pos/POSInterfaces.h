@@ -31,10 +31,12 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Gives back what a raw pointer points to, when the last reference to its object is released. Runs
-// on the thread of that release. It must not throw. It may call the library, release objects
-// included: what it releases is destroyed before "Release" returns, unless somebody else holds it.
-// [any thread]
+// Releases what a raw pointer points to, when the last reference to its object is released. Runs on
+// the thread of that release. It must not throw; what it throws is reported to the binder. It may
+// call the library, release objects included: what it releases is destroyed before "Release"
+// returns, unless another reference exists. The stack is the limit: once release procedures are
+// nested so deep in each other that it is nearly used up, what they release is destroyed later,
+// before the outermost "Release" on the thread returns. [any thread]
 using POSReleaseProc = void (*)(void* pointer);
 
 // What objects of every kind have. The library's own objects offer these as methods of their
@@ -55,7 +57,7 @@ struct POSObjectInterface
           // The kind, a POSType; 0 on failure. [any thread]
           TKAPMethod<"GetType", "POSObjectGetTypeProc", int(POSObject* object)>> {};
 
-// What belongs to no object in particular.
+// Procedures that are not methods of an object.
 struct POSObjectStatics
     : TKAPInterface<
           "POSObjectStatics",
@@ -67,7 +69,7 @@ struct POSObjectStatics
           // The same; `header` may be null. [any thread]
           TKAPMethod<"DebugDumpRewind", "POSObjectDebugDumpRewindProc",
                      void(POSObject* object, const char* header)>,
-          // The object that `text` writes down, for example "< name (Anna) tags [a b] >", and null
+          // The object that `text` describes, for example "< name (Anna) tags [a b] >", and null
           // in `*end`. A syntax error is quiet: the result is null, and `*end` points to where the
           // reader stopped. After any other failure, such as text nested too deep, `*end` points to
           // the position reached. `end` may be null. All or nothing. [any thread]
@@ -244,8 +246,8 @@ struct POSDictIteratorInterface
           // Whether the iterator is past the last entry. True also on failure, so that a loop
           // ends. [shared read]
           TKAPMethod<"IsDone", "POSDictIteratorIsDoneProc", bool(POSDictIterator* iterator)>,
-          // The key of the entry, borrowed: it lives as long as the entry. To ask a finished
-          // iterator is a failure. [shared read]
+          // The key of the entry, borrowed: it lives as long as the entry. A call on a
+          // finished iterator is a failure. [shared read]
           TKAPMethod<"CurKey", "POSDictIteratorCurKeyProc",
                      const char*(POSDictIterator* iterator)>> {};
 

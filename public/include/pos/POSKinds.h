@@ -11,7 +11,7 @@
 //   - A table or a list of classes, one row or class a kind, is checked against kPOSTypes with
 //     POSCoverEveryKind in a static_assert.
 //
-// Example: a dispatch that does not compile any more once there is an eighth kind.
+// Example: a dispatch that no longer compiles once there is an eighth kind.
 //
 //   switch (static_cast<POSType>(object.GetType())) {
 //     case kPOSNumber: return Write(CPOSNumber(object, false));
@@ -60,7 +60,7 @@ constexpr const char* POSTypeName(int type) noexcept {
 }
 
 // Whether objects of the kind never change. Such objects are shared where others are cloned, and
-// hold no other property objects.
+// hold no property objects that the library follows.
 constexpr bool POSIsScalar(POSType type) noexcept {
   switch (type) {
     case kPOSNumber:
@@ -80,7 +80,7 @@ constexpr bool POSIsScalar(POSType type) noexcept {
 static_assert(
     [] {
       std::size_t listed = 0;
-      for (int type = -1; type <= 64; ++type) {
+      for (int type = -1; type <= 1024; ++type) {
         if (!POSTypeName(type)) continue;
         if (listed == std::size(kPOSTypes) || kPOSTypes[listed++] != type) return false;
       }

@@ -20,8 +20,9 @@ class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {};
 //   return value.Clone();
 //
 // Ownership: holds one reference, released on destruction; copies share the same object.
-// Errors: CKAPError "invalid container" when a handle offers no property-object methods, when the
-//   host refuses a reference, and when an empty reference is asked for what all kinds share. An
+// Errors: CKAPError "invalid container" when a handle is null or has no property-object methods and
+//   when the host does not add a reference; "couldn't get signature" for a container without a
+//   primary instance, and for an empty reference asked for what all kinds share. An
 //   empty reference of one kind asked for what its kind has acts as a null handle: a report, and
 //   null or 0.
 // Threads: a reference is a plain value. For the object see the thread tags in POSInterfaces.h.
@@ -33,7 +34,7 @@ class CPOSObject : public KAPContainerBaseGeneric {
   // Adopts the reference of a handle that a procedure of property objects returned.
   CPOSObject(POSObject* handle, KAPAdopt adopt);
 
-  // The object that `text` writes down, see "CreateFromText" of POSObjectStatics; an empty
+  // The object that `text` describes, see "CreateFromText" of POSObjectStatics; an empty
   // reference on failure. `end` may be null.
   static CPOSObject CreateFromText(const char* text, const char** end);
 

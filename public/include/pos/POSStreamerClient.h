@@ -15,8 +15,9 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //   const CPOSObject copy = streamer.Deserialize(stream);
 //
 // Ownership: holds one reference; copies share the streamer.
-// Errors: CKAPError "Missing Interface" and the like when the library is not there; any other
-//   failure is reported to the binder. A streamer that could not be made is an empty reference.
+// Errors: the CKAPError with the empty message when the library is not there, once the runtime is
+//   bound (kap/KAPInterfaceClient.h has the other cases); any other failure is reported to the
+//   binder. A streamer that could not be made is an empty reference.
 // Threads: see POSStreamerInterface.
 class CPOSStreamer : public KAPContainerBaseGeneric {
  public:

@@ -21,8 +21,8 @@ struct POSStreamerInterface
           // read back.
           //
           // No other thread may change the object meanwhile. The stream's own "Write" may: a value
-          // that is being written stays alive and is written whole, and what follows it is written
-          // as it is then. [shared read]
+          // that is being written stays alive and is written whole, later values are written as
+          // they are at that time. [shared read]
           TKAPMethod<"Serialize", "POSStreamerSerializeProc",
                      void(POSStreamer* streamer, KAPPositionableStream* stream, POSObject* object,
                           const char* version)>,

@@ -17,8 +17,9 @@ class CPOSValidatorTerminate : public TDelVTabList<POSValidatorInterface> {};
 //   if (!validator.Validate(person, "Person", &PrintMessage)) return 1;
 //
 // Ownership: holds one reference, released on destruction; copies share the same validator.
-// Errors: CKAPError "invalid container" for a handle that is null or offers no validator's methods,
-//   and when the host refuses a reference.
+// Errors: CKAPError "invalid container" for a handle that is null or has no validator's methods,
+//   and when the host does not add a reference; "couldn't get signature" for a container without a
+//   primary instance.
 // Threads: see POSValidatorInterfaces.h.
 class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseGeneric> {
  public:
@@ -38,15 +39,17 @@ class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseG
   static constinit CPOSValidatorTerminate fTerm;
 };
 
-// A validator over a schema of one's own.
+// A validator over a schema of one's own. When the interface is gone, its constructor and its own
+// calls throw the CKAPError with the empty message (kap/KAPInterfaceClient.h), without a report.
 class CPOSStructValidator : public CPOSValidator {
  public:
   // The schema is kept, not copied, and not checked. CKAPError "invalid container", with a report,
   // when there can be no validator.
   explicit CPOSStructValidator(const CPOSDict& schema);
 
-  // Has `callback` called for each object that complies with the type, instead of the one that the
-  // type had; null ends that. A failure is reported and changes nothing.
+  // Registers `callback`, which is then called for each object that complies with the type.
+  // Replaces the type's previous callback; null removes it. A failure is reported and changes
+  // nothing.
   void RegisterCallbackProc(const CKAPStringAtom& typeName, POSExtraValidationProc callback,
                             void* clientData);
   void RegisterCallbackProc(const char* typeName, POSExtraValidationProc callback,

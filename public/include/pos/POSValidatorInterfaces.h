@@ -13,8 +13,9 @@
 // carries one new reference for the caller. For the thread tags see kap/KAPInterface.h.
 //
 // A check runs the callbacks that are registered for types, on its own thread. Such a callback may
-// change the object or the schema: what is at work stays alive, the step at work ends by what it
-// began with, and later steps see what is there then. Other threads change neither during a check.
+// change the object or the schema: objects in use stay alive, and the current step finishes with
+// the contents it started with; later steps see the changes. Other threads change neither during a
+// check.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
@@ -47,9 +48,10 @@ struct POSStructValidatorInterface
           // deliberately: that is what "ValidateSchema" is for. [any thread]
           TKAPMethod<"NewPOSStructValidator", "POSStructValidatorNewStructValidatorProc",
                      POSValidator*(POSDict* schema)>,
-          // Has `callback` called for each object that complies with the type, in place of the one
-          // that the type had; null ends that. A callback may itself register callbacks. Never
-          // called for intrinsic types. `clientData` is handed through. [exclusive]
+          // Registers `callback`, which is then called for each object that complies with the type.
+          // Replaces the type's previous callback; null removes it. A callback may itself register
+          // callbacks. Never called for intrinsic types. `clientData` is handed through.
+          // [exclusive]
           TKAPMethod<"RegisterCallbackProc", "POSStructValidatorRegisterCallbackProc",
                      void(POSValidator* validator, KAPStringAtom* typeName,
                           POSExtraValidationProc callback, void* clientData)>,

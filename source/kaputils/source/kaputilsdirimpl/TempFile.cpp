@@ -3,6 +3,9 @@
 #include <utility>
 
 #include "SafeStringAPIs.h"
+#include "dir/KAPUtilsDirInterfaces.h"
+#include "kap/KAPError.h"
+#include "kap/KAPInterfaceClient.h"
 #include "kap/TOQException.h"
 #include "kapimpl/base/ContainedObject.h"
 #include "kapimpl/base/KAPUtilsAtoms.h"
@@ -15,37 +18,53 @@ using KAP_T_MT::CKAPUtilsDir;
 using KAP_T_MT::TOQException;
 
 TempFile TempFile::Create(const CKAPStringAtom& prefix) {
+  // Throws what fails; GetTempDir returns an empty reference then.
+  KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::KAPUtilsDirInterface>::Refresh();
   CKAPUtilsDir directory = CKAPUtilsDir::GetTempDir();
   const auto& instance =
       KAPInstanceOf<KAPUtilsDirImpl>(directory.Handle(), KAPUtilsAtoms::Get().POSValidatorImpl);
   UniqueFile file = instance.CreateUniqueFile(prefix);
-  return TempFile(std::move(directory), std::move(file.fName), file.fDescriptor);
+  return TempFile(std::move(directory), std::move(file.fName), file.fDescriptor, file.fStatus);
 }
 
-TempFile::TempFile(CKAPUtilsDir directory, CKAPStringAtom name, int descriptor)
-    : fDirectory(std::move(directory)), fName(std::move(name)), fDescriptor(descriptor) {
-  struct stat file = {};
-  ::fstat(fDescriptor, &file);
-  fDevice = file.st_dev;
-  fNode = file.st_ino;
-}
+TempFile::TempFile(CKAPUtilsDir directory, CKAPStringAtom name, int descriptor,
+                   const struct stat& status)
+    : fDirectory(std::move(directory)),
+      fName(std::move(name)),
+      fDescriptor(descriptor),
+      fDevice(status.st_dev),
+      fNode(status.st_ino),
+      fCountsLinks(status.st_nlink != 0) {}
 
 bool TempFile::IsSame(const struct stat& file) const noexcept {
   return file.st_dev == fDevice && file.st_ino == fNode;
 }
 
 // Something else in the process may have closed the descriptor, and its number may mean another
-// file by now; hence the comparison. Where /proc is not mounted the name has to do, if it leads to
-// the file at this moment.
-CKAPPositionableStream TempFile::Open(const char* mode) const {
+// file by now; hence the comparison.
+bool TempFile::HasDescriptor() const {
   struct stat file = {};
-  if (::fstat(fDescriptor, &file) != 0 || !IsSame(file) || file.st_nlink == 0) {
-    throw TOQException("the temporary file was deleted");
-  }
+  if (::fstat(fDescriptor, &file) != 0 || !IsSame(file)) return false;
+  if (fCountsLinks && file.st_nlink == 0) throw TOQException("the temporary file was deleted");
+  return true;
+}
+
+CKAPPositionableStream TempFile::Open(const char* mode) const {
   char path[32];
   KAP_T_MT::sprintf_safe(path, sizeof path, "/proc/self/fd/%d", fDescriptor);
-  if (::stat(path, &file) == 0 && IsSame(file)) return CKAPPositionableStream(path, mode);
+  struct stat file = {};
+  if (HasDescriptor() && ::stat(path, &file) == 0 && IsSame(file)) {
+    try {
+      return CKAPPositionableStream(path, mode);
+    } catch (const KAP_T_MT::CKAPError&) {  // the system or the host may not open what is in /proc
+    }
+  }
+  return OpenByName(mode);
+}
+
+CKAPPositionableStream TempFile::OpenByName(const char* mode) const {
   const CKAPStringAtom name = fDirectory.GetFilePathSpec(fName);
+  struct stat file = {};
   if (::lstat(name.Text(), &file) != 0 || !IsSame(file)) {
     throw TOQException("the temporary file was replaced");
   }

@@ -1,6 +1,7 @@
 #include "kaputilsdirimpl/TempFileStream.h"
 
 #include <cstring>
+#include <exception>
 #include <mutex>
 #include <utility>
 
@@ -58,10 +59,17 @@ KAPPositionableStream* TempFileStream::New(const CKAPStringAtom& prefix,
 TempFileStream::TempFileStream(TempFile file, const char* mode, bool deleteOnRelease)
     : fFile(std::move(file)), fFileStream(fFile.Open(mode)), fDeleteOnRelease(deleteOnRelease) {}
 
+// The object lives on the heap and may outlast the exceptions that were in flight when it was made:
+// only those in flight now count.
 TempFileStream::~TempFileStream() noexcept(false) {
   CloseFile();
   if (!fDeleteOnRelease) return;
-  fFinishing.Run([this] { fFile.Delete(); }, &KAP_T_MT::KAPReportCurrentException);
+  try {
+    fFile.Delete();
+  } catch (...) {
+    if (std::uncaught_exceptions() == 0) throw;
+    KAP_T_MT::KAPReportCurrentException();
+  }
 }
 
 // An empty memory stream takes the file stream's place, so that the file is closed before it is
@@ -70,7 +78,7 @@ void TempFileStream::CloseFile() noexcept {
   const CKAPPositionableStream closed(std::move(fFileStream));
   try {
     fFileStream = CKAPPositionableStream();
-  } catch (...) {  // then no stream does: nothing reads any more
+  } catch (...) {  // then nothing takes its place, and nothing reads any more
   }
 }
 

@@ -2,7 +2,6 @@
 
 #include "kap/KAPClientStream.h"
 #include "kap/TOQWaitMutex.h"
-#include "kapimpl/base/Finishing.h"
 #include "kaputilsdirimpl/TempFile.h"
 
 namespace NKAPUtilsDirImpl {
@@ -41,7 +40,6 @@ class TempFileStream : public KAP_T_MT::KAPClientPositionableStream {
   const bool fDeleteOnRelease;
   bool fReopenedForReading = false;
   KAP_T_MT::TOQWaitMutex fLock;
-  const Finishing fFinishing;
 };
 
 }  // namespace NKAPUtilsDirImpl

@@ -82,6 +82,11 @@ class NewFile {
   }
 
   const char* Name() const noexcept { return std::strrchr(fPath, '/') + 1; }
+  struct stat Status() const {
+    struct stat status;
+    if (::fstat(fDescriptor, &status) != 0) ThrowCreateError();
+    return status;
+  }
   // Returns the descriptor, which stays open for the life of the process. Deliberate.
   int Keep() noexcept { return std::exchange(fDescriptor, -1); }
 
@@ -135,14 +140,15 @@ bool KAPUtilsDirImpl::createNewFile(const CKAPStringAtom& name) const {
 }
 
 UniqueFile KAPUtilsDirImpl::CreateUniqueFile(const CKAPStringAtom& prefix) const {
-  // A slash even after one: the system takes two for one.
+  // A second slash does no harm: the system treats two as one.
   const CKAPStringAtom pattern = fPath + CKAPStringAtom("/") + prefix + CKAPStringAtom(".XXXXXX");
   const std::size_t size = KAPCheckedSize(std::strlen(pattern.Text()), 1, 1);
   const auto path = KAPNewBlock<char>(size);
   std::memcpy(path.get(), pattern.Text(), size);
   NewFile file(path.get());
   CKAPStringAtom name(file.Name());
-  return {std::move(name), file.Keep()};
+  const struct stat status = file.Status();
+  return {std::move(name), file.Keep(), status};
 }
 
 CKAPStringAtom KAPUtilsDirImpl::CreateUniqueFilename(const CKAPStringAtom& prefix,

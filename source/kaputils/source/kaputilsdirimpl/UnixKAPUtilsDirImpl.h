@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <utility>
 
 #include "kap/KAPClientBase.h"
@@ -15,6 +17,7 @@ using KAP_T_MT::TKAPClientObject;
 struct UniqueFile {
   CKAPStringAtom fName;
   int fDescriptor;
+  struct stat fStatus;
 };
 
 // What the handle of a directory stands for: its path, exactly as it was given or found. The

@@ -80,9 +80,9 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   static POSObject* PutIntoContainer(std::unique_ptr<BaseObject> object,
                                      KAPDeleteProc deleteObject);
 
-  // While the process has had only one thread, which the C library knows, an ordinary addition
-  // does: a locked one costs more than the rest of an object's constructor. A second thread is
-  // created after it and sees it.
+  // The C library knows whether the process has ever had a second thread. Until then an ordinary
+  // addition suffices: an atomic one costs more than the rest of an object's constructor. A thread
+  // that is created later sees the result.
   static void CountObjects(int change) noexcept {
     const auto difference = static_cast<unsigned int>(change);
     if (__libc_single_threaded) {

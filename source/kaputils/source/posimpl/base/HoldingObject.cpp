@@ -1,7 +1,9 @@
 #include "posimpl/base/HoldingObject.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "kap/KAPBoundary.h"
 #include "posimpl/base/NestingGuard.h"
 
 namespace NPOSObjectImpl {
@@ -12,43 +14,65 @@ class HoldingObject::Releases {
   static Releases& OnThisThread() noexcept;
 
   void Delete(HoldingObject* object) noexcept {
-    if (fDepth == fDepthLimit) {
+    const bool isOwnRelease = std::exchange(fNext, nullptr) == object;
+    if (isOwnRelease || fDepth == 0) {
+      DeleteInRound(object);
+    } else {
+      RunSeparately([=, this] { DeleteInRound(object); });
+    }
+  }
+
+  // Runs `body` with separate rounds, as many as fit on the stack. If none fits, all objects are
+  // filed.
+  template <class Body>
+  void RunSeparately(Body body) noexcept {
+    const NestingLevel level;
+    if (level.Fits()) {
+      const Releases outside = std::exchange(*this, Releases());
+      body();
+      *this = outside;  // nothing is filed any more: the outermost round of `body` has ended
+    } else {
+      const Releases outside = *this;
+      fDepth = fDepthLimit = kMaxDepth;
+      body();
+      fDepth = outside.fDepth;
+      fDepthLimit = outside.fDepthLimit;
+    }
+  }
+
+  // See ReleaseOfHeld.
+  const BaseObject*& Next() noexcept { return fNext; }
+
+ private:
+  static constexpr int kMaxDepth = 32;  // so that ordinary objects go in their natural order
+  // Few objects are nested deeper, and only these pay for a look at the stack.
+  static constexpr int kDepthUnmeasured = 4;
+  static constexpr unsigned long kStackOfRound = 2048;  // four times what an optimised build takes
+
+  constexpr Releases() noexcept = default;
+
+  void DeleteInRound(HoldingObject* object) noexcept {
+    if (fDepth >= fDepthLimit && !RaisesLimit()) {
       object->fNextToDelete = fToDelete;
       fToDelete = object;
       return;
     }
     ++fDepth;
     delete object;
-    if (fDepth == 1) DeleteFiled();
+    if (fDepth == 1) {
+      DeleteFiled();
+      fDepthLimit = kDepthUnmeasured;
+    }
     --fDepth;
   }
 
-  // Runs `body` with rounds of its own, as many as the stack carries. While it carries none, all
-  // objects are filed.
-  template <class Body>
-  void Apart(Body body) noexcept {
-    const NestingLevel level;
-    if (level.Fits()) {
-      const Releases outside = std::exchange(*this, Releases(RoundsThatFit()));
-      body();
-      *this = outside;  // nothing is filed any more: the outermost round of `body` has ended
-    } else {
-      const int depth = std::exchange(fDepth, fDepthLimit);
-      body();
-      fDepth = depth;
-    }
-  }
-
- private:
-  static constexpr int kMaxDepth = 32;  // so that ordinary objects go in their natural order
-  // Measured: 250 bytes in an optimised build, 600 in one for debugging; sanitizers need more.
-  static constexpr unsigned long kStackOfRound = 2048;
-
-  explicit constexpr Releases(int depthLimit = kMaxDepth) noexcept : fDepthLimit(depthLimit) {}
-
-  static int RoundsThatFit() noexcept {
+  // Measures how many more rounds fit, once for each outermost round.
+  [[gnu::noinline]] bool RaisesLimit() noexcept {
+    if (fDepthLimit != kDepthUnmeasured) return false;
+    const NestingLevel level;  // finds the ends of the stack
     const unsigned long rounds = NestingLevel::HowManyFit(kStackOfRound);
-    return static_cast<int>(std::clamp<unsigned long>(rounds, 1, kMaxDepth));
+    fDepthLimit += static_cast<int>(std::min<unsigned long>(rounds, kMaxDepth - kDepthUnmeasured));
+    return fDepth < fDepthLimit;
   }
 
   void DeleteFiled() noexcept {
@@ -58,28 +82,39 @@ class HoldingObject::Releases {
     }
   }
 
-  int fDepthLimit;
+  int fDepthLimit = kDepthUnmeasured;
   int fDepth = 0;
   HoldingObject* fToDelete = nullptr;
+  const BaseObject* fNext = nullptr;  // what the destructor at work releases next
 };
 
 // Not inline: see build/kaputils/CMakeLists.txt on thread-local variables.
 [[gnu::noinline]] HoldingObject::Releases& HoldingObject::Releases::OnThisThread() noexcept {
-  static thread_local constinit Releases onThisThread;
-  return onThisThread;
+  static thread_local constinit Releases tReleases;
+  return tReleases;
 }
 
 void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
   Releases::OnThisThread().Delete(object);
 }
 
+const BaseObject*& HoldingObject::ReleaseOfHeld::NextOnThisThread() noexcept {
+  return Releases::OnThisThread().Next();
+}
+
+// Nothing may be thrown through a release. A procedure that throws, against its contract, is
+// reported.
 void HoldingObject::CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* pointer) noexcept {
-  Releases::OnThisThread().Apart([=] { release(pointer); });
+  Releases::OnThisThread().RunSeparately(
+      [=] { KAP_T_MT::KAPReportingError([=] { release(pointer); }); });
 }
 
 CPOSObject HoldingObject::CloneOf(const CPOSObject& held) {
   BaseObject* own = OwnInstance(held.Handle());
-  if (!own) return held.IsNull() ? held : held.Clone();
+  if (!own) {
+    const CPOSObject kept = held;
+    return kept.IsNull() ? kept : kept.Clone();
+  }
   if (KAP_T_MT::POSIsScalar(own->GetType())) return held;
   return CPOSObject(Contain(std::unique_ptr<BaseObject>(own->Clone())), KAP_T_MT::KAPAdopt());
 }
@@ -87,7 +122,11 @@ CPOSObject HoldingObject::CloneOf(const CPOSObject& held) {
 bool HoldingObject::AreEqual(const CPOSObject& a, const CPOSObject& b) {
   if (a.IsNull() || b.IsNull()) return a.IsNull() && b.IsNull();
   const BaseObject* own = OwnInstance(a.Handle());
-  if (!own) return a.IsEqual(b);
+  if (!own) {
+    const CPOSObject kept = a;
+    const CPOSObject otherKept = b;
+    return kept.IsEqual(otherKept);
+  }
   const BaseObject* other = GetInstanceNoThrow(b.Handle());
   return other && own->IsEqual(*other);
 }

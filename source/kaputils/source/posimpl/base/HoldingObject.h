@@ -9,13 +9,15 @@ namespace NPOSObjectImpl {
 //
 // Releasing one runs from the host to the library, which releases what the object holds, to the
 // host, and so on, one round for each level. To keep the stack bounded, a round that is nested too
-// deep in others only files its object in a list, which the outermost round works off before it
-// returns. The list runs through the objects: releasing needs no memory.
+// deep in others only files its object in a list. The outermost round deletes the filed objects
+// before it returns. The list runs through the objects: releasing needs no memory.
 //
-// A release procedure of another component may release objects too, and relies on their being gone
-// when "Release" returns. So its rounds do not count with those around it: they have an outermost
-// round and a list of their own. Nested release procedures therefore take stack; only where that
-// ends are their objects filed for a round outside of them.
+// Other components may release objects during a round: a release procedure, the deletion of an
+// object of theirs, an instance that they added to a container of ours. Their code relies on the
+// object being destroyed when "Release" returns. So any release that our destructors do not
+// announce (ReleaseOfHeld) has separate rounds: an outermost round and a list of its own. Nested
+// code of other components therefore takes stack. Only where the stack ends are its objects filed
+// for a round outside.
 class HoldingObject : public BaseObject {
  protected:
   HoldingObject() noexcept = default;
@@ -25,15 +27,36 @@ class HoldingObject : public BaseObject {
     DeleteOrFile(static_cast<HoldingObject*>(static_cast<BaseObject*>(instance)));
   }
 
+  // A destructor's way to release what its object holds: Expect, then the release, for each. Only
+  // releases that are announced in this way may be filed.
+  class ReleaseOfHeld {
+   public:
+    ReleaseOfHeld() noexcept : fNext(NextOnThisThread()) {}
+    ReleaseOfHeld(const ReleaseOfHeld&) = delete;
+    ReleaseOfHeld& operator=(const ReleaseOfHeld&) = delete;
+    ~ReleaseOfHeld() { fNext = nullptr; }
+
+    void Expect(const CPOSObject& held) noexcept { fNext = OwnInstance(held.Handle()); }
+
+   private:
+    static const BaseObject*& NextOnThisThread() noexcept;
+
+    const BaseObject*& fNext;
+  };
+
   // Calls the release procedure of a raw pointer.
   static void CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* pointer) noexcept;
 
   // The clone of what is held, and whether two things held are equal. Null clones to null and
   // equals only null. An object of ours is asked directly, so that a failure at the bottom of a
   // thousand levels is thrown through them and reported once; any other one through its own
-  // procedures.
+  // procedures, which may change what holds it: such an object is kept for the call.
   static CPOSObject CloneOf(const CPOSObject& held);
   static bool AreEqual(const CPOSObject& a, const CPOSObject& b);
+  // Whether what is held is an object of another component.
+  static bool IsForeign(const CPOSObject& held) noexcept {
+    return !held.IsNull() && !OwnInstance(held.Handle());
+  }
 
  private:
   class Releases;

@@ -24,7 +24,6 @@ constexpr unsigned int kUnknownStackLevels = 64;
 }  // namespace
 
 struct NestingLevel::ThreadStack {
-  bool fAsked;
   std::uintptr_t fLow;  // 0 when unknown
   std::uintptr_t fHigh;
   std::uintptr_t fLimit;  // no level begins below
@@ -39,8 +38,8 @@ struct NestingLevel::ThreadStack {
 
 // Not inline: see build/kaputils/CMakeLists.txt on thread-local variables.
 [[gnu::noinline]] NestingLevel::ThreadStack& NestingLevel::OnThisThread() noexcept {
-  static thread_local constinit ThreadStack stack = {};
-  return stack;
+  static thread_local constinit ThreadStack tStack = {};
+  return tStack;
 }
 
 namespace {
@@ -52,7 +51,6 @@ std::uintptr_t Here() noexcept {
 }  // namespace
 
 void NestingLevel::ThreadStack::Ask() noexcept {
-  fAsked = true;
   pthread_attr_t attributes;
   if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
   void* low = nullptr;
@@ -65,10 +63,13 @@ void NestingLevel::ThreadStack::Ask() noexcept {
   pthread_attr_destroy(&attributes);
 }
 
+// Asking can fail for a while: for the main thread it opens a file. So each outermost level asks
+// until it succeeds.
+//
 // A frame outside the thread's stack is on a stack that the program made itself, and nothing tells
 // where that one ends.
 bool NestingLevel::ThreadStack::CarriesAnotherLevel() noexcept {
-  if (!fAsked) Ask();
+  if (fHigh == 0 && fLevels == 1) Ask();
   const std::uintptr_t here = Here();
   return Contains(here) ? here >= fLimit : fLevels <= kUnknownStackLevels;
 }

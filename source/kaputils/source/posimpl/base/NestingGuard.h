@@ -11,8 +11,8 @@ class NestingLevel {
   NestingLevel(const NestingLevel&) = delete;
   NestingLevel& operator=(const NestingLevel&) = delete;
 
-  // Whether the stack that is left carries the level. Where the ends of the stack cannot be known,
-  // a modest number of levels is the limit.
+  // Whether the remaining stack suffices for the level. Where the ends of the stack cannot be
+  // known, a modest number of levels is the limit.
   bool Fits() const noexcept { return fFits; }
 
   // How many further levels fit if each takes so many bytes of stack; 0 where the ends of the stack

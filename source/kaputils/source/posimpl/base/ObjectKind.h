@@ -1,8 +1,14 @@
 #pragma once
 
+#include <type_traits>
+
 #include "posimpl/base/BaseObject.h"
 
 namespace NPOSObjectImpl {
+
+class HoldingObject;
+template <class Kind, class Base = BaseObject>
+class TScalar;
 
 // What the classes of all kinds share. `Kind` supplies kType and kNotInstance, the message for an
 // object that is of another kind; `Base` says how its objects are deleted.
@@ -35,12 +41,19 @@ class TObjectKind : public Base {
     return As(const_cast<BaseObject*>(object));
   }
 
-  POSType GetType() const final { return Kind::kType; }
+  POSType GetType() const final {
+    static_assert(
+        KAP_T_MT::POSIsScalar(Kind::kType) == std::is_base_of_v<TScalar<Kind, Base>, Kind>,
+        "a kind is derived from TScalar if and only if POSIsScalar says so");
+    static_assert(KAP_T_MT::POSIsScalar(Kind::kType) || std::is_base_of_v<HoldingObject, Kind>,
+                  "a kind that holds objects must be derived from HoldingObject");
+    return Kind::kType;
+  }
   KAPDeleteProc GetDeleteProc() const noexcept final { return &Base::template Delete<Kind>; }
 };
 
 // A kind that cannot change: shared instead of copied. `Kind` supplies EqualsSame.
-template <class Kind, class Base = BaseObject>
+template <class Kind, class Base>
 class TScalar : public TObjectKind<Kind, Base> {
  public:
   BaseObject* Clone() final { return this; }

@@ -24,7 +24,7 @@ inline AtomText TextOf(KAPStringAtom* atom) {
 // Measured in bench/bench_dict.cpp: with two words, keys of 20 bytes that share 16 take 1.6 times
 // as long among 1 000; four words fill the block that an entry takes anyhow. A hash index by the
 // atom's text pointer beside the tree was tried: it makes "Get" at least twice as fast among 1 000
-// keys, but inserting them then takes longer than the peer does (1.06 to 1.10 times), and it cannot
+// keys, but inserting them then takes longer than in a std::map (1.06 to 1.10 times), and it cannot
 // be built lazily, since reading must not change a dictionary.
 class TextPrefix {
  public:

@@ -1,7 +1,7 @@
 #include "posimpl/base/redblack_tree.h"
 
-// The rules: the root is black, a red node has black children, and every way from a node down to an
-// empty place has equally many black nodes. Empty places count as black. Repairs go bottom-up
+// The rules: the root is black, a red node has black children, and every path from a node down to
+// an empty place has equally many black nodes. Empty places count as black. Repairs go bottom-up
 // along the parents, each written once for both directions: `side` is one, `!side` the other.
 
 namespace NPOSImpl {
@@ -137,7 +137,7 @@ void redblack_root::RepairRedPair(redblack_node* node) noexcept {
   fRoot->fColour = kBlack;
 }
 
-// Every way through `place` lacks one black node, and the node at `place` is black.
+// Every path through `place` lacks one black node, and the node at `place` is black.
 void redblack_root::RepairShortSide(redblack_place place) noexcept {
   while (redblack_node* parent = place.parent) {
     redblack_node* sibling =

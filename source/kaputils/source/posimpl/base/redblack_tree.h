@@ -174,11 +174,19 @@ class redblack_tree {
     return EntryPtr(entry);
   }
 
-  // Deletes every entry, in key order. The tree is empty before the first destructor runs.
-  void Clear() noexcept {
+  // Deletes every entry, in key order. The tree is empty before the first destructor runs. Calls
+  // `announce` with each entry just before its destructor runs.
+  template <class Announce>
+  void Clear(Announce announce) noexcept {
     while (redblack_node* rest = fRoot.Detach()) {
-      while (Entry* entry = Typed(redblack_root::TakeFirst(rest))) EntryPtr{entry}.reset();
+      while (Entry* entry = Typed(redblack_root::TakeFirst(rest))) {
+        announce(std::as_const(*entry));
+        EntryPtr{entry}.reset();
+      }
     }
+  }
+  void Clear() noexcept {
+    Clear([](const Entry&) {});
   }
 
  private:

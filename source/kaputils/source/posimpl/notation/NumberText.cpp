@@ -64,15 +64,15 @@ long Exponent(const char* begin, const char* end) noexcept {
 bool IsLarge(const char* begin, const char* end) noexcept {
   long scale = 0;
   bool counts = false;
-  bool behindPoint = false;
+  bool isAfterPoint = false;
   for (; begin != end && (IsDigit(*begin) || *begin == '.'); ++begin) {
     if (*begin == '.') {
-      behindPoint = true;
+      isAfterPoint = true;
       continue;
     }
     counts = counts || *begin != '0';
-    if (counts && !behindPoint) ++scale;
-    if (!counts && behindPoint) --scale;
+    if (counts && !isAfterPoint) ++scale;
+    if (!counts && isAfterPoint) --scale;
   }
   if (begin != end) scale += Exponent(begin + 1, end);
   return scale > 0;

@@ -40,7 +40,11 @@ Array::~Array() {
     fCount = 0;
     const std::uint32_t capacity = std::exchange(fCapacity, 0);
     CPOSObject* elements = std::exchange(fElements, nullptr);
-    std::destroy_n(elements, capacity);
+    ReleaseOfHeld release;
+    for (CPOSObject& element : std::span(elements, capacity)) {
+      release.Expect(element);
+      std::destroy_at(&element);
+    }
     CKAPMemory::Free(elements);
   }
 }
@@ -75,21 +79,23 @@ void Array::Remove(std::uint64_t index) noexcept {
   const CPOSObject removed = std::exchange(fElements[fCount], CPOSObject());
 }
 
+// Both by index: the procedures of an element of another component may change the arrays.
 BaseObject* Array::Clone() {
   const NestingGuard guard;
   std::unique_ptr<Array> clone(new Array);
   clone->growToHold(fCount);
-  for (const CPOSObject& element : Elements()) {
-    clone->Append(CloneOf(element));
-  }
+  for (std::uint32_t i = 0; i < fCount; ++i) clone->Append(CloneOf(fElements[i]));
   return clone.release();
 }
 
 bool Array::IsEqual(const BaseObject& other) const {
   const NestingGuard guard;
   const Array* array = As(&other);
-  return array && std::equal(Elements().begin(), Elements().end(), array->Elements().begin(),
-                             array->Elements().end(), &AreEqual);
+  if (!array || fCount != array->fCount) return false;
+  for (std::uint32_t i = 0; i < std::min(fCount, array->fCount); ++i) {
+    if (!AreEqual(fElements[i], array->fElements[i])) return false;
+  }
+  return fCount == array->fCount;
 }
 
 }  // namespace NPOSObjectImpl

@@ -41,6 +41,7 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   static constexpr const char* kNotInstance = "instance was not an POSDict";
 
   Dict() noexcept = default;
+  ~Dict() override;
 
   BaseObject* Clone() override;
 
@@ -73,6 +74,8 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   const DictTree& Entries() const noexcept { return fEntries; }
 
  private:
+  class Step;
+
   DictTree fEntries;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pos/POSInterfaceSets.h"
+#include "posimpl/procs/RegisteredSet.h"
 
 namespace NPOSObjectImpl {
 
@@ -9,11 +10,7 @@ namespace NPOSObjectImpl {
 bool RegisterPOSDictImpl();
 void UnregisterPOSDictImpl();
 
-// Registers one interface; defined beside its procedures. An interface of the set that has no
-// declaration here does not compile.
-template <class Interface>
-bool RegisterProcs() = delete;
-
+// Defined beside the procedures.
 template <>
 bool RegisterProcs<KAP_T_MT::POSObjectInterface>();
 template <>

@@ -27,7 +27,7 @@ class CharStream {
   const StreamParams* fContext = &kTopLevelParams;
 };
 
-// Another context for the time of one value.
+// Changes the context while one value is read or written.
 class ContextScope {
  public:
   ContextScope(CharStream& stream, const StreamParams& context) noexcept

@@ -9,8 +9,7 @@
 namespace NPOSStreamerImpl::NTypeAImpl {
 
 // Collects elements when their number is not known in advance, in host memory that starts at 32
-// bytes and doubles. A length that a document states is not believed, so it is no reason to take
-// memory.
+// bytes and doubles. A declared length is not trusted and reserves no memory.
 template <class T>
 class GrowingBuffer {
  public:

@@ -11,11 +11,13 @@ OCharStream::~OCharStream() noexcept(false) {
 }
 
 // The bytes leave the buffer once the stream has taken them: after a failure they are written again
-// at the end. What is outside of something kept is kept already.
+// at the end. Everything outside a kept entry is already
+// kept.
 void OCharStream::Flush() {
   if (fScalar && !fKeptScalar) fKeptScalar = *fScalar;
   for (ContainerInUse* use = fContainer; use && !use->fIsKept; use = use->fOuter) use->Keep();
   fStream.Write(reinterpret_cast<const unsigned char*>(fBytes), fUsed);
+  fWritten += fUsed;
   fUsed = 0;
 }
 

@@ -35,7 +35,7 @@ class OCharStream final : public CharStream {
   // The same for each character up to the terminator.
   void PutText(const char* text);
 
-  // What needs no escape, or must have none.
+  // Characters written without escaping.
   void PutRaw(char ch) {
     if (fUsed == kCapacity) Flush();
     fBytes[fUsed++] = ch;
@@ -59,6 +59,9 @@ class OCharStream final : public CharStream {
     }
   }
 
+  // How many characters the stream has taken.
+  unsigned long CountWritten() const noexcept { return fWritten; }
+
  private:
   friend class ContainerInUse;
   friend class ScalarInUse;
@@ -72,6 +75,7 @@ class OCharStream final : public CharStream {
   const KAP_T_MT::TKAPSharedBuffer<char> fBuffer{kCapacity};
   char* const fBytes = fBuffer.Data();
   std::size_t fUsed = 0;
+  unsigned long fWritten = 0;
   ContainerInUse* fContainer = nullptr;  // the innermost
   const CPOSObject* fScalar = nullptr;
   CPOSObject fKeptScalar;

@@ -6,8 +6,9 @@
 #include "kap/KAPBoundary.h"
 #include "kapimpl/base/ContainedObject.h"
 #include "kapimpl/base/KAPUtilsAtoms.h"
-#include "pos/POSStreamerInterfaces.h"
+#include "pos/POSInterfaceSets.h"
 #include "posimpl/base/BaseObject.h"
+#include "posimpl/procs/RegisteredSet.h"
 #include "posimpl/streamer/StreamerVersions.h"
 
 namespace NPOSStreamerImpl {
@@ -55,7 +56,7 @@ void Write(CKAPPositionableStream& stream, std::string_view text) {
 }  // namespace
 
 void KAPImpl::Serialize(CKAPPositionableStream stream, const CPOSObject& object,
-                        const char* version) const {
+                        const char* version) {
   const std::string_view name = version ? version : GetDefaultVersion();
   const StreamerBase::Owner streamer = LookupStreamer(name);
   Write(stream, name);
@@ -63,7 +64,7 @@ void KAPImpl::Serialize(CKAPPositionableStream stream, const CPOSObject& object,
   streamer->SerializeObject(stream, object);
 }
 
-CPOSObject KAPImpl::Deserialize(CKAPPositionableStream stream) const {
+CPOSObject KAPImpl::Deserialize(CKAPPositionableStream stream) {
   const Tag tag(stream);
   const StreamerBase::Owner streamer = LookupStreamer(tag.Text());
   CPOSObject object = streamer->DeserializeObject(stream);
@@ -73,8 +74,8 @@ CPOSObject KAPImpl::Deserialize(CKAPPositionableStream stream) const {
 
 namespace {
 
-const KAPImpl& StreamerOf(POSStreamer* streamer) {
-  return KAPInstanceOf<KAPImpl>(streamer, KAPUtilsAtoms::Get().POSStreamerImpl);
+void ExpectStreamer(POSStreamer* streamer) {
+  static_cast<void>(KAPInstanceOf<KAPImpl>(streamer, KAPUtilsAtoms::Get().POSStreamerImpl));
 }
 
 POSStreamer* NewStreamer() {
@@ -88,15 +89,18 @@ POSStreamer* POSStreamerNewPOSStreamerProc() noexcept { return KAPReportingError
 void POSStreamerSerializeProc(POSStreamer* streamer, KAPPositionableStream* stream,
                               POSObject* object, const char* version) noexcept {
   KAPReportingError([=] {
-    StreamerOf(streamer).Serialize(CKAPPositionableStream(stream),
-                                   NPOSObjectImpl::BaseObject::Reference(object), version);
+    ExpectStreamer(streamer);
+    KAPImpl::Serialize(CKAPPositionableStream(stream),
+                       NPOSObjectImpl::BaseObject::Reference(object), version);
   });
 }
 
 POSObject* POSStreamerDeserializeProc(POSStreamer* streamer,
                                       KAPPositionableStream* stream) noexcept {
-  return KAPReportingError(
-      [=] { return StreamerOf(streamer).Deserialize(CKAPPositionableStream(stream)).Detach(); });
+  return KAPReportingError([=] {
+    ExpectStreamer(streamer);
+    return KAPImpl::Deserialize(CKAPPositionableStream(stream)).Detach();
+  });
 }
 
 }  // namespace
@@ -105,13 +109,23 @@ void DeletePOSStreamerImpl(void* streamer) noexcept {
   KAP_T_MT::KAPDeleteVirtualClientBase(streamer);
 }
 
-bool RegisterPOSStreamerImpl() {
+}  // namespace NPOSStreamerImpl
+
+template <>
+bool NPOSObjectImpl::RegisterProcs<KAP_T_MT::POSStreamerInterface>() {
   return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::POSStreamerInterface>(
-      &POSStreamerNewPOSStreamerProc, &POSStreamerSerializeProc, &POSStreamerDeserializeProc);
+      &NPOSStreamerImpl::POSStreamerNewPOSStreamerProc, &NPOSStreamerImpl::POSStreamerSerializeProc,
+      &NPOSStreamerImpl::POSStreamerDeserializeProc);
+}
+
+namespace NPOSStreamerImpl {
+
+bool RegisterPOSStreamerImpl() {
+  return NPOSObjectImpl::RegisterSet<KAP_T_MT::POSStreamerInterfaceSet>();
 }
 
 void UnregisterPOSStreamerImpl() {
-  KAP_T_MT::KAPUnregisterInterface(KAP_T_MT::POSStreamerInterface::kName);
+  NPOSObjectImpl::UnregisterSet<KAP_T_MT::POSStreamerInterfaceSet>();
 }
 
 }  // namespace NPOSStreamerImpl

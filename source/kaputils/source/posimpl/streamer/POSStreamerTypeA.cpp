@@ -1,5 +1,8 @@
 #include "posimpl/streamer/POSStreamerTypeA.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "pos/POSException.h"
 #include "pos/POSInterfaces.h"
 
@@ -7,61 +10,76 @@ namespace NPOSStreamerImpl::NTypeAImpl {
 
 using KAP_T_MT::POSException;
 
-constinit const StreamParams Version10::fNumberStreamParams(KAP_T_MT::kPOSNumber, '#', ' ',
-                                                            R"(\\  )");
-constinit const StreamParams Version10::fStringStreamParams(KAP_T_MT::kPOSString, '"', '"',
-                                                            "\\\\\"\"\nn\rr\tt");
-constinit const StreamParams Version10::fUnicodeStringStreamParams(KAP_T_MT::kPOSUnicodeString, '`',
-                                                                   '`', R"(\\``)");
-constinit const StreamParams Version10::fBinDataStreamParams(KAP_T_MT::kPOSBinData, '{', '}',
-                                                             R"(\\}})");
-constinit const StreamParams Version10::fRawPtrStreamParams(KAP_T_MT::kPOSRawPointer, '$', ' ',
-                                                            R"(\\  )");
-constinit const StreamParams Version10::fArrayStreamParams(KAP_T_MT::kPOSArray, '[', ']',
-                                                           R"(\\]])");
-constinit const StreamParams Version10::fDictStreamParams(KAP_T_MT::kPOSDict, '<', '>', R"(\\>>)");
+constexpr StreamParams Version10::fNumberStreamParams(KAP_T_MT::kPOSNumber, '#', ' ', R"(\\  )");
+constexpr StreamParams Version10::fStringStreamParams(KAP_T_MT::kPOSString, '"', '"',
+                                                      "\\\\\"\"\nn\rr\tt");
+constexpr StreamParams Version10::fUnicodeStringStreamParams(KAP_T_MT::kPOSUnicodeString, '`', '`',
+                                                             R"(\\``)");
+constexpr StreamParams Version10::fBinDataStreamParams(KAP_T_MT::kPOSBinData, '{', '}', R"(\\}})");
+constexpr StreamParams Version10::fRawPtrStreamParams(KAP_T_MT::kPOSRawPointer, '$', ' ',
+                                                      R"(\\  )");
+constexpr StreamParams Version10::fArrayStreamParams(KAP_T_MT::kPOSArray, '[', ']', R"(\\]])");
+constexpr StreamParams Version10::fDictStreamParams(KAP_T_MT::kPOSDict, '<', '>', R"(\\>>)");
 
 const char* Version10::GetVersion() const noexcept { return "POSStreamerTypeA_Version1.0"; }
 
-const StreamParams& Version10::GetReadingParams(char open) const {
+constexpr const StreamParams* Version10::FindParams(char open) noexcept {
   switch (open) {
     case '"':
-      return fStringStreamParams;
+      return &fStringStreamParams;
     case '#':
-      return fNumberStreamParams;
+      return &fNumberStreamParams;
     case '$':
-      return fRawPtrStreamParams;
+      return &fRawPtrStreamParams;
     case '<':
-      return fDictStreamParams;
+      return &fDictStreamParams;
     case '[':
-      return fArrayStreamParams;
+      return &fArrayStreamParams;
     case '`':
-      return fUnicodeStringStreamParams;
+      return &fUnicodeStringStreamParams;
     case '{':
-      return fBinDataStreamParams;
+      return &fBinDataStreamParams;
     default:
-      throw POSException("Cannot determine streaming params");
+      return nullptr;
   }
 }
 
-const StreamParams& Version10::GetWritingParams(KAP_T_MT::POSType type) const {
+constexpr const StreamParams* Version10::FindParams(KAP_T_MT::POSType type) noexcept {
   switch (type) {
     case KAP_T_MT::kPOSNumber:
-      return fNumberStreamParams;
+      return &fNumberStreamParams;
     case KAP_T_MT::kPOSString:
-      return fStringStreamParams;
+      return &fStringStreamParams;
     case KAP_T_MT::kPOSUnicodeString:
-      return fUnicodeStringStreamParams;
+      return &fUnicodeStringStreamParams;
     case KAP_T_MT::kPOSBinData:
-      return fBinDataStreamParams;
+      return &fBinDataStreamParams;
     case KAP_T_MT::kPOSRawPointer:
-      return fRawPtrStreamParams;
+      return &fRawPtrStreamParams;
     case KAP_T_MT::kPOSArray:
-      return fArrayStreamParams;
+      return &fArrayStreamParams;
     case KAP_T_MT::kPOSDict:
-      return fDictStreamParams;
+      return &fDictStreamParams;
   }
-  throw POSException(kCannotBeWritten);
+  return nullptr;
+}
+
+const StreamParams& Version10::GetReadingParams(char open) const {
+  static_assert(std::all_of(std::begin(KAP_T_MT::kPOSTypes), std::end(KAP_T_MT::kPOSTypes),
+                            [](KAP_T_MT::POSType type) {
+                              const StreamParams* params = FindParams(type);
+                              return params->kType == type && FindParams(params->kOpen) == params;
+                            }),
+                "a kind that is written is not found by its opening character");
+  const StreamParams* params = FindParams(open);
+  if (!params) throw POSException("Cannot determine streaming params");
+  return *params;
+}
+
+const StreamParams& Version10::GetWritingParams(KAP_T_MT::POSType type) const {
+  const StreamParams* params = FindParams(type);
+  if (!params) throw POSException(kCannotBeWritten);
+  return *params;
 }
 
 }  // namespace NPOSStreamerImpl::NTypeAImpl

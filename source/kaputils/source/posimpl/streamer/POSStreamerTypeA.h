@@ -24,6 +24,10 @@ class Version10 final : public TypeAStreamer {
   const StreamParams& GetWritingParams(KAP_T_MT::POSType type) const override;
 
  private:
+  // Null when there are none.
+  static constexpr const StreamParams* FindParams(char open) noexcept;
+  static constexpr const StreamParams* FindParams(KAP_T_MT::POSType type) noexcept;
+
   static const StreamParams fNumberStreamParams;
   static const StreamParams fStringStreamParams;
   static const StreamParams fUnicodeStringStreamParams;

@@ -84,7 +84,8 @@ CPOSObject TypeAStreamer::DeserializeObject(ICharStream& in) {
 // The first character of the next value, or false at the end of what encloses it.
 bool TypeAStreamer::FindValue(ICharStream& in, char* open) {
   do {
-    in.SkipWhitespace();  // the most of it, quickly: here it closes nothing
+    // The fast path: white space never ends an array, a dictionary or the document.
+    in.SkipWhitespace();
     if (!in.GetChar(open)) return false;
   } while (*open == ' ');
   return true;
@@ -183,7 +184,7 @@ std::uint64_t TypeAStreamer::ReadLength(ICharStream& in) {
   return static_cast<std::uint64_t>(length);
 }
 
-// The length is only a promise: memory is taken in step with the bytes that really come.
+// The declared length is not trusted: memory grows with the bytes read.
 POSObject* TypeAStreamer::ReadBinData(ICharStream& in) {
   const NPOSObjectImpl::NestingGuard guard;  // the name and the length may be binary data, wrongly
   char open = '\0';

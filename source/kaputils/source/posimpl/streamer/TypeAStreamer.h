@@ -39,7 +39,7 @@ class TypeAStreamer : public StreamerBase {
   void WriteValue(OCharStream& out, const StreamParams& params, Content content);
   void WriteStringValue(OCharStream& out, const char* text);
   void NewLine(OCharStream& out) const;
-  void CheckDepth(const NPOSObjectImpl::BaseObject& object);
+  void CheckDepth(const OCharStream& out, const NPOSObjectImpl::BaseObject& object);
 
   // ---- Reading: the content of each kind, the close character included ----
   KAP_T_MT::CPOSObject ReadValue(ICharStream& in, char open);

@@ -1,6 +1,7 @@
 // How values are written. Object by object in place: no value crosses the boundary.
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstring>
 #include <iterator>
@@ -35,22 +36,44 @@ namespace {
 
 constexpr std::size_t kBytesPerLine = 40;
 
-// The levels that are written before the depth of the rest is checked. Their indentation is little.
-constexpr std::int32_t kLevelsUnchecked = 64;
+// The levels that are written before the depth of the rest is checked. Their indentation is small.
+constexpr unsigned kLevelsUnchecked = 64;
 
-// Throws what NestingGuard throws when the object has more levels.
-void ExpectNoMoreLevels(const BaseObject& object, unsigned long levels) {
+// The objects that a check may look at, for each level that fits: milliseconds in all.
+constexpr unsigned long kLooksPerLevel = 256;
+
+// Throws what NestingGuard throws when the object has more levels. Looks at `looks` objects at
+// most: an object that many others hold is met on each path to it, and the paths can be too many to
+// follow.
+void ExpectNoMoreLevels(const BaseObject& object, unsigned long levels, unsigned long& looks) {
   if (levels == 0) NPOSObjectImpl::NestingGuard::ThrowTooDeep();
   const NPOSObjectImpl::NestingGuard guard;
-  const auto expectInside = [=](const CPOSObject& held) {
+  const auto expectInside = [&](const CPOSObject& held) {
+    if (looks == 0) return false;
+    --looks;
     const BaseObject* inner = BaseObject::OwnInstance(held.Handle());
-    if (inner && !KAP_T_MT::POSIsScalar(inner->GetType())) ExpectNoMoreLevels(*inner, levels - 1);
+    if (inner && !KAP_T_MT::POSIsScalar(inner->GetType())) {
+      ExpectNoMoreLevels(*inner, levels - 1, looks);
+    }
+    return true;
   };
-  if (const Array* array = Array::As(&object)) {
-    for (const CPOSObject& element : array->Elements()) expectInside(element);
-  } else if (const Dict* dict = Dict::As(&object)) {
-    const DictEntry* entry = dict->Entries().First();
-    for (; entry; entry = DictTree::Next(entry)) expectInside(entry->Value());
+  switch (object.GetType()) {
+    case KAP_T_MT::kPOSArray: {
+      const auto elements = static_cast<const Array&>(object).Elements();
+      static_cast<void>(std::all_of(elements.begin(), elements.end(), expectInside));
+      return;
+    }
+    case KAP_T_MT::kPOSDict: {
+      const DictEntry* entry = static_cast<const Dict&>(object).Entries().First();
+      while (entry && expectInside(entry->Value())) entry = DictTree::Next(entry);
+      return;
+    }
+    case KAP_T_MT::kPOSNumber:
+    case KAP_T_MT::kPOSString:
+    case KAP_T_MT::kPOSUnicodeString:
+    case KAP_T_MT::kPOSBinData:
+    case KAP_T_MT::kPOSRawPointer:
+      return;
   }
 }
 
@@ -68,7 +91,7 @@ class Indented {
 
 }  // namespace
 
-// The close character is written as it is, also where the escapes of the value have one for it.
+// The close character is written as it is, even where the value's escapes include it.
 template <class Content>
 void TypeAStreamer::WriteValue(OCharStream& out, const StreamParams& params, Content content) {
   out.PutChar(params.kOpen);
@@ -121,13 +144,18 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
 // So what is nested deeper than usual is looked through before anything of it is written. The
 // levels written so far show how much stack a level takes, and so which depth is out of reach; a
 // quarter is added because the levels to come may take less.
-void TypeAStreamer::CheckDepth(const BaseObject& object) {
+//
+// Looking must not take much longer than writing, because only a "Write" can stop it. Where it ends
+// early, what is nested twice as deep is looked through again, for longer if much was written.
+void TypeAStreamer::CheckDepth(const OCharStream& out, const BaseObject& object) {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-  if (fLevel == fFirstLevel) fFirstFrame = here;
-  if (fLevel != fFirstLevel + kLevelsUnchecked) return;
+  const auto written = static_cast<unsigned>(fLevel - fFirstLevel);
+  if (written == 0) fFirstFrame = here;
+  if (written < kLevelsUnchecked || !std::has_single_bit(written)) return;
   const NPOSObjectImpl::NestingLevel level;
-  const unsigned long fit = level.HowManyFit((fFirstFrame - here) / kLevelsUnchecked);
-  ExpectNoMoreLevels(object, fit + fit / 4);
+  const unsigned long fit = level.HowManyFit((fFirstFrame - here) / written);
+  unsigned long looks = fit * kLooksPerLevel + out.CountWritten();
+  ExpectNoMoreLevels(object, fit + fit / 4, looks);
 }
 
 // Few tabs, the ordinary case, come with the line feed in one copy.
@@ -195,7 +223,7 @@ void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
 // The stream may change the array while it writes: each element is taken as it is then.
 void TypeAStreamer::WriteArray(OCharStream& out, const StreamParams& params,
                                const CPOSObject& object, const Array& array) {
-  CheckDepth(array);
+  CheckDepth(out, array);
   const NPOSObjectImpl::NestingGuard guard;
   const ContainerInUse inUse(out, object);
   WriteValue(out, params, [&] { WriteElements(out, array); });
@@ -218,7 +246,7 @@ void TypeAStreamer::WriteElements(OCharStream& out, const Array& array) {
 
 void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params,
                               const CPOSObject& object, const Dict& dict) {
-  CheckDepth(dict);
+  CheckDepth(out, dict);
   const NPOSObjectImpl::NestingGuard guard;
   ContainerInUse inUse(out, object);
   WriteValue(out, params, [&] { WriteEntries(out, dict, inUse); });

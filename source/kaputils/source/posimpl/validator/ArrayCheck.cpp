@@ -5,7 +5,7 @@ namespace NPOSValidatorImpl {
 
 namespace {
 
-// That only one of them names its bound is deliberate.
+// Deliberate: only the first message contains the bound.
 constexpr LengthMessages kArrayLength = {"Array length below mininum value %d",
                                          "Array length above maximum value"};
 
@@ -37,12 +37,12 @@ ErrorCount CheckMemberType(const TypeCheck& check, const Array& members) {
   if (!attribute) return 0;
   const Subject type(attribute->Handle());
   if (type.Text()) {
-    const Kept<String> ofAll(*attribute, check.fDefinition.Keeps());
+    const Kept<String> ofAll(*attribute, check.fDefinition.MustKeep());
     return CheckMembers(check, members,
                         [&](std::uint32_t) -> const Kept<String>& { return ofAll; });
   }
   if (!type.As<Array>()) return 0;
-  const Kept<Array> types(*attribute, check.fDefinition.Keeps());
+  const Kept<Array> types(*attribute, check.fDefinition.MustKeep());
   return CheckOneByOne(check, members, *types);
 }
 

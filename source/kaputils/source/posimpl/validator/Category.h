@@ -4,7 +4,7 @@
 
 namespace NPOSValidatorImpl {
 
-// What the "category" of a definition selects. All checks of a category run, one error does not end
+// What the "category" of a definition selects. All checks of a category run; one error does not end
 // them, except where a check says so.
 struct Category {
   KeywordName fName;

@@ -27,13 +27,13 @@ ErrorCount CheckUnion(const TypeCheck& check);
 // set: all of these types.
 ErrorCount CheckIntersection(const TypeCheck& check);
 
-// Shared: minlen and maxlen of whatever has a length.
-// What is said about a length below "minlen" or above "maxlen"; the bound is at hand as "%d".
+// The messages for a length below "minlen" and above "maxlen". The bound is their argument, a "%d".
 struct LengthMessages {
   const char* fBelow;
   const char* fAbove;
 };
 
+// minlen and maxlen, for everything that has a length.
 ErrorCount CheckLength(const TypeCheck& check, std::size_t length, const LengthMessages& messages);
 
 }  // namespace NPOSValidatorImpl

@@ -8,16 +8,15 @@
 namespace NPOSValidatorImpl {
 
 // The attributes of a type definition. They are read where they are needed and never ahead of it:
-// an error in a definition is an error of the check that meets it, and a schema that changes counts
-// as it is at the moment. An absent attribute is null; one of another kind is a POSException.
-// Borrowed.
+// an error in a definition is an error of the check that meets it, and a changed schema takes
+// effect at once. An absent attribute is null; one of another kind is a POSException. Borrowed.
 class Definition {
  public:
-  // With `keeps` callbacks may run during the check, see Kept.
-  Definition(const Dict& attributes, const Keywords& words, bool keeps) noexcept
-      : fAttributes(attributes), fWords(words), fKeeps(keeps) {}
+  // With `mustKeep` callbacks may run during the check, see Kept.
+  Definition(const Dict& attributes, const Keywords& words, bool mustKeep) noexcept
+      : fAttributes(attributes), fWords(words), fMustKeep(mustKeep) {}
 
-  bool Keeps() const noexcept { return fKeeps; }
+  bool MustKeep() const noexcept { return fMustKeep; }
 
   const Keywords& Words() const noexcept { return fWords; }
 
@@ -32,7 +31,7 @@ class Definition {
   template <class Kind>
   Kept<Kind> GetKept(KeywordName name) const {
     const CPOSObject* attribute = Find(name);
-    return attribute ? Kept<Kind>(*attribute, fKeeps) : Kept<Kind>();
+    return attribute ? Kept<Kind>(*attribute, fMustKeep) : Kept<Kind>();
   }
 
   std::optional<double> GetNumber(KeywordName name) const {
@@ -47,7 +46,7 @@ class Definition {
  private:
   const Dict& fAttributes;
   const Keywords& fWords;
-  const bool fKeeps;
+  const bool fMustKeep;
 };
 
 }  // namespace NPOSValidatorImpl

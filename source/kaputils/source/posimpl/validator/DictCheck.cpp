@@ -51,7 +51,7 @@ class MembersCheck {
   // Empty when there is no dictionary, or it has no such member.
   Kept<String> TypeIn(const Dict* members, const SortableStringAtom& name) const {
     const CPOSObject* type = members ? members->Find(name) : nullptr;
-    return type ? Kept<String>(*type, fCheck.fDefinition.Keeps()) : Kept<String>();
+    return type ? Kept<String>(*type, fCheck.fDefinition.MustKeep()) : Kept<String>();
   }
 
   const TypeCheck& fCheck;
@@ -95,7 +95,7 @@ ErrorCount CheckDict(const TypeCheck& check) {
   if (missing > 0) return missing;
 
   const MembersCheck members(check, required.Get());
-  if (check.fDefinition.Keeps()) return CheckAndKeep(members, *dict);
+  if (check.fDefinition.MustKeep()) return CheckAndKeep(members, *dict);
   ErrorCount count = 0;
   for (const DictEntry* entry = dict->Entries().First(); entry; entry = DictTree::Next(entry)) {
     count += members.Check(entry->GetKey(), Subject(entry->Value().Handle()));

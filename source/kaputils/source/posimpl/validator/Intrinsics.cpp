@@ -1,7 +1,9 @@
 #include "posimpl/validator/Intrinsics.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 
 namespace NPOSValidatorImpl {
@@ -22,7 +24,7 @@ const char* BoolFault(const Subject& object, const Keywords& words) {
   return "Expected BOOL was of invalid type";
 }
 
-// A whole number beyond 32 bits is none here, deliberately.
+// Deliberate: a whole number outside 32 bits is rejected.
 bool IsWhole(double value) noexcept {
   using Limits = std::numeric_limits<std::int32_t>;
   return value >= Limits::min() && value <= Limits::max() && value == std::trunc(value);
@@ -58,19 +60,31 @@ const char* ObjRefFault(const Subject& object, const Keywords& /*words*/) {
   return FaultUnless<RawPointer>(object, "Expected OBJREF was of invalid type");
 }
 
+constexpr KAP_T_MT::POSType kSeveral = {};
+
 constexpr Intrinsic kIntrinsics[] = {
-    {&Keywords::Any, &AnyFault},
-    {&Keywords::Bool, &BoolFault},
-    {&Keywords::Int, &IntFault},
-    {&Keywords::Real, &RealFault},
-    {&Keywords::String, &StringFault},
-    {&Keywords::UnicodeString, &UnicodeStringFault},
-    {&Keywords::BinData, &BinDataFault},
-    {&Keywords::RawPtr, &RawPtrFault},
-    {&Keywords::KAPObjRef, &ObjRefFault},
-    {&Keywords::QNBaseObjRef, &ObjRefFault},
-    {&Keywords::KAPErrorObjRef, &ObjRefFault},
+    {&Keywords::Any, &AnyFault, kSeveral},
+    {&Keywords::Bool, &BoolFault, kSeveral},
+    {&Keywords::Int, &IntFault, KAP_T_MT::kPOSNumber},
+    {&Keywords::Real, &RealFault, KAP_T_MT::kPOSNumber},
+    {&Keywords::String, &StringFault, KAP_T_MT::kPOSString},
+    {&Keywords::UnicodeString, &UnicodeStringFault, KAP_T_MT::kPOSUnicodeString},
+    {&Keywords::BinData, &BinDataFault, KAP_T_MT::kPOSBinData},
+    {&Keywords::RawPtr, &RawPtrFault, KAP_T_MT::kPOSRawPointer},
+    {&Keywords::KAPObjRef, &ObjRefFault, KAP_T_MT::kPOSRawPointer},
+    {&Keywords::QNBaseObjRef, &ObjRefFault, KAP_T_MT::kPOSRawPointer},
+    {&Keywords::KAPErrorObjRef, &ObjRefFault, KAP_T_MT::kPOSRawPointer},
 };
+
+// Arrays and dictionaries always need a definition.
+constexpr bool HasIntrinsicIfScalar(KAP_T_MT::POSType type) {
+  return !KAP_T_MT::POSIsScalar(type) ||
+         std::any_of(std::begin(kIntrinsics), std::end(kIntrinsics),
+                     [=](const Intrinsic& intrinsic) { return intrinsic.fType == type; });
+}
+static_assert(std::all_of(std::begin(KAP_T_MT::kPOSTypes), std::end(KAP_T_MT::kPOSTypes),
+                          &HasIntrinsicIfScalar),
+              "kIntrinsics has no type for a scalar kind of POSType");
 
 }  // namespace
 

@@ -11,6 +11,7 @@ struct Intrinsic {
   KeywordName fName;
   // Why the object is not of the type; null if it is.
   const char* (*fFault)(const Subject& object, const Keywords& words);
+  KAP_T_MT::POSType fType;  // the kind of the objects; none when there are several kinds
 
   // The type of this name; null when it needs a definition.
   static const Intrinsic* Find(AtomText name, const Keywords& words) noexcept;

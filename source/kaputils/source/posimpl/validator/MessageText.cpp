@@ -11,7 +11,7 @@ namespace NPOSValidatorImpl {
 
 namespace {
 
-// This thread formats as in the C locale for a while: the process may write a decimal comma.
+// Switches the thread to the C locale: the locale of the process may have a decimal comma.
 class InCLocale {
  public:
   InCLocale() noexcept : fBefore(uselocale(CLocale())) {}

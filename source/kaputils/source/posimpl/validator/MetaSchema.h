@@ -1,5 +1,11 @@
 #pragma once
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "pos/POSKinds.h"
+
 namespace NPOSValidatorImpl {
 
 // The schema of schemas, in text notation. Its features are deliberate, the odd ones too: bounds of
@@ -45,5 +51,33 @@ TypeDefn          < category union
                     set [DictDefn ArrayDefn IntDefn RealDefn StringDefn UnicodeStringDefn
                          BinDataDefn ObjRefDefn UnionDefn IntersectionDefn] >
 StructSchema      < category dict keytype TypeName valuetype TypeDefn > >)";
+
+// The definition above that stands for the category of a kind.
+constexpr std::string_view MetaSchemaCategory(KAP_T_MT::POSType type) noexcept {
+  switch (type) {
+    case KAP_T_MT::kPOSNumber:
+      return "kReal ";
+    case KAP_T_MT::kPOSString:
+      return "kString ";
+    case KAP_T_MT::kPOSUnicodeString:
+      return "kUnicodeString ";
+    case KAP_T_MT::kPOSBinData:
+      return "kBinData ";
+    case KAP_T_MT::kPOSRawPointer:
+      return "kObjRef ";
+    case KAP_T_MT::kPOSArray:
+      return "kArray ";
+    case KAP_T_MT::kPOSDict:
+      return "kDict ";
+  }
+  return {};
+}
+static_assert(std::all_of(std::begin(KAP_T_MT::kPOSTypes), std::end(KAP_T_MT::kPOSTypes),
+                          [](KAP_T_MT::POSType type) {
+                            const std::string_view name = MetaSchemaCategory(type);
+                            return !name.empty() && std::string_view(kMetaSchema).find(name) !=
+                                                        std::string_view::npos;
+                          }),
+              "the schema of schemas has no category for a kind of POSType");
 
 }  // namespace NPOSValidatorImpl

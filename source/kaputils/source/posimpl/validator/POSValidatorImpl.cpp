@@ -4,6 +4,8 @@
 
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
+#include "pos/POSInterfaceSets.h"
+#include "posimpl/procs/RegisteredSet.h"
 #include "posimpl/validator/SchemaCheck.h"
 #include "posimpl/validator/StructValidator.h"
 
@@ -12,8 +14,6 @@ namespace NPOSValidatorImpl {
 using KAP_T_MT::CKAPContainerHolder;
 using KAP_T_MT::CKAPStringAtom;
 using KAP_T_MT::KAPReportingError;
-using KAP_T_MT::POSStructValidatorInterface;
-using KAP_T_MT::POSValidatorInterface;
 using NPOSObjectImpl::TextOf;
 
 namespace {
@@ -22,7 +22,7 @@ bool POSValidatorValidateProc(POSValidator* validator, POSObject* object, KAPStr
                               POSMessageProc message) noexcept {
   return KAPReportingError([=] {
     const StructValidator& instance = StructValidator::GetInstance(validator);
-    const CKAPContainerHolder kept(instance.Keeps() ? validator : nullptr, false);
+    const CKAPContainerHolder kept(instance.MustKeep() ? validator : nullptr, false);
     return instance.Validate(BaseObject::Reference(object), TextOf(typeName), message);
   });
 }
@@ -48,17 +48,30 @@ bool POSStructValidatorValidateSchemaProc(POSDict* schema, POSMessageProc messag
 }
 
 }  // namespace
+}  // namespace NPOSValidatorImpl
+
+template <>
+bool NPOSObjectImpl::RegisterProcs<KAP_T_MT::POSValidatorInterface>() {
+  return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::POSValidatorInterface>(
+      &NPOSValidatorImpl::POSValidatorValidateProc);
+}
+
+template <>
+bool NPOSObjectImpl::RegisterProcs<KAP_T_MT::POSStructValidatorInterface>() {
+  return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::POSStructValidatorInterface>(
+      &NPOSValidatorImpl::POSStructValidatorNewStructValidatorProc,
+      &NPOSValidatorImpl::POSStructValidatorRegisterCallbackProc,
+      &NPOSValidatorImpl::POSStructValidatorValidateSchemaProc);
+}
+
+namespace NPOSValidatorImpl {
 
 bool RegisterPOSValidatorImpl() {
-  return KAP_T_MT::KAPRegisterInterface<POSValidatorInterface>(&POSValidatorValidateProc) &&
-         KAP_T_MT::KAPRegisterInterface<POSStructValidatorInterface>(
-             &POSStructValidatorNewStructValidatorProc, &POSStructValidatorRegisterCallbackProc,
-             &POSStructValidatorValidateSchemaProc);
+  return NPOSObjectImpl::RegisterSet<KAP_T_MT::POSValidatorInterfaceSet>();
 }
 
 void UnregisterPOSValidatorImpl() {
-  KAP_T_MT::KAPUnregisterInterface(POSValidatorInterface::kName);
-  KAP_T_MT::KAPUnregisterInterface(POSStructValidatorInterface::kName);
+  NPOSObjectImpl::UnregisterSet<KAP_T_MT::POSValidatorInterfaceSet>();
 }
 
 }  // namespace NPOSValidatorImpl

@@ -16,7 +16,8 @@
 #include "posimpl/objects/UnicodeString.h"
 
 // The property objects that are validated and that schemas are made of. Their classes are used
-// directly: reading a value takes no call across the boundary, and no reference.
+// directly: reading a value takes no call across the boundary and, unless extra validations are
+// registered, no reference.
 
 namespace NPOSValidatorImpl {
 
@@ -41,7 +42,7 @@ static_assert(
     KAP_T_MT::POSCoverEveryKind<Number, String, UnicodeString, BinData, RawPointer, Array, Dict>(),
     "not every kind of property object can be validated");
 
-// The wrapper that says what an object of another kind is not. Only for the kinds that attributes
+// The wrapper whose failed downcast says what an object is not. Only for the kinds that attributes
 // of a schema have.
 template <class Kind>
 struct TWrapper;
@@ -72,14 +73,14 @@ inline const CPOSObject& ElementAt(const Array& array, std::uint32_t index) {
 }
 
 // An object of a schema that a check goes on using while callbacks run, which may take it out of
-// the schema. Holds a reference if it `keeps`; where no callback can run, that would be waste.
+// the schema. Holds a reference if it `mustKeep`; where no callback can run, that would be waste.
 template <class Kind>
 class Kept {
  public:
   Kept() noexcept = default;
   // POSException for an object of another kind.
-  Kept(const CPOSObject& object, bool keeps)
-      : fInstance(&Downcast<Kind>(object.Handle())), fReference(keeps ? object : CPOSObject()) {}
+  Kept(const CPOSObject& object, bool mustKeep)
+      : fInstance(&Downcast<Kind>(object.Handle())), fReference(mustKeep ? object : CPOSObject()) {}
 
   const Kind* Get() const noexcept { return fInstance; }
   const Kind* operator->() const noexcept { return fInstance; }

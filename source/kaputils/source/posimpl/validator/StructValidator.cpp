@@ -39,7 +39,7 @@ StructValidator& StructValidator::GetInstance(POSValidator* handle) {
 void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
                                               KAP_T_MT::POSExtraValidationProc callback,
                                               void* clientData, Callback effect) {
-  if (effect == Callback::kMayChange) fKeeps = true;
+  if (effect == Callback::kMayChange) fMustKeep = true;
   fExtraValidations.Insert(std::make_unique<ProcEntry>(typeName, callback, clientData));
 }
 
@@ -84,8 +84,8 @@ ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
   const CPOSObject* word = attributes->Find(fWords.Category);
   const String* category = word ? String::GetInstanceNoThrow(word->Handle()) : nullptr;
   if (!category) throw MalformedDefinition(typeName);
-  const CPOSObject kept = fKeeps ? *member : CPOSObject();
-  const Definition definition(*attributes, fWords, fKeeps);
+  const CPOSObject kept = fMustKeep ? *member : CPOSObject();
+  const Definition definition(*attributes, fWords, fMustKeep);
   return Category::Get(category->Get(), fWords)
       .fCheck({*this, definition, category->Get(), object, errors});
 }
@@ -98,7 +98,7 @@ ErrorCount StructValidator::GetExtraValidationErrors(AtomText typeName, const Su
   const ProcEntry* entry = fExtraValidations.Find(SortableText(typeName));
   if (!entry || !entry->Callback()) return 0;
   const CKAPStringAtom name = entry->GetKey().Atom();
-  const CPOSObject reference = object.Reference();
+  const KAPContainerBaseGeneric reference = object.Reference();
   const KAP_T_MT::TKAPSharedBuffer<char> reason(kMessageSize);
   if (entry->Callback()(reference.Handle(), name.Handle(), reason.Handle(), entry->ClientData())) {
     return 0;

@@ -26,7 +26,7 @@ class BaseValidator : public KAP_T_MT::CKAPVirtualClientBase {
 //     Person < category dict required < name string > optional < age Age > > >
 //
 // A type name is the name of an intrinsic type or a key of the schema; intrinsic types come first.
-// Validating asks the host for nothing, and takes no memory, as long as there is nothing to say.
+// Without extra validations, checking a valid object makes no host call and allocates nothing.
 class StructValidator final : public BaseValidator, private TypeChecker {
  public:
   static constexpr const char* kNotInstance = "instance was not an StructValidator";
@@ -49,7 +49,7 @@ class StructValidator final : public BaseValidator, private TypeChecker {
                                Callback effect);
 
   // Whether a callback may change something during a check.
-  bool Keeps() const noexcept { return fKeeps; }
+  bool MustKeep() const noexcept { return fMustKeep; }
 
   bool Validate(const CPOSObject& object, AtomText typeName, POSMessageProc message) const override;
 
@@ -70,7 +70,7 @@ class StructValidator final : public BaseValidator, private TypeChecker {
   const CPOSObject fSchemaReference;
   const Dict& fSchema;
   const Keywords fWords;
-  bool fKeeps = false;
+  bool fMustKeep = false;
 };
 
 }  // namespace NPOSValidatorImpl

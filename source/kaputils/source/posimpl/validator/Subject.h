@@ -4,6 +4,8 @@
 
 namespace NPOSValidatorImpl {
 
+using KAP_T_MT::KAPContainerBaseGeneric;
+
 // What is checked: a property object, or the name of a dictionary's member, which counts as an
 // 8-bit string and becomes an object only where one is needed. Borrowed.
 class Subject {
@@ -21,18 +23,21 @@ class Subject {
   // The object as one of this kind, null when it is of another. For strings: Text.
   template <class Kind>
   const Kind* As() const noexcept {
-    static_assert(Kind::kType != KAP_T_MT::kPOSString, "a member's name is no object");
+    static_assert(Kind::kType != KAP_T_MT::kPOSString, "a member's name is not an object");
     return fType == Kind::kType ? static_cast<const Kind*>(fObject) : nullptr;
   }
   AtomText Text() const noexcept { return fText; }  // null when it is not an 8-bit string
 
-  // A new reference to the object, or an empty one for a member's name.
-  CPOSObject Keep() const { return fHandle ? BaseObject::Reference(fHandle) : CPOSObject(); }
+  // A new reference to the object, or an empty one for a member's name. Plain references: an object
+  // of another component can be kept even after its interface is gone.
+  KAPContainerBaseGeneric Keep() const {
+    return fHandle ? KAPContainerBaseGeneric(fHandle) : KAPContainerBaseGeneric();
+  }
 
   // A new reference to the object, which is made for a member's name.
-  CPOSObject Reference() const {
-    if (fHandle) return BaseObject::Reference(fHandle);
-    return CPOSObject(String::NewContainer(fText), KAP_T_MT::KAPAdopt());
+  KAPContainerBaseGeneric Reference() const {
+    if (fHandle) return KAPContainerBaseGeneric(fHandle);
+    return KAPContainerBaseGeneric(String::NewContainer(fText), KAP_T_MT::KAPAdopt());
   }
 
  private:

@@ -42,7 +42,7 @@ struct TypeCheck {
 
   // The name of a type in a list of names; POSException for an element that is not a string.
   Kept<String> TypeAt(const Array& types, std::uint32_t index) const {
-    return Kept<String>(ElementAt(types, index), fDefinition.Keeps());
+    return Kept<String>(ElementAt(types, index), fDefinition.MustKeep());
   }
 
   // The errors of a part of the object, or of the object as another type. Their messages are put
@@ -50,7 +50,8 @@ struct TypeCheck {
   // type must.
   template <class MakeContext>
   ErrorCount CheckPart(const Subject& part, AtomText typeName, MakeContext makeContext) const {
-    const CPOSObject kept = fDefinition.Keeps() ? part.Keep() : CPOSObject();
+    const KAPContainerBaseGeneric kept =
+        fDefinition.MustKeep() ? part.Keep() : KAPContainerBaseGeneric();
     ErrorList errors = ErrorList::ForPartOf(fErrors);
     const ErrorCount count = fChecker.GetObjectErrors(typeName, part, errors);
     if (!errors.IsEmpty()) {
