@@ -35,9 +35,10 @@ struct HostOptions {
   // Called when the host is destroyed while components still hold something of it. The default
   // writes the description to std::cerr. Must not throw.
   std::function<void(const Snapshot& leaked)> fOnLeak;
-  // Whether a call that adds or releases a reference to a dead container or error, or releases a dead
-  // atom, is reported: one whose last reference is already released. Costs memory: what is destroyed
-  // keeps its record until the host ends. Without checks such a call is undefined behaviour.
+  // Whether the host reports calls that use a dead handle: that add or release a reference to a
+  // container or error, or release an atom, whose last reference is already released. This takes
+  // memory: the host keeps the records of destroyed objects until it ends. Without checks such a
+  // call is undefined behaviour.
   bool fChecks = false;
 };
 

@@ -196,7 +196,7 @@ struct TKAPInterfaceSet {
 enum class KAPLoadOutcome {
   kLoaded,
   kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
-  kUnavailable        // the runtime is not bound, or not yet: then nothing is an error
+  kUnavailable        // no host is bound, or binding is under way
 };
 
 }  // namespace KAP_T_MT
