@@ -111,8 +111,8 @@ class Host {
   // ---- Fault injection ----
   //
   // A failing call does nothing and returns what its contract says for failure: a null atom, error
-  // or block, the core memory error, or false. Each kind of call has one rule; a later rule replaces
-  // it. Setting a rule restarts the counting of calls.
+  // or block, the core memory error, or false. Each kind of call has one rule; a later rule
+  // replaces it. Setting a rule restarts the counting of calls.
 
   // Fails the nth call of a kind from now on; the next call is the first.
   void FailCall(KAPFault kind, unsigned long n);
@@ -134,8 +134,8 @@ class Host {
 
   // Whether any call has failed since a rule was last set.
   bool Fired() const;
-  // The calls of a kind since a rule was last set, those that failed included. Calls are only counted
-  // until StopFaults.
+  // The calls of a kind since a rule was last set, those that failed included. Calls are only
+  // counted until StopFaults.
   unsigned long CallCount(KAPFault kind) const;
 
   // ---- Stream calls ----

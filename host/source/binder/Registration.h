@@ -43,8 +43,8 @@ std::size_t BlockSize(Args... args) noexcept {
   return size;
 }
 
-// A procedure that makes errors returns null when it cannot; any other with such a result returns an
-// error.
+// A procedure that makes errors returns null when it cannot; any other with such a result returns
+// an error.
 template <class Result, KAPTraits kTraits>
 Result Failure() noexcept {
   if constexpr (std::is_same_v<Result, KAPError*> && kTraits.fMakes != KAPResource::kError) {
@@ -105,12 +105,12 @@ void ForEachGuarded(Visitor visit, std::index_sequence<kSlots...>) {
       (std::is_same_v<decltype(kProcs),
                       typename NoexceptProc<typename Interface::template ProcAt<kSlots>>::Type> &&
        ...),
-      "each procedure is noexcept and has the signature of its declaration, in slot order");
+      "each procedure is noexcept and has the type of its declaration, in slot order");
   (visit.template operator()<kSlots, GuardedProc<Interface::kTraits[kSlots], kProcs>>(), ...);
 }
 
-// Calls visit.operator()<Slot, GuardedProc>() for each method of an interface. The procedures are in
-// slot order.
+// Calls visit.operator()<Slot, GuardedProc>() for each method of an interface. The procedures are
+// in slot order.
 template <class Interface, auto... kProcs, class Visitor>
 void ForEachGuarded(Visitor visit) {
   static_assert(sizeof...(kProcs) == Interface::kCount, "one procedure for each method");

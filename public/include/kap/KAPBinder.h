@@ -40,7 +40,7 @@ int KAPRegisterProcTable(const _t_KAPFTabRegEntry* entries, std::size_t count,
                          const char* interfaceName);
 
 // Registers `procs` as the procedures of an interface, in slot order. As KAPRegisterProcTable, with
-// signatures checked at compile time.
+// function types checked at compile time.
 template <class Interface, class... Procs>
 bool KAPRegisterInterface(Procs... procs) {
   const auto entries = Interface::Registration(procs...);

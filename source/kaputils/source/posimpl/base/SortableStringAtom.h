@@ -21,11 +21,11 @@ inline AtomText TextOf(KAPStringAtom* atom) {
 // bytes. Most keys differ or end within them, so most comparisons in a tree touch neither the atom
 // nor its text.
 //
-// Measured in bench/bench_dict.cpp: with two words, keys of 20 bytes that share 16 take 1.6 times as
-// long among 1 000; four words fill the block that an entry takes anyhow. A hash index by the atom's
-// text pointer beside the tree was tried: it makes "Get" at least twice as fast among 1 000 keys,
-// but inserting them then takes longer than the peer does (1.06 to 1.10 times), and it cannot be
-// built lazily, since reading must not change a dictionary.
+// Measured in bench/bench_dict.cpp: with two words, keys of 20 bytes that share 16 take 1.6 times
+// as long among 1 000; four words fill the block that an entry takes anyhow. A hash index by the
+// atom's text pointer beside the tree was tried: it makes "Get" at least twice as fast among 1 000
+// keys, but inserting them then takes longer than the peer does (1.06 to 1.10 times), and it cannot
+// be built lazily, since reading must not change a dictionary.
 class TextPrefix {
  public:
   static constexpr std::size_t kWords = 4;

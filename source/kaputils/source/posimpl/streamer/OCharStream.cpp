@@ -13,15 +13,19 @@ OCharStream::~OCharStream() noexcept(false) {
 // The bytes leave the buffer once the stream has taken them: after a failure they are written again
 // at the end. What is outside of something kept is kept already.
 void OCharStream::Flush() {
-  for (InUse* use = fInUse; use && !use->fIsKept; use = use->fOuter) use->Keep();
+  if (fScalar && !fKeptScalar) fKeptScalar = *fScalar;
+  for (ContainerInUse* use = fContainer; use && !use->fIsKept; use = use->fOuter) use->Keep();
   fStream.Write(reinterpret_cast<const unsigned char*>(fBytes), fUsed);
   fUsed = 0;
 }
 
-void InUse::Keep() {
-  fKeptObject = *fObject;
-  fObject = &fKeptObject;
-  if (fKey) fKey = &fKeptKey.emplace(*fKey);
+void ContainerInUse::Keep() {
+  if (!fKeptContainer) fKeptContainer = *fContainer;
+  if (fKey) {
+    fKeptValue = *fValue;
+    fValue = &fKeptValue;
+    fKey = &fKeptKey.emplace(*fKey);
+  }
   fIsKept = true;
 }
 
