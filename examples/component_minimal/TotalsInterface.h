@@ -7,4 +7,5 @@ struct TotalsInterface
     : KAP_T_MT::TKAPInterface<
           "TotalsInterface",
           // Returns the sum of the numbers. An element that is not a number: 0 and a report.
+          // [shared read]
           KAP_T_MT::TKAPMethod<"Sum", "TotalsSumProc", double(POSArray* numbers)>> {};

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The checks of the sources refuse what they must: each case is a small tree with one fault."""
+"""The checks of the sources reject what they must: each case is a small tree with one fault."""
 import pathlib
 import subprocess
 import sys
@@ -46,7 +46,7 @@ class Layers(unittest.TestCase):
             ("in a comment", LAYERS, {low + "a.h": '// #include "high/b.h"\n', high + "b.h": ""},
              []),
             ("through a wall", HOST, {"host/c.cpp": '#include "high/b.h"\n', high + "b.h": ""},
-             [f"host/c.cpp: includes {high}b.h, which is behind a wall"]),
+             [f"host/c.cpp: includes {high}b.h, which crosses a wall"]),
             ("ring of headers", LAYERS,
              {low + "a.h": '#include "low/b.h"\n', low + "b.h": '#include "low/a.h"\n'},
              [f"ring: {low}a.h -> {low}b.h -> {low}a.h"]),

@@ -86,7 +86,8 @@ TEST_F(ClientStreamTest, FaultsAndErrors) {
   EXPECT_EQ(Make(&stream, 3, client), nullptr);
   const auto create = fHost.Proc<Positionable, "CreateIndependentlyPositionableStream">();
   KAPContainer* out = stream;
-  EXPECT_EQ(fHost.TakeMessage(create(&out, stream)), "a client stream gave no independent stream");
+  EXPECT_EQ(fHost.TakeMessage(create(&out, stream)),
+            "a client stream returned no independent stream");
   client.fIndependent = &other;
   fHost.FailCall(KAPFault::kContainer, 1);
   EXPECT_EQ(fHost.TakeMessage(create(&out, stream)), "out of memory");

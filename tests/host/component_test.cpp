@@ -29,8 +29,8 @@ TEST_F(ComponentTest, IsInitialisedTerminatedAndUnloaded) {
   EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty());
 }
 
-// A component that leaves a procedure behind: nobody finds it any more, and a caller that kept its
-// address does not crash.
+// A component that does not unregister a procedure: it can no longer be looked up, and a caller
+// that kept its address does not crash.
 TEST_F(ComponentTest, ProceduresLeftRegistered) {
   const unsigned long* const counter =
       fHost.Call<KAP_T_MT::KAPBinderInterface, "KAPGetUnregisterCountAddr">();

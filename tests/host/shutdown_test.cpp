@@ -23,12 +23,12 @@ TEST(ShutdownTest, LateCallsDoNoHarm) {
   const auto release = host->Proc<KAPContainerInterface, "Release">();
   const auto find = host->GetProcAddress();
 
-  KAPStringAtom* atom = newAtom("left behind");
+  KAPStringAtom* atom = newAtom("still held");
   void* block = alloc(10);
   KAPContainer* container = nullptr;
   newContainer(&container);
   host.reset();
-  EXPECT_EQ(leaked.Of(KAP_T_MT::KAPResource::kAtom, "left behind").fNumber, 1);
+  EXPECT_EQ(leaked.Of(KAP_T_MT::KAPResource::kAtom, "still held").fNumber, 1);
 
   EXPECT_EQ(newAtom("late"), nullptr);
   EXPECT_EQ(alloc(10), nullptr);
@@ -37,7 +37,7 @@ TEST(ShutdownTest, LateCallsDoNoHarm) {
   EXPECT_NE(newContainer(&late), nullptr);
   EXPECT_EQ(late, nullptr);
   EXPECT_EQ(find("KAP", "KAPReportError", "KAPReportError"), nullptr);
-  EXPECT_STREQ(text(atom), "left behind");
+  EXPECT_STREQ(text(atom), "still held");
   deleteAtom(atom);
   freeBlock(block);
   release(container);  // ignored

@@ -42,7 +42,7 @@ class HostTap {
     return texts;
   }
 
-  // From now on a look-up or a call of the host ends the process with status 7.
+  // After this call, a look-up or a call of the host ends the process with status 7.
   static void Forbid() { fForbidden = true; }
 
  private:

@@ -7,7 +7,7 @@
 extern "C" [[gnu::weak]] void __lsan_disable();
 
 // Runs `run` in a process of its own, which then exits normally; expects status 0. The process may
-// leave blocks behind: these tests are about hosts that can no longer be called to release them.
+// leak blocks: these tests are about hosts that can no longer be called to release them.
 template <class Run>
 void ExpectGoodExit(Run run) {
   auto runAndExit = [&] {

@@ -185,14 +185,14 @@ void UseEverything() {
 
 // Whichever call of the host fails: the caller learns of it, and neither side keeps anything.
 TEST(ClientFaultTest, FailEachCall) {
-  bool refused = true;
-  for (unsigned long n = 1; refused; ++n) {
+  bool fails = true;
+  for (unsigned long n = 1; fails; ++n) {
     TestHost host;
     ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
     host.FailCall(KAPFault::kAny, n);
     const std::string thrown = Thrown(&UseEverything);
-    refused = host.Fired();
-    EXPECT_EQ(!thrown.empty(), refused) << n << " " << thrown;
+    fails = host.Fired();
+    EXPECT_EQ(!thrown.empty(), fails) << n << " " << thrown;
     EXPECT_EQ(gLive, 0) << n;
     KAPClientTerminate();
   }

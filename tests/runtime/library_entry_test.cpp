@@ -53,7 +53,7 @@ class LibraryEntryTest : public HostTest {
     fLibrary->Terminate();
     EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty()) << fHost.TakeSnapshot();
   }
-  // Fails under the current faults; succeeds without them.
+  // Expects initialisation to fail under the current faults and to succeed without them.
   void FailAndRecover() {
     EXPECT_FALSE(Initialize());
     EXPECT_FALSE(Initialize());
@@ -146,12 +146,12 @@ TEST_F(LibraryEntryTest, FailEachRegistration) {
   EXPECT_TRUE(Initialize());
   const std::vector<Registration> all = RegistrationsSoFar();
   Terminate();
-  for (const Registration& refused : all) {
-    SCOPED_TRACE(refused.fInterface + " " + refused.fMethod);
-    fHost.FailRegistration(refused.fInterface.c_str(), refused.fMethod.c_str());
+  for (const Registration& failing : all) {
+    SCOPED_TRACE(failing.fInterface + " " + failing.fMethod);
+    fHost.FailRegistration(failing.fInterface.c_str(), failing.fMethod.c_str());
     EXPECT_FALSE(Initialize());
-    for (const Registration& other : all) {  // those before it stay
-      EXPECT_EQ(other.IsIn(fHost), &other < &refused) << other.fProc;
+    for (const Registration& other : all) {  // the earlier ones remain
+      EXPECT_EQ(other.IsIn(fHost), &other < &failing) << other.fProc;
     }
     Terminate();
     for (const Registration& other : all) EXPECT_FALSE(other.IsIn(fHost)) << other.fProc;

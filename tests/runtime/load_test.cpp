@@ -6,7 +6,7 @@ namespace {
 
 using namespace KAP_T_MT;
 
-int gPlace;  // an address that is never called
+int gPlace;  // its address stands for a procedure that is never called
 
 class LoadTest : public BoundTest {};
 

@@ -241,7 +241,7 @@ void ExpectRefused(const char* wrapper, KAPContainer* handle) {
   EXPECT_EQ(Thrown([] { Wrapper null(nullptr, KAPAdopt()); }), kInvalidContainer);
 }
 
-// The constructor itself refuses them, and releases what it has added or adopted.
+// The constructor itself rejects them, and releases what it has added or adopted.
 TEST_F(ResourceTest, HandlesOfAnotherKind) {
   RegisterEcho(fHost);
   RegisterAs<KAPDataStoreInterface>("FirstStore", &GetBlock<kFirst>);

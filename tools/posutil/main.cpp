@@ -23,7 +23,7 @@ void DeclareAll(CLI::App& options, Session& session) {
       ->option_text("FILE");
   options.footer(
       "posutil COMMAND --help describes a command.\n\n"
-      "Exit status: 0 success, 1 a negative answer, 2 wrong usage, 3 unreadable or malformed\n"
+      "Exit status: 0 success, 1 a negative result, 2 wrong usage, 3 unreadable or malformed\n"
       "input, lost output, or a report of the library.");
   for (Command* command : Command::All()) {
     CLI::App* const own = options.add_subcommand(command->kName, command->kDescription);

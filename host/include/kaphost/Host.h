@@ -35,9 +35,10 @@ struct HostOptions {
   // Called when the host is destroyed while components still hold something of it. The default
   // writes the description to std::cerr. Must not throw.
   std::function<void(const Snapshot& leaked)> fOnLeak;
-  // Report calls that use a dead handle: AddRef and Release of a container or error, and the release
-  // of an atom, after the last reference was released. Without checks such a call is undefined
-  // behaviour. Checks cost memory: records of what is destroyed are kept until the host ends.
+  // Whether the host reports calls that use a dead handle: that add or release a reference to a
+  // container or error, or release an atom, whose last reference is already released. This takes
+  // memory: the host keeps the records of destroyed objects until it ends. Without checks such a
+  // call is undefined behaviour.
   bool fChecks = false;
 };
 

@@ -35,8 +35,8 @@ struct Holding {
 // is one holding under the empty name.
 //
 // References that the host holds for its own purposes are left out, as are those of an error to its
-// texts, of a container to its names and of a filter to its target. A process tells about a hundred
-// types of containers apart; the others are counted together as "(other types)".
+// texts, of a container to its names and of a filter to its target. A process distinguishes about a
+// hundred types of containers; the others are counted together as "(other types)".
 //
 // A plain value. The difference of two snapshots is a snapshot with negative numbers for what was
 // released.

@@ -27,7 +27,7 @@ class Binder {
   // The same with fault injection, noexcept for use across the boundary: false when out of memory.
   bool RegisterForComponent(const char* interfaceName, const char* methodName, const char* procName,
                             void* proc) noexcept;
-  // When the interface has any procedures, removes them and raises the unregister counter by one.
+  // When the interface has any procedures, removes them and increments the unregister counter.
   void Unregister(const char* interfaceName) noexcept;
   // Removes the procedures for which matches(procedure) is true. Returns the names of their
   // interfaces, for each of which the unregister counter grows by one. Throws std::bad_alloc.

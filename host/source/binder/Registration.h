@@ -105,7 +105,7 @@ void ForEachGuarded(Visitor visit, std::index_sequence<kSlots...>) {
       (std::is_same_v<decltype(kProcs),
                       typename NoexceptProc<typename Interface::template ProcAt<kSlots>>::Type> &&
        ...),
-      "each procedure is noexcept and has the signature of its declaration, in slot order");
+      "each procedure is noexcept and has the type of its declaration, in slot order");
   (visit.template operator()<kSlots, GuardedProc<Interface::kTraits[kSlots], kProcs>>(), ...);
 }
 

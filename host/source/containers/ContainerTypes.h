@@ -23,7 +23,7 @@ struct ContainerType {
 };
 
 // All types of the process. Look-ups take no lock: a new type becomes the head of a chain, and
-// types leave only when a host is destroyed, which is alone by contract.
+// types are removed only when a host is destroyed, while by contract no other call runs.
 class ContainerTypes {
  public:
   constexpr ContainerTypes() = default;

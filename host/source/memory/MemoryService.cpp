@@ -25,7 +25,7 @@ void* Alloc(std::size_t size) noexcept {
 void* Realloc(void* block, std::size_t size) noexcept {
   if (!block) return Alloc(size);
   const long before = UsableSize(block);
-  void* moved = std::realloc(block, size != 0 ? size : 1);  // a size of 0 frees the block
+  void* moved = std::realloc(block, size != 0 ? size : 1);  // a size of 0 would free the block
   if (moved) Count(KAPResource::kBlock, 0, UsableSize(moved) - before);
   return moved;
 }

@@ -9,7 +9,7 @@
 
 // The procedures of KAPProgressInterface.
 
-// A progress object. One without procedures ignores what it is told.
+// A progress object. One without procedures ignores its updates.
 struct KAPProgress {
   void* const fClient = nullptr;
   const KAP_T_MT::KAPProgressUpdateProc fUpdate = nullptr;

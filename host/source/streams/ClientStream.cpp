@@ -42,14 +42,14 @@ KAPError* ClientStream::Seek(long offset, int origin) noexcept {
   return fProcs.fSeek(fClient, offset, origin);
 }
 
-// The new object has the capability of this one, which is at least the one asked for.
+// The new object has the capability of this one, which is at least the requested one.
 KAPError* ClientStream::CreateIndependent(std::unique_ptr<Stream>& out,
                                           StreamCapability capability) noexcept {
   const auto create = capability == StreamCapability::kPositionable ? fProcs.fCreatePositionable
                                                                     : fProcs.fCreateRewindable;
   void* client = nullptr;
   if (KAPError* error = create(&client, fClient)) return error;
-  if (!client) return MakeError("a client stream gave no independent stream");
+  if (!client) return MakeError("a client stream returned no independent stream");
   out.reset(new (std::nothrow) ClientStream(Capability(), client, fProcs));
   if (out) return nullptr;
   ReportError(fProcs.fDelete(client));

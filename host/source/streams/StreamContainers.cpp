@@ -8,7 +8,8 @@ namespace KAPHost {
 
 namespace {
 
-// The delete procedure tells a stream's container from a component's container of the same name.
+// The delete procedure distinguishes a stream's container from a component's container of the same
+// name.
 void DeleteStream(void* stream) noexcept { delete static_cast<Stream*>(stream); }
 
 const char* Signature(StreamCapability capability) noexcept {

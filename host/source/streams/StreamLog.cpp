@@ -26,7 +26,7 @@ std::vector<StreamCall> StreamLog::Take() {
 }
 
 std::ostream& operator<<(std::ostream& out, const StreamCall& call) {
-  out << (call.fKind.empty() ? "no stream" : call.fKind) << ": " << call.fMethod << '(';
+  out << (call.fKind.empty() ? "not a stream" : call.fKind) << ": " << call.fMethod << '(';
   if (call.fMethod == "Read" || call.fMethod == "Write") out << call.fAmount;
   if (call.fMethod == "Seek") out << call.fAmount << ", " << call.fOrigin;
   out << ')';

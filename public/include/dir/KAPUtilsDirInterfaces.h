@@ -13,7 +13,7 @@
 //
 // Errors: a failing system call is an error of the component "KAPUtilsDir" with the errno as its
 //   code and the message that the procedure names. Everything else (a null argument, a handle of
-//   another kind, a host that refuses) has the error that any procedure returns for it.
+//   another kind, a host that fails) is the error that any procedure returns in that case.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
@@ -74,7 +74,7 @@ struct KAPUtilsTempFileStreamFactory
           // the one with the empty message.
           //
           // The last release of the stream closes and deletes the file; the host reports a deletion
-          // that fails. A stream that outlives the library's termination leaves its file behind.
+          // that fails. If a stream outlives the library's termination, its file remains.
           //
           // "CreateIndependentlyPositionableStream" makes read-only views of the file, each with a
           // position of its own. The first call also turns the stream itself into a view, at

@@ -16,7 +16,7 @@
 // the result is null, 0 or false.
 //
 // Ownership: names and messages are borrowed for the call; the binder copies what it keeps.
-// Errors: none of these functions throws; the result tells.
+// Errors: none of these functions throws; the result shows success or failure.
 // Threads: any.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
@@ -29,7 +29,7 @@ bool KAPIsBound() noexcept;
 void* KAPQueryProcAddress(const char* interfaceName, const char* methodName, const char* procName);
 
 // Registers one procedure, replacing one that has the same three names. Nonzero on success; 0 when
-// the host refuses.
+// the host fails.
 int KAPRegisterProcAddress(const char* interfaceName, const char* methodName, const char* procName,
                            void* proc);
 
@@ -40,7 +40,7 @@ int KAPRegisterProcTable(const _t_KAPFTabRegEntry* entries, std::size_t count,
                          const char* interfaceName);
 
 // Registers `procs` as the procedures of an interface, in slot order. As KAPRegisterProcTable, with
-// signatures checked at compile time.
+// function types checked at compile time.
 template <class Interface, class... Procs>
 bool KAPRegisterInterface(Procs... procs) {
   const auto entries = Interface::Registration(procs...);
@@ -58,9 +58,9 @@ void KAPReportError(const char* message) noexcept;
 // asks and always locks, which is right in either case.
 int KAPIsMultiThreaded();
 
-// Deliberate no-ops. KAPNoOpFunction is a procedure for slots that must not reach the host;
-// KAPAssertNoObjects is a hook for hosts that check for live objects, of which the runtime has none
-// to report.
+// Deliberate no-ops, for components that install them; the runtime does not use them.
+// KAPNoOpFunction is a procedure for slots that must not reach the host. KAPAssertNoObjects is a
+// hook for hosts that check for live objects, of which the runtime has none to report.
 void KAPNoOpFunction() noexcept;
 void KAPAssertNoObjects() noexcept;
 

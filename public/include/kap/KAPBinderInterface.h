@@ -12,7 +12,7 @@ struct KAPBinderInterface
           "KAP",
           // Registers `proc` under the three names, replacing a procedure that is already there.
           // The binder copies the names. Nonzero: registered. 0: an argument is null, or the host
-          // refuses. [any thread]
+          // fails. [any thread]
           TKAPMethod<"KAPRegisterProcAddress", "KAPRegisterProcAddress",
                      int(const char* interfaceName, const char* methodName, const char* procName,
                          void* proc)>,

@@ -17,8 +17,8 @@
 //     return KAPReportingError([&] { return SumOf(numbers); });
 //   }
 //
-// All catching is written here, once. The procedures by which the host calls a component's own
-// streams and sinks have a variant of the first form (KAPClientProcs.h).
+// All exception handling of the boundary is here. The procedures by which the host calls a
+// component's own streams and sinks have a variant of the first form (KAPClientProcs.h).
 //
 // Ownership: a returned error is a new reference for the caller.
 // Threads: any.

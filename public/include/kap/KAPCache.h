@@ -18,7 +18,7 @@
 //     ...                                          // purged meanwhile: make it again
 //   }
 //
-// Errors, besides those said below: a table that cannot be loaded throws (KAPInterfaceClient.h).
+// Errors, besides those stated below: a table that cannot be loaded throws (KAPInterfaceClient.h).
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
@@ -82,7 +82,7 @@ class CKAPCache {
   static KAPCacheID* NewCacheID();
 
   // Files an item that costs `cost` bytes. The cache owns it and passes it to `purgeItem` when it
-  // is purged. False: the identity has an item already or the host refuses, and the item stays the
+  // is purged. False: the identity has an item already or the host fails, and the item stays the
   // caller's.
   static bool Add(const CKAPCacheID& id, void* item, std::size_t cost, KAPDeleteProc purgeItem);
   // A lock on the item that is filed under the identity; empty when it was purged.

@@ -34,7 +34,7 @@ struct KAPCacheInterface
           // purged. [any thread]
           TKAPMethod<"Attach", "KAPCacheAttachProcV2", void*(KAPCacheID* id)>,
           // Files an unmarked item; a purge passes it to `purgeItem`. False: the identity has an
-          // item or the host refuses, and the item stays the caller's. [any thread]
+          // item or the host fails, and the item stays the caller's. [any thread]
           TKAPMethod<"Add", "KAPCacheAddProc",
                      bool(KAPCacheID* id, void* item, std::size_t cost, KAPDeleteProc purgeItem),
                      KAPMakes(KAPResource::kCacheItem, KAPFault::kCache)>,

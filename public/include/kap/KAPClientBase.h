@@ -16,7 +16,7 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// For objects without virtual functions. The code that deletes one must know its class.
+// For objects without virtual functions. A caller that deletes one must know its class.
 class CKAPClientBase : public KAPHostAllocated {
  protected:
   CKAPClientBase() = default;
@@ -24,7 +24,7 @@ class CKAPClientBase : public KAPHostAllocated {
 };
 
 // For objects that are deleted through this base. A destructor may throw, deliberately: a stream
-// that cannot write its last bytes has no other place to say so. So never delete one in a plain
+// that cannot write its last bytes has no other way to report it. Never delete one in a plain
 // destructor: TKAPClientObject and the procedures below turn the exception into a report or an
 // error.
 class CKAPVirtualClientBase : public KAPHostAllocated {

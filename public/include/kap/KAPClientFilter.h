@@ -22,8 +22,8 @@ class KAPClientDataSink : public CKAPVirtualClientBase {
   virtual void Write(const unsigned char* data, std::size_t size) = 0;
 };
 
-// Receives bytes and writes what it makes of them to a target. The object itself holds the target
-// it was created for, and writes to it.
+// Receives bytes, transforms them and writes the result to a target. The object itself holds the
+// target it was created for, and writes to it.
 class KAPClientFilter : public KAPClientDataSink {
  public:
   // Writes what is still pending. The host forwards it once; after a failure it may call again.

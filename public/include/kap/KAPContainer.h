@@ -63,7 +63,8 @@ class CKAPContainer {
                                         KAPDeleteProc deleteInstance);
 
   // Adds a reference and returns the handle. CKAPError "invalid container" for null or when the
-  // host refuses. An unchecked reference would be released without ever having been added.
+  // host refuses the reference. An unchecked reference would be released without ever having been
+  // added.
   static KAPContainer* AddRef(KAPContainer* container) {
     if (!container || !KAPContainerClient::Call<"AddRef">(container)) [[unlikely]]
       ThrowInvalidContainerException();
@@ -89,7 +90,8 @@ class CKAPContainer {
   static constinit int fCPPCheck;  // 13 when the static objects of the runtime exist
 };
 
-// A deliberate no-op: what releasing a container amounts to while no host is bound.
+// A deliberate no-op, for components that install it as the release of containers while no host is
+// bound. The runtime leaves the slot empty instead.
 void KAPContainerNoOpRelease(KAPContainer* container) noexcept;
 
 // A reference to a container, or to none. Base of the typed wrappers: property objects, streams,
@@ -102,7 +104,7 @@ void KAPContainerNoOpRelease(KAPContainer* container) noexcept;
 class KAPContainerBaseGeneric {
  public:
   KAPContainerBaseGeneric() noexcept = default;
-  // Adds a reference. Null is refused as well: "invalid container".
+  // Adds a reference. Null also fails: "invalid container".
   explicit KAPContainerBaseGeneric(KAPContainer* container)
       : fContainer(CKAPContainer::AddRef(container)) {}
   // Adds a reference without checking the result. Only for handles known to be live: a refused

@@ -6,8 +6,8 @@
 #include "kap/KAPFilterInterface.h"
 #include "kap/KAPReference.h"
 
-// References to the host's sinks and filters. A sink takes bytes; a filter is a sink that writes
-// what it makes of its bytes to a target, so filters form chains.
+// References to the host's sinks and filters. A sink takes bytes; a filter is a sink that
+// transforms them and writes the result to a target, so filters form chains.
 //
 //   const CKAPDataSink end(KAPNewClient<Counter>());   // KAPClientFilter.h
 //   CKAPFilter first = CKAPFilter::NewIdentityFilter(end);

@@ -10,7 +10,7 @@
 #include "kap/KAPTypes.h"
 
 // The declaration of an interface: its name and, for each method in slot order, the method's name,
-// the procedure's name in the binder, the signature and the traits. One declaration serves
+// the procedure's name in the binder, the function type and the traits. One declaration serves
 // everyone: the table of names, the slot of a method, typed calls, typed registration, what becomes
 // a no-op when the binding ends, and what a host's fault injection and accounting do.
 //
@@ -23,11 +23,10 @@
 //   KAPRegisterInterface<TotalsInterface>(&TotalsSumProc);                   // the component
 //   double sum = TKAPInterfaceClient<TotalsInterface>::Call<"Sum">(numbers);  // its client
 //
-// A misspelt method name, a missing procedure or a procedure with another signature does not
-// compile.
+// A misspelt method name, a missing procedure or a procedure of another type does not compile.
 //
 // Tables only grow: add new methods at the end, so that slots keep their numbers. A method whose
-// signature must change gets a new procedure name, by convention with a suffix such as "V2": a
+// function type must change gets a new procedure name, by convention with a suffix such as "V2": a
 // component that knows only the old revision then finds the old procedure or none.
 //
 // The comment above a method is its contract. It ends with a thread tag:
@@ -196,7 +195,7 @@ struct TKAPInterfaceSet {
 enum class KAPLoadOutcome {
   kLoaded,
   kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
-  kUnavailable        // the runtime is not bound, or not yet: then nothing is an error
+  kUnavailable        // no host is bound, or binding is under way
 };
 
 }  // namespace KAP_T_MT

@@ -151,8 +151,8 @@ class TDelVTabList : public KAPVTabListGeneric {
 };
 
 // The constructors of a typed container wrapper. Each checks that the container has the wrapper's
-// methods, so a handle of another kind is refused where it is wrapped, not where it is first used.
-// `Wrapper` derives from it and has a static CheckMethods(handle) that throws; `Base` is
+// methods, so wrapping a handle of another kind fails at once, not at the first use. `Wrapper`
+// derives from it and has a static CheckMethods(handle) that throws; `Base` is
 // KAPContainerBaseGeneric, or the wrapper whose methods `Wrapper` adds to.
 template <class Wrapper, class Base>
 class TKAPTypedContainer : public Base {

@@ -4,7 +4,7 @@
 #include "kap/KAPProgressInterface.h"
 #include "kap/KAPReference.h"
 
-// Progress: one side reports how far its work is, the other side shows it.
+// Progress: one side updates the progress of its work, the other shows it.
 //
 //   struct Bar : KAPClientProgress {
 //     void Update(float fraction, const char* text, int) override { Draw(fraction, text); }
@@ -15,7 +15,7 @@
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Base of the progress objects that a component implements itself and hands to the host.
-// Errors: Update fails by throwing; the exception becomes the host error that the reporting side
+// Errors: Update fails by throwing; the exception becomes the host error that the updating side
 //   receives, which stops its work.
 // Threads: the host calls one object from one thread at a time.
 class KAPClientProgress : public CKAPVirtualClientBase {
@@ -43,8 +43,8 @@ class CKAPProgress : public TKAPReference<KAPProgressInterface, KAPProgress> {
     FinishConstruct();
   }
 
-  // Reports `fraction` (0 to 1), a text (may be null) and a flag whose meaning the two sides agree
-  // on. An exception asks the caller to stop.
+  // Updates the progress: `fraction` (0 to 1), a text (may be null) and a flag whose meaning the
+  // two sides agree on. An exception asks the caller to stop.
   void Update(float fraction, const char* text, int flag);
 
   // As the constructor, but returns a handle with one reference for the caller, and null instead of

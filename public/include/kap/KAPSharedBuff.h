@@ -14,7 +14,7 @@
 //   samples.Data()[0] = 1;
 //   Play(samples.Handle());                        // another component adds its own reference
 //
-// Errors, besides those said below: a table that cannot be loaded throws (KAPInterfaceClient.h).
+// Errors, besides those stated below: a table that cannot be loaded throws (KAPInterfaceClient.h).
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 

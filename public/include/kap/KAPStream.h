@@ -35,8 +35,8 @@ class CKAPSimpleStream : public TKAPTypedContainer<CKAPSimpleStream, KAPContaine
   using TKAPTypedContainer::TKAPTypedContainer;
 
   // Reads up to `size` bytes and returns how many; 0 at the end of the input, which is not an
-  // error. Fewer than `size` do not mean that the end is reached. CKAPError "a stream returned more
-  // than was asked for" for a stream that claims to have overrun the buffer.
+  // error. A short read does not mean the end of the input. CKAPError "a stream returned more than
+  // was asked for" for a stream that claims to have overrun the buffer.
   std::size_t Read(unsigned char* buffer, std::size_t size);
   // Writes all `size` bytes. After an error an unknown part of them is written.
   void Write(const unsigned char* buffer, std::size_t size);

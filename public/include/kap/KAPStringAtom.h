@@ -63,7 +63,8 @@ class CKAPStringAtom {
   // Makes the release of atoms a no-op until the string table is loaded again. The end of the
   // binding does the same. [binding thread]
   static void Close() noexcept;
-  static void NoOpDelete(KAPStringAtom*) noexcept;  // the deliberate no-op that Close installs
+  // A deliberate no-op, for components that install it as the release of atoms.
+  static void NoOpDelete(KAPStringAtom*) noexcept;
 
   friend void swap(CKAPStringAtom& a, CKAPStringAtom& b) noexcept {
     std::swap(a.fAtom, b.fAtom);

@@ -7,7 +7,7 @@ namespace PosUtil {
 
 enum ExitStatus : int {
   kExitSuccess = 0,
-  kExitNegative = 1,  // the answer is no: a path has no value, a document is not valid
+  kExitNegative = 1,  // a negative result: a path has no value, a document is not valid
   kExitUsage = 2,
   kExitFailure = 3,  // unreadable or malformed input, lost output, a report of the library
 };

@@ -52,7 +52,7 @@ bool CopyAccessRights(int from, int to) {
       ::fchown(to, status.st_uid, status.st_gid) == 0 || ::fchown(to, -1U, status.st_gid) == 0;
   mode_t mode = status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
   if (!isSameGroup) mode = ModeForAnotherGroup(mode);
-  // Without its list a file has no place for the rights of single users: none for anybody else.
+  // Without its list a file has no place for the rights of single users: no rights for other users.
   if (!list->empty() && (!isSameGroup || !SetAccessList(to, *list))) {
     mode &= S_IRWXU;
     if (!SetAccessList(to, {})) return false;

@@ -11,8 +11,8 @@ namespace PosUtil {
 
 namespace {
 
-// The place of an open file can change between two looks at it only if somebody replaces the file
-// at the same time. After this number of looks it has none.
+// The place of an open file can change between two looks at it only if another process replaces the
+// file at the same time. After this number of looks the file counts as one without a place.
 constexpr int kMaxLooks = 4;
 
 // Under any name, such as /dev/stdout: others may have written to it, and may continue.

@@ -6,7 +6,7 @@
 
 namespace PosUtil {
 
-// A name in an open folder. Unlike a path, it stays in that folder when somebody changes a
+// A name in an open folder. Unlike a path, it stays in that folder when another process changes a
 // symbolic link or renames a folder of the path.
 struct FileLocation {
   Descriptor fFolder;

@@ -72,7 +72,7 @@ void KAPProcTable::RememberLoaded(unsigned long count) noexcept {
 }
 
 // An empty slot is the no-op. Callers check it anyway, since an object may be released before its
-// table was ever loaded; a no-op procedure would need one per signature.
+// table was ever loaded; no-op procedures would need one for each function type.
 void KAPProcTable::Forget() noexcept {
   fWatched.store(&kNeverFresh);
   fCount.store(0);
