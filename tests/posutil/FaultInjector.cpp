@@ -112,6 +112,20 @@ KAP_EXPORT int renameat(int from, const char* name, int to, const char* newName)
   return static_cast<int>(::syscall(SYS_renameat, from, name, to, newName));
 }
 
+KAP_EXPORT int renameat2(int from, const char* name, int to, const char* newName,
+                         unsigned flags) noexcept {
+  if (Fails("renameat2")) return -1;
+  return static_cast<int>(::syscall(SYS_renameat2, from, name, to, newName, flags));
+}
+
+KAP_EXPORT ssize_t fgetxattr(int file, const char* name, void* value, std::size_t size) noexcept {
+  return Fails("fgetxattr") ? -1 : ::syscall(SYS_fgetxattr, file, name, value, size);
+}
+
+KAP_EXPORT ssize_t getrandom(void* data, std::size_t size, unsigned flags) noexcept {
+  return Fails("getrandom") ? -1 : ::syscall(SYS_getrandom, data, size, flags);
+}
+
 KAP_EXPORT int openat(int folder, const char* name, int flags, ...) {
   va_list arguments;
   va_start(arguments, flags);

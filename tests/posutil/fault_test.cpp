@@ -72,9 +72,11 @@ TEST_F(FaultTest, TheNthCallFails) {
     int error;
     bool isNamed;
     int atLeast;  // the number of calls
-  } rows[] = {{"write", ENOSPC, false, 3}, {"write", EIO, true, 3},   {"fsync", EIO, false, 1},
-              {"fsync", EIO, true, 1},     {"link", EIO, false, 1},   {"rename", EACCES, false, 1},
-              {"rename", EACCES, true, 1}, {"open", EACCES, true, 2}, {"fchmod", EPERM, true, 1}};
+  } rows[] = {
+      {"write", ENOSPC, false, 3}, {"write", EIO, true, 3},     {"fsync", EIO, false, 1},
+      {"fsync", EIO, true, 1},     {"link", EIO, false, 1},     {"rename", EACCES, false, 1},
+      {"rename", EACCES, true, 1}, {"open", EACCES, true, 2},   {"fchmod", EPERM, true, 1},
+      {"fchmod", EPERM, false, 1}, {"fgetxattr", EIO, false, 4}};
   for (const auto& row : rows) {
     int n = 1;
     for (;; ++n) {
@@ -96,6 +98,48 @@ TEST_F(FaultTest, NoProcessLeft) {
   EXPECT_EQ(Convert({"fork", 1, 1, std::to_string(EAGAIN)}), (Outcome{0, "", ""}));
   EXPECT_TRUE(HasFired() && IsNew());
   ExpectWhole();
+}
+
+// Without random bytes a leftover of an earlier run takes no name away.
+TEST_F(FaultTest, NoRandomBytes) {
+  const Fault none = {"getrandom", 1, 1'000'000'000L, std::to_string(EAGAIN)};
+  for (const bool isNamed : {false, true}) {
+    EXPECT_EQ(Convert(none, isNamed), (Outcome{0, "", ""}));
+    EXPECT_TRUE(HasFired() && IsNew());
+    ExpectWhole();
+  }
+}
+
+// A parent may ignore SIGCHLD for its children; then nothing waits for a child of posutil.
+TEST_F(FaultTest, IgnoredChildren) {
+  const Fault rows[] = {{"none", 1, 0, "0"}, {"rename", 1, 1, std::to_string(EACCES)}};
+  for (const Fault& row : rows) {
+    fFolder.Put("out.json", kOld);
+    Setting setting = With(row, fMarks.Path("fired"), false);
+    setting.fPrefix = {"env", "--ignore-signal=CHLD"};
+    const std::string out = fFolder.Path("out.json");
+    const Outcome outcome = RunPosutil({"convert", fFolder.Path("in.json"), out}, "", setting);
+    const bool fails = row.fCount > 0;
+    EXPECT_EQ(outcome, (fails ? Outcome{3, "", "posutil: " + out + ": Permission denied\n"}
+                              : Outcome{0, "", ""}));
+    EXPECT_EQ(IsNew(), !fails);
+    ExpectWhole();
+  }
+}
+
+// Some file systems cannot rename to a free name only.
+TEST_F(FaultTest, ANewNamedFile) {
+  for (const int error : {0, EINVAL, EACCES}) {
+    SCOPED_TRACE(error);
+    const std::string out = fFolder.Path("new.json");
+    const Fault fault = {"renameat2", 1, error != 0, std::to_string(error)};
+    const Outcome outcome = RunPosutil({"convert", fFolder.Path("in.json"), out}, "",
+                                       With(fault, fMarks.Path("fired"), true));
+    EXPECT_EQ(outcome.fStatus, error == EACCES ? 3 : 0) << outcome.fErr;
+    EXPECT_EQ(fFolder.Content("new.json"), error == EACCES ? "" : fNew);
+    std::filesystem::remove(out);
+    EXPECT_EQ(fFolder.Names(), (Names{"in.json", "out.json"}));
+  }
 }
 
 // The process that makes the call dies. A child that dies makes posutil fail.

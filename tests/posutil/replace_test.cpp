@@ -52,6 +52,12 @@ bool HasTemporaryFile(pid_t process, const Folder& folder) {
   return false;
 }
 
+mode_t ModeOf(const std::string& path) {
+  struct stat status {};
+  ::stat(path.c_str(), &status);
+  return status.st_mode & 07777;
+}
+
 // A conversion that waits for more input when its temporary file already exists.
 class WaitingTest : public testing::Test {
  protected:
@@ -74,6 +80,41 @@ class WaitingTest : public testing::Test {
   const Folder fFolder;
   int fPipe[2] = {-1, -1};
 };
+
+// What appears or changes while the program works counts when it replaces the file.
+TEST_F(WaitingTest, WhatOthersDoMeanwhile) {
+  const std::string out = fFolder.Path("out.typea");
+  const struct {
+    const char* why;
+    bool isOld;
+    void (*change)(const std::string& file);
+    int status;
+    const char* content;
+    mode_t mode;
+  } rows[] = {
+      {"fewer rights", true, [](const auto& file) { fs::permissions(file, fs::perms(0640)); }, 0,
+       "POSStreamerTypeA_Version1.0 #1 ", 0640},
+      {"a new file", false, [](const auto& file) { std::ofstream(file) << "theirs"; }, 3, "theirs",
+       0644},
+      {"a link", false, [](const auto& file) { fs::create_symlink("nowhere", file); }, 3, "", 0}};
+  const mode_t mask = ::umask(022);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.why);
+    fs::remove(out);
+    if (row.isOld) fFolder.Put("out.typea", "old");
+    const Running running = Start("json");
+    row.change(out);
+    EXPECT_EQ(::write(fPipe[1], "1", 1), 1);
+    ::close(std::exchange(fPipe[1], -1));
+    EXPECT_EQ(WEXITSTATUS(running.Wait()), row.status);
+    EXPECT_EQ(fFolder.Content("out.typea"), row.content);
+    EXPECT_EQ(ModeOf(out), row.mode);
+    EXPECT_EQ(fFolder.Names(), (Names{"out.typea"}));
+    ::close(fPipe[0]);
+    ASSERT_EQ(::pipe2(fPipe, O_CLOEXEC), 0);
+  }
+  ::umask(mask);
+}
 
 void ExpectDeath(const Running& running, int signal) {
   const int status = running.Wait();
@@ -127,18 +168,22 @@ TEST(ReplaceTest, WritesDevicesDirectly) {
             (Outcome{3, "", "posutil: " + folder.Path(".") + ": Is a directory\n"}));
 }
 
-// Under any name: other programs may have written to it and may continue.
-TEST(ReplaceTest, WritesStandardOutputDirectly) {
+// Other programs may have written to a file that the caller holds open, and may continue.
+TEST(ReplaceTest, WritesThroughDescriptorsOfTheCaller) {
   const Folder folder;
   const std::string in = folder.Put("in.json", "[1]");
   const std::string log = folder.Put("log", "before ");
-  const int out = ::open(log.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  const int out = ::open(log.c_str(), O_WRONLY | O_APPEND);
   for (const std::string& name : {std::string("/dev/stdout"), log}) {
     EXPECT_EQ(RunPosutil({"convert", in, name, "--to", "json"}, "", {.fOut = out}).fStatus, 0);
   }
+  const std::string other = "/dev/fd/" + std::to_string(out);
+  EXPECT_EQ(RunPosutil({"convert", in, other, "--to", "json"}), (Outcome{0, "", ""}));
+  EXPECT_EQ(RunPosutil({"convert", in, "/dev/stderr", "--to", "json"}),
+            (Outcome{0, "", "[\n  1\n]\n"}));
   EXPECT_EQ(::write(out, "after", 5), 5);
   ::close(out);
-  EXPECT_EQ(folder.Content("log"), "before [\n  1\n]\n[\n  1\n]\nafter");
+  EXPECT_EQ(folder.Content("log"), "before [\n  1\n]\n[\n  1\n]\n[\n  1\n]\nafter");
 }
 
 // The bytes of an access control list: version 2, then tag, rights and id of each entry.
@@ -169,12 +214,6 @@ std::string ListOf(const std::string& path) {
   char list[256];
   const ssize_t size = ::getxattr(path.c_str(), kAccess, list, sizeof list);
   return {list, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
-}
-
-mode_t ModeOf(const std::string& path) {
-  struct stat status {};
-  ::stat(path.c_str(), &status);
-  return status.st_mode & 07777;
 }
 
 // A file with a list shows the mask of the list as the rights of its group.
@@ -227,16 +266,21 @@ TEST(RightsTest, AnotherGroupWidensNothing) {
 TEST(ReplaceTest, AFileWithoutANameIsWrittenDirectly) {
   const Folder folder;
   const std::string in = folder.Put("in.json", "[1]");
-  const std::string gone = folder.Put("gone", "longer than the new content");
-  const int file = ::open(gone.c_str(), O_RDWR | O_CLOEXEC);
-  fs::remove(gone);
-  const std::string name = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(file);
-  EXPECT_EQ(RunPosutil({"convert", in, name, "--to", "json"}), (Outcome{0, "", ""}));
-  char content[100];
-  const ssize_t size = ::pread(file, content, sizeof content, 0);
-  EXPECT_EQ(std::string(content, static_cast<std::size_t>(size)), "[\n  1\n]\n");
-  EXPECT_EQ(folder.Names(), (Names{"in.json"}));
-  ::close(file);
+  for (const std::string removed : {"gone", "folder"}) {
+    SCOPED_TRACE(removed);
+    if (removed == "folder") fs::create_directory(folder.Path(removed));
+    const std::string gone =
+        folder.Put(removed == "folder" ? "folder/gone" : "gone", "longer than the new content");
+    const int file = ::open(gone.c_str(), O_RDWR | O_CLOEXEC);
+    fs::remove_all(folder.Path(removed));
+    const std::string name = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(file);
+    EXPECT_EQ(RunPosutil({"convert", in, name, "--to", "json"}), (Outcome{0, "", ""}));
+    char content[100];
+    const ssize_t size = ::pread(file, content, sizeof content, 0);
+    EXPECT_EQ(std::string(content, static_cast<std::size_t>(size)), "[\n  1\n]\n");
+    EXPECT_EQ(folder.Names(), (Names{"in.json"}));
+    ::close(file);
+  }
 }
 
 // The work takes longer than a second. The other tests have no terminal and expect no output.

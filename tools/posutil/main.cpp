@@ -102,5 +102,7 @@ int main(int argc, char** argv) {
   // Makes a closed pipe and a limit on the size of files into errors of writing.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
+  // A parent may have it ignored; then no exit status of a child would arrive.
+  std::signal(SIGCHLD, SIG_DFL);
   return PosUtil::Main(argc, argv);
 }

@@ -1,5 +1,6 @@
 #include "files/Descriptor.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +13,11 @@ namespace PosUtil {
 
 Descriptor::~Descriptor() {
   if (fDescriptor >= 0) ::close(fDescriptor);
+}
+
+bool IsOpenForWriting(int descriptor) {
+  const int flags = ::fcntl(descriptor, F_GETFL);
+  return flags >= 0 && !(flags & O_PATH) && (flags & O_ACCMODE) != O_RDONLY;
 }
 
 void ThrowFileError(const std::string& fileName) {

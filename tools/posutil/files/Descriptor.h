@@ -26,6 +26,9 @@ class Descriptor {
   int fDescriptor = -1;
 };
 
+// Returns whether a write to the descriptor can succeed; false also for a closed one.
+bool IsOpenForWriting(int descriptor);
+
 // Throws a Failure about the file with the text of errno.
 [[noreturn]] void ThrowFileError(const std::string& fileName);
 

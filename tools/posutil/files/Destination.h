@@ -11,7 +11,8 @@ namespace PosUtil {
 
 // The output file of a command: complete or unchanged. An existing file stays as it is until
 // Commit. Some files cannot be replaced, and writes go to them directly: a pipe, a device, the file
-// that standard output leads to, and a file without a name, as /dev/fd/N may be one.
+// that standard output leads to, a descriptor of the caller such as /dev/stderr or /dev/fd/N, and a
+// file without a name.
 // Errors: Failure.
 class Destination {
  public:
@@ -23,6 +24,9 @@ class Destination {
   void Commit();
 
  private:
+  void Open();
+  void WriteThrough(int descriptor);
+
   const std::string fName;
   std::optional<TemporaryFile> fTemporary;
   bool fIsTruncated = false;  // at the end, since the input may be the same file

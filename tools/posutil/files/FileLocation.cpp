@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 
 namespace PosUtil {
 
@@ -20,6 +21,25 @@ Descriptor OpenFolder(const Descriptor& base, const std::string& path) {
                              O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
+bool IsSameFile(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+// See FileLocation::fHeld. The open folder of the place is not open for writing, so it never counts.
+int HeldDescriptor(const FileLocation& place) {
+  struct stat folder {};
+  struct stat descriptors {};
+  if (::fstat(place.fFolder.Get(), &folder) != 0 || ::stat("/proc/self/fd", &descriptors) != 0 ||
+      !IsSameFile(folder, descriptors)) {
+    return -1;
+  }
+  const char* const end = place.fName.data() + place.fName.size();
+  int number = -1;
+  const auto result = std::from_chars(place.fName.data(), end, number);
+  const bool isNumber = result.ec == std::errc() && result.ptr == end;
+  return isNumber && IsOpenForWriting(number) ? number : -1;
+}
+
 }  // namespace
 
 FileLocation FileLocation::Of(const std::string& path) {
@@ -29,6 +49,8 @@ FileLocation FileLocation::Of(const std::string& path) {
     place.fFolder = OpenFolder(place.fFolder, rest);
     if (!place.fFolder) return place;
     place.fName = rest.substr(rest.rfind('/') + 1);
+    place.fHeld = HeldDescriptor(place);
+    if (place.fHeld >= 0) return place;
     char target[PATH_MAX];
     const ssize_t size =
         ::readlinkat(place.fFolder.Get(), place.fName.c_str(), target, sizeof target);
@@ -39,12 +61,17 @@ FileLocation FileLocation::Of(const std::string& path) {
   return {};
 }
 
-bool FileLocation::Holds(int descriptor) const {
+bool FileLocation::Holds(const std::string& name, int descriptor) const {
   struct stat here {};
   struct stat file {};
-  return ::fstatat(fFolder.Get(), fName.c_str(), &here, AT_SYMLINK_NOFOLLOW) == 0 &&
-         ::fstat(descriptor, &file) == 0 && here.st_dev == file.st_dev &&
-         here.st_ino == file.st_ino;
+  return ::fstatat(fFolder.Get(), name.c_str(), &here, AT_SYMLINK_NOFOLLOW) == 0 &&
+         ::fstat(descriptor, &file) == 0 && IsSameFile(here, file);
+}
+
+bool FileLocation::IsFree() const {
+  struct stat here {};
+  return ::fstatat(fFolder.Get(), fName.c_str(), &here, AT_SYMLINK_NOFOLLOW) != 0 &&
+         errno == ENOENT;
 }
 
 }  // namespace PosUtil

@@ -4,11 +4,13 @@
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 
 #include "base/HexText.h"
 #include "files/AccessRights.h"
@@ -17,28 +19,73 @@ namespace PosUtil {
 
 namespace {
 
+// Names are random, so a second attempt is rare already.
+constexpr int kMaxNames = 100;
+
+// Early in the start of the system there are no random bytes. Other processes, and this one a
+// moment ago, still get another number.
+std::uint32_t UniqueNumber() {
+  static std::uint32_t counter = 0;
+  std::uint32_t number = 0;
+  if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == sizeof number) return number;
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  constexpr std::uint32_t kSpread = 0x9E3779B1;  // neighbouring processes differ in every byte
+  return static_cast<std::uint32_t>(::getpid()) * kSpread +
+         static_cast<std::uint32_t>(now.tv_nsec) + ++counter;
+}
+
 // A hidden name next to the target, short enough however long the name of the target is.
 std::string NameBeside(const std::string& target) {
-  std::uint32_t random = 0;
-  static_cast<void>(::getrandom(&random, sizeof random, GRND_NONBLOCK));
-  return "." + target.substr(0, 200) + "." + std::string(HexText(random).View());
+  return "." + target.substr(0, 200) + "." + std::string(HexText(UniqueNumber()).View());
 }
 
 std::string PathOf(const Descriptor& file) { return "/proc/self/fd/" + std::to_string(file.Get()); }
 
+// Some kernels forget the mask of the process when they create an unnamed file. The mask does not
+// count in a folder with a default list.
+bool ApplyMask(const Descriptor& folder, const Descriptor& file) {
+  if (::getxattr(PathOf(folder).c_str(), "system.posix_acl_default", nullptr, 0) > 0) return true;
+  const mode_t mask = ::umask(0077);
+  ::umask(mask);
+  struct stat status {};
+  if (::fstat(file.Get(), &status) != 0) return false;
+  return !(status.st_mode & mask) || ::fchmod(file.Get(), status.st_mode & 0777 & ~mask) == 0;
+}
+
+bool Link(const char* file, int folder, const char* name) noexcept {
+  return ::linkat(AT_FDCWD, file, folder, name, AT_SYMLINK_FOLLOW) == 0;
+}
+
+// Returns 0, or errno. Runs in a child, which must not throw: it would unwind into the caller's
+// code a second time.
+int LinkAndRename(const char* file, int folder, const char* hidden, const char* name) noexcept {
+  if (!Link(file, folder, hidden)) return errno;
+  if (::renameat(folder, hidden, folder, name) == 0) return 0;
+  const int error = errno;
+  ::unlinkat(folder, hidden, 0);
+  return error;
+}
+
+// Renames a file, but replaces none.
+bool RenameToFree(const std::string& from, const FileLocation& to) {
+  const int folder = to.fFolder.Get();
+  const char* const name = to.fName.c_str();
+  if (::renameat2(folder, from.c_str(), folder, name, RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  // The file system cannot check and rename at once.
+  if (to.IsFree()) return ::renameat(folder, from.c_str(), folder, name) == 0;
+  errno = EEXIST;
+  return false;
+}
+
 }  // namespace
 
-TemporaryFile::TemporaryFile(FileLocation place, std::string fileName, const Descriptor& replaced)
-    : fPlace(std::move(place)), fFileName(std::move(fileName)), fIsReplacement(replaced) {
+TemporaryFile::TemporaryFile(FileLocation place, std::string fileName, Descriptor replaced)
+    : fPlace(std::move(place)), fFileName(std::move(fileName)), fReplaced(std::move(replaced)) {
   // The system applies the mask of the process, or the defaults of the folder, to a new file.
-  const int mode = fIsReplacement ? 0600 : 0666;
+  const int mode = fReplaced ? 0600 : 0666;
   if (!OpenUnnamed(mode)) OpenNamed(mode);
-  if (fIsReplacement && !CopyAccessRights(replaced.Get(), fFile.Get())) {
-    const int error = errno;
-    RemoveName();
-    errno = error;
-    Fail();
-  }
 }
 
 TemporaryFile::~TemporaryFile() { RemoveName(); }
@@ -46,25 +93,32 @@ TemporaryFile::~TemporaryFile() { RemoveName(); }
 bool TemporaryFile::OpenUnnamed(int mode) {
   fFile = Descriptor(::openat(fPlace.fFolder.Get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
   // Without this path the file could never get a name.
-  if (fFile && ::access(PathOf(fFile).c_str(), F_OK) == 0) return true;
+  if (fFile && ::access(PathOf(fFile).c_str(), F_OK) == 0) {
+    if (!fReplaced && !ApplyMask(fPlace.fFolder, fFile)) Fail();
+    return true;
+  }
   fFile = Descriptor();
   return false;
 }
 
 void TemporaryFile::OpenNamed(int mode) {
   const BlockedSignals blocked;
-  do {
+  for (int i = 0; i < kMaxNames && !fFile; ++i) {
     fTemporaryName = NameBeside(fPlace.fName);
     fFile = Descriptor(::openat(fPlace.fFolder.Get(), fTemporaryName.c_str(),
                                 O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode));
-  } while (!fFile && errno == EEXIST);
+    if (!fFile && errno != EEXIST) break;
+  }
   if (!fFile) Fail();
   fHasName = true;
   fRemoval.emplace(fPlace.fFolder.Get(), fTemporaryName);
 }
 
 void TemporaryFile::RemoveName() {
-  if (fHasName) ::unlinkat(fPlace.fFolder.Get(), fTemporaryName.c_str(), 0);
+  // Another process may have used the same name.
+  if (fHasName && fPlace.Holds(fTemporaryName, fFile.Get())) {
+    ::unlinkat(fPlace.fFolder.Get(), fTemporaryName.c_str(), 0);
+  }
   fHasName = false;
   fRemoval.reset();
 }
@@ -76,55 +130,56 @@ int TemporaryFile::NewDescriptor() const {
 }
 
 void TemporaryFile::Replace() {
+  // Not before: the rights of the old file may have changed while the new one was written.
+  if (fReplaced && !CopyAccessRights(fReplaced.Get(), fFile.Get())) Fail();
   // Else a crash of the system could leave an empty file under the old name.
   if (::fsync(fFile.Get()) != 0) Fail();
-  if (!fHasName) return ReplaceByLink();
+  if (!fHasName) return fReplaced ? ReplaceByLink() : LinkToFree();
   const int folder = fPlace.fFolder.Get();
-  if (::renameat(folder, fTemporaryName.c_str(), folder, fPlace.fName.c_str()) != 0) Fail();
+  const char* const name = fPlace.fName.c_str();
+  if (fReplaced ? ::renameat(folder, fTemporaryName.c_str(), folder, name) != 0
+                : !RenameToFree(fTemporaryName, fPlace)) {
+    Fail();
+  }
   fHasName = false;
   RemoveName();
 }
 
-bool TemporaryFile::Link(const std::string& name) const {
-  return ::linkat(AT_FDCWD, PathOf(fFile).c_str(), fPlace.fFolder.Get(), name.c_str(),
-                  AT_SYMLINK_FOLLOW) == 0;
+// A file that somebody has made meanwhile stays: nobody has checked that it may be replaced.
+void TemporaryFile::LinkToFree() const {
+  if (!Link(PathOf(fFile).c_str(), fPlace.fFolder.Get(), fPlace.fName.c_str())) Fail();
 }
 
 // A link cannot replace a file. So the file first gets a hidden name, and then the name of the old
 // one. A child in a session of its own does both: a kill of this process, or of its group, cannot
-// come between them. The result counts, not the fate of the child.
+// come between them. The place is looked at only if the child died: after a success, another
+// process may have replaced the file again.
 void TemporaryFile::ReplaceByLink() {
-  if (!fIsReplacement) {
-    if (Link(fPlace.fName)) return;
-    if (errno != EEXIST) Fail();
-  }
   const BlockedSignals blocked;
   fTemporaryName = NameBeside(fPlace.fName);
+  const std::string file = PathOf(fFile);
+  const auto linkAndRename = [&]() noexcept {
+    return LinkAndRename(file.c_str(), fPlace.fFolder.Get(), fTemporaryName.c_str(),
+                         fPlace.fName.c_str());
+  };
+  fHasName = true;  // perhaps, if the child dies
   const pid_t child = ::fork();
   if (child == 0) {
     ::setsid();
-    ::_exit(LinkAndRename());
+    ::_exit(linkAndRename());
   }
-  int error = EINTR;
+  int error = 0;
   if (child < 0) {
-    error = LinkAndRename();
+    error = linkAndRename();
   } else if (int status = 0; ::waitpid(child, &status, 0) == child && WIFEXITED(status)) {
     error = WEXITSTATUS(status);
+  } else if (!fPlace.Holds(fFile.Get())) {
+    error = EINTR;
   }
-  if (fPlace.Holds(fFile.Get())) return;
-  ::unlinkat(fPlace.fFolder.Get(), fTemporaryName.c_str(), 0);
+  RemoveName();
+  if (error == 0) return;
   errno = error;
   Fail();
-}
-
-// Returns 0, or errno.
-int TemporaryFile::LinkAndRename() const {
-  const int folder = fPlace.fFolder.Get();
-  if (!Link(fTemporaryName)) return errno;
-  if (::renameat(folder, fTemporaryName.c_str(), folder, fPlace.fName.c_str()) == 0) return 0;
-  const int error = errno;
-  ::unlinkat(folder, fTemporaryName.c_str(), 0);
-  return error;
 }
 
 }  // namespace PosUtil

@@ -15,8 +15,8 @@ namespace PosUtil {
 class TemporaryFile {
  public:
   // `fileName` is the name in messages. `replaced` is the open file at the place, none if there is
-  // no file: the new one gets its owner, group and rights, see CopyAccessRights.
-  TemporaryFile(FileLocation place, std::string fileName, const Descriptor& replaced);
+  // no file.
+  TemporaryFile(FileLocation place, std::string fileName, Descriptor replaced);
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile();
@@ -24,21 +24,21 @@ class TemporaryFile {
   // Another descriptor of the file, open for writing. The caller closes it.
   int NewDescriptor() const;
 
-  // Puts the file at its place. A kill at any moment leaves either the old file or the new one.
+  // Puts the file at its place, with the owner, group and rights that the replaced file has now; see
+  // CopyAccessRights. Without a replaced file, fails if a file exists there by now. A kill at any moment leaves either the old file or the new one.
   void Replace();
 
  private:
   bool OpenUnnamed(int mode);
   void OpenNamed(int mode);
-  bool Link(const std::string& name) const;
+  void LinkToFree() const;
   void ReplaceByLink();
-  int LinkAndRename() const;
   void RemoveName();
   [[noreturn]] void Fail() const { ThrowFileError(fFileName); }
 
   const FileLocation fPlace;
   const std::string fFileName;
-  const bool fIsReplacement;
+  const Descriptor fReplaced;
   std::string fTemporaryName;
   bool fHasName = false;
   Descriptor fFile;
