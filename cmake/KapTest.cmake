@@ -8,6 +8,7 @@
 # KAP_LIBRARY_PATH is defined as the absolute path of libKAPUtils.so. The locale "de_DE.UTF-8",
 # which has a decimal comma, is available.
 find_package(GTest REQUIRED)
+set(KAP_TEST_TIMEOUT ${KAP_TEST_TIMEOUT} CACHE STRING "Seconds after which a test is ended")
 
 set(kap_locales ${CMAKE_BINARY_DIR}/locale)
 add_custom_command(OUTPUT ${kap_locales}/de_DE.UTF-8/LC_NUMERIC

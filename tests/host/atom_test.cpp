@@ -21,13 +21,6 @@ TEST_F(AtomTest, EqualTextsAreOneAtom) {
   EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kAtom, "key").fNumber, 0);
 }
 
-TEST_F(AtomTest, NullIsIgnored) {
-  EXPECT_EQ(fHost.Atom(nullptr), nullptr);
-  EXPECT_EQ(fHost.Strings<"GetCString">(nullptr), nullptr);
-  fHost.Strings<"AddRef">(nullptr);
-  Delete(nullptr);
-}
-
 // Lengths around the hash's steps, and texts that differ in one byte anywhere.
 TEST_F(AtomTest, EveryByteCounts) {
   std::set<KAPStringAtom*> atoms;

@@ -64,6 +64,21 @@ TEST_F(FilterTest, Chains) {
   for (KAPDataSink* sink : {first, second, null}) Release(sink);
 }
 
+TEST_F(FilterTest, LongChains) {
+  Client client;
+  KAPDataSink* const end = New<"NewClientDataSink">(&client, &WriteProc, &Delete);
+  KAPDataSink* first = end;
+  for (int i = 0; i < 200000; ++i) {
+    KAPDataSink* const filter = New<"NewIdentityFilter">(first);
+    Release(std::exchange(first, filter));
+  }
+  EXPECT_EQ(Write(first), "");
+  EXPECT_EQ(client.fCalls, "write ");
+  EXPECT_EQ(Do<"Close">(end), "invalid filter");
+  Release(first);
+  EXPECT_EQ(client.fCalls, "write delete ");
+}
+
 // After a fault the object stays its maker's; an error of its delete procedure is reported.
 TEST_F(FilterTest, FailingClients) {
   Client client;

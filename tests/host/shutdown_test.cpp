@@ -49,4 +49,41 @@ TEST(ShutdownTest, LateCallsDoNoHarm) {
   EXPECT_EQ(host->TakeSnapshot().Total(KAP_T_MT::KAPResource::kContainer).fNumber, -1);
 }
 
+// A component's procedures may be unloaded with it.
+TEST(ShutdownTest, NothingIsForwarded) {
+  static int calls;
+  calls = 0;
+  const KAPSinkWriteProc write = [](void*, const unsigned char*, std::size_t) -> KAPError* {
+    return ++calls, nullptr;
+  };
+  const KAPProgressUpdateProc update = [](void*, float, const char*, int) -> KAPError* {
+    return ++calls, nullptr;
+  };
+  const KAPSinkDeleteProc deleteClient = [](void*) -> KAPError* { return ++calls, nullptr; };
+  const KAPHost::HostOptions options = {.fOnReport = {}, .fOnLeak = [](const auto&) {}};
+  std::optional<KAPHost::Host> host(std::in_place, options);
+  const auto writeSink = host->Proc<KAPFilterInterface, "Write">();
+  const auto close = host->Proc<KAPFilterInterface, "Close">();
+  const auto releaseSink = host->Proc<KAPFilterInterface, "Release">();
+  const auto updateProgress = host->Proc<KAPProgressInterface, "Update">();
+  const auto releaseProgress = host->Proc<KAPProgressInterface, "Release">();
+  const auto memory = host->Proc<KAPErrorInterface, "GetCoreError">()(1);
+  KAPDataSink* sink = nullptr;
+  host->Proc<KAPFilterInterface, "NewClientDataSink">()(&sink, &calls, write, deleteClient);
+  KAPProgress* const progress =
+      host->Proc<KAPProgressInterface, "NewClientProgress">()(&calls, update, deleteClient);
+  host.reset();
+  EXPECT_EQ(writeSink(sink, nullptr, 0), memory);
+  EXPECT_EQ(close(sink), memory);
+  EXPECT_EQ(updateProgress(progress, 0.5f, nullptr, 0), memory);
+  releaseSink(sink);
+  releaseProgress(progress);
+  EXPECT_EQ(calls, 0);
+
+  host.emplace(options);  // releases what is left
+  releaseSink(sink);
+  releaseProgress(progress);
+  EXPECT_EQ(calls, 2);
+}
+
 }  // namespace

@@ -10,8 +10,8 @@ constexpr int kRounds = 50000;
 
 class ThreadsTest : public HostTest {};
 
-// In every round an atom dies on one thread while others look it up: they must find it alive or make
-// a new one.
+// In every round an atom dies on one thread while others look it up: they must find it alive or
+// make a new one.
 TEST_F(ThreadsTest, LastReleaseAgainstLookUp) {
   const auto newAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
   const auto text = fHost.Proc<KAP_T_MT::KAPStringInterface, "GetCString">();

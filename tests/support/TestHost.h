@@ -20,9 +20,9 @@
 // HostTest makes a host; LibraryTest also loads the library into it. A test that repeats a scenario
 // with fresh hosts uses TestHost itself, whose destructor checks.
 
-// A host that fails the test when it is destroyed with something still held or with reports that the
-// test did not take. Its procedures are called by interface and method and looked up as a component
-// does: fHost.Strings<"NewStringAtom">("key").
+// A host that fails the test when it is destroyed with something still held or with reports that
+// the test did not take. Its procedures are called by interface and method and looked up as a
+// component does: fHost.Strings<"NewStringAtom">("key").
 class TestHost : public KAPHost::Host {
  public:
   explicit TestHost(bool checks = false)

@@ -10,8 +10,8 @@
 
 constexpr int kThreads = 4;
 
-// Runs `body(number of the thread)` on kThreads threads that start together, and `meanwhile` on this
-// one until they are done.
+// Runs `body(number of the thread)` on kThreads threads that start together, and `meanwhile` on
+// this one until they are done.
 inline void RunOnThreads(
     const std::function<void(int)>& body, const std::function<void()>& meanwhile = [] {}) {
   std::atomic<int> waiting = kThreads;

@@ -26,8 +26,8 @@ class LoadError : public std::runtime_error {
 // Ownership: the library stays loaded as long as this object lives. The destructor terminates the
 //   component if this object initialised it, and unloads it. Destroy components, and whatever they
 //   made, before their host. A component that is unloaded with procedures still registered is
-//   reported: the procedures are unregistered, and the library stays in memory for callers that kept
-//   an address.
+//   reported: the procedures are unregistered, and the library stays in memory for callers that
+//   kept an address.
 // Threads: one controlling thread at a time.
 class Component {
  public:

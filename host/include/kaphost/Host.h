@@ -35,9 +35,9 @@ struct HostOptions {
   // Called when the host is destroyed while components still hold something of it. The default
   // writes the description to std::cerr. Must not throw.
   std::function<void(const Snapshot& leaked)> fOnLeak;
-  // Whether a call that adds or releases a reference to a dead container or error, or releases a dead
-  // atom, is reported: one whose last reference is already released. Costs memory: what is destroyed
-  // keeps its record until the host ends. Without checks such a call is undefined behaviour.
+  // Report calls that use a dead handle: AddRef and Release of a container or error, and the release
+  // of an atom, after the last reference was released. Without checks such a call is undefined
+  // behaviour. Checks cost memory: records of what is destroyed are kept until the host ends.
   bool fChecks = false;
 };
 
@@ -110,8 +110,8 @@ class Host {
   // ---- Fault injection ----
   //
   // A failing call does nothing and returns what its contract says for failure: a null atom, error
-  // or block, the core memory error, or false. Each kind of call has one rule; a later rule replaces
-  // it. Setting a rule restarts the counting of calls.
+  // or block, the core memory error, or false. Each kind of call has one rule; a later rule
+  // replaces it. Setting a rule restarts the counting of calls.
 
   // Fails the nth call of a kind from now on; the next call is the first.
   void FailCall(KAPFault kind, unsigned long n);
@@ -133,8 +133,8 @@ class Host {
 
   // Whether any call has failed since a rule was last set.
   bool Fired() const;
-  // The calls of a kind since a rule was last set, those that failed included. Calls are only counted
-  // until StopFaults.
+  // The calls of a kind since a rule was last set, those that failed included. Calls are only
+  // counted until StopFaults.
   unsigned long CallCount(KAPFault kind) const;
 
   // ---- Stream calls ----

@@ -31,8 +31,8 @@ struct Holding {
 };
 
 // What components hold, by resource and name: atoms by text, errors by message, containers by
-// signature (streams are containers), open files by path. The other resources have no names; each is
-// one holding under the empty name.
+// signature (streams are containers), open files by path. The other resources have no names; each
+// is one holding under the empty name.
 //
 // References that the host holds for its own purposes are left out, as are those of an error to its
 // texts, of a container to its names and of a filter to its target. A process tells about a hundred

@@ -23,8 +23,8 @@ namespace KAPHost {
 // All atoms of the process, each text once. It is never destroyed: components may release atoms
 // until the process ends.
 //
-// References are counted without the table's lock, with two exceptions: a look-up adds its reference
-// and a release drops the last one under the lock, so that no look-up finds a dying atom.
+// References are counted without the table's lock, with two exceptions: a look-up adds its
+// reference and a release drops the last one under the lock, so that no look-up finds a dying atom.
 class AtomTable {
  public:
   constexpr AtomTable() = default;

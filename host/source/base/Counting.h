@@ -7,9 +7,9 @@
 
 namespace KAPHost {
 
-// Counts and locks without locked instructions while the process has one thread. The C library knows
-// when that is so. It changes only in a call that starts or joins a thread, which orders everything
-// before it.
+// Counts and locks without locked instructions while the process has one thread. The C library
+// knows when that is so. It changes only in a call that starts or joins a thread, which orders
+// everything before it.
 
 inline bool IsSingleThreaded() noexcept { return __libc_single_threaded != 0; }
 

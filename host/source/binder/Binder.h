@@ -29,8 +29,8 @@ class Binder {
                             void* proc) noexcept;
   // When the interface has any procedures, removes them and raises the unregister counter by one.
   void Unregister(const char* interfaceName) noexcept;
-  // Removes the procedures for which matches(procedure) is true. Returns the names of their interfaces,
-  // for each of which the unregister counter grows by one. Throws std::bad_alloc.
+  // Removes the procedures for which matches(procedure) is true. Returns the names of their
+  // interfaces, for each of which the unregister counter grows by one. Throws std::bad_alloc.
   std::vector<std::string> UnregisterIf(const std::function<bool(void* proc)>& matches);
   // Null when there is no such procedure, when it is hidden, and when a name is null.
   void* Find(const char* interfaceName, const char* methodName,

@@ -43,8 +43,8 @@ std::size_t BlockSize(Args... args) noexcept {
   return size;
 }
 
-// A procedure that makes errors returns null when it cannot; any other with such a result returns an
-// error.
+// A procedure that makes errors returns null when it cannot; any other with such a result returns
+// an error.
 template <class Result, KAPTraits kTraits>
 Result Failure() noexcept {
   if constexpr (std::is_same_v<Result, KAPError*> && kTraits.fMakes != KAPResource::kError) {
@@ -109,8 +109,8 @@ void ForEachGuarded(Visitor visit, std::index_sequence<kSlots...>) {
   (visit.template operator()<kSlots, GuardedProc<Interface::kTraits[kSlots], kProcs>>(), ...);
 }
 
-// Calls visit.operator()<Slot, GuardedProc>() for each method of an interface. The procedures are in
-// slot order.
+// Calls visit.operator()<Slot, GuardedProc>() for each method of an interface. The procedures are
+// in slot order.
 template <class Interface, auto... kProcs, class Visitor>
 void ForEachGuarded(Visitor visit) {
   static_assert(sizeof...(kProcs) == Interface::kCount, "one procedure for each method");

@@ -20,9 +20,9 @@ struct KAPCacheID {
 
 namespace KAPHost {
 
-// All items of the process, at most one for each identity. An item without marks may be purged; such
-// items are in a list, the least recently used one first. Marks are counted. An item is used when it
-// is added and when its last mark is removed.
+// All items of the process, at most one for each identity. An item without marks may be purged;
+// such items are in a list, the least recently used one first. Marks are counted. An item is used
+// when it is added and when its last mark is removed.
 //
 // Thread-safe. An item's purge procedure runs without the lock, after the item has left the cache:
 // it may call the cache.

@@ -33,8 +33,8 @@ void AddRef(KAPCacheID* id) noexcept {
   if (id && id->fCount.Add()) Count(KAPResource::kCacheID, 0, 1);
 }
 
-// Without a host, the components whose procedures purge items may be unloaded as well; hence nothing
-// is purged then, here and below.
+// Without a host, the components whose procedures purge items may be unloaded as well; hence
+// nothing is purged then, here and below.
 void Release(KAPCacheID* id) noexcept {
   if (id && !IsClosed() && ReleaseCacheID(*id)) Count(KAPResource::kCacheID, 0, -1);
 }

@@ -97,7 +97,8 @@ void* Library::Find(const std::string& symbol) const {
 }
 
 // True when there were any, or there is no memory to tell. The addresses are found beforehand: the
-// dynamic loader has a lock of its own, under which a library's constructors may look procedures up.
+// dynamic loader has a lock of its own, under which a library's constructors may look procedures
+// up.
 bool Library::UnregisterProcs() const noexcept {
   Binder* const binder = Current<Binder>();
   if (!binder) return false;

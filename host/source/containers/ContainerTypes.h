@@ -22,8 +22,8 @@ struct ContainerType {
   mutable std::atomic<long> fUses;  // by equipment; the accounting counts the containers
 };
 
-// All types of the process. Look-ups take no lock: a new type becomes the head of a chain, and types
-// leave only when a host is destroyed, which is alone by contract.
+// All types of the process. Look-ups take no lock: a new type becomes the head of a chain, and
+// types leave only when a host is destroyed, which is alone by contract.
 class ContainerTypes {
  public:
   constexpr ContainerTypes() = default;

@@ -73,8 +73,8 @@ KAPContainer* Destroy(KAPContainer& container, long references) noexcept {
   return equipment ? equipment->Original() : nullptr;
 }
 
-// Counts or reports what a release found. True when the caller must destroy the container. The caller
-// reads the slot before the release: afterwards another thread may destroy the container.
+// Counts or reports what a release found. True when the caller must destroy the container. The
+// caller reads the slot before the release: afterwards another thread may destroy the container.
 bool MustDestroy(const KAPContainer& container, unsigned slot, RefCount::Release found) noexcept {
   switch (found) {
     case RefCount::Release::kLast:

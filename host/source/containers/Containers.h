@@ -9,8 +9,8 @@
 
 namespace KAPHost {
 
-// What only few containers have: further interfaces and instances, and for a clone its original. The
-// clone holds a reference to the original, since it shares the instances.
+// What only few containers have: further interfaces and instances, and for a clone its original.
+// The clone holds a reference to the original, since it shares the instances.
 class ContainerEquipment {
  public:
   struct Instance {

@@ -15,6 +15,8 @@ struct KAPDataSink {
 
   // All of the bytes, or an error.
   virtual KAPError* Write(const unsigned char* data, std::size_t count) noexcept = 0;
+  // The sink that takes this one's bytes as they are; null when Write takes them.
+  virtual KAPDataSink* PassesTo() const noexcept { return nullptr; }
   // The target and its reference, which the caller now owns; null when there is none.
   virtual KAPDataSink* TakeTarget() noexcept { return nullptr; }
 

@@ -5,8 +5,8 @@
 namespace KAPHost {
 
 // A sink with a target, to which it holds a reference. A closed filter takes no bytes until the
-// state of its chain is reset. The chain of a filter is the filter itself and the filters that follow
-// it as targets, up to the first sink that is not a filter.
+// state of its chain is reset. The chain of a filter is the filter itself and the filters that
+// follow it as targets, up to the first sink that is not a filter.
 class Filter : public KAPDataSink {
  public:
   // Takes over a reference to the target.
@@ -17,6 +17,7 @@ class Filter : public KAPDataSink {
   KAPDataSink* TakeTarget() noexcept final;
 
   KAPDataSink* Target() const noexcept { return fTarget; }
+  bool IsClosed() const noexcept { return fIsClosed; }
   // An error when the filter would become its own target, directly or through others, and when the
   // target is being destroyed.
   KAPError* SetTarget(KAPDataSink& target) noexcept;
@@ -48,6 +49,7 @@ class IdentityFilter final : public Filter {
  public:
   using Filter::Filter;
 
+  KAPDataSink* PassesTo() const noexcept override { return IsClosed() ? nullptr : Target(); }
   KAPError* GetVellumcodeFilter(KAPDataSink*& out) noexcept override;
 
  private:

@@ -85,8 +85,12 @@ void Release(KAPDataSink* sink) noexcept {
   if (sink && !IsClosed() && ReleaseSink(*sink)) Count(KAPResource::kSink, 0, -1);
 }
 
+// Without a host, nothing is forwarded to a component, here and below. A loop, since filters that
+// pass bytes on form chains of any length.
 KAPError* Write(KAPDataSink* sink, const unsigned char* data, std::size_t count) noexcept {
   if (!sink || (!data && count != 0)) return InvalidArgument();
+  if (IsClosed()) return MemoryError();
+  while (KAPDataSink* const next = sink->PassesTo()) sink = next;
   return sink->Write(data, count);
 }
 
@@ -95,6 +99,7 @@ bool IsFilter(KAPDataSink* sink) noexcept { return dynamic_cast<Filter*>(sink); 
 // Runs operation(filter), or returns an error when the sink is not a filter of that kind.
 template <class Kind, class Operation>
 KAPError* WithFilter(KAPDataSink* sink, Operation operation) noexcept {
+  if (IsClosed()) return MemoryError();
   auto* const filter = dynamic_cast<Kind*>(sink);
   return filter ? operation(*filter) : MakeError("invalid filter");
 }

@@ -57,6 +57,7 @@ void Release(KAPProgress* progress) noexcept {
 KAPError* UpdateProgress(KAPProgress* progress, float fraction, const char* text,
                          int flag) noexcept {
   if (!progress) return InvalidArgument();
+  if (IsClosed()) return MemoryError();
   if (!progress->fUpdate) return nullptr;
   return progress->fUpdate(progress->fClient, fraction, text, flag);
 }

@@ -19,8 +19,8 @@ struct ClientStreamProcs {
   bool IsComplete(StreamCapability capability) const noexcept;
 };
 
-// A stream object of a component. It is handed to its delete procedure exactly once; an error of that
-// is reported, since releasing returns no result.
+// A stream object of a component. It is handed to its delete procedure exactly once; an error of
+// that is reported, since releasing returns no result.
 class ClientStream final : public Stream {
  public:
   ClientStream(StreamCapability capability, void* client, const ClientStreamProcs& procs) noexcept

@@ -5,8 +5,8 @@
 
 namespace KAPHost {
 
-// A stream over a file. Small transfers go through a buffer, large ones do not. Reads and writes may
-// alternate.
+// A stream over a file. Small transfers go through a buffer, large ones do not. Reads and writes
+// may alternate.
 //
 // Independent streams share the open file. While a writable file is shared, nothing is buffered, so
 // that each stream sees at once what another has written. Different threads may use different

@@ -5,8 +5,8 @@
 
 namespace KAPHost {
 
-// A stream over bytes in memory that grow. Independent streams share the bytes: what one writes, the
-// others read. They have no lock and are for one thread.
+// A stream over bytes in memory that grow. Independent streams share the bytes: what one writes,
+// the others read. They have no lock and are for one thread.
 class MemoryStream : public PositionedStream {
  public:
   explicit MemoryStream(std::shared_ptr<ByteStore> bytes) noexcept

@@ -11,8 +11,8 @@ namespace KAPHost {
 enum class StreamCapability { kSimple, kRewindable, kPositionable };
 
 // A stream of the host: the primary instance of a container. Callers check arguments, set result
-// places to 0 and call only what the stream is capable of. A method that fails leaves the result at 0
-// and the position where it was.
+// places to 0 and call only what the stream is capable of. A method that fails leaves the result at
+// 0 and the position where it was.
 // Threads: one at a time.
 class Stream {
  public:

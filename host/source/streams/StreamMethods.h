@@ -4,8 +4,8 @@
 
 namespace KAPHost {
 
-// Registers the methods of the host's streams, for each capability under the interface name that its
-// containers carry.
+// Registers the methods of the host's streams, for each capability under the interface name that
+// its containers carry.
 void RegisterStreamMethods(Binder& binder);
 
 }  // namespace KAPHost

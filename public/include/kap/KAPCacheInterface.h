@@ -69,12 +69,13 @@ struct KAPCacheInterface
           TKAPMethod<"PurgeAllStaticCaches", "KAPCachePurgeAllStaticCachesProc", void()>,
           // Registers the procedure that clears a component's static caches. The number is unused;
           // callers pass 1. Deliberate: this method and the next share one procedure name, and the
-          // binder distinguishes them by the method name. [binding thread]
+          // binder distinguishes them by the method name. A host without memory for it reports that
+          // and does not know the component. [binding thread]
           TKAPMethod<"AddClientPurge", "KAPCacheAddRemoveClientPurgeProcV2",
                      void(KAPClientPurgeProc clearAll, int)>,
           // Removes a procedure registered with AddClientPurge. [binding thread]
           TKAPMethod<"RemoveClientPurge", "KAPCacheAddRemoveClientPurgeProcV2",
-                     void(KAPClientPurgeProc clearAll, int)>,
+                     void(KAPClientPurgeProc clearAll, int), kKAPReleases>,
           // A new, empty set of identities: one reference. Null: out of memory. [any thread]
           TKAPMethod<"NewCacheSet", "KAPCacheNewCacheSetProc", KAPCacheSet*(),
                      KAPMakes(KAPResource::kCacheSet, KAPFault::kCache)>,
@@ -84,9 +85,10 @@ struct KAPCacheInterface
           TKAPMethod<"DeleteCacheSet", "KAPCacheDeleteCacheSetProc", void(KAPCacheSet* set),
                      kKAPReleases>,
           // Whether the set contains the identity. Deliberate: adds the identity if not, which is
-          // the only way to add one. [any thread]
+          // the only way to add one. A host without memory for it reports that, returns false and
+          // adds nothing. [any thread]
           TKAPMethod<"SearchForID", "KAPCacheSearchForIDProc",
-                     bool(KAPCacheSet* set, KAPCacheID* id)>,
+                     bool(KAPCacheSet* set, KAPCacheID* id), KAPFails(KAPFault::kCache)>,
           // Removes the identity; one that is not in the set is ignored. [any thread]
           TKAPMethod<"RemoveID", "KAPCacheRemoveIDProc", void(KAPCacheSet* set, KAPCacheID* id)>,
           // Removes all identities. [any thread]

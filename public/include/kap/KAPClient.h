@@ -14,8 +14,8 @@
 //
 // A component calls the functions instead: KAPClientInit from its initialisation, with the callback
 // that it receives from the host; KAPClientTerminate from its termination; KAPClientKill from a
-// static object's destructor, for a process that exits without termination (README.md shows a whole
-// component).
+// static object's destructor, for a process that exits without termination (docs/components.md
+// shows a whole component).
 //
 // Threads: all of this belongs to one thread, the binding thread; no other thread uses the runtime
 //   meanwhile.
@@ -25,7 +25,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Binds the runtime. True when it is bound. A second call returns true, fetches nothing and ignores
 // its argument. Failures:
 //   - false: the callback is null, the host lacks a procedure of the binder, of errors or of
-//     strings, or a LazyTerminate member fails to initialise
+//     strings, it has no unregister counter or no unknown error, or a LazyTerminate member fails to
+//     initialise
 //   - CKAPError "Missing Interface": the host lacks a procedure of containers or of memory
 //   - CKAPError with an empty message: there are static caches, but the host lacks a procedure of
 //     caches
@@ -59,6 +60,9 @@ class KAPClient {
   KAPClient(const KAPClient&) = delete;
   KAPClient& operator=(const KAPClient&) = delete;
   ~KAPClient();
+
+ private:
+  static void Unbind() noexcept;
 };
 
 }  // namespace KAP_T_MT

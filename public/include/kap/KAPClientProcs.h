@@ -42,7 +42,10 @@ KAPError* KAPReturningClientError(Body&& body) noexcept {
     std::forward<Body>(body)();
     return nullptr;
   } catch (const CKAPError& error) {
-    return CKAPError(error).Detach();
+    CKAPError copy(error);
+    // A host that has lost AddRef makes no copy, and a failure must not look like a success.
+    if (error.Handle() && !copy.Handle()) return KAPCurrentExceptionAsError();
+    return copy.Detach();
   } catch (...) {
     return KAPCurrentExceptionAsError();
   }

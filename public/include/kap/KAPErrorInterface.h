@@ -10,9 +10,10 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 struct KAPErrorInterface
     : TKAPInterface<
           "KAPErrorInterface",
-          // A new error: one reference. The host copies both strings (null: none). The last release
-          // passes `clientData` to `freeClientData`, which may be null. Null: out of memory; the
-          // client data stays the caller's. [any thread]
+          // A new error: one reference. The host copies both strings (null: none), and the error
+          // keeps the atoms of its strings alive as long as itself. The last release passes
+          // `clientData` to `freeClientData`, which may be null. Null: out of memory; the client
+          // data stays the caller's. [any thread]
           TKAPMethod<"NewError", "KAPNewErrorProc",
                      KAPError*(const char* message, const char* component, long code,
                                void* clientData, KAPDeleteProc freeClientData),
@@ -25,9 +26,11 @@ struct KAPErrorInterface
           TKAPMethod<"AddRef", "KAPErrorAddRefProcV2", void(KAPError* error), kKAPReleases>,
           // Releases one reference; null is ignored. [any thread]
           TKAPMethod<"Release", "KAPErrorReleaseProc", void(KAPError* error), kKAPReleases>,
-          // The message: a new reference, or null when the error has none. [any thread]
+          // The message: a new reference to the error's atom, or null when the error has none. The
+          // text lives as long as the error. [any thread]
           TKAPMethod<"GetErrorMessage", "KAPErrorGetMessageProc", KAPStringAtom*(KAPError* error)>,
-          // The component: a new reference, or null when the error has none. [any thread]
+          // The component: a new reference to the error's atom, or null when the error has none.
+          // The text lives as long as the error. [any thread]
           TKAPMethod<"GetComponent", "KAPErrorGetComponentProc", KAPStringAtom*(KAPError* error)>,
           // The code; 0 for null. [any thread]
           TKAPMethod<"GetID", "KAPErrorGetIDProc", long(KAPError* error)>,

@@ -42,7 +42,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // The kinds of calls that a host's fault injection distinguishes.
 enum class KAPFault : unsigned char {
-  kNever,  // the call cannot fail; the default in a declaration
+  kNever,  // fault injection leaves the call alone; the default in a declaration
   kAny,    // every kind together; for fault rules, never for a declaration
   kAtom,
   kError,

@@ -11,13 +11,13 @@
 //
 // The host increments a counter whenever an interface is unregistered. A table remembers the value
 // of the counter at which it was loaded; when the counter has moved, the table is loaded again
-// before the next use. While the counter stands still a call costs three loads and a comparison.
+// before the next use. While the counter stands still a call costs four loads and a comparison.
 // Caching a bare pointer would save them, but could not follow the host's changes.
 //
-// Slots and counters are atomics, so several threads may reload a table at once. A table is marked
-// as fresh only with a counter value that was the same before and after its load. A thread that is
-// inside a call while the interface is unregistered may still run the old procedure: a host keeps
-// code in memory while others may be running it.
+// Slots and counters are atomics, so threads may call while another one reloads; loads take a lock.
+// A table is marked as fresh only with a counter value that was the same before and after its load.
+// A thread that is inside a call while the interface is unregistered may still run the old
+// procedure: a host keeps code in memory while others may be running it.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 

@@ -102,7 +102,7 @@ struct KAPRewindableStreamInterface
                     TKAPMethod<"CreateIndependentlyRewindableStream",
                                "KAPRewindableStreamCreateIndependentlyRewindableStreamProc",
                                KAPError*(KAPRewindableStream** out, KAPRewindableStream* stream),
-                               KAPFails(KAPFault::kIndependentStream)>,
+                               KAPMakes(KAPResource::kContainer, KAPFault::kIndependentStream)>,
                     // Moves the position to the start. [exclusive]
                     TKAPMethod<"Rewind", "KAPRewindableStreamRewindProc",
                                KAPError*(KAPRewindableStream* stream), KAPFails(KAPFault::kSeek)>> {
@@ -116,7 +116,7 @@ struct KAPPositionableStreamInterface
           TKAPMethod<"CreateIndependentlyPositionableStream",
                      "KAPPositionableStreamCreateIndependentlyPositionableStreamProc",
                      KAPError*(KAPPositionableStream** out, KAPPositionableStream* stream),
-                     KAPFails(KAPFault::kIndependentStream)>,
+                     KAPMakes(KAPResource::kContainer, KAPFault::kIndependentStream)>,
           // The position, in bytes from the start. [exclusive]
           TKAPMethod<"Mark", "KAPPositionableStreamMarkProc",
                      KAPError*(long* outPosition, KAPPositionableStream* stream),

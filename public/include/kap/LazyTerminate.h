@@ -30,7 +30,7 @@ class LazyTerminate {
   virtual void Kill() noexcept {}
 
   // For KAPClient. InitializeAll returns false when a member fails, after terminating the members
-  // before it; those after it are not called.
+  // before it; those after it are not called. What a member throws then is dropped.
   static bool InitializeAll();
   static void TerminateAll();
   static void KillAll() noexcept;
@@ -39,12 +39,12 @@ class LazyTerminate {
   struct JoinLater {};
   // For objects initialised at compile time, which cannot enter a list yet: such an object calls
   // Join when it first holds something of the host.
-  constexpr explicit LazyTerminate(JoinLater) noexcept {}
+  constexpr explicit LazyTerminate(JoinLater) noexcept : fJoinsLater(true) {}
   // Joins the list; later calls do nothing.
   void Join() noexcept;
 
  private:
-  static void TerminateBefore(const LazyTerminate* end);
+  static void TerminateBefore(const LazyTerminate* end) noexcept;
 
   static constinit LazyTerminate* fList;  // the first member
   static constinit LazyTerminate* fTail;
@@ -52,6 +52,7 @@ class LazyTerminate {
   LazyTerminate* fNext = nullptr;
   LazyTerminate* fPrevious = nullptr;
   bool fJoined = false;
+  const bool fJoinsLater = false;
 };
 
 }  // namespace KAP_T_MT

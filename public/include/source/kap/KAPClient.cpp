@@ -57,15 +57,18 @@ KAPClient::KAPClient(KAPGetProcAddressProc getProc) {
   try {
     if (KAPClientInit(getProc)) return;
   } catch (const std::exception& failure) {
-    if (*failure.what() != '\0') reason = failure.what();
+    const char* text = failure.what();
+    if (text && *text != '\0') reason = text;
   }
-  KAPClientTerminate();
+  Unbind();
   throw KAPBindingError("cannot bind the client runtime: " + reason);
 }
 
+KAPClient::~KAPClient() { Unbind(); }
+
 // Reports what a LazyTerminate member throws, while there is a host to report it to. The binding
 // must end here, so what is left is then forgotten instead of released.
-KAPClient::~KAPClient() {
+void KAPClient::Unbind() noexcept {
   KAPReportingError([] { KAPClientTerminate(); });
   if (KAPIsBound()) KAPClientKill();
 }

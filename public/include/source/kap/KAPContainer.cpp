@@ -5,7 +5,8 @@ namespace KAP_T_MT {
 constinit long CKAPContainer::fPrimaryOffset = 0;
 
 // A guard that binding checks: 13 when the static objects of the runtime exist. All of them are
-// initialised at compile time, so the guard holds from the start, in any link order.
+// initialised at compile time, so the guard holds from the start, in any link order. It says
+// nothing of a component's own static objects.
 constinit int CKAPContainer::fCPPCheck = 13;
 
 bool CKAPContainer::Init() {

@@ -6,6 +6,7 @@
 #include "kap/KAPErrorInterface.h"
 #include "kap/KAPProcTable.h"
 #include "kap/KAPStringInterface.h"
+#include "source/kap/KAPBinding.h"
 
 namespace KAP_T_MT {
 
@@ -81,8 +82,8 @@ const char* CKAPError::what() const noexcept {
 bool CKAPError::Matches(const char* component, long code) const {
   if (!fError) return *component == '\0' && code == 0;
   if (!CanAsk()) {
-    KAPThrowLoadFailure(KAPIsBound() ? KAPLoadOutcome::kMissingProcedure
-                                     : KAPLoadOutcome::kUnavailable);
+    KAPThrowLoadFailure(gFinishedInit ? KAPLoadOutcome::kMissingProcedure
+                                      : KAPLoadOutcome::kUnavailable);
   }
   const char* own = TextOf(Errors::CallLoaded<"GetComponent">(fError));
   return own && std::strcmp(own, component) == 0 && Errors::CallLoaded<"GetID">(fError) == code;

@@ -36,13 +36,18 @@ KAPDataSink* NewSink(Args... args) {
   return sink;
 }
 
+// For constructors, which cannot return null.
+KAPDataSink* Required(KAPDataSink* sink) {
+  if (!KAPMade<KAPFilterInterface>(sink)) KAPThrowMissingInterfaceError();
+  return sink;
+}
+
 }  // namespace
 
 CKAPDataSink::CKAPDataSink() : TKAPReference(NewSink<"NewNullDataSink">(), KAPAdopt()) {}
 
 CKAPDataSink::CKAPDataSink(TKAPClientObject<KAPClientDataSink> client)
-    : TKAPReference(KAPMade<KAPFilterInterface>(_NewClientDataSink(std::move(client))),
-                    KAPAdopt()) {}
+    : TKAPReference(Required(_NewClientDataSink(std::move(client))), KAPAdopt()) {}
 
 KAPDataSink* CKAPDataSink::_NewClientDataSink(TKAPClientObject<KAPClientDataSink> client) {
   return KAPHandOver<KAPFilterInterface>(std::move(client), [](void* object) {
@@ -57,8 +62,7 @@ void CKAPDataSink::Write(const unsigned char* data, std::size_t size) {
 bool CKAPDataSink::IsFilter() const { return KAPFilterClient::Call<"IsFilter">(Handle()); }
 
 CKAPFilter::CKAPFilter(const CKAPDataSink& target, TKAPClientObject<KAPClientFilter> client)
-    : CKAPFilter(KAPMade<KAPFilterInterface>(_NewClientFilter(target, std::move(client))),
-                 KAPAdopt()) {}
+    : CKAPFilter(Required(_NewClientFilter(target, std::move(client))), KAPAdopt()) {}
 
 KAPFilter* CKAPFilter::_NewClientFilter(const CKAPDataSink& target,
                                         TKAPClientObject<KAPClientFilter> client) {
@@ -96,8 +100,7 @@ void CKAPFilter::ResetChainState() { KAPCheck(KAPFilterClient::Call<"ResetChainS
 
 CKAPFilterJPEG::CKAPFilterJPEG(const CKAPDataSink& target,
                                TKAPClientObject<KAPClientFilterJPEG> client)
-    : CKAPFilter(KAPMade<KAPFilterInterface>(_NewFilterJPEG(target, std::move(client))),
-                 KAPAdopt()) {}
+    : CKAPFilter(Required(_NewFilterJPEG(target, std::move(client))), KAPAdopt()) {}
 
 KAPFilter* CKAPFilterJPEG::_NewFilterJPEG(const CKAPDataSink& target,
                                           TKAPClientObject<KAPClientFilterJPEG> client) {

@@ -22,8 +22,8 @@ auto KAPHandOver(TKAPClientObject<Client> client, Make make)
   return made;
 }
 
-// For constructors, which cannot return null: returns `made`; for null, throws the error of a table
-// that cannot be loaded.
+// For constructors: returns `made`. For null, throws the error of a table that cannot be loaded, if
+// that is the reason. A null result means that the host made no object.
 template <class Interface, class Object>
 Object* KAPMade(Object* made) {
   if (!made) TKAPInterfaceClient<Interface>::Refresh();

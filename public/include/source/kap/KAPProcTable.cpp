@@ -1,5 +1,8 @@
 #include "kap/KAPProcTable.h"
 
+#include <mutex>
+
+#include "kap/TOQWaitMutex.h"
 #include "source/kap/KAPBinding.h"
 
 namespace KAP_T_MT {
@@ -7,15 +10,29 @@ namespace KAP_T_MT {
 const unsigned long KAPProcTable::kNeverFresh = ~0UL;
 constinit std::atomic<KAPProcTable*> KAPProcTable::fListedTables = nullptr;
 
+namespace {
+
+// One table is loaded at a time: a thread that fetched a procedure before the counter moved must
+// not store it after another thread has marked the table as fresh. Recursive, since a host's
+// callback may use the runtime; one for all tables, since loads are rare.
+constinit TOQWaitMutex gLoading;
+
+}  // namespace
+
 KAPLoadOutcome KAPProcTable::Load() noexcept {
+  const std::lock_guard lock(gLoading);
   if (gGetProc) Enlist();
-  return KAPFetchProcs(fEntries, fEntryCount, fInterfaceName, [this](std::size_t i, void* proc) {
-    fSlots[i].store(proc, std::memory_order_relaxed);
-  });
+  const KAPLoadOutcome outcome = KAPFetchProcs(
+      fEntries, fEntryCount, fInterfaceName,
+      [this](std::size_t i, void* proc) { fSlots[i].store(proc, std::memory_order_relaxed); });
+  if (outcome == KAPLoadOutcome::kLoaded) fDropped.store(false);
+  return outcome;
 }
 
 KAPLoadOutcome KAPProcTable::Reload() noexcept {
   if (!gGetProc) return KAPLoadOutcome::kUnavailable;
+  const std::lock_guard lock(gLoading);
+  if (IsFresh()) return KAPLoadOutcome::kLoaded;  // by another thread
   unsigned long count = 0;
   do {  // until the counter has not moved meanwhile
     count = KAPUnregisterCountNow();
@@ -29,7 +46,9 @@ KAPLoadOutcome KAPProcTable::Reload() noexcept {
 // Not remembered: while the table is incomplete each release looks its procedures up again. That is
 // slow, but a host that has lost a procedure is already failing.
 void KAPProcTable::ReloadForRelease() noexcept {
-  if (!gGetProc || fDropped.load() || Reload() == KAPLoadOutcome::kLoaded) return;
+  if (!gGetProc || fDropped.load()) return;
+  const std::lock_guard lock(gLoading);
+  if (Reload() == KAPLoadOutcome::kLoaded) return;
   for (std::size_t i = 0; i < fEntryCount; ++i) {
     if (!fTraits[i].fNoOpUnbound) continue;
     fSlots[i].store(gGetProc(fInterfaceName, fEntries[i].fMethodName, fEntries[i].fProcName),
@@ -40,7 +59,6 @@ void KAPProcTable::ReloadForRelease() noexcept {
 // Called before anything is stored, because what a slot holds must be forgotten when the binding
 // ends.
 void KAPProcTable::Enlist() noexcept {
-  fDropped.store(false);
   if (fListed.exchange(true)) return;
   fNextListed = fListedTables.load();
   while (!fListedTables.compare_exchange_weak(fNextListed, this)) {

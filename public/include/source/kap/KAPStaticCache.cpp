@@ -46,9 +46,8 @@ void CKAPStaticCacheBase::KillAll() noexcept {
 
 void CKAPStaticCacheBase::AddClientPurge() { KAPCacheClient::Call<"AddClientPurge">(&ClearAll, 1); }
 
-// A host that no longer has the interface has no procedure to remove either.
 void CKAPStaticCacheBase::RemoveClientPurge() noexcept {
-  if (KAPCacheClient::TryRefresh()) KAPCacheClient::CallLoaded<"RemoveClientPurge">(&ClearAll, 1);
+  KAPCacheClient::CallReleasing<"RemoveClientPurge">(&ClearAll, 1);
 }
 
 // The host calls it too, so it must not throw; a cache that fails must not keep the others from

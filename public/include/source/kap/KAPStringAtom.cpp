@@ -57,7 +57,10 @@ CKAPStringAtom CKAPStringAtom::ToHex(const void* pointer) {
 
 void CKAPStringAtom::ThrowBadAlloc() { CKAPMemory::ThrowMemError(); }
 
-void CKAPStringAtom::Close() noexcept { KAPStringClient::Replace<"DeleteStringAtom">(&NoOpDelete); }
+void CKAPStringAtom::Close() noexcept {
+  KAPStringClient::Drop();  // or a release would load the table again once the counter has moved
+  KAPStringClient::Replace<"DeleteStringAtom">(&NoOpDelete);
+}
 
 void CKAPStringAtom::NoOpDelete(KAPStringAtom*) noexcept {}
 

@@ -37,7 +37,7 @@ bool LazyTerminate::InitializeAll() {
     bool initialized = false;
     try {
       initialized = member->Initialize();
-    } catch (...) {  // failed; the result tells
+    } catch (...) {  // failed; the result shows it
     }
     if (!initialized) {
       TerminateBefore(member);
@@ -47,10 +47,23 @@ bool LazyTerminate::InitializeAll() {
   return true;
 }
 
-void LazyTerminate::TerminateAll() { TerminateBefore(nullptr); }
+// Those that join with their first use of the host go last: the others may use them once more.
+void LazyTerminate::TerminateAll() {
+  for (const bool joinsLater : {false, true}) {
+    for (LazyTerminate* member = fList; member; member = member->fNext) {
+      if (member->fJoinsLater == joinsLater) member->Terminate();
+    }
+  }
+}
 
-void LazyTerminate::TerminateBefore(const LazyTerminate* end) {
-  for (LazyTerminate* member = fList; member != end; member = member->fNext) member->Terminate();
+// The failure to initialise is the one that counts: what a member throws now changes nothing.
+void LazyTerminate::TerminateBefore(const LazyTerminate* end) noexcept {
+  for (LazyTerminate* member = fList; member != end; member = member->fNext) {
+    try {
+      member->Terminate();
+    } catch (...) {
+    }
+  }
 }
 
 void LazyTerminate::KillAll() noexcept {

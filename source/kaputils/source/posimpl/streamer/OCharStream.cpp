@@ -14,16 +14,20 @@ OCharStream::~OCharStream() noexcept(false) {
 // at the end. Everything outside a kept entry is already
 // kept.
 void OCharStream::Flush() {
-  for (InUse* use = fInUse; use && !use->fIsKept; use = use->fOuter) use->Keep();
+  if (fScalar && !fKeptScalar) fKeptScalar = *fScalar;
+  for (ContainerInUse* use = fContainer; use && !use->fIsKept; use = use->fOuter) use->Keep();
   fStream.Write(reinterpret_cast<const unsigned char*>(fBytes), fUsed);
   fWritten += fUsed;
   fUsed = 0;
 }
 
-void InUse::Keep() {
-  fKeptObject = *fObject;
-  fObject = &fKeptObject;
-  if (fKey) fKey = &fKeptKey.emplace(*fKey);
+void ContainerInUse::Keep() {
+  if (!fKeptContainer) fKeptContainer = *fContainer;
+  if (fKey) {
+    fKeptValue = *fValue;
+    fValue = &fKeptValue;
+    fKey = &fKeptKey.emplace(*fKey);
+  }
   fIsKept = true;
 }
 

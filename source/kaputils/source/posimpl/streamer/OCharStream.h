@@ -16,7 +16,7 @@ namespace NPOSStreamerImpl::NTypeAImpl {
 using NPOSObjectImpl::CPOSObject;
 using NPOSObjectImpl::SortableStringAtom;
 
-class InUse;
+class ContainerInUse;
 
 // Writes characters to a stream: a full buffer at a time, and the rest when it is destroyed. The
 // destructor throws when that fails, unless an exception is in flight. While the stream writes,
@@ -63,7 +63,8 @@ class OCharStream final : public CharStream {
   unsigned long CountWritten() const noexcept { return fWritten; }
 
  private:
-  friend class InUse;
+  friend class ContainerInUse;
+  friend class ScalarInUse;
 
   // Out of line, so that the ordinary case saves no registers.
   [[gnu::noinline]] void PutAcrossBlocks(std::string_view text);
@@ -75,27 +76,39 @@ class OCharStream final : public CharStream {
   char* const fBytes = fBuffer.Data();
   std::size_t fUsed = 0;
   unsigned long fWritten = 0;
-  InUse* fInUse = nullptr;  // the innermost
+  ContainerInUse* fContainer = nullptr;  // the innermost
+  const CPOSObject* fScalar = nullptr;
+  CPOSObject fKeptScalar;
   const Finishing fFinishing;
 };
 
-// An object, with or without its key in a dictionary, for the time that it is being written. The
-// stream may be a component's own, and its "Write" may then release the object. That can happen
-// only when the buffer is written, so a reference is taken then and not before: nearly all objects
-// are written without one.
-class InUse {
+// What is being written, for the time of its writing. The stream may be a component's own, and its
+// "Write" may then release the object. That can happen only when the buffer is written, so
+// references are taken then and not before: nearly all objects are written without one.
+
+// An array, or a dictionary with the entry at work.
+class ContainerInUse {
  public:
   // What is referred to must stay until the next call of the stream.
-  InUse(OCharStream& out, const CPOSObject& object, const SortableStringAtom* key) noexcept
-      : fOut(out), fOuter(std::exchange(out.fInUse, this)), fObject(&object), fKey(key) {}
-  InUse(const InUse&) = delete;
-  InUse& operator=(const InUse&) = delete;
-  ~InUse() { fOut.fInUse = fOuter; }
+  ContainerInUse(OCharStream& out, const CPOSObject& container) noexcept
+      : fOut(out), fOuter(std::exchange(out.fContainer, this)), fContainer(&container) {}
+  ContainerInUse(const ContainerInUse&) = delete;
+  ContainerInUse& operator=(const ContainerInUse&) = delete;
+  ~ContainerInUse() { fOut.fContainer = fOuter; }
 
-  const CPOSObject& Object() const noexcept { return *fObject; }
+  void Enter(const SortableStringAtom& key, const CPOSObject& value) noexcept {
+    fKey = &key;
+    fValue = &value;
+    fIsKept = false;
+  }
   const SortableStringAtom& Key() const noexcept { return *fKey; }
-  // Whether the stream has written meanwhile, and may have changed the container.
+  const CPOSObject& Value() const noexcept { return *fValue; }
+
+  // Whether the stream has written since the entry, or the container, was entered: then it may have
+  // changed the container.
   bool IsKept() const noexcept { return fIsKept; }
+  // Gives up the value, which may run a release procedure; the key stays.
+  void Leave() noexcept { fKeptValue = CPOSObject(); }
 
  private:
   friend class OCharStream;
@@ -103,12 +116,32 @@ class InUse {
   void Keep();
 
   OCharStream& fOut;
-  InUse* const fOuter;
-  const CPOSObject* fObject;
-  const SortableStringAtom* fKey;
+  ContainerInUse* const fOuter;
+  const CPOSObject* const fContainer;
+  const SortableStringAtom* fKey = nullptr;
+  const CPOSObject* fValue = nullptr;
   bool fIsKept = false;
-  CPOSObject fKeptObject;
+  CPOSObject fKeptContainer;
+  CPOSObject fKeptValue;
   std::optional<SortableStringAtom> fKeptKey;
+};
+
+// An object without others in it, whose bytes are read while the stream writes.
+class ScalarInUse {
+ public:
+  ScalarInUse(OCharStream& out, const CPOSObject& scalar) noexcept : fOut(out) {
+    fOut.fScalar = &scalar;
+  }
+  ScalarInUse(const ScalarInUse&) = delete;
+  ScalarInUse& operator=(const ScalarInUse&) = delete;
+  ~ScalarInUse() {
+    fOut.fScalar = nullptr;
+    if (fOut.fKeptScalar) [[unlikely]]
+      fOut.fKeptScalar = CPOSObject();
+  }
+
+ private:
+  OCharStream& fOut;
 };
 
 }  // namespace NPOSStreamerImpl::NTypeAImpl

@@ -28,8 +28,13 @@ class TypeAStreamer : public StreamerBase {
   static void WriteUnicode(OCharStream& out, const unsigned short* units);
   void WriteBinData(OCharStream& out, const NPOSObjectImpl::BinData& data);
   static void WriteRawPointer(OCharStream& out, const void* pointer);
-  void WriteArray(OCharStream& out, const NPOSObjectImpl::Array& array);
-  void WriteDict(OCharStream& out, const NPOSObjectImpl::Dict& dict);
+  // Out of line: the frames of containers would burden those of scalars.
+  [[gnu::noinline]] void WriteArray(OCharStream& out, const StreamParams& params,
+                                    const CPOSObject& object, const NPOSObjectImpl::Array& array);
+  [[gnu::noinline]] void WriteDict(OCharStream& out, const StreamParams& params,
+                                   const CPOSObject& object, const NPOSObjectImpl::Dict& dict);
+  void WriteElements(OCharStream& out, const NPOSObjectImpl::Array& array);
+  void WriteEntries(OCharStream& out, const NPOSObjectImpl::Dict& dict, ContainerInUse& inUse);
   template <class Content>
   void WriteValue(OCharStream& out, const StreamParams& params, Content content);
   void WriteStringValue(OCharStream& out, const char* text);

@@ -110,33 +110,32 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
   const BaseObject* instance = BaseObject::GetInstanceNoThrow(object.Handle());
   if (!instance) throw POSException(kCannotBeWritten);
   const StreamParams& params = GetWritingParams(instance->GetType());
-  if (params.kType == KAP_T_MT::kPOSNumber) {
-    return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
-  }
-  const InUse inUse(out, object, nullptr);
   switch (params.kType) {
-    case KAP_T_MT::kPOSNumber:  // written above: nothing of it is needed while the stream writes
-      break;
-    case KAP_T_MT::kPOSString:
+    case KAP_T_MT::kPOSNumber:
+      return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
+    case KAP_T_MT::kPOSString: {
+      const ScalarInUse inUse(out, object);
       return WriteStringValue(out, static_cast<const NPOSObjectImpl::String*>(instance)->Get());
-    case KAP_T_MT::kPOSUnicodeString:
+    }
+    case KAP_T_MT::kPOSUnicodeString: {
+      const ScalarInUse inUse(out, object);
       return WriteValue(out, params, [&] {
         WriteUnicode(out, static_cast<const UnicodeString*>(instance)->Get());
       });
-    case KAP_T_MT::kPOSBinData:
+    }
+    case KAP_T_MT::kPOSBinData: {
+      const ScalarInUse inUse(out, object);
       return WriteValue(out, params,
                         [&] { WriteBinData(out, *static_cast<const BinData*>(instance)); });
-    case KAP_T_MT::kPOSRawPointer:
-      return WriteValue(out, params, [&] {
-        WriteRawPointer(out, static_cast<const RawPointer*>(instance)->GetRawPointer());
-      });
+    }
+    case KAP_T_MT::kPOSRawPointer: {
+      const void* const pointer = static_cast<const RawPointer*>(instance)->GetRawPointer();
+      return WriteValue(out, params, [&] { WriteRawPointer(out, pointer); });
+    }
     case KAP_T_MT::kPOSArray:
-      CheckDepth(out, *instance);
-      return WriteValue(out, params,
-                        [&] { WriteArray(out, *static_cast<const Array*>(instance)); });
+      return WriteArray(out, params, object, *static_cast<const Array*>(instance));
     case KAP_T_MT::kPOSDict:
-      CheckDepth(out, *instance);
-      return WriteValue(out, params, [&] { WriteDict(out, *static_cast<const Dict*>(instance)); });
+      return WriteDict(out, params, object, *static_cast<const Dict*>(instance));
   }
   throw POSException(kCannotBeWritten);
 }
@@ -222,8 +221,15 @@ void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
 }
 
 // The stream may change the array while it writes: each element is taken as it is then.
-void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
+void TypeAStreamer::WriteArray(OCharStream& out, const StreamParams& params,
+                               const CPOSObject& object, const Array& array) {
+  CheckDepth(out, array);
   const NPOSObjectImpl::NestingGuard guard;
+  const ContainerInUse inUse(out, object);
+  WriteValue(out, params, [&] { WriteElements(out, array); });
+}
+
+void TypeAStreamer::WriteElements(OCharStream& out, const Array& array) {
   {
     const Indented indented(fLevel);
     for (std::size_t i = 0; i < array.Count(); ++i) {
@@ -238,19 +244,31 @@ void TypeAStreamer::WriteArray(OCharStream& out, const Array& array) {
   NewLine(out);
 }
 
+void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params,
+                              const CPOSObject& object, const Dict& dict) {
+  CheckDepth(out, dict);
+  const NPOSObjectImpl::NestingGuard guard;
+  ContainerInUse inUse(out, object);
+  WriteValue(out, params, [&] { WriteEntries(out, dict, inUse); });
+}
+
 // Where the stream has written during an entry, the entry may be gone: the next one is found by its
 // key.
-void TypeAStreamer::WriteDict(OCharStream& out, const Dict& dict) {
-  const NPOSObjectImpl::NestingGuard guard;
+void TypeAStreamer::WriteEntries(OCharStream& out, const Dict& dict, ContainerInUse& inUse) {
   {
     const Indented indented(fLevel);
     for (const DictEntry* entry = dict.Entries().First(); entry;) {
-      const InUse inUse(out, entry->Value(), &entry->GetKey());
+      inUse.Enter(entry->GetKey(), entry->Value());
       NewLine(out);
       WriteStringValue(out, inUse.Key().Text());
       out.PutRaw(' ');
-      SerializeObject(out, inUse.Object());
-      entry = inUse.IsKept() ? dict.Entries().FirstAfter(inUse.Key()) : DictTree::Next(entry);
+      SerializeObject(out, inUse.Value());
+      if (inUse.IsKept()) [[unlikely]] {
+        inUse.Leave();
+        entry = dict.Entries().FirstAfter(inUse.Key());
+      } else {
+        entry = DictTree::Next(entry);
+      }
     }
   }
   NewLine(out);

@@ -16,7 +16,8 @@ class MembersCheck {
         fOptional(check.fDefinition.GetKept<Dict>(&Keywords::Optional)) {}
 
   // "keytype", "required" and "optional" admit a member. "valuetype" does not, deliberately.
-  ErrorCount Check(const SortableStringAtom& name, const Subject& value) const {
+  [[gnu::always_inline]] ErrorCount Check(const SortableStringAtom& name,
+                                          const Subject& value) const {
     ErrorCount count = 0;
     bool known = false;
     if (fKeyType) {
@@ -60,18 +61,18 @@ class MembersCheck {
   const Kept<Dict> fOptional;
 };
 
-// One member. A callback may take it out of the dictionary, so with callbacks its name and its
-// value are kept, and the next member is found by the name.
-const DictEntry* CheckMember(const MembersCheck& members, const Dict& dict, const DictEntry* entry,
-                             bool mustKeep, ErrorCount& count) {
-  if (!mustKeep) {
-    count += members.Check(entry->GetKey(), Subject(entry->Value().Handle()));
-    return DictTree::Next(entry);
+// Member by member, where a callback may take the one at work out of the dictionary: its name and
+// its value are kept, and the next one is found by the name. Apart from the ordinary loop, which is
+// faster inline.
+[[gnu::noinline]] ErrorCount CheckAndKeep(const MembersCheck& members, const Dict& dict) {
+  ErrorCount count = 0;
+  for (const DictEntry* entry = dict.Entries().First(); entry;) {
+    const SortableStringAtom name = entry->GetKey();
+    const CPOSObject value = entry->Value();
+    count += members.Check(name, Subject(value.Handle()));
+    entry = dict.Entries().FirstAfter(name);
   }
-  const SortableStringAtom name = entry->GetKey();
-  const CPOSObject value = entry->Value();
-  count += members.Check(name, Subject(value.Handle()));
-  return dict.Entries().FirstAfter(name);
+  return count;
 }
 
 ErrorCount CountMissing(const TypeCheck& check, const Dict& dict, const Dict& required) {
@@ -94,9 +95,10 @@ ErrorCount CheckDict(const TypeCheck& check) {
   if (missing > 0) return missing;
 
   const MembersCheck members(check, required.Get());
+  if (check.fDefinition.MustKeep()) return CheckAndKeep(members, *dict);
   ErrorCount count = 0;
-  for (const DictEntry* entry = dict->Entries().First(); entry;) {
-    entry = CheckMember(members, *dict, entry, check.fDefinition.MustKeep(), count);
+  for (const DictEntry* entry = dict->Entries().First(); entry; entry = DictTree::Next(entry)) {
+    count += members.Check(entry->GetKey(), Subject(entry->Value().Handle()));
   }
   return count;
 }

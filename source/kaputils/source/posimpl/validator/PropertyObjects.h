@@ -42,26 +42,25 @@ static_assert(
     KAP_T_MT::POSCoverEveryKind<Number, String, UnicodeString, BinData, RawPointer, Array, Dict>(),
     "not every kind of property object can be validated");
 
-// The message of the wrapper's failed downcast. Only the kinds that attributes
+// The wrapper whose message a failed downcast has. Only for the kinds that attributes
 // of a schema have.
 template <class Kind>
-inline constexpr const char* kDowncastFailed = nullptr;
+struct TWrapper;
 template <>
-inline constexpr const char* kDowncastFailed<Number> = KAP_T_MT::CPOSNumber::kDowncastFailed;
+struct TWrapper<Number> : KAP_T_MT::CPOSNumber {};
 template <>
-inline constexpr const char* kDowncastFailed<String> = KAP_T_MT::CPOSString::kDowncastFailed;
+struct TWrapper<String> : KAP_T_MT::CPOSString {};
 template <>
-inline constexpr const char* kDowncastFailed<Array> = KAP_T_MT::CPOSArray::kDowncastFailed;
+struct TWrapper<Array> : KAP_T_MT::CPOSArray {};
 template <>
-inline constexpr const char* kDowncastFailed<Dict> = KAP_T_MT::CPOSDict::kDowncastFailed;
+struct TWrapper<Dict> : KAP_T_MT::CPOSDict {};
 
 // The wrappers' downcast without crossing the boundary: POSException for another kind.
 template <class Kind>
 const Kind& Downcast(const POSObject* object) {
-  static_assert(kDowncastFailed<Kind> != nullptr);
   const Kind* instance = Kind::GetInstanceNoThrow(object);
   if (!instance) [[unlikely]]
-    throw POSException(kDowncastFailed<Kind>);
+    throw POSException(TWrapper<Kind>::kDowncastFailed);
   return *instance;
 }
 
