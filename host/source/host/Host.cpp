@@ -36,6 +36,7 @@ void Host::Unregister(const char* interfaceName) { fState->fBinder.Unregister(in
 
 Component Host::Load(const std::string& path, const std::string& name) {
   Component component(path, name);
+  if (component.IsInitialised()) throw LoadError("\"" + path + "\" is already initialised");
   if (!component.Initialize(GetProcAddress())) {
     throw LoadError("\"" + path + "\": " + name + "Initialize failed");
   }
