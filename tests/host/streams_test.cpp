@@ -173,12 +173,16 @@ TEST_F(StreamsTest, FaultsLimitsAndLog) {
   EXPECT_EQ(Mark(stream), "out of memory");
   fHost.StopFaults();
   EXPECT_EQ(Mark(stream), "1");
-  EXPECT_EQ(Read(stream, 9), "2345");
+  fHost.LimitReads(0);
+  EXPECT_EQ(Read(stream, 9), "2");
+  fHost.StopFaults();
+  EXPECT_EQ(Read(stream, 9), "345");
   fHost.LogStreamCalls(false);
   EXPECT_EQ(Rewind(stream), "");
   EXPECT_EQ(testing::PrintToString(fHost.TakeStreamCalls()),
             "{ buffer: Read(4) = 2, buffer: Seek(-1, 1), buffer: Rewind() failed, "
-            "buffer: Mark() failed, buffer: Mark() = 1, buffer: Read(9) = 4 }");
+            "buffer: Mark() failed, buffer: Mark() = 1, buffer: Read(9) = 1, "
+            "buffer: Read(9) = 3 }");
   Release(stream);
 }
 

@@ -124,9 +124,9 @@ class Host {
   void CountCalls();
   // Fails requests for blocks of more bytes.
   void FailBlocksAbove(std::size_t size);
-  // Streams return at most this many bytes from one read; at least 1.
+  // Streams return at most this many bytes from one read; 0 counts as 1.
   void LimitReads(std::size_t size);
-  // Look-ups of these procedures return null.
+  // Look-ups of these procedures return null. Null names are ignored, here and below.
   void HideProcedure(const char* interfaceName, const char* methodName);
   void HideInterface(const char* interfaceName);
   // Fails a component's registration of such a procedure.

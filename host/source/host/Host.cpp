@@ -60,14 +60,16 @@ void Host::FailBlocksAbove(std::size_t size) { fState->fFaultRules.FailBlocksAbo
 void Host::LimitReads(std::size_t size) { fState->fFaultRules.LimitReads(size); }
 
 void Host::HideProcedure(const char* interfaceName, const char* methodName) {
+  if (!interfaceName || !methodName) return;
   fState->fFaultRules.HideProcedure(interfaceName, methodName);
 }
 
 void Host::HideInterface(const char* interfaceName) {
-  fState->fFaultRules.HideInterface(interfaceName);
+  if (interfaceName) fState->fFaultRules.HideInterface(interfaceName);
 }
 
 void Host::FailRegistration(const char* interfaceName, const char* methodName) {
+  if (!interfaceName || !methodName) return;
   fState->fFaultRules.FailRegistration(interfaceName, methodName);
 }
 
