@@ -72,6 +72,32 @@ TEST_F(CacheTest, HugeCosts) {
   EXPECT_EQ(fHost.TakeSnapshot().Describe(), "cache identities: 4 (4 references)\n");
 }
 
+const TestHost* gPurgeHost;
+int gPurgeCalls;
+void PurgeFirst();
+void PurgeSecond();
+constexpr KAP_T_MT::KAPClientPurgeProc kClientPurges[] = {&PurgeFirst, &PurgeSecond};
+void RemoveOther(KAP_T_MT::KAPClientPurgeProc other) {
+  ++gPurgeCalls;
+  gPurgeHost->Call<KAP_T_MT::KAPCacheInterface, "RemoveClientPurge">(other, 0);
+}
+void PurgeFirst() { RemoveOther(&PurgeSecond); }
+void PurgeSecond() { RemoveOther(&PurgeFirst); }
+
+// The first of two client purges to be called removes the other, as by unloading its component.
+TEST_F(CacheTest, ClientPurges) {
+  gPurgeHost = &fHost;
+  gPurgeCalls = 0;
+  for (const auto purge : kClientPurges) Cache<"AddClientPurge">(purge, 0);
+  for (int expected : {1, 2}) {
+    Cache<"PurgeAllStaticCaches">();
+    EXPECT_EQ(gPurgeCalls, expected);
+  }
+  for (const auto purge : kClientPurges) Cache<"RemoveClientPurge">(purge, 0);
+  Cache<"PurgeAllStaticCaches">();
+  EXPECT_EQ(gPurgeCalls, 2);
+}
+
 TEST_F(CacheTest, Sets) {
   KAPCacheSet* const set = Cache<"NewCacheSet">();
   EXPECT_TRUE(Add(0) && Add(1));

@@ -3,6 +3,7 @@
 
 #include "TestHost.h"
 #include "kap/KAPBinderInterface.h"
+#include "kap/KAPCacheInterface.h"
 
 namespace {
 
@@ -59,7 +60,12 @@ TEST_F(ComponentTest, ProceduresLeftRegistered) {
 
 TEST_F(ComponentTest, SecondLoadLeavesTheFirst) {
   Component first = fHost.Load(SMALL_COMPONENT, "Small");
-  EXPECT_THROW(fHost.Load(SMALL_COMPONENT, "Small"), LoadError);
+  try {
+    fHost.Load(SMALL_COMPONENT, "Small");
+    ADD_FAILURE();
+  } catch (const LoadError& error) {
+    EXPECT_STREQ(error.what(), "\"" SMALL_COMPONENT "\" is already initialised");
+  }
   {
     Component second(SMALL_COMPONENT, "Small");
     EXPECT_FALSE(second.Initialize(fHost.GetProcAddress()));
@@ -71,13 +77,56 @@ TEST_F(ComponentTest, SecondLoadLeavesTheFirst) {
   EXPECT_NE(fHost.Find("SmallInterface", "Answer", "SmallAnswerProc"), nullptr);
 }
 
+TEST_F(ComponentTest, FailedInitialisationMakesWayForAnother) {
+  const auto answer = [&] { return fHost.Find("SmallInterface", "Answer", "SmallAnswerProc"); };
+  Component first(SMALL_COMPONENT, "Small");
+  fHost.FailRegistration("SmallInterface", "Answer");
+  EXPECT_FALSE(first.Initialize(fHost.GetProcAddress()));
+  fHost.StopFaults();
+  Component second(SMALL_COMPONENT, "Small");
+  EXPECT_TRUE(second.Initialize(fHost.GetProcAddress()));
+  first.Terminate();
+  EXPECT_NE(answer(), nullptr);
+  Component third = std::move(second);
+  second.Terminate();
+  EXPECT_FALSE(second.Initialize(fHost.GetProcAddress()));
+  EXPECT_NE(answer(), nullptr);
+}
+
+// A client purge and a delete procedure that outlive their component: neither is called in memory
+// that holds something else.
+TEST_F(ComponentTest, AddressesLeftBehind) {
+  int count = 0;
+  KAPContainer* container = nullptr;
+  {
+    const Component component = fHost.Load(SMALL_COMPONENT, "Small");
+    fHost.Containers<"NewFullContainer">(
+        &container, &count, nullptr, nullptr,
+        reinterpret_cast<KAPDeleteProc>(fHost.Find("SmallInterface", "Delete", "SmallDeleteProc")));
+  }
+  fHost.Containers<"Release">(container);
+  EXPECT_EQ(count, 1);
+  {
+    const Component component = fHost.Load(SMALL_COMPONENT, "Small");
+    fHost.Call<KAP_T_MT::KAPCacheInterface, "AddClientPurge">(
+        reinterpret_cast<KAP_T_MT::KAPClientPurgeProc>(
+            fHost.Find("SmallInterface", "Purge", "SmallPurgeProc")),
+        0);
+  }
+  EXPECT_EQ(fHost.TakeReport(), "KAP host: Small (\"" SMALL_COMPONENT
+                                "\") was unloaded while a client purge was registered");
+  fHost.Call<KAP_T_MT::KAPCacheInterface, "PurgeAllStaticCaches">();
+  EXPECT_EQ(fHost.TakeReports(), std::vector<std::string>());
+}
+
 TEST_F(ComponentTest, FailuresNameFileAndReason) {
   const struct {
     const char* why;
     std::string path;
     std::string name;
     std::string part;
-  } rows[] = {{"no such file", "/no/such/file.so", "Small", "cannot open shared object file"},
+  } rows[] = {{"the program itself", "", "Small", "the path is empty"},
+              {"no such file", "/no/such/file.so", "Small", "cannot open shared object file"},
               {"no such entry point", SMALL_COMPONENT, "Big", "BigInitialize"},
               {"fails to initialise", SMALL_COMPONENT, "Small", "SmallInitialize failed"}};
   fHost.FailRegistration("SmallInterface", "Answer");

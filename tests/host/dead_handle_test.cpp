@@ -159,6 +159,33 @@ TEST_F(ChecksTest, UseOfTheDeadIsReported) {
   fHost.Strings<"DeleteStringAtom">(atom);
 }
 
+// The types of containers go before the records of dead ones.
+TEST(ChecksAtTheEndTest, DeadContainersInTheLeakReport) {
+  KAPContainer* container = nullptr;
+  KAPStringAtom* atom = nullptr;
+  void (*release)(KAPContainer*) = nullptr;
+  void (*deleteAtom)(KAPStringAtom*) = nullptr;
+  bool isReported = false;
+  std::vector<std::string> reports;
+  {
+    KAPHost::Host host({.fOnReport = [&](const auto& text) { reports.push_back(text); },
+                        .fOnLeak = [&](const auto&) { isReported = true, release(container); },
+                        .fChecks = true});
+    const auto newAtom = host.Proc<KAPStringInterface, "NewStringAtom">();
+    release = host.Proc<KAPContainerInterface, "Release">();
+    deleteAtom = host.Proc<KAPStringInterface, "DeleteStringAtom">();
+    atom = newAtom("leaked");
+    KAPStringAtom* const name = newAtom("Name");
+    host.Proc<KAPContainerInterface, "NewFullContainer">()(&container, nullptr, name, name,
+                                                           nullptr);
+    deleteAtom(name);
+    release(container);
+  }
+  EXPECT_TRUE(isReported);
+  EXPECT_EQ(reports, std::vector<std::string>{"KAP host: release of a dead container \"Name\""});
+  deleteAtom(atom);
+}
+
 // A new atom of the same text is not the dead one.
 TEST_F(ChecksTest, DeadAtoms) {
   KAPStringAtom* const dead = fHost.Atom("text");

@@ -63,9 +63,15 @@ TEST_F(FaultTest, HiddenProceduresAndFailingRegistrations) {
   using Binder = KAP_T_MT::KAPBinderInterface;
   const auto registerProc = fHost.Proc<Binder, "KAPRegisterProcAddress">();
   const auto find = fHost.GetProcAddress();
+  fHost.FailRegistration(nullptr, "M");
+  fHost.FailRegistration("I", nullptr);
+  fHost.HideProcedure(nullptr, "M2");
+  fHost.HideProcedure("I", nullptr);
+  fHost.HideInterface(nullptr);
   fHost.FailRegistration("I", "M");
   EXPECT_EQ(registerProc("I", "M", "P", this), 0);
   EXPECT_NE(registerProc("I", "M2", "P", this), 0);
+  EXPECT_EQ(find("I", "M2", "P"), this);
   fHost.HideProcedure("I", "M2");
   EXPECT_EQ(find("I", "M2", "P"), nullptr);
   fHost.HideInterface("KAP");

@@ -1,6 +1,6 @@
 #include "kap/KAPHostInterfaces.h"
 
-// A component that registers one procedure and keeps one atom.
+// A component that registers three procedures and keeps one atom.
 
 namespace {
 
@@ -18,6 +18,14 @@ auto Fetch() {
 }
 
 int Answer() { return 42; }
+void Purge() { Fetch<Binder, "KAPReportError">()("purged"); }
+void Delete(void* count) { ++*static_cast<int*>(count); }
+
+template <class Proc>
+int Register(const char* method, const char* name, Proc* proc) {
+  return Fetch<Binder, "KAPRegisterProcAddress">()("SmallInterface", method, name,
+                                                   reinterpret_cast<void*>(proc));
+}
 
 }  // namespace
 
@@ -26,8 +34,9 @@ extern "C" {
 __attribute__((visibility("default"))) int SmallInitialize(KAPGetProcAddressProc getProc) {
   gGetProc = getProc;
   gAtom = Fetch<Strings, "NewStringAtom">()("kept by a component");
-  return Fetch<Binder, "KAPRegisterProcAddress">()("SmallInterface", "Answer", "SmallAnswerProc",
-                                                   reinterpret_cast<void*>(&Answer));
+  return Register("Purge", "SmallPurgeProc", &Purge) &&
+         Register("Delete", "SmallDeleteProc", &Delete) &&
+         Register("Answer", "SmallAnswerProc", &Answer);
 }
 
 __attribute__((visibility("default"))) void SmallTerminate() {

@@ -117,6 +117,23 @@ TEST_F(FileStreamsTest, Modes) {
   }
 }
 
+// A stream that cannot be made changes no file.
+TEST_F(FileStreamsTest, RefusedStreams) {
+  for (const char* const old : {"old", ""}) {
+    KAPContainer* stream = NewFile(fPath, "w");
+    Write(stream, old);
+    Release(stream);
+    if (*old == '\0') std::filesystem::remove(fPath);
+    fHost.FailCall(KAPFault::kContainer, 1);
+    EXPECT_EQ((fHost.Do<Factory, "NewPositionableFileStream">(&stream, fPath.c_str(), "w")),
+              "out of memory");
+    fHost.StopFaults();
+    EXPECT_EQ(stream, nullptr);
+    EXPECT_EQ(std::filesystem::exists(fPath), *old != '\0');
+    EXPECT_TRUE(*old == '\0' || std::filesystem::file_size(fPath) == 3);
+  }
+}
+
 // Bytes that the system does not take are an error of the call that writes them, or of the release.
 TEST_F(StreamsTest, FullDisk) {
   KAPContainer* const stream = NewFile("/dev/full", "w+");
@@ -156,12 +173,16 @@ TEST_F(StreamsTest, FaultsLimitsAndLog) {
   EXPECT_EQ(Mark(stream), "out of memory");
   fHost.StopFaults();
   EXPECT_EQ(Mark(stream), "1");
-  EXPECT_EQ(Read(stream, 9), "2345");
+  fHost.LimitReads(0);
+  EXPECT_EQ(Read(stream, 9), "2");
+  fHost.StopFaults();
+  EXPECT_EQ(Read(stream, 9), "345");
   fHost.LogStreamCalls(false);
   EXPECT_EQ(Rewind(stream), "");
   EXPECT_EQ(testing::PrintToString(fHost.TakeStreamCalls()),
             "{ buffer: Read(4) = 2, buffer: Seek(-1, 1), buffer: Rewind() failed, "
-            "buffer: Mark() failed, buffer: Mark() = 1, buffer: Read(9) = 4 }");
+            "buffer: Mark() failed, buffer: Mark() = 1, buffer: Read(9) = 1, "
+            "buffer: Read(9) = 3 }");
   Release(stream);
 }
 

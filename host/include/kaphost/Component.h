@@ -27,8 +27,8 @@ class LoadError : public std::runtime_error {
 //   component if this object initialised it, and unloads it. Destroy components, and whatever they
 //   made, before their host. A component that is unloaded with procedures still registered is
 //   reported: the procedures are unregistered, and the library stays in memory for callers that
-//   kept an address.
-// Threads: one controlling thread at a time.
+//   kept an address. It also stays when it has the delete procedure of a container that lives.
+// Threads: one controlling thread at a time. Components of the same file count as one object.
 class Component {
  public:
   // Opens `path`, searched for as by dlopen, without initialising. Throws LoadError.
@@ -38,24 +38,29 @@ class Component {
   ~Component();
 
   // Returns the component's result: whether it is initialised. A component that fails to initialise
-  // is terminated as well, on destruction at the latest. False, and nothing is called, when another
-  // object has initialised the same file.
+  // is terminated as well, at the latest on destruction or before another object initialises the
+  // same file. False, and nothing is called, when another object has initialised the same file or
+  // this one is moved from.
   bool Initialize(KAPGetProcAddressProc getProcAddress);
-  // A no-op when another object has initialised the same file.
+  // A no-op when another object has initialised the same file or this one is moved from.
   void Terminate();
+  // Whether this object or another one of the same file is initialised.
+  bool IsInitialised() const;
 
   int Version() const { return fGetVersion(); }
   const std::string& Path() const { return fPath; }
 
  private:
   void* Symbol(const std::string& symbol) const;
+  // Whether this object was the last to initialise the library, which is not terminated since.
+  bool IsInTurn() const;
 
   std::string fPath;
   std::shared_ptr<Library> fLibrary;  // null after a move
   int (*fInitialize)(KAPGetProcAddressProc) = nullptr;
   void (*fTerminate)() = nullptr;
   int (*fGetVersion)() = nullptr;
-  bool fMustTerminate = false;
+  unsigned long fTurn = 0;  // the library's at the last initialisation by this object
 };
 
 }  // namespace KAPHost

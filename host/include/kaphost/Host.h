@@ -30,7 +30,9 @@ using KAP_T_MT::KAPFault;
 class HostState;
 
 struct HostOptions {
-  // Called with each message that a component reports, on the reporting thread. Must not throw.
+  // Called with each message that a component reports, on the reporting thread. Must not throw. The
+  // message is kept for Host::Reports all the same: a host that runs for long calls TakeReports now
+  // and then.
   std::function<void(const std::string& message)> fOnReport;
   // Called when the host is destroyed while components still hold something of it. The default
   // writes the description to std::cerr. Must not throw.
@@ -47,7 +49,8 @@ struct HostOptions {
 //
 // Ownership: what components still hold when the host is destroyed is reported and stays theirs.
 //   Procedures called without a host do no harm: requests fail, atoms and blocks may still be
-//   released, releasing anything that a component's procedure would delete does nothing.
+//   released, releasing anything that a component's procedure would delete does nothing. Nor does
+//   releasing a file's stream: what it has not written is lost unless a later host releases it.
 // Threads: procedures and members may be called from any thread. No other call may run during
 //   construction and destruction. A snapshot taken while other threads work may catch them halfway
 //   through a call.
@@ -122,9 +125,9 @@ class Host {
   void CountCalls();
   // Fails requests for blocks of more bytes.
   void FailBlocksAbove(std::size_t size);
-  // Streams return at most this many bytes from one read; at least 1.
+  // Streams return at most this many bytes from one read; 0 counts as 1.
   void LimitReads(std::size_t size);
-  // Look-ups of these procedures return null.
+  // Look-ups of these procedures return null. Null names are ignored, here and below.
   void HideProcedure(const char* interfaceName, const char* methodName);
   void HideInterface(const char* interfaceName);
   // Fails a component's registration of such a procedure.

@@ -36,13 +36,14 @@ struct ThreadAccount {
 
 inline thread_local constinit ThreadAccount* tAccount = nullptr;
 
-// Sets tAccount.
-ThreadAccount& NewAccount() noexcept;
+// Counts for a thread that has no account, and makes one when there is memory.
+void CountFirst(unsigned slot, long number, long extent) noexcept;
 
 // Adds to the thread's numbers of a slot.
 inline void Count(unsigned slot, long number, long extent) noexcept {
-  ThreadAccount& account = tAccount ? *tAccount : NewAccount();
-  ThreadAccount::Entry& entry = account.fEntries[slot];
+  ThreadAccount* const account = tAccount;
+  if (!account) return CountFirst(slot, number, extent);
+  ThreadAccount::Entry& entry = account->fEntries[slot];
   constexpr auto relaxed = std::memory_order_relaxed;
   if (number != 0) entry.fNumber.store(WrappingSum(entry.fNumber.load(relaxed), number), relaxed);
   entry.fExtent.store(WrappingSum(entry.fExtent.load(relaxed), extent), relaxed);

@@ -21,7 +21,14 @@ void ClientPurges::CallAll() {
     const std::lock_guard lock(fMutex);
     procs = fProcs;
   }
-  for (const auto clearAll : procs) clearAll();
+  for (const auto clearAll : procs) {
+    if (Has(clearAll)) clearAll();
+  }
+}
+
+bool ClientPurges::Has(KAP_T_MT::KAPClientPurgeProc clearAll) noexcept {
+  const std::lock_guard lock(fMutex);
+  return std::find(fProcs.begin(), fProcs.end(), clearAll) != fProcs.end();
 }
 
 }  // namespace KAPHost

@@ -21,7 +21,7 @@ Component::Component(Component&& other) noexcept
       fInitialize(other.fInitialize),
       fTerminate(other.fTerminate),
       fGetVersion(other.fGetVersion),
-      fMustTerminate(std::exchange(other.fMustTerminate, false)) {}
+      fTurn(std::exchange(other.fTurn, 0)) {}
 
 Component& Component::operator=(Component&& other) noexcept {
   std::swap(fPath, other.fPath);
@@ -29,12 +29,12 @@ Component& Component::operator=(Component&& other) noexcept {
   std::swap(fInitialize, other.fInitialize);
   std::swap(fTerminate, other.fTerminate);
   std::swap(fGetVersion, other.fGetVersion);
-  std::swap(fMustTerminate, other.fMustTerminate);
+  std::swap(fTurn, other.fTurn);
   return *this;
 }
 
 Component::~Component() {
-  if (fMustTerminate) Terminate();
+  if (IsInTurn()) Terminate();
 }
 
 void* Component::Symbol(const std::string& symbol) const {
@@ -46,16 +46,32 @@ void* Component::Symbol(const std::string& symbol) const {
   return address;
 }
 
-// A second object of the same file must not bind, or even terminate, what the first one uses.
+bool Component::IsInTurn() const {
+  return fLibrary && fLibrary->fState != Library::State::kIdle && fLibrary->fTurn == fTurn;
+}
+
+bool Component::IsInitialised() const {
+  return fLibrary && fLibrary->fState == Library::State::kInitialised;
+}
+
+// A second object of the same file must not bind, or even terminate, what the first one uses. A
+// failed initialisation is of no use to the first one, but blocks the next until it is terminated.
 bool Component::Initialize(KAPGetProcAddressProc getProcAddress) {
-  if (fLibrary->fIsInitialised && !fMustTerminate) return false;
-  fMustTerminate = fLibrary->fIsInitialised = true;
-  return fInitialize(getProcAddress) != 0;
+  if (!fLibrary) return false;
+  if (!IsInTurn()) {
+    if (IsInitialised()) return false;
+    if (fLibrary->fState == Library::State::kFailed) fTerminate();
+    fTurn = ++fLibrary->fTurn;
+    fLibrary->fState = Library::State::kFailed;
+  }
+  const bool succeeds = fInitialize(getProcAddress) != 0;
+  if (succeeds) fLibrary->fState = Library::State::kInitialised;
+  return succeeds;
 }
 
 void Component::Terminate() {
-  if (fLibrary->fIsInitialised && !fMustTerminate) return;
-  fMustTerminate = fLibrary->fIsInitialised = false;
+  if (!fLibrary || (fLibrary->fState != Library::State::kIdle && !IsInTurn())) return;
+  fLibrary->fState = Library::State::kIdle;
   fTerminate();
 }
 

@@ -13,6 +13,8 @@
 #include "base/Current.h"
 #include "base/Reports.h"
 #include "binder/Binder.h"
+#include "caches/ClientPurges.h"
+#include "containers/ContainerTypes.h"
 #include "kaphost/Component.h"
 
 namespace KAPHost {
@@ -37,7 +39,8 @@ struct Span {
   std::uintptr_t fBegin = ~std::uintptr_t{0};
   std::uintptr_t fEnd = 0;
 
-  bool Contains(const void* address) const noexcept {
+  template <class Address>
+  bool Contains(Address address) const noexcept {
     const auto value = reinterpret_cast<std::uintptr_t>(address);
     return fBegin <= value && value < fEnd;
   }
@@ -67,11 +70,21 @@ Span SpanOf(void* handle) noexcept {
   return search.fSpan;
 }
 
+// Whether a container or an instance lives that a procedure of the library deletes.
+bool DeletesContainers(const Span& span) noexcept {
+  bool deletes = false;
+  gContainerTypes.ForEach([&](const ContainerType& type) {
+    deletes = deletes || (span.Contains(type.fDelete) && ContainerTypes::IsUsed(type));
+  });
+  return deletes;
+}
+
 }  // namespace
 
 void Library::Close::operator()(void* handle) const noexcept { dlclose(handle); }
 
 std::shared_ptr<Library> Library::Open(const std::string& path, const std::string& component) {
+  if (path.empty()) throw LoadError("cannot load \"\": the path is empty");
   Handle handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
   if (!handle) throw LoadError("cannot load \"" + path + "\": " + LastError());
   const std::lock_guard lock(gLibrariesMutex);
@@ -96,24 +109,30 @@ void* Library::Find(const std::string& symbol) const {
   return dlsym(fHandle.get(), symbol.c_str());
 }
 
-// True when there were any, or there is no memory to tell. The addresses are found beforehand: the
-// dynamic loader has a lock of its own, under which a library's constructors may look procedures
-// up.
+// The addresses are found beforehand: the dynamic loader has a lock of its own, under which a
+// library's constructors may look procedures up. A library that was never initialised has registered
+// nothing, and the program's own file, which may have entry points too, holds the host's procedures.
 bool Library::UnregisterProcs() const noexcept {
-  Binder* const binder = Current<Binder>();
-  if (!binder) return false;
   const Span span = SpanOf(fHandle.get());
+  if (fTurn == 0 || span.Contains(&Library::Open)) return false;
+  const bool deletesContainers = DeletesContainers(span);
+  Binder* const binder = Current<Binder>();
+  if (!binder) return deletesContainers;
+  const auto report = [&](const std::string& what) {
+    const std::string message =
+        "KAP host: " + fComponent + " (\"" + fPath + "\") was unloaded while " + what;
+    Report(message.c_str());
+  };
   try {
+    const std::size_t purges = Current<ClientPurges>()->RemoveIf(
+        [&](KAP_T_MT::KAPClientPurgeProc proc) { return span.Contains(proc); });
     const auto interfaces =
         binder->UnregisterIf([&](const void* proc) { return span.Contains(proc); });
-    for (const std::string& name : interfaces) {
-      const std::string message = "KAP host: " + fComponent + " (\"" + fPath +
-                                  "\") was unloaded while \"" + name + "\" was registered";
-      Report(message.c_str());
-    }
-    return !interfaces.empty();
+    if (purges != 0) report("a client purge was registered");
+    for (const std::string& name : interfaces) report("\"" + name + "\" was registered");
+    return deletesContainers || purges != 0 || !interfaces.empty();
   } catch (const std::bad_alloc&) {
-    return true;
+    return true;  // there may have been some
   }
 }
 

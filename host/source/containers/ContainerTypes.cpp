@@ -46,11 +46,11 @@ void ContainerTypes::ReleaseUnused() noexcept {
     ContainerType* kept = nullptr;
     for (ContainerType *type = bucket.load(std::memory_order_relaxed), *next; type; type = next) {
       next = type->fNext;
-      if (type->fUses.load(std::memory_order_relaxed) == 0 && TotalOf(type->fSlot) == Holding()) {
-        Delete(type);
-      } else {
+      if (IsUsed(*type)) {
         type->fNext = kept;
         kept = type;
+      } else {
+        Delete(type);
       }
     }
     bucket.store(kept, std::memory_order_relaxed);

@@ -49,6 +49,11 @@ class ContainerTypes {
     }
   }
 
+  // Whether a container has the type. Types that share a slot of the accounting count as one.
+  static bool IsUsed(const ContainerType& type) noexcept {
+    return type.fUses.load(std::memory_order_relaxed) != 0 || TotalOf(type.fSlot) != Holding();
+  }
+
   // Deletes the types that no container uses. No other thread may use the host meanwhile.
   void ReleaseUnused() noexcept;
 

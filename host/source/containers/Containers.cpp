@@ -54,10 +54,15 @@ namespace {
 
 void FreeRecord(void* container) noexcept { std::free(container); }
 
-// Keeps the record with nothing in it: no instance, no signature, no stream.
+// The type of dead containers. Their own may be deleted before the quarantine is emptied.
+constinit const ContainerType kDeadType = {
+    nullptr, nullptr, nullptr, nullptr, nullptr, SlotOf(KAPResource::kContainer), 0};
+
+// Keeps the record with nothing in it: no instance, no names, no stream.
 [[gnu::cold]] void Bury(KAPContainer& container) noexcept {
   const char* const signature = std::exchange(container.fSignature, nullptr);
   container.fPrimary = nullptr;
+  container.fType = &kDeadType;
   container.fEquipment = nullptr;
   container.fCount.Bury();
   if (!KeepDead(&container, &FreeRecord, "container", signature)) FreeRecord(&container);

@@ -44,7 +44,7 @@ void FaultRules::FailBlocksAbove(std::size_t size) {
 
 void FaultRules::LimitReads(std::size_t size) {
   const std::lock_guard lock(fMutex);
-  fLargestRead = size;
+  fLargestRead = std::max(size, std::size_t{1});  // 0 bytes would mean the end
   Arm();
 }
 

@@ -36,6 +36,7 @@ void Host::Unregister(const char* interfaceName) { fState->fBinder.Unregister(in
 
 Component Host::Load(const std::string& path, const std::string& name) {
   Component component(path, name);
+  if (component.IsInitialised()) throw LoadError("\"" + path + "\" is already initialised");
   if (!component.Initialize(GetProcAddress())) {
     throw LoadError("\"" + path + "\": " + name + "Initialize failed");
   }
@@ -59,14 +60,16 @@ void Host::FailBlocksAbove(std::size_t size) { fState->fFaultRules.FailBlocksAbo
 void Host::LimitReads(std::size_t size) { fState->fFaultRules.LimitReads(size); }
 
 void Host::HideProcedure(const char* interfaceName, const char* methodName) {
+  if (!interfaceName || !methodName) return;
   fState->fFaultRules.HideProcedure(interfaceName, methodName);
 }
 
 void Host::HideInterface(const char* interfaceName) {
-  fState->fFaultRules.HideInterface(interfaceName);
+  if (interfaceName) fState->fFaultRules.HideInterface(interfaceName);
 }
 
 void Host::FailRegistration(const char* interfaceName, const char* methodName) {
+  if (!interfaceName || !methodName) return;
   fState->fFaultRules.FailRegistration(interfaceName, methodName);
 }
 

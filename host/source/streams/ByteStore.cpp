@@ -30,8 +30,9 @@ bool ByteStore::Write(std::size_t position, const unsigned char* bytes,
 // realloc moves large blocks without copying them; a vector cannot.
 bool ByteStore::Reserve(std::size_t size) noexcept {
   if (size <= fCapacity) return true;
-  const std::size_t capacity = std::max(size, 2 * fCapacity);
-  void* const moved = std::realloc(fBytes, capacity);
+  std::size_t capacity = std::max(size, 2 * fCapacity);
+  void* moved = std::realloc(fBytes, capacity);
+  if (!moved && capacity > size) moved = std::realloc(fBytes, capacity = size);
   if (!moved) return false;
   fBytes = static_cast<unsigned char*>(moved);
   fCapacity = capacity;

@@ -4,8 +4,8 @@
 
 namespace KAPHost {
 
-// Bytes that grow. Growing at least doubles the capacity; the first write reserves exactly what it
-// needs.
+// Bytes that grow. Growing at least doubles the capacity when there is memory for that; the first
+// write reserves exactly what it needs.
 class ByteStore {
  public:
   ByteStore() = default;

@@ -47,16 +47,8 @@ auto Uninterrupted(Call call) noexcept {
 
 }  // namespace
 
-OpenFile::OpenFile(int descriptor, int flags, std::string path) noexcept
-    : fDescriptor(descriptor),
-      fFlags(flags),
-      fIsSeekable(lseek(descriptor, 0, SEEK_CUR) >= 0),
-      fPath(std::move(path)) {
-  const std::lock_guard lock(gFilesMutex);
-  gFiles.Append(*this);
-}
-
 OpenFile::~OpenFile() {
+  if (fDescriptor == -1) return;
   {
     const std::lock_guard lock(gFilesMutex);
     gFiles.Remove(*this);
@@ -65,22 +57,17 @@ OpenFile::~OpenFile() {
   if (close(fDescriptor) != 0 && errno != EINTR) ReportError(MakeError("close", errno));
 }
 
-KAPError* OpenFile::Open(std::shared_ptr<OpenFile>& out, const char* path,
-                         const char* mode) noexcept {
+KAPError* OpenFile::Open(const char* mode) noexcept {
   const int flags = Flags(mode);
-  if (flags == -1) return SystemError("open", path, EINVAL);
-  return ReturnError([&]() -> KAPError* {
-    std::string name(path);
-    const int descriptor = Uninterrupted([&] { return open(path, flags, 0666); });
-    if (descriptor == -1) return SystemError("open", path, errno);
-    auto* const file = new (std::nothrow) OpenFile(descriptor, flags, std::move(name));
-    if (!file) {
-      close(descriptor);
-      return MemoryError();
-    }
-    out.reset(file);
-    return nullptr;
-  });
+  if (flags == -1) return MakeError("open", EINVAL);
+  const int descriptor = Uninterrupted([&] { return open(fPath.c_str(), flags, 0666); });
+  if (descriptor == -1) return MakeError("open", errno);
+  fDescriptor = descriptor;
+  fFlags = flags;
+  fIsSeekable = lseek(descriptor, 0, SEEK_CUR) >= 0;
+  const std::lock_guard lock(gFilesMutex);
+  gFiles.Append(*this);
+  return nullptr;
 }
 
 bool OpenFile::IsReadable() const noexcept { return (fFlags & O_ACCMODE) != O_WRONLY; }

@@ -15,15 +15,16 @@ namespace KAPHost {
 // Thread-safe.
 class OpenFile {
  public:
-  // The modes are those of fopen: r, w or a, then any of + b x e. The descriptor is always
-  // close-on-exec.
-  static KAPError* Open(std::shared_ptr<OpenFile>& out, const char* path,
-                        const char* mode) noexcept;
-
+  // Does not open the file yet. Throws std::bad_alloc.
+  explicit OpenFile(const char* path) : fPath(path) {}
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
   // An error on closing is reported.
   ~OpenFile();
+
+  // Opens the file; called once, before any other use. The modes are those of fopen: r, w or a,
+  // then any of + b x e. The descriptor is always close-on-exec.
+  KAPError* Open(const char* mode) noexcept;
 
   bool IsReadable() const noexcept;
   bool IsWritable() const noexcept;
@@ -47,11 +48,9 @@ class OpenFile {
  private:
   friend IntrusiveList<OpenFile>;
 
-  OpenFile(int descriptor, int flags, std::string path) noexcept;
-
-  const int fDescriptor;
-  const int fFlags;
-  const bool fIsSeekable;
+  int fDescriptor = -1;
+  int fFlags = 0;
+  bool fIsSeekable = false;
   const std::string fPath;
   ListLinks<OpenFile> fLinks;
 };

@@ -36,12 +36,17 @@ KAPError* NewBufferStream(KAPContainer** out, const unsigned char* data,
   });
 }
 
+// Opens the file last: opening may create or empty it, which no failure may follow.
 KAPError* NewFileStream(KAPContainer** out, const char* path, const char* mode) noexcept {
   if (!path || !mode) return InvalidArgument();
-  std::shared_ptr<OpenFile> file;
-  if (KAPError* error = OpenFile::Open(file, path, mode)) return error;
-  std::unique_ptr<Stream> stream(new (std::nothrow) FileStream(std::move(file)));
-  return stream ? ContainStream(out, stream) : MemoryError();
+  return ReturnError([&]() -> KAPError* {
+    const auto file = std::make_shared<OpenFile>(path);
+    std::unique_ptr<Stream> stream = std::make_unique<FileStream>(file);
+    if (KAPError* error = ContainStream(out, stream)) return error;
+    KAPError* const error = file->Open(mode);
+    if (error) ReleaseContainer(*std::exchange(*out, nullptr));
+    return error;
+  });
 }
 
 KAPError* NewClientStream(KAPContainer** out, StreamCapability capability, void* client,
