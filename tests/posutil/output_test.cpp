@@ -3,8 +3,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
+#include "Folder.h"
 #include "Posutil.h"
 
 namespace {
@@ -32,6 +35,50 @@ TEST(OutputTest, AClosedPipeIsAQuietError) {
       RunPosutil({"print", "--from", "json", "--to", "typea", "-"}, longText, {.fOut = ends[1]}),
       (Outcome{3, "", ""}));
   ::close(ends[1]);
+}
+
+// The other end may have made the pipe so.
+TEST(OutputTest, ANonBlockingPipeIsWaitedFor) {
+  int ends[2];
+  ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+  ::fcntl(ends[1], F_SETFL, O_NONBLOCK);
+  std::size_t total = 0;
+  std::thread reader([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // until the pipe is full
+    char part[4096];
+    for (ssize_t size; (size = ::read(ends[0], part, sizeof part)) > 0;) {
+      total += static_cast<std::size_t>(size);
+    }
+  });
+  const std::string text = "\"" + std::string(500'000, 'x') + "\"";
+  EXPECT_EQ(RunPosutil({"print", "--from", "json", "--to", "json", "-"}, text, {.fOut = ends[1]}),
+            (Outcome{0, "", ""}));
+  ::close(ends[1]);
+  reader.join();
+  ::close(ends[0]);
+  EXPECT_EQ(total, text.size() + 1);
+}
+
+// No file that the program opens takes their place.
+TEST(OutputTest, ClosedStandardDescriptors) {
+  const Folder folder;
+  const std::string in = folder.Put("in.json", "[1]");
+  const std::string out = folder.Path("out.json");
+  const Setting closed = {.fPrefix = {"sh", "-c", "exec \"$0\" \"$@\" <&- >&- 2>&-"}};
+  const struct {
+    std::vector<std::string> arguments;
+    int status;
+  } rows[] = {{{"convert", in, out}, 0},
+              {{"convert", "--from", "json", "-", out}, 3},
+              {{"convert", "--to", "json", in, "/dev/stdout"}, 3},
+              {{"convert", in, folder.Path("nowhere/out.json")}, 3},
+              {{"print", in}, 3}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.arguments));
+    EXPECT_EQ(RunPosutil(row.arguments, "", closed), (Outcome{row.status, "", ""}));
+    EXPECT_EQ(folder.Content("out.json"), "[\n  1\n]\n");
+    EXPECT_EQ(folder.Names(), (std::set<std::string>{"in.json", "out.json"}));
+  }
 }
 
 TEST(OutputTest, LongOutputIsWhole) {

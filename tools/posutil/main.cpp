@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -94,11 +95,22 @@ int Main(int argc, char** argv) {
   }
 }
 
+// Else a file that posutil opens takes the number of a closed one, and messages end up in it. Reads
+// and writes fail as they do on a closed one, which /dev/null would hide.
+void FillStandardDescriptors() {
+  int descriptor = 0;
+  do {
+    descriptor = ::open("/", O_PATH);
+  } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+  if (descriptor >= 0) ::close(descriptor);
+}
+
 }  // namespace
 
 }  // namespace PosUtil
 
 int main(int argc, char** argv) {
+  PosUtil::FillStandardDescriptors();
   // Makes a closed pipe and a limit on the size of files into errors of writing.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);

@@ -42,6 +42,7 @@ class ConvertCommand final : public Command {
     Output& out = destination ? destination->Out() : session.Out();
     fDocuments.Write(*writer, Style(), session, out);
     out.Put(writer->kEnd);
+    session.CheckReports();  // a late report leaves OUT unchanged
     if (destination) destination->Commit();
     return kExitSuccess;
   }

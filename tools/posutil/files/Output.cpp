@@ -1,5 +1,6 @@
 #include "files/Output.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,6 +17,13 @@ namespace {
 [[noreturn]] void ThrowLost(int error) {
   throw Failure(error == EPIPE ? std::string()
                                : std::string("cannot write the output: ") + std::strerror(error));
+}
+
+// The process that made a pipe may have made it non-blocking for every user of it.
+void WaitForRoom(int descriptor) {
+  pollfd waiting = {descriptor, POLLOUT, 0};
+  if (::poll(&waiting, 1, -1) < 0 && errno != EINTR) ThrowLost(errno);
+  errno = EAGAIN;
 }
 
 }  // namespace
@@ -52,9 +60,11 @@ void Output::Write(const char* data, std::size_t size) {
   fFlushed += size;
   while (size > 0) {
     const ssize_t written = ::write(fDescriptor, data, size);
+    if (written == 0) ThrowLost(EIO);
     if (written < 0) {
-      if (errno == EINTR) continue;
-      ThrowLost(errno);
+      if (errno == EAGAIN) WaitForRoom(fDescriptor);
+      if (errno != EINTR && errno != EAGAIN) ThrowLost(errno);
+      continue;
     }
     data += written;
     size -= static_cast<std::size_t>(written);

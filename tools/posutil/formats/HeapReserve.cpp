@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <vector>
 
 namespace PosUtil {
@@ -16,6 +17,7 @@ namespace {
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
 constexpr int kLargestHeapBlock = 32 << 20;  // malloc accepts no larger threshold
+constexpr std::size_t kPart = kLargestHeapBlock - 4096;
 
 void AdviseLargePages(void* block, std::size_t size) {
   const auto begin = reinterpret_cast<std::uintptr_t>(block);
@@ -35,8 +37,13 @@ void ReserveHeapFor(std::size_t textSize) {
   mallopt(M_TOP_PAD, kLargestHeapBlock);
   // Freed at the end of this function; the thresholds above keep them in the heap.
   std::vector<std::unique_ptr<void, decltype(&std::free)>> blocks;
+  try {
+    blocks.reserve(size / kPart + 1);
+  } catch (const std::bad_alloc&) {
+    return;
+  }
   for (std::size_t left = size; left > 0;) {
-    const std::size_t part = std::min<std::size_t>(left, kLargestHeapBlock - 4096);
+    const std::size_t part = std::min(left, kPart);
     blocks.emplace_back(std::malloc(part), &std::free);
     if (!blocks.back()) return;
     AdviseLargePages(blocks.back().get(), part);

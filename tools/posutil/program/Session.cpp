@@ -24,8 +24,12 @@ void Session::ComplainPlainly(const std::string& text) {
   static_cast<void>(!::write(STDERR_FILENO, lines.data(), lines.size()));
 }
 
-void Session::Finish() {
+void Session::CheckReports() {
   if (fLibrary) fLibrary->CheckReports("");
+}
+
+void Session::Finish() {
+  CheckReports();
   fOut.Finish();
 }
 

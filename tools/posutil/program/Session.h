@@ -28,6 +28,8 @@ class Session {
   void Complain(const std::string& text) { ComplainPlainly("posutil: " + text); }
   void ComplainPlainly(const std::string& text);
 
+  // Throws Failure if the library has reported anything.
+  void CheckReports();
   // Completes a command: writes the rest of the output. Throws Failure if output is lost or the
   // library has reported anything.
   void Finish();

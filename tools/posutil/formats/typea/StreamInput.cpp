@@ -84,7 +84,13 @@ void StreamInput::Client::Refill() {
   if (fWindow.size() >= kCapacity) Discard(fWindow.size() - kKept);
   const std::size_t size = fWindow.size();
   fWindow.resize(kCapacity);
-  const std::size_t count = fFile.Read(fWindow.data() + size, kCapacity - size);
+  std::size_t count = 0;
+  try {
+    count = fFile.Read(fWindow.data() + size, kCapacity - size);
+  } catch (...) {
+    fWindow.resize(size);  // else the reader would take the zeros for input
+    throw;
+  }
   fWindow.resize(size + count);
   fIsAtEnd = count == 0;
   fProgress.Advance(count);
