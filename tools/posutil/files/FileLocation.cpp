@@ -25,7 +25,7 @@ bool IsSameFile(const struct stat& one, const struct stat& other) {
   return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-// See FileLocation::fHeld. The open folder of the place is not open for writing, so it never counts.
+// See FileLocation::fHeld. The folder of the place is not open for writing, so it never counts.
 int HeldDescriptor(const FileLocation& place) {
   struct stat folder {};
   struct stat descriptors {};

@@ -24,8 +24,9 @@ class TemporaryFile {
   // Another descriptor of the file, open for writing. The caller closes it.
   int NewDescriptor() const;
 
-  // Puts the file at its place, with the owner, group and rights that the replaced file has now; see
-  // CopyAccessRights. Without a replaced file, fails if a file exists there by now. A kill at any moment leaves either the old file or the new one.
+  // Puts the file at its place, with the owner, group and rights that the replaced file has now;
+  // see CopyAccessRights. Without a replaced file, fails if a file exists there by now. A kill at
+  // any moment leaves either the old file or the new one.
   void Replace();
 
  private:
