@@ -72,7 +72,8 @@ constexpr std::string_view MetaSchemaCategory(KAP_T_MT::POSType type) noexcept {
   }
   return {};
 }
-// Written out: under sanitizers g++ 12 does not accept std::string_view::find in a constant expression.
+// Written out: under sanitizers g++ 12 does not accept std::string_view::find in a constant
+// expression.
 constexpr bool MetaSchemaContains(std::string_view name) noexcept {
   for (std::size_t start = 0; start + name.size() < sizeof kMetaSchema; ++start) {
     std::size_t length = 0;
