@@ -10,7 +10,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //   class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
 //                                      "downcast from CPOSObject to CPOSNumber failed"> { ... };
 //
-// `IsKind` names the method that tells whether a handle is of the kind, `Message` is the text of
+// `IsKind` names the method that checks the kind of a handle, `Message` is the text of
 // the POSException for one that is not. An interface that cannot be loaded fails in the same way,
 // in every call of the wrapper.
 template <class Interface, TKAPName IsKind, TKAPName Message>

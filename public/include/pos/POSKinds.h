@@ -76,7 +76,7 @@ constexpr bool POSIsScalar(POSType type) noexcept {
   return false;
 }
 
-// The switch of POSTypeName knows every enumerator, so it tells whether the list does.
+// The switch of POSTypeName knows every enumerator, so it shows whether the list is complete.
 static_assert(
     [] {
       std::size_t listed = 0;
