@@ -104,9 +104,10 @@ void AtomTable::AddRefs(KAPStringAtom& atom, long references) noexcept {
 }
 
 void AtomTable::Release(KAPStringAtom& atom, long references) noexcept {
-  const long before = Update(
-      atom.fCount, [=](long count) { return count > references ? count - references : count; });
-  if (before > references) return;
+  long before = atom.fCount.load(std::memory_order_relaxed);
+  while (before > references) {
+    if (TryUpdate(atom.fCount, before, before - references)) return;
+  }
   if (before < 0) return ReportDead(&atom, "release");
   ReleaseLast(atom, references);
 }

@@ -1,7 +1,5 @@
 #include "heap/Heap.h"
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <cstring>
 
@@ -41,11 +39,6 @@ void* Resize(void* block, std::size_t size) noexcept {
   std::memcpy(moved, block, std::min(size, before));
   Deallocate(block);
   return moved;
-}
-
-std::size_t UsableSize(const void* block) noexcept {
-  void* const asked = const_cast<void*>(block);
-  return IsFromPage(block) ? Page::Of(asked).fBlockSize : malloc_usable_size(asked);
 }
 
 }  // namespace KAPHost

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <malloc.h>
+
 #include <cstdlib>
 
 #include "heap/HandOver.h"
@@ -47,6 +49,8 @@ inline void Deallocate(void* block) noexcept {
 void* Resize(void* block, std::size_t size) noexcept;
 
 // The usable size; 0 for null.
-std::size_t UsableSize(const void* block) noexcept;
+inline std::size_t UsableSize(void* block) noexcept {
+  return IsFromPage(block) ? Page::Of(block).fBlockSize : malloc_usable_size(block);
+}
 
 }  // namespace KAPHost

@@ -9,7 +9,7 @@ namespace KAPHost {
 
 namespace {
 
-long SizeOf(const void* block) noexcept { return static_cast<long>(UsableSize(block)); }
+long SizeOf(void* block) noexcept { return static_cast<long>(UsableSize(block)); }
 
 void* Alloc(std::size_t size) noexcept {
   void* const block = Allocate(size);
