@@ -104,7 +104,8 @@ TEST_F(HeapTest, BlocksAreUsedAgain) {
     SCOPED_TRACE(row.fWhy);
     std::set<std::uintptr_t> pages;
     for (int cycle = 0; cycle < 100; ++cycle) row.fCycle(pages);
-    EXPECT_LT(pages.size(), 60u);  // a cycle needs 8; without reuse it would be 800
+    // A cycle needs 8, and a thread keeps up to 256 empty ones; without reuse it would be 800.
+    EXPECT_LT(pages.size(), 300u);
   }
 }
 
