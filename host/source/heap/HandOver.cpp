@@ -89,11 +89,12 @@ ThreadHeap* TakeIdle() noexcept {
 
 }  // namespace
 
+// Who finds the list empty comes after the party that emptied it, which has read the page's link.
 void ReturnBlock(Page& page, FreeBlock& block) noexcept {
   FreeBlock* first = page.fReturned.load(std::memory_order_relaxed);
   do {
     block.fNext = first;
-  } while (!page.fReturned.compare_exchange_weak(first, &block, std::memory_order_release,
+  } while (!page.fReturned.compare_exchange_weak(first, &block, std::memory_order_acq_rel,
                                                  std::memory_order_relaxed));
   if (first) return;
   page.fNextReturned = nullptr;

@@ -19,7 +19,7 @@ bool Page::Extend() noexcept {
 }
 
 void Page::Collect() noexcept {
-  FreeBlock* const first = fReturned.exchange(nullptr, std::memory_order_acquire);
+  FreeBlock* const first = fReturned.exchange(nullptr, std::memory_order_acq_rel);
   std::uint32_t count = 1;
   FreeBlock* last = first;
   for (; last->fNext; last = last->fNext) ++count;
