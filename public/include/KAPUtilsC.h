@@ -2,6 +2,7 @@
 #pragma once
 
 // clang-format off
+// NOLINTBEGIN(modernize-*): C++ programs may include it, but it is C
 
 /* The interfaces of a host and of libKAPUtils.so for C11, and for languages that import C headers.
  * It needs no other file of this project. scripts/make_c_header makes it from the C++ declarations;
@@ -1297,4 +1298,5 @@ KAPUTILS_INTERFACES(KAP_TABLE_FUNCTIONS)
 
 #endif
 
+// NOLINTEND(modernize-*)
 // clang-format on
