@@ -21,6 +21,10 @@ if(KAP_BUILD_HOST)
     COMPONENT development)
 endif()
 
+# Not in a Debian package: those have their own copyright.
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD-PARTY-NOTICES.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licences)
+
 # The CMake package.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KAPUtils)
 install(EXPORT KAPUtilsTargets NAMESPACE KAPUtils:: DESTINATION ${package_dir}
