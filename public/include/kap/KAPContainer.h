@@ -79,6 +79,7 @@ class CKAPContainer {
     void* fInstance;
     const char* fSignature;
   };
+  static_assert(offsetof(Primary, fInstance) == 0 && offsetof(Primary, fSignature) == 8);
   static Primary GetPrimary(const KAPContainer* container) noexcept {
     Primary primary;
     std::memcpy(&primary, reinterpret_cast<const char*>(container) + fPrimaryOffset,
