@@ -18,6 +18,8 @@ using KAP_T_MT::CPOSObject;
 using KAP_T_MT::POSException;
 using KAP_T_MT::POSType;
 
+class NestingStack;
+
 // What the handle of a property object stands for: the primary instance of its container.
 class BaseObject : public KAP_T_MT::CKAPClientBase {
  public:
@@ -26,8 +28,8 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   virtual ~BaseObject() { CountObjects(-1); }
 
   // This object itself when it cannot change, else a new one that the caller owns.
-  virtual BaseObject* Clone() = 0;
-  virtual bool IsEqual(const BaseObject& other) const = 0;
+  virtual BaseObject* Clone(NestingStack& stack) = 0;
+  virtual bool IsEqual(const BaseObject& other, NestingStack& stack) const = 0;
   virtual POSType GetType() const = 0;
 
   // The property object of a handle. Without one (null, a container of another implementation, a
@@ -50,7 +52,13 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   // A new reference to what must be a property object, see CPOSObject.
   static CPOSObject Reference(POSObject* handle) {
     if (!OwnInstance(handle)) return CPOSObject(handle);
-    return CPOSObject(KAP_T_MT::CKAPContainer::AddRef(handle), KAP_T_MT::KAPAdopt());
+    return Share(handle);
+  }
+
+  // A new reference to what is known to be a property object; none to null.
+  static CPOSObject Share(POSObject* held) {
+    return held ? CPOSObject(KAP_T_MT::CKAPContainer::AddRef(held), KAP_T_MT::KAPAdopt())
+                : CPOSObject();
   }
 
   // Puts the object into a container: one reference for the caller.

@@ -36,7 +36,7 @@ class HoldingObject : public BaseObject {
     ReleaseOfHeld& operator=(const ReleaseOfHeld&) = delete;
     ~ReleaseOfHeld() { fNext = nullptr; }
 
-    void Expect(const CPOSObject& held) noexcept { fNext = OwnInstance(held.Handle()); }
+    void Expect(const POSObject* held) noexcept { fNext = OwnInstance(held); }
 
    private:
     static const BaseObject*& NextOnThisThread() noexcept;
@@ -51,16 +51,19 @@ class HoldingObject : public BaseObject {
   // equals only null. An object of ours is asked directly, so that a failure at the bottom of a
   // thousand levels is thrown through them and reported once; any other one through its own
   // procedures, which may change what holds it: such an object is kept for the call.
-  static CPOSObject CloneOf(const CPOSObject& held);
-  static bool AreEqual(const CPOSObject& a, const CPOSObject& b);
-  // Whether what is held is an object of another component.
-  static bool IsForeign(const CPOSObject& held) noexcept {
-    return !held.IsNull() && !OwnInstance(held.Handle());
+  static CPOSObject CloneOf(POSObject* held, NestingStack& stack);
+  static bool AreEqual(POSObject* a, POSObject* b, NestingStack& stack) {
+    const BaseObject* own = OwnInstance(a);
+    const BaseObject* other = OwnInstance(b);
+    return own && other ? own->IsEqual(*other, stack) : AreEqualForeign(a, b, stack);
   }
+  // Whether what is held is an object of another component.
+  static bool IsForeign(const POSObject* held) noexcept { return held && !OwnInstance(held); }
 
  private:
   class Releases;
 
+  [[gnu::noinline]] static bool AreEqualForeign(POSObject* a, POSObject* b, NestingStack& stack);
   static void DeleteOrFile(HoldingObject* object) noexcept;
 
   HoldingObject* fNextToDelete = nullptr;
