@@ -111,14 +111,9 @@ void HoldingObject::CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* poin
       [=] { KAP_T_MT::KAPReportingError([=] { release(pointer); }); });
 }
 
-CPOSObject HoldingObject::CloneOf(POSObject* held, NestingStack& stack) {
-  if (BaseObject* own = OwnInstance(held)) {
-    BaseObject* clone = own->Clone(stack);
-    if (clone == own) return Share(held);
-    return CPOSObject(Contain(std::unique_ptr<BaseObject>(clone)), KAP_T_MT::KAPAdopt());
-  }
+POSObject* HoldingObject::CloneForeign(POSObject* held) {
   const CPOSObject kept = Share(held);
-  return held ? kept.Clone() : kept;
+  return held ? kept.Clone().Detach() : nullptr;
 }
 
 bool HoldingObject::AreEqualForeign(POSObject* a, POSObject* b, NestingStack& stack) {

@@ -26,11 +26,6 @@ std::uint32_t CapacityFor(std::uint32_t count, std::uint32_t capacity) {
   return grown;
 }
 
-// The reference that a slot holds.
-CPOSObject Adopt(POSObject* slot) {
-  return slot ? CPOSObject(slot, KAP_T_MT::KAPAdopt()) : CPOSObject();
-}
-
 }  // namespace
 
 // The slots are taken out first, and again as long as a release that calls back puts something
@@ -82,7 +77,7 @@ BaseObject* Array::Clone(NestingStack& stack) {
   const NestingGuard guard(stack);
   std::unique_ptr<Array> clone(new Array);
   clone->growToHold(fCount);
-  for (std::uint32_t i = 0; i < fCount; ++i) clone->Append(CloneOf(fElements[i], stack));
+  for (std::uint32_t i = 0; i < fCount; ++i) clone->Append(Adopt(CloneOf(fElements[i], stack)));
   return clone.release();
 }
 

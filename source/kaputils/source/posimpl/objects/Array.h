@@ -28,8 +28,8 @@ class Array final : public TObjectKind<Array, HoldingObject> {
   POSObject* Find(std::uint64_t index) const noexcept {
     return index < fCount ? fElements[index] : nullptr;
   }
-  // The same as a new reference.
-  CPOSObject GetAt(std::uint64_t index) const { return Share(Find(index)); }
+  // The same with a new reference.
+  POSObject* GetAt(std::uint64_t index) const { return AddRef(Find(index)); }
   // Slots skipped over stay empty. TOQException "Math overflow exception" for an index that no
   // count can hold.
   void SetAt(std::uint64_t index, CPOSObject object);

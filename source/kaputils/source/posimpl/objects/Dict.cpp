@@ -18,12 +18,6 @@ POSObject* Dict::Find(const SortableStringAtom& key) const noexcept {
   return ValueOf(fEntries.Find(key));
 }
 
-CPOSObject Dict::Get(const char* key, bool noThrow) const {
-  if (POSObject* value = Find(key)) return Share(value);
-  if (!noThrow) throw POSException("Dict::Get lookup failed");
-  return {};
-}
-
 Dict::~Dict() {
   ReleaseOfHeld release;
   fEntries.Clear([&](const DictEntry& entry) { release.Expect(entry.Value()); });
@@ -36,7 +30,7 @@ void Dict::Remove(std::string_view key) noexcept { fEntries.Remove(SortableText(
 [[gnu::noinline]] DictEntry* Dict::CloneForeign(const DictEntry*& entry,
                                                 NestingStack& stack) const {
   const SortableStringAtom key = entry->GetKey();
-  CPOSObject value = CloneOf(entry->Value(), stack);
+  CPOSObject value = Adopt(CloneOf(entry->Value(), stack));
   entry = fEntries.FirstAfter(key);
   return new DictEntry(key, std::move(value));
 }
@@ -59,7 +53,7 @@ BaseObject* Dict::Clone(NestingStack& stack) {
     if (IsForeign(entry->Value())) [[unlikely]] {
       copy.reset(CloneForeign(entry, stack));
     } else {
-      copy.reset(new DictEntry(entry->GetKey(), CloneOf(entry->Value(), stack)));
+      copy.reset(new DictEntry(entry->GetKey(), Adopt(CloneOf(entry->Value(), stack))));
       entry = DictTree::Next(entry);
     }
     last = clone->fEntries.InsertLast(last, std::move(copy));

@@ -52,8 +52,13 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   // The value, borrowed; null when there is none.
   POSObject* Find(std::string_view key) const noexcept;
   POSObject* Find(const SortableStringAtom& key) const noexcept;
-  // The value. Absent: an empty object if `noThrow`, else POSException "Dict::Get lookup failed".
-  CPOSObject Get(const char* key, bool noThrow) const;
+  // The value with a new reference. Absent: null if `noThrow`, else POSException "Dict::Get lookup
+  // failed".
+  POSObject* Get(const char* key, bool noThrow) const {
+    POSObject* const value = Find(key);
+    if (!value && !noThrow) throw POSException("Dict::Get lookup failed");
+    return AddRef(value);
+  }
 
   // Sets the value of a key. A key that is there keeps its atom; for a new one `makeKey` makes the
   // atom of the text.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <iterator>
+
 #include "posimpl/base/NestingGuard.h"
 #include "posimpl/objects/Array.h"
 #include "posimpl/objects/BinData.h"
@@ -31,6 +33,13 @@ class TypeAStreamer : public StreamerBase {
   static constexpr unsigned kLevelsUnchecked = 64;
 
   // ---- Writing: the content of each kind ----
+  // Those of GetWritingParams, without a virtual call for each value.
+  const StreamParams& ParamsFor(KAP_T_MT::POSType type) {
+    const StreamParams*& params = fWritingParams[type];
+    if (!params) [[unlikely]]
+      params = &GetWritingParams(type);
+    return *params;
+  }
   void WriteObject(OCharStream& out, POSObject* object);
   static void WriteNumberValue(OCharStream& out, const StreamParams& params, double value);
   static void WriteUnicode(OCharStream& out, const unsigned short* units);
@@ -71,7 +80,8 @@ class TypeAStreamer : public StreamerBase {
   GrowingBuffer<char> fText;  // of the string that is being read
   GrowingBuffer<unsigned short> fUnits;
   const std::int32_t fFirstLevel;
-  std::int32_t fLevel;             // of indentation
+  std::int32_t fLevel;                                                          // of indentation
+  const StreamParams* fWritingParams[std::size(KAP_T_MT::kPOSTypes) + 1] = {};  // by type
   std::uintptr_t fFirstFrame = 0;  // where the stack was at the first level
   NPOSObjectImpl::NestingStack& fStack = NPOSObjectImpl::NestingStack::OnThisThread();
 };

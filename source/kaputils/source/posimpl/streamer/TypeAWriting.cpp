@@ -106,7 +106,7 @@ void TypeAStreamer::SerializeObject(const KAP_T_MT::CKAPPositionableStream& stre
 void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
   const BaseObject* instance = BaseObject::GetInstanceNoThrow(object);
   if (!instance) throw POSException(kCannotBeWritten);
-  const StreamParams& params = GetWritingParams(instance->GetType());
+  const StreamParams& params = ParamsFor(instance->GetType());
   switch (params.kType) {
     case KAP_T_MT::kPOSNumber:
       return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
@@ -188,10 +188,9 @@ void TypeAStreamer::WriteUnicode(OCharStream& out, const unsigned short* units) 
 }
 
 void TypeAStreamer::WriteBinData(OCharStream& out, const BinData& data) {
-  out.PutText(GetWritingParams(KAP_T_MT::kPOSString), data.GetTypeName(), nullptr);
+  out.PutText(ParamsFor(KAP_T_MT::kPOSString), data.GetTypeName(), nullptr);
   out.PutRaw(' ');
-  WriteNumberValue(out, GetWritingParams(KAP_T_MT::kPOSNumber),
-                   static_cast<double>(data.GetSize()));
+  WriteNumberValue(out, ParamsFor(KAP_T_MT::kPOSNumber), static_cast<double>(data.GetSize()));
   out.PutRaw(' ');
   {
     const Indented indented(fLevel);
@@ -252,7 +251,7 @@ void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params, POSO
 void TypeAStreamer::WriteEntries(OCharStream& out, const Dict& dict, ContainerInUse& inUse) {
   {
     const Indented indented(fLevel);
-    const StreamParams& keyParams = GetWritingParams(KAP_T_MT::kPOSString);
+    const StreamParams& keyParams = ParamsFor(KAP_T_MT::kPOSString);
     for (const DictEntry* entry = dict.Entries().First(); entry;) {
       inUse.Enter(*entry);
       NewLine(out);

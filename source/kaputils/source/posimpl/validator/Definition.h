@@ -40,7 +40,6 @@ inline constexpr KeywordName kAttributeNames[] = {
 // one of another kind is a POSException. Borrowed.
 class Definition {
  public:
-  Definition() noexcept = default;
   // The definition that the attributes make. Where callbacks may change the schema, each use looks
   // an attribute up, so that a change takes effect at once. Elsewhere all are looked up now: a walk
   // over the few that there are takes less time than a search for each that there may be.

@@ -11,13 +11,14 @@ namespace NPOSValidatorImpl {
 
 // Which objects were found to be of which types, for a check that meets the same ones again and
 // again. Each of n unions that tries two types which refer to the next union doubles the checks;
-// what is remembered here makes their number grow like n. Not for a check with callbacks, which would
-// have to be called. Where messages are wanted, what is invalid is checked again for its messages:
-// their number doubles, and nothing can help that.
+// what is remembered here makes their number grow like n. The same holds for intersections, for
+// dictionaries with "valuetype" and "required", and for an object that is held in several places.
+// Not for a check with callbacks, which would have to be called. Where messages are wanted, what is
+// invalid is checked again for its messages: their number doubles, and nothing can help that.
 //
 // The table has a fixed size, and a later outcome may take the place of an earlier one: the memory
-// is bounded, and the outcomes that are needed soonest are the latest ones. A union over more
-// objects than the table has places may check some of them again.
+// is bounded, and the outcomes that are needed soonest are the latest ones. Where more objects
+// than the table has places come between two checks of the same one, it is checked again.
 class Outcomes {
  public:
   enum class Known : unsigned char { kNothing, kValid, kInvalid };

@@ -9,7 +9,6 @@ ErrorCount CheckUnion(const TypeCheck& check) {
   const Kept<Array> set = check.fDefinition.GetKept<Array>(Attribute::kSet);
   ErrorList collected = ErrorList::ForPartOf(check.fErrors);
   const TypeCheck attempt = {check.fChecker, check.fDefinition, check.fObject, collected};
-  const TypeChecker::InUnion inUnion(check.fChecker);
   for (std::uint32_t i = 0; set && i < set->Count(); ++i) {
     const Kept<String> type = check.TypeAt(*set, i);
     const auto context = [&] { return FormatIntoPOSString("Trying %s:", type->Get()); };

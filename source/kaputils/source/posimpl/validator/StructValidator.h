@@ -27,7 +27,7 @@ class BaseValidator : public KAP_T_MT::CKAPVirtualClientBase {
 //
 // A type name is the name of an intrinsic type or a key of the schema; intrinsic types come first.
 // Without extra validations, checking a valid object makes no host call and allocates nothing,
-// except in a union that leads to a thousand others, see Outcomes.h.
+// except where it is nested deep, see Outcomes.h.
 class StructValidator final : public BaseValidator {
  public:
   static constexpr const char* kNotInstance = "instance was not an StructValidator";

@@ -22,16 +22,14 @@ const TypeChecker::Type* TypeChecker::FindType(AtomText typeName) const noexcept
   return nullptr;
 }
 
-TypeChecker::Type& TypeChecker::PlaceFor(AtomText typeName, Type& otherwise) noexcept {
-  if (fMustKeep) return otherwise;
+// kTypes when there is none.
+std::size_t TypeChecker::FreePlaceFor(AtomText typeName) const noexcept {
   const std::size_t first = FirstPlace(typeName);
-  for (std::size_t i = 0; i < kNear; ++i) {
+  for (std::size_t i = 0; i < kNear && !fMustKeep; ++i) {
     const std::size_t place = (first + i) % kTypes;
-    if (fTypeNames[place]) continue;
-    fTypeNames[place] = typeName;
-    return *std::construct_at(&fTypes[place]);
+    if (!fTypeNames[place]) return place;
   }
-  return otherwise;
+  return kTypes;
 }
 
 ErrorCount TypeChecker::GetObjectErrors(AtomText typeName, const Subject& object,
@@ -43,35 +41,35 @@ ErrorCount TypeChecker::GetObjectErrors(AtomText typeName, const Subject& object
 
 ErrorCount TypeChecker::GetErrorsOfNewType(AtomText typeName, const Subject& object,
                                            ErrorList& errors) {
-  Type found = {Intrinsic::Find(typeName, fWords), {}};
+  Type notPlaced;
   CPOSObject kept;
-  if (!found.fIntrinsic) {
-    const std::optional<Definition> definition = FindDefinition(typeName, kept);
-    if (!definition) {
-      errors.Append([=] {
-        return FormatIntoPOSString("Schema not applicable, no definition for %s", typeName);
-      });
-      return 1;
-    }
-    found.fDefinition = *definition;
+  const std::size_t place = FreePlaceFor(typeName);
+  Type& type = place < kTypes ? fTypes[place] : notPlaced;
+  if (!Find(typeName, type, kept)) {
+    errors.Append([=] {
+      return FormatIntoPOSString("Schema not applicable, no definition for %s", typeName);
+    });
+    return 1;
   }
-  Type& type = PlaceFor(typeName, found);
-  type = found;
+  if (place < kTypes) fTypeNames[place] = typeName;
   return GetErrorsOf(type, typeName, object, errors);
 }
 
-// Empty when the schema has none. POSException when it is not one.
-std::optional<Definition> TypeChecker::FindDefinition(AtomText typeName, CPOSObject& kept) const {
+// False when the schema has no such definition. Throws when it has something else.
+bool TypeChecker::Find(AtomText typeName, Type& type, CPOSObject& kept) const {
+  type.fIntrinsic = Intrinsic::Find(typeName, fWords);
+  if (type.fIntrinsic) return true;
   const NestingGuard guard(fStack);
   POSObject* const member = fSchema.Find(typeName);
   const Dict* attributes = member ? Dict::GetInstanceNoThrow(member) : nullptr;
-  if (!attributes) return std::nullopt;
+  if (!attributes) return false;
   POSObject* const word = attributes->Find(fWords.Category);
   const String* category = word ? String::GetInstanceNoThrow(word) : nullptr;
   if (!category) throw MalformedDefinition(typeName);
   if (fMustKeep) kept = BaseObject::Share(member);
-  return Definition(*attributes, fWords, Category::Get(category->Get(), fWords), category->Get(),
-                    fMustKeep);
+  std::construct_at(&type.fDefinition, *attributes, fWords, Category::Get(category->Get(), fWords),
+                    category->Get(), fMustKeep);
+  return true;
 }
 
 ErrorCount TypeChecker::GetErrorsOf(const Type& type, AtomText typeName, const Subject& object,
@@ -82,7 +80,7 @@ ErrorCount TypeChecker::GetErrorsOf(const Type& type, AtomText typeName, const S
     errors.Append(fault);
     return 1;
   }
-  if (fOutcomes) [[unlikely]] {
+  if (fDepth > kDepthUnremembered && fExtraValidations.empty()) [[unlikely]] {
     return GetRememberedErrors(typeName, type.fDefinition, object, errors);
   }
   const ErrorCount count = GetTypeDefinitionComplianceErrors(type.fDefinition, object, errors);
@@ -93,22 +91,28 @@ ErrorCount TypeChecker::GetTypeDefinitionComplianceErrors(const Definition& defi
                                                           const Subject& object,
                                                           ErrorList& errors) {
   const NestingGuard guard(fStack);
-  return definition.GetCategory().fCheck({*this, definition, object, errors});
+  ++fDepth;
+  const ErrorCount count = definition.GetCategory().fCheck({*this, definition, object, errors});
+  --fDepth;  // an exception ends the whole check
+  return count;
 }
 
-// Without memory, everything is checked again.
-void TypeChecker::BeginToRemember() noexcept {
-  if (!fExtraValidations.empty()) return;
+// Whether there is a table now. Without memory, everything is checked again.
+bool TypeChecker::BeginToRemember() noexcept {
+  if (++fDeep != kDeepUnremembered) return false;
   try {
     fOutcomes.emplace();
+    return true;
   } catch (...) {
+    return false;
   }
 }
 
 ErrorCount TypeChecker::GetRememberedErrors(AtomText typeName, const Definition& definition,
                                             const Subject& object, ErrorList& errors) {
   const POSObject* const handle = object.Handle();
-  if (!handle) return GetTypeDefinitionComplianceErrors(definition, object, errors);
+  if (!handle || !(fOutcomes || BeginToRemember()))
+    return GetTypeDefinitionComplianceErrors(definition, object, errors);
   const Outcomes::Known known = fOutcomes->Find(handle, typeName);
   if (known == Outcomes::Known::kValid) return 0;
   if (known == Outcomes::Known::kInvalid && !errors.AreWanted()) return 1;

@@ -31,35 +31,16 @@ class TypeChecker {
   // The errors of an object held against a named type. Appends their messages.
   ErrorCount GetObjectErrors(AtomText typeName, const Subject& object, ErrorList& errors);
 
-  // For as long as the types of a union are tried.
-  class InUnion {
-   public:
-    explicit InUnion(TypeChecker& checker) : fChecker(checker) { fChecker.EnterUnion(); }
-    InUnion(const InUnion&) = delete;
-    InUnion& operator=(const InUnion&) = delete;
-    ~InUnion() {
-      if (--fChecker.fUnionDepth == 0) fChecker.fOutcomes.reset();
-    }
-
-   private:
-    TypeChecker& fChecker;
-  };
-
  private:
   // What the name of a type stands for.
   struct Type {
-    const Intrinsic* fIntrinsic;  // null: it has a definition
-    Definition fDefinition;
-  };
+    Type() noexcept {}  // nothing is initialised
 
-  void EnterUnion() noexcept {
-    if (fUnionDepth++ == 0) {
-      fUnions = 0;
-    } else if (++fUnions == kUnionsUnremembered) [[unlikely]] {
-      BeginToRemember();
-    }
-  }
-  [[gnu::noinline]] void BeginToRemember() noexcept;
+    const Intrinsic* fIntrinsic;  // null: it has a definition
+    union {
+      Definition fDefinition;
+    };
+  };
 
   static std::size_t FirstPlace(AtomText typeName) noexcept {
     constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15;  // 2^64 divided by the golden ratio
@@ -67,14 +48,15 @@ class TypeChecker {
   }
   // Null when the name was not met before, or no place was free.
   const Type* FindType(AtomText typeName) const noexcept;
-  Type& PlaceFor(AtomText typeName, Type& otherwise) noexcept;
+  std::size_t FreePlaceFor(AtomText typeName) const noexcept;
   [[gnu::noinline]] ErrorCount GetErrorsOfNewType(AtomText typeName, const Subject& object,
                                                   ErrorList& errors);
-  std::optional<Definition> FindDefinition(AtomText typeName, CPOSObject& kept) const;
+  bool Find(AtomText typeName, Type& type, CPOSObject& kept) const;
   ErrorCount GetErrorsOf(const Type& type, AtomText typeName, const Subject& object,
                          ErrorList& errors);
   ErrorCount GetTypeDefinitionComplianceErrors(const Definition& definition, const Subject& object,
                                                ErrorList& errors);
+  [[gnu::noinline]] bool BeginToRemember() noexcept;
   [[gnu::noinline]] ErrorCount GetRememberedErrors(AtomText typeName, const Definition& definition,
                                                    const Subject& object, ErrorList& errors);
   ErrorCount GetExtraValidationErrors(AtomText typeName, const Subject& object,
@@ -82,28 +64,29 @@ class TypeChecker {
 
   // A schema has few types, and most checks need fewer. What their names stand for is found once
   // for a check where nothing can change it. Searching the schema and each definition at each value
-  // took two thirds of the time of a record. A name finds its place by its address; without a free
+  // took a third of the time of a record. A name finds its place by its address; without a free
   // place near it, the type is looked up each time. A place is never given up, since checks refer
   // to it.
   static constexpr unsigned kTypeBits = 4;
   static constexpr std::size_t kTypes = std::size_t{1} << kTypeBits;
   static constexpr std::size_t kNear = 4;
 
-  // Unions within one union before their outcomes are remembered, which takes memory.
-  static constexpr unsigned kUnionsUnremembered = 1000;
+  // Definitions within each other, and checks nested deeper than that, before outcomes are
+  // remembered, which takes memory and time. Few objects are nested so deep, and up to this depth
+  // checking again and again takes little time.
+  static constexpr unsigned kDepthUnremembered = 8;
+  static constexpr unsigned kDeepUnremembered = 1000;
 
   NPOSObjectImpl::NestingStack& fStack = NPOSObjectImpl::NestingStack::OnThisThread();
   const Dict& fSchema;
   const Keywords& fWords;
   const ExtraValidations& fExtraValidations;
   const bool fMustKeep;
-  unsigned fUnionDepth = 0;
-  unsigned fUnions = 0;  // in the outermost one
+  unsigned fDepth = 0;
+  unsigned fDeep = 0;
   std::optional<Outcomes> fOutcomes;
   AtomText fTypeNames[kTypes] = {};
-  union {
-    Type fTypes[kTypes];  // those with a name; the others are not even initialised
-  };
+  Type fTypes[kTypes];  // those with a name
 };
 
 }  // namespace NPOSValidatorImpl
