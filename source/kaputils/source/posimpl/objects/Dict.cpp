@@ -78,6 +78,7 @@ bool Dict::IsEqual(const BaseObject& other, NestingStack& stack) const {
     } else {
       if (!AreEqual(ours->Value(), theirs->Value(), stack)) return false;
       ours = DictTree::Next(ours);
+      theirs = DictTree::Next(theirs);
     }
   }
   return true;
