@@ -71,21 +71,21 @@ const StreamParams& Version10::GetReadingParams(char open) const {
                               return params->kType == type && FindParams(params->kOpen) == params;
                             }),
                 "a kind that is written is not found by its opening character");
-  static_assert(std::all_of(std::begin(KAP_T_MT::kPOSTypes), std::end(KAP_T_MT::kPOSTypes),
-                            [](KAP_T_MT::POSType type) {
-                              const char open = FindParams(type)->kOpen;
-                              return kTopLevelParams.HowToWrite(open) == StreamParams::kPlain &&
-                                     fArrayStreamParams.HowToWrite(open) == StreamParams::kPlain &&
-                                     fDictStreamParams.HowToWrite(open) == StreamParams::kPlain &&
-                                     fBinDataStreamParams.HowToWrite(open) == StreamParams::kPlain;
-                            }),
-                "an opening character is written as it is, but would have to be escaped");
   const StreamParams* params = FindParams(open);
   if (!params) throw POSException("Cannot determine streaming params");
   return *params;
 }
 
 const StreamParams& Version10::GetWritingParams(KAP_T_MT::POSType type) const {
+  static_assert(std::all_of(std::begin(KAP_T_MT::kPOSTypes), std::end(KAP_T_MT::kPOSTypes),
+                            [](KAP_T_MT::POSType kind) {
+                              const char open = FindParams(kind)->kOpen;
+                              return kTopLevelParams.HowToWrite(open) == StreamParams::kPlain &&
+                                     fArrayStreamParams.HowToWrite(open) == StreamParams::kPlain &&
+                                     fDictStreamParams.HowToWrite(open) == StreamParams::kPlain &&
+                                     fBinDataStreamParams.HowToWrite(open) == StreamParams::kPlain;
+                            }),
+                "an opening character is written as it is, but would have to be escaped");
   const StreamParams* params = FindParams(type);
   if (!params) throw POSException(kCannotBeWritten);
   return *params;
