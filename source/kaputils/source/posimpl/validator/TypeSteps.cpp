@@ -1,4 +1,4 @@
-#include "posimpl/validator/TypeChecker.h"
+// The step from the name of a type to its check. Apart from TypeChecker.h, on which the checks rest.
 
 #include <memory>
 
@@ -6,6 +6,7 @@
 #include "kapimpl/base/Required.h"
 #include "posimpl/validator/Category.h"
 #include "posimpl/validator/MessageText.h"
+#include "posimpl/validator/TypeChecker.h"
 
 namespace NPOSValidatorImpl {
 
