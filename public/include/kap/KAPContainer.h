@@ -45,8 +45,12 @@ class CKAPContainer {
   // handles it receives. `container` is a live container.
   static void* PrimaryInstance(const KAPContainer* container,
                                const CKAPStringAtom& signature) noexcept {
+    return PrimaryInstance(container, signature.Text());
+  }
+  // The same with the text of the atom.
+  static void* PrimaryInstance(const KAPContainer* container, const char* signature) noexcept {
     const Primary primary = GetPrimary(container);
-    return primary.fSignature == signature.Text() ? primary.fInstance : nullptr;
+    return primary.fSignature == signature ? primary.fInstance : nullptr;
   }
 
   // The signature: the text pointer of the primary instance's name, borrowed from the container;
