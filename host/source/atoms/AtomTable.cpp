@@ -16,8 +16,8 @@ constinit AtomTable gAtoms;
 
 namespace {
 
-// Waits for the holder of a bucket. It needs nanoseconds, unless the system has interrupted it: then
-// only sleep lets it run, whatever the priorities.
+// Waits for the holder of a bucket. It needs nanoseconds, unless the system has interrupted it.
+// Then only sleep lets it run, whatever the priorities.
 class Waiting {
  public:
   void Pause() noexcept {
