@@ -57,7 +57,7 @@ TEST_F(CacheTest, LeastRecentlyUsedFirst) {
   EXPECT_EQ(gPurged, "cdabc");
 }
 
-// Costs whose sum no number holds are the components' affair; the accounts stay balanced.
+// Costs whose sum overflows are allowed; the accounting stays balanced.
 TEST_F(CacheTest, HugeCosts) {
   for (int i = 0; i < 4; ++i) {
     EXPECT_TRUE(Add(i));

@@ -184,7 +184,7 @@ TEST_F(ContainerTest, LongChainsOfClonesAreReleased) {
   EXPECT_EQ(gDeleted, "a");
 }
 
-// Of the names; null containers are the declarations' test.
+// Null names. declarations_test.cpp tests null containers.
 TEST_F(ContainerTest, NullNamesAreErrors) {
   KAPContainer* container = New();
   void* out = this;

@@ -79,7 +79,7 @@ TEST_F(FilterTest, LongChains) {
   EXPECT_EQ(client.fCalls, "write delete ");
 }
 
-// After a fault the object stays its maker's; an error of its delete procedure is reported.
+// After a fault the object belongs to its maker; an error of its delete procedure is reported.
 TEST_F(FilterTest, FailingClients) {
   Client client;
   KAPDataSink* const target = New<"NewNullDataSink">();

@@ -48,12 +48,12 @@ std::unique_ptr<Entry> NewEntry(long key, long value = 0) {
 }
 
 bool IsRed(const redblack_node* node) {
-  return node != nullptr && node->fColour == redblack_node::Colour::kRed;
+  return node && node->fColour == redblack_node::Colour::kRed;
 }
 
 // The number of black nodes on every way down; -1 when a rule is broken somewhere.
 int BlackHeight(const redblack_node* node, const redblack_node* parent) {
-  if (node == nullptr) return 0;
+  if (!node) return 0;
   if (node->fParent != parent || (IsRed(node) && IsRed(parent))) return -1;
   const int left = BlackHeight(node->fChild[0], node);
   const int right = BlackHeight(node->fChild[1], node);
@@ -62,15 +62,15 @@ int BlackHeight(const redblack_node* node, const redblack_node* parent) {
 
 bool IsBalanced(const Tree& tree) {
   const redblack_node* root = tree.First();
-  if (root == nullptr) return true;
-  while (root->fParent != nullptr) root = root->fParent;
+  if (!root) return true;
+  while (root->fParent) root = root->fParent;
   return !IsRed(root) && BlackHeight(root, nullptr) > 0;
 }
 
 Model Contents(const Tree& tree) {
   Model contents;
   long previous = -1;
-  for (const Entry* entry = tree.First(); entry != nullptr; entry = Tree::Next(entry)) {
+  for (const Entry* entry = tree.First(); entry; entry = Tree::Next(entry)) {
     EXPECT_LT(previous, entry->key) << "out of order";
     previous = entry->key;
     contents[entry->key] = entry->value;

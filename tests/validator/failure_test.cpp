@@ -36,7 +36,7 @@ TEST_F(FailureTest, BadArguments) {
   Call<POSStructValidatorInterface, "RegisterCallbackProc">(validator.get(), nullptr, nullptr,
                                                             nullptr);
   EXPECT_FALSE(TakeReports().empty());
-  // And the other way round.
+  // The same with a validator in the place of a directory.
   const std::string message =
       TakeMessage(Call<KAPUtilsDirInterface, "Delete">(validator.get(), Key("file").get()));
   EXPECT_NE(message.find("instance was not"), std::string::npos) << message;
@@ -70,7 +70,7 @@ TEST_F(FailureTest, OtherLocale) {
   EXPECT_EQ(outcome, Outcome{"Number below mininum value 1.500000"});
 }
 
-// A schema that changes counts as it is then, and lives as long as its validator.
+// A changed schema takes effect, and a schema lives as long as its validator.
 TEST_F(FailureTest, TheSchemaIsKeptNotCopied) {
   Object schema = Read("< N < category int > >");
   const Object validator = Validator(schema);
@@ -79,7 +79,7 @@ TEST_F(FailureTest, TheSchemaIsKeptNotCopied) {
   EXPECT_EQ(Validate(validator, "N", Number(4)), Outcome{"Number above maximum value 3.000000"});
 }
 
-// What the calls below are made with.
+// The arguments of the calls below.
 struct Scenario : ValidatorWorld {
   static long No(POSObject*, KAPStringAtom*, KAPSharedBuffer*, void*) { return 0; }
 
