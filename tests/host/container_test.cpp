@@ -188,9 +188,11 @@ TEST_F(ContainerTest, LongChainsOfClonesAreReleased) {
 TEST_F(ContainerTest, NullNamesAreErrors) {
   KAPContainer* container = New();
   void* out = this;
-  for (KAPError* error : {fHost.Containers<"NGetInstance">(&out, container, nullptr),
-                          fHost.Containers<"GetMethod">(&out, container, nullptr, fImpl, 1),
-                          fHost.Containers<"RegisterInterface">(container, nullptr, fImpl)}) {
+  for (KAPError* error :
+       {fHost.Containers<"NGetInstance">(&out, container, nullptr),
+        fHost.Containers<"GetMethod">(&out, container, nullptr, fImpl, 1),
+        fHost.Containers<"GetParentMethod">(&out, container, fImpl, fImpl, nullptr),
+        fHost.Containers<"RegisterInterface">(container, nullptr, fImpl)}) {
     EXPECT_EQ(fHost.TakeMessage(error), "invalid argument");
   }
   EXPECT_EQ(out, nullptr);

@@ -49,6 +49,9 @@ TEST_F(FilterTest, Chains) {
   EXPECT_EQ(Write(first), "");
   EXPECT_EQ(Do<"SetDataSink">(second, first), "a filter cannot be its own target");
   EXPECT_EQ((fHost.Call<Filters, "PeekTarget">(second)), end);
+  KAPFilter* code = end;
+  EXPECT_EQ(Do<"GetVellumcodeFilter">(&code, second), "");
+  EXPECT_EQ(code, nullptr);
   EXPECT_EQ(Do<"Close">(second), "");
   EXPECT_EQ(Write(first), "the filter is closed");
   unsigned long state = 99;

@@ -108,6 +108,18 @@ TEST_F(ErrorTest, ReturnedAndReported) {
   EXPECT_EQ(fHost.TakeReport(), "unknown KAP error");
 }
 
+TEST_F(ErrorTest, WithoutTheInterface) {
+  const CKAPError error(std::runtime_error("cause"));
+  EXPECT_STREQ(error.what(), "cause");
+  EXPECT_TRUE(error.Matches("TOQ", 0));
+  fHost.HideInterface(KAPErrorInterface::kName);
+  MoveCounter(fHost);
+  EXPECT_STREQ(error.what(), "unknown KAP error");
+  EXPECT_EQ(Thrown([&] { error.Matches("TOQ", 0); }), "(empty)");
+  fHost.StopFaults();
+  MoveCounter(fHost);
+}
+
 // A failure never looks like success: if no error can be made, a shared one takes its place.
 TEST_F(ErrorTest, SharedErrors) {
   const BalancedScope balanced(fHost);
