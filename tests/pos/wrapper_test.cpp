@@ -216,7 +216,8 @@ const struct {
      }},
     {"iterator",
      [] {
-       CPOSDictIterator iterator(Dict("< a 1 >"));
+       const CPOSDict dict = Dict("< a 1 >");
+       CPOSDictIterator iterator(dict);
        iterator.Next();
        iterator.Begin();
        Need(!iterator.IsDone() && Starts(iterator.CurKey(), 'a'));
@@ -236,7 +237,7 @@ const struct {
        validator.RegisterCallbackProc(
            "T", [](auto...) { return 1L; }, nullptr);
        Need(CPOSStructValidator::ValidateSchema(schema, nullptr));
-       Need(validator.Validate(CPOSNumber(1), "T", nullptr));
+       Need(CPOSValidator(validator.Handle()).Validate(CPOSNumber(1), "T", nullptr));
      }},
     {"directory", [] {
        const CKAPUtilsDir folder = CKAPUtilsDir::GetTempDir();

@@ -54,7 +54,7 @@ TEST(GetTest, NeedsADictionary) {
 TEST(GetTest, FailsForAValueWithoutAForm) {
   const std::string lone = "the Unicode string has a lone surrogate\n";
   const std::pair<const char*, std::string> rows[] = {{"b", "b: [0]: " + lone},
-                                                      {"c", "c: " + lone}};
+                                                      {"c", "c: the document: " + lone}};
   for (const auto& [path, message] : rows) {
     EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a", path}, "< a 1 b [`D800`] c `DC00` >"),
               (Outcome{3, "", "posutil: <stdin>: " + message}));

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
-#include <numeric>
 #include <random>
 #include <string>
 #include <string_view>
@@ -141,60 +139,6 @@ TEST_F(TreeTest, AgreesWithAModel) {
   }
 }
 
-// Every order of insertion up to seven keys, and every key removed from what comes of it; of eight
-// keys a part, as many shapes come up again and again.
-TEST_F(TreeTest, RemovesEveryNodeOfEveryShape) {
-  for (std::size_t count = 1; count <= 8; ++count) {
-    std::vector<long> order(count);
-    std::iota(order.begin(), order.end(), 0);
-    int number = 0;
-    do {
-      if (count == 8 && number++ % 7 != 0) continue;
-      for (long removed = 0; removed < static_cast<long>(count); ++removed) {
-        Tree tree;
-        Model rest;
-        for (const long key : order) {
-          tree.Insert(NewEntry(key));
-          if (key != removed) rest[key] = 0;
-        }
-        ASSERT_TRUE(IsBalanced(tree));
-        ASSERT_NE(tree.Remove(removed), nullptr);
-        ASSERT_TRUE(IsBalanced(tree)) << testing::PrintToString(order) << " without " << removed;
-        ASSERT_EQ(Contents(tree), rest);
-      }
-    } while (std::next_permutation(order.begin(), order.end()));
-  }
-}
-
-TEST_F(TreeTest, InsertReplacesInPlace) {
-  Tree tree;
-  std::array<Entry*, 20> entries;
-  for (long key = 0; key < 20; ++key) {
-    auto entry = NewEntry(key, 1);
-    entries[static_cast<std::size_t>(key)] = entry.get();
-    ASSERT_EQ(tree.Insert(std::move(entry)), nullptr);
-  }
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    SCOPED_TRACE(i);
-    Entry* before = entries[i];
-    const redblack_node* parent = before->fParent;
-    auto entry = NewEntry(before->key, 2);
-    Entry* now = entry.get();
-    const auto old = tree.Insert(std::move(entry));
-    ASSERT_EQ(old.get(), before) << "the old entry is handed out, not deleted";
-    entries[i] = now;
-    EXPECT_EQ(tree.Find(now->key), now);
-    EXPECT_EQ(now->fParent, parent);
-    EXPECT_EQ(now->fColour, old->fColour);
-    EXPECT_TRUE(std::equal(now->fChild, now->fChild + 2, old->fChild));
-    EXPECT_EQ(Tree::Next(now), i + 1 < entries.size() ? entries[i + 1] : nullptr);
-    if (i > 0) {
-      EXPECT_EQ(Tree::Next(entries[i - 1]), now);
-    }
-    EXPECT_TRUE(IsBalanced(tree));
-  }
-}
-
 TEST_F(TreeTest, FillsInOrder) {
   Tree tree;
   Model model;
@@ -255,25 +199,6 @@ TEST_F(TreeTest, EntriesMayCallBackWhenDeleted) {
   EXPECT_TRUE(IsBalanced(other));
   tree.Insert(NewEntry(7));
   EXPECT_EQ(Contents(tree), (Model{{7, 0}})) << "a cleared tree is as new";
-}
-
-TEST_F(TreeTest, ClearsAMillionEntries) {
-  constexpr long kCount = 1'000'000;
-  const struct {
-    const char* why;
-    long step;  // coprime to kCount: every key comes up once
-  } rows[] = {{"ascending", 1}, {"descending", kCount - 1}, {"scattered", 618'033}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.why);
-    Tree tree;
-    for (long i = 0, key = 0; i < kCount; ++i, key = (key + row.step) % kCount) {
-      tree.Insert(NewEntry(key));
-    }
-    EXPECT_EQ(Entry::gLive, kCount);
-    EXPECT_TRUE(IsBalanced(tree));
-    tree.Clear();
-    EXPECT_EQ(Entry::gLive, 0);
-  }
 }
 
 }  // namespace
