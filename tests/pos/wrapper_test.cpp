@@ -242,13 +242,12 @@ const struct {
     {"directory", [] {
        const CKAPUtilsDir folder = CKAPUtilsDir::GetTempDir();
        const CKAPStringAtom name = folder.CreateUniqueFilename(CKAPStringAtom("wrapper"));
-       folder.OpenStream(name, "w").Write(reinterpret_cast<const unsigned char*>("x"), 1);
        const std::unique_ptr<const CKAPStringAtom, void (*)(const CKAPStringAtom*)> file(
            &name, [](const CKAPStringAtom* each) { std::remove(each->Text()); });
+       folder.OpenStream(name, "w").Write(reinterpret_cast<const unsigned char*>("x"), 1);
        Need(folder.FileExists(name) && folder.GetFilePathSpec(name).Text());
        folder.Delete(name);
        CKAPUtilsDir::GetCurrent();
-       CKAPUtilsDir::NewTempFileStream("a", nullptr, "w+").Mark();
      }}};
 
 // Whichever call of the host fails, alone or with all after it: the caller learns of it, and
