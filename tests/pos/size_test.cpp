@@ -24,7 +24,7 @@ constexpr std::size_t kGiB = 1 << 30;
 // A text of `fill`, `size` times, and then `end`. It takes a few pages: all of it maps one file.
 class LongText {
  public:
-  LongText(std::size_t size, char fill, const char* end) : fSize(size + kPart) {
+  LongText(std::size_t size, char fill, const char* end) : fSize((size / kPart + 1) * kPart) {
     const int file = ::memfd_create("part", 0);
     const std::string part(kPart, fill);
     EXPECT_EQ(::write(file, part.data(), part.size()), static_cast<ssize_t>(kPart));
