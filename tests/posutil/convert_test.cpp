@@ -24,6 +24,15 @@ TEST(ConvertTest, ThereAndBack) {
   }
 }
 
+TEST(ConvertTest, ALinkToItself) {
+  const Folder folder;
+  const std::string in = folder.Put("in.json", "1");
+  const std::string out = folder.Path("loop.json");
+  std::filesystem::create_symlink("loop.json", out);
+  EXPECT_EQ(RunPosutil({"convert", in, out}),
+            (Outcome{3, "", "posutil: " + out + ": Too many levels of symbolic links\n"}));
+}
+
 TEST(ConvertTest, WrongUsageTouchesNothing) {
   const Folder folder;
   const std::string in = folder.Put("in.json", "1");

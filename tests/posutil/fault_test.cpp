@@ -214,6 +214,20 @@ TEST_F(FaultTest, OutOfMemory) {
   }
 }
 
+// A file of 5 GiB, without blocks on the disk, and 2 GiB of memory.
+TEST_F(FaultTest, AFileLargerThanMemory) {
+  const std::string in = fFolder.Put("in.json", "");
+  std::filesystem::resize_file(in, 5ul << 30);
+  const Setting limited = {.fPrefix = {"prlimit", "--as=2147483648"}};
+  for (const char* const format : {"json", "text", "typea"}) {
+    SCOPED_TRACE(format);
+    const Outcome outcome = RunPosutil({"print", "--from", format, in}, "", limited);
+    EXPECT_EQ(outcome.fOut, "");
+    ExpectMessageAboutMemory(outcome);
+    ExpectNoLeak(outcome);
+  }
+}
+
 // A command that runs out of memory says so: it never gives a wrong answer.
 TEST_F(FaultTest, CommandsOutOfMemory) {
   const std::string schema = KAP_SAMPLES "/people.txt";

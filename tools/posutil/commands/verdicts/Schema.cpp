@@ -71,7 +71,9 @@ void Schema::RequireItself() const {
 
 void Schema::RequireType(const std::string& type) const {
   // A definition must be a dictionary.
-  if (fTypes.GetDict(type.c_str(), true) || IsIntrinsic(type)) return;
+  const bool isKnown = fTypes.GetDict(type.c_str(), true) || IsIntrinsic(type);
+  fLibrary.CheckReports(fName);  // a failure looks like an absent type
+  if (isKnown) return;
   throw Failure(Printable(fName) + ": no type \"" + Printable(type) +
                     "\" (types: " + Printable(TypeNames()) + ")",
                 kExitUsage);
