@@ -24,4 +24,10 @@ class Failure : public std::runtime_error {
   ExitStatus fStatus;
 };
 
+// A failure whose text starts with a place in the input.
+class PlacedFailure : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 }  // namespace PosUtil

@@ -26,6 +26,7 @@ class CheckSchemaCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
+    fSchemas.SetLoss(session);
     fSchemas.CheckFormats();
     session.TheProgress().Show(session.Out().Descriptor());
     VerdictReport report(fResults, session);

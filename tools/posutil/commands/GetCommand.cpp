@@ -44,6 +44,7 @@ class GetCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
+    fDocument.SetLoss(session);
     const CPOSObject root = fDocument.Read(session);
     const CPOSDict dict(root, true);
     if (dict.IsNull()) {
@@ -67,7 +68,11 @@ class GetCommand final : public Command {
     const std::string name = fDocument.Name() + ": " + path;
     if (!fFormat.empty() || !PrintPlainly(value, name, session.Out())) {
       const Writer& writer = *FindFormat<Writer>(fFormat.empty() ? "json" : fFormat);
-      writer.Write(value, name, {.fOnOneLine = true, .fStyle = session.OutStyle()}, session.Out());
+      writer.Write(value, name,
+                   {.fOnOneLine = true,
+                    .fRestoresKept = session.Loss() == LossMode::kKeep,
+                    .fStyle = session.OutStyle()},
+                   session.Out());
     }
     session.Out().Put('\n');
   }

@@ -39,6 +39,7 @@ class ValidateCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
+    fDocuments.SetLoss(session);
     const Reader& schemaFormat = FormatOfFile(fSchemaFormat, fSchema, "--schema-from");
     fDocuments.CheckFormats();
     session.TheProgress().Show(session.Out().Descriptor());

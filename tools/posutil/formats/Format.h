@@ -25,7 +25,8 @@ class Documents {
   Documents& operator=(const Documents&) = delete;
   virtual ~Documents() = default;
 
-  // Reads the next document. Returns an empty object after the last one; the first call never does.
+  // Reads the next document. Returns an empty object after the last one; with Extent::kOne the
+  // first call never does.
   // Throws Failure. The caller checks the reports of the library.
   virtual KAP_T_MT::CPOSObject Next() = 0;
 };
@@ -53,6 +54,7 @@ class Reader : public Registered<Reader> {
 
 struct WriteOptions {
   bool fOnOneLine = false;
+  bool fRestoresKept = false;  // JSON writes what --loss=keep has kept as it was
   Style fStyle;
 };
 

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "formats/HeapReserve.h"
-
 namespace PosUtil {
 
 class SourceReader::OnlyDocument final : public Documents {
@@ -13,10 +11,9 @@ class SourceReader::OnlyDocument final : public Documents {
 
   KAP_T_MT::CPOSObject Next() override {
     if (std::exchange(fIsRead, true)) return {};
-    Source source = Source::Read(fFileName);  // freed before the caller uses the object
-    ReserveHeapFor(source.Bytes().size());
+    const Source source = Source::Read(fFileName);  // freed before the caller uses the object
     fProgress.Begin("reading", source.Bytes().size());
-    return fReader.Read(source, fProgress);
+    return fReader.Read(source);
   }
 
  private:

@@ -14,9 +14,8 @@ class SourceReader : public Reader {
                                   Session& session) const override;
 
  protected:
-  // Reads the document. The caller has started the progress of reading; the function may forget
-  // the part of `source` that it has read. Throws Failure.
-  virtual KAP_T_MT::CPOSObject Read(Source& source, Progress& progress) const = 0;
+  // Reads the document. Throws Failure.
+  virtual KAP_T_MT::CPOSObject Read(const Source& source) const = 0;
   ~SourceReader() = default;
 
  private:

@@ -85,7 +85,7 @@ class Walk {
 
   void EnterDict(const CPOSObject& dict, const Place& place) {
     Handle iterator = Owned(DictIterators::Call<"NewPOSDictIterator">(dict.Handle()));
-    fVisitor.BeginDict();
+    fVisitor.BeginDict(dict.Handle());
     fLevels.push_back({dict, std::move(iterator), 0, place, {.fDepth = place.fDepth + 1}});
   }
 

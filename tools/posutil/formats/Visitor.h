@@ -29,7 +29,7 @@ class Visitor {
   virtual void EmptySlot() = 0;
 
   virtual void BeginArray(std::size_t count) = 0;
-  virtual void BeginDict() = 0;
+  virtual void BeginDict(POSDict* dict) = 0;
   // `place` is the place of the container, `count` the number of its values.
   virtual void EndArray(const Place& place, std::size_t count) = 0;
   virtual void EndDict(const Place& place, std::size_t count) = 0;

@@ -1,6 +1,8 @@
 #include "commands/documents/DocumentArgument.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
+#include <system_error>
 
 #include "files/InputFile.h"
 
@@ -11,6 +13,7 @@ void DocumentArgument::Declare(CLI::App& options, const char* name) {
       ->required()
       ->option_text(" ");
   DeclareFrom(options, "--from", fFormat, name);
+  DeclareLoss(options, fLoss);
 }
 
 void DocumentArgument::DeclareAll(CLI::App& options) {
@@ -23,26 +26,37 @@ std::string DocumentArgument::Name(std::size_t number) const {
   return fAll ? Name() + ", document " + std::to_string(number) : Name();
 }
 
+bool DocumentArgument::IsFile(const std::string& file) const {
+  std::error_code error;  // a file that does not exist is not this one
+  return file != "-" && fFile != "-" && std::filesystem::equivalent(file, fFile, error);
+}
+
 std::unique_ptr<Documents> DocumentArgument::Open(Session& session) const {
   return OpenDocuments(Format(), fFile, HowMany(), session);
 }
 
-void DocumentArgument::Write(const Writer& writer, Style style, Session& session,
-                             Output& out) const {
+void DocumentArgument::Write(const Writer& writer, std::string_view end, Style style,
+                             Session& session, Output& out) const {
   Progress& progress = session.TheProgress();
   progress.Show(out.Descriptor());
-  const WriteOptions options = {.fOnOneLine = fAll, .fStyle = style};
+  const WriteOptions options = {
+      .fOnOneLine = fAll, .fRestoresKept = session.Loss() == LossMode::kKeep, .fStyle = style};
+  if (fAll) session.Idle() = [&out] { out.Flush(); };
   const auto documents = Open(session);
+  // The line of a document ends with it, not before the next one: a reader may wait for it.
+  const bool endsLines = fAll && writer.kBetween.starts_with('\n');
   std::size_t number = 0;
   while (const KAP_T_MT::CPOSObject object = documents->Next()) {
-    if (++number > 1) out.Put(writer.kBetween);
+    if (++number > 1) out.Put(writer.kBetween.substr(endsLines ? 1 : 0));
     if (!fAll) {  // with several documents, reading advances the progress
       progress.Begin("writing", 0);
       out.SetProgress(progress);
     }
     writer.Write(object, Name(number), options, out);
+    if (endsLines) out.Put('\n');
     session.TheLibrary().CheckReports(Name(number));
   }
+  if (!endsLines && number > 0) out.Put(end);
 }
 
 }  // namespace PosUtil

@@ -11,7 +11,10 @@ void FilesArgument::Declare(CLI::App& options, const char* name) {
       ->required()
       ->option_text("...");
   DeclareFrom(options, "--from", fFormat, name);
+  DeclareLoss(options, fLoss);
 }
+
+void FilesArgument::SetLoss(Session& session) const { session.Loss() = LossModeOf(fLoss); }
 
 void FilesArgument::CheckFormats() const {
   for (const std::string& file : fFiles) FormatOfFile(fFormat, file, "--from");

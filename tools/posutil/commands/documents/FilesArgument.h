@@ -15,9 +15,11 @@ namespace PosUtil {
 // The arguments of a command that reads several files with one document each.
 class FilesArgument {
  public:
-  // Declares the files, under this name, and --from.
+  // Declares the files, under this name, --from and --loss.
   void Declare(CLI::App& options, const char* name);
 
+  // Call it first.
+  void SetLoss(Session& session) const;
   // Throws Failure with kExitUsage if the format of a file is unknown.
   void CheckFormats() const;
   const std::vector<std::string>& Files() const { return fFiles; }
@@ -27,6 +29,7 @@ class FilesArgument {
  private:
   std::vector<std::string> fFiles;
   std::string fFormat;
+  std::string fLoss;
 };
 
 }  // namespace PosUtil

@@ -77,6 +77,21 @@ void DeclareToOfFile(CLI::App& options, std::string& format, const char* descrip
   DeclareFormat(options, "--to", format, description, names);
 }
 
+void DeclareLoss(CLI::App& options, std::string& loss) {
+  options
+      .add_option("--loss", loss,
+                  "What JSON loses as property objects: warn about it (the default), make it an "
+                  "error, or keep the values in dictionaries")
+      ->check(CLI::IsMember({"warn", "error", "keep"}))
+      ->option_text("warn|error|keep");
+}
+
+LossMode LossModeOf(const std::string& loss, LossMode byDefault) {
+  if (loss.empty()) return byDefault;
+  if (loss == "warn") return LossMode::kWarn;
+  return loss == "keep" ? LossMode::kKeep : LossMode::kError;
+}
+
 const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option) {
   const Reader* const reader = format.empty() ? Reader::ForFile(file) : FindFormat<Reader>(format);
   if (!reader) {

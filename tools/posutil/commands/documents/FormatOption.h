@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "base/Loss.h"
 #include "formats/Format.h"
 #include "program/Session.h"
 
@@ -21,6 +22,10 @@ void DeclareTo(CLI::App& options, std::string& format, const char* description);
 
 // Declares an option --to for a file: it takes only formats that have a reader too.
 void DeclareToOfFile(CLI::App& options, std::string& format, const char* description);
+
+// Declares --loss, which sets how JSON is read and written. Empty means the default.
+void DeclareLoss(CLI::App& options, std::string& loss);
+LossMode LossModeOf(const std::string& loss, LossMode byDefault = LossMode::kWarn);
 
 // The reader for the name of a format, or for the ending of `file` if the name is empty. Throws
 // Failure if neither determines it; `option` is the option that the message suggests.

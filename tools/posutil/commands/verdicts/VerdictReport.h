@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "base/SyntaxError.h"
+#include "base/Failure.h"
 #include "commands/verdicts/VerdictPrinter.h"
 #include "program/Session.h"
 
@@ -40,7 +40,7 @@ class VerdictReport {
     Verdict verdict;
     try {
       verdict = makeVerdict();
-    } catch (const SyntaxError& error) {
+    } catch (const PlacedFailure& error) {
       fSession.ComplainPlainly(error.what());
       return CountUnchecked(name, error);
     } catch (const Failure& failure) {

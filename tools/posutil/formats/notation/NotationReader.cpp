@@ -14,7 +14,7 @@ class NotationReader final : public SourceReader {
   NotationReader() : SourceReader(1, "text", ".txt .text .pos") {}
 
  private:
-  KAP_T_MT::CPOSObject Read(Source& source, Progress&) const override {
+  KAP_T_MT::CPOSObject Read(const Source& source) const override {
     const std::string_view bytes = source.Bytes();
     const char* end = nullptr;
     KAP_T_MT::CPOSObject object = KAP_T_MT::CPOSObject::CreateFromText(source.Text(), &end);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "base/SyntaxError.h"
@@ -13,14 +14,13 @@ namespace PosUtil {
 // bytes read last lets a reader go back as far as it reads ahead.
 class StreamInput {
  public:
-  // Reading advances `progress`. Throws Failure, also for a file that is too large.
-  StreamInput(const std::string& fileName, Progress& progress);
+  // `progress` and `idle` are those of InputWindow. Throws Failure, also for a file that is too
+  // large.
+  StreamInput(const std::string& fileName, Progress& progress, std::function<void()> idle);
   StreamInput(const StreamInput&) = delete;
   StreamInput& operator=(const StreamInput&) = delete;
 
   KAP_T_MT::CKAPPositionableStream& Stream() { return fStream; }
-  // The size of a regular file, 0 for anything else.
-  std::size_t Size() const;
   // The number of bytes that the reader has taken.
   std::size_t Position() const;
 

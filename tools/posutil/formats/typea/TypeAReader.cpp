@@ -7,7 +7,6 @@
 
 #include "POSStreamer.h"
 #include "formats/Format.h"
-#include "formats/HeapReserve.h"
 #include "formats/typea/StreamInput.h"
 
 namespace PosUtil {
@@ -46,16 +45,16 @@ std::string MeaningOf(const std::string& report) {
 class TypeADocuments final : public Documents {
  public:
   TypeADocuments(const std::string& fileName, Extent extent, Session& session)
-      : fExtent(extent), fLibrary(session.TheLibrary()), fInput(fileName, session.TheProgress()) {
-    ReserveHeapFor(fInput.Size());
-  }
+      : fExtent(extent),
+        fLibrary(session.TheLibrary()),
+        fInput(fileName, session.TheProgress(), session.Idle()) {}
 
   KAP_T_MT::CPOSObject Next() override {
-    if (fIsAtEnd) return {};
+    if (fExtent == Extent::kAll ? !fInput.SkipSpace() : fIsRead) return {};
+    fIsRead = true;
     KAP_T_MT::CPOSObject object = fStreamer.Deserialize(fInput.Stream());
     if (object.IsNull()) ThrowUnreadable();
-    fIsAtEnd = !fInput.SkipSpace();
-    if (!fIsAtEnd && fExtent == Extent::kOne) {
+    if (fExtent == Extent::kOne && fInput.SkipSpace()) {
       throw fInput.ErrorAt(fInput.Position(), "unexpected text after the document (see --all)");
     }
     return object;
@@ -77,7 +76,7 @@ class TypeADocuments final : public Documents {
   Library& fLibrary;
   StreamInput fInput;
   const KAP_T_MT::CPOSStreamer fStreamer;
-  bool fIsAtEnd = false;
+  bool fIsRead = false;
 };
 
 class TypeAReader final : public Reader {

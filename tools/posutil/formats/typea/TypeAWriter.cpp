@@ -27,7 +27,7 @@ class TypeAVisitor final : public Visitor {
   void EmptySlot() override { throw ValueError("TypeA cannot hold an empty slot"); }
 
   void BeginArray(std::size_t) override {}
-  void BeginDict() override {}
+  void BeginDict(POSDict*) override {}
   void EndArray(const Place&, std::size_t) override {}
   void EndDict(const Place&, std::size_t) override {}
 };
