@@ -12,16 +12,7 @@ struct LineCounter {
   std::size_t fLines = 0;    // complete ones
   std::size_t fColumns = 0;  // after the last complete line
 
-  void Add(std::string_view bytes) {
-    const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
-    fLines += static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
-    const std::size_t end = bytes.rfind('\n');
-    if (end != std::string_view::npos) {
-      fColumns = 0;
-      bytes.remove_prefix(end + 1);
-    }
-    fColumns += static_cast<std::size_t>(std::count_if(bytes.begin(), bytes.end(), isFirstByte));
-  }
+  void Add(std::string_view bytes);
 };
 
 // Counts from 1. A column is a UTF-8 character; a tab is one.

@@ -16,6 +16,7 @@ InputWindow::InputWindow(const std::string& fileName, Progress& progress,
 
 std::size_t InputWindow::Refill(std::size_t needed) {
   if (fIsAtEnd) return 0;
+  if (fKeptFrom < fDiscarded + needed) needed = fKeptFrom - fDiscarded;
   const std::size_t discarded = needed > kKept && fSize == fCapacity ? needed - kKept : 0;
   Discard(discarded);
   if (fSize == fCapacity) Grow();

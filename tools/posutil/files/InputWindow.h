@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -34,6 +35,11 @@ class InputWindow {
   // and returns how many it has discarded. IsAtEnd is true if there was nothing more to read.
   std::size_t Refill(std::size_t needed);
   bool IsAtEnd() const { return fIsAtEnd; }
+  // From now on discards nothing from this byte on, until the next call.
+  void KeepFrom(std::size_t index) { fKeptFrom = fDiscarded + index; }
+  // The bytes as a part of the input, and the index of the first kept one.
+  TextPart Part() const { return {fBefore, {fBuffer.get(), fSize}}; }
+  std::size_t KeptFrom() const { return fKeptFrom - fDiscarded; }
 
   // FILE:LINE:COLUMN of a byte of the window, and the error there; past the last byte means the
   // end.
@@ -46,7 +52,6 @@ class InputWindow {
 
   void Discard(std::size_t count);
   void Grow();
-  TextPart Part() const { return {fBefore, {fBuffer.get(), fSize}}; }
 
   const InputFile fFile;
   Progress& fProgress;
@@ -55,7 +60,8 @@ class InputWindow {
   std::unique_ptr<char[]> fBuffer;
   std::size_t fSize = 0;
   std::size_t fDiscarded = 0;
-  LineCounter fBefore;  // of the discarded bytes
+  std::size_t fKeptFrom = SIZE_MAX;  // counts from the start of the input
+  LineCounter fBefore;               // of the discarded bytes
   bool fIsAtEnd = false;
 };
 

@@ -10,7 +10,7 @@ class SourceReader : public Reader {
  public:
   using Reader::Reader;
 
-  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent,
+  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent, Text text,
                                   Session& session) const override;
 
  protected:

@@ -51,6 +51,7 @@ class CheckedDocuments final : public Documents {
       throw;
     }
   }
+  DocumentText LastText() const override { return fDocuments->LastText(); }
 
  private:
   const std::unique_ptr<Documents> fDocuments;
@@ -102,10 +103,10 @@ const Reader& FormatOfFile(const std::string& format, const std::string& file, c
 }
 
 std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
-                                         Extent extent, Session& session) {
+                                         Extent extent, Session& session, Text text) {
   Library& library = session.TheLibrary();
-  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, session), InputName(file),
-                                            library);
+  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, text, session),
+                                            InputName(file), library);
 }
 
 }  // namespace PosUtil

@@ -33,6 +33,7 @@ const Reader& FormatOfFile(const std::string& format, const std::string& file, c
 
 // Opens a file. Next then also throws Failure for the reports of the library.
 std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
-                                         Extent extent, Session& session);
+                                         Extent extent, Session& session,
+                                         Text text = Text::kDropped);
 
 }  // namespace PosUtil

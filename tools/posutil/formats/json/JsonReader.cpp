@@ -2,10 +2,13 @@
 // in between, and holds only a window of the text. See TaggedJson.h for values that one side does
 // not have; null becomes an empty slot of an array.
 
+#include <algorithm>
+
 #include "files/InputWindow.h"
 #include "formats/Format.h"
 #include "formats/json/JsonBuilder.h"
 #include "formats/json/JsonScanner.h"
+#include "formats/json/JsonText.h"
 
 namespace PosUtil {
 
@@ -13,8 +16,9 @@ namespace {
 
 class JsonDocuments final : public Documents {
  public:
-  JsonDocuments(const std::string& fileName, Extent extent, Session& session)
+  JsonDocuments(const std::string& fileName, Extent extent, Text text, Session& session)
       : fExtent(extent),
+        fText(text),
         fSession(session),
         fInput(fileName, session.TheProgress(), session.Idle()),
         fScanner(fInput, fBuilder, session.Loss(), fLosses) {
@@ -26,6 +30,7 @@ class JsonDocuments final : public Documents {
       fSession.ReportLosses(fLosses);
       return {};
     }
+    if (fText == Text::kKept) fScanner.KeepFromHere();
     fScanner.ReadDocument();
     fIsRead = true;
     if (fExtent == Extent::kOne && fScanner.SkipSpace()) {
@@ -39,8 +44,11 @@ class JsonDocuments final : public Documents {
     return fBuilder.Take();
   }
 
+  DocumentText LastText() const override { return {fInput.Part(), fInput.KeptFrom()}; }
+
  private:
   const Extent fExtent;
+  const Text fText;
   Session& fSession;
   InputWindow fInput;
   JsonBuilder fBuilder;
@@ -53,10 +61,31 @@ class JsonReader final : public Reader {
  public:
   JsonReader() : Reader(2, "json", ".json .jsonl") {}
 
-  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent,
+  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent, Text text,
                                   Session& session) const override {
-    return std::make_unique<JsonDocuments>(fileName, extent, session);
+    return std::make_unique<JsonDocuments>(fileName, extent, text, session);
   }
+
+  Token NextToken(std::string_view text, std::size_t at) const override {
+    at = Skip(text, at, " \t\r\n,:");
+    if (at == text.size()) return {Token::kEnd, at, at};
+    switch (text[at]) {
+      case '{':
+        return {Token::kBeginDict, at, at + 1};
+      case '}':
+        return {Token::kEndDict, at, at + 1};
+      case '[':
+        return {Token::kBeginArray, at, at + 1};
+      case ']':
+        return {Token::kEndArray, at, at + 1};
+      case '"':
+        return {Token::kScalar, at, EndOfLiteral(text, at, '"')};
+      default:
+        return {Token::kScalar, at, std::min(text.find_first_of(" \t\r\n,:]}", at), text.size())};
+    }
+  }
+
+  std::string KeyOf(std::string_view token) const override { return JsonUnescaped(token); }
 } gJsonReader;
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "base/Utf.h"
 #include "base/ValueError.h"
 #include "formats/json/JsonNumber.h"
+#include "formats/json/JsonText.h"
 
 namespace PosUtil {
 
@@ -42,14 +43,6 @@ char* SkipPlain(char* text) {
     const auto mask = static_cast<unsigned>(_mm_movemask_epi8(special));
     if (mask != 0) return text + std::countr_zero(mask);
   }
-}
-
-char Unescaped(char letter) {
-  static constexpr char kPairs[] = "\"\"\\\\//b\bf\fn\nr\rt\t";
-  for (const char* pair = kPairs; *pair; pair += 2) {
-    if (*pair == letter) return pair[1];
-  }
-  return '\0';
 }
 
 bool IsHighSurrogate(unsigned unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
@@ -225,7 +218,7 @@ void JsonScanner::SkipUnusual() {
 void JsonScanner::ReadEscape() {
   if (!Has(2)) FailAt(fEnd, "unexpected end of input in a string");
   if (fNext[1] != 'u') {
-    const char character = Unescaped(fNext[1]);
+    const char character = JsonEscape(fNext[1]);
     if (character == '\0') FailAt(fNext, "unknown escape in a string");
     fText += character;
     fNext += 2;

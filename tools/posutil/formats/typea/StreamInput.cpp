@@ -12,6 +12,12 @@
 
 namespace PosUtil {
 
+namespace {
+
+constexpr std::string_view kSpace = " \t\r\n";
+
+}  // namespace
+
 class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
  public:
   Client(const std::string& fileName, Progress& progress, std::function<void()> idle)
@@ -35,6 +41,10 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
   }
 
   std::size_t Position() const { return fWindow.Discarded() + fNext; }
+  void KeepFromHere() { fWindow.KeepFrom(fNext); }
+  // Its fBegin is the number of bytes before the window.
+  DocumentText Window() const { return {fWindow.Part(), fWindow.Discarded()}; }
+  DocumentText Kept() const { return {fWindow.Part(), fWindow.KeptFrom()}; }
   SavedException& Saved() { return fSaved; }
   bool SkipSpace() {
     while (HasMore() && kSpace.find(fWindow.Data()[fNext]) != std::string_view::npos) ++fNext;
@@ -45,8 +55,6 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
   }
 
  private:
-  static constexpr std::string_view kSpace = " \t\r\n";
-
   // Returns whether there is a byte at the position.
   bool HasMore() {
     if (fNext == fWindow.Size()) {
@@ -82,7 +90,22 @@ std::size_t StreamInput::Position() const { return fClient->Position(); }
 
 void StreamInput::CheckFailure() { fClient->Saved().Rethrow(); }
 
+void StreamInput::KeepFromHere() { fClient->KeepFromHere(); }
+
+DocumentText StreamInput::Kept() const { return fClient->Kept(); }
+
 bool StreamInput::SkipSpace() { return fClient->SkipSpace(); }
+
+std::size_t StreamInput::EndOfText() const {
+  const DocumentText text = fClient->Window();
+  return text.fBegin + text.fPart.fBytes.find_last_not_of(kSpace) + 1;
+}
+
+std::size_t StreamInput::FindBack(char character, std::size_t offset) const {
+  const DocumentText text = fClient->Window();
+  const std::size_t found = text.fPart.fBytes.rfind(character, offset - text.fBegin);
+  return found == std::string_view::npos ? offset : text.fBegin + found;
+}
 
 SyntaxError StreamInput::ErrorAt(std::size_t offset, const std::string& message) const {
   return fClient->ErrorAt(offset, message);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/SyntaxError.h"
+#include "formats/Format.h"
 #include "kap/KAPClientBase.h"
 #include "kap/KAPStream.h"
 #include "terminal/Progress.h"
@@ -24,10 +25,18 @@ class StreamInput {
   // The number of bytes that the reader has taken.
   std::size_t Position() const;
 
+  // Makes the window keep the text from the next byte on, and returns that text.
+  void KeepFromHere();
+  DocumentText Kept() const;
+
   // Throws the failure that stopped the reading, if there is one.
   void CheckFailure();
   // Skips white space. Returns false at the end of the input.
   bool SkipSpace();
+  // The place after the last byte that is not white space, and that of the last `character` up to
+  // `offset`, which is returned if there is none in the window.
+  std::size_t EndOfText() const;
+  std::size_t FindBack(char character, std::size_t offset) const;
   // The error at a byte of the window; `offset` counts from the start of the input.
   SyntaxError ErrorAt(std::size_t offset, const std::string& message) const;
 
