@@ -24,6 +24,20 @@ TEST(ConvertTest, ThereAndBack) {
   }
 }
 
+// What a file loses when it replaces itself cannot be looked up.
+TEST(ConvertTest, AFileThatReplacesItselfLosesNothing) {
+  const Folder folder;
+  const std::string file = folder.Put("a.json", "{\"a\":true}");
+  const Outcome refused = RunPosutil({"convert", file, folder.Path("./a.json")});
+  EXPECT_EQ(refused.fStatus, 3);
+  EXPECT_EQ(FirstMessage(refused), file + ":1:6: true is read as the string \"true\"");
+  EXPECT_EQ(folder.Content("a.json"), "{\"a\":true}");
+  EXPECT_EQ(RunPosutil({"convert", "--loss=keep", file, file}), (Outcome{0, "", ""}));
+  EXPECT_EQ(folder.Content("a.json"), "{\n  \"a\": true\n}\n");
+  EXPECT_EQ(RunPosutil({"convert", "--loss=warn", file, file}).fStatus, 0);
+  EXPECT_EQ(folder.Content("a.json"), "{\n  \"a\": \"true\"\n}\n");
+}
+
 TEST(ConvertTest, WrongUsageTouchesNothing) {
   const Folder folder;
   const std::string in = folder.Put("in.json", "1");

@@ -266,17 +266,18 @@ TEST(JsonTest, RejectsWhatJsonCannotHold) {
     const char* in;
     const char* message;
   } rows[] = {
-      {"< a [1 (x\xFFy)] >", "a[1]: invalid UTF-8"},
-      {"< a [1 (x\xC3)] >", "a[1]: invalid UTF-8"},
-      {"< a [(\xED\xA0\x80)] >", "a[0]: invalid UTF-8"},
-      {"< a < (\xFF) 1 > >", "a.\\xff: invalid UTF-8"},
-      {"[1 [`0041D800`]]", "[1][0]: the Unicode string has a lone surrogate"},
-      {"[`DC00D800`]", "[0]: the Unicode string has a lone surrogate"},
+      {"< a [1 (x\xFFy)] >", "8: a[1]: invalid UTF-8"},
+      {"< a [1 (x\xC3)] >", "8: a[1]: invalid UTF-8"},
+      {"< a [(\xED\xA0\x80)] >", "6: a[0]: invalid UTF-8"},
+      {"< a < (\xFF) 1 > >", "11: a.\\xff: invalid UTF-8"},
+      {"[1 [`0041D800`]]", "5: [1][0]: the Unicode string has a lone surrogate"},
+      {"[`DC00D800`]", "2: [0]: the Unicode string has a lone surrogate"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.in);
-    EXPECT_EQ(RunPosutil({"print", "--from", "text", "--to", "json", "-"}, row.in),
-              (Outcome{3, "", std::string("posutil: <stdin>: ") + row.message + "\n"}));
+    const Outcome outcome = RunPosutil({"print", "--from", "text", "--to", "json", "-"}, row.in);
+    EXPECT_EQ(outcome.fStatus, 3);
+    EXPECT_EQ(FirstMessage(outcome), std::string("<stdin>:1:") + row.message);
   }
 }
 

@@ -2,10 +2,19 @@
 
 namespace PosUtil {
 
+std::size_t DocumentPlaces::Find(const ValuePath& path, Positions::Part part) {
+  if (!fPositions) fPositions.emplace(fReader, fText.fPart.fBytes, fText.fBegin);
+  return fPositions->Find(path, part);
+}
+
+SyntaxError DocumentPlaces::ErrorAt(const std::string& name, const ValuePath& path,
+                                    const std::string& message) {
+  return {name, fText.fPart, Find(path, Positions::kValue), message};
+}
+
 TextPlace DocumentPlaces::PlaceOf(const ValuePath& path, Positions::Part part) {
   const std::string_view bytes = fText.fPart.fBytes;
-  if (!fPositions) fPositions.emplace(fReader, bytes, fText.fBegin);
-  const std::size_t offset = fPositions->Find(path, part);
+  const std::size_t offset = Find(path, part);
   if (offset < fCounted || fCounted == 0) {
     fCounter = fText.fPart.fBefore;
     fCounted = 0;

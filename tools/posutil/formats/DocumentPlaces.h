@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <string>
 
+#include "base/SyntaxError.h"
 #include "base/TextPart.h"
 #include "formats/Positions.h"
 
@@ -15,8 +18,12 @@ class DocumentPlaces {
   DocumentPlaces(const Reader& reader, const DocumentText& text) : fReader(reader), fText(text) {}
 
   TextPlace PlaceOf(const ValuePath& path, Positions::Part part);
+  // The error about a value of the document; `name` is the name of the file.
+  SyntaxError ErrorAt(const std::string& name, const ValuePath& path, const std::string& message);
 
  private:
+  std::size_t Find(const ValuePath& path, Positions::Part part);
+
   const Reader& fReader;
   const DocumentText fText;
   std::optional<Positions> fPositions;

@@ -5,27 +5,6 @@
 
 namespace PosUtil {
 
-std::string JsonPointer(const ValuePath& path) {
-  std::string pointer;
-  for (const PathStep& step : path) {
-    pointer += '/';
-    if (step.fIsIndex) {
-      pointer += std::to_string(step.fIndex);
-      continue;
-    }
-    for (const char c : step.fKey) {
-      if (c == '~') {
-        pointer += "~0";
-      } else if (c == '/') {
-        pointer += "~1";
-      } else {
-        pointer += c;
-      }
-    }
-  }
-  return pointer;
-}
-
 Positions::Positions(const Reader& reader, std::string_view text, std::size_t begin)
     : fReader(reader), fText(text) {
   std::vector<std::uint32_t> open;

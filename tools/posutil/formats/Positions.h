@@ -7,20 +7,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/ValuePath.h"
 #include "formats/Format.h"
 
 namespace PosUtil {
-
-// A step from a container to a value in it.
-struct PathStep {
-  bool fIsIndex;
-  std::size_t fIndex;
-  std::string fKey;
-};
-using ValuePath = std::vector<PathStep>;
-
-// The path as a JSON Pointer (RFC 6901).
-std::string JsonPointer(const ValuePath& path);
 
 // The places of all values in the text of a document. The text must be readable.
 class Positions {

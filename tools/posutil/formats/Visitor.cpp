@@ -39,13 +39,13 @@ class Walk {
     }
   }
 
-  std::string Path() const {
-    std::string path;
+  ValuePath Path() const {
+    ValuePath path;
     for (const Level& level : fLevels) {
       if (level.fIterator.IsNull()) {
-        AppendIndex(path, level.fInside.fIndex);
+        path.emplace_back(level.fInside.fIndex);
       } else if (level.fInside.fKey) {
-        AppendKey(path, level.fInside.fKey);
+        path.emplace_back(level.fInside.fKey);
       }
     }
     return path;
@@ -136,7 +136,7 @@ void Visit(const CPOSObject& object, const std::string& document, Visitor& visit
   try {
     walk.Run(object);
   } catch (const ValueError& error) {
-    throw error.At(document, walk.Path());
+    throw ValueFailure(document, walk.Path(), error.what());
   }
 }
 

@@ -39,7 +39,7 @@ class Visitor {
 };
 
 // Calls the visitor for every value, in the order of the document. The depth of the nesting does
-// not use up the stack. Throws Failure; a ValueError becomes one with `document` and the path.
+// not use up the stack. Throws Failure; a ValueError becomes a ValueFailure about `document`.
 void Visit(const KAP_T_MT::CPOSObject& object, const std::string& document, Visitor& visitor);
 
 }  // namespace PosUtil

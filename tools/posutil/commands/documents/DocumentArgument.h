@@ -27,8 +27,11 @@ class DocumentArgument {
   // Returns whether `file` names the file of the document.
   bool IsFile(const std::string& file) const;
 
-  // Reads the only document.
-  KAP_T_MT::CPOSObject Read(Session& session) const { return Open(session)->Next(); }
+  // Opens the file. Next then returns the only document, or each one with --all; `out` is flushed
+  // before it waits for more input. Throws Failure, also for the reports of the library.
+  std::unique_ptr<Documents> Open(Output& out, Session& session) const;
+  // The name of a document in messages; they count from 1.
+  std::string Name(std::size_t number) const;
 
   // Reads the documents and writes each of them, on a line if --all is given and the format allows
   // it, else with `end` after the last one. Writes what it has before it waits for more input.
@@ -37,9 +40,11 @@ class DocumentArgument {
              Output& out) const;
 
  private:
-  Extent HowMany() const { return fAll ? Extent::kAll : Extent::kOne; }
-  std::string Name(std::size_t number) const;
-  std::unique_ptr<Documents> Open(Session& session) const;
+  std::unique_ptr<Documents> OpenAs(Extent extent, Text text, Session& session) const;
+  void WriteOne(const Writer& writer, const KAP_T_MT::CPOSObject& object, std::size_t number,
+                const WriteOptions& options, const Documents& documents, Session& session,
+                Output& out) const;
+  bool CanBeReadAgain() const;
 
   std::string fFile;
   std::string fFormat;

@@ -59,8 +59,8 @@ bool IsOfAnotherKind(std::string_view text) {
   return text.ends_with("object expected") || text.ends_with("was of invalid type");
 }
 
-PathStep Key(std::string key) { return {false, 0, std::move(key)}; }
-PathStep Index(std::size_t index) { return {true, index, {}}; }
+using Key = PathStep;
+using Index = PathStep;
 
 // The messages from the first on that have the same step at `depth`, or the first one if it has
 // none there.
@@ -282,7 +282,7 @@ Distance DistanceOf(const CheckedDocument& checked, Messages messages, std::size
     const ParsedMessage& message = group.front();
     const bool isOther = IsOfAnotherKind(message.fRest);
     if (isOther && message.fSteps.size() <= depth) isOtherKind = true;
-    wrong += isOther || message.fRest.starts_with(kMissing) ? 2 : 1;
+    wrong += isOther || message.fRest.starts_with(kMissing) ? 2U : 1U;
   }
   return {isOtherKind, OtherTags(checked.fSchema, walk.fType, CPOSDict(walk.fObject, true)), wrong};
 }
