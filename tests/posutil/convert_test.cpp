@@ -24,7 +24,7 @@ TEST(ConvertTest, ThereAndBack) {
   }
 }
 
-// What a file loses when it replaces itself cannot be looked up.
+// It leaves no copy in which to look up what is lost.
 TEST(ConvertTest, AFileThatReplacesItselfLosesNothing) {
   const Folder folder;
   const std::string file = folder.Put("a.json", "{\"a\":true}");

@@ -94,7 +94,7 @@ TEST_F(ValidateTest, EveryFormatOfDocumentsAndSchemas) {
     std::string format;
     std::string place;
     std::string rule;
-  } rows[] = {{"json", ":1:22", ":24:7"}, {"typea", ":2:9", ":25:4"}};
+  } rows[] = {{"json", ":2:11", ":24:7"}, {"typea", ":2:9", ":25:4"}};
   Put("odd.json", R"({"name":"Ada","born":1815.5})");
   for (const auto& [format, place, rule] : rows) {
     Run({"convert", "schema.txt", "schema." + format});
@@ -275,21 +275,21 @@ TEST_F(ValidateTest, PlacesOfValuesAndRules) {
        "kinds.txt:1:25"},
       {"Both", " 7",
        "1:2: Failed intersection type Low: Number above maximum value 5.000000; found 7\n"
-       "kinds.txt:3:31"},
+       "kinds.txt:3:29"},
       {"Map", "< k 1\n long 2 >",
        "2:2: long (key, type != Short): String length above maximum value 1; found \"long\"\n"
        "kinds.txt:5:25"},
       {"Map", "< k (a b) >",
        "1:5: k (value, type != Low): Expected INT was of invalid type; found \"a b\"\n"
-       "kinds.txt:3:17"},
+       "kinds.txt:3:16"},
       {"Low", "(\u65E5\u202E)",
-       "1:1: Expected INT was of invalid type; found \"\u65E5\\u202e\"\nkinds.txt:3:17"},
+       "1:1: Expected INT was of invalid type; found \"\u65E5\\u202e\"\nkinds.txt:3:16"},
       {"Shape", "< kind b z q >",
        "1:12: Not a valid union type: Trying B: z (required, type != int): Expected INT was of "
-       "invalid type; found \"q\" (the closest of 3 alternatives)\nkinds.txt:9:37"},
+       "invalid type; found \"q\" (the closest of 3 alternatives)\nkinds.txt:9:38"},
       {"Shape", "< kind b w 1 >",
        "1:1: Not a valid union type: Trying B: Missing required member z (the closest of 3 "
-       "alternatives)\nkinds.txt:9:37"},
+       "alternatives)\nkinds.txt:9:38"},
       {"Shape", "(a)",
        "1:1: Not a valid union type: Trying int: Expected INT was of invalid type; found \"a\" "
        "(the closest of 3 alternatives)\nkinds.txt:10:29"},
@@ -320,7 +320,7 @@ TEST_F(ValidateTest, PlacesOfValuesAndRules) {
       "\"rule\":{\"file\":\"kinds.txt\",\"line\":8,\"column\":44}},\n"
       " {\"file\":\"<stdin>\",\"line\":1,\"column\":1,\"path\":\"\",\"type\":\"B\","
       "\"message\":\"Not a valid union type: Trying B: Missing required member z\","
-      "\"rule\":{\"file\":\"kinds.txt\",\"line\":9,\"column\":37}}]}\n"
+      "\"rule\":{\"file\":\"kinds.txt\",\"line\":9,\"column\":38}}]}\n"
       "],\"valid\":0,\"invalid\":1,\"unchecked\":0,\"messages\":4}\n");
 }
 
@@ -328,7 +328,7 @@ TEST_F(ValidateTest, StreamsAndLimits) {
   const std::string stream = "{\"name\":\"Ada\"}\n{\"name\":1}\n{\"name\":2,\"x\":3}";
   const std::string wrong =
       ": name (required, type != Name): Expected STRING was of invalid type; ";
-  const std::string note = "schema.txt:1:84: note: the rule\n";
+  const std::string note = "schema.txt:1:81: note: the rule\n";
   EXPECT_EQ(Validate({"--all", "--from", "json", "-"}, "Person", stream),
             (Outcome{1,
                      "<stdin>:2:9" + wrong + "found 1\n" + note + "<stdin>:3:9" + wrong +

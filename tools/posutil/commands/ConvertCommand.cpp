@@ -34,7 +34,7 @@ class ConvertCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
-    // Nobody can look up what a file held that has replaced itself.
+    // A file that replaces itself leaves no copy in which to look up what is lost.
     fDocuments.SetLoss(session, fDocuments.IsFile(fFile) ? LossMode::kError : LossMode::kWarn);
     fDocuments.Format();  // wrong usage ends the command before it creates a file
     const Reader& format = FormatOfFile(fFormat, fFile, "--to");
