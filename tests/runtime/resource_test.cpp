@@ -195,7 +195,7 @@ TEST_F(ResourceTest, DataBlockStreams) {
   using Stream = KAPDataBlockStreamInterface;
   const Stream::Proc<"GetNextBlock"> getNextBlock = [](KAPDataBlock* out, KAPContainer*) {
     if (gNextBlock == 2) return CKAPError("read twice", "c", 1).Detach();
-    *out = CKAPDataBlockPtr("ab" + gNextBlock++, 1, nullptr, &Delete).Detach();
+    *out = CKAPDataBlockPtr(&"ab"[gNextBlock++], 1, nullptr, &Delete).Detach();
     return static_cast<KAPError*>(nullptr);
   };
   const Stream::Proc<"Rewind"> rewind = [](KAPContainer*) {
