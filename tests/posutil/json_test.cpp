@@ -1,5 +1,8 @@
 // JSON to property objects and back.
 
+#include <iterator>
+#include <random>
+
 #include "Posutil.h"
 
 namespace {
@@ -162,6 +165,39 @@ TEST(JsonTest, KeepsWhatObjectsDoNotHave) {
   EXPECT_EQ(RunPosutil({"get", "--loss=keep", "--from", "json", "--to", "text", "-", "a"},
                        R"({"a":[true,{"$json":"true"}]})"),
             (Outcome{0, "[< ($json) true > < ($json) < ($json) true > >]\n", ""}));
+}
+
+// A JSON value of tags and values that look like a part of one.
+std::string RandomValue(std::mt19937& random, int depth) {
+  static const char* const kScalars[] = {"\"x\"", "\"true\"", "\"AA==\"", "\"1 \"",
+                                         "true",  "null",     "1",        "12345678901234567891"};
+  static const char* const kKeys[] = {"$binary", "$json", "$object", "$unicode", "a", "base64"};
+  if (depth == 0 || random() % 3 == 0) return kScalars[random() % std::size(kScalars)];
+  const std::size_t wanted = random() % 4 < 3 ? 1 : random() % 3;
+  std::string json = "{";
+  std::size_t count = 0;
+  for (std::size_t i = random() % std::size(kKeys); i < std::size(kKeys) && count < wanted; ++i) {
+    json += (count++ > 0 ? ",\"" : "\"") + std::string(kKeys[i]) + "\":";
+    json += RandomValue(random, depth - 1);
+  }
+  return json + "}";
+}
+
+TEST(JsonTest, RandomTagsRoundTrip) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937 random(seed);
+  std::string json;
+  for (int i = 0; i < 2000; ++i) json += RandomValue(random, 6) + "\n";
+  const auto convert = [](const std::string& from, const std::string& to, const std::string& loss,
+                          const std::string& input) {
+    return RunPosutil({"convert", "--all", "--loss", loss, "--from", from, "--to", to, "-", "-"},
+                      input)
+        .fOut;
+  };
+  const std::string typeA = convert("json", "typea", "keep", json);
+  EXPECT_EQ(convert("typea", "json", "keep", typeA), json);
+  EXPECT_EQ(convert("json", "typea", "warn", convert("typea", "json", "warn", typeA)), typeA);
 }
 
 TEST(JsonTest, RejectsWhatObjectsCannotHold) {
