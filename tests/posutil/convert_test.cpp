@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions of files from each format to each other.
 
 #include "Folder.h"

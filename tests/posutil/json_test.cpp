@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // JSON to property objects and back.
 
 #include <iterator>

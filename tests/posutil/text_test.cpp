@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text notation to property objects and back, and the outline.
 
 #include "Posutil.h"

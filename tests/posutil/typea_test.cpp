@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TypeA documents to property objects and back.
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Checks of documents and schemas: files, formats and exit statuses. The tests of the library cover
 // the rules.
 

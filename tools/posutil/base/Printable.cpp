@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "base/Printable.h"
 
 #include "base/HexText.h"

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "base/SyntaxError.h"
 
-#include <uniwidth.h>
+#include <locale.h>
+#include <wchar.h>
 
 #include <algorithm>
 
@@ -23,14 +25,39 @@ std::string Shown(std::string_view text) {
   return printable;
 }
 
+// The widths of characters, whatever the locale of the user. The program itself sets none.
+class Widths {
+ public:
+  Widths() : fLocale(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
+    if (fLocale) fBefore = ::uselocale(fLocale);
+  }
+  Widths(const Widths&) = delete;
+  Widths& operator=(const Widths&) = delete;
+  ~Widths() {
+    if (!fLocale) return;
+    ::uselocale(fBefore);
+    ::freelocale(fLocale);
+  }
+
+  // In columns of a terminal. A system without this locale counts each character as one.
+  std::size_t Of(unsigned int code) const {
+    return fLocale ? static_cast<std::size_t>(std::max(::wcwidth(static_cast<wchar_t>(code)), 0))
+                   : 1;
+  }
+
+ private:
+  locale_t fLocale;
+  locale_t fBefore = nullptr;
+};
+
 // How many columns of a terminal the text takes, which has only printable characters.
 std::size_t Width(std::string_view text) {
+  const Widths widths;
   std::size_t width = 0;
   while (!text.empty()) {
     const std::string_view character = text.substr(0, Utf8CharacterLength(text));
     text.remove_prefix(character.size());
-    const int columns = ::uc_width(Utf8Decode(character), "UTF-8");
-    width += static_cast<std::size_t>(std::max(columns, 0));
+    width += widths.Of(Utf8Decode(character));
   }
   return width;
 }

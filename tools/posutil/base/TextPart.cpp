@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "base/TextPart.h"
 
 #include <emmintrin.h>

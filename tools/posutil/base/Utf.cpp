@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "base/Utf.h"
 
 namespace PosUtil {

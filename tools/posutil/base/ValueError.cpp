@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "base/ValueError.h"
 
 #include "base/Printable.h"

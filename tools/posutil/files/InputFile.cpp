@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/InputFile.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/InputWindow.h"
 
 #include <cstring>

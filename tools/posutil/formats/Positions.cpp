@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "formats/Positions.h"
 
 #include "formats/Token.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/documents/DocumentArgument.h"
 
 #include <CLI/CLI.hpp>

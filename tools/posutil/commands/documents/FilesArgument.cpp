@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/documents/FilesArgument.h"
 
 #include <CLI/CLI.hpp>

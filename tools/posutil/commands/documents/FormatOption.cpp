@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/documents/FormatOption.h"
 
 #include <CLI/CLI.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/verdicts/Explainer.h"
 
 #include <algorithm>

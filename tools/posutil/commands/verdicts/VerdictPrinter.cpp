@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/verdicts/VerdictPrinter.h"
 
 #include "base/Printable.h"

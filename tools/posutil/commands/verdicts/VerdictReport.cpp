@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/verdicts/VerdictReport.h"
 
 #include <CLI/CLI.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The JSON reader. It goes piece by piece from the text to the property object, with no other form
 // in between, and holds only a window of the text. See TaggedJson.h for values that one side does
 // not have; null becomes an empty slot of an array.

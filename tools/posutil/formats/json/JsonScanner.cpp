@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "formats/json/JsonScanner.h"
 
 #include <emmintrin.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The JSON writer. See TaggedJson.h for values that one side does not have; an empty slot is null.
 
 #include <cmath>

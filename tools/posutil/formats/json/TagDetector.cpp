@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "formats/json/TagDetector.h"
 
 #include <cstring>

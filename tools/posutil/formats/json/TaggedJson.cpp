@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "formats/json/TaggedJson.h"
 
 #include <vector>

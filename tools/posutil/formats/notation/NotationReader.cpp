@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reader of text notation: the library does the work, but does not say what is wrong.
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The writer of text notation: < key value ... >, [ value ... ], bare words, (strings), numbers and
 // `hexadecimal Unicode strings`.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The writer of outlines for people: one value a line, indented by depth, after its key or index.
 
 #include <string>

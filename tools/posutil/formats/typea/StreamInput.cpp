@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "formats/typea/StreamInput.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The TypeA format, read by the library's streamer.
 
 #include <algorithm>

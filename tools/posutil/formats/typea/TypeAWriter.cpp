@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The TypeA format, written by the library's streamer.
 
 #include <cmath>
