@@ -1,4 +1,3 @@
-// SPDX-License-Identifier: MIT
 #include "Expect.h"
 
 #include <cstdlib>

@@ -1,4 +1,3 @@
-// SPDX-License-Identifier: MIT
 #include "Harness.h"
 
 using namespace KAP_T_MT;

@@ -1,4 +1,3 @@
-// SPDX-License-Identifier: MIT
 #include "Model.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// SPDX-License-Identifier: MIT
 #include "Harness.h"
 
 // Deep paths into a dictionary: no reports, and the same value with and without the leading dot.

@@ -1,4 +1,3 @@
-// SPDX-License-Identifier: MIT
 // Runs a fuzz target on all files in the given folders, for builds without libFuzzer.
 
 #include <cstdint>
