@@ -36,7 +36,7 @@ TEST_F(ContainerTest, WrappersHoldOneReferenceEach) {
   EXPECT_EQ(References(), 4);
 }
 
-// A reference that the host refuses is neither kept nor released.
+// A reference that the host fails is neither kept nor released.
 TEST_F(ContainerTest, ReferencesFail) {
   const KAPContainerBaseGeneric source(fContainer);
   KAPContainerBaseGeneric target(MakeContainer("Other"), KAPAdopt());
@@ -57,7 +57,7 @@ TEST_F(ContainerTest, ContainersFail) {
   EXPECT_EQ(Thrown([] { MakeContainer("Impl"); }), kOutOfMemory);
 }
 
-// A host that breaks its promise: no error, and no container.
+// A host that breaks its contract: no error, and no container.
 TEST_F(ContainerTest, NeitherContainerNorError) {
   ReplaceProc<KAPContainerInterface, "NewFullContainer">(
       fHost, [](auto...) { return static_cast<KAPError*>(nullptr); });
