@@ -53,7 +53,7 @@ def growth(results, folder):
     if len(sizes) < 2:
         return
     commands = 'set multiplot layout 2,3\nset logscale x\nset format x "10^{%T}"\n'
-    commands += "set xtics 10\nunset key\nset yrange [0:*]\n"
+    commands += "set xtics 10\nunset mxtics\nunset key\nset xrange [600:1.6e6]\nset yrange [0:*]\n"
     for content in CONTENTS:
         rows = [[n] + [time_of(results, f"parse_{content}", n, series) for series in SERIES]
                 for n in sizes]

@@ -10,6 +10,7 @@ import pathlib
 import platform
 import re
 import subprocess
+import textwrap
 import time
 
 from bench_results import Results
@@ -62,11 +63,12 @@ def machine(results):
         if found.returncode == 0:
             versions.append(f"{name} {re.sub('^[0-9]+:|[-+].*', '', found.stdout)}")
     loads = f"{min(results.loads):.1f} to {max(results.loads):.1f}" if results.loads else "unknown"
-    yield ["", ""]
-    yield ["Measured on", time.strftime("%-d %B %Y", time.gmtime())]
-    yield ["Processor", f"{cores} cores, {model.group(1) if model else platform.machine()}"]
-    yield ["Load average before each program (the run itself is 1)", loads]
-    yield ["Versions", ", ".join(versions)]
+    lines = [f"Measured on {time.strftime('%-d %B %Y', time.gmtime())}.",
+             f"{cores} cores, {model.group(1) if model else platform.machine()}.",
+             f"Load average at the start of each program: {loads}; 1 is the run itself.",
+             f"{', '.join(versions)}."]
+    return "".join(textwrap.fill(line, 100, initial_indent="- ", subsequent_indent="  ") + "\n"
+                   for line in lines)
 
 
 def goals(results):
@@ -184,7 +186,7 @@ def blocks(results, alone):
     def optional(rows):
         rows = list(rows)
         return table(rows) if len(rows) > 1 else ""
-    yield "machine", optional(machine(results))
+    yield "machine", machine(results)
     yield "goals", "\n".join(filter(None, (count(results), optional(goals(results)))))
     yield "growth", optional(growth(results))
     yield "threads", "\n".join(filter(None, (optional(threads(results)), missing(results))))
