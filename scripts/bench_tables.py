@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: MIT
-"""bench_tables.py [--page PAGE] RESULT.json...: prints the tables of a run, or puts them into PAGE.
+"""bench_tables.py [--page PAGE] [--slopes FILE] RESULT.json...: prints the tables of a run, or puts
+them into PAGE.
 
 PAGE is a Markdown file. Each table replaces what stands between the lines "<!-- bench: NAME -->"
-and "<!-- bench end -->". Results in a folder "single" are those of processes with one thread.
+and "<!-- bench end -->". Results in a folder "single" are those of processes with one thread. FILE
+is what scripts/slopes printed.
 """
 import argparse
 import itertools
@@ -181,7 +183,15 @@ def missing(results):
     return "Not measured: " + " ".join(lines) + "\n" if lines else ""
 
 
-def blocks(results, alone):
+def slopes(path):
+    """The case, its figures for the three largest documents, and the slope."""
+    for line in path.read_text(encoding="utf-8").splitlines() if path else ():
+        cells = [cell.strip() for cell in line.strip("| ").split("|")]
+        if not line.startswith("|-"):
+            yield cells[:1] + cells[-4:]
+
+
+def blocks(results, alone, slopes_file):
     """The text of each block by its name. A table without rows is left out."""
     def optional(rows):
         rows = list(rows)
@@ -190,6 +200,7 @@ def blocks(results, alone):
     yield "goals", "\n".join(filter(None, (count(results), optional(goals(results)))))
     yield "growth", optional(growth(results))
     yield "threads", "\n".join(filter(None, (optional(threads(results)), missing(results))))
+    yield "slopes", optional(slopes(slopes_file))
     yield "single", optional(single(results, alone))
     yield "memory", optional(memory(results))
     yield "ratios", "\n".join(table(rows) for rows in ratios(results))
@@ -199,12 +210,13 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--page", type=pathlib.Path)
+    parser.add_argument("--slopes", type=pathlib.Path)
     parser.add_argument("results", nargs="+", type=pathlib.Path)
     arguments = parser.parse_args()
     is_single = lambda path: path.parent.name == "single"
     results = Results([path for path in arguments.results if not is_single(path)])
     alone = Results([path for path in arguments.results if is_single(path)])
-    texts = dict(blocks(results, alone))
+    texts = dict(blocks(results, alone, arguments.slopes))
     if not arguments.page:
         print("\n".join(text for text in texts.values() if text))
         return
