@@ -38,6 +38,9 @@ def table(rows):
 
 
 def number(n):
+    exponent = len(str(n)) - 1
+    if exponent >= 3 and n == 10**exponent:
+        return f"10^{exponent}"
     return f"{n:,}".replace(",", " ") if n else ""
 
 
@@ -75,12 +78,12 @@ def machine(results):
 
 def goals(results):
     """One row for the same case, peer and goal."""
-    yield ["case", "n", "divided by", "goal", "reached", ""]
+    yield ["case", "n", "by", "goal", "reached", ""]
     key = lambda goal: (goal.case, goal.peer, goal.limit)
     for (case, peer, limit), same in itertools.groupby(sorted_by_case(results.goals()), key):
         same = list(same)
         missed = sum(not goal.is_met() for goal in same)
-        verdict = "met" if not missed else "**missed**" if missed == len(same) else "**in part**"
+        verdict = "met" if not missed else "missed" if missed == len(same) else "in part"
         unit = "" if peer else " ms"
         yield [f"`{case}`", ", ".join(number(goal.n) for goal in same), peer, f"{limit:g}{unit}",
                ", ".join(figure(goal.value) for goal in same) + unit, verdict]
@@ -105,33 +108,28 @@ def count(results):
 
 
 def ratios(results):
-    """A table for each group of neighbouring cases with the same series."""
-    groups = itertools.groupby(results.rows.items(), lambda item: list(item[1]))
-    for series, rows in groups:
-        others = [each for each in series if each != "ours"]
-        lines = [["case", "n", "ours"] + [f"/ {each}" for each in others]]
-        for (case, n), row in rows:
-            if "ours" in row:
-                lines.append([f"`{case}`", number(n), time_of(row["ours"])] +
-                             [figure(results.ratio(case, n, each)) for each in others])
-        if len(lines) > 1:
-            yield lines
+    """A table for all cases with the same series."""
+    groups = {}
+    for (case, n), row in results.rows.items():
+        if "ours" in row:
+            groups.setdefault(tuple(sorted(row.keys() - {"ours"}, key=list(row).index)), []).append(
+                (case, n, row["ours"]))
+    for others, rows in groups.items():
+        yield [["case", "n", "ours"] + [f"/ {each}" for each in others]] + [
+            [f"`{case}`", number(n), time_of(ours)] +
+            [figure(results.ratio(case, n, each)) for each in others] for case, n, ours in rows]
 
 
 def growth(results):
-    """Time for each item, n compared with a thousandth and with a tenth of it, for large n."""
-    yield ["case", "n", "ours", "others", ""]
+    """Time for each item of a million, compared with a tenth; floors are not judged."""
+    yield ["case", "ours", "nlohmann", ""]
     for (case, n), row in results.rows.items():
-        tenth = results.rows.get((case, n // 10))
-        if n < 1_000_000 or tenth is None:
+        tenth = results.rows.get((case, n // 10), {})
+        if n != 1_000_000 or not all({"ours", "nlohmann"} <= each.keys() for each in (row, tenth)):
             continue
-        grown = {series: result.time / tenth[series].time for series, result in row.items()
-                 if series in tenth}
-        ours = grown.pop("ours")
-        limit = round(max([LARGEST_GROWTH, *grown.values()]), 2)
-        others = ", ".join(f"{series} {figure(value)}" for series, value in grown.items())
-        yield [f"`{case}`", number(n), figure(ours), others,
-               "met" if round(ours, 2) <= limit else "**missed**"]
+        ours, peer = (row[each].time / tenth[each].time for each in ("ours", "nlohmann"))
+        met = round(ours, 2) <= max(LARGEST_GROWTH, round(peer, 2))
+        yield [f"`{case}`", figure(ours), figure(peer), "met" if met else "missed"]
 
 
 def threads(results):
