@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Commands, their arguments and exit statuses.
 
 #include "Folder.h"

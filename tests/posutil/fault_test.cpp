@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every call of the C library that posutil depends on fails or is the last one: the output file is
 // the old one or the new one, and nothing else is left.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lost output, and colours.
 
 #include <fcntl.h>
