@@ -1,6 +1,10 @@
 #include "BenchDocument.h"
 
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace Bench {
@@ -89,8 +93,6 @@ void Write(const Json& value, std::string& text) {
   }
 }
 
-}  // namespace
-
 Document NewDocument(Content content, std::int64_t count) {
   const Json json = Maker(content).NewDocument(count);
   Document document{{}, json.dump(), Maker::Count(json)};
@@ -98,17 +100,17 @@ Document NewDocument(Content content, std::int64_t count) {
   return document;
 }
 
-Reference Parsed(const Document& document) {
-  return Made(Statics::Call<"CreateFromText">(document.fText.c_str(), nullptr));
+}  // namespace
+
+const Document& GetDocument(Content content, std::int64_t count) {
+  static std::map<std::pair<Content, std::int64_t>, std::unique_ptr<Document>> documents;
+  std::unique_ptr<Document>& document = documents[{content, count}];
+  if (!document) document = std::make_unique<Document>(NewDocument(content, count));
+  return *document;
 }
 
-void ParseJson(benchmark::State& state, const Document& document) {
-  for (auto _ : state) {
-    const Json value = Json::parse(document.fJson);
-    benchmark::DoNotOptimize(&value);
-    benchmark::ClobberMemory();
-  }
-  SetItems(state, document.fCount);
+Reference Parsed(const Document& document) {
+  return Made(Statics::Call<"CreateFromText">(document.fText.c_str(), nullptr));
 }
 
 }  // namespace Bench

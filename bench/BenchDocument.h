@@ -1,6 +1,5 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "BenchHost.h"
@@ -23,12 +22,11 @@ enum class Content {
   kRecords,   // dictionaries of 4 to 6 members, one of them an array
 };
 
-// An array of about `count` values. The same arguments give the same document.
-Document NewDocument(Content content, std::int64_t count);
+// An array of about `count` values. The same arguments return the same document, which lives until
+// the program ends: Google Benchmark calls a benchmark anew for each repetition, and making a
+// document of a million values takes longer than parsing it. Not thread-safe.
+const Document& GetDocument(Content content, std::int64_t count);
 
 Reference Parsed(const Document& document);
-
-// The peer of every parser: an iteration parses the document with nlohmann::json and releases it.
-void ParseJson(benchmark::State& state, const Document& document);
 
 }  // namespace Bench

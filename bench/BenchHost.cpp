@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
   std::optional<std::jthread> thread;
-  if (std::getenv("KAP_BENCH_THREADED")) thread.emplace(Bench::SleepingThread());
+  if (!std::getenv("KAP_BENCH_SINGLE")) thread.emplace(Bench::SleepingThread());
   try {
     return Bench::Run() ? EXIT_SUCCESS : EXIT_FAILURE;
   } catch (const std::exception& error) {

@@ -11,8 +11,9 @@
 // <case>/floor, followed by sizes. "ours" crosses the boundary like any component; "floor" makes
 // only the host calls that the work cannot do without.
 //
-// If the environment variable KAP_BENCH_THREADED is set, a second thread sleeps in the background.
-// All reference counts, ours and those of the peers, then use locked instructions.
+// A second thread sleeps in the background, because a real host has threads: reference counts and
+// the C library's heap, ours and those of the peers, use locked instructions. The environment
+// variable KAP_BENCH_SINGLE leaves that thread out.
 
 namespace Bench {
 

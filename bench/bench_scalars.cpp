@@ -22,6 +22,7 @@ using Json = nlohmann::json;
 namespace Impl = NPOSObjectImpl;
 
 constexpr double kTarget = 1.5;
+constexpr double kAppendTarget = 1.4;
 constexpr const char* kText = "temperature";
 constexpr unsigned short kUnits[] = {'t', 'e', 'm', 'p', 'e', 'r', 'a', 't', 'u', 'r', 'e', 0};
 constexpr unsigned char kBytes[64] = {1};
@@ -205,7 +206,7 @@ void FloorAppend(State& state) {
     host.fRelease(container);
   }
   SetItems(state, state.range(0));
-  SetTarget(state, kTarget);
+  SetTarget(state, kAppendTarget);
 }
 
 void JsonAppend(State& state) {

@@ -1,13 +1,12 @@
 // Writing documents to a stream and reading them, including the release of the objects.
 
-#include <glib.h>
-
 #include <algorithm>
 #include <charconv>
-#include <memory>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "BenchDocument.h"
+#include "JsonPeers.h"
 #include "POSStreamer.h"
 #include "kap/KAPStream.h"
 
@@ -21,50 +20,27 @@ using KAP_T_MT::CKAPPositionableStream;
 using KAP_T_MT::CPOSObject;
 using KAP_T_MT::CPOSStreamer;
 
-// The targets for writing and reading a value, as ratios to nlohmann::json, and for the floor of
-// reals.
-constexpr double kWriteTarget = 1;
-constexpr double kReadTarget = 0.9;
-constexpr double kRealsFloorTarget = 1.2;
+constexpr double kRealsFloorTarget = 1.2;  // ratio to the digits alone
 
-constexpr std::size_t kBlock = 512;  // the size of the library's writes
-
-struct GVariantDeleter {
-  void operator()(GVariant* value) const { g_variant_unref(value); }
+// Ratios to nlohmann::json; 0 is none.
+struct Targets {
+  double fWrite;
+  double fRead;
 };
-using GVariantOwner = std::unique_ptr<GVariant, GVariantDeleter>;
-
-void AppendGVariantText(const nlohmann::json& value, std::string& text) {
-  if (value.is_array()) {
-    text += '[';
-    for (const auto& element : value)
-      AppendGVariantText(element, text += text.back() == '[' ? "" : ", ");
-    text += ']';
-  } else if (value.is_object()) {
-    text += '{';
-    for (const auto& [key, member] : value.items()) {
-      text += (text.back() == '{' ? "'" : ", '") + key + "': <";
-      AppendGVariantText(member, text);
-      text += '>';
-    }
-    text += '}';
-  } else if (value.is_string()) {
-    text += '\'' + value.get_ref<const std::string&>() + '\'';
-  } else {
-    text += value.dump();
+Targets TargetsOf(Content content) {
+  switch (content) {
+    case Content::kIntegers:
+      return {0.9, 0.6};
+    case Content::kReals:
+      return {0, 0.8};
+    case Content::kRecords:
+      return {0.7, 0.9};
+    default:
+      return {1, 1};
   }
 }
 
-GVariantOwner ParseGVariant(const std::string& text) {
-  return GVariantOwner(
-      g_variant_parse(nullptr, text.data(), text.data() + text.size(), nullptr, nullptr));
-}
-
-std::string GVariantText(const Document& document) {
-  std::string text;
-  AppendGVariantText(nlohmann::json::parse(document.fJson), text);
-  return text;
-}
+constexpr std::size_t kBlock = 512;  // the size of the library's writes
 
 // The document as TypeA.
 std::string StreamText(const Document& document) {
@@ -84,7 +60,7 @@ void SetDone(State& state, std::int64_t values, std::size_t bytes) {
 // ---- Writing ----
 
 void OurWrite(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
+  const Document& document = GetDocument(content, state.range(0));
   const CPOSObject object(Parsed(document).Handle());
   const CPOSStreamer streamer;
   CKAPPositionableStream stream;
@@ -97,28 +73,16 @@ void OurWrite(State& state, Content content) {
 }
 
 void JsonWrite(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
+  const Document& document = GetDocument(content, state.range(0));
   const nlohmann::json value = nlohmann::json::parse(document.fJson);
   for (auto _ : state) DoNotOptimize(value.dump());
   SetDone(state, document.fCount, document.fJson.size());
-  if (content != Content::kReals) SetTarget(state, kWriteTarget);
-}
-
-void GVariantWrite(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
-  const std::string text = GVariantText(document);
-  const GVariantOwner value = ParseGVariant(text);
-  for (auto _ : state) {
-    const std::unique_ptr<gchar, decltype(&g_free)> printed(g_variant_print(value.get(), FALSE),
-                                                            &g_free);
-    DoNotOptimize(printed.get());
-  }
-  SetDone(state, document.fCount, text.size());
+  if (const double target = TargetsOf(content).fWrite; target != 0) SetTarget(state, target);
 }
 
 // Writes the same bytes in the same blocks to the same kind of stream.
 void CopyFloor(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
+  const Document& document = GetDocument(content, state.range(0));
   const std::string text = StreamText(document);
   CKAPPositionableStream stream;
   for (auto _ : state) {
@@ -133,7 +97,7 @@ void CopyFloor(State& state, Content content) {
 
 // Only the digits of the numbers.
 void ToCharsFloor(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
+  const Document& document = GetDocument(content, state.range(0));
   const auto numbers = nlohmann::json::parse(document.fJson).get<std::vector<double>>();
   for (auto _ : state) {
     for (const double number : numbers) {
@@ -151,7 +115,7 @@ void ToCharsFloor(State& state, Content content) {
 // ---- Reading ----
 
 void OurRead(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
+  const Document& document = GetDocument(content, state.range(0));
   const std::string text = StreamText(document);
   const CPOSStreamer streamer;
   CKAPPositionableStream stream;
@@ -164,22 +128,15 @@ void OurRead(State& state, Content content) {
 }
 
 void JsonRead(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
-  ParseJson(state, document);
+  const Document& document = GetDocument(content, state.range(0));
+  ParseWithPeer(state, document, JsonPeers().front());
   SetDone(state, document.fCount, document.fJson.size());
-  SetTarget(state, kReadTarget);
-}
-
-void GVariantRead(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
-  const std::string text = GVariantText(document);
-  for (auto _ : state) DoNotOptimize(ParseGVariant(text).get());
-  SetDone(state, document.fCount, text.size());
+  SetTarget(state, TargetsOf(content).fRead);
 }
 
 // Creates and releases a container with a block for each value.
 void ObjectsFloor(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
+  const Document& document = GetDocument(content, state.range(0));
   std::vector<KAPContainer*> objects(static_cast<std::size_t>(document.fCount));
   const HostCalls& host = Host();
   for (auto _ : state) {
@@ -211,12 +168,10 @@ void RegisterBenchmarks() {
     };
     add("write", "ours", &OurWrite);
     add("write", "nlohmann", &JsonWrite);
-    add("write", "gvariant", &GVariantWrite);
     add("write", "copy", &CopyFloor);
     if (content == Content::kReals) add("write", "to_chars", &ToCharsFloor);
     add("read", "ours", &OurRead);
     add("read", "nlohmann", &JsonRead);
-    add("read", "gvariant", &GVariantRead);
     add("read", "floor", &ObjectsFloor);
   }
 }

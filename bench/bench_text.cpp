@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "BenchDocument.h"
+#include "JsonPeers.h"
 #include "posimpl/notation/TextToken.h"
 
 namespace Bench {
@@ -13,12 +14,10 @@ namespace {
 using benchmark::DoNotOptimize;
 using benchmark::State;
 
-constexpr double kTarget = 0.9;
-
 // ---- Documents of n values ----
 
 void OurParse(State& state, Content content) {
-  const Document document = NewDocument(content, state.range(0));
+  const Document& document = GetDocument(content, state.range(0));
   Parsed(document);
   for (auto _ : state) {
     const char* end = nullptr;
@@ -29,16 +28,17 @@ void OurParse(State& state, Content content) {
   SetItems(state, document.fCount);
 }
 
-void JsonParse(State& state, Content content) {
-  ParseJson(state, NewDocument(content, state.range(0)));
-  SetTarget(state, kTarget);
+// A target of 0 is none.
+void PeerParse(State& state, Content content, const JsonPeer& peer, double target) {
+  ParseWithPeer(state, GetDocument(content, state.range(0)), peer);
+  if (target != 0) SetTarget(state, target);
 }
 
 // ---- Numbers: an iteration parses a thousand ----
 
 template <class Read>
 void ReadNumbers(State& state, Content content, Read read) {
-  const Document document = NewDocument(content, 1001);
+  const Document& document = GetDocument(content, 1001);
   for (auto _ : state) {
     const char* cursor = document.fText.c_str();
     while (*cursor++ != ']') DoNotOptimize(read(cursor));
@@ -69,24 +69,39 @@ void StrtodNumbers(State& state, Content content) {
 
 void RegisterBenchmarks() {
   using benchmark::RegisterBenchmark;
+  constexpr std::int64_t kMillion = 1'000'000;
   const struct {
     std::string fName;
     Content fContent;
-  } contents[] = {{"integers", Content::kIntegers},
-                  {"reals", Content::kReals},
-                  {"strings", Content::kStrings},
-                  {"words", Content::kWords},
-                  {"records", Content::kRecords}};
-  for (const auto& [name, content] : contents) {
-    for (const std::int64_t count : {1'000, 100'000, 1'000'000}) {
-      RegisterBenchmark(("parse_" + name + "/ours").c_str(), &OurParse, content)->Arg(count);
-      RegisterBenchmark(("parse_" + name + "/nlohmann").c_str(), &JsonParse, content)->Arg(count);
+    double fTarget;
+    double fTargetForMillion;
+    double fBoostTarget;
+  } contents[] = {{"integers", Content::kIntegers, 0.42, 0.42, 1.5},
+                  {"reals", Content::kReals, 0.35, 0.35, 1.5},
+                  {"strings", Content::kStrings, 1.1, 1.6, 0},
+                  {"words", Content::kWords, 0.60, 0.60, 0},
+                  {"records", Content::kRecords, 0.65, 0.65, 0}};
+  for (const auto& content : contents) {
+    const std::string title = "parse_" + content.fName + "/";
+    for (const std::int64_t count :
+         {std::int64_t{1'000}, std::int64_t{10'000}, std::int64_t{100'000}, kMillion}) {
+      RegisterBenchmark((title + "ours").c_str(), &OurParse, content.fContent)->Arg(count);
+      for (const JsonPeer& peer : JsonPeers()) {
+        const std::string name = peer.fName;
+        const double target = name == "boost_json" ? content.fBoostTarget
+                              : name != "nlohmann" ? 0
+                              : count == kMillion  ? content.fTargetForMillion
+                                                   : content.fTarget;
+        RegisterBenchmark((title + name).c_str(), &PeerParse, content.fContent, peer, target)
+            ->Arg(count);
+      }
     }
   }
-  for (const auto& [name, content] : {contents[0], contents[1]}) {
-    RegisterBenchmark(("token_" + name + "/ours").c_str(), &OurNumbers, content);
-    RegisterBenchmark(("token_" + name + "/from_chars").c_str(), &FromCharsNumbers, content);
-    RegisterBenchmark(("token_" + name + "/strtod").c_str(), &StrtodNumbers, content);
+  for (const auto& content : {contents[0], contents[1]}) {
+    const std::string title = "token_" + content.fName + "/";
+    RegisterBenchmark((title + "ours").c_str(), &OurNumbers, content.fContent);
+    RegisterBenchmark((title + "from_chars").c_str(), &FromCharsNumbers, content.fContent);
+    RegisterBenchmark((title + "strtod").c_str(), &StrtodNumbers, content.fContent);
   }
 }
 
