@@ -153,7 +153,7 @@ TEST_F(ClientTest, TablesThatAreGone) {
     EXPECT_EQ(Thrown(construct), kMissingProcedure);
   }
   EXPECT_EQ(Thrown([] { CKAPPositionableStream stream("/tmp", "r"); }), kInvalidContainer);
-  EXPECT_EQ(Thrown([] { Factory::NewClientSimpleStream(nullptr); }), kUnknown);
+  EXPECT_EQ(Thrown([] { (void)Factory::NewClientSimpleStream(nullptr); }), kUnknown);
 }
 
 // What a destructor throws is reported when the object is deleted, or returned by the procedure
