@@ -10,7 +10,7 @@
 find_package(GTest REQUIRED)
 set(KAP_TEST_TIMEOUT ${KAP_TEST_TIMEOUT} CACHE STRING "Seconds after which a test is ended")
 
-set(kap_locales ${CMAKE_BINARY_DIR}/locale)
+set(kap_locales ${PROJECT_BINARY_DIR}/locale)
 add_custom_command(OUTPUT ${kap_locales}/de_DE.UTF-8/LC_NUMERIC
   COMMAND ${CMAKE_COMMAND} -E make_directory ${kap_locales}
   COMMAND localedef -i de_DE -f UTF-8 ${kap_locales}/de_DE.UTF-8

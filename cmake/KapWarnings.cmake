@@ -1,12 +1,14 @@
-# kap_warnings: the warnings for every target of this project. The root links it to all of them.
-option(KAP_WERROR "Warnings are errors" ON)
+# The warnings for every target of this project. They are options of the folder, because what is
+# linked to a target would have to be installed with it.
+option(KAP_WERROR "Warnings are errors" ${PROJECT_IS_TOP_LEVEL})
 
-add_library(kap_warnings INTERFACE)
-target_compile_options(kap_warnings INTERFACE
+set(cxx -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi)
+set(gnu -Wduplicated-cond -Wlogical-op -Wsuggest-override
+  # g++ 12 reports overlapping copies inside std::string that do not exist.
+  -Wno-restrict)
+add_compile_options(
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wdouble-promotion
   -Wformat-security -Wcast-qual -Wcast-align -Wundef -Wvla
-  $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
-  $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wduplicated-cond -Wlogical-op -Wsuggest-override>
-  # g++ 12 reports overlapping copies inside std::string that do not exist.
-  $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>
+  "$<$<COMPILE_LANGUAGE:CXX>:${cxx}>"
+  "$<$<COMPILE_LANG_AND_ID:CXX,GNU>:${gnu}>"
   $<$<BOOL:${KAP_WERROR}>:-Werror>)

@@ -100,5 +100,27 @@ class Contracts(unittest.TestCase):
                     self.assertEqual(told, faults)
 
 
+class Licences(unittest.TestCase):
+    SPDX = "SPDX-License-Identifier: MIT\n"
+
+    def test_faults(self):
+        rows = [
+            ("a source with the line", {"a.cpp": "// " + self.SPDX}, []),
+            ("a script has it after its first line", {"run": "#!/bin/sh\n# " + self.SPDX}, []),
+            ("a source without it", {"host/a.h": "int a;\n"}, ["host/a.h"]),
+            ("a script without it", {"run": "#!/bin/sh\n"}, ["run"]),
+            ("too far down", {"CMakeLists.txt": "\n\n# " + self.SPDX}, ["CMakeLists.txt"]),
+            ("another licence", {"a.c": "// " + self.SPDX.replace("MIT", "ISC")}, ["a.c"]),
+            ("documents and test data have none",
+             {"a.py": "# " + self.SPDX, "a.md": "# A\n", "fuzz/seeds/text/a.c": "a"}, []),
+        ]
+        for why, files, faults in rows:
+            with self.subTest(why):
+                status, output = run("check_licences", files)
+                self.assertEqual(status, 1 if faults else 0, output)
+                if faults:
+                    self.assertEqual([line.split(":")[0] for line in output.splitlines()], faults)
+
+
 if __name__ == "__main__":
     unittest.main()

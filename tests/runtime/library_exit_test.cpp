@@ -1,6 +1,9 @@
 #include <dlfcn.h>
 
+#include <atomic>
+#include <mutex>
 #include <optional>
+#include <thread>
 
 #include "HostTap.h"
 #include "OwnProcess.h"
@@ -70,6 +73,39 @@ TEST(LibraryExitTest, UnloadedWithoutTerminate) {
     dlclose(library);
     dlclose(library);
     EXPECT_EQ(dlopen(KAP_LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  });
+}
+
+// What the library keeps for a thread does not keep the library, and nothing of it runs when the
+// thread ends.
+TEST(LibraryExitTest, UnloadedWhileThreadsLive) {
+  ExpectGoodExit([] {
+    World& world = MakeWorld();
+    std::mutex calls;  // the tap is for one thread at a time
+    std::atomic<int> ready = 0;
+    std::atomic<bool> unloaded = false;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+      threads.emplace_back([&] {
+        {
+          const std::lock_guard lock(calls);
+          KAPContainer* const object =
+              world.Call<POSObjectStatics, "CreateFromText">("<Key [1 [(text)]]>", nullptr);
+          EXPECT_TRUE((world.Call<POSObjectInterface, "IsEqual">(object, object)));
+          world.Call<KAPContainerInterface, "Release">(object);
+        }
+        ++ready;
+        while (!unloaded) std::this_thread::yield();
+      });
+    }
+    while (ready != 8) std::this_thread::yield();
+    HostTap::Forbid();
+    void* library = dlopen(KAP_LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD);
+    dlclose(library);
+    dlclose(library);
+    EXPECT_EQ(dlopen(KAP_LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr);
+    unloaded = true;
+    for (std::thread& thread : threads) thread.join();
   });
 }
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What must not compile: must_not_compile.py COMPILER INCLUDE_FOLDER
 
 Each row is a slip, the code that makes it, and the words that the compiler must say. Exactly one

@@ -132,4 +132,57 @@ TEST_F(TypesTest, OtherObjects) {
             Outcome{"! CPOSArray::GetAt subscript failed"});
 }
 
+// Each level doubles the checks: they would not end if outcomes were not remembered.
+TEST_F(TypesTest, SeveralTypesAtEachLevel) {
+  constexpr int kLevels = 32;
+  const auto nested = [](const std::string& inner) {
+    return std::string(kLevels, '[') + inner + std::string(kLevels, ']');
+  };
+  const auto members = [](std::string inner) {
+    for (int level = 0; level < kLevels; ++level) inner = "< k " + inner + " >";
+    return inner;
+  };
+  const struct {
+    const char* why;
+    const char* definitions;  // of a level; A@ is its type, and A# that of the next level
+    std::string object;
+    bool valid;
+  } rows[] = {
+      {"a union", "A@ < category union set [A# A#] >", "text", false},
+      {"a union, valid", "A@ < category union set [A# A#] >", "1", true},
+      {"unions in turn",
+       "A@ < category union set [A# B#] > B@ < category union set [B# A#] > B32 < category real >",
+       "text", false},
+      {"nested objects",
+       "A@ < category union set [X@ Y@] > X@ < category array membertype A# minlen 9 >"
+       "Y@ < category array membertype A# >",
+       nested("text"), false},
+      {"nested objects, valid by the second type only",
+       "A@ < category union set [X@ Y@] > X@ < category array membertype A# minlen 9 >"
+       "Y@ < category array membertype A# >",
+       nested("1"), true},
+      {"an intersection", "A@ < category intersection set [A# A#] >", "1", true},
+      {"a value and a member", "A@ < category dict required < k A# > valuetype A# >", members("1"),
+       true}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.why);
+    std::string schema = "< A32 < category int > ";
+    for (int level = 0; level < kLevels; ++level) {
+      for (const char* c = row.definitions; *c != '\0'; ++c) {
+        schema += *c == '@'   ? std::to_string(level)
+                  : *c == '#' ? std::to_string(level + 1)
+                              : std::string(1, *c);
+      }
+    }
+    const Object validator = Validator((schema + " >").c_str());
+    const Object object = Read(row.object.c_str());
+    EXPECT_EQ((Call<POSValidatorInterface, "Validate">(validator.get(), object.get(),
+                                                       Key("A0").get(), nullptr)),
+              row.valid);
+    if (row.valid) {
+      EXPECT_EQ(Validate(validator, "A0", object), kValid);
+    }
+  }
+}
+
 }  // namespace

@@ -20,7 +20,7 @@ void DeclareAll(CLI::App& options, Session& session) {
   options.set_help_flag("--help,-h", "Prints this help");
   options
       .add_option("--library", session.LibraryPath(),
-                  "Path of libKAPUtils.so; default: ../lib, then the program's folder")
+                  "Path of libKAPUtils.so; default: the installed one, then ../lib")
       ->option_text("FILE");
   options.footer(
       "posutil COMMAND --help describes a command.\n\n"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Whose reference a handle carries. Every class that owns a reference takes a handle in these ways,

@@ -49,8 +49,12 @@ class CKAPContainer {
   // handles it receives. `container` is a live container.
   static void* PrimaryInstance(const KAPContainer* container,
                                const CKAPStringAtom& signature) noexcept {
+    return PrimaryInstance(container, signature.Text());
+  }
+  // The same with the text of the atom.
+  static void* PrimaryInstance(const KAPContainer* container, const char* signature) noexcept {
     const Primary primary = GetPrimary(container);
-    return primary.fSignature == signature.Text() ? primary.fInstance : nullptr;
+    return primary.fSignature == signature ? primary.fInstance : nullptr;
   }
 
   // The signature: the text pointer of the primary instance's name, borrowed from the container;
@@ -84,6 +88,7 @@ class CKAPContainer {
     void* fInstance;
     const char* fSignature;
   };
+  static_assert(offsetof(Primary, fInstance) == 0 && offsetof(Primary, fSignature) == 8);
   static Primary GetPrimary(const KAPContainer* container) noexcept {
     Primary primary;
     std::memcpy(&primary, reinterpret_cast<const char*>(container) + fPrimaryOffset,

@@ -26,6 +26,9 @@ class CKAPMemory {
   // A block of at least `size` bytes, 16-byte aligned, not initialised; free it with Free. Never
   // null: throws std::bad_alloc when the host has no memory, and as Init does. `size` is not 0.
   static void* Alloc(std::size_t size);
+  // Resizes a block, which may move, and keeps the bytes that fit; for plain data. The block is
+  // unchanged when it throws what Alloc throws. `block` is not null and `size` is not 0.
+  static void* Realloc(void* block, std::size_t size);
   // Frees a block; null is ignored. After the binding it does nothing: the host may be gone.
   static void Free(void* block) noexcept;
 

@@ -62,6 +62,13 @@ struct KAPDataBlock {
   void (*release)(void* clientData);
 };
 
+// Components of different compilers and versions agree on these.
+static_assert(sizeof(bool) == 1 && sizeof(int) == 4 && sizeof(long) == 8);
+static_assert(sizeof(std::size_t) == 8 && sizeof(void*) == 8 && sizeof(void (*)()) == 8);
+static_assert(offsetof(KAPDataBlock, text) == 0 && offsetof(KAPDataBlock, size) == 8);
+static_assert(offsetof(KAPDataBlock, clientData) == 16 && offsetof(KAPDataBlock, release) == 24);
+static_assert(sizeof(KAPDataBlock) == 32);
+
 // The one callback through which a component reaches the binder. Returns the address of the
 // procedure registered under the three names, or null when there is none. [any thread]
 using KAPGetProcAddressProc = void* (*)(const char* interfaceName, const char* methodName,

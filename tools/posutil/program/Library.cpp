@@ -13,16 +13,20 @@ namespace {
 
 constexpr char kLibraryName[] = "libKAPUtils.so";
 
+// Where the library is, relative to this program: the installed plug-in, then the places of a build.
+constexpr const char* kLibraryFolders[] = {KAP_PLUGIN_FOLDER, "../lib", "."};
+
 std::string Locate() {
   std::error_code error;
   const std::filesystem::path folder =
       std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  for (const auto& candidate : {folder / ".." / "lib" / kLibraryName, folder / kLibraryName}) {
-    if (::access(candidate.c_str(), R_OK) == 0) return candidate.lexically_normal().string();
+  std::string places;
+  for (const char* const place : kLibraryFolders) {
+    const auto candidate = (folder / place / kLibraryName).lexically_normal();
+    if (::access(candidate.c_str(), R_OK) == 0) return candidate.string();
+    places += (places.empty() ? "" : ", ") + candidate.parent_path().string();
   }
-  throw Failure(std::string(kLibraryName) + " is neither in " +
-                (folder / ".." / "lib").lexically_normal().string() + " nor in " + folder.string() +
-                "; use --library");
+  throw Failure(std::string(kLibraryName) + " is in none of " + places + "; use --library");
 }
 
 KAPHost::Component Load(KAPHost::Host& host, const std::string& path) {

@@ -16,7 +16,7 @@ std::string ReportText(const std::string& about, const std::string& report);
 // Lifetime: destroy every property object first.
 class Library {
  public:
-  // An empty path means ../lib relative to the program, then the folder of the program. Throws
+  // An empty path means the installed plug-in or, in a build, the one beside the program. Throws
   // Failure.
   explicit Library(const std::string& path);
   Library(const Library&) = delete;

@@ -20,6 +20,13 @@ void* CKAPMemory::Alloc(std::size_t size) {
   return block;
 }
 
+void* CKAPMemory::Realloc(void* block, std::size_t size) {
+  void* resized = KAPMemoryClient::Call<"Realloc">(block, size);
+  if (!resized) [[unlikely]]
+    ThrowMemError();
+  return resized;
+}
+
 void CKAPMemory::Free(void* block) noexcept {
   if (block) KAPMemoryClient::CallReleasing<"Free">(block);
 }

@@ -1,5 +1,6 @@
 // The three functions that the library exports.
 
+#include "KAPUtilsVersion.h"
 #include "kap/KAPClient.h"
 #include "kapimpl/base/KAPUtilsAtoms.h"
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"
@@ -19,7 +20,7 @@ KAPUTILS_EXPORT int KAPUtilsInitialize(KAPGetProcAddressProc getProcAddress) noe
 // are destroyed without a host call.
 KAPUTILS_EXPORT void KAPUtilsTerminate() noexcept;
 
-// 0x10101. May be called at any time.
+// KAPUTILS_VERSION of this build. May be called at any time.
 KAPUTILS_EXPORT int KAPUtilsGetVersion() noexcept;
 
 namespace {
@@ -86,4 +87,4 @@ void KAPUtilsTerminate() noexcept {
   }
 }
 
-int KAPUtilsGetVersion() noexcept { return 0x10101; }
+int KAPUtilsGetVersion() noexcept { return KAPUTILS_VERSION; }

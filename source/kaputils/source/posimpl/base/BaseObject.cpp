@@ -1,10 +1,8 @@
 #include "posimpl/base/BaseObject.h"
 
-#include "kapimpl/base/ContainedObject.h"
-
 namespace NPOSObjectImpl {
 
-constinit std::atomic<unsigned int> BaseObject::fNumPOSObjects = 0;
+constinit ObjectCount BaseObject::fNumPOSObjects;
 
 BaseObject* BaseObject::AskHost(const POSObject* handle) noexcept {
   try {
@@ -21,10 +19,10 @@ BaseObject& BaseObject::GetInstance(const POSObject* handle) {
   return *instance;
 }
 
-POSObject* BaseObject::PutIntoContainer(std::unique_ptr<BaseObject> object,
-                                        KAPDeleteProc deleteObject) {
+POSObject* BaseObject::PutIntoContainer(BaseObject* object, KAPDeleteProc deleteObject) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(std::move(object), atoms.POSObjectImpl, atoms.POSObjectInterface, deleteObject);
+  return KAP_T_MT::CKAPContainer::NewFullContainer(object, atoms.POSObjectImpl,
+                                                   atoms.POSObjectInterface, deleteObject);
 }
 
 }  // namespace NPOSObjectImpl

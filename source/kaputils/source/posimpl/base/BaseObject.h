@@ -1,8 +1,5 @@
 #pragma once
 
-#include <sys/single_threaded.h>
-
-#include <atomic>
 #include <memory>
 #include <utility>
 
@@ -11,6 +8,7 @@
 #include "kapimpl/base/KAPUtilsAtoms.h"
 #include "pos/POSException.h"
 #include "pos/POSObject.h"
+#include "posimpl/base/ObjectCount.h"
 
 namespace NPOSObjectImpl {
 
@@ -18,21 +16,23 @@ using KAP_T_MT::CPOSObject;
 using KAP_T_MT::POSException;
 using KAP_T_MT::POSType;
 
+class NestingStack;
+
 // What the handle of a property object stands for: the primary instance of its container.
 class BaseObject : public KAP_T_MT::CKAPClientBase {
  public:
   BaseObject(const BaseObject&) = delete;
   BaseObject& operator=(const BaseObject&) = delete;
-  virtual ~BaseObject() { CountObjects(-1); }
+  virtual ~BaseObject() { fNumPOSObjects.AddDeleted(); }
 
   // This object itself when it cannot change, else a new one that the caller owns.
-  virtual BaseObject* Clone() = 0;
-  virtual bool IsEqual(const BaseObject& other) const = 0;
+  virtual BaseObject* Clone(NestingStack& stack) = 0;
+  virtual bool IsEqual(const BaseObject& other, NestingStack& stack) const = 0;
   virtual POSType GetType() const = 0;
 
   // The property object of a handle. Without one (null, a container of another implementation, a
   // host that fails): null, or POSException "instance was not an POSObject".
-  static BaseObject* GetInstanceNoThrow(const POSObject* handle) noexcept {
+  [[gnu::always_inline]] static BaseObject* GetInstanceNoThrow(const POSObject* handle) noexcept {
     BaseObject* own = OwnInstance(handle);
     return own || !handle ? own : AskHost(handle);
   }
@@ -53,11 +53,22 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
     return CPOSObject(KAP_T_MT::CKAPContainer::AddRef(handle), KAP_T_MT::KAPAdopt());
   }
 
+  // The handle with a new reference, for what is known to be a property object; null for null.
+  [[gnu::always_inline]] static POSObject* AddRef(POSObject* held) {
+    return held ? KAP_T_MT::CKAPContainer::AddRef(held) : nullptr;
+  }
+  static CPOSObject Share(POSObject* held) { return Adopt(AddRef(held)); }
+  // Takes over the reference of a handle, null included.
+  [[gnu::always_inline]] static CPOSObject Adopt(POSObject* handle) {
+    return handle ? CPOSObject(handle, KAP_T_MT::KAPAdopt()) : CPOSObject();
+  }
+
   // Puts the object into a container: one reference for the caller.
   template <class Kind>
   static POSObject* Contain(std::unique_ptr<Kind> object) {
-    const KAPDeleteProc deleteObject = object->GetDeleteProc();
-    return PutIntoContainer(std::unique_ptr<BaseObject>(std::move(object)), deleteObject);
+    POSObject* const handle = PutIntoContainer(object.get(), object->GetDeleteProc());
+    static_cast<void>(object.release());  // the container owns it now
+    return handle;
   }
 
   // Deliberate no-ops: they write nothing.
@@ -68,7 +79,7 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   virtual KAPDeleteProc GetDeleteProc() const noexcept = 0;
 
  protected:
-  BaseObject() noexcept { CountObjects(1); }
+  BaseObject() noexcept { fNumPOSObjects.AddMade(); }
 
   template <class Kind>
   static void Delete(void* instance) noexcept {
@@ -76,24 +87,11 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   }
 
  private:
-  static BaseObject* AskHost(const POSObject* handle) noexcept;
-  static POSObject* PutIntoContainer(std::unique_ptr<BaseObject> object,
-                                     KAPDeleteProc deleteObject);
+  [[gnu::noinline]] static BaseObject* AskHost(const POSObject* handle) noexcept;
+  // The object becomes the container's, unless this throws.
+  static POSObject* PutIntoContainer(BaseObject* object, KAPDeleteProc deleteObject);
 
-  // The C library knows whether the process has ever had a second thread. Until then an ordinary
-  // addition suffices: an atomic one costs more than the rest of an object's constructor. A thread
-  // that is created later sees the result.
-  static void CountObjects(int change) noexcept {
-    const auto difference = static_cast<unsigned int>(change);
-    if (__libc_single_threaded) {
-      fNumPOSObjects.store(fNumPOSObjects.load(std::memory_order_relaxed) + difference,
-                           std::memory_order_relaxed);
-    } else {
-      fNumPOSObjects.fetch_add(difference, std::memory_order_relaxed);
-    }
-  }
-
-  static constinit std::atomic<unsigned int> fNumPOSObjects;  // live objects of all kinds
+  static constinit ObjectCount fNumPOSObjects;  // live objects of all kinds
 };
 
 }  // namespace NPOSObjectImpl

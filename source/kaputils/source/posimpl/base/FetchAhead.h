@@ -12,15 +12,15 @@ namespace NPOSObjectImpl {
 // a wait for memory, which is over by the time the walk gets there (measured in
 // bench/bench_stream.cpp). Always inline: g++ drops the call of a function that does nothing but
 // prefetch.
-[[gnu::always_inline]] inline void FetchAhead(std::span<const CPOSObject> elements,
+[[gnu::always_inline]] inline void FetchAhead(std::span<POSObject* const> elements,
                                               std::size_t index) noexcept {
   constexpr std::size_t kContainersAhead = 12;
   constexpr std::size_t kObjectsAhead = 6;
   if (index + kContainersAhead < elements.size()) {
-    __builtin_prefetch(elements[index + kContainersAhead].Handle());
+    __builtin_prefetch(elements[index + kContainersAhead]);
   }
   if (index + kObjectsAhead < elements.size()) {
-    __builtin_prefetch(BaseObject::OwnInstance(elements[index + kObjectsAhead].Handle()));
+    __builtin_prefetch(BaseObject::OwnInstance(elements[index + kObjectsAhead]));
   }
 }
 

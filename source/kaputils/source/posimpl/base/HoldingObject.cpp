@@ -70,8 +70,9 @@ class HoldingObject::Releases {
   // Measures how many more rounds fit, once for each outermost round.
   [[gnu::noinline]] bool RaisesLimit() noexcept {
     if (fDepthLimit != kDepthUnmeasured) return false;
-    const NestingLevel level;  // finds the ends of the stack
-    const unsigned long rounds = NestingLevel::HowManyFit(kStackOfRound);
+    NestingStack& stack = NestingStack::OnThisThread();
+    const NestingLevel level(stack);  // finds the ends of the stack
+    const unsigned long rounds = stack.HowManyFit(kStackOfRound);
     fDepthLimit += static_cast<int>(std::min<unsigned long>(rounds, kMaxDepth - kDepthUnmeasured));
     return fDepth < fDepthLimit;
   }
@@ -110,26 +111,20 @@ void HoldingObject::CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* poin
       [=] { KAP_T_MT::KAPReportingError([=] { release(pointer); }); });
 }
 
-CPOSObject HoldingObject::CloneOf(const CPOSObject& held) {
-  BaseObject* own = OwnInstance(held.Handle());
-  if (!own) {
-    const CPOSObject kept = held;
-    return kept.IsNull() ? kept : kept.Clone();
-  }
-  if (KAP_T_MT::POSIsScalar(own->GetType())) return held;
-  return CPOSObject(Contain(std::unique_ptr<BaseObject>(own->Clone())), KAP_T_MT::KAPAdopt());
+POSObject* HoldingObject::CloneForeign(POSObject* held) {
+  const CPOSObject kept = Share(held);
+  return held ? kept.Clone().Detach() : nullptr;
 }
 
-bool HoldingObject::AreEqual(const CPOSObject& a, const CPOSObject& b) {
-  if (a.IsNull() || b.IsNull()) return a.IsNull() && b.IsNull();
-  const BaseObject* own = OwnInstance(a.Handle());
-  if (!own) {
-    const CPOSObject kept = a;
-    const CPOSObject otherKept = b;
-    return kept.IsEqual(otherKept);
+bool HoldingObject::AreEqualForeign(POSObject* a, POSObject* b, NestingStack& stack) {
+  if (!a || !b) return !a && !b;
+  if (const BaseObject* own = OwnInstance(a)) {
+    const BaseObject* other = GetInstanceNoThrow(b);
+    return other && own->IsEqual(*other, stack);
   }
-  const BaseObject* other = GetInstanceNoThrow(b.Handle());
-  return other && own->IsEqual(*other);
+  const CPOSObject kept = Share(a);
+  const CPOSObject otherKept = Share(b);
+  return kept.IsEqual(otherKept);
 }
 
 }  // namespace NPOSObjectImpl

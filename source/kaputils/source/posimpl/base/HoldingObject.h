@@ -31,36 +31,54 @@ class HoldingObject : public BaseObject {
   // releases that are announced in this way may be filed.
   class ReleaseOfHeld {
    public:
-    ReleaseOfHeld() noexcept : fNext(NextOnThisThread()) {}
+    ReleaseOfHeld() noexcept : fNext(NextOnThisThread()), fOwnName(OwnName()) {}
     ReleaseOfHeld(const ReleaseOfHeld&) = delete;
     ReleaseOfHeld& operator=(const ReleaseOfHeld&) = delete;
     ~ReleaseOfHeld() { fNext = nullptr; }
 
-    void Expect(const CPOSObject& held) noexcept { fNext = OwnInstance(held.Handle()); }
+    void Expect(const POSObject* held) noexcept {
+      fNext = held ? static_cast<const BaseObject*>(
+                         KAP_T_MT::CKAPContainer::PrimaryInstance(held, fOwnName))
+                   : nullptr;
+    }
 
    private:
     static const BaseObject*& NextOnThisThread() noexcept;
+    static const char* OwnName() noexcept {
+      const KAPUtilsAtoms* const atoms = KAPUtilsAtoms::Find();
+      return atoms ? atoms->POSObjectImpl.Text() : nullptr;
+    }
 
     const BaseObject*& fNext;
+    const char* const fOwnName;  // what marks objects of ours
   };
 
   // Calls the release procedure of a raw pointer.
   static void CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* pointer) noexcept;
 
-  // The clone of what is held, and whether two things held are equal. Null clones to null and
+  // The clone of what is held, as a new reference, and whether two things held are equal. Null clones to null and
   // equals only null. An object of ours is asked directly, so that a failure at the bottom of a
   // thousand levels is thrown through them and reported once; any other one through its own
   // procedures, which may change what holds it: such an object is kept for the call.
-  static CPOSObject CloneOf(const CPOSObject& held);
-  static bool AreEqual(const CPOSObject& a, const CPOSObject& b);
-  // Whether what is held is an object of another component.
-  static bool IsForeign(const CPOSObject& held) noexcept {
-    return !held.IsNull() && !OwnInstance(held.Handle());
+  [[gnu::always_inline]] static POSObject* CloneOf(POSObject* held, NestingStack& stack) {
+    BaseObject* const own = OwnInstance(held);
+    if (!own) return CloneForeign(held);
+    BaseObject* const clone = own->Clone(stack);
+    return clone == own ? AddRef(held) : Contain(std::unique_ptr<BaseObject>(clone));
   }
+  static bool AreEqual(POSObject* a, POSObject* b, NestingStack& stack) {
+    const BaseObject* own = OwnInstance(a);
+    const BaseObject* other = OwnInstance(b);
+    return own && other ? own->IsEqual(*other, stack) : AreEqualForeign(a, b, stack);
+  }
+  // Whether what is held is an object of another component.
+  static bool IsForeign(const POSObject* held) noexcept { return held && !OwnInstance(held); }
 
  private:
   class Releases;
 
+  [[gnu::noinline]] static POSObject* CloneForeign(POSObject* held);
+  [[gnu::noinline]] static bool AreEqualForeign(POSObject* a, POSObject* b, NestingStack& stack);
   static void DeleteOrFile(HoldingObject* object) noexcept;
 
   HoldingObject* fNextToDelete = nullptr;

@@ -23,34 +23,13 @@ constexpr unsigned int kUnknownStackLevels = 64;
 
 }  // namespace
 
-struct NestingLevel::ThreadStack {
-  std::uintptr_t fLow;  // 0 when unknown
-  std::uintptr_t fHigh;
-  std::uintptr_t fLimit;  // no level begins below
-  unsigned int fLevels;
-
-  void Ask() noexcept;
-  bool Contains(std::uintptr_t address) const noexcept {
-    return fLow <= address && address < fHigh;
-  }
-  bool CarriesAnotherLevel() noexcept;
-};
-
 // Not inline: see build/kaputils/CMakeLists.txt on thread-local variables.
-[[gnu::noinline]] NestingLevel::ThreadStack& NestingLevel::OnThisThread() noexcept {
-  static thread_local constinit ThreadStack tStack = {};
+[[gnu::noinline]] NestingStack& NestingStack::OnThisThread() noexcept {
+  static thread_local constinit NestingStack tStack;
   return tStack;
 }
 
-namespace {
-
-std::uintptr_t Here() noexcept {
-  return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-}
-
-}  // namespace
-
-void NestingLevel::ThreadStack::Ask() noexcept {
+void NestingStack::Ask() noexcept {
   pthread_attr_t attributes;
   if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
   void* low = nullptr;
@@ -59,6 +38,7 @@ void NestingLevel::ThreadStack::Ask() noexcept {
     fLow = reinterpret_cast<std::uintptr_t>(low);
     fHigh = fLow + size;
     fLimit = fLow + std::clamp(size / kReservedPart, kSmallestReserve, kLargestReserve);
+    fRoom = fHigh - fLimit;
   }
   pthread_attr_destroy(&attributes);
 }
@@ -68,25 +48,15 @@ void NestingLevel::ThreadStack::Ask() noexcept {
 //
 // A frame outside the thread's stack is on a stack that the program made itself, and nothing tells
 // where that one ends.
-bool NestingLevel::ThreadStack::CarriesAnotherLevel() noexcept {
+bool NestingStack::CarriesAnotherLevel() noexcept {
   if (fHigh == 0 && fLevels == 1) Ask();
   const std::uintptr_t here = Here();
-  return Contains(here) ? here >= fLimit : fLevels <= kUnknownStackLevels;
+  return fLow <= here && here < fHigh ? here >= fLimit : fLevels <= kUnknownStackLevels;
 }
 
-// The level counts also when it does not fit: its destructor runs in any case.
-NestingLevel::NestingLevel() noexcept : fStack(OnThisThread()) {
-  ++fStack.fLevels;
-  fFits = fStack.CarriesAnotherLevel();
-}
-
-NestingLevel::~NestingLevel() { --fStack.fLevels; }
-
-unsigned long NestingLevel::HowManyFit(unsigned long bytesPerLevel) noexcept {
-  const ThreadStack& stack = OnThisThread();
-  const std::uintptr_t here = Here();
-  if (!stack.Contains(here) || here < stack.fLimit) return 0;
-  return (here - stack.fLimit) / std::max(bytesPerLevel, 1ul);
+unsigned long NestingStack::HowManyFit(unsigned long bytesPerLevel) const noexcept {
+  const std::uintptr_t left = Here() - fLimit;
+  return left < fRoom ? left / std::max(bytesPerLevel, 1ul) : 0;
 }
 
 void NestingGuard::ThrowTooDeep() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <type_traits>
+#include <typeinfo>
 
 #include "posimpl/base/BaseObject.h"
 
@@ -35,7 +36,7 @@ class TObjectKind : public Base {
 
   // The object as one of this kind, null when it is of another.
   static Kind* As(BaseObject* object) noexcept {
-    return object && object->GetType() == Kind::kType ? static_cast<Kind*>(object) : nullptr;
+    return object && IsOfKind(*object) ? static_cast<Kind*>(object) : nullptr;
   }
   static const Kind* As(const BaseObject* object) noexcept {
     return As(const_cast<BaseObject*>(object));
@@ -50,14 +51,21 @@ class TObjectKind : public Base {
     return Kind::kType;
   }
   KAPDeleteProc GetDeleteProc() const noexcept final { return &Base::template Delete<Kind>; }
+
+ private:
+  // By the address of the type: no object comes from outside the library, and it takes no virtual
+  // call, unlike GetType.
+  static bool IsOfKind(const BaseObject& object) noexcept {
+    return &typeid(object) == &typeid(Kind);
+  }
 };
 
 // A kind that cannot change: shared instead of copied. `Kind` supplies EqualsSame.
 template <class Kind, class Base>
 class TScalar : public TObjectKind<Kind, Base> {
  public:
-  BaseObject* Clone() final { return this; }
-  bool IsEqual(const BaseObject& other) const final {
+  BaseObject* Clone(NestingStack&) final { return this; }
+  bool IsEqual(const BaseObject& other, NestingStack&) const final {
     const Kind* same = TScalar::As(&other);
     return same && static_cast<const Kind*>(this)->EqualsSame(*same);
   }

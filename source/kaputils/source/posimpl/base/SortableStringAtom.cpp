@@ -42,9 +42,10 @@ TextPrefix::TextPrefix(std::string_view text) noexcept {
   }
 }
 
-int SortableStringAtom::Compare(const SortableStringAtom& a, const SortableStringAtom& b) noexcept {
+int SortableStringAtom::CompareOther(const SortableStringAtom& a,
+                                     const SortableStringAtom& b) noexcept {
   const int order = a.fPrefix.Compare(b.fPrefix);
-  return order != 0 || a.Text() == b.Text() ? order : std::strcmp(a.Text(), b.Text());
+  return order != 0 ? order : std::strcmp(a.Text(), b.Text());
 }
 
 // Keys that share their prefix mostly differ soon after: a few bytes in a loop cost less

@@ -75,9 +75,12 @@ class SortableStringAtom {
     const int order = text.Prefix().Compare(key.Prefix());
     return order != 0 || text.Prefix().HoldsAll() ? order : CompareRest(text.Text(), key.Text());
   }
-  static int Compare(const SortableStringAtom& a, const SortableStringAtom& b) noexcept;
+  static int Compare(const SortableStringAtom& a, const SortableStringAtom& b) noexcept {
+    return a.Text() == b.Text() ? 0 : CompareOther(a, b);
+  }
 
  private:
+  static int CompareOther(const SortableStringAtom& a, const SortableStringAtom& b) noexcept;
   static int CompareRest(std::string_view text, const char* key) noexcept;
 
   KAP_T_MT::CKAPStringAtom fAtom;

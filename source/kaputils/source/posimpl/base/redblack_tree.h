@@ -131,9 +131,14 @@ class redblack_tree {
   template <class Key>
   const Entry* FirstAfter(const Key& key) const noexcept {
     const Position position = Search(key);
-    if (position.found) return Next(position.found);
-    const Entry* parent = Typed(position.place.parent);
-    return parent && position.place.side != 0 ? Next(parent) : parent;
+    return position.found ? Next(position.found) : FirstAfter(position);
+  }
+
+  // The same with the key's own entry, when it is there.
+  template <class Key>
+  const Entry* FirstFrom(const Key& key) const noexcept {
+    const Position position = Search(key);
+    return position.found ? position.found : FirstAfter(position);
   }
 
   // With InsertAt: find or insert in one descent.
@@ -193,6 +198,12 @@ class redblack_tree {
   static Entry* Typed(redblack_node* node) noexcept {
     static_assert(std::derived_from<Entry, redblack_node>);
     return static_cast<Entry*>(node);
+  }
+
+  // The first entry after a place where nothing is.
+  static const Entry* FirstAfter(const Position& position) noexcept {
+    const Entry* parent = Typed(position.place.parent);
+    return parent && position.place.side != 0 ? Next(parent) : parent;
   }
 
   // Both children are fetched while the keys are compared: either may be next, and in a tree larger

@@ -34,22 +34,21 @@ bool TakeIndex(const char*& rest, std::uint32_t& index) noexcept {
   return rest != begin && *rest++ == ']';
 }
 
-const CPOSObject* Member(BaseObject* object, const char*& rest) noexcept {
+POSObject* Member(BaseObject* object, const char*& rest) noexcept {
   const Dict* dict = Dict::As(object);
   return dict ? dict->Find(TakeKey(rest)) : nullptr;
 }
 
 // The upper half of the index range is negative, and so past the end of any array; deliberate.
-const CPOSObject* Element(BaseObject* object, const char*& rest) noexcept {
+POSObject* Element(BaseObject* object, const char*& rest) noexcept {
   const Array* array = Array::As(object);
   std::uint32_t index = 0;
   if (!array || !TakeIndex(rest, index)) return nullptr;
   const auto widened = static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(index)});
-  const CPOSObject* element = array->Find(widened);
-  return element && !element->IsNull() ? element : nullptr;
+  return array->Find(widened);
 }
 
-const CPOSObject* Step(BaseObject* object, const char*& rest) noexcept {
+POSObject* Step(BaseObject* object, const char*& rest) noexcept {
   switch (*rest++) {
     case '.':
       return Member(object, rest);
@@ -60,10 +59,9 @@ const CPOSObject* Step(BaseObject* object, const char*& rest) noexcept {
   }
 }
 
-const CPOSObject* lookup(BaseObject* root, const char* rest) noexcept {
-  const CPOSObject* value = *rest == '.' ? Step(root, rest) : Member(root, rest);
-  while (value && *rest != '\0')
-    value = Step(BaseObject::GetInstanceNoThrow(value->Handle()), rest);
+POSObject* lookup(BaseObject* root, const char* rest) noexcept {
+  POSObject* value = *rest == '.' ? Step(root, rest) : Member(root, rest);
+  while (value && *rest != '\0') value = Step(BaseObject::GetInstanceNoThrow(value), rest);
   return value;
 }
 
@@ -71,7 +69,7 @@ const CPOSObject* lookup(BaseObject* root, const char* rest) noexcept {
 
 CPOSObject DeepGet(const Dict& dict, const char* path, bool noThrow) {
   try {
-    if (const CPOSObject* value = lookup(const_cast<Dict*>(&dict), path)) return *value;
+    if (POSObject* value = lookup(const_cast<Dict*>(&dict), path)) return BaseObject::Share(value);
   } catch (...) {  // whatever the reason, the path leads nowhere
   }
   if (!noThrow) throw POSException("Dict::DeepGet lookup failed");

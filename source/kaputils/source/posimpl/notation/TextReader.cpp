@@ -67,7 +67,7 @@ CPOSObject TextReader::ReadScalar() {
 }
 
 CPOSObject TextReader::ReadBracketed(char bracket) {
-  const NestingGuard guard;
+  const NestingGuard guard(fStack);
   ++fCursor;
   if (bracket == '[') {
     Made<Array> array;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "posimpl/base/BaseObject.h"
+#include "posimpl/base/NestingGuard.h"
 #include "posimpl/notation/TextToken.h"
 #include "posimpl/objects/Dict.h"
 
@@ -44,6 +45,7 @@ class TextReader {
   [[noreturn]] void FailAtBracket();
 
   const char* fCursor;
+  NestingStack& fStack = NestingStack::OnThisThread();
 };
 
 // The object written in `text`, and null in `*end`. A syntax error: an empty object, and where the

@@ -8,8 +8,9 @@
 
 namespace NPOSObjectImpl {
 
-// A growable sequence of slots, each a reference to a property object or empty. Changes swap first
-// and release last, since a release may call back.
+// A growable sequence of slots, each a reference to a property object or empty. A slot is a bare
+// handle, so that the host's "Realloc" may move it. Changes swap first and release last, since a
+// release may call back.
 class Array final : public TObjectKind<Array, HoldingObject> {
  public:
   static constexpr POSType kType = KAP_T_MT::kPOSArray;
@@ -18,37 +19,34 @@ class Array final : public TObjectKind<Array, HoldingObject> {
   Array() noexcept = default;
   ~Array() override;
 
-  BaseObject* Clone() override;
-  bool IsEqual(const BaseObject& other) const override;
+  BaseObject* Clone(NestingStack& stack) override;
+  bool IsEqual(const BaseObject& other, NestingStack& stack) const override;
 
   std::uint32_t Count() const noexcept { return fCount; }
 
-  // The slot; null past the end.
-  const CPOSObject* Find(std::uint64_t index) const noexcept {
-    return index < fCount ? &fElements[index] : nullptr;
+  // What the slot holds, borrowed; null for an empty slot and past the end.
+  POSObject* Find(std::uint64_t index) const noexcept {
+    return index < fCount ? fElements[index] : nullptr;
   }
-  // What the slot holds; nothing past the end.
-  CPOSObject GetAt(std::uint64_t index) const {
-    const CPOSObject* slot = Find(index);
-    return slot ? *slot : CPOSObject();
-  }
+  // The same with a new reference.
+  POSObject* GetAt(std::uint64_t index) const { return AddRef(Find(index)); }
   // Slots skipped over stay empty. TOQException "Math overflow exception" for an index that no
   // count can hold.
   void SetAt(std::uint64_t index, CPOSObject object);
   void Append(CPOSObject object) {
     if (fCount == fCapacity) return SetAt(fCount, std::move(object));
-    fElements[fCount++] = std::move(object);
+    fElements[fCount++] = object.Detach();
   }
   void Remove(std::uint64_t index) noexcept;  // no-op past the end
 
   // All slots, for a walk; valid until the array changes.
-  std::span<const CPOSObject> Elements() const noexcept { return {fElements, fCount}; }
+  std::span<POSObject* const> Elements() const noexcept { return {fElements, fCount}; }
 
  private:
   // Makes room for `count` slots: 4, then twice as many. Unchanged when it throws.
   void growToHold(std::uint32_t count);
 
-  CPOSObject* fElements = nullptr;  // fCapacity constructed slots in host memory
+  POSObject** fElements = nullptr;  // fCapacity slots in host memory, of which fCount are set
   std::uint32_t fCapacity = 0;
   std::uint32_t fCount = 0;
 };

@@ -1,31 +1,21 @@
 #include "posimpl/objects/Dict.h"
 
-#include <optional>
-
 #include "posimpl/base/NestingGuard.h"
 
 namespace NPOSObjectImpl {
 
 namespace {
 
-const CPOSObject* ValueOf(const DictEntry* entry) noexcept {
-  return entry ? &entry->Value() : nullptr;
-}
+POSObject* ValueOf(const DictEntry* entry) noexcept { return entry ? entry->Value() : nullptr; }
 
 }  // namespace
 
-const CPOSObject* Dict::Find(std::string_view key) const noexcept {
+POSObject* Dict::Find(std::string_view key) const noexcept {
   return ValueOf(fEntries.Find(SortableText(key)));
 }
 
-const CPOSObject* Dict::Find(const SortableStringAtom& key) const noexcept {
+POSObject* Dict::Find(const SortableStringAtom& key) const noexcept {
   return ValueOf(fEntries.Find(key));
-}
-
-CPOSObject Dict::Get(const char* key, bool noThrow) const {
-  if (const CPOSObject* value = Find(key)) return *value;
-  if (!noThrow) throw POSException("Dict::Get lookup failed");
-  return {};
 }
 
 Dict::~Dict() {
@@ -35,44 +25,45 @@ Dict::~Dict() {
 
 void Dict::Remove(std::string_view key) noexcept { fEntries.Remove(SortableText(key)); }
 
-// A step of a walk that calls the values. The procedures of a value of another component may change
-// the dictionary: for such a value the key is kept, and the next entry is found by it.
-class Dict::Step {
- public:
-  explicit Step(const DictEntry& entry) : fKey(&entry.GetKey()) {
-    if (IsForeign(entry.Value())) fKey = &fKeptKey.emplace(*fKey);
-  }
-  Step(const Step&) = delete;
-  Step& operator=(const Step&) = delete;
+// The procedures of a value of another component may change the dictionary: for such a value the
+// key is kept, and the next entry is found by it. Apart from the ordinary loops, which keep nothing.
+[[gnu::noinline]] DictEntry* Dict::CloneForeign(const DictEntry*& entry,
+                                                NestingStack& stack) const {
+  const SortableStringAtom key = entry->GetKey();
+  CPOSObject value = Adopt(CloneOf(entry->Value(), stack));
+  entry = fEntries.FirstAfter(key);
+  return new DictEntry(key, std::move(value));
+}
 
-  const SortableStringAtom& Key() const noexcept { return *fKey; }
-  bool IsKept() const noexcept { return fKeptKey.has_value(); }
-  const DictEntry* Next(const Dict& dict, const DictEntry* entry) const noexcept {
-    return IsKept() ? dict.fEntries.FirstAfter(*fKeptKey) : DictTree::Next(entry);
-  }
+[[gnu::noinline]] bool Dict::IsForeignEqual(const DictEntry*& ours, const Dict& dict,
+                                            const DictEntry*& theirs, NestingStack& stack) const {
+  const SortableStringAtom key = ours->GetKey();
+  const bool equal = AreEqual(ours->Value(), theirs->Value(), stack);
+  ours = fEntries.FirstAfter(key);
+  theirs = dict.fEntries.FirstAfter(key);
+  return equal;
+}
 
- private:
-  const SortableStringAtom* fKey;
-  std::optional<SortableStringAtom> fKeptKey;
-};
-
-BaseObject* Dict::Clone() {
-  const NestingGuard guard;
+BaseObject* Dict::Clone(NestingStack& stack) {
+  const NestingGuard guard(stack);
   std::unique_ptr<Dict> clone(new Dict);
   DictEntry* last = nullptr;
   for (const DictEntry* entry = fEntries.First(); entry;) {
-    const Step step(*entry);
-    CPOSObject value = CloneOf(entry->Value());
-    std::unique_ptr<DictEntry> copy(new DictEntry(step.Key(), std::move(value)));
+    std::unique_ptr<DictEntry> copy;
+    if (IsForeign(entry->Value())) [[unlikely]] {
+      copy.reset(CloneForeign(entry, stack));
+    } else {
+      copy.reset(new DictEntry(entry->GetKey(), Adopt(CloneOf(entry->Value(), stack))));
+      entry = DictTree::Next(entry);
+    }
     last = clone->fEntries.InsertLast(last, std::move(copy));
-    entry = step.Next(*this, entry);
   }
   return clone.release();
 }
 
 // Both in the order of their keys, so one walk finds every key's counterpart.
-bool Dict::IsEqual(const BaseObject& other) const {
-  const NestingGuard guard;
+bool Dict::IsEqual(const BaseObject& other, NestingStack& stack) const {
+  const NestingGuard guard(stack);
   const Dict* dict = As(&other);
   if (!dict) return false;
   const DictEntry* theirs = dict->fEntries.First();
@@ -82,10 +73,13 @@ bool Dict::IsEqual(const BaseObject& other) const {
       theirs = DictTree::Next(theirs);
     }
     if (order != 0) return false;
-    const Step step(*ours);
-    if (!AreEqual(ours->Value(), theirs->Value())) return false;
-    ours = step.Next(*this, ours);
-    if (step.IsKept()) theirs = dict->fEntries.FirstAfter(step.Key());
+    if (IsForeign(ours->Value())) [[unlikely]] {
+      if (!IsForeignEqual(ours, *dict, theirs, stack)) return false;
+    } else {
+      if (!AreEqual(ours->Value(), theirs->Value(), stack)) return false;
+      ours = DictTree::Next(ours);
+      theirs = DictTree::Next(theirs);
+    }
   }
   return true;
 }

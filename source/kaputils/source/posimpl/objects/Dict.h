@@ -19,7 +19,7 @@ class DictEntry : public NPOSImpl::redblack_node, public KAP_T_MT::KAPHostAlloca
 
   const SortableStringAtom& GetKey() const noexcept { return fKey; }
   CPOSObject& Value() noexcept { return fValue; }
-  const CPOSObject& Value() const noexcept { return fValue; }
+  POSObject* Value() const noexcept { return fValue.Handle(); }
 
   template <class Key>
   static int Compare(const Key& key, const DictEntry& entry) noexcept {
@@ -43,17 +43,22 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   Dict() noexcept = default;
   ~Dict() override;
 
-  BaseObject* Clone() override;
+  BaseObject* Clone(NestingStack& stack) override;
 
   // Every entry of this dictionary must have its equal in the other one. What only the other one
   // has does not count: deliberate, a dictionary equals its superset.
-  bool IsEqual(const BaseObject& other) const override;
+  bool IsEqual(const BaseObject& other, NestingStack& stack) const override;
 
-  // The value, null when there is none.
-  const CPOSObject* Find(std::string_view key) const noexcept;
-  const CPOSObject* Find(const SortableStringAtom& key) const noexcept;
-  // The value. Absent: an empty object if `noThrow`, else POSException "Dict::Get lookup failed".
-  CPOSObject Get(const char* key, bool noThrow) const;
+  // The value, borrowed; null when there is none.
+  POSObject* Find(std::string_view key) const noexcept;
+  POSObject* Find(const SortableStringAtom& key) const noexcept;
+  // The value with a new reference. Absent: null if `noThrow`, else POSException "Dict::Get lookup
+  // failed".
+  POSObject* Get(const char* key, bool noThrow) const {
+    POSObject* const value = Find(key);
+    if (!value && !noThrow) throw POSException("Dict::Get lookup failed");
+    return AddRef(value);
+  }
 
   // Sets the value of a key. A key that is there keeps its atom; for a new one `makeKey` makes the
   // atom of the text.
@@ -74,7 +79,9 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   const DictTree& Entries() const noexcept { return fEntries; }
 
  private:
-  class Step;
+  DictEntry* CloneForeign(const DictEntry*& entry, NestingStack& stack) const;
+  bool IsForeignEqual(const DictEntry*& ours, const Dict& dict, const DictEntry*& theirs,
+                      NestingStack& stack) const;
 
   DictTree fEntries;
 };

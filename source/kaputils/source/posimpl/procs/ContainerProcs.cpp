@@ -28,7 +28,7 @@ bool POSArrayIsPOSArrayProc(POSObject* object) noexcept {
 }
 
 POSObject* POSArrayGetAtProc(POSArray* array, unsigned long index) noexcept {
-  return KAPReportingError([=] { return Array::GetInstance(array).GetAt(index).Detach(); });
+  return KAPReportingError([=] { return Array::GetInstance(array).GetAt(index); });
 }
 
 unsigned int POSArrayCountProc(POSArray* array) noexcept {
@@ -58,7 +58,7 @@ bool POSDictIsPOSDictProc(POSObject* object) noexcept {
 }
 
 POSObject* POSDictGetProc(POSDict* dict, KAPStringAtom* key) noexcept {
-  return KAPReportingError([=] { return Dict::GetInstance(dict).Get(TextOf(key), true).Detach(); });
+  return KAPReportingError([=] { return Dict::GetInstance(dict).Get(TextOf(key), true); });
 }
 
 // Any failure on the way, one of the host too, means that the path leads nowhere.

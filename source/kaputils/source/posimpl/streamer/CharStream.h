@@ -6,8 +6,8 @@
 
 namespace NPOSStreamerImpl::NTypeAImpl {
 
-// Characters between the format and a stream: 512 bytes of them are buffered, and the context says
-// which are escaped and which one ends the construct.
+// Characters that are read: 512 bytes of them are buffered, and the context says which are escaped
+// and which one ends the construct.
 class CharStream {
  public:
   static constexpr std::size_t kCapacity = 512;

@@ -9,11 +9,13 @@
 #include "kapimpl/base/Finishing.h"
 #include "posimpl/base/BaseObject.h"
 #include "posimpl/base/SortableStringAtom.h"
-#include "posimpl/streamer/CharStream.h"
+#include "posimpl/objects/Dict.h"
+#include "posimpl/streamer/StreamParams.h"
 
 namespace NPOSStreamerImpl::NTypeAImpl {
 
 using NPOSObjectImpl::CPOSObject;
+using NPOSObjectImpl::DictEntry;
 using NPOSObjectImpl::SortableStringAtom;
 
 class ContainerInUse;
@@ -21,19 +23,18 @@ class ContainerInUse;
 // Writes characters to a stream: a full buffer at a time, and the rest when it is destroyed. The
 // destructor throws when that fails, unless an exception is in flight. While the stream writes,
 // everything that is in use keeps a reference.
-class OCharStream final : public CharStream {
+class OCharStream {
  public:
+  static constexpr std::size_t kCapacity = 512;
+
   explicit OCharStream(const KAP_T_MT::CKAPPositionableStream& stream);
+  OCharStream(const OCharStream&) = delete;
+  OCharStream& operator=(const OCharStream&) = delete;
   ~OCharStream() noexcept(false);
 
-  // A character of a value, escaped where the context asks for it.
-  void PutChar(char ch) {
-    const char letter = Context().HowToWrite(ch);
-    if (letter == StreamParams::kPlain) return PutRaw(ch);
-    PutEscaped(ch, letter);
-  }
-  // The same for each character up to the terminator.
-  void PutText(const char* text);
+  // A value with the text up to the terminator as its content, escaped as `params` say. `owner`
+  // owns the text and stays alive until all of it is written; without one, the caller sees to that.
+  void PutText(const StreamParams& params, const char* text, POSObject* owner);
 
   // Characters written without escaping.
   void PutRaw(char ch) {
@@ -67,6 +68,8 @@ class OCharStream final : public CharStream {
   friend class ScalarInUse;
 
   // Out of line, so that the ordinary case saves no registers.
+  [[gnu::noinline]] void PutRestOfText(const StreamParams& params, const char* text,
+                                       POSObject* owner, bool isWhole);
   [[gnu::noinline]] void PutAcrossBlocks(std::string_view text);
   [[gnu::noinline]] void PutEscaped(char ch, char letter);
   [[gnu::noinline]] void Flush();
@@ -77,7 +80,7 @@ class OCharStream final : public CharStream {
   std::size_t fUsed = 0;
   unsigned long fWritten = 0;
   ContainerInUse* fContainer = nullptr;  // the innermost
-  const CPOSObject* fScalar = nullptr;
+  POSObject* fScalar = nullptr;
   CPOSObject fKeptScalar;
   const Finishing fFinishing;
 };
@@ -90,48 +93,53 @@ class OCharStream final : public CharStream {
 class ContainerInUse {
  public:
   // What is referred to must stay until the next call of the stream.
-  ContainerInUse(OCharStream& out, const CPOSObject& container) noexcept
-      : fOut(out), fOuter(std::exchange(out.fContainer, this)), fContainer(&container) {}
+  ContainerInUse(OCharStream& out, POSObject* container) noexcept
+      : fOut(out), fOuter(std::exchange(out.fContainer, this)), fContainer(container) {}
   ContainerInUse(const ContainerInUse&) = delete;
   ContainerInUse& operator=(const ContainerInUse&) = delete;
   ~ContainerInUse() { fOut.fContainer = fOuter; }
 
-  void Enter(const SortableStringAtom& key, const CPOSObject& value) noexcept {
-    fKey = &key;
-    fValue = &value;
-    fIsKept = false;
-  }
-  const SortableStringAtom& Key() const noexcept { return *fKey; }
-  const CPOSObject& Value() const noexcept { return *fValue; }
+  void Enter(const DictEntry& entry) noexcept { fEntry = &entry; }
+  const char* Key() const noexcept { return fKept ? fKept->fKey.Text() : fEntry->GetKey().Text(); }
+  POSObject* Value() const noexcept { return fKept ? fKept->fValue.Handle() : fEntry->Value(); }
 
-  // Whether the stream has written since the entry, or the container, was entered: then it may have
-  // changed the container.
-  bool IsKept() const noexcept { return fIsKept; }
-  // Gives up the value, which may run a release procedure; the key stays.
-  void Leave() noexcept { fKeptValue = CPOSObject(); }
+  // Whether the stream has written since the entry was entered: then it may have changed the
+  // container.
+  bool IsKept() const noexcept { return fKept.has_value(); }
+  // Gives up the entry, which may run a release procedure, and returns its key.
+  SortableStringAtom Leave() noexcept {
+    SortableStringAtom key = std::move(fKept->fKey);
+    fEntry = nullptr;
+    fKept.reset();
+    return key;
+  }
 
  private:
   friend class OCharStream;
 
+  struct Entry {
+    Entry(const SortableStringAtom& key, CPOSObject value) noexcept
+        : fKey(key), fValue(std::move(value)) {}
+
+    SortableStringAtom fKey;
+    CPOSObject fValue;
+  };
+
+  bool IsComplete() const noexcept { return fKeptContainer && (!fEntry || fKept); }
   void Keep();
 
   OCharStream& fOut;
   ContainerInUse* const fOuter;
-  const CPOSObject* const fContainer;
-  const SortableStringAtom* fKey = nullptr;
-  const CPOSObject* fValue = nullptr;
-  bool fIsKept = false;
+  POSObject* const fContainer;
+  const DictEntry* fEntry = nullptr;
   CPOSObject fKeptContainer;
-  CPOSObject fKeptValue;
-  std::optional<SortableStringAtom> fKeptKey;
+  std::optional<Entry> fKept;
 };
 
 // An object without others in it, whose bytes are read while the stream writes.
 class ScalarInUse {
  public:
-  ScalarInUse(OCharStream& out, const CPOSObject& scalar) noexcept : fOut(out) {
-    fOut.fScalar = &scalar;
-  }
+  ScalarInUse(OCharStream& out, POSObject* scalar) noexcept : fOut(out) { fOut.fScalar = scalar; }
   ScalarInUse(const ScalarInUse&) = delete;
   ScalarInUse& operator=(const ScalarInUse&) = delete;
   ~ScalarInUse() {

@@ -77,6 +77,15 @@ const StreamParams& Version10::GetReadingParams(char open) const {
 }
 
 const StreamParams& Version10::GetWritingParams(KAP_T_MT::POSType type) const {
+  static_assert(std::all_of(std::begin(KAP_T_MT::kPOSTypes), std::end(KAP_T_MT::kPOSTypes),
+                            [](KAP_T_MT::POSType kind) {
+                              const char open = FindParams(kind)->kOpen;
+                              return kTopLevelParams.HowToWrite(open) == StreamParams::kPlain &&
+                                     fArrayStreamParams.HowToWrite(open) == StreamParams::kPlain &&
+                                     fDictStreamParams.HowToWrite(open) == StreamParams::kPlain &&
+                                     fBinDataStreamParams.HowToWrite(open) == StreamParams::kPlain;
+                            }),
+                "an opening character is written as it is, but would have to be escaped");
   const StreamParams* params = FindParams(type);
   if (!params) throw POSException(kCannotBeWritten);
   return *params;

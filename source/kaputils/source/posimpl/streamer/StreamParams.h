@@ -52,7 +52,9 @@ class StreamParams {
   Meaning HowToRead(char c) const noexcept { return fMeanings[static_cast<unsigned char>(c)]; }
 
   // kPlain, kOctal, or the letter to be written after a backslash.
-  char HowToWrite(char c) const noexcept { return fLetters[static_cast<unsigned char>(c)]; }
+  constexpr char HowToWrite(char c) const noexcept {
+    return fLetters[static_cast<unsigned char>(c)];
+  }
 
   // The pair of the letter, null when there is none.
   const EscapePair* FindLetter(char letter) const noexcept {

@@ -186,7 +186,8 @@ std::uint64_t TypeAStreamer::ReadLength(ICharStream& in) {
 
 // The declared length is not trusted: memory grows with the bytes read.
 POSObject* TypeAStreamer::ReadBinData(ICharStream& in) {
-  const NPOSObjectImpl::NestingGuard guard;  // the name and the length may be binary data, wrongly
+  const NPOSObjectImpl::NestingGuard guard(
+      fStack);  // the name and the length may be binary data, wrongly
   char open = '\0';
   if (!FindValue(in, &open)) throw POSException(KAP_T_MT::CPOSString::kDowncastFailed);
   const CKAPStringAtom typeName(ReadStringValue(in, open));
@@ -205,14 +206,14 @@ POSObject* TypeAStreamer::ReadBinData(ICharStream& in) {
 }
 
 CPOSObject TypeAStreamer::ReadArray(ICharStream& in) {
-  const NPOSObjectImpl::NestingGuard guard;
+  const NPOSObjectImpl::NestingGuard guard(fStack);
   Made<Array> array;
   while (CPOSObject element = DeserializeObject(in)) array.fInstance.Append(std::move(element));
   return std::move(array.fObject);
 }
 
 CPOSObject TypeAStreamer::ReadDict(ICharStream& in) {
-  const NPOSObjectImpl::NestingGuard guard;
+  const NPOSObjectImpl::NestingGuard guard(fStack);
   Made<Dict> dict;
   for (char open = '\0'; FindValue(in, &open);) {
     CKAPStringAtom key(ReadStringValue(in, open));

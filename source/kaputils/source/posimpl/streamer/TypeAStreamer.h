@@ -1,5 +1,8 @@
 #pragma once
 
+#include <iterator>
+
+#include "posimpl/base/NestingGuard.h"
 #include "posimpl/objects/Array.h"
 #include "posimpl/objects/BinData.h"
 #include "posimpl/objects/Dict.h"
@@ -16,30 +19,51 @@ class TypeAStreamer : public StreamerBase {
   void SerializeObject(const KAP_T_MT::CKAPPositionableStream& stream,
                        const KAP_T_MT::CPOSObject& object) final;
   KAP_T_MT::CPOSObject DeserializeObject(const KAP_T_MT::CKAPPositionableStream& stream) final;
-  void SerializeObject(OCharStream& out, const KAP_T_MT::CPOSObject& object) final;
+  void SerializeObject(OCharStream& out, const KAP_T_MT::CPOSObject& object) final {
+    WriteObject(out, object.Handle());
+  }
   KAP_T_MT::CPOSObject DeserializeObject(ICharStream& in) final;
 
  protected:
   explicit TypeAStreamer(int level) noexcept : fFirstLevel(level), fLevel(level) {}
 
  private:
+  // The levels that are written before the depth of the rest is checked. Their indentation is
+  // small.
+  static constexpr unsigned kLevelsUnchecked = 64;
+
   // ---- Writing: the content of each kind ----
+  // Those of GetWritingParams, without a virtual call for each value.
+  const StreamParams& ParamsFor(KAP_T_MT::POSType type) {
+    const StreamParams*& params = fWritingParams[type];
+    if (!params) [[unlikely]]
+      params = &GetWritingParams(type);
+    return *params;
+  }
+  void WriteObject(OCharStream& out, POSObject* object);
   static void WriteNumberValue(OCharStream& out, const StreamParams& params, double value);
   static void WriteUnicode(OCharStream& out, const unsigned short* units);
   void WriteBinData(OCharStream& out, const NPOSObjectImpl::BinData& data);
   static void WriteRawPointer(OCharStream& out, const void* pointer);
   // Out of line: the frames of containers would burden those of scalars.
-  [[gnu::noinline]] void WriteArray(OCharStream& out, const StreamParams& params,
-                                    const CPOSObject& object, const NPOSObjectImpl::Array& array);
-  [[gnu::noinline]] void WriteDict(OCharStream& out, const StreamParams& params,
-                                   const CPOSObject& object, const NPOSObjectImpl::Dict& dict);
+  [[gnu::noinline]] void WriteArray(OCharStream& out, const StreamParams& params, POSObject* object,
+                                    const NPOSObjectImpl::Array& array);
+  [[gnu::noinline]] void WriteDict(OCharStream& out, const StreamParams& params, POSObject* object,
+                                   const NPOSObjectImpl::Dict& dict);
   void WriteElements(OCharStream& out, const NPOSObjectImpl::Array& array);
   void WriteEntries(OCharStream& out, const NPOSObjectImpl::Dict& dict, ContainerInUse& inUse);
   template <class Content>
-  void WriteValue(OCharStream& out, const StreamParams& params, Content content);
-  void WriteStringValue(OCharStream& out, const char* text);
+  static void WriteValue(OCharStream& out, const StreamParams& params, Content content);
   void NewLine(OCharStream& out) const;
-  void CheckDepth(const OCharStream& out, const NPOSObjectImpl::BaseObject& object);
+  void CheckDepth(const OCharStream& out, const NPOSObjectImpl::BaseObject& object) {
+    const unsigned written = LevelsWritten();
+    if (written == 0) fFirstFrame = NPOSObjectImpl::NestingStack::Here();
+    if (written >= kLevelsUnchecked) [[unlikely]]
+      CheckDeep(out, object);
+  }
+  [[gnu::noinline]] void CheckDeep(const OCharStream& out,
+                                   const NPOSObjectImpl::BaseObject& object);
+  unsigned LevelsWritten() const noexcept { return static_cast<unsigned>(fLevel - fFirstLevel); }
 
   // ---- Reading: the content of each kind, the close character included ----
   KAP_T_MT::CPOSObject ReadValue(ICharStream& in, char open);
@@ -56,8 +80,10 @@ class TypeAStreamer : public StreamerBase {
   GrowingBuffer<char> fText;  // of the string that is being read
   GrowingBuffer<unsigned short> fUnits;
   const std::int32_t fFirstLevel;
-  std::int32_t fLevel;             // of indentation
+  std::int32_t fLevel;                                                          // of indentation
+  const StreamParams* fWritingParams[std::size(KAP_T_MT::kPOSTypes) + 1] = {};  // by type
   std::uintptr_t fFirstFrame = 0;  // where the stack was at the first level
+  NPOSObjectImpl::NestingStack& fStack = NPOSObjectImpl::NestingStack::OnThisThread();
 };
 
 }  // namespace NPOSStreamerImpl::NTypeAImpl

@@ -36,24 +36,22 @@ namespace {
 
 constexpr std::size_t kBytesPerLine = 40;
 
-// The levels that are written before the depth of the rest is checked. Their indentation is small.
-constexpr unsigned kLevelsUnchecked = 64;
-
 // The objects that a check may look at, for each level that fits: milliseconds in all.
 constexpr unsigned long kLooksPerLevel = 256;
 
 // Throws what NestingGuard throws when the object has more levels. Looks at `looks` objects at
 // most: an object that many others hold is met on each path to it, and the paths can be too many to
 // follow.
-void ExpectNoMoreLevels(const BaseObject& object, unsigned long levels, unsigned long& looks) {
+void ExpectNoMoreLevels(const BaseObject& object, NPOSObjectImpl::NestingStack& stack,
+                        unsigned long levels, unsigned long& looks) {
   if (levels == 0) NPOSObjectImpl::NestingGuard::ThrowTooDeep();
-  const NPOSObjectImpl::NestingGuard guard;
-  const auto expectInside = [&](const CPOSObject& held) {
+  const NPOSObjectImpl::NestingGuard guard(stack);
+  const auto expectInside = [&](const POSObject* held) {
     if (looks == 0) return false;
     --looks;
-    const BaseObject* inner = BaseObject::OwnInstance(held.Handle());
+    const BaseObject* inner = BaseObject::OwnInstance(held);
     if (inner && !KAP_T_MT::POSIsScalar(inner->GetType())) {
-      ExpectNoMoreLevels(*inner, levels - 1, looks);
+      ExpectNoMoreLevels(*inner, stack, levels - 1, looks);
     }
     return true;
   };
@@ -94,8 +92,7 @@ class Indented {
 // The close character is written as it is, even where the value's escapes include it.
 template <class Content>
 void TypeAStreamer::WriteValue(OCharStream& out, const StreamParams& params, Content content) {
-  out.PutChar(params.kOpen);
-  const ContextScope context(out, params);
+  out.PutRaw(params.kOpen);
   content();
   out.PutRaw(params.kClose);
 }
@@ -103,20 +100,19 @@ void TypeAStreamer::WriteValue(OCharStream& out, const StreamParams& params, Con
 void TypeAStreamer::SerializeObject(const KAP_T_MT::CKAPPositionableStream& stream,
                                     const CPOSObject& object) {
   OCharStream out(stream);
-  SerializeObject(out, object);
+  WriteObject(out, object.Handle());
 }
 
-void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) {
-  const BaseObject* instance = BaseObject::GetInstanceNoThrow(object.Handle());
+void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
+  const BaseObject* instance = BaseObject::GetInstanceNoThrow(object);
   if (!instance) throw POSException(kCannotBeWritten);
-  const StreamParams& params = GetWritingParams(instance->GetType());
+  const StreamParams& params = ParamsFor(instance->GetType());
   switch (params.kType) {
     case KAP_T_MT::kPOSNumber:
       return WriteNumberValue(out, params, static_cast<const Number*>(instance)->Get());
-    case KAP_T_MT::kPOSString: {
-      const ScalarInUse inUse(out, object);
-      return WriteStringValue(out, static_cast<const NPOSObjectImpl::String*>(instance)->Get());
-    }
+    case KAP_T_MT::kPOSString:
+      return out.PutText(params, static_cast<const NPOSObjectImpl::String*>(instance)->Get(),
+                         object);
     case KAP_T_MT::kPOSUnicodeString: {
       const ScalarInUse inUse(out, object);
       return WriteValue(out, params, [&] {
@@ -147,15 +143,14 @@ void TypeAStreamer::SerializeObject(OCharStream& out, const CPOSObject& object) 
 //
 // Looking must not take much longer than writing, because only a "Write" can stop it. Where it ends
 // early, what is nested twice as deep is looked through again, for longer if much was written.
-void TypeAStreamer::CheckDepth(const OCharStream& out, const BaseObject& object) {
-  const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-  const auto written = static_cast<unsigned>(fLevel - fFirstLevel);
-  if (written == 0) fFirstFrame = here;
-  if (written < kLevelsUnchecked || !std::has_single_bit(written)) return;
-  const NPOSObjectImpl::NestingLevel level;
-  const unsigned long fit = level.HowManyFit((fFirstFrame - here) / written);
+void TypeAStreamer::CheckDeep(const OCharStream& out, const BaseObject& object) {
+  const unsigned written = LevelsWritten();
+  if (!std::has_single_bit(written)) return;
+  const std::uintptr_t taken = fFirstFrame - NPOSObjectImpl::NestingStack::Here();
+  const NPOSObjectImpl::NestingLevel level(fStack);
+  const unsigned long fit = fStack.HowManyFit(taken / written);
   unsigned long looks = fit * kLooksPerLevel + out.CountWritten();
-  ExpectNoMoreLevels(object, fit + fit / 4, looks);
+  ExpectNoMoreLevels(object, fStack, fit + fit / 4, looks);
 }
 
 // Few tabs, the ordinary case, come with the line feed in one copy.
@@ -193,10 +188,9 @@ void TypeAStreamer::WriteUnicode(OCharStream& out, const unsigned short* units) 
 }
 
 void TypeAStreamer::WriteBinData(OCharStream& out, const BinData& data) {
-  WriteStringValue(out, data.GetTypeName());
+  out.PutText(ParamsFor(KAP_T_MT::kPOSString), data.GetTypeName(), nullptr);
   out.PutRaw(' ');
-  WriteNumberValue(out, GetWritingParams(KAP_T_MT::kPOSNumber),
-                   static_cast<double>(data.GetSize()));
+  WriteNumberValue(out, ParamsFor(KAP_T_MT::kPOSNumber), static_cast<double>(data.GetSize()));
   out.PutRaw(' ');
   {
     const Indented indented(fLevel);
@@ -221,10 +215,10 @@ void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
 }
 
 // The stream may change the array while it writes: each element is taken as it is then.
-void TypeAStreamer::WriteArray(OCharStream& out, const StreamParams& params,
-                               const CPOSObject& object, const Array& array) {
+void TypeAStreamer::WriteArray(OCharStream& out, const StreamParams& params, POSObject* object,
+                               const Array& array) {
   CheckDepth(out, array);
-  const NPOSObjectImpl::NestingGuard guard;
+  const NPOSObjectImpl::NestingGuard guard(fStack);
   const ContainerInUse inUse(out, object);
   WriteValue(out, params, [&] { WriteElements(out, array); });
 }
@@ -236,18 +230,18 @@ void TypeAStreamer::WriteElements(OCharStream& out, const Array& array) {
       NPOSObjectImpl::FetchAhead(array.Elements(), i);
       NewLine(out);
       if (i >= array.Count()) break;
-      const CPOSObject& element = array.Elements()[i];
-      if (element.IsNull()) throw POSException("CPOSArray::GetAt subscript failed");
-      SerializeObject(out, element);
+      POSObject* const element = array.Elements()[i];
+      if (!element) throw POSException("CPOSArray::GetAt subscript failed");
+      WriteObject(out, element);
     }
   }
   NewLine(out);
 }
 
-void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params,
-                              const CPOSObject& object, const Dict& dict) {
+void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params, POSObject* object,
+                              const Dict& dict) {
   CheckDepth(out, dict);
-  const NPOSObjectImpl::NestingGuard guard;
+  const NPOSObjectImpl::NestingGuard guard(fStack);
   ContainerInUse inUse(out, object);
   WriteValue(out, params, [&] { WriteEntries(out, dict, inUse); });
 }
@@ -257,25 +251,21 @@ void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params,
 void TypeAStreamer::WriteEntries(OCharStream& out, const Dict& dict, ContainerInUse& inUse) {
   {
     const Indented indented(fLevel);
+    const StreamParams& keyParams = ParamsFor(KAP_T_MT::kPOSString);
     for (const DictEntry* entry = dict.Entries().First(); entry;) {
-      inUse.Enter(entry->GetKey(), entry->Value());
+      inUse.Enter(*entry);
       NewLine(out);
-      WriteStringValue(out, inUse.Key().Text());
+      out.PutText(keyParams, inUse.Key(), nullptr);
       out.PutRaw(' ');
-      SerializeObject(out, inUse.Value());
+      WriteObject(out, inUse.Value());
       if (inUse.IsKept()) [[unlikely]] {
-        inUse.Leave();
-        entry = dict.Entries().FirstAfter(inUse.Key());
+        entry = dict.Entries().FirstAfter(inUse.Leave());
       } else {
         entry = DictTree::Next(entry);
       }
     }
   }
   NewLine(out);
-}
-
-void TypeAStreamer::WriteStringValue(OCharStream& out, const char* text) {
-  WriteValue(out, GetWritingParams(KAP_T_MT::kPOSString), [&] { out.PutText(text); });
 }
 
 }  // namespace NPOSStreamerImpl::NTypeAImpl

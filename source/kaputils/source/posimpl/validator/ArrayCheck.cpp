@@ -16,7 +16,7 @@ ErrorCount CheckMembers(const TypeCheck& check, const Array& members, TypeAt typ
   ErrorCount count = 0;
   for (std::uint32_t i = 0; i < members.Count(); ++i) {
     NPOSObjectImpl::FetchAhead(members.Elements(), i);
-    const Subject member(ElementAt(members, i).Handle());
+    const Subject member(ElementAt(members, i));
     const Kept<String>& type = typeAt(i);
     count += check.CheckPart(member, type->Get(),
                              [=] { return FormatIntoPOSString("[%d]:", static_cast<int>(i)); });
@@ -33,16 +33,16 @@ ErrorCount CheckOneByOne(const TypeCheck& check, const Array& members, const Arr
 
 // The two forms of "membertype". With neither of them, deliberately, no member is checked.
 ErrorCount CheckMemberType(const TypeCheck& check, const Array& members) {
-  const CPOSObject* attribute = check.fDefinition.Find(&Keywords::MemberType);
+  POSObject* const attribute = check.fDefinition.Find(Attribute::kMemberType);
   if (!attribute) return 0;
-  const Subject type(attribute->Handle());
+  const Subject type(attribute);
   if (type.Text()) {
-    const Kept<String> ofAll(*attribute, check.fDefinition.MustKeep());
+    const Kept<String> ofAll(attribute, check.fChecker.MustKeep());
     return CheckMembers(check, members,
                         [&](std::uint32_t) -> const Kept<String>& { return ofAll; });
   }
   if (!type.As<Array>()) return 0;
-  const Kept<Array> types(*attribute, check.fDefinition.MustKeep());
+  const Kept<Array> types(attribute, check.fChecker.MustKeep());
   return CheckOneByOne(check, members, *types);
 }
 

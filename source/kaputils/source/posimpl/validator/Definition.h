@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <iterator>
 #include <optional>
 
 #include "posimpl/validator/Keywords.h"
@@ -7,46 +9,78 @@
 
 namespace NPOSValidatorImpl {
 
-// The attributes of a type definition. They are read where they are needed and never ahead of it:
-// an error in a definition is an error of the check that meets it, and a changed schema takes
-// effect at once. An absent attribute is null; one of another kind is a POSException. Borrowed.
+struct Category;
+
+// The attributes of definitions.
+enum class Attribute : unsigned char {
+  kKeyType,
+  kIllegalChars,
+  kMax,
+  kMaxExcl,
+  kMaxLen,
+  kMemberType,
+  kMin,
+  kMinExcl,
+  kMinLen,
+  kOneOf,
+  kOptional,
+  kRequired,
+  kSet,
+  kValueType
+};
+inline constexpr KeywordName kAttributeNames[] = {
+    &Keywords::KeyType, &Keywords::IllegalChars, &Keywords::Max,      &Keywords::MaxExcl,
+    &Keywords::MaxLen,  &Keywords::MemberType,   &Keywords::Min,      &Keywords::MinExcl,
+    &Keywords::MinLen,  &Keywords::OneOf,        &Keywords::Optional, &Keywords::Required,
+    &Keywords::Set,     &Keywords::ValueType,
+};
+
+// The definition of a type. What the attributes hold is read where it is needed and never ahead of
+// it: an error in a definition is an error of the check that meets it. An absent attribute is null;
+// one of another kind is a POSException. Borrowed.
 class Definition {
  public:
-  // With `mustKeep` callbacks may run during the check, see Kept.
-  Definition(const Dict& attributes, const Keywords& words, bool mustKeep) noexcept
-      : fAttributes(attributes), fWords(words), fMustKeep(mustKeep) {}
+  // The definition that the attributes make. Where callbacks may change the schema, each use looks
+  // an attribute up, so that a change takes effect at once. Elsewhere all are looked up now: a walk
+  // over the few that there are takes less time than a search for each that there may be.
+  Definition(const Dict& attributes, const Keywords& words, const Category& category,
+             AtomText categoryName, bool mayChange) noexcept;
 
-  bool MustKeep() const noexcept { return fMustKeep; }
+  const Category& GetCategory() const noexcept { return *fCategory; }
+  AtomText CategoryName() const noexcept { return fCategoryName; }
 
-  const Keywords& Words() const noexcept { return fWords; }
-
-  const CPOSObject* Find(KeywordName name) const noexcept { return fAttributes.Find(fWords.*name); }
+  POSObject* Find(Attribute name) const noexcept {
+    const auto index = static_cast<std::size_t>(name);
+    return fChanging ? fChanging->Find(fWords->*kAttributeNames[index]) : fFound[index];
+  }
   template <class Kind>
-  const Kind* Get(KeywordName name) const {
-    const CPOSObject* attribute = Find(name);
-    return attribute ? &Downcast<Kind>(attribute->Handle()) : nullptr;
+  const Kind* Get(Attribute name) const {
+    POSObject* attribute = Find(name);
+    return attribute ? &Downcast<Kind>(attribute) : nullptr;
   }
 
   // The same, for use while parts of the object are checked.
   template <class Kind>
-  Kept<Kind> GetKept(KeywordName name) const {
-    const CPOSObject* attribute = Find(name);
-    return attribute ? Kept<Kind>(*attribute, fMustKeep) : Kept<Kind>();
+  Kept<Kind> GetKept(Attribute name) const {
+    POSObject* attribute = Find(name);
+    return attribute ? Kept<Kind>(attribute, fChanging != nullptr) : Kept<Kind>();
   }
 
-  std::optional<double> GetNumber(KeywordName name) const {
+  std::optional<double> GetNumber(Attribute name) const {
     const auto* number = Get<Number>(name);
     return number ? std::optional(number->Get()) : std::nullopt;
   }
-  AtomText GetText(KeywordName name) const {
+  AtomText GetText(Attribute name) const {
     const auto* string = Get<String>(name);
     return string ? string->Get() : nullptr;
   }
 
  private:
-  const Dict& fAttributes;
-  const Keywords& fWords;
-  const bool fMustKeep;
+  const Category* fCategory = nullptr;
+  AtomText fCategoryName = nullptr;
+  const Dict* fChanging = nullptr;  // where each use looks up
+  const Keywords* fWords = nullptr;
+  POSObject* fFound[std::size(kAttributeNames)] = {};
 };
 
 }  // namespace NPOSValidatorImpl

@@ -14,7 +14,7 @@ void ErrorList::AppendMade(CPOSObject message) {
 }
 
 const char* ErrorList::TextAt(std::uint32_t index) const {
-  return TextOfPOSString(*fMessages->Find(index));
+  return TextOfPOSString(fMessages->Find(index));
 }
 
 void AppendErrorsInContext(ErrorList& destination, const ErrorList& source, const char* context) {

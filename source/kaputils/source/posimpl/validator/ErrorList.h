@@ -30,6 +30,7 @@ class ErrorList {
   }
   void Append(const char* message);
 
+  bool AreWanted() const noexcept { return fWanted == Wanted::kYes; }
   bool IsEmpty() const noexcept { return Count() == 0; }
   std::uint32_t Count() const noexcept { return fMessages ? fMessages->Count() : 0; }
   const char* TextAt(std::uint32_t index) const;

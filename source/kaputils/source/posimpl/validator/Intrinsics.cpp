@@ -1,7 +1,6 @@
 #include "posimpl/validator/Intrinsics.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -27,7 +26,8 @@ const char* BoolFault(const Subject& object, const Keywords& words) {
 // Deliberate: a whole number outside 32 bits is rejected.
 bool IsWhole(double value) noexcept {
   using Limits = std::numeric_limits<std::int32_t>;
-  return value >= Limits::min() && value <= Limits::max() && value == std::trunc(value);
+  return value >= Limits::min() && value <= Limits::max() &&
+         value == static_cast<std::int32_t>(value);
 }
 
 const char* IntFault(const Subject& object, const Keywords& /*words*/) {

@@ -41,8 +41,6 @@ CPOSObject FormatIntoPOSString(const char* format, ...) {
   return CPOSObject(String::NewContainer(text.get()), KAP_T_MT::KAPAdopt());
 }
 
-const char* TextOfPOSString(const CPOSObject& string) {
-  return String::GetInstance(string.Handle()).Get();
-}
+const char* TextOfPOSString(const POSObject* string) { return String::GetInstance(string).Get(); }
 
 }  // namespace NPOSValidatorImpl

@@ -16,7 +16,7 @@ inline constexpr std::size_t kMessageSize = 1024;
 [[gnu::format(printf, 1, 2)]] CPOSObject FormatIntoPOSString(const char* format, ...);
 
 // The text of a property string, which lives as long as that.
-const char* TextOfPOSString(const CPOSObject& string);
+const char* TextOfPOSString(const POSObject* string);
 
 // A definition without a category. Holds its own text, because that names the type.
 class MalformedDefinition : public KAP_T_MT::TOQException {

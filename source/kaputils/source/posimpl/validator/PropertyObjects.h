@@ -65,11 +65,11 @@ const Kind& Downcast(const POSObject* object) {
 }
 
 // The element; POSException for an empty slot and past the end.
-inline const CPOSObject& ElementAt(const Array& array, std::uint32_t index) {
-  const CPOSObject* element = array.Find(index);
-  if (!element || element->IsNull()) [[unlikely]]
+inline POSObject* ElementAt(const Array& array, std::uint32_t index) {
+  POSObject* const element = array.Find(index);
+  if (!element) [[unlikely]]
     throw POSException("CPOSArray::GetAt subscript failed");
-  return *element;
+  return element;
 }
 
 // An object of a schema that a check goes on using while callbacks run, which may take it out of
@@ -79,8 +79,9 @@ class Kept {
  public:
   Kept() noexcept = default;
   // POSException for an object of another kind.
-  Kept(const CPOSObject& object, bool mustKeep)
-      : fInstance(&Downcast<Kind>(object.Handle())), fReference(mustKeep ? object : CPOSObject()) {}
+  Kept(POSObject* object, bool mustKeep)
+      : fInstance(&Downcast<Kind>(object)),
+        fReference(BaseObject::Share(mustKeep ? object : nullptr)) {}
 
   const Kind* Get() const noexcept { return fInstance; }
   const Kind* operator->() const noexcept { return fInstance; }

@@ -11,20 +11,20 @@ namespace NPOSValidatorImpl {
 namespace {
 
 struct Bound {
-  KeywordName fName;
+  Attribute fName;
   bool (*fIsViolated)(double bound, double value);  // false for a NaN
   const char* fMessage;
 };
 
 // "mininum" is deliberate: hosts compare messages.
 constexpr Bound kBounds[] = {
-    {&Keywords::Min, [](double bound, double value) { return bound > value; },
+    {Attribute::kMin, [](double bound, double value) { return bound > value; },
      "Number below mininum value %f"},
-    {&Keywords::Max, [](double bound, double value) { return value > bound; },
+    {Attribute::kMax, [](double bound, double value) { return value > bound; },
      "Number above maximum value %f"},
-    {&Keywords::MinExcl, [](double bound, double value) { return bound >= value; },
+    {Attribute::kMinExcl, [](double bound, double value) { return bound >= value; },
      "Number below mininum value %f (exclusive)"},
-    {&Keywords::MaxExcl, [](double bound, double value) { return value >= bound; },
+    {Attribute::kMaxExcl, [](double bound, double value) { return value >= bound; },
      "Number above maximum value %f (exclusive)"},
 };
 
@@ -45,7 +45,7 @@ constexpr LengthMessages kUnicodeLength = {"Unicode String length below mininum 
                                            "Unicode String length above maximum value %d"};
 
 ErrorCount CheckIllegalChars(const TypeCheck& check, const char* text, std::size_t length) {
-  const char* illegal = check.fDefinition.GetText(&Keywords::IllegalChars);
+  const char* illegal = check.fDefinition.GetText(Attribute::kIllegalChars);
   if (!illegal || std::strcspn(text, illegal) == length) return 0;
   return check.Fail(
       [=] { return FormatIntoPOSString("String contains illegal characters in '%s'", illegal); });
@@ -53,10 +53,10 @@ ErrorCount CheckIllegalChars(const TypeCheck& check, const char* text, std::size
 
 // An entry that is not a string is an error only when it is reached.
 ErrorCount CheckOneOf(const TypeCheck& check, AtomText text, const char* message) {
-  const auto* entries = check.fDefinition.Get<Array>(&Keywords::OneOf);
+  const auto* entries = check.fDefinition.Get<Array>(Attribute::kOneOf);
   if (!entries) return 0;
   for (std::uint32_t i = 0; i < entries->Count(); ++i) {
-    if (Downcast<String>(ElementAt(*entries, i).Handle()).Get() == text) return 0;
+    if (Downcast<String>(ElementAt(*entries, i)).Get() == text) return 0;
   }
   return check.Fail(message);
 }
@@ -78,10 +78,10 @@ ErrorCount CheckNumber(const TypeCheck& check) {
 
 ErrorCount CheckLength(const TypeCheck& check, std::size_t length, const LengthMessages& messages) {
   const auto measured = static_cast<double>(length);
-  const std::optional<double> minimum = check.fDefinition.GetNumber(&Keywords::MinLen);
+  const std::optional<double> minimum = check.fDefinition.GetNumber(Attribute::kMinLen);
   ErrorCount count = 0;
   if (minimum && *minimum > measured) count += FailLength(check, messages.fBelow, *minimum);
-  const std::optional<double> maximum = check.fDefinition.GetNumber(&Keywords::MaxLen);
+  const std::optional<double> maximum = check.fDefinition.GetNumber(Attribute::kMaxLen);
   if (maximum && measured > *maximum) count += FailLength(check, messages.fAbove, *maximum);
   return count;
 }

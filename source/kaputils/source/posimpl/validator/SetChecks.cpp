@@ -6,10 +6,9 @@ namespace NPOSValidatorImpl {
 
 // The messages of the alternatives count only when none holds.
 ErrorCount CheckUnion(const TypeCheck& check) {
-  const Kept<Array> set = check.fDefinition.GetKept<Array>(&Keywords::Set);
+  const Kept<Array> set = check.fDefinition.GetKept<Array>(Attribute::kSet);
   ErrorList collected = ErrorList::ForPartOf(check.fErrors);
-  const TypeCheck attempt = {check.fChecker, check.fDefinition, check.fCategory, check.fObject,
-                             collected};
+  const TypeCheck attempt = {check.fChecker, check.fDefinition, check.fObject, collected};
   for (std::uint32_t i = 0; set && i < set->Count(); ++i) {
     const Kept<String> type = check.TypeAt(*set, i);
     const auto context = [&] { return FormatIntoPOSString("Trying %s:", type->Get()); };
@@ -20,7 +19,7 @@ ErrorCount CheckUnion(const TypeCheck& check) {
 }
 
 ErrorCount CheckIntersection(const TypeCheck& check) {
-  const Kept<Array> set = check.fDefinition.GetKept<Array>(&Keywords::Set);
+  const Kept<Array> set = check.fDefinition.GetKept<Array>(Attribute::kSet);
   ErrorCount count = 0;
   for (std::uint32_t i = 0; set && i < set->Count(); ++i) {
     const Kept<String> type = check.TypeAt(*set, i);

@@ -3,13 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "kap/KAPSharedBuff.h"
 #include "kapimpl/base/ContainedObject.h"
 #include "kapimpl/base/KAPUtilsAtoms.h"
-#include "kapimpl/base/Required.h"
-#include "posimpl/base/NestingGuard.h"
-#include "posimpl/validator/Category.h"
-#include "posimpl/validator/MessageText.h"
 
 namespace NPOSValidatorImpl {
 
@@ -49,65 +44,16 @@ void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
 bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
                                POSMessageProc message) const {
   const Subject subject(object.Handle());
+  TypeChecker checker(fSchema, fWords, fExtraValidations, fMustKeep);
   if (!message || fExtraValidations.empty()) {
     ErrorList unwanted(ErrorList::Wanted::kNo);
-    if (GetObjectErrors(typeName, subject, unwanted) == 0) return true;
+    if (checker.GetObjectErrors(typeName, subject, unwanted) == 0) return true;
   }
   if (!message) return false;
   ErrorList errors(ErrorList::Wanted::kYes);
-  if (GetObjectErrors(typeName, subject, errors) == 0) return true;
+  if (checker.GetObjectErrors(typeName, subject, errors) == 0) return true;
   for (std::uint32_t i = 0; i < errors.Count(); ++i) message(errors.TextAt(i));
   return false;
-}
-
-ErrorCount StructValidator::GetObjectErrors(AtomText typeName, const Subject& object,
-                                            ErrorList& errors) const {
-  const IntrinsicCheck intrinsic = CheckIntrinsic(typeName, object, fWords, errors);
-  if (intrinsic == IntrinsicCheck::kValid) return 0;
-  if (intrinsic == IntrinsicCheck::kInvalid) return 1;
-  const ErrorCount count = GetTypeDefinitionComplianceErrors(typeName, object, errors);
-  return count > 0 ? count : GetExtraValidationErrors(typeName, object, errors);
-}
-
-ErrorCount StructValidator::GetTypeDefinitionComplianceErrors(AtomText typeName,
-                                                              const Subject& object,
-                                                              ErrorList& errors) const {
-  const NPOSObjectImpl::NestingGuard guard;
-  const CPOSObject* member = fSchema.Find(typeName);
-  const Dict* attributes = member ? Dict::GetInstanceNoThrow(member->Handle()) : nullptr;
-  if (!attributes) {
-    errors.Append([=] {
-      return FormatIntoPOSString("Schema not applicable, no definition for %s", typeName);
-    });
-    return 1;
-  }
-  const CPOSObject* word = attributes->Find(fWords.Category);
-  const String* category = word ? String::GetInstanceNoThrow(word->Handle()) : nullptr;
-  if (!category) throw MalformedDefinition(typeName);
-  const CPOSObject kept = fMustKeep ? *member : CPOSObject();
-  const Definition definition(*attributes, fWords, fMustKeep);
-  return Category::Get(category->Get(), fWords)
-      .fCheck({*this, definition, category->Get(), object, errors});
-}
-
-// The callback may register another one in its own place, so the entry is not touched after the
-// call, and the arguments stay alive until it returns.
-ErrorCount StructValidator::GetExtraValidationErrors(AtomText typeName, const Subject& object,
-                                                     ErrorList& errors) const {
-  if (fExtraValidations.empty()) return 0;
-  const ProcEntry* entry = fExtraValidations.Find(SortableText(typeName));
-  if (!entry || !entry->Callback()) return 0;
-  const CKAPStringAtom name = entry->GetKey().Atom();
-  const KAPContainerBaseGeneric reference = object.Reference();
-  const KAP_T_MT::TKAPSharedBuffer<char> reason(kMessageSize);
-  if (entry->Callback()(reference.Handle(), name.Handle(), reason.Handle(), entry->ClientData())) {
-    return 0;
-  }
-  errors.Append([&] {
-    constexpr int kRoom = kMessageSize - 1;  // the callback may have left no terminator
-    return FormatIntoPOSString("%.*s", kRoom, Required(reason.Data()));
-  });
-  return 1;
 }
 
 }  // namespace NPOSValidatorImpl

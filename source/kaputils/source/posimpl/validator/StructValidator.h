@@ -5,7 +5,7 @@
 #include "posimpl/validator/Keywords.h"
 #include "posimpl/validator/ProcEntry.h"
 #include "posimpl/validator/PropertyObjects.h"
-#include "posimpl/validator/TypeCheck.h"
+#include "posimpl/validator/TypeChecker.h"
 
 namespace NPOSValidatorImpl {
 
@@ -26,8 +26,9 @@ class BaseValidator : public KAP_T_MT::CKAPVirtualClientBase {
 //     Person < category dict required < name string > optional < age Age > > >
 //
 // A type name is the name of an intrinsic type or a key of the schema; intrinsic types come first.
-// Without extra validations, checking a valid object makes no host call and allocates nothing.
-class StructValidator final : public BaseValidator, private TypeChecker {
+// Without extra validations, checking a valid object makes no host call and allocates nothing,
+// except where it is nested deep, see Outcomes.h.
+class StructValidator final : public BaseValidator {
  public:
   static constexpr const char* kNotInstance = "instance was not an StructValidator";
 
@@ -58,15 +59,7 @@ class StructValidator final : public BaseValidator, private TypeChecker {
   }
 
  private:
-  // The checks, from part to part of an object. Each appends what it finds.
-  ErrorCount GetObjectErrors(AtomText typeName, const Subject& object,
-                             ErrorList& errors) const override;
-  ErrorCount GetTypeDefinitionComplianceErrors(AtomText typeName, const Subject& object,
-                                               ErrorList& errors) const;
-  ErrorCount GetExtraValidationErrors(AtomText typeName, const Subject& object,
-                                      ErrorList& errors) const;
-
-  NPOSImpl::redblack_tree<ProcEntry> fExtraValidations;
+  ExtraValidations fExtraValidations;
   const CPOSObject fSchemaReference;
   const Dict& fSchema;
   const Keywords fWords;

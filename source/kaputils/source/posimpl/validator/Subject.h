@@ -20,6 +20,8 @@ class Subject {
   explicit Subject(const KAP_T_MT::CKAPStringAtom& memberName) noexcept
       : fHandle(nullptr), fObject(nullptr), fType(KAP_T_MT::kPOSString), fText(memberName.Text()) {}
 
+  POSObject* Handle() const noexcept { return fHandle; }  // null for a member's name
+
   // The object as one of this kind, null when it is of another. For strings: Text.
   template <class Kind>
   const Kind* As() const noexcept {

@@ -1,29 +1,15 @@
 #pragma once
 
-#include "posimpl/validator/Definition.h"
-#include "posimpl/validator/ErrorList.h"
 #include "posimpl/validator/Intrinsics.h"
 #include "posimpl/validator/MessageText.h"
-#include "posimpl/validator/Subject.h"
+#include "posimpl/validator/TypeChecker.h"
 
 namespace NPOSValidatorImpl {
 
-// What a check asks for the parts of its object: the errors of an object held against a named type,
-// which are appended.
-class TypeChecker {
- public:
-  virtual ErrorCount GetObjectErrors(AtomText typeName, const Subject& object,
-                                     ErrorList& errors) const = 0;
-
- protected:
-  ~TypeChecker() = default;
-};
-
 // An object held against a type definition: what the checks of all categories are given. Borrowed.
 struct TypeCheck {
-  const TypeChecker& fChecker;
+  TypeChecker& fChecker;
   const Definition& fDefinition;
-  AtomText fCategory;
   const Subject& fObject;
   ErrorList& fErrors;
 
@@ -36,13 +22,13 @@ struct TypeCheck {
 
   // Whether the object is of the intrinsic type that is named like the category.
   bool IsIntrinsic() const {
-    return CheckIntrinsic(fCategory, fObject, fDefinition.Words(), fErrors) ==
+    return CheckIntrinsic(fDefinition.CategoryName(), fObject, fChecker.Words(), fErrors) ==
            IntrinsicCheck::kValid;
   }
 
   // The name of a type in a list of names; POSException for an element that is not a string.
   Kept<String> TypeAt(const Array& types, std::uint32_t index) const {
-    return Kept<String>(ElementAt(types, index), fDefinition.MustKeep());
+    return Kept<String>(ElementAt(types, index), fChecker.MustKeep());
   }
 
   // The errors of a part of the object, or of the object as another type. Their messages are put
@@ -50,12 +36,22 @@ struct TypeCheck {
   // type must.
   template <class MakeContext>
   ErrorCount CheckPart(const Subject& part, AtomText typeName, MakeContext makeContext) const {
+    if (!fErrors.AreWanted() && !fChecker.MustKeep()) [[likely]] {
+      return fChecker.GetObjectErrors(typeName, part, fErrors);
+    }
+    return CheckPartInContext(part, typeName, makeContext);
+  }
+
+  template <class MakeContext>
+  [[gnu::noinline]] ErrorCount CheckPartInContext(const Subject& part, AtomText typeName,
+                                                  MakeContext makeContext) const {
     const KAPContainerBaseGeneric kept =
-        fDefinition.MustKeep() ? part.Keep() : KAPContainerBaseGeneric();
+        fChecker.MustKeep() ? part.Keep() : KAPContainerBaseGeneric();
     ErrorList errors = ErrorList::ForPartOf(fErrors);
     const ErrorCount count = fChecker.GetObjectErrors(typeName, part, errors);
     if (!errors.IsEmpty()) {
-      AppendErrorsInContext(fErrors, errors, TextOfPOSString(makeContext()));
+      const CPOSObject context = makeContext();
+      AppendErrorsInContext(fErrors, errors, TextOfPOSString(context.Handle()));
     }
     return count;
   }

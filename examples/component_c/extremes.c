@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+
+// A component in C, "Extremes": finds the largest number of an array.
+
+#include <threads.h>
+
+#include "ExtremesInterface.h"
+
+#define EXPORT __attribute__((visibility("default")))
+
+// The tables of others that the component uses.
+typedef struct Tables {
+  KAPContainerInterfaceProcs containers;
+  POSArrayInterfaceProcs arrays;
+  POSNumberInterfaceProcs numbers;
+} Tables;
+
+static KAPGetProcAddressProc gGetProc;
+static KAPBinderInterfaceProcs gBinder;
+static const unsigned long* gUnregisterCount;
+
+static mtx_t gLock;
+static Tables gTables;
+static bool gAreLoaded;
+static unsigned long gLoadedAt;  // the unregister counter at that time
+
+static bool Fail(const char* message) {
+  gBinder.KAPReportError(message);
+  return false;
+}
+
+// Copies the tables, loaded again if an interface was unregistered since. False: one is missing.
+static bool GetTables(Tables* out) {
+  const unsigned long count = __atomic_load_n(gUnregisterCount, __ATOMIC_ACQUIRE);
+  mtx_lock(&gLock);
+  if (!gAreLoaded || gLoadedAt != count) {
+    gAreLoaded = KAPContainerInterfaceLoad(&gTables.containers, gGetProc) &&
+                 POSArrayInterfaceLoad(&gTables.arrays, gGetProc) &&
+                 POSNumberInterfaceLoad(&gTables.numbers, gGetProc);
+    gLoadedAt = count;
+  }
+  const bool areLoaded = gAreLoaded;
+  *out = gTables;
+  mtx_unlock(&gLock);
+  return areLoaded;
+}
+
+static bool FindLargest(double* out, POSArray* numbers) {
+  *out = 0;
+  Tables use;
+  if (!GetTables(&use)) return Fail("Extremes: there are no arrays and numbers");
+
+  double largest = 0;
+  const unsigned count = use.arrays.Count(numbers);
+  for (unsigned i = 0; i < count; ++i) {
+    POSObject* const element = use.arrays.GetAt(numbers, i);  // a new reference
+    const bool isNumber = element && use.numbers.IsPOSNumber(element);
+    const double value = isNumber ? use.numbers.Get(element) : 0;
+    use.containers.Release(element);
+    if (!isNumber) return Fail("Extremes: an element is not a number");
+    if (i == 0 || value > largest) largest = value;
+  }
+  *out = largest;
+  return count > 0;
+}
+
+EXPORT int ExtremesInitialize(KAPGetProcAddressProc getProc);
+EXPORT void ExtremesTerminate(void);
+EXPORT int ExtremesGetVersion(void);
+
+int ExtremesInitialize(KAPGetProcAddressProc getProc) {
+  static const ExtremesInterfaceProcs procs = {FindLargest};
+  gGetProc = getProc;
+  if (!KAPBinderInterfaceLoad(&gBinder, getProc)) return 0;
+  gUnregisterCount = gBinder.KAPGetUnregisterCountAddr();
+  gAreLoaded = false;
+  return mtx_init(&gLock, mtx_plain) == thrd_success && ExtremesInterfaceRegister(&procs, &gBinder);
+}
+
+void ExtremesTerminate(void) {
+  if (!gBinder.KAPUnregisterInterface) return;
+  gBinder.KAPUnregisterInterface(ExtremesInterface_NAME);
+  mtx_destroy(&gLock);
+}
+
+int ExtremesGetVersion(void) { return 1; }

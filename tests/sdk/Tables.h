@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+// The tables of all interfaces as lines of text, for the list of those that were ever published.
+
+// A line for each method, interface by interface and in slot order:
+//
+//   KAPStringInterface 0 NewStringAtom KAPNewStringAtomProc KAPStringAtom*(const char*)
+//
+// The types are written out from the declarations, without the aliases, as one compiler after the
+// other sees them.
+std::vector<std::string> DeclaredTables();
+
+// What is no longer as it was: a description of each published line whose slot is gone or has other
+// names or another type now. Lines that are declared but not published are additions, and fine.
+std::vector<std::string> BrokenPromises(const std::vector<std::string>& published,
+                                        const std::vector<std::string>& declared);
