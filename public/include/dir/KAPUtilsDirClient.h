@@ -40,7 +40,7 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   // The directory for temporary files, the working directory, the directory at `path`.
   static CKAPUtilsDir GetTempDir();
   static CKAPUtilsDir GetCurrent();
-  [[nodiscard]] static CKAPUtilsDir New(const CKAPStringAtom& path);
+  static CKAPUtilsDir New(const CKAPStringAtom& path);
 
   [[nodiscard]] bool FileExists(const CKAPStringAtom& name) const;
   void Delete(const CKAPStringAtom& name) const;

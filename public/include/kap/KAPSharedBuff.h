@@ -51,6 +51,10 @@ class CKAPSharedBuff {
 // Frees storage that came from CKAPMemory: a `deleteProc` for NewBuffer.
 void KAPDeleteSharedBuff(void* storage) noexcept;
 
+// What may say how many elements there are.
+template <class Count>
+concept KAPCount = std::integral<Count> && !std::same_as<Count, bool>;
+
 // A reference to a shared buffer of plain elements, or to none.
 // Ownership: holds one reference, released on destruction; copies share the buffer. Releasing it
 //   before the binding, after the binding or after CKAPSharedBuff::Close does nothing.
@@ -66,8 +70,8 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
   using TKAPReference::TKAPReference;
   // Zeroed storage of the host for `count` elements; a count below 0 does not fit. A template, so
   // that 0 is a count and not a null handle.
-  template <std::integral Count>
-  requires(!std::same_as<Count, bool>) explicit TKAPSharedBuffer(Count count)
+  template <KAPCount Count>
+  explicit TKAPSharedBuffer(Count count)
       : TKAPReference(CKAPSharedBuff::NewBuffer(SizeOf(count))) {}
 
   // The elements, borrowed, and their number; null and 0 for no buffer. Whole elements only: bytes
@@ -78,7 +82,7 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
   std::size_t Size() const { return Handle() ? CKAPSharedBuff::GetSize(Handle()) / sizeof(T) : 0; }
 
  private:
-  template <std::integral Count>
+  template <KAPCount Count>
   static std::size_t SizeOf(Count count) {
     if (!std::in_range<std::size_t>(count)) KAPThrowMathOverflow();
     return KAPCheckedSize(static_cast<std::size_t>(count), sizeof(T));
