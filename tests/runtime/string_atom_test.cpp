@@ -44,7 +44,7 @@ TEST_F(StringAtomTest, WaysToTakeAHandle) {
 // A text that is not terminated, on both sides of the size that is copied on the stack.
 TEST_F(StringAtomTest, UnterminatedTexts) {
   const std::string text(200, 'x');
-  for (const std::size_t size : {0, 1, 127, 128, 129}) {
+  for (const std::size_t size : {0ul, 1ul, 127ul, 128ul, 129ul}) {
     const CKAPStringAtom atom(std::string_view(text).substr(0, size));
     EXPECT_EQ(std::string(atom.Text()), text.substr(0, size));
   }
