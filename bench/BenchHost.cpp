@@ -30,6 +30,7 @@ void RunBound(KAPHost::Host& host) {
   gHostCalls = &calls;
   RegisterBenchmarks();
   benchmark::RunSpecifiedBenchmarks();
+  benchmark::ClearRegisteredBenchmarks();  // and the objects that they hold
 }
 
 // Returns true if there is no report and the accounting is balanced.

@@ -8,7 +8,7 @@
 # KAP_LIBRARY_PATH is defined as the absolute path of libKAPUtils.so. The locale "de_DE.UTF-8",
 # which has a decimal comma, is available.
 find_package(GTest REQUIRED)
-set(KAP_TEST_TIMEOUT ${KAP_TEST_TIMEOUT} CACHE STRING "Seconds after which a test is ended")
+set(KAP_TEST_TIMEOUT 300 CACHE STRING "Seconds after which a test is ended")
 
 set(kap_locales ${PROJECT_BINARY_DIR}/locale)
 add_custom_command(OUTPUT ${kap_locales}/de_DE.UTF-8/LC_NUMERIC
@@ -39,7 +39,7 @@ function(kap_add_test)
 
   add_test(NAME ${arg_NAME} COMMAND ${arg_NAME})
   set_tests_properties(${arg_NAME} PROPERTIES
-    TIMEOUT 300 ENVIRONMENT "LOCPATH=${kap_locales};${kap_sanitizer_environment}")
+    TIMEOUT ${KAP_TEST_TIMEOUT} ENVIRONMENT "LOCPATH=${kap_locales};${kap_sanitizer_environment}")
   if(arg_THREADS)
     set_tests_properties(${arg_NAME} PROPERTIES LABELS threads)
     add_dependencies(threads ${arg_NAME})

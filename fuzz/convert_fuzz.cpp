@@ -60,7 +60,7 @@ CPOSObject Read(const Reader& reader, std::string_view document) {
   const MemoryFile file(document);
   CPOSObject object;
   try {
-    object = reader.Open(file.Path(), Extent::kOne, TheSession())->Next();
+    object = reader.Open(file.Path(), Extent::kOne, Text::kDropped, TheSession())->Next();
     TheSession().TheLibrary().CheckReports("");
   } catch (const Failure&) {
     TheSession().TheLibrary().TakeReports();

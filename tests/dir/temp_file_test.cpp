@@ -173,11 +173,10 @@ TEST_F(DirTest, ReleaseUnderFaults) {
   EXPECT_EQ(Names(), Texts());
 }
 
-// Runs `test` in a world of its own for each n. What it runs by `failedCall` meets a failure of the
-// nth call from then on, alone or with all after it. It must fail when there is such a call, and
-// only then; `failedCall` returns whether it did. An exception is a single call that fails while
-// the file is opened through its descriptor, since its name is used then. Returns how many these
-// were.
+// Runs `test` in a world of its own for each n. In the body of `failedCall`, the nth call fails,
+// alone or with all after it. The body must fail if there is such a call, and only then;
+// `failedCall` returns whether it did. An exception is a single call that fails while the file is
+// opened through its descriptor, since its name is used then. Returns the number of exceptions.
 using FailedCall = std::function<bool(const Body& body)>;
 int FailEachCall(const std::function<void(DirWorld&, const FailedCall&)>& test) {
   int recovered = 0;

@@ -4,7 +4,7 @@
 
 #include "TestHost.h"
 
-// The leak report itself: it must name whatever is held too long.
+// The leak report itself: it must name everything that is held too long.
 
 namespace {
 
@@ -90,7 +90,7 @@ TEST_F(AccountingTest, SnapshotsShowWhatChanged) {
   EXPECT_TRUE(fHost->TakeSnapshot().IsEmpty()) << fHost->TakeSnapshot();
 }
 
-// More types than the accounting tells apart: none is lost, and the next host has all slots again.
+// More types than the accounting distinguishes: none is lost, and the next host has all slots.
 TEST_F(AccountingTest, ManyTypes) {
   for (int round = 0; round < 2; ++round) {
     std::vector<KAPContainer*> containers;

@@ -33,7 +33,9 @@ class CacheTest : public HostTest {
 };
 
 TEST_F(CacheTest, LeastRecentlyUsedFirst) {
+  const unsigned long before = Cache<"GetCacheTime">();
   for (int i = 0; i < 4; ++i) EXPECT_TRUE(Add(i));
+  EXPECT_EQ(Cache<"GetCacheTime">(), before + 4);
   EXPECT_FALSE(Add(0));
   for (int i : {0, 1, 1}) EXPECT_EQ(Cache<"Attach">(fIDs[i]), &fItems[i]);
   Cache<"MarkPurge">(fIDs[0], &fItems[0]);  // used last
@@ -57,7 +59,7 @@ TEST_F(CacheTest, LeastRecentlyUsedFirst) {
   EXPECT_EQ(gPurged, "cdabc");
 }
 
-// Costs whose sum no number holds are the components' affair; the accounts stay balanced.
+// Costs whose sum overflows are allowed; the accounting stays balanced.
 TEST_F(CacheTest, HugeCosts) {
   for (int i = 0; i < 4; ++i) {
     EXPECT_TRUE(Add(i));

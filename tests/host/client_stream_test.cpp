@@ -73,7 +73,7 @@ TEST_F(ClientStreamTest, EachCapabilityHasItsMethods) {
   for (KAPStringAtom* name : mark) fHost.Strings<"DeleteStringAtom">(name);
 }
 
-// After a fault a new object stays its maker's, while the host deletes an independent one.
+// After a fault a new object still belongs to its maker; the host deletes an independent one.
 TEST_F(ClientStreamTest, FaultsAndErrors) {
   Client client, other;
   KAPContainer* stream = nullptr;

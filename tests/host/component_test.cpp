@@ -90,6 +90,8 @@ TEST_F(ComponentTest, FailedInitialisationMakesWayForAnother) {
   Component third = std::move(second);
   second.Terminate();
   EXPECT_FALSE(second.Initialize(fHost.GetProcAddress()));
+  first = std::move(third);
+  third.Terminate();
   EXPECT_NE(answer(), nullptr);
 }
 

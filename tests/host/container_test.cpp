@@ -184,13 +184,15 @@ TEST_F(ContainerTest, LongChainsOfClonesAreReleased) {
   EXPECT_EQ(gDeleted, "a");
 }
 
-// Of the names; null containers are the declarations' test.
+// Null names. declarations_test.cpp tests null containers.
 TEST_F(ContainerTest, NullNamesAreErrors) {
   KAPContainer* container = New();
   void* out = this;
-  for (KAPError* error : {fHost.Containers<"NGetInstance">(&out, container, nullptr),
-                          fHost.Containers<"GetMethod">(&out, container, nullptr, fImpl, 1),
-                          fHost.Containers<"RegisterInterface">(container, nullptr, fImpl)}) {
+  for (KAPError* error :
+       {fHost.Containers<"NGetInstance">(&out, container, nullptr),
+        fHost.Containers<"GetMethod">(&out, container, nullptr, fImpl, 1),
+        fHost.Containers<"GetParentMethod">(&out, container, fImpl, fImpl, nullptr),
+        fHost.Containers<"RegisterInterface">(container, nullptr, fImpl)}) {
     EXPECT_EQ(fHost.TakeMessage(error), "invalid argument");
   }
   EXPECT_EQ(out, nullptr);

@@ -4,7 +4,7 @@ namespace {
 
 using KAP_T_MT::KAPFault;
 
-// The rules of fault injection. That each procedure obeys them is the declarations' test.
+// The rules of fault injection. declarations_test.cpp tests that each procedure obeys them.
 class FaultTest : public HostTest {
  protected:
   bool TryAtom() {

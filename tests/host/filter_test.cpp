@@ -49,6 +49,9 @@ TEST_F(FilterTest, Chains) {
   EXPECT_EQ(Write(first), "");
   EXPECT_EQ(Do<"SetDataSink">(second, first), "a filter cannot be its own target");
   EXPECT_EQ((fHost.Call<Filters, "PeekTarget">(second)), end);
+  KAPFilter* code = end;
+  EXPECT_EQ(Do<"GetVellumcodeFilter">(&code, second), "");
+  EXPECT_EQ(code, nullptr);
   EXPECT_EQ(Do<"Close">(second), "");
   EXPECT_EQ(Write(first), "the filter is closed");
   unsigned long state = 99;
@@ -79,7 +82,7 @@ TEST_F(FilterTest, LongChains) {
   EXPECT_EQ(client.fCalls, "write delete ");
 }
 
-// After a fault the object stays its maker's; an error of its delete procedure is reported.
+// After a fault the object belongs to its maker; an error of its delete procedure is reported.
 TEST_F(FilterTest, FailingClients) {
   Client client;
   KAPDataSink* const target = New<"NewNullDataSink">();

@@ -42,7 +42,7 @@ TEST(ShutdownTest, LateCallsDoNoHarm) {
   freeBlock(block);
   release(container);  // ignored
 
-  // The next host has accounts of its own and destroys what could not be destroyed without one.
+  // The next host has its own accounting and destroys what could not be destroyed without one.
   host.emplace(options);
   EXPECT_TRUE(host->TakeSnapshot().IsEmpty());
   release(container);

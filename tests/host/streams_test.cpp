@@ -99,6 +99,8 @@ TEST_F(FileStreamsTest, Modes) {
     EXPECT_EQ(fHost.TakeSnapshot().Of(KAP_T_MT::KAPResource::kFile, fPath).fNumber, 1);
     EXPECT_EQ(Read(stream, 10), row.read);
     EXPECT_EQ(Write(stream, "+"), row.write);
+    EXPECT_EQ(Seek(stream, 0, 2), "");
+    EXPECT_EQ(Mark(stream), std::to_string(row.after.size()));
     Release(stream);
     stream = NewFile(fPath, "r");
     EXPECT_EQ(Read(stream, 10), row.after);
@@ -142,7 +144,32 @@ TEST_F(StreamsTest, FullDisk) {
   EXPECT_EQ(Write(stream, std::string(20000, 'x')), message);
   EXPECT_EQ(Mark(stream), "5");
   Release(stream);
+  EXPECT_EQ(fHost.Reports(), std::vector<std::string>{message});
   EXPECT_EQ(fHost.TakeReport(), message);
+}
+
+// A pipe has no positions, and a read returns what there is.
+TEST_F(StreamsTest, Pipes) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const std::string paths[] = {"/proc/self/fd/" + std::to_string(ends[0]),
+                               "/proc/self/fd/" + std::to_string(ends[1])};
+  KAPContainer* const in = NewFile(paths[0], "r");
+  KAPContainer* const out = NewFile(paths[1], "w");
+  EXPECT_EQ(Write(out, "12345"), "");
+  EXPECT_EQ(Seek(out, 0), "cannot seek in \"" + paths[1] + "\": Illegal seek");
+  Release(out);
+  EXPECT_EQ(Read(in, 3), "123");
+  EXPECT_EQ(Read(in, 3), "45");
+  Release(in);
+  for (const int end : ends) close(end);
+}
+
+TEST_F(StreamsTest, UnreadableFiles) {
+  KAPContainer* const stream = NewFile("/proc/self/mem", "r");
+  EXPECT_EQ(Read(stream, 10), "cannot read \"/proc/self/mem\": Input/output error");
+  EXPECT_EQ(Mark(stream), "0");
+  Release(stream);
 }
 
 TEST_F(StreamsTest, Handles) {

@@ -8,11 +8,17 @@ using KAP_T_MT::KAPResource;
 
 constexpr int kRounds = 50000;
 
-class ThreadsTest : public HostTest {};
+// With pages and caches of references also where a sanitizer switches them off.
+class ThreadsTest : public testing::TestWithParam<KAPHost::HostMemory> {
+ protected:
+  TestHost fHost{false, GetParam()};
+};
+INSTANTIATE_TEST_SUITE_P(Memory, ThreadsTest,
+                         testing::Values(KAPHost::HostMemory::kPages, KAPHost::HostMemory::kPlain));
 
 // In every round an atom dies on one thread while others look it up: they must find it alive or
 // make a new one.
-TEST_F(ThreadsTest, LastReleaseAgainstLookUp) {
+TEST_P(ThreadsTest, LastReleaseAgainstLookUp) {
   const auto newAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
   const auto text = fHost.Proc<KAP_T_MT::KAPStringInterface, "GetCString">();
   const auto deleteAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "DeleteStringAtom">();
@@ -31,7 +37,7 @@ TEST_F(ThreadsTest, LastReleaseAgainstLookUp) {
 }
 
 // The table grows while it is searched.
-TEST_F(ThreadsTest, ManyAtoms) {
+TEST_P(ThreadsTest, ManyAtoms) {
   const auto newAtom = fHost.Proc<KAP_T_MT::KAPStringInterface, "NewStringAtom">();
   std::vector<std::vector<KAPStringAtom*>> atoms(kThreads);
   RunOnThreads([&](int thread) {
@@ -51,7 +57,7 @@ TEST_F(ThreadsTest, ManyAtoms) {
 }
 
 // Made on one thread and released on another; snapshots are taken meanwhile and right afterwards.
-TEST_F(ThreadsTest, SharedContainersAndBlocks) {
+TEST_P(ThreadsTest, SharedContainersAndBlocks) {
   static std::atomic<int> deleted;
   deleted = 0;
   KAPStringAtom* impl = fHost.Atom("Impl");
@@ -78,7 +84,7 @@ TEST_F(ThreadsTest, SharedContainersAndBlocks) {
   EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty()) << fHost.TakeSnapshot();
 }
 
-TEST_F(ThreadsTest, RegistryCounterErrorsAndReports) {
+TEST_P(ThreadsTest, RegistryCounterErrorsAndReports) {
   const auto unregister = fHost.Proc<KAPBinderInterface, "KAPUnregisterInterface">();
   const auto report = fHost.Proc<KAPBinderInterface, "KAPReportError">();
   auto* counter = reinterpret_cast<std::atomic<unsigned long>*>(
@@ -100,7 +106,7 @@ TEST_F(ThreadsTest, RegistryCounterErrorsAndReports) {
 }
 
 // New types of containers appear on all threads at once.
-TEST_F(ThreadsTest, NewTypes) {
+TEST_P(ThreadsTest, NewTypes) {
   RunOnThreads([&](int) {
     for (int i = 0; i < 300; ++i) {
       KAPStringAtom* name = fHost.Atom(("Type" + std::to_string(i)).c_str());
@@ -115,7 +121,7 @@ TEST_F(ThreadsTest, NewTypes) {
 }
 
 // Independent streams over one file, and one cache in which an item is added, used and purged.
-TEST_F(ThreadsTest, StreamsAndCaches) {
+TEST_P(ThreadsTest, StreamsAndCaches) {
   using Cache = KAPCacheInterface;
   static std::atomic<int> filed, purged;
   filed = purged = 0;

@@ -103,7 +103,7 @@ TEST_F(ForeignTest, AreClonedByTheirOwnProcedure) {
   gCloning = Cloning::kCopied;
 }
 
-// Against the contract of the calls: each walk goes on with what is there then.
+// Against the contract of the calls: each walk continues with the current contents.
 TEST_F(ForeignTest, ThatChangeWhatHoldsThem) {
   const auto fill = [this](const Object& held, int times) {
     for (int i = 0; i < times; ++i) {

@@ -7,8 +7,8 @@
 #include "Threads.h"
 #include "World.h"
 
-// Nesting far deeper than any stack carries: there is an error that says so, or the result,
-// and the release always succeeds.
+// Nesting far deeper than any stack allows: an error that says so, or the right result. The release
+// always succeeds.
 
 namespace {
 
@@ -202,8 +202,7 @@ TEST_F(NestingTest, SmallAndLargeStacks) {
   }
 }
 
-// On a stack that the program made itself, as for its signals, there is no telling how much is
-// left.
+// On a stack that the program made itself, as for its signals, the space left is unknown.
 void OnSignalStack(std::function<void()> body) {
   static std::function<void()> toRun;
   toRun = std::move(body);

@@ -13,7 +13,7 @@ class TextTest : public PosTest {
  protected:
   // The object as Show writes it, or "error at" and the place.
   std::string Outcome(const std::string& text) const {
-    // In a block of its own size, so that AddressSanitizer stops who reads on.
+    // In a block of its own size, so that AddressSanitizer finds a read past the end.
     const std::vector<char> copy(text.c_str(), text.c_str() + text.size() + 1);
     const char* end = "untouched";
     const Object object = Own(fCreate(copy.data(), &end));
@@ -98,7 +98,7 @@ TEST_F(TextTest, SyntaxErrors) {
       {"open units longer than any", "`" + Times(5000, "0"), 5001},
       {"five digits", "`00410`]", 7},
       {"no digit", "`004g`", 6},
-      {"a sign is no digit", "`00+1`", 6},
+      {"a sign is not a digit", "`00+1`", 6},
       {"101 characters of a word", Times(101, "a"), 101},
       {"101 between parentheses", "(" + Times(101, "a") + ")", 103},
       {"401 digits", "`" + Times(401, "0") + "`", 403},

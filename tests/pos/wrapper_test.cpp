@@ -1,3 +1,8 @@
+#include <cstdio>
+
+#include "KAPUtilsDir.h"
+#include "POSStreamer.h"
+#include "POSValidator.h"
 #include "World.h"
 
 namespace {
@@ -13,6 +18,8 @@ std::string Thrown(const auto& call) {
     return exception.what();
   } catch (const CKAPError& error) {
     return std::string("CKAPError ") + error.what();
+  } catch (const std::bad_alloc& error) {
+    return error.what();
   }
 }
 
@@ -147,6 +154,120 @@ TEST_F(WrapperTest, InterfaceThatCannotBeLoaded) {
   EXPECT_EQ(Thrown([&] { CPOSNumber(6.0); }), DowncastMessage("CPOSNumber"));
   StopFaults();
   EXPECT_EQ(CPOSNumber(number, false).Get(), 5);
+}
+
+int gPointee;
+
+void Need(bool isDone) {
+  if (!isDone) throw POSException("a call has failed");
+}
+
+// Whether the first unit of a text or of data, which is null after a failure, is this one.
+bool Starts(const auto* data, int first) { return data && *data == first; }
+
+CPOSDict Dict(const char* text) { return {CPOSObject::CreateFromText(text, nullptr), false}; }
+
+// What of a wrapper calls the library or the host. If a call fails, a use throws or leaves a
+// report.
+const struct {
+  const char* wrapper;
+  void (*use)();
+} kUses[] = {
+    {"object",
+     [] {
+       const CPOSObject object = CPOSObject::CreateFromText("[1 < a (b) >]", nullptr);
+       Need(!object.IsNull() && object.Clone().IsEqual(object));
+     }},
+    {"number", [] { Need(CPOSNumber(CPOSObject(CPOSNumber(1.5)), false).Get() == 1.5); }},
+    {"string", [] { Need(Starts(CPOSString(CPOSString("text"), false).Get(), 't')); }},
+    {"Unicode string",
+     [] {
+       const unsigned short units[] = {1, 2, 0};
+       Need(Starts(CPOSUnicodeString(CPOSUnicodeString(units), false).Get(), 1));
+     }},
+    {"binary data",
+     [] {
+       const unsigned char bytes[] = {1, 2};
+       const CPOSBinData data("type", bytes, 2);
+       Need(Starts(data.GetTypeName(), 't') && data.GetSize() == 2);
+       Need(Starts(data.GetBinData(), 1));
+     }},
+    {"raw pointer",
+     [] {
+       const CPOSRawPointer pointer(&gPointee, nullptr);
+       Need(pointer.GetRawPointer() == &gPointee && !pointer.GetReleaseProc());
+       Need(CPOSRawPointer::NewKAPObjRef(pointer.Handle()).GetRawPointer() == pointer.Handle());
+     }},
+    {"array",
+     [] {
+       CPOSArray array = CPOSArray::New();
+       array.Append(CPOSNumber(1));
+       array.SetAt(2, CPOSNumber(3));
+       array.Remove(1);
+       Need(array.Count() == 2 && CPOSNumber(array[1], false).Get() == 3);
+     }},
+    {"dictionary",
+     [] {
+       CPOSDict dict = Dict("< a 1 b < c [2] > >");
+       dict.Put("d", CPOSNumber(4));
+       dict.Remove("a");
+       Need(dict.NumKeys() == 2 && dict.DeepGetNumber("b.c[0]", false).Get() == 2);
+       Need(dict.GetDict("b", false).GetArray("c", false).Count() == 1);
+     }},
+    {"iterator",
+     [] {
+       const CPOSDict dict = Dict("< a 1 >");
+       CPOSDictIterator iterator(dict);
+       iterator.Next();
+       iterator.Begin();
+       Need(!iterator.IsDone() && Starts(iterator.CurKey(), 'a'));
+     }},
+    {"streamer",
+     [] {
+       const CPOSStreamer streamer;
+       CKAPPositionableStream stream;
+       streamer.Serialize(stream, Dict("< a [1] >"));
+       stream.Rewind();
+       Need(!streamer.Deserialize(stream).IsNull());
+     }},
+    {"validator",
+     [] {
+       const CPOSDict schema = Dict("< T < category int > >");
+       CPOSStructValidator validator(schema);
+       validator.RegisterCallbackProc(
+           "T", [](auto...) { return 1L; }, nullptr);
+       Need(CPOSStructValidator::ValidateSchema(schema, nullptr));
+       Need(CPOSValidator(validator.Handle()).Validate(CPOSNumber(1), "T", nullptr));
+     }},
+    {"directory", [] {
+       const CKAPUtilsDir folder = CKAPUtilsDir::GetTempDir();
+       const CKAPStringAtom name = folder.CreateUniqueFilename(CKAPStringAtom("wrapper"));
+       const std::unique_ptr<const CKAPStringAtom, void (*)(const CKAPStringAtom*)> file(
+           &name, [](const CKAPStringAtom* each) { std::remove(each->Text()); });
+       folder.OpenStream(name, "w").Write(reinterpret_cast<const unsigned char*>("x"), 1);
+       Need(folder.FileExists(name) && folder.GetFilePathSpec(name).Text());
+       folder.Delete(name);
+       CKAPUtilsDir::GetCurrent();
+     }}};
+
+// Whichever call of the host fails, alone or with all after it: the caller learns of it, and
+// neither side keeps anything.
+TEST_F(WrapperTest, NthCallOfTheHostFails) {
+  for (const auto& [wrapper, use] : kUses) {
+    use();  // fills method tables
+    for (const bool andAllAfterIt : {false, true}) {
+      bool fails = true;
+      for (unsigned long n = 1; fails && !HasFailure(); ++n) {
+        SCOPED_TRACE(testing::Message() << wrapper << ", call " << n << andAllAfterIt);
+        const BalancedScope balanced(*this);
+        andAllAfterIt ? FailFrom(KAPFault::kAny, n) : FailCall(KAPFault::kAny, n);
+        const std::string thrown = Thrown(use);
+        fails = Fired();
+        StopFaults();
+        EXPECT_EQ(!TakeReports().empty() || !thrown.empty(), fails) << thrown;
+      }
+    }
+  }
 }
 
 }  // namespace

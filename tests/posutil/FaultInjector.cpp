@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Preloaded into posutil, makes calls of the C library fail or kills the process at one of them.
 // The environment variable KAP_FAULT holds
 //

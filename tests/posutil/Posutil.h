@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,6 +16,11 @@ struct Outcome {
 
   friend bool operator==(const Outcome&, const Outcome&) = default;
 };
+
+// The first line of the messages, without the line end.
+inline std::string FirstMessage(const Outcome& outcome) {
+  return outcome.fErr.substr(0, outcome.fErr.find('\n'));
+}
 
 std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Commands, their arguments and exit statuses.
 
 #include "Folder.h"
@@ -5,7 +6,8 @@
 
 namespace {
 
-const char kDocument[] = "< a < b [10 20 (x y)] > u `0041` (c d) 1.50 () < e [] > >";
+const char kDocument[] =
+    "< a < b [10 20 (x y)] > u `0041` w `00E920ACD83DDE00` (c d) 1.50 () < e [] > >";
 
 TEST(GetTest, PrintsAValuePerLine) {
   const struct {
@@ -13,7 +15,9 @@ TEST(GetTest, PrintsAValuePerLine) {
     std::vector<std::string> paths;
     Outcome outcome;
   } rows[] = {
-      {"scalars as they are", {"a.b[1]", ".a.b[2]", "u", "c d"}, {0, "20\nx y\nA\n1.5\n", ""}},
+      {"scalars as they are",
+       {"a.b[1]", ".a.b[2]", "u", "c d", "w"},
+       {0, "20\nx y\nA\n1.5\né€😀\n", ""}},
       {"compound values as JSON",
        {"a", "a.b", ".", ".e"},
        {1, "{\"b\":[10,20,\"x y\"]}\n[10,20,\"x y\"]\n{\"e\":[]}\n",
@@ -49,9 +53,13 @@ TEST(GetTest, NeedsADictionary) {
 }
 
 TEST(GetTest, FailsForAValueWithoutAForm) {
-  EXPECT_EQ(
-      RunPosutil({"get", "--from", "text", "-", "a", "b"}, "< a 1 b [`D800`] >"),
-      (Outcome{3, "", "posutil: <stdin>: b: [0]: the Unicode string has a lone surrogate\n"}));
+  const std::string lone = "the Unicode string has a lone surrogate\n";
+  const std::pair<const char*, std::string> rows[] = {{"b", "b: [0]: " + lone},
+                                                      {"c", "c: the document: " + lone}};
+  for (const auto& [path, message] : rows) {
+    EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a", path}, "< a 1 b [`D800`] c `DC00` >"),
+              (Outcome{3, "", "posutil: <stdin>: " + message}));
+  }
 }
 
 TEST(FormatTest, IsGuessedFromTheEnding) {
@@ -120,6 +128,14 @@ TEST(LibraryTest, CanBeGivenAndMissing) {
   const Outcome missing = RunPosutil({"version", "--library", "/nowhere/lib.so"});
   EXPECT_EQ(missing.fStatus, 3);
   EXPECT_NE(missing.fErr.find("/nowhere/lib.so"), std::string::npos) << missing.fErr;
+  // A program without the library beside it.
+  const Folder folder;
+  const std::string copy = folder.Path("posutil");
+  std::filesystem::copy_file(POSUTIL_PATH, copy);
+  const Outcome alone =
+      RunPosutil({"version"}, "", {.fPrefix = {"sh", "-c", "exec " + copy + " \"$@\""}});
+  EXPECT_EQ(alone.fStatus, 3);
+  EXPECT_TRUE(alone.fErr.starts_with("posutil: libKAPUtils.so is neither in ")) << alone.fErr;
 }
 
 }  // namespace

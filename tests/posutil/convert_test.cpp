@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions of files from each format to each other.
 
 #include "Folder.h"
@@ -22,6 +23,29 @@ TEST(ConvertTest, ThereAndBack) {
       EXPECT_EQ(folder.Content("back." + from), folder.Content("original." + from));
     }
   }
+}
+
+TEST(ConvertTest, ALinkToItself) {
+  const Folder folder;
+  const std::string in = folder.Put("in.json", "1");
+  const std::string out = folder.Path("loop.json");
+  std::filesystem::create_symlink("loop.json", out);
+  EXPECT_EQ(RunPosutil({"convert", in, out}),
+            (Outcome{3, "", "posutil: " + out + ": Too many levels of symbolic links\n"}));
+}
+
+// It leaves no copy in which to look up what is lost.
+TEST(ConvertTest, AFileThatReplacesItselfLosesNothing) {
+  const Folder folder;
+  const std::string file = folder.Put("a.json", "{\"a\":true}");
+  const Outcome refused = RunPosutil({"convert", file, folder.Path("./a.json")});
+  EXPECT_EQ(refused.fStatus, 3);
+  EXPECT_EQ(FirstMessage(refused), file + ":1:6: true is read as the string \"true\"");
+  EXPECT_EQ(folder.Content("a.json"), "{\"a\":true}");
+  EXPECT_EQ(RunPosutil({"convert", "--loss=keep", file, file}), (Outcome{0, "", ""}));
+  EXPECT_EQ(folder.Content("a.json"), "{\n  \"a\": true\n}\n");
+  EXPECT_EQ(RunPosutil({"convert", "--loss=warn", file, file}).fStatus, 0);
+  EXPECT_EQ(folder.Content("a.json"), "{\n  \"a\": \"true\"\n}\n");
 }
 
 TEST(ConvertTest, WrongUsageTouchesNothing) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every call of the C library that posutil depends on fails or is the last one: the output file is
 // the old one or the new one, and nothing else is left.
 
@@ -211,6 +212,20 @@ TEST_F(FaultTest, OutOfMemory) {
       EXPECT_EQ(IsNew(), outcome.fStatus == 0);
       if (outcome.fStatus != 0) ExpectMessageAboutMemory(outcome);
     }
+  }
+}
+
+// A file of 5 GiB, without blocks on the disk, and 2 GiB of memory.
+TEST_F(FaultTest, AFileLargerThanMemory) {
+  const std::string in = fFolder.Put("in.json", "");
+  std::filesystem::resize_file(in, 5ul << 30);
+  const Setting limited = {.fPrefix = {"prlimit", "--as=2147483648"}};
+  for (const char* const format : {"json", "text", "typea"}) {
+    SCOPED_TRACE(format);
+    const Outcome outcome = RunPosutil({"print", "--from", format, in}, "", limited);
+    EXPECT_EQ(outcome.fOut, "");
+    ExpectMessageAboutMemory(outcome);
+    ExpectNoLeak(outcome);
   }
 }
 

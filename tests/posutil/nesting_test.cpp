@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents with a million levels: a result or an error, but no crash.
 
 #include "Posutil.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lost output, and colours.
 
 #include <fcntl.h>
@@ -90,9 +91,13 @@ TEST(OutputTest, LongOutputIsWhole) {
     json += std::to_string(i) + ",";
     expected += "  " + std::to_string(i) + ",\n";
   }
-  EXPECT_TRUE(RunPosutil({"print", "--from", "json", "--to", "json", "-"},
-                         json + "\"" + longText + "\"]") ==
-              (Outcome{0, expected + "  \"" + longText + "\"\n]\n", ""}));
+  // The input is a file, then a pipe, whose size is unknown.
+  for (const std::vector<std::string>& prefix :
+       {std::vector<std::string>(), {"sh", "-c", "cat | exec \"$0\" \"$@\""}}) {
+    EXPECT_TRUE(RunPosutil({"print", "--from", "json", "--to", "json", "-"},
+                           json + "\"" + longText + "\"]", {.fPrefix = prefix}) ==
+                (Outcome{0, expected + "  \"" + longText + "\"\n]\n", ""}));
+  }
 }
 
 // The output of the program on a terminal.

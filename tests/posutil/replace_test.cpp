@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The output file of a conversion: it is complete or unchanged, and keeps its rights.
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text notation to property objects and back, and the outline.
 
 #include "Posutil.h"
@@ -39,22 +40,24 @@ TEST(TextTest, RejectsWhatTextCannotHold) {
     std::string in;
     std::string message;
   } rows[] = {
-      {R"({"a":[1,null]})", "a[1]: text notation cannot hold an empty slot"},
-      {R"({"a":{"$binary":"t","base64":""}})", "a: text notation cannot hold binary data"},
-      {"[1e99,1e100]", "[1]: the number needs an exponent, which text notation does not have"},
-      {"[1e-98,1e-99]", "[1]: the number needs an exponent, which text notation does not have"},
-      {"[\"" + std::string(100, 'a') + "\",\"" + std::string(101, 'a') + "\"]", "[1]: " + limit},
+      {R"({"a":[1,null]})", "9: a[1]: text notation cannot hold an empty slot"},
+      {R"({"a":{"$binary":"t","base64":""}})", "6: a: text notation cannot hold binary data"},
+      {"[1e99,1e100]", "7: [1]: the number needs an exponent, which text notation does not have"},
+      {"[1e-98,1e-99]", "8: [1]: the number needs an exponent, which text notation does not have"},
+      {"[\"" + std::string(100, 'a') + "\",\"" + std::string(101, 'a') + "\"]",
+       "105: [1]: " + limit},
       {"[\"" + std::string(50, ')') + "\",\"" + std::string(51, ')') + "\"]",
-       "[1]: " + limit + ", including backslashes"},
-      {"{\"" + std::string(101, 'k') + "\":1}", std::string(101, 'k') + ": " + limit},
+       "55: [1]: " + limit + ", including backslashes"},
+      {"{\"" + std::string(101, 'k') + "\":1}", "106: " + std::string(101, 'k') + ": " + limit},
       {R"([{"$unicode":")" + std::string(100, 'a') + R"("},{"$unicode":")" + std::string(101, 'a') +
            "\"}]",
-       "[1]: text notation limits Unicode strings to 100 units"},
+       "118: [1]: text notation limits Unicode strings to 100 units"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.in);
-    EXPECT_EQ(Print("json", "text", row.in),
-              (Outcome{3, "", "posutil: <stdin>: " + row.message + "\n"}));
+    const Outcome outcome = Print("json", "text", row.in);
+    EXPECT_EQ(outcome.fStatus, 3);
+    EXPECT_EQ(FirstMessage(outcome), "<stdin>:1:" + row.message);
   }
 }
 
@@ -67,28 +70,53 @@ TEST(TextTest, JsonThereAndBack) {
   EXPECT_EQ(Print("text", "json", text.fOut), (Outcome{0, json, ""}));
 }
 
-TEST(TextTest, SyntaxErrorsShowWhereTheReaderStopped) {
-  const std::string ends = "syntax error at the end of the text\n";
+TEST(TextTest, SyntaxErrorsNameTheTokenAtFault) {
+  const std::string ends = "unexpected end of the text; expected ";
+  const std::string digits(402, '0');
   const struct {
     const char* why;
     std::string in;
     std::string err;
   } rows[] = {
-      {"empty", "", "1:1: no object in the text\n  \n  ^\n"},
-      {"blank", " \n ", "2:2: no object in the text\n   \n   ^\n"},
-      {"unclosed", "< a\n  [1", "2:5: " + ends + "    [1\n      ^\n"},
-      {"an unclosed literal", "(ab", "1:4: " + ends + "  (ab\n     ^\n"},
-      {"no token", "< a\n\t\"x\" >", "2:2: syntax error\n   \"x\" >\n   ^\n"},
-      {"after the object", "[1] x", "1:5: syntax error\n  [1] x\n      ^\n"},
+      {"empty", "", "1:1: no object in the text"},
+      {"blank", " \n ", "1:1: no object in the text"},
+      {"unclosed", "< a\n  [1 \n", "2:5: " + ends + "a value or ']'"},
+      {"unclosed after a key", "< (a b", "1:7: unexpected end of the text in a string"},
+      {"without a value", "< (a b) ", "1:8: " + ends + "a value for \"a b\""},
+      {"an unclosed Unicode string", "`0041", "1:6: unexpected end of the text in a string"},
+      {"no value for a key", "< a 1 b >", "1:9: unexpected '>'; expected a value for \"b\""},
+      {"another bracket", "[1 >", "1:4: unexpected '>'; expected a value or ']'"},
+      {"another bracket", "< a 1 ]", "1:7: unexpected ']'; expected a key or '>'"},
+      {"a bracket alone", "]", "1:1: unexpected ']'; expected a value"},
+      {"a number as a key", "< 1 a >", "1:3: a number cannot be a key; expected a key or '>'"},
+      {"a Unicode string as a key", "< `0041` a >",
+       "1:3: a Unicode string cannot be a key; expected a key or '>'"},
+      {"an array as a key", "< [] a >", "1:3: unexpected '['; expected a key or '>'"},
+      {"no token", "< a\n\t\"x\" >",
+       "2:2: no value starts with this character; expected a value for \"a\""},
+      {"a long string", "[ (" + std::string(101, ' ') + ")]",
+       "1:3: string longer than 100 characters"},
+      {"a long word", "[ a" + std::string(100, 'b') + "]",
+       "1:3: string longer than 100 characters"},
+      {"a long number", "[ " + std::string(101, '1') + "]",
+       "1:3: number longer than 100 characters"},
+      {"a long Unicode string", "[`" + digits + "00`]",
+       "1:2: Unicode string longer than 100 units"},
+      {"half a unit", "[`00410`]",
+       "1:2: malformed Unicode string; expected four hexadecimal digits for each unit"},
+      {"after the object", "[1] x", "1:5: unexpected text after the object"},
       {"a zero character after the object", std::string("[1]\0x", 5),
-       "1:4: a zero character in the text\n  [1]?x\n     ^\n"},
-      {"a zero character inside", std::string("[1\0]", 4),
-       "1:3: a zero character in the text\n  [1?]\n    ^\n"},
+       "1:4: a zero character in the text"},
+      {"a zero character inside", std::string("[1\0]", 4), "1:3: a zero character in the text"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
-    EXPECT_EQ(Print("text", "tree", row.in), (Outcome{3, "", "<stdin>:" + row.err}));
+    const Outcome outcome = Print("text", "tree", row.in);
+    EXPECT_EQ(outcome.fStatus, 3);
+    EXPECT_EQ(FirstMessage(outcome), "<stdin>:" + row.err);
   }
+  EXPECT_EQ(Print("text", "tree", "[1\n\t(\u65E5) >").fErr,
+            "<stdin>:2:6: unexpected '>'; expected a value or ']'\n   (\u65E5) >\n        ^\n");
 }
 
 TEST(TreeTest, ShowsEveryKindUnambiguously) {

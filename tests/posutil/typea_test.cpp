@@ -1,5 +1,8 @@
+// SPDX-License-Identifier: MIT
 // TypeA documents to property objects and back.
 
+#include <fcntl.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include "Folder.h"
@@ -39,23 +42,23 @@ TEST(TypeATest, ErrorsShowTheirPlace) {
     std::string err;
   } rows[] = {
       {"", "1:1: the document ends inside the version name (after 0 bytes)\n  \n  ^\n"},
-      {" \n", "2:1: the document ends inside"},
+      {" \n", "1:1: the document ends inside"},
       {"POSStreamerTypeA_Version2.0 #1 ",
        "1:28: a document must start with POSStreamerTypeA_Version1.0 and a space (after 28 bytes)\n"
        "  POSStreamerTypeA_Version2.0 #1 \n                             ^\n"},
       {kTag + "?", "1:29: no value starts with this character (after 29 bytes)\n"},
       {kTag + "[\n\t#1 \n\t%]", "3:2: no value starts with this character (after 37 bytes)\n"},
-      {kTag + "\"é\\q\"", "1:32: unknown escape sequence (after 33 bytes)\n"},
+      {kTag + "\"é\\q\"", "1:31: unknown escape sequence (after 33 bytes)\n"},
       {kTag + "{\"a\" #2 00}", "1:39: binary data is shorter than its declared length"},
       {kTag + "{\"a\" #1 000}", "1:39: binary data is longer than its declared length"},
       {kTag + "{#1 }", "1:32: expected a string"},
       {kTag + "<\"a\">", "1:33: key without a value"},
       {kTag + "$0x1 ", "1:29: cannot read a raw pointer"},
       {kTag + std::string(1, '\0'), "1:29: a zero character instead of a value"},
-      {kTag + "#1,5 ", "1:33: malformed number"},
+      {kTag + "#1,5 ", "1:29: malformed number"},
       {kTag + "#1 \n#2 ", "2:1: unexpected text after the document (see --all)\n  #2 \n  ^\n"},
       {kTag + "\"" + std::string(300000, 'x') + "\n\n" + std::string(70000, 'y') + "\\q",
-       "3:70002: unknown escape sequence (after 370033 bytes)\n  ...yyy"},
+       "3:70001: unknown escape sequence (after 370033 bytes)\n  ...yyy"},
   };
   const Folder folder;
   for (const auto& row : rows) {
@@ -82,9 +85,13 @@ TEST(TypeATest, TruncatedAnywhere) {
 TEST(TypeATest, RejectsWhatItCannotHold) {
   EXPECT_EQ(
       RunPosutil({"convert", "--from", "json", "--to", "typea", "-", "-"}, "{\"a\":[1,null]}"),
-      (Outcome{3, "", "posutil: <stdin>: a[1]: TypeA cannot hold an empty slot\n"}));
+      (Outcome{3, "",
+               "<stdin>:1:9: a[1]: TypeA cannot hold an empty slot\n  {\"a\":[1,null]}\n"
+               "          ^\n"}));
   EXPECT_EQ(Print(kTag + "[#1 #-1e999 ]", "typea"),
-            (Outcome{3, "", "posutil: <stdin>: [1]: TypeA cannot hold infinities or NaN\n"}));
+            (Outcome{3, "",
+                     "<stdin>:1:33: [1]: TypeA cannot hold infinities or NaN\n  " + kTag +
+                         "[#1 #-1e999 ]\n" + std::string(34, ' ') + "^\n"}));
 }
 
 TEST(TypeATest, RejectsTwoGibibytes) {
@@ -123,16 +130,60 @@ TEST(AllTest, ReadsEveryDocument) {
             (Outcome{0, two, ""}));
 }
 
-TEST(AllTest, ErrorsNameTheDocument) {
-  EXPECT_EQ(RunPosutil({"print", "--all", "--from", "typea", "--to", "text", "-"},
-                       kTag + "#1 \n" + kTag + "{\"\" #0 }"),
-            (Outcome{3, "",
-                     "posutil: <stdin>, document 2: the document: text notation cannot hold "
-                     "binary data\n"}));
+TEST(AllTest, JsonWithAnySpaceBetweenDocuments) {
+  const struct {
+    const char* in;
+    const char* out;
+  } rows[] = {{"", ""},
+              {" \n", ""},
+              {"1 2[3]\"x\"\n\n{\"a\"\n:1}", "1\n2\n[3]\n\"x\"\n{\"a\":1}\n"},
+              {"[1][2]{}\"a\"\"b\"1", "[1]\n[2]\n{}\n\"a\"\n\"b\"\n1\n"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.in);
+    EXPECT_EQ(RunPosutil({"print", "--all", "--from", "json", "--to", "json", "-"}, row.in),
+              (Outcome{0, row.out, ""}));
+  }
+  EXPECT_EQ(
+      RunPosutil({"get", "--all", "--from", "json", "-", "a"}, "{\"a\":1}{\"b\":2}{\"a\":\"x\"}"),
+      (Outcome{1, "1\nx\n", "posutil: <stdin>, document 2: no value at \"a\"\n"}));
+}
+
+// Endless input: the reader gets each document at once and may leave.
+TEST(AllTest, DocumentsFlow) {
+  int in[2];
+  int out[2];
+  ASSERT_EQ(::pipe2(in, O_CLOEXEC), 0);
+  ASSERT_EQ(::pipe2(out, O_CLOEXEC), 0);
+  for (const std::string from : {"json", "typea"}) {
+    const Running posutil({"print", "--all", "--from", from, "--to", "json", "-"},
+                          {in[0], out[1], STDERR_FILENO});
+    const std::string document = from == "json" ? "[1]" : kTag + "[#1 ]";
+    char line[10] = {};
+    for (int i = 0; i < 3; ++i) {
+      ASSERT_EQ(::write(in[1], document.data(), document.size()),
+                static_cast<ssize_t>(document.size()));
+      EXPECT_EQ(::read(out[0], line, sizeof line), 4);
+      EXPECT_STREQ(line, "[1]\n");
+    }
+    ::kill(posutil.Process(), SIGTERM);
+    posutil.Wait();
+  }
+  for (const int each : {in[0], in[1], out[0], out[1]}) ::close(each);
+}
+
+TEST(AllTest, ErrorsNameTheirPlace) {
+  EXPECT_EQ(FirstMessage(RunPosutil({"print", "--all", "--from", "typea", "--to", "text", "-"},
+                                    kTag + "#1 \n" + kTag + "{\"\" #0 }")),
+            "<stdin>:2:29: the document: text notation cannot hold binary data");
   const Outcome second =
       RunPosutil({"print", "--all", "--from", "typea", "-"}, kTag + "#1 \n\nx y");
   EXPECT_EQ(second.fErr.rfind("<stdin>:3:2: a document must start with", 0), 0U) << second.fErr;
-  EXPECT_EQ(RunPosutil({"print", "--all", "--from", "typea", "-"}, "").fStatus, 3);
+  EXPECT_EQ(FirstMessage(RunPosutil({"print", "--all", "--from", "json", "-"}, "[1]\n[2]\n\n [3")),
+            "<stdin>:4:4: unexpected end of input; expected ',' or ']' (at [1])");
+  const Folder folder;
+  const std::string file = folder.Put("a.json", "[1]\n[2]\n[null]\n");
+  EXPECT_EQ(FirstMessage(RunPosutil({"print", "--all", "--to", "text", file})),
+            file + ":3:2: [0]: text notation cannot hold an empty slot");
 }
 
 }  // namespace

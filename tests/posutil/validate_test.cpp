@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Checks of documents and schemas: files, formats and exit statuses. The tests of the library cover
 // the rules.
 
@@ -51,14 +52,17 @@ class ValidateTest : public testing::Test {
 };
 
 const std::string kBad =
-    "bad.txt: born (optional, type != int): Expected INT was of invalid type\n"
-    "bad.txt: Unknown member cats\n"
-    "bad.txt: name (required, type != Name): String length below mininum value 1\n";
+    "bad.txt:1:16: born (optional, type != int): Expected INT was of invalid type; "
+    "found an array of 0\nschema.txt:1:60: note: the rule\n"
+    "bad.txt:1:19: Unknown member cats\nschema.txt:1:3: note: the rule\n"
+    "bad.txt:1:8: name (required, type != Name): String length below mininum value 1; found \"\"\n"
+    "schema.txt:1:97: note: the rule\n";
 
 TEST_F(ValidateTest, TheWorstOfAllFilesDecides) {
   Put("torn.txt", "< name");
   const std::string torn =
-      "torn.txt:1:7: syntax error at the end of the text\n  < name\n        ^\n";
+      "torn.txt:1:7: unexpected end of the text; expected a value for \"name\"\n"
+      "  < name\n        ^\n";
   const struct {
     std::vector<std::string> files;
     Outcome outcome;
@@ -84,18 +88,26 @@ TEST_F(ValidateTest, TheWorstOfAllFilesDecides) {
 }
 
 TEST_F(ValidateTest, EveryFormatOfDocumentsAndSchemas) {
-  const std::string last = "3 files checked: 1 valid, 2 not valid, 2 messages\n";
-  const std::string message = "born (optional, type != int): INT was not a whole number\n";
+  const std::string message =
+      ": born (optional, type != int): INT was not a whole number; "
+      "found 1815.5\n";
+  const struct {
+    std::string format;
+    std::string place;
+    std::string rule;
+  } rows[] = {{"json", ":2:11", ":24:7"}, {"typea", ":2:9", ":25:4"}};
   Put("odd.json", R"({"name":"Ada","born":1815.5})");
-  for (const std::string format : {"json", "typea"}) {
+  for (const auto& [format, place, rule] : rows) {
     Run({"convert", "schema.txt", "schema." + format});
     Run({"convert", "ada.txt", "ada." + format});
     Run({"convert", "odd.json", "odd." + format});
-    EXPECT_EQ(
-        Run({"validate", "ada." + format, "--schema", "schema." + format, "odd." + format, "--type",
-             "Person", "odd." + format}),
-        (Outcome{1, "odd." + format + ": " + message + "odd." + format + ": " + message + last,
-                 ""}));
+    EXPECT_EQ(Run({"validate", "ada." + format, "--schema", "schema." + format, "--type", "Person",
+                   "odd." + format}),
+              (Outcome{1,
+                       "odd." + format + place + message + "schema." + format + rule +
+                           ": note: the rule\n"
+                           "2 files checked: 1 valid, 1 not valid, 1 message\n",
+                       ""}));
   }
   EXPECT_EQ(Run({"validate", "--schema", "-", "--schema-from", "text", "--type", "Person", "--from",
                  "json", "odd.json"},
@@ -103,9 +115,10 @@ TEST_F(ValidateTest, EveryFormatOfDocumentsAndSchemas) {
                 .fStatus,
             1);
   EXPECT_EQ(
-      Validate({"--from", "text", "-"}, "People", "[< name Ada > < name (Charles Babbage) >]"),
+      Validate({"--from", "text", "-"}, "People", "[< name Ada >\n\t< name (Charles Babbage) >]"),
       (Outcome{1,
-               "<stdin>: [1]: name (required, type != Name): String length above maximum value 9\n"
+               "<stdin>:2:9: [1]: name (required, type != Name): String length above maximum value "
+               "9; found \"Charles Babbage\"\nschema.txt:1:106: note: the rule\n"
                "1 file checked: 0 valid, 1 not valid, 1 message\n",
                ""}));
 }
@@ -116,16 +129,20 @@ TEST_F(ValidateTest, Json) {
   const std::string error = "nowhere.txt: No such file or directory";
   EXPECT_EQ(
       Validate({"--format", "json", "ada.txt", "odd.txt", "nowhere.txt"}),
-      (Outcome{3,
-               "{\"files\":[\n"
-               "{\"file\":\"ada.txt\",\"valid\":true,\"messages\":[]},\n"
-               "{\"file\":\"odd.txt\",\"valid\":false,\"messages\":"
-               "[\"Unknown member \\\\x80\\\\x0a\\\"\\\\\"]},\n"
-               "{\"file\":\"nowhere.txt\",\"valid\":null,\"messages\":[],\"error\":\"" +
-                   error + "\"}\n],\"valid\":1,\"invalid\":1,\"unchecked\":1,\"messages\":1}\n",
-               "posutil: " + error + "\n"}));
+      (Outcome{
+          3,
+          "{\"files\":[\n"
+          "{\"file\":\"ada.txt\",\"valid\":true,\"messages\":[]},\n"
+          "{\"file\":\"odd.txt\",\"valid\":false,\"messages\":[\n"
+          " {\"file\":\"odd.txt\",\"line\":1,\"column\":12,\"path\":\"/\\\\x80\\\\x0a\\\"\\\\\","
+          "\"type\":\"Person\",\"message\":\"Unknown member \\\\x80\\\\x0a\\\"\\\\\","
+          "\"rule\":{\"file\":\"schema.txt\",\"line\":1,\"column\":3}}]},\n"
+          "{\"file\":\"nowhere.txt\",\"valid\":null,\"messages\":[],\"error\":\"" +
+              error + "\"}\n],\"valid\":1,\"invalid\":1,\"unchecked\":1,\"messages\":1}\n",
+          "posutil: " + error + "\n"}));
   EXPECT_EQ(Validate({"odd.txt"}).fOut,
-            "odd.txt: Unknown member \\x80\\x0a\"\\\n"
+            "odd.txt:1:12: Unknown member \\x80\\x0a\"\\\n"
+            "schema.txt:1:3: note: the rule\n"
             "1 file checked: 0 valid, 1 not valid, 1 message\n");
 }
 
@@ -180,13 +197,12 @@ TEST_F(ValidateTest, AnInvalidSchema) {
       Run({"validate", "--schema", "faulty.txt", "--type", "A", "--format", "json", "ada.txt"});
   EXPECT_EQ(outcome.fStatus, 3);
   EXPECT_EQ(outcome.fOut, "");
-  EXPECT_EQ(
-      outcome.fErr.find("posutil: faulty.txt: the schema is not valid, so nothing was checked\n"
-                        "faulty.txt: A (value, type != TypeDefn): Not a valid union type: "
-                        "Trying DictDefn: "),
-      0u)
-      << outcome.fErr;
-  EXPECT_NE(outcome.fErr.find(" Cannot locate definition of type B\n"), std::string::npos);
+  const std::string slip =
+      "faulty.txt:1:33: A (value, type != TypeDefn): Not a valid union type: Trying ArrayDefn: "
+      "Not a valid union type: Trying HomoArrayDefn: membertype (required, type != TypeName): "
+      "Cannot locate definition of type B; found \"B\" (the closest of 11 alternatives)\n";
+  EXPECT_EQ(outcome.fErr,
+            "posutil: faulty.txt: the schema is not valid, so nothing was checked\n" + slip);
 
   const std::string message = "posutil: list.txt: a schema must be a dictionary of types\n";
   EXPECT_EQ(Run({"validate", "--schema", "list.txt", "--type", "A", "ada.txt"}),
@@ -198,12 +214,139 @@ TEST_F(ValidateTest, AnInvalidSchema) {
   EXPECT_EQ(Run({"check-schema", "-q", "schema.txt"}), (Outcome{0, "", ""}));
   EXPECT_EQ(Run({"check-schema", "-q", "faulty.txt"}), (Outcome{1, "", ""}));
   EXPECT_EQ(Run({"check-schema", "list.txt", "faulty.txt", "-q"}), (Outcome{3, "", message}));
-  const Outcome named = Run({"check-schema", "faulty.txt"});
-  EXPECT_EQ(named.fStatus, 1);
-  EXPECT_NE(named.fOut.find(" Cannot locate definition of type B\n"), std::string::npos);
+  EXPECT_EQ(Run({"check-schema", "faulty.txt"}),
+            (Outcome{1, slip + "1 file checked: 0 valid, 1 not valid, 1 message\n", ""}));
   EXPECT_NE(
       Run({"check-schema", "--format", "json", "-", "--from", "text"}, "<>").fOut.find("true"),
       std::string::npos);
+}
+
+// Each slip in a schema gives one message, which names it.
+TEST_F(ValidateTest, SlipsInSchemas) {
+  const struct {
+    const char* schema;
+    std::string message;
+  } rows[] = {
+      {"< C < category string minlen (3) > >",
+       ":30: C (value, type != TypeDefn): Not a valid union type: Trying StringDefn: minlen "
+       "(optional, type != real): Expected REAL was of invalid type; found \"3\" (the closest of "
+       "10 alternatives)"},
+      {"< D < category strin > >",
+       ":16: D (value, type != TypeDefn): Not a valid union type: Trying DictDefn: category "
+       "(required, type != kDict): String is not one of the enumerated values; found \"strin\" "
+       "(the closest of 10 alternatives)"},
+      {"< E < category array membertype [int nosuch] > >",
+       ":38: E (value, type != TypeDefn): Not a valid union type: Trying ArrayDefn: Not a valid "
+       "union type: Trying HeteroArrayDefn: membertype (required, type != TypeList): [1]: Cannot "
+       "locate definition of type nosuch; found \"nosuch\" (the closest of 11 alternatives)"},
+      {"< F < category array > >",
+       ":5: F (value, type != TypeDefn): Not a valid union type: Trying ArrayDefn: Not a valid "
+       "union type: Trying HomoArrayDefn: Missing required member membertype (the closest of 11 "
+       "alternatives)"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.schema);
+    EXPECT_EQ(
+        Run({"check-schema", "--from", "text", "-"}, row.schema),
+        (Outcome{1,
+                 "<stdin>:1" + row.message + "\n1 file checked: 0 valid, 1 not valid, 1 message\n",
+                 ""}));
+  }
+}
+
+TEST_F(ValidateTest, PlacesOfValuesAndRules) {
+  Put("kinds.txt",
+      "< Pair < category array membertype [int string] >\n"
+      "Both < category intersection set [Low\n High] > Low < category int max 5 >\n"
+      "High < category int minexcl 5 >\n"
+      "Short < category string maxlen 1 >\n"
+      "Map < category dict keytype Short valuetype Low >\n"
+      "kA < category string oneof [a] > kB < category string oneof [b] >\n"
+      "A < category dict required < kind kA x int y int > >\n"
+      "B < category dict required < kind kB z int > optional < w int > >\n"
+      "Shape < category union set [int A B] > >");
+  const struct {
+    const char* type;
+    const char* document;
+    std::string out;
+  } rows[] = {
+      {"Pair", "[1\n 2]", "2:2: [1]: Expected STRING was of invalid type; found 2\nkinds.txt:1:41"},
+      {"Pair", "[1]",
+       "1:1: Heterogenous array object size did not match type array size; found an array of 1\n"
+       "kinds.txt:1:25"},
+      {"Both", " 7",
+       "1:2: Failed intersection type Low: Number above maximum value 5.000000; found 7\n"
+       "kinds.txt:3:29"},
+      {"Map", "< k 1\n long 2 >",
+       "2:2: long (key, type != Short): String length above maximum value 1; found \"long\"\n"
+       "kinds.txt:5:25"},
+      {"Map", "< k (a b) >",
+       "1:5: k (value, type != Low): Expected INT was of invalid type; found \"a b\"\n"
+       "kinds.txt:3:16"},
+      {"Low", "(\u65E5\u202E)",
+       "1:1: Expected INT was of invalid type; found \"\u65E5\\u202e\"\nkinds.txt:3:16"},
+      {"Shape", "< kind b z q >",
+       "1:12: Not a valid union type: Trying B: z (required, type != int): Expected INT was of "
+       "invalid type; found \"q\" (the closest of 3 alternatives)\nkinds.txt:9:38"},
+      {"Shape", "< kind b w 1 >",
+       "1:1: Not a valid union type: Trying B: Missing required member z (the closest of 3 "
+       "alternatives)\nkinds.txt:9:38"},
+      {"Shape", "(a)",
+       "1:1: Not a valid union type: Trying int: Expected INT was of invalid type; found \"a\" "
+       "(the closest of 3 alternatives)\nkinds.txt:10:29"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.document);
+    EXPECT_EQ(Run({"validate", "--schema", "kinds.txt", "--type", row.type, "--from", "text", "-"},
+                  row.document),
+              (Outcome{1,
+                       "<stdin>:" + row.out +
+                           ": note: the rule\n1 file checked: 0 valid, 1 not valid, 1 message\n",
+                       ""}));
+  }
+  EXPECT_EQ(
+      Run({"validate", "--all-branches", "--schema", "kinds.txt", "--type", "Shape", "--format",
+           "json", "--from", "json", "-"},
+          "{\"kind\":\"b\"}")
+          .fOut,
+      "{\"files\":[\n{\"file\":\"<stdin>\",\"valid\":false,\"messages\":[\n"
+      " {\"file\":\"<stdin>\",\"line\":1,\"column\":1,\"path\":\"\",\"type\":\"int\","
+      "\"message\":\"Not a valid union type: Trying int: Expected INT was of invalid type\","
+      "\"found\":\"a dictionary\",\"rule\":{\"file\":\"kinds.txt\",\"line\":10,\"column\":29}},"
+      "\n {\"file\":\"<stdin>\",\"line\":1,\"column\":1,\"path\":\"\",\"type\":\"A\","
+      "\"message\":\"Not a valid union type: Trying A: Missing required member x\","
+      "\"rule\":{\"file\":\"kinds.txt\",\"line\":8,\"column\":38}},\n"
+      " {\"file\":\"<stdin>\",\"line\":1,\"column\":1,\"path\":\"\",\"type\":\"A\","
+      "\"message\":\"Not a valid union type: Trying A: Missing required member y\","
+      "\"rule\":{\"file\":\"kinds.txt\",\"line\":8,\"column\":44}},\n"
+      " {\"file\":\"<stdin>\",\"line\":1,\"column\":1,\"path\":\"\",\"type\":\"B\","
+      "\"message\":\"Not a valid union type: Trying B: Missing required member z\","
+      "\"rule\":{\"file\":\"kinds.txt\",\"line\":9,\"column\":38}}]}\n"
+      "],\"valid\":0,\"invalid\":1,\"unchecked\":0,\"messages\":4}\n");
+}
+
+TEST_F(ValidateTest, StreamsAndLimits) {
+  const std::string stream = "{\"name\":\"Ada\"}\n{\"name\":1}\n{\"name\":2,\"x\":3}";
+  const std::string wrong =
+      ": name (required, type != Name): Expected STRING was of invalid type; ";
+  const std::string note = "schema.txt:1:81: note: the rule\n";
+  EXPECT_EQ(Validate({"--all", "--from", "json", "-"}, "Person", stream),
+            (Outcome{1,
+                     "<stdin>:2:9" + wrong + "found 1\n" + note + "<stdin>:3:9" + wrong +
+                         "found 2\n" + note +
+                         "<stdin>:3:11: Unknown member x\nschema.txt:1:3: note: the rule\n"
+                         "3 documents checked: 1 valid, 2 not valid, 3 messages\n",
+                     ""}));
+  EXPECT_EQ(Validate({"--all", "--max-errors", "1", "--from", "json", "-"}, "Person", stream).fOut,
+            "<stdin>:2:9" + wrong + "found 1\n" + note +
+                "2 more messages (--max-errors 0 prints all)\n"
+                "3 documents checked: 1 valid, 2 not valid, 3 messages\n");
+  EXPECT_EQ(Validate({"--all", "-q", "--from", "json", "-"}, "Person", stream),
+            (Outcome{1, "", ""}));
+  EXPECT_EQ(Validate({"--all", "--from", "json", "-"}, "Person", stream + "[").fOut,
+            "<stdin>:2:9" + wrong + "found 1\n" + note + "<stdin>:3:9" + wrong + "found 2\n" +
+                note + "<stdin>:3:11: Unknown member x\nschema.txt:1:3: note: the rule\n" +
+                "3 documents checked: 1 valid, 2 not valid, 3 messages; 1 document not checked\n");
 }
 
 TEST_F(ValidateTest, WrongUsage) {

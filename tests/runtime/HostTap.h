@@ -10,7 +10,7 @@
 
 using Log = std::vector<std::pair<std::string, std::string>>;
 
-// Stands between a host and its components and records what they ask of it: look-ups as (interface,
+// Stands between a host and its components and records their requests: look-ups as (interface,
 // method), calls as (method, the strings among its first arguments, separated by slashes). The
 // test's own calls are included. One tap at a time, one thread at a time.
 class HostTap {

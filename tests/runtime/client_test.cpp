@@ -1,4 +1,5 @@
 #include <functional>
+#include <set>
 #include <stdexcept>
 
 #include "RuntimeTest.h"
@@ -171,32 +172,125 @@ TEST_F(ClientTest, DestructorsMayThrow) {
             "unfinished|TOQ|0");
 }
 
-void UseEverything() {
-  const TKAPSharedBuffer<char> buffer(4);
-  const CKAPCacheID id;
-  const CKAPPositionableStream memory;
-  CKAPPositionableStream stream(
-      Factory::NewClientPositionableStream(KAPNewClient<IndependentStream>()), KAPAdopt());
-  stream.CreateIndependentlyPositionableStream().Write(kBytes, 1);
-  CKAPFilterJPEG jpeg(CKAPDataSink(), KAPNewClient<Filter>());
-  jpeg.GetVellumcodeFilter().Write(kBytes, 1);
-  CKAPProgress(KAPNewClient<Progress>()).Update(0, "", 0);
+// ---- Every wrapper, with every call of the host failing in turn ----
+
+void Need(bool isDone) {
+  if (!isDone) throw std::runtime_error("a call has failed");
 }
 
-// Whichever call of the host fails: the caller learns of it, and neither side keeps anything.
+CKAPPositionableStream NewStream() {
+  return CKAPPositionableStream(
+      Factory::NewClientPositionableStream(KAPNewClient<IndependentStream>()), KAPAdopt());
+}
+
+// What of a wrapper calls the host. A use throws if a call fails.
+const struct {
+  const char* wrapper;
+  void (*use)();
+} kUses[] = {
+    {"atoms",
+     [] {
+       CKAPStringAtom atom("a");
+       atom = atom + CKAPStringAtom::ToHex(&gLive);
+       Need(atom.Text() && CKAPStringAtom(atom).Text() == atom.Text());
+     }},
+    {"errors", [] { Need(CKAPError(CKAPError("m", "c", 1)).Matches("c", 1)); }},
+    {"memory", [] { KAPNewBlock<char>(10)[0] = 1; }},
+    {"containers",
+     [] {
+       const CKAPStringAtom name("Impl"), other("Other");
+       const CKAPContainerHolder empty,
+           full(CKAPContainer::NewFullContainer(&gLive, name, name, nullptr), true);
+       const KAPContainerBaseGeneric wrapper(full.Handle()), copy(wrapper);
+       Need(CKAPContainer::GetInstance(copy.Handle(), name) == &gLive);
+       Need(!CKAPContainer::GetInstance(copy.Handle(), other));
+     }},
+    {"buffers", [] { TKAPSharedBuffer<char>(TKAPSharedBuffer<char>(4)).Data()[0] = 1; }},
+    {"caches",
+     [] {
+       const CKAPCacheID id;
+       Need(CKAPCache::Add(id, &gLive, 1, [](void*) {}));
+       CKAPCacheLock lock = CKAPCache::Attach(id);
+       CKAPCacheLock(lock).UpdateCost(5);
+       Need(lock.ReturnCost() == 5 && CKAPCache::CurrentCacheSize() == 5);
+       CKAPCache::PurgeAll();
+     }},
+    {"streams of the host",
+     [] {
+       CKAPPositionableStream memory, file("/dev/null", "r");
+       memory.Write(kBytes, 2);
+       memory.Rewind();
+       memory.Seek(1, kKAPSeekFromStart);
+       Need(memory.Mark() == 1 && memory.Read(gBuffer, 8) == 1);
+       CKAPPositionableStream(Factory::NewPositionableBufferStream(kBytes, 8), KAPAdopt());
+       memory.CreateIndependentlyPositionableStream().CreateIndependentlyRewindableStream();
+     }},
+    {"streams of the component",
+     [] {
+       NewStream().CreateIndependentlyPositionableStream().Write(kBytes, 1);
+       CKAPRewindableStream(Factory::NewClientRewindableStream(KAPNewClient<Stream>()), KAPAdopt())
+           .Rewind();
+       CKAPSimpleStream(Factory::NewClientSimpleStream(KAPNewClient<Stream>()), KAPAdopt())
+           .Read(gBuffer, 8);
+     }},
+    {"sinks and filters",
+     [] {
+       const CKAPDataSink null, sink(KAPNewClient<Filter>());
+       CKAPFilter filter(sink, TKAPClientObject<KAPClientFilter>(KAPNewClient<Filter>()));
+       CKAPFilterJPEG jpeg(null, KAPNewClient<Filter>());
+       jpeg.SetImageParameters(1, 2, 3);
+       jpeg.SetCompressionParameters(0.5f);
+       jpeg.GetVellumcodeFilter().Write(kBytes, 1);
+       filter.SetDataSink(jpeg);
+       Need(filter.PeekTarget().IsFilter() && filter.GetChainState() == 0);
+       filter.Close();
+       filter.ResetChainState();
+     }},
+    {"progress", [] {
+       CKAPProgress().Update(0, "", 0);
+       CKAPProgress(KAPNewClient<Progress>()).Update(0, "", 0);
+     }}};
+
+// Whichever call of the host fails, alone or with all after it: the caller learns of it, and
+// neither side keeps anything.
 TEST(ClientFaultTest, FailEachCall) {
-  bool fails = true;
-  for (unsigned long n = 1; fails; ++n) {
-    TestHost host;
-    ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
-    host.FailCall(KAPFault::kAny, n);
-    const std::string thrown = Thrown(&UseEverything);
-    fails = host.Fired();
-    EXPECT_EQ(!thrown.empty(), fails) << n << " " << thrown;
-    EXPECT_EQ(gLive, 0) << n;
-    KAPClientTerminate();
+  for (const auto& [wrapper, use] : kUses) {
+    for (const bool andAllAfterIt : {false, true}) {
+      bool fails = true;
+      for (unsigned long n = 1; fails; ++n) {
+        SCOPED_TRACE(testing::Message() << wrapper << ", call " << n << andAllAfterIt);
+        TestHost host;
+        ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+        andAllAfterIt ? host.FailFrom(KAPFault::kAny, n) : host.FailCall(KAPFault::kAny, n);
+        const std::string thrown = Thrown(use);
+        fails = host.Fired();
+        host.StopFaults();
+        EXPECT_EQ(!thrown.empty(), fails) << thrown;
+        EXPECT_EQ(gLive, 0);
+        KAPClientTerminate();
+      }
+    }
   }
   TakeHistory();
+}
+
+// The uses above make every call of the host that can fail and that a wrapper makes.
+TEST_F(ClientTest, UsesAreComplete) {
+  const std::set<std::string> withoutWrapper = {
+      "CloneContainer", "GetInstance", "GetParentMethod",  "NewCachePurge",    "NewCacheSet",
+      "Realloc",        "SearchForID", "RegisterInstance", "RegisterInterface"};
+  for (const auto& [wrapper, use] : kUses) use();
+  TakeHistory();
+  std::set<std::string> used;
+  for (const auto& [method, texts] : HostTap::TakeCalls()) used.insert(method);
+  KAPHostInterfaceSet::ForEach([&]<class Interface>() {
+    for (std::size_t i = 0; i < Interface::kCount; ++i) {
+      const char* const method = Interface::kEntries[i].fMethodName;
+      if (Interface::kTraits[i].fFault == KAPFault::kNever) continue;
+      EXPECT_NE(used.contains(method), withoutWrapper.contains(method))
+          << Interface::kName << " " << method;
+    }
+  });
 }
 
 }  // namespace

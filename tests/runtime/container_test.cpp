@@ -51,7 +51,7 @@ TEST_F(ContainerTest, WaysToTakeAHandle) {
   EXPECT_NE(CKAPContainerHolder::New().Handle(), nullptr);
 }
 
-// A reference that the host refuses is neither kept nor released.
+// A reference that the host fails is neither kept nor released.
 TEST_F(ContainerTest, ReferencesFail) {
   const KAPContainerBaseGeneric source(fContainer);
   KAPContainerBaseGeneric target(MakeContainer("Other"), KAPAdopt());
@@ -72,7 +72,7 @@ TEST_F(ContainerTest, ContainersFail) {
   EXPECT_EQ(Thrown([] { MakeContainer("Impl"); }), kOutOfMemory);
 }
 
-// A host that breaks its promise: no error, and no container.
+// A host that breaks its contract: no error, and no container.
 TEST_F(ContainerTest, NeitherContainerNorError) {
   ReplaceProc<KAPContainerInterface, "NewFullContainer">(
       fHost, [](auto...) { return static_cast<KAPError*>(nullptr); });

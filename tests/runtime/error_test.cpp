@@ -131,7 +131,19 @@ TEST_F(ErrorTest, ReturnedAndReported) {
   EXPECT_EQ(fHost.TakeReport(), "unknown KAP error");
 }
 
-// A failure never looks like success: without an error of its own it has a shared one.
+TEST_F(ErrorTest, WithoutTheInterface) {
+  const CKAPError error(std::runtime_error("cause"));
+  EXPECT_STREQ(error.what(), "cause");
+  EXPECT_TRUE(error.Matches("TOQ", 0));
+  fHost.HideInterface(KAPErrorInterface::kName);
+  MoveCounter(fHost);
+  EXPECT_STREQ(error.what(), "unknown KAP error");
+  EXPECT_EQ(Thrown([&] { error.Matches("TOQ", 0); }), "(empty)");
+  fHost.StopFaults();
+  MoveCounter(fHost);
+}
+
+// A failure never looks like success: if no error can be made, a shared one takes its place.
 TEST_F(ErrorTest, SharedErrors) {
   const BalancedScope balanced(fHost);
   for (const bool interfaceLost : {false, true}) {
@@ -148,7 +160,7 @@ TEST_F(ErrorTest, SharedErrors) {
       SCOPED_TRACE(kFailures[i].why);
       ASSERT_NE(errors[i], nullptr);
       const CKAPError error(errors[i]);
-      // Without the interface a core error cannot be told from the empty one.
+      // Without the interface a core error cannot be distinguished from the empty one.
       EXPECT_TRUE(interfaceLost || Describe(error) == kFailures[i].shared) << Describe(error);
     }
   }

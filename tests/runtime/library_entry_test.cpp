@@ -172,4 +172,17 @@ TEST_F(LibraryEntryTest, ObjectsWorkOnAfterTheNextInitialize) {
   Terminate();
 }
 
+// A caller may keep the address of a procedure longer than the library is initialised.
+TEST_F(LibraryTest, ProceduresAfterTermination) {
+  using namespace KAP_T_MT;
+  const auto getType = fHost.Proc<POSObjectInterface, "GetType">();
+  const auto isNumber = fHost.Proc<POSNumberInterface, "IsPOSNumber">();
+  KAPContainer* container = nullptr;
+  fHost.Containers<"NewContainer">(&container);
+  fLibrary.Terminate();
+  EXPECT_EQ(getType(container), 0);
+  EXPECT_FALSE(isNumber(container));
+  fHost.Containers<"Release">(container);
+}
+
 }  // namespace

@@ -135,6 +135,13 @@ TEST(KAPClientTest, EndsInSpiteOfAMember) {
   { const KAPClient client(host.GetProcAddress()); }
   EXPECT_EQ(host.TakeReport(), "cannot release");
   EXPECT_FALSE(KAPIsBound());
+  // Nor does it hide that another member has made the binding fail.
+  struct Refusing : LazyTerminate {
+    bool Initialize() override { return false; }
+    void Terminate() override {}
+  } refusing;
+  EXPECT_THROW(KAPClient(host.GetProcAddress()), KAPBindingError);
+  EXPECT_EQ(host.TakeReport(), "cannot release");
 }
 
 }  // namespace

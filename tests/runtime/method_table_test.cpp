@@ -97,7 +97,7 @@ TEST_F(MethodTableTest, AFailedFillIsDoneAgain) {
   }
 }
 
-// A host's "GetMethod" may call back into the list that is asking it.
+// A host's "GetMethod" may call back into the list that calls it.
 KAPVTabListGeneric* gList;
 Slots gSlotsDuringFill;
 KAPContainerInterface::Proc<"GetMethod"> gGetMethod;

@@ -24,7 +24,7 @@ TEST_F(StringAtomTest, References) {
   const CKAPStringAtom none(nullptr, false);
   EXPECT_EQ(CKAPStringAtom(none).Text(), nullptr);
   fHost.FailCall(KAPFault::kAtom, 1);
-  EXPECT_EQ(Thrown([] { CKAPStringAtom("refused"); }), kBadAlloc);
+  EXPECT_EQ(Thrown([] { CKAPStringAtom("failing"); }), kBadAlloc);
   HostTap::Clear();
   EXPECT_EQ(Thrown([] { CKAPStringAtom(static_cast<const char*>(nullptr)); }), kBadAlloc);
   EXPECT_EQ(HostTap::TakeCalls(), Log());

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <mutex>
 
 #include "RuntimeTest.h"
@@ -7,9 +6,6 @@
 namespace {
 
 using namespace KAP_T_MT;
-
-// KAP_LONG=1 makes these tests soak tests.
-int Rounds(int rounds) { return std::getenv("KAP_LONG") ? 50 * rounds : rounds; }
 
 TEST(WaitMutexTest, IsRecursiveAndExclusive) {
   TOQWaitMutex mutex;
@@ -35,22 +31,20 @@ class MovingCounterTest : public HostTest {
   }
   ~MovingCounterTest() override { KAPClientTerminate(); }
 
-  void RunWhileItMoves(const std::function<void(int)>& body) {
-    RunOnThreads(body, [this] { MoveCounter(fHost); });
+  void SoakWhileItMoves(const std::function<void(int)>& body) {
+    Soak(body, [this] { MoveCounter(fHost); });
   }
 };
 
 TEST_F(MovingCounterTest, HostTables) {
-  RunWhileItMoves([rounds = Rounds(3000)](int thread) {
+  SoakWhileItMoves([](int thread) {
     const std::string text = std::to_string(thread);
-    for (int i = 0; i < rounds; ++i) {
-      const CKAPStringAtom own(text.c_str()), shared("shared");
-      ASSERT_STREQ((own + shared).Text(), (text + "shared").c_str());
-      ASSERT_TRUE(CKAPError("m", text.c_str(), i).Matches(text.c_str(), i));
-      const CKAPContainerHolder container;
-      const KAPContainerBaseGeneric wrapper(container.Handle());
-      ASSERT_EQ(EchoClient::Call<"First">() + EchoClient::Call<"Third">(), 4);
-    }
+    const CKAPStringAtom own(text.c_str()), shared("shared");
+    ASSERT_STREQ((own + shared).Text(), (text + "shared").c_str());
+    ASSERT_TRUE(CKAPError("m", text.c_str(), thread).Matches(text.c_str(), thread));
+    const CKAPContainerHolder container;
+    const KAPContainerBaseGeneric wrapper(container.Handle());
+    ASSERT_EQ(EchoClient::Call<"First">() + EchoClient::Call<"Third">(), 4);
   });
 }
 
@@ -59,8 +53,8 @@ TEST_F(MovingCounterTest, MethodTables) {
   const char* const implementations[] = {"A", "B", "C"};
   std::atomic<const void*> tableOfA = nullptr;
   void* const third = EchoProc(fHost, 2);
-  RunWhileItMoves([&, rounds = Rounds(5000)](int thread) {
-    for (int i = 0; i < rounds; ++i) {
+  SoakWhileItMoves([&](int thread) {
+    for (int i = 0; i < 24; ++i) {
       const int which = (thread + i / 8) % 3;
       const CKAPContainerHolder container(MakeContainer(implementations[which]), true);
       const auto* slots = tables.InitVTab(container.Handle());
@@ -80,7 +74,7 @@ TEST_F(MovingCounterTest, InterfacesComeAndGo) {
   const CKAPContainerHolder container(MakeContainer("Impl"), true);
   const CKAPStringAtom atom("shared");
   const CKAPError error("message", "shared", 7);
-  auto useAll = [&] {
+  const auto useAll = [&](int) {
     const CKAPStringAtom copy(atom);
     ASSERT_EQ(copy.Text(), CKAPStringAtom("shared").Text());
     ASSERT_TRUE(CKAPError(error).Matches("shared", 7));
@@ -92,14 +86,10 @@ TEST_F(MovingCounterTest, InterfacesComeAndGo) {
     ASSERT_TRUE(thrown[1].empty() || thrown[1] == kInvalidContainer) << thrown[1];
     for (const int result : results) ASSERT_TRUE(result == 2 || result == 12) << result;
   };
-  RunOnThreads(
-      [&, rounds = Rounds(2000)](int) {
-        for (int i = 0; i < rounds; ++i) useAll();
-      },
-      [this, round = 0]() mutable {
-        fHost.Unregister(EchoInterface::kName);
-        ++round % 2 ? RegisterEcho<10>(fHost) : RegisterEcho(fHost);
-      });
+  Soak(useAll, [this, round = 0]() mutable {
+    fHost.Unregister(EchoInterface::kName);
+    ++round % 2 ? RegisterEcho<10>(fHost) : RegisterEcho(fHost);
+  });
   RegisterEcho<10>(fHost);
   MoveCounter(fHost);
   EXPECT_EQ(EchoClient::Call<"Second">(), 12);

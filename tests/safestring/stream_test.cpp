@@ -36,7 +36,7 @@ std::vector<std::string> Tokens(std::string text, std::size_t size, const char* 
   std::vector<std::string> tokens;
   char* context = nullptr;
   char* token = strtok_safe(text.data(), size, delimiters, &context);
-  for (; token != nullptr; token = strtok_safe(nullptr, size, delimiters, &context)) {
+  for (; token; token = strtok_safe(nullptr, size, delimiters, &context)) {
     tokens.emplace_back(token);
   }
   EXPECT_EQ(strtok_safe(nullptr, size, delimiters, &context), nullptr) << "stays at the end";
@@ -116,7 +116,7 @@ TEST(SafeInput, Arguments) {
   EXPECT_EQ(gets_safe(nullptr, 2), nullptr);
   EXPECT_EQ(gets_safe(buffer, 0), nullptr);
   EXPECT_EQ(std::string(buffer, 2), std::string("\0#", 2));
-  EXPECT_STREQ(gets_safe(buffer, 2), "a") << "the refused calls read nothing";
+  EXPECT_STREQ(gets_safe(buffer, 2), "a") << "a failed call reads nothing";
   EXPECT_STREQ(gets_safe(buffer, 1), "");
 }
 

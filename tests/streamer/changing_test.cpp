@@ -10,7 +10,7 @@ using namespace KAP_T_MT;
 
 class ChangingTest : public StreamerTest {
  protected:
-  // Keeps what it is given, and runs `change` in its call number `at`.
+  // Keeps the bytes written, and runs `change` in its call number `at`.
   struct Sink {
     std::string bytes = {};
     int calls = 0;
@@ -69,7 +69,7 @@ TEST_F(ChangingTest, ValueUnderWayIsWrittenWhole) {
             "<a \"" + x + "\" " + std::string(300, 'k') + " \"" + y + "\">");
 }
 
-// What comes after a change is written as it is then.
+// Values after a change are written as they are at that time.
 TEST_F(ChangingTest, LaterValuesAsTheyAreThen) {
   const Object array = Read("[]");
   for (const char c : {'x', 'y', 'z'}) Append(array, Long(c, 300));

@@ -1,7 +1,7 @@
 #include "StreamerWorld.h"
 #include "Threads.h"
 
-// What goes wrong outside the document, and documents that would ask for too much.
+// Failures outside the document, and documents that demand too much.
 
 namespace {
 
@@ -82,7 +82,7 @@ TEST_F(FailingTest, ShortReads) {
   }
 }
 
-// Memory is taken in step with the bytes that are there.
+// Memory grows with the bytes that are there.
 TEST_F(FailingTest, PromisedBytes) {
   FailBlocksAbove(4096);
   EXPECT_EQ(OutcomeOfValue("{\"t\" #1000000000000000 " + std::string(2000, '0')),
@@ -118,7 +118,7 @@ TEST_F(FailingTest, DeepNesting) {
   }
 }
 
-// Its depth is found out before half a gigabyte of indentation is written.
+// The depth is checked before half a gigabyte of indentation is written.
 TEST_F(FailingTest, AnArrayInItself) {
   const Object array = Read("[1]");
   Call<POSArrayInterface, "Append">(array.get(), array.get());

@@ -25,8 +25,9 @@
 // component does: fHost.Strings<"NewStringAtom">("key").
 class TestHost : public KAPHost::Host {
  public:
-  explicit TestHost(bool checks = false)
-      : Host({.fOnReport = {}, .fOnLeak = &Complain, .fChecks = checks}) {}
+  explicit TestHost(bool checks = false,
+                    KAPHost::HostMemory memory = KAPHost::HostMemory::kAutomatic)
+      : Host({.fOnReport = {}, .fOnLeak = &Complain, .fChecks = checks, .fMemory = memory}) {}
   ~TestHost() { EXPECT_EQ(TakeReports(), std::vector<std::string>()) << "unexpected reports"; }
 
   template <class Interface, KAP_T_MT::TKAPName Method, class... Args>

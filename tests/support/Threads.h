@@ -4,6 +4,8 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -30,6 +32,22 @@ inline void RunOnThreads(
     std::this_thread::yield();
   }
   for (std::thread& thread : threads) thread.join();
+}
+
+// Repeats `body(number of the thread)` on all threads for half a second, or for as many minutes as
+// the environment variable KAP_LONG says. Ends early when the test fails.
+inline void Soak(
+    const std::function<void(int)>& body, const std::function<void()>& meanwhile = [] {}) {
+  using Clock = std::chrono::steady_clock;
+  const char* const minutes = std::getenv("KAP_LONG");
+  const auto end = Clock::now() + (minutes ? std::chrono::minutes(std::atoi(minutes))
+                                           : std::chrono::milliseconds(500));
+  RunOnThreads(
+      [&](int thread) {
+        do body(thread);
+        while (Clock::now() < end && !testing::Test::HasFailure());
+      },
+      meanwhile);
 }
 
 // Runs `body` on a thread with a stack of `size` bytes.

@@ -119,8 +119,8 @@ TEST_F(CallbackTest, ThatChangesTheDocument) {
             "1 1 2 2 4 4 <b 2 d 4> ");
 }
 
-// Whichever call of a callback takes everything out of the document and the schema: no crash, and
-// what a later step needs and does not find is said.
+// Whichever call of a callback empties the document and the schema: no crash, and a message about
+// everything that a later step needs and does not find.
 TEST_F(CallbackTest, ThatEmptiesEverything) {
   const char* const schema =
       "< N < category int > S < category string > U < category union set [S N] >"
@@ -159,7 +159,7 @@ TEST_F(CallbackTest, ThatEmptiesEverything) {
   EXPECT_GT(at, 10);
 }
 
-// It can still be kept, and a callback gets it.
+// Such a part can still be kept alive, and a callback receives it.
 TEST_F(CallbackTest, AForeignPartWhoseInterfaceIsGone) {
   const char* const name = "TestForeign";
   static int never;

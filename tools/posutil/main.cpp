@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -7,7 +8,7 @@
 #include <new>
 #include <vector>
 
-#include "base/SyntaxError.h"
+#include "base/Failure.h"
 #include "commands/Command.h"
 #include "program/Session.h"
 
@@ -71,7 +72,7 @@ ExitStatus RunInSession(int argc, char** argv) {
     CLI::App options("Property objects on the command line.", "posutil");
     DeclareAll(options, session);
     return Run(options, argc, argv, session);
-  } catch (const SyntaxError& error) {
+  } catch (const PlacedFailure& error) {
     session.ComplainPlainly(error.what());
     return error.Status();
   } catch (const Failure& failure) {

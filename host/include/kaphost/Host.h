@@ -29,6 +29,18 @@ using KAP_T_MT::KAPFault;
 
 class HostState;
 
+// Where the host takes blocks, container records and atoms from. See HostOptions::fMemory.
+enum class HostMemory {
+  // kPlain in a build with a sanitizer, else kPages.
+  kAutomatic,
+  // Small ones from pages of their thread, which scale with the number of threads. Threads also
+  // take references to often used atoms in advance.
+  kPages,
+  // All from malloc, no reference in advance: memory checkers see each block, and each use of an
+  // atom after its last release.
+  kPlain,
+};
+
 struct HostOptions {
   // Called with each message that a component reports, on the reporting thread. Must not throw. The
   // message is kept for Host::Reports all the same: a host that runs for long calls TakeReports now
@@ -42,6 +54,7 @@ struct HostOptions {
   // memory: the host keeps the records of destroyed objects until it ends. Without checks such a
   // call is undefined behaviour.
   bool fChecks = false;
+  HostMemory fMemory = HostMemory::kAutomatic;
 };
 
 // The host's procedures are plain functions, so a process has one host at a time. A host made after
@@ -54,6 +67,8 @@ struct HostOptions {
 // Threads: procedures and members may be called from any thread. No other call may run during
 //   construction and destruction. A snapshot taken while other threads work may catch them halfway
 //   through a call.
+// Processes: the child of a fork may go on with the host, whatever other threads of the parent did
+//   in strings, memory and containers. Their memory is not reused in the child.
 // Errors: members that allocate may throw std::bad_alloc.
 class Host {
  public:

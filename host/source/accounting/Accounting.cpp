@@ -1,10 +1,10 @@
 #include "accounting/Accounting.h"
 
-#include <pthread.h>
-
 #include <memory>
 #include <mutex>
 #include <new>
+
+#include "base/ThreadEnd.h"
 
 namespace KAPHost {
 
@@ -23,8 +23,7 @@ void AddEntry(Holding& sum, const ThreadAccount::Entry& entry) noexcept {
   sum.fExtent = WrappingSum(sum.fExtent, entry.fExtent.load(std::memory_order_relaxed));
 }
 
-// When a thread ends, adds its numbers to those of the threads that have ended. Destructors that
-// run still later make another account, which retires in the next round.
+// When a thread ends, adds its numbers to those of the threads that have ended.
 void Retire(void* ended) noexcept {
   auto* const account = static_cast<ThreadAccount*>(ended);
   tAccount = nullptr;
@@ -38,24 +37,9 @@ void Retire(void* ended) noexcept {
   delete account;
 }
 
-// Has Retire called when the thread ends. A thread_local object with a destructor would do, but its
-// registration ends the process when it has no memory. False when out of memory or keys.
-bool RetireAtEnd(ThreadAccount* account) noexcept {
-  struct Key {
-    pthread_key_t fKey;
-    bool fIsMade;
-  };
-  static const Key key = [] {
-    pthread_key_t made{};
-    const bool isMade = pthread_key_create(&made, &Retire) == 0;
-    return Key{made, isMade};
-  }();
-  return key.fIsMade && pthread_setspecific(key.fKey, account) == 0;
-}
-
 ThreadAccount* NewAccount() noexcept {
   std::unique_ptr<ThreadAccount> account(new (std::nothrow) ThreadAccount);
-  if (!account || !RetireAtEnd(account.get())) return nullptr;
+  if (!account || !CallAtThreadEnd<&Retire>(account.get())) return nullptr;
   const std::lock_guard lock(gMutex);
   gAccounts.Append(*account);
   return account.release();
@@ -69,6 +53,8 @@ void CountFirst(unsigned slot, long number, long extent) noexcept {
   gSpare[slot].fNumber.fetch_add(number, std::memory_order_relaxed);
   gSpare[slot].fExtent.fetch_add(extent, std::memory_order_relaxed);
 }
+
+std::mutex& AccountsMutex() noexcept { return gMutex; }
 
 Holding TotalOf(unsigned slot) noexcept {
   const std::lock_guard lock(gMutex);

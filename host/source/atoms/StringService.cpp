@@ -1,4 +1,5 @@
 #include "accounting/Accounting.h"
+#include "atoms/AtomCredits.h"
 #include "atoms/AtomTable.h"
 #include "binder/Registration.h"
 #include "kap/KAPStringInterface.h"
@@ -9,13 +10,24 @@ namespace KAPHost {
 
 namespace {
 
-KAPStringAtom* NewStringAtom(const char* text) noexcept { return gAtoms.Intern(text); }
+KAPStringAtom* NewStringAtom(const char* text) noexcept {
+  if (!text) return nullptr;
+  const TextKey key(text);
+  if (KAPStringAtom* const cached = AtomCredits::Take(key)) return cached;
+  const auto [atom, isNew] = gAtoms.Intern(key);
+  if (!isNew) AtomCredits::Missed(*atom, key);
+  return atom;
+}
 
-void DeleteStringAtom(KAPStringAtom* atom) noexcept { gAtoms.Release(atom); }
+void DeleteStringAtom(KAPStringAtom* atom) noexcept {
+  if (atom && !AtomCredits::Give(*atom)) gAtoms.Release(*atom, 1);
+}
 
 const char* GetCString(KAPStringAtom* atom) noexcept { return atom ? atom->Text() : nullptr; }
 
-void AddRef(KAPStringAtom* atom) noexcept { gAtoms.AddRef(atom); }
+void AddRef(KAPStringAtom* atom) noexcept {
+  if (atom && !AtomCredits::TakeFor(*atom)) gAtoms.AddRef(atom);
+}
 
 }  // namespace
 
@@ -27,8 +39,12 @@ void RegisterService<KAP_T_MT::KAPStringInterface>(Binder& binder) {
 
 template <>
 void AddNamed<KAPResource::kAtom>(Snapshot& snapshot) {
-  gAtoms.ForEach([&](const KAPStringAtom& atom, long references) {
-    snapshot.Add(KAPResource::kAtom, atom.View(), {references, 0});
+  const auto credits = AtomCredits::All();
+  gAtoms.ForEach([&](const KAPStringAtom& atom) {
+    long references = atom.fCount.load(std::memory_order_relaxed);
+    const auto cached = credits.find(&atom);
+    if (cached != credits.end()) references -= cached->second;
+    if (references != 0) snapshot.Add(KAPResource::kAtom, atom.Text(), {references, 0});
   });
 }
 

@@ -13,16 +13,22 @@ namespace KAPHost {
 
 inline bool IsSingleThreaded() noexcept { return __libc_single_threaded != 0; }
 
+// Replaces the value by `next` if it is `value`, which becomes the present value otherwise.
+template <class Value>
+bool TryUpdate(std::atomic<Value>& count, Value& value, Value next) noexcept {
+  if (IsSingleThreaded()) {
+    count.store(next, std::memory_order_relaxed);
+    return true;
+  }
+  return count.compare_exchange_weak(value, next, std::memory_order_acq_rel,
+                                     std::memory_order_relaxed);
+}
+
 // Replaces the value by next(value) and returns the former one.
 template <class Value, class Next>
 Value Update(std::atomic<Value>& count, Next next) noexcept {
   Value value = count.load(std::memory_order_relaxed);
-  if (IsSingleThreaded()) {
-    count.store(next(value), std::memory_order_relaxed);
-    return value;
-  }
-  while (!count.compare_exchange_weak(value, next(value), std::memory_order_acq_rel,
-                                      std::memory_order_relaxed)) {
+  while (!TryUpdate(count, value, next(value))) {
   }
   return value;
 }

@@ -52,7 +52,15 @@ class RefCount {
   static constexpr int kDying = -1;
   static constexpr int kDead = -2;
 
+  // A caller that releases the only reference is alone with the object: no thread may add one
+  // without holding one. So the most frequent release needs no locked instruction. Two releases
+  // of one reference at the same time could both be the last one, but a component that does that
+  // has no object to speak of anyway.
   Release DropTo(int zero) noexcept {
+    if (fCount.load(std::memory_order_acquire) == 1) {
+      fCount.store(zero, std::memory_order_relaxed);
+      return zero != 0 ? Release::kLast : Release::kReleased;
+    }
     const int before = Update(fCount, [zero](int count) {
       if (count <= 0 || count == kStuck) return count;
       return count == 1 ? zero : count - 1;

@@ -220,7 +220,7 @@ void AddNamed<KAPResource::kContainer>(Snapshot& snapshot) {
       snapshot.Add(KAPResource::kContainer, type.fSignature, TotalOf(type.fSlot));
     }
     for (const KAPStringAtom* atom : {type.fInstanceName, type.fInterfaceName}) {
-      if (atom) snapshot.Add(KAPResource::kAtom, atom->View(), {-1, 0});
+      if (atom) snapshot.Add(KAPResource::kAtom, atom->Text(), {-1, 0});
     }
   });
   snapshot.Add(KAPResource::kContainer, "(no signature)", TotalOf(SlotOf(KAPResource::kContainer)));

@@ -11,7 +11,7 @@ namespace KAPHost {
 // The name of an instance, the name of its interface and the procedure that deletes the instance;
 // each may be null. There is one type for each combination. It holds the atoms, so that containers
 // need no references of their own, and keeps the delete procedure out of the container records,
-// which then fit a smaller size class of malloc.
+// which then fit a smaller class of sizes.
 struct ContainerType {
   ContainerType* fNext;
   KAPStringAtom* fInstanceName;

@@ -1,6 +1,5 @@
 #include "containers/Containers.h"
 
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <utility>
@@ -8,6 +7,7 @@
 #include "accounting/Accounting.h"
 #include "base/Reports.h"
 #include "checks/Quarantine.h"
+#include "heap/Heap.h"
 
 namespace KAPHost {
 
@@ -52,7 +52,7 @@ const ContainerEquipment::Instance* ContainerEquipment::FindInstance(
 
 namespace {
 
-void FreeRecord(void* container) noexcept { std::free(container); }
+void FreeRecord(void* container) noexcept { Deallocate(container); }
 
 // The type of dead containers. Their own may be deleted before the quarantine is emptied.
 constinit const ContainerType kDeadType = {
@@ -100,7 +100,7 @@ bool MustDestroy(const KAPContainer& container, unsigned slot, RefCount::Release
 }  // namespace
 
 KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept {
-  void* storage = std::malloc(sizeof(KAPContainer));
+  void* storage = Allocate(sizeof(KAPContainer));
   if (!storage) return nullptr;
   Count(type.fSlot, 1, 1);
   return new (storage) KAPContainer{{}, instance, type.fSignature, &type, nullptr};

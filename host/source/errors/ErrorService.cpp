@@ -136,13 +136,13 @@ long GetID(KAPError* error) noexcept { return !error ? 0 : error->fCode; }
 
 void* GetErrorInfo(KAPError* error) noexcept { return !error ? nullptr : error->fClientData; }
 
-std::string_view View(const KAPStringAtom* atom) { return atom ? atom->View() : "(no text)"; }
+std::string_view View(const KAPStringAtom* atom) { return atom ? atom->Text() : "(no text)"; }
 
 // An error's own references to its texts are not held by components.
 void LeaveOutTexts(Snapshot& snapshot, KAPError& error) {
   for (KAPStringAtom** text : {&error.fMessage, &error.fComponent}) {
     const KAPStringAtom* atom = std::atomic_ref(*text).load();
-    if (atom) snapshot.Add(KAPResource::kAtom, atom->View(), {-1, 0});
+    if (atom) snapshot.Add(KAPResource::kAtom, atom->Text(), {-1, 0});
   }
 }
 

@@ -11,7 +11,13 @@ using KAP_T_MT::KAPFault;
 
 // One word that every call reads which can fail on purpose. It is zero in everyday use, when a host
 // lives, injects no faults, logs nothing and checks nothing: all of that costs nothing then.
-enum GateBits : unsigned { kGateClosed = 1, kGateArmed = 2, kGateLogging = 4, kGateChecking = 8 };
+enum GateBits : unsigned {
+  kGateClosed = 1,
+  kGateArmed = 2,
+  kGateLogging = 4,
+  kGateChecking = 8,
+  kGatePlain = 16
+};
 
 extern constinit std::atomic<unsigned> gGate;
 

@@ -6,10 +6,15 @@
 #include <utility>
 
 #include "accounting/Accounting.h"
+#include "atoms/AtomCredits.h"
+#include "atoms/AtomTable.h"
 #include "base/Current.h"
+#include "base/Sanitizers.h"
 #include "binder/Registration.h"
 #include "containers/ContainerTypes.h"
 #include "faults/Gate.h"
+#include "heap/Heap.h"
+#include "host/Forks.h"
 #include "kap/KAPHostInterfaces.h"
 
 namespace KAPHost {
@@ -17,6 +22,10 @@ namespace KAPHost {
 namespace {
 
 constinit std::atomic<bool> gClaimed{false};
+
+bool TakesPages(HostMemory memory) {
+  return memory == HostMemory::kAutomatic ? !kIsSanitized : memory == HostMemory::kPages;
+}
 
 template <KAPResource kResource>
 void AddAll(Snapshot& snapshot) {
@@ -52,6 +61,8 @@ HostState::Claim::Claim() {
     throw std::logic_error(
         "KAPHost::Host: another host lives in this process; there can be one at a time");
   }
+  gAtoms.Start();
+  SurviveForks();
 }
 
 HostState::Claim::~Claim() { gClaimed = false; }
@@ -63,10 +74,14 @@ HostState::HostState(HostOptions options)
   KAP_T_MT::KAPHostInterfaceSet::ForEach(
       [&]<class Interface>() { RegisterService<Interface>(fBinder); });
   SetCurrent(this);
-  gGate.store(options.fChecks ? unsigned{kGateChecking} : 0);
+  const bool takesPages = TakesPages(options.fMemory);
+  UsePages(takesPages);
+  gGate.store((options.fChecks ? unsigned{kGateChecking} : 0) |
+              (takesPages ? 0 : unsigned{kGatePlain}));
 }
 
 HostState::~HostState() {
+  AtomCredits::ReleaseAll();
   gContainerTypes.ReleaseUnused();
   ReportLeaks();
   gGate.store(kGateClosed);

@@ -1,42 +1,36 @@
-#include <malloc.h>
-
-#include <cstdlib>
-
 #include "accounting/Accounting.h"
 #include "binder/Registration.h"
+#include "heap/Heap.h"
 #include "kap/KAPMemoryInterface.h"
 
-// The procedures of KAPMemoryInterface. Blocks come straight from malloc, which knows their sizes:
-// no header, no pool, so that AddressSanitizer sees every block as it is.
+// The procedures of KAPMemoryInterface.
 
 namespace KAPHost {
 
 namespace {
 
-long UsableSize(void* block) noexcept { return static_cast<long>(malloc_usable_size(block)); }
+long SizeOf(void* block) noexcept { return static_cast<long>(UsableSize(block)); }
 
-// A size of 0 also returns a block.
 void* Alloc(std::size_t size) noexcept {
-  void* block = std::malloc(size);
-  if (block) Count(KAPResource::kBlock, 1, UsableSize(block));
+  void* const block = Allocate(size);
+  if (block) Count(KAPResource::kBlock, 1, SizeOf(block));
   return block;
 }
 
 void* Realloc(void* block, std::size_t size) noexcept {
-  if (!block) return Alloc(size);
-  const long before = UsableSize(block);
-  void* moved = std::realloc(block, size != 0 ? size : 1);  // a size of 0 would free the block
-  if (moved) Count(KAPResource::kBlock, 0, UsableSize(moved) - before);
-  return moved;
+  const long before = SizeOf(block);
+  void* const resized = Resize(block, size);
+  if (resized) Count(KAPResource::kBlock, block ? 0 : 1, SizeOf(resized) - before);
+  return resized;
 }
 
 void Free(void* block) noexcept {
   if (!block) return;
-  Count(KAPResource::kBlock, -1, -UsableSize(block));
-  std::free(block);
+  Count(KAPResource::kBlock, -1, -SizeOf(block));
+  Deallocate(block);
 }
 
-std::size_t GetBlockSize(void* block) noexcept { return malloc_usable_size(block); }
+std::size_t GetBlockSize(void* block) noexcept { return UsableSize(block); }
 
 }  // namespace
 

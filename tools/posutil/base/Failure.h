@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <stdexcept>
@@ -22,6 +23,12 @@ class Failure : public std::runtime_error {
 
  private:
   ExitStatus fStatus;
+};
+
+// A failure whose text starts with a place in the input.
+class PlacedFailure : public Failure {
+ public:
+  using Failure::Failure;
 };
 
 }  // namespace PosUtil

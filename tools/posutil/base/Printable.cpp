@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "base/Printable.h"
 
 #include "base/HexText.h"
@@ -14,6 +15,12 @@ bool IsControl(std::string_view character) {
   // U+0080 to U+009F are control characters too.
   return first < 0x20 || first == 0x7F ||
          (first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0);
+}
+
+// Characters that change the order or the lines of the text around them.
+bool IsLayout(unsigned code) {
+  return code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
+         (code >= 0x2066 && code <= 0x2069) || code == 0xFEFF;
 }
 
 // The length of the leading part that every form shows as it is.
@@ -41,6 +48,10 @@ void AppendPrintable(std::string& out, std::string_view text, Quotes quotes) {
       for (const char byte : character) {
         (out += "\\x") += HexText(static_cast<unsigned char>(byte)).View();
       }
+      continue;
+    }
+    if (const unsigned code = Utf8Decode(character); IsLayout(code)) {
+      (out += "\\u") += HexText(static_cast<unsigned short>(code)).View();
       continue;
     }
     const bool isQuote = character[0] == '"' || character[0] == '\\';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <string>
@@ -6,7 +7,8 @@
 namespace PosUtil {
 
 // The text in a form that is safe on a terminal: control characters and invalid UTF-8 become \xNN,
-// the middle of a long text becomes "...".
+// characters that change the direction of the text become \uNNNN, and the middle of a long text
+// becomes "...".
 std::string Printable(std::string_view text);
 
 enum class Quotes { kAsTheyAre, kEscaped };

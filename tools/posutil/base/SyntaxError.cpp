@@ -1,4 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "base/SyntaxError.h"
+
+#include <locale.h>
+#include <wchar.h>
 
 #include <algorithm>
 
@@ -12,47 +16,68 @@ namespace {
 constexpr std::size_t kBytesBefore = 50;  // the most that an excerpt shows before the caret
 constexpr std::size_t kBytesAfter = 30;
 
-std::size_t CountCharacters(std::string_view text) {
-  std::size_t count = 0;
-  while (!text.empty()) {
-    text.remove_prefix(std::max<std::size_t>(Utf8CharacterLength(text), 1));
-    ++count;
-  }
-  return count;
+// The text without tabs and unsafe characters.
+std::string Shown(std::string_view text) {
+  std::string out(text);
+  std::replace(out.begin(), out.end(), '\t', ' ');
+  std::string printable;
+  AppendPrintable(printable, out);
+  return printable;
 }
 
-// The same number of characters, each of them visible.
-std::string Shown(std::string_view text) {
-  std::string out;
-  while (!text.empty()) {
-    const std::size_t length = Utf8CharacterLength(text);
-    const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
-    text.remove_prefix(character.size());
-    std::string printable;
-    AppendPrintable(printable, character);
-    out += printable == character ? printable : character == "\t" ? " " : "?";
+// The widths of characters, whatever the locale of the user. The program itself sets none.
+class Widths {
+ public:
+  Widths() : fLocale(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
+    if (fLocale) fBefore = ::uselocale(fLocale);
   }
-  return out;
+  Widths(const Widths&) = delete;
+  Widths& operator=(const Widths&) = delete;
+  ~Widths() {
+    if (!fLocale) return;
+    ::uselocale(fBefore);
+    ::freelocale(fLocale);
+  }
+
+  // In columns of a terminal. A system without this locale counts each character as one.
+  std::size_t Of(unsigned int code) const {
+    return fLocale ? static_cast<std::size_t>(std::max(::wcwidth(static_cast<wchar_t>(code)), 0))
+                   : 1;
+  }
+
+ private:
+  locale_t fLocale;
+  locale_t fBefore = nullptr;
+};
+
+// How many columns of a terminal the text takes, which has only printable characters.
+std::size_t Width(std::string_view text) {
+  const Widths widths;
+  std::size_t width = 0;
+  while (!text.empty()) {
+    const std::string_view character = text.substr(0, Utf8CharacterLength(text));
+    text.remove_prefix(character.size());
+    width += widths.Of(Utf8Decode(character));
+  }
+  return width;
 }
 
 std::string Describe(const std::string& name, const TextPart& part, std::size_t offset,
                      const std::string& message) {
-  const std::string_view before = part.fBytes.substr(0, offset);
-  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 when there is none
+  const std::size_t lineStart = part.fBytes.substr(0, offset).rfind('\n') + 1;  // or 0
   std::string_view line = part.fBytes.substr(lineStart);
   line = line.substr(0, line.find('\n'));
   if (line.ends_with('\r')) line.remove_suffix(1);
-
-  const auto linesWithin = std::count(before.begin(), before.end(), '\n');
-  const std::size_t number = part.fBefore.fLines + static_cast<std::size_t>(linesWithin) + 1;
-  const std::size_t column = (linesWithin == 0 ? part.fBefore.fColumns : 0) +
-                             CountCharacters(before.substr(lineStart)) + 1;
   const Excerpt excerpt = ExcerptAround(line, offset - lineStart);
-  return Printable(name) + ":" + std::to_string(number) + ":" + std::to_string(column) + ": " +
-         message + "\n  " + excerpt.fLine + "\n  " + std::string(excerpt.fCaret, ' ') + "^";
+  return NameOfPlace(name, PlaceIn(part, offset)) + ": " + message + "\n  " + excerpt.fLine +
+         "\n  " + std::string(excerpt.fCaret, ' ') + "^";
 }
 
 }  // namespace
+
+std::string NameOfPlace(const std::string& name, const TextPlace& place) {
+  return Printable(name) + ":" + std::to_string(place.fLine) + ":" + std::to_string(place.fColumn);
+}
 
 Excerpt ExcerptAround(std::string_view line, std::size_t offset) {
   offset = std::min(offset, line.size());
@@ -64,13 +89,13 @@ Excerpt ExcerptAround(std::string_view line, std::size_t offset) {
 
   Excerpt excerpt;
   excerpt.fLine = (begin > 0 ? cut : "") + Shown(line.substr(begin, offset - begin));
-  excerpt.fCaret = CountCharacters(excerpt.fLine);
+  excerpt.fCaret = Width(excerpt.fLine);
   excerpt.fLine += Shown(line.substr(offset, end - offset)) + (end < line.size() ? cut : "");
   return excerpt;
 }
 
 SyntaxError::SyntaxError(const std::string& name, const TextPart& part, std::size_t offset,
                          const std::string& message)
-    : Failure(Describe(name, part, std::min(offset, part.fBytes.size()), message)) {}
+    : PlacedFailure(Describe(name, part, std::min(offset, part.fBytes.size()), message)) {}
 
 }  // namespace PosUtil

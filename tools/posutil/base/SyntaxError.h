@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <string>
@@ -8,24 +9,26 @@
 
 namespace PosUtil {
 
-// A document that is not well-formed. The text is FILE:LINE:COLUMN and the message, then the line
-// and, below it, a caret at the byte where the reader stopped. Lines and columns count from 1; a
-// column is a character, and a tab is one.
-class SyntaxError : public Failure {
+// A document that cannot be read. The text is FILE:LINE:COLUMN and the message, then the line and,
+// below it, a caret at the fault.
+class SyntaxError : public PlacedFailure {
  public:
   // `offset` counts bytes from the start of the part; past the end means the end.
   SyntaxError(const std::string& name, const TextPart& part, std::size_t offset,
               const std::string& message);
 };
 
-// A line to show, and the number of characters before the caret.
+// FILE:LINE:COLUMN, which starts every message about a place in an input.
+std::string NameOfPlace(const std::string& name, const TextPlace& place);
+
+// A line to show, and the number of terminal columns before the caret.
 struct Excerpt {
   std::string fLine;
   std::size_t fCaret;
 };
 
-// Cuts a long line around `offset`. A tab or a control character becomes one character, so that
-// spaces alone position the caret.
+// Cuts a long line around `offset`. A tab becomes a space; characters that are not safe on a
+// terminal become escapes. Wide and combining characters count with their width.
 Excerpt ExcerptAround(std::string_view line, std::size_t offset);
 
 }  // namespace PosUtil

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <algorithm>
@@ -12,16 +13,13 @@ struct LineCounter {
   std::size_t fLines = 0;    // complete ones
   std::size_t fColumns = 0;  // after the last complete line
 
-  void Add(std::string_view bytes) {
-    const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
-    fLines += static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
-    const std::size_t end = bytes.rfind('\n');
-    if (end != std::string_view::npos) {
-      fColumns = 0;
-      bytes.remove_prefix(end + 1);
-    }
-    fColumns += static_cast<std::size_t>(std::count_if(bytes.begin(), bytes.end(), isFirstByte));
-  }
+  void Add(std::string_view bytes);
+};
+
+// Counts from 1. A column is a UTF-8 character; a tab is one.
+struct TextPlace {
+  std::size_t fLine;
+  std::size_t fColumn;
 };
 
 // A part of a text: its bytes and the position of the first one.
@@ -29,5 +27,12 @@ struct TextPart {
   LineCounter fBefore;
   std::string_view fBytes;
 };
+
+// The place of a byte of the part; past the end means the end.
+inline TextPlace PlaceIn(const TextPart& part, std::size_t offset) {
+  LineCounter counter = part.fBefore;
+  counter.Add(part.fBytes.substr(0, std::min(offset, part.fBytes.size())));
+  return {counter.fLines + 1, counter.fColumns + 1};
+}
 
 }  // namespace PosUtil

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "base/Utf.h"
 
 namespace PosUtil {
@@ -9,35 +10,6 @@ unsigned char Byte(std::string_view text, std::size_t index) {
 }
 
 bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
-
-void AppendUtf8(std::string& out, unsigned int code) {
-  const auto put = [&out](unsigned int byte) { out += static_cast<char>(byte); };
-  if (code < 0x80) {
-    put(code);
-  } else if (code < 0x800) {
-    put(0xC0 | code >> 6);
-    put(0x80 | (code & 0x3F));
-  } else {
-    if (code < 0x10000) {
-      put(0xE0 | code >> 12);
-    } else {
-      put(0xF0 | code >> 18);
-      put(0x80 | (code >> 12 & 0x3F));
-    }
-    put(0x80 | (code >> 6 & 0x3F));
-    put(0x80 | (code & 0x3F));
-  }
-}
-
-unsigned int Decode(std::string_view character) {
-  const auto first = static_cast<unsigned char>(character[0]);
-  if (character.size() == 1) return first;
-  unsigned int code = first & (0x7FU >> character.size());
-  for (const char byte : character.substr(1)) {
-    code = code << 6 | (static_cast<unsigned char>(byte) & 0x3FU);
-  }
-  return code;
-}
 
 }  // namespace
 
@@ -63,6 +35,35 @@ std::size_t Utf8Boundary(std::string_view text, std::size_t offset) {
   return offset;
 }
 
+unsigned int Utf8Decode(std::string_view character) {
+  const auto first = static_cast<unsigned char>(character[0]);
+  if (character.size() == 1) return first;
+  unsigned int code = first & (0x7FU >> character.size());
+  for (const char byte : character.substr(1)) {
+    code = code << 6 | (static_cast<unsigned char>(byte) & 0x3FU);
+  }
+  return code;
+}
+
+void AppendUtf8(std::string& out, unsigned int code) {
+  const auto put = [&out](unsigned int byte) { out += static_cast<char>(byte); };
+  if (code < 0x80) {
+    put(code);
+  } else if (code < 0x800) {
+    put(0xC0 | code >> 6);
+    put(0x80 | (code & 0x3F));
+  } else {
+    if (code < 0x10000) {
+      put(0xE0 | code >> 12);
+    } else {
+      put(0xF0 | code >> 18);
+      put(0x80 | (code >> 12 & 0x3F));
+    }
+    put(0x80 | (code >> 6 & 0x3F));
+    put(0x80 | (code & 0x3F));
+  }
+}
+
 bool Utf16ToUtf8(const unsigned short* units, std::string& out) {
   for (; *units; ++units) {
     unsigned int code = *units;
@@ -83,7 +84,7 @@ std::basic_string<unsigned short> Utf8ToUtf16(std::string_view text) {
   while (!text.empty()) {
     const std::string_view character = text.substr(0, Utf8CharacterLength(text));
     text.remove_prefix(character.size());
-    const unsigned int code = Decode(character);
+    const unsigned int code = Utf8Decode(character);
     if (code < 0x10000) {
       units += static_cast<unsigned short>(code);
     } else {

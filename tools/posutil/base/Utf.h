@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -12,6 +13,12 @@ std::size_t Utf8CharacterLength(std::string_view text);
 
 // The offset of the character that contains the byte at `offset`.
 std::size_t Utf8Boundary(std::string_view text, std::size_t offset);
+
+// The code of a well-formed character, which is the whole text.
+unsigned int Utf8Decode(std::string_view character);
+
+// Appends the character with this code, which is not a surrogate.
+void AppendUtf8(std::string& out, unsigned int code);
 
 // Appends zero-terminated UTF-16 units as UTF-8. Returns false for a lone surrogate; `out` then
 // holds a part of the text.

@@ -1,30 +1,35 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstddef>
 #include <stdexcept>
 #include <string>
-#include <string_view>
+#include <utility>
 
 #include "base/Failure.h"
+#include "base/ValuePath.h"
 
 namespace PosUtil {
 
-// A format cannot hold a value. Code that knows the document and the path turns it into a Failure.
+// A format cannot hold the value at a path of a document.
+class ValueFailure : public Failure {
+ public:
+  // `document` is the name of the document.
+  ValueFailure(const std::string& document, ValuePath path, const std::string& reason);
+
+  const ValuePath& Path() const { return fPath; }
+  // The path to the value and the reason.
+  const std::string& Explanation() const { return fExplanation; }
+
+ private:
+  ValuePath fPath;
+  std::string fExplanation;
+};
+
+// The same where the document and the path are not known. Code that knows them turns it into a
+// ValueFailure.
 class ValueError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
-
-  // The failure to show: the name of the document, the path to the value, the reason.
-  Failure At(const std::string& document, const std::string& path) const;
 };
-
-// Append a segment to such a path, in the library's notation: a.b[2].c
-inline void AppendKey(std::string& path, std::string_view key) {
-  if (!path.empty()) path += '.';
-  path += key;
-}
-inline void AppendIndex(std::string& path, std::size_t index) {
-  path += '[' + std::to_string(index) + ']';
-}
 
 }  // namespace PosUtil

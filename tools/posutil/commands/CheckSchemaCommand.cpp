@@ -1,4 +1,6 @@
+// SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
+#include <optional>
 
 #include "commands/Command.h"
 #include "commands/documents/FilesArgument.h"
@@ -18,22 +20,25 @@ class CheckSchemaCommand final : public Command {
     fSchemas.Declare(options, "SCHEMA");
     fResults.Declare(options);
     options.footer(
-        "Each message is on a line of its own, after the name of the SCHEMA and the path to the\n"
-        "fault. Exit status: 0 if all schemas are valid, 1 if one is not valid, 3 if one cannot\n"
-        "be read or checked. An error does not stop the check of the other schemas.\n\n"
+        "Each message starts with the place of the fault, SCHEMA:LINE:COLUMN. Exit status: 0 if\n"
+        "all schemas are valid, 1 if one is not valid, 3 if one cannot be read or checked. An\n"
+        "error does not stop the check of the other schemas.\n\n"
         "Example:\n"
         "  posutil check-schema people.txt places.json");
   }
 
   ExitStatus Run(Session& session) override {
+    fSchemas.SetLoss(session);
     fSchemas.CheckFormats();
     session.TheProgress().Show(session.Out().Descriptor());
     VerdictReport report(fResults, session);
     for (const std::string& file : fSchemas.Files()) {
       const std::string name = InputName(file);
-      report.Add(name, [&] {
-        return Schema(fSchemas.Read(file, session), name, session.TheLibrary())
-            .CheckItself(fResults.WantedMessages());
+      report.Add({name, name}, [&]() -> std::optional<Verdict> {
+        const auto document = fSchemas.Open(file, Extent::kOne, fResults.WantedText(), session);
+        const auto object = document->Next();
+        DocumentPlaces places(fSchemas.FormatOf(file), document->LastText());
+        return Schema(object, name, places, session.TheLibrary()).CheckItself(fResults.Check());
       });
     }
     return report.Finish();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 #include <optional>
 
@@ -24,8 +25,9 @@ class ConvertCommand final : public Command {
         "A complete new file replaces OUT; a failure or an interruption leaves OUT unchanged. IN\n"
         "and OUT may be the same file. A value that the format of OUT cannot hold is an error;\n"
         "the message has the path to it.\n"
-        "With --all, IN may hold several documents: typea with nothing between them, json on a\n"
-        "line each. Text on a line each can be written, but not read.\n\n"
+        "With --all, IN may hold any number of documents, typea or json, with or without space\n"
+        "between them. Text on a line each can be written, but not read.\n"
+        "A file that replaces itself must lose nothing: --loss=error is the default then.\n\n"
         "Examples:\n"
         "  posutil convert settings.json settings.typea\n"
         "  posutil convert --all log.typea log.jsonl\n"
@@ -33,6 +35,8 @@ class ConvertCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
+    // A file that replaces itself leaves no copy in which to look up what is lost.
+    fDocuments.SetLoss(session, fDocuments.IsFile(fFile) ? LossMode::kError : LossMode::kWarn);
     fDocuments.Format();  // wrong usage ends the command before it creates a file
     const Reader& format = FormatOfFile(fFormat, fFile, "--to");
     const Writer* const writer = FindFormat<Writer>(format.kName);
@@ -40,8 +44,7 @@ class ConvertCommand final : public Command {
     std::optional<Destination> destination;
     if (fFile != "-") destination.emplace(fFile);
     Output& out = destination ? destination->Out() : session.Out();
-    fDocuments.Write(*writer, Style(), session, out);
-    out.Put(writer->kEnd);
+    fDocuments.Write(*writer, writer->kEnd, Style(), session, out);
     session.CheckReports();  // a late report leaves OUT unchanged
     if (destination) destination->Commit();
     return kExitSuccess;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
@@ -22,6 +23,7 @@ class GetCommand final : public Command {
 
   void Declare(CLI::App& options) override {
     fDocument.Declare(options);
+    fDocument.DeclareAll(options);
     options.add_option("PATH", fPaths, "Keys and indices, as in a.b[2].c")
         ->required()
         ->option_text("...");
@@ -44,30 +46,42 @@ class GetCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
-    const CPOSObject root = fDocument.Read(session);
-    const CPOSDict dict(root, true);
-    if (dict.IsNull()) {
-      throw Failure(Printable(fDocument.Name()) + ": the document is not a dictionary");
-    }
+    fDocument.SetLoss(session);
+    const auto documents = fDocument.Open(session.Out(), session);
     ExitStatus status = kExitSuccess;
-    for (const std::string& path : fPaths) {
-      const CPOSObject value = dict.DeepGet(path.c_str(), true);
-      if (value.IsNull()) {
-        session.Complain(Printable(fDocument.Name()) + ": no value at \"" + Printable(path) + "\"");
-        status = kExitNegative;
-      } else {
-        PrintValue(value, path, session);
-      }
+    std::size_t number = 0;
+    while (const CPOSObject root = documents->Next()) {
+      if (!PrintValues(root, fDocument.Name(++number), session)) status = kExitNegative;
     }
     return status;
   }
 
  private:
-  void PrintValue(const CPOSObject& value, const std::string& path, Session& session) const {
-    const std::string name = fDocument.Name() + ": " + path;
+  // Returns false if a path has no value.
+  bool PrintValues(const CPOSObject& root, const std::string& name, Session& session) const {
+    const CPOSDict dict(root, true);
+    if (dict.IsNull()) throw Failure(Printable(name) + ": the document is not a dictionary");
+    bool hasAll = true;
+    for (const std::string& path : fPaths) {
+      const CPOSObject value = dict.DeepGet(path.c_str(), true);
+      if (value.IsNull()) {
+        session.Complain(Printable(name) + ": no value at \"" + Printable(path) + "\"");
+        hasAll = false;
+      } else {
+        PrintValue(value, name + ": " + path, session);
+      }
+    }
+    return hasAll;
+  }
+
+  void PrintValue(const CPOSObject& value, const std::string& name, Session& session) const {
     if (!fFormat.empty() || !PrintPlainly(value, name, session.Out())) {
       const Writer& writer = *FindFormat<Writer>(fFormat.empty() ? "json" : fFormat);
-      writer.Write(value, name, {.fOnOneLine = true, .fStyle = session.OutStyle()}, session.Out());
+      writer.Write(value, name,
+                   {.fOnOneLine = true,
+                    .fRestoresKept = session.Loss() == LossMode::kKeep,
+                    .fStyle = session.OutStyle()},
+                   session.Out());
     }
     session.Out().Put('\n');
   }
@@ -81,7 +95,7 @@ class GetCommand final : public Command {
     } else if (const CPOSUnicodeString unicode(value, true); unicode) {
       std::string text;
       if (!Utf16ToUtf8(unicode.Get(), text)) {
-        throw ValueError(kLoneSurrogate).At(name, "");
+        throw ValueFailure(name, {}, kLoneSurrogate);
       }
       out.Put(text);
     } else {

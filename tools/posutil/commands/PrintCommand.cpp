@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
@@ -19,8 +20,9 @@ class PrintCommand final : public Command {
         "In JSON, {\"$unicode\": \"text\"} is a Unicode string and\n"
         "{\"$binary\": \"type\", \"base64\": \"AAEC\"} is binary data. JSON's true and false "
         "become\n"
-        "strings; null becomes an empty slot of an array, or no member of a dictionary. A value\n"
-        "that the format cannot hold is an error.\n\n"
+        "strings; null becomes an empty slot of an array, or no member of a dictionary; --loss\n"
+        "chooses what happens to them. A value that the format cannot hold is an error. With\n"
+        "--all, FILE may hold any number of documents, typea or json.\n\n"
         "Examples:\n"
         "  posutil print settings.json\n"
         "  posutil print --to json settings.txt\n"
@@ -28,8 +30,8 @@ class PrintCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
-    fDocument.Write(*FindFormat<Writer>(fFormat), session.OutStyle(), session, session.Out());
-    session.Out().Put('\n');
+    fDocument.SetLoss(session);
+    fDocument.Write(*FindFormat<Writer>(fFormat), "\n", session.OutStyle(), session, session.Out());
     return kExitSuccess;
   }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/AccessRights.h"
 
 #include <linux/limits.h>

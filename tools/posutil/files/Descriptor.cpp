@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/Descriptor.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/Destination.h"
 
 #include <fcntl.h>

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "files/InputFile.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,6 +28,11 @@ InputFile::InputFile(const std::string& fileName)
 
 InputFile::~InputFile() {
   if (!fIsStandard) ::close(fDescriptor);
+}
+
+bool InputFile::MayWait() const {
+  pollfd waiting = {fDescriptor, POLLIN, 0};
+  return ::poll(&waiting, 1, 0) == 0;
 }
 
 std::size_t InputFile::Read(char* to, std::size_t size) const {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -20,6 +21,8 @@ class InputFile {
   // The size of a regular file, 0 for anything else.
   std::size_t Size() const { return fSize; }
 
+  // Returns whether a read now would wait for bytes.
+  bool MayWait() const;
   // Reads up to `size` bytes and returns how many; 0 at the end.
   std::size_t Read(char* to, std::size_t size) const;
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/RemovalOnSignal.h"
 
 #include <limits.h>

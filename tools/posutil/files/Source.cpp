@@ -1,9 +1,6 @@
+// SPDX-License-Identifier: MIT
 #include "files/Source.h"
 
-#include <sys/mman.h>
-
-#include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -16,7 +13,6 @@ namespace PosUtil {
 namespace {
 
 constexpr std::size_t kFirstRead = 64 * 1024;  // for input of unknown size
-constexpr std::size_t kPage = 4096;
 
 }  // namespace
 
@@ -39,20 +35,8 @@ Source::Source(std::string name, std::string_view bytes)
   std::memcpy(fBytes.get(), bytes.data(), bytes.size());
 }
 
-void Source::Forget(std::size_t end) {
-  // Whole pages only. The last ones stay: an excerpt may show them.
-  const auto begin = reinterpret_cast<std::uintptr_t>(fBytes.get());
-  if (end < fForgotten + 2 * kPage) return;
-  const std::size_t upTo = (begin + end - kPage) / kPage * kPage - begin;
-  const std::size_t from = (begin + fForgotten + kPage - 1) / kPage * kPage - begin;
-  fBefore.Add(Bytes().substr(fForgotten, upTo - fForgotten));
-  fForgotten = upTo;
-  static_cast<void>(::madvise(fBytes.get() + from, upTo - from, MADV_DONTNEED));
-}
-
 SyntaxError Source::ErrorAt(std::size_t offset, const std::string& message) const {
-  const TextPart remembered = {fBefore, Bytes().substr(fForgotten)};
-  return {fName, remembered, offset - std::min(offset, fForgotten), message};
+  return {fName, {{}, Bytes()}, offset, message};
 }
 
 Source Source::Read(const std::string& fileName) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <memory>
@@ -18,12 +19,9 @@ class Source {
 
   const std::string& Name() const { return fName; }
   std::string_view Bytes() const { return {fBytes.get(), fSize}; }
-  // Returns the memory before `end` to the system, except for what an excerpt may need. The bytes
-  // read as zeros from then on.
-  void Forget(std::size_t end);
   // The bytes, with a zero byte after the last one.
   const char* Text() const { return fBytes.get(); }
-  // The error at a byte, which must not be a forgotten one.
+  // The error at a byte.
   SyntaxError ErrorAt(std::size_t offset, const std::string& message) const;
 
  private:
@@ -38,8 +36,6 @@ class Source {
   std::string fName;
   Block fBytes;
   std::size_t fSize;
-  std::size_t fForgotten = 0;
-  LineCounter fBefore;  // of the forgotten bytes
 };
 
 }  // namespace PosUtil

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/TemporaryFile.h"
 
 #include <fcntl.h>

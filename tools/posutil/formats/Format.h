@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <memory>
@@ -5,7 +6,9 @@
 #include <string_view>
 
 #include "base/Registered.h"
+#include "base/TextPart.h"
 #include "files/Output.h"
+#include "formats/Token.h"
 #include "pos/POSObject.h"
 #include "program/Session.h"
 #include "terminal/Style.h"
@@ -17,6 +20,14 @@ enum class Extent {
   kAll,  // every document in the input
 };
 
+enum class Text : bool { kDropped, kKept };
+
+// A part of an input, and the offset in it at which a document begins.
+struct DocumentText {
+  TextPart fPart;
+  std::size_t fBegin = 0;
+};
+
 // The documents of one input, in their order.
 class Documents {
  public:
@@ -25,9 +36,13 @@ class Documents {
   Documents& operator=(const Documents&) = delete;
   virtual ~Documents() = default;
 
-  // Reads the next document. Returns an empty object after the last one; the first call never does.
+  // Reads the next document. Returns an empty object after the last one; with Extent::kOne the
+  // first call never does.
   // Throws Failure. The caller checks the reports of the library.
   virtual KAP_T_MT::CPOSObject Next() = 0;
+
+  // The text that holds the last document. It is there only with Text::kKept.
+  virtual DocumentText LastText() const = 0;
 };
 
 // Reads one format. Each format has one static object.
@@ -38,8 +53,13 @@ class Reader : public Registered<Reader> {
       : Registered(order), kName(name), kEndings(endings) {}
 
   // "-" means standard input. Destroy the documents before the session. Throws Failure.
-  virtual std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent,
+  virtual std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent, Text text,
                                           Session& session) const = 0;
+
+  // For the places of values in a document that has been read: the token at or after an offset,
+  // which lies outside of tokens, and the key that a token stands for.
+  virtual Token NextToken(std::string_view text, std::size_t at) const = 0;
+  virtual std::string KeyOf(std::string_view token) const = 0;
 
   // The reader for the ending of the file name, or null.
   static const Reader* ForFile(const std::string& fileName);
@@ -53,6 +73,7 @@ class Reader : public Registered<Reader> {
 
 struct WriteOptions {
   bool fOnOneLine = false;
+  bool fRestoresKept = false;  // JSON writes what --loss=keep has kept as it was
   Style fStyle;
 };
 

@@ -1,34 +1,42 @@
+// SPDX-License-Identifier: MIT
 #include "formats/SourceReader.h"
 
+#include <optional>
 #include <utility>
-
-#include "formats/HeapReserve.h"
 
 namespace PosUtil {
 
 class SourceReader::OnlyDocument final : public Documents {
  public:
-  OnlyDocument(const SourceReader& reader, const std::string& fileName, Progress& progress)
-      : fReader(reader), fFileName(fileName), fProgress(progress) {}
+  OnlyDocument(const SourceReader& reader, const std::string& fileName, Text text,
+               Progress& progress)
+      : fReader(reader), fFileName(fileName), fText(text), fProgress(progress) {}
 
   KAP_T_MT::CPOSObject Next() override {
     if (std::exchange(fIsRead, true)) return {};
-    Source source = Source::Read(fFileName);  // freed before the caller uses the object
-    ReserveHeapFor(source.Bytes().size());
-    fProgress.Begin("reading", source.Bytes().size());
-    return fReader.Read(source, fProgress);
+    fSource.emplace(Source::Read(fFileName));
+    fProgress.Begin("reading", fSource->Bytes().size());
+    KAP_T_MT::CPOSObject object = fReader.Read(*fSource);
+    if (fText == Text::kDropped) fSource.reset();  // before the caller uses the object
+    return object;
+  }
+
+  DocumentText LastText() const override {
+    return {{{}, fSource ? fSource->Bytes() : std::string_view()}, 0};
   }
 
  private:
   const SourceReader& fReader;
   const std::string fFileName;
+  const Text fText;
   Progress& fProgress;
+  std::optional<Source> fSource;
   bool fIsRead = false;
 };
 
-std::unique_ptr<Documents> SourceReader::Open(const std::string& fileName, Extent,
+std::unique_ptr<Documents> SourceReader::Open(const std::string& fileName, Extent, Text text,
                                               Session& session) const {
-  return std::make_unique<OnlyDocument>(*this, fileName, session.TheProgress());
+  return std::make_unique<OnlyDocument>(*this, fileName, text, session.TheProgress());
 }
 
 }  // namespace PosUtil

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "files/Source.h"
@@ -10,13 +11,12 @@ class SourceReader : public Reader {
  public:
   using Reader::Reader;
 
-  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent,
+  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent, Text text,
                                   Session& session) const override;
 
  protected:
-  // Reads the document. The caller has started the progress of reading; the function may forget
-  // the part of `source` that it has read. Throws Failure.
-  virtual KAP_T_MT::CPOSObject Read(Source& source, Progress& progress) const = 0;
+  // Reads the document. Throws Failure.
+  virtual KAP_T_MT::CPOSObject Read(const Source& source) const = 0;
   ~SourceReader() = default;
 
  private:

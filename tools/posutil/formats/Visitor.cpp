@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "formats/Visitor.h"
 
 #include <utility>
@@ -39,13 +40,13 @@ class Walk {
     }
   }
 
-  std::string Path() const {
-    std::string path;
+  ValuePath Path() const {
+    ValuePath path;
     for (const Level& level : fLevels) {
       if (level.fIterator.IsNull()) {
-        AppendIndex(path, level.fInside.fIndex);
+        path.emplace_back(level.fInside.fIndex);
       } else if (level.fInside.fKey) {
-        AppendKey(path, level.fInside.fKey);
+        path.emplace_back(level.fInside.fKey);
       }
     }
     return path;
@@ -85,7 +86,7 @@ class Walk {
 
   void EnterDict(const CPOSObject& dict, const Place& place) {
     Handle iterator = Owned(DictIterators::Call<"NewPOSDictIterator">(dict.Handle()));
-    fVisitor.BeginDict();
+    fVisitor.BeginDict(dict.Handle());
     fLevels.push_back({dict, std::move(iterator), 0, place, {.fDepth = place.fDepth + 1}});
   }
 
@@ -136,7 +137,7 @@ void Visit(const CPOSObject& object, const std::string& document, Visitor& visit
   try {
     walk.Run(object);
   } catch (const ValueError& error) {
-    throw error.At(document, walk.Path());
+    throw ValueFailure(document, walk.Path(), error.what());
   }
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -29,7 +30,7 @@ class Visitor {
   virtual void EmptySlot() = 0;
 
   virtual void BeginArray(std::size_t count) = 0;
-  virtual void BeginDict() = 0;
+  virtual void BeginDict(POSDict* dict) = 0;
   // `place` is the place of the container, `count` the number of its values.
   virtual void EndArray(const Place& place, std::size_t count) = 0;
   virtual void EndDict(const Place& place, std::size_t count) = 0;
@@ -39,7 +40,7 @@ class Visitor {
 };
 
 // Calls the visitor for every value, in the order of the document. The depth of the nesting does
-// not use up the stack. Throws Failure; a ValueError becomes one with `document` and the path.
+// not use up the stack. Throws Failure; a ValueError becomes a ValueFailure about `document`.
 void Visit(const KAP_T_MT::CPOSObject& object, const std::string& document, Visitor& visitor);
 
 }  // namespace PosUtil

@@ -1,6 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "program/Session.h"
 
 #include <unistd.h>
+
+#include "base/Failure.h"
 
 namespace PosUtil {
 
@@ -22,6 +25,19 @@ void Session::ComplainPlainly(const std::string& text) {
   lines += '\n';
   // An error is ignored: standard error is where it would be reported.
   static_cast<void>(!::write(STDERR_FILENO, lines.data(), lines.size()));
+}
+
+void Session::ReportLosses(Losses& losses) {
+  const bool isError = fLoss == LossMode::kError;
+  std::string text;
+  for (const std::string& line : losses.TakeLines(isError ? "" : "warning: ")) {
+    text += (text.empty() ? "" : "\n") + line;
+  }
+  if (text.empty()) return;
+  if (isError) {
+    throw PlacedFailure(text + "\nUse --loss=warn to accept this, --loss=keep to keep the values.");
+  }
+  ComplainPlainly(text);
 }
 
 void Session::CheckReports() {

@@ -1,8 +1,11 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
+#include "base/Loss.h"
 #include "files/Output.h"
 #include "program/Library.h"
 #include "terminal/Progress.h"
@@ -24,6 +27,15 @@ class Session {
   Progress& TheProgress() { return fProgress; }
   const Style& OutStyle() const { return fOutStyle; }
 
+  // What to do with a value that property objects cannot hold; set it before reading.
+  LossMode& Loss() { return fLoss; }
+  // Prints a warning for each kind of loss or, with LossMode::kError, throws Failure; nothing for
+  // no loss. Forgets the losses.
+  void ReportLosses(Losses& losses);
+
+  // Called before a read that may wait for input; empty by default.
+  std::function<void()>& Idle() { return fIdle; }
+
   // Print to standard error, with "posutil: " before the text or without.
   void Complain(const std::string& text) { ComplainPlainly("posutil: " + text); }
   void ComplainPlainly(const std::string& text);
@@ -37,6 +49,8 @@ class Session {
  private:
   std::string fLibraryPath;
   std::optional<Library> fLibrary;
+  LossMode fLoss = LossMode::kWarn;
+  std::function<void()> fIdle;
   Progress fProgress;
   Output fOut;
   Style fOutStyle;

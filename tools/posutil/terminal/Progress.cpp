@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "terminal/Progress.h"
 
 #include <unistd.h>

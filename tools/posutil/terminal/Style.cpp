@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "terminal/Style.h"
 
 #include <unistd.h>

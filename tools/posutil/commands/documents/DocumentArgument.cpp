@@ -1,8 +1,13 @@
+// SPDX-License-Identifier: MIT
 #include "commands/documents/DocumentArgument.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
+#include <system_error>
 
+#include "base/ValueError.h"
 #include "files/InputFile.h"
+#include "formats/DocumentPlaces.h"
 
 namespace PosUtil {
 
@@ -11,6 +16,7 @@ void DocumentArgument::Declare(CLI::App& options, const char* name) {
       ->required()
       ->option_text(" ");
   DeclareFrom(options, "--from", fFormat, name);
+  DeclareLoss(options, fLoss);
 }
 
 void DocumentArgument::DeclareAll(CLI::App& options) {
@@ -23,26 +29,67 @@ std::string DocumentArgument::Name(std::size_t number) const {
   return fAll ? Name() + ", document " + std::to_string(number) : Name();
 }
 
-std::unique_ptr<Documents> DocumentArgument::Open(Session& session) const {
-  return OpenDocuments(Format(), fFile, HowMany(), session);
+bool DocumentArgument::IsFile(const std::string& file) const {
+  std::error_code error;  // a file that does not exist is not this one
+  return file != "-" && fFile != "-" && std::filesystem::equivalent(file, fFile, error);
 }
 
-void DocumentArgument::Write(const Writer& writer, Style style, Session& session,
-                             Output& out) const {
+std::unique_ptr<Documents> DocumentArgument::Open(Output& out, Session& session) const {
+  if (fAll) session.Idle() = [&out] { out.Flush(); };
+  return OpenAs(fAll ? Extent::kAll : Extent::kOne, CanBeReadAgain() ? Text::kDropped : Text::kKept,
+                session);
+}
+
+std::unique_ptr<Documents> DocumentArgument::OpenAs(Extent extent, Text text,
+                                                    Session& session) const {
+  return OpenDocuments(Format(), fFile, extent, session, text);
+}
+
+bool DocumentArgument::CanBeReadAgain() const {
+  std::error_code error;
+  return fFile != "-" && std::filesystem::is_regular_file(fFile, error);
+}
+
+// A value that the format cannot hold is shown in its text. That of a pipe is kept for this; a file
+// is read again.
+void DocumentArgument::WriteOne(const Writer& writer, const KAP_T_MT::CPOSObject& object,
+                                std::size_t number, const WriteOptions& options,
+                                const Documents& documents, Session& session, Output& out) const {
+  try {
+    writer.Write(object, Name(number), options, out);
+  } catch (const ValueFailure& failure) {
+    DocumentText text = documents.LastText();
+    std::unique_ptr<Documents> again;
+    if (CanBeReadAgain()) {
+      again = OpenAs(Extent::kAll, Text::kKept, session);  // does not repeat the warnings
+      for (std::size_t i = 0; i < number; ++i) again->Next();
+      text = again->LastText();
+    }
+    throw DocumentPlaces(Format(), text).ErrorAt(Name(), failure.Path(), failure.Explanation());
+  }
+}
+
+void DocumentArgument::Write(const Writer& writer, std::string_view end, Style style,
+                             Session& session, Output& out) const {
   Progress& progress = session.TheProgress();
   progress.Show(out.Descriptor());
-  const WriteOptions options = {.fOnOneLine = fAll, .fStyle = style};
-  const auto documents = Open(session);
+  const WriteOptions options = {
+      .fOnOneLine = fAll, .fRestoresKept = session.Loss() == LossMode::kKeep, .fStyle = style};
+  const auto documents = Open(out, session);
+  // The line of a document ends with it, not before the next one: a reader may wait for it.
+  const bool endsLines = fAll && writer.kBetween.starts_with('\n');
   std::size_t number = 0;
   while (const KAP_T_MT::CPOSObject object = documents->Next()) {
-    if (++number > 1) out.Put(writer.kBetween);
+    if (++number > 1) out.Put(writer.kBetween.substr(endsLines ? 1 : 0));
     if (!fAll) {  // with several documents, reading advances the progress
       progress.Begin("writing", 0);
       out.SetProgress(progress);
     }
-    writer.Write(object, Name(number), options, out);
+    WriteOne(writer, object, number, options, *documents, session, out);
+    if (endsLines) out.Put('\n');
     session.TheLibrary().CheckReports(Name(number));
   }
+  if (!endsLines && number > 0) out.Put(end);
 }
 
 }  // namespace PosUtil

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/documents/FilesArgument.h"
 
 #include <CLI/CLI.hpp>
@@ -11,15 +12,22 @@ void FilesArgument::Declare(CLI::App& options, const char* name) {
       ->required()
       ->option_text("...");
   DeclareFrom(options, "--from", fFormat, name);
+  DeclareLoss(options, fLoss);
 }
+
+void FilesArgument::SetLoss(Session& session) const { session.Loss() = LossModeOf(fLoss); }
 
 void FilesArgument::CheckFormats() const {
-  for (const std::string& file : fFiles) FormatOfFile(fFormat, file, "--from");
+  for (const std::string& file : fFiles) FormatOf(file);
 }
 
-KAP_T_MT::CPOSObject FilesArgument::Read(const std::string& file, Session& session) const {
-  const Reader& format = FormatOfFile(fFormat, file, "--from");
-  return OpenDocuments(format, file, Extent::kOne, session)->Next();
+const Reader& FilesArgument::FormatOf(const std::string& file) const {
+  return FormatOfFile(fFormat, file, "--from");
+}
+
+std::unique_ptr<Documents> FilesArgument::Open(const std::string& file, Extent extent, Text text,
+                                               Session& session) const {
+  return OpenDocuments(FormatOf(file), file, extent, session, text);
 }
 
 }  // namespace PosUtil

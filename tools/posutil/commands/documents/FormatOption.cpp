@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/documents/FormatOption.h"
 
 #include <CLI/CLI.hpp>
@@ -51,6 +52,7 @@ class CheckedDocuments final : public Documents {
       throw;
     }
   }
+  DocumentText LastText() const override { return fDocuments->LastText(); }
 
  private:
   const std::unique_ptr<Documents> fDocuments;
@@ -77,6 +79,21 @@ void DeclareToOfFile(CLI::App& options, std::string& format, const char* descrip
   DeclareFormat(options, "--to", format, description, names);
 }
 
+void DeclareLoss(CLI::App& options, std::string& loss) {
+  options
+      .add_option("--loss", loss,
+                  "What JSON loses as property objects: warn about it (the default), make it an "
+                  "error, or keep the values in dictionaries")
+      ->check(CLI::IsMember({"warn", "error", "keep"}))
+      ->option_text("warn|error|keep");
+}
+
+LossMode LossModeOf(const std::string& loss, LossMode byDefault) {
+  if (loss.empty()) return byDefault;
+  if (loss == "warn") return LossMode::kWarn;
+  return loss == "keep" ? LossMode::kKeep : LossMode::kError;
+}
+
 const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option) {
   const Reader* const reader = format.empty() ? Reader::ForFile(file) : FindFormat<Reader>(format);
   if (!reader) {
@@ -87,10 +104,10 @@ const Reader& FormatOfFile(const std::string& format, const std::string& file, c
 }
 
 std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
-                                         Extent extent, Session& session) {
+                                         Extent extent, Session& session, Text text) {
   Library& library = session.TheLibrary();
-  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, session), InputName(file),
-                                            library);
+  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, text, session),
+                                            InputName(file), library);
 }
 
 }  // namespace PosUtil

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <memory>
 #include <string>
 
+#include "base/Loss.h"
 #include "formats/Format.h"
 #include "program/Session.h"
 
@@ -22,12 +24,17 @@ void DeclareTo(CLI::App& options, std::string& format, const char* description);
 // Declares an option --to for a file: it takes only formats that have a reader too.
 void DeclareToOfFile(CLI::App& options, std::string& format, const char* description);
 
+// Declares --loss, which sets how JSON is read and written. Empty means the default.
+void DeclareLoss(CLI::App& options, std::string& loss);
+LossMode LossModeOf(const std::string& loss, LossMode byDefault = LossMode::kWarn);
+
 // The reader for the name of a format, or for the ending of `file` if the name is empty. Throws
 // Failure if neither determines it; `option` is the option that the message suggests.
 const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option);
 
 // Opens a file. Next then also throws Failure for the reports of the library.
 std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
-                                         Extent extent, Session& session);
+                                         Extent extent, Session& session,
+                                         Text text = Text::kDropped);
 
 }  // namespace PosUtil

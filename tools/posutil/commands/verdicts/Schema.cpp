@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/verdicts/Schema.h"
 
 #include <utility>
@@ -18,14 +19,16 @@ CPOSDict AsDict(const CPOSObject& object, const std::string& name) {
   return dict;
 }
 
-// `check` takes the procedure for messages and returns the verdict. The check of a schema throws
-// what other checks report; both become the same Failure.
+// `check` takes the procedure for messages and returns whether the object is valid. The check of a
+// schema throws what other checks report; both become the same Failure.
 template <class Check>
-Verdict MakeCheck(const std::string& name, Library& library, Messages messages, Check check) {
+Verdict MakeCheck(const std::string& name, Library& library, const CheckOptions& options,
+                  const CheckedDocument& checked, Check check) {
   MessageReceiver receiver;
   Verdict verdict;
   try {
-    verdict.fIsValid = check(messages == Messages::kWanted ? &MessageReceiver::Receive : nullptr);
+    verdict.fIsValid =
+        check(options.fMessages == Messages::kWanted ? &MessageReceiver::Receive : nullptr);
   } catch (const std::exception& error) {
     receiver.Rethrow();
     library.CheckReports(name);
@@ -33,7 +36,7 @@ Verdict MakeCheck(const std::string& name, Library& library, Messages messages, 
   }
   receiver.Rethrow();
   library.CheckReports(name);
-  verdict.fMessages = receiver.Take();
+  verdict.fMessages = Explainer(checked, options.fBranches).Explain(receiver.Take());
   return verdict;
 }
 
@@ -52,34 +55,51 @@ bool IsIntrinsic(const std::string& type) {
 
 }  // namespace
 
-Schema::Schema(const CPOSObject& object, std::string name, Library& library)
-    : fTypes(AsDict(object, name)), fName(std::move(name)), fLibrary(library), fValidator(fTypes) {}
+Schema::Schema(const CPOSObject& object, std::string name, DocumentPlaces& places, Library& library)
+    : fTypes(AsDict(object, name)),
+      fName(std::move(name)),
+      fPlaces(places),
+      fLibrary(library),
+      fValidator(fTypes) {}
 
-Verdict Schema::CheckItself(Messages messages) const {
-  return MakeCheck(fName, fLibrary, messages, [this](POSMessageProc message) {
+Verdict Schema::CheckItself(const CheckOptions& options) const {
+  const CheckedDocument checked = {fTypes, "StructSchema", &fPlaces, {}, nullptr};
+  return MakeCheck(fName, fLibrary, options, checked, [this](POSMessageProc message) {
     return CPOSStructValidator::ValidateSchema(fTypes, message);
   });
 }
 
-void Schema::RequireItself() const {
-  const Verdict verdict = CheckItself(Messages::kWanted);
+void Schema::RequireItself(std::size_t maxMessages) const {
+  const Verdict verdict = CheckItself({});
   if (verdict.fIsValid) return;
-  std::string text = Printable(fName) + ": the schema is not valid, so nothing was checked";
-  for (const std::string& message : verdict.fMessages) text += "\n" + MessageLine(fName, message);
+  std::string text = Printable(fName) + ": the schema is not valid, so nothing was checked\n";
+  std::size_t left = maxMessages;
+  for (const VerdictMessage& message : verdict.fMessages) {
+    if (left-- == 0) break;
+    text += MessageLines(fName, fName, message);
+  }
+  if (verdict.fMessages.size() > maxMessages) {
+    text += std::to_string(verdict.fMessages.size() - maxMessages) + " more messages\n";
+  }
+  text.pop_back();
   throw Failure(text);
 }
 
 void Schema::RequireType(const std::string& type) const {
   // A definition must be a dictionary.
-  if (fTypes.GetDict(type.c_str(), true) || IsIntrinsic(type)) return;
+  const bool isKnown = fTypes.GetDict(type.c_str(), true) || IsIntrinsic(type);
+  fLibrary.CheckReports(fName);  // a failure looks like an absent type
+  if (isKnown) return;
   throw Failure(Printable(fName) + ": no type \"" + Printable(type) +
                     "\" (types: " + Printable(TypeNames()) + ")",
                 kExitUsage);
 }
 
 Verdict Schema::Check(const CPOSObject& object, const CKAPStringAtom& type,
-                      const std::string& objectName, Messages messages) const {
-  return MakeCheck(objectName, fLibrary, messages, [&](POSMessageProc message) {
+                      const std::string& objectName, DocumentPlaces& places,
+                      const CheckOptions& options) const {
+  const CheckedDocument checked = {object, type.Text(), &places, fTypes, &fPlaces};
+  return MakeCheck(objectName, fLibrary, options, checked, [&](POSMessageProc message) {
     return fValidator.Validate(object, type, message);
   });
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "commands/verdicts/VerdictPrinter.h"
 
 #include "base/Printable.h"
@@ -11,55 +12,69 @@ std::string Amount(std::size_t count, const char* noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-// Prints a line for each message, and a line of counts.
+// Prints lines for each message, and a line of counts.
 class TextPrinter final : public VerdictPrinter {
  public:
   using VerdictPrinter::VerdictPrinter;
 
   void Begin() override {}
 
-  void Print(const std::string& name, const Verdict& verdict) override {
-    for (const std::string& message : verdict.fMessages)
-      fOut.Put(MessageLine(name, message) + "\n");
-    if (!verdict.fIsValid && verdict.fMessages.empty()) {
-      fOut.Put(Printable(name) + ": not valid, without a message\n");
+  void Print(const CheckedName& name, const Verdict& verdict) override {
+    fHasDocuments |= name.fDocument > 0;
+    for (const VerdictMessage& message : verdict.fMessages) {
+      fOut.Put(MessageLines(name.fFile, name.fSchema, message));
+    }
+    if (!verdict.fIsValid && verdict.fMessages.empty() && verdict.fUnshown == 0) {
+      fOut.Put(Printable(name.fFile) +
+               (fHasDocuments ? ", document " + std::to_string(name.fDocument) : "") +
+               ": not valid, without a message\n");
     }
   }
 
-  void PrintUnchecked(const std::string& /*name*/, const std::string& /*reason*/) override {}
+  void PrintUnchecked(const CheckedName& name, const std::string& /*reason*/) override {
+    fHasDocuments |= name.fDocument > 0;
+  }
 
   void End(const VerdictCounts& counts) override {
-    std::string line = Amount(counts.fValid + counts.fInvalid, "file") +
+    if (counts.fMessages > counts.fPrinted) {
+      fOut.Put(Amount(counts.fMessages - counts.fPrinted, "more message") +
+               " (--max-errors 0 prints all)\n");
+    }
+    const char* const noun = fHasDocuments ? "document" : "file";
+    std::string line = Amount(counts.fValid + counts.fInvalid, noun) +
                        " checked: " + std::to_string(counts.fValid) + " valid, " +
                        std::to_string(counts.fInvalid) + " not valid, " +
                        Amount(counts.fMessages, "message");
-    if (counts.fUnchecked > 0) line += "; " + Amount(counts.fUnchecked, "file") + " not checked";
+    if (counts.fUnchecked > 0) line += "; " + Amount(counts.fUnchecked, noun) + " not checked";
     fOut.Put(line + "\n");
   }
+
+ private:
+  bool fHasDocuments = false;
 };
 
-// Prints one JSON object, with a line for each file.
+// Prints one JSON object, with lines for each document.
 class JsonPrinter final : public VerdictPrinter {
  public:
   using VerdictPrinter::VerdictPrinter;
 
   void Begin() override { fOut.Put("{\"files\":["); }
 
-  void Print(const std::string& name, const Verdict& verdict) override {
+  void Print(const CheckedName& name, const Verdict& verdict) override {
     BeginFile(name, verdict.fIsValid ? "true" : "false");
-    const char* separator = "";
-    for (const std::string& message : verdict.fMessages) {
+    const char* separator = "\n ";
+    for (const VerdictMessage& message : verdict.fMessages) {
       fOut.Put(separator);
-      PutText(message);
-      separator = ",";
+      PutMessage(name, message);
+      separator = ",\n ";
     }
     fOut.Put("]}");
   }
 
-  void PrintUnchecked(const std::string& name, const std::string& reason) override {
+  void PrintUnchecked(const CheckedName& name, const std::string& reason) override {
     BeginFile(name, "null");
-    fOut.Put("],\"error\":");
-    PutJsonString(fOut, reason.c_str());
+    fOut.Put("]");
+    PutMember("error", reason);
     fOut.Put('}');
   }
 
@@ -73,15 +88,49 @@ class JsonPrinter final : public VerdictPrinter {
   }
 
  private:
-  void BeginFile(const std::string& name, const char* isValid) {
-    fOut.Put(fIsFirst ? "\n{\"file\":" : ",\n{\"file\":");
+  void BeginFile(const CheckedName& name, const char* isValid) {
+    fOut.Put(fIsFirst ? "\n{" : ",\n{");
     fIsFirst = false;
-    PutText(name);
+    PutName(name);
     fOut.Put(std::string(",\"valid\":") + isValid + ",\"messages\":[");
+  }
+
+  void PutName(const CheckedName& name) {
+    fOut.Put("\"file\":");
+    PutText(name.fFile);
+    if (name.fDocument > 0) PutCount("document", name.fDocument);
+  }
+
+  void PutMessage(const CheckedName& name, const VerdictMessage& message) {
+    fOut.Put('{');
+    PutName(name);
+    if (message.fPlace) PutPlace(*message.fPlace);
+    PutMember("path", message.fPath);
+    if (!message.fType.empty()) PutMember("type", message.fType);
+    PutMember("message", message.fText);
+    if (!message.fFound.empty()) PutMember("found", message.fFound);
+    if (message.fOtherAlternatives > 0) PutCount("others", message.fOtherAlternatives);
+    if (message.fRule) {
+      fOut.Put(",\"rule\":{\"file\":");
+      PutText(name.fSchema);
+      PutPlace(*message.fRule);
+      fOut.Put('}');
+    }
+    fOut.Put('}');
+  }
+
+  void PutPlace(const TextPlace& place) {
+    PutCount("line", place.fLine);
+    PutCount("column", place.fColumn);
   }
 
   void PutCount(const char* name, std::size_t count) {
     fOut.Put(std::string(",\"") + name + "\":" + std::to_string(count));
+  }
+
+  void PutMember(const char* name, const std::string& text) {
+    fOut.Put(std::string(",\"") + name + "\":");
+    PutText(text);
   }
 
   // Names and messages may hold bytes that JSON cannot hold.

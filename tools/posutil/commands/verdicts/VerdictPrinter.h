@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -9,14 +10,23 @@
 
 namespace PosUtil {
 
+// What a verdict is about. The schema is that of the rules; documents count from 1, and 0 means
+// that the file has only one.
+struct CheckedName {
+  std::string fFile;
+  std::string fSchema;
+  std::size_t fDocument = 0;
+};
+
 struct VerdictCounts {
   std::size_t fValid = 0;
   std::size_t fInvalid = 0;
   std::size_t fUnchecked = 0;
   std::size_t fMessages = 0;
+  std::size_t fPrinted = 0;  // of the messages
 };
 
-// Prints the verdicts: Begin, then Print or PrintUnchecked for each file, then End.
+// Prints the verdicts: Begin, then Print or PrintUnchecked for each document, then End.
 class VerdictPrinter {
  public:
   // The names of the forms, and a new printer for one of them.
@@ -30,9 +40,9 @@ class VerdictPrinter {
   virtual ~VerdictPrinter() = default;
 
   virtual void Begin() = 0;
-  virtual void Print(const std::string& name, const Verdict& verdict) = 0;
-  // For a file without a verdict. `reason` is on standard error too.
-  virtual void PrintUnchecked(const std::string& name, const std::string& reason) = 0;
+  virtual void Print(const CheckedName& name, const Verdict& verdict) = 0;
+  // For a document without a verdict. `reason` is on standard error too.
+  virtual void PrintUnchecked(const CheckedName& name, const std::string& reason) = 0;
   virtual void End(const VerdictCounts& counts) = 0;
 
  protected:

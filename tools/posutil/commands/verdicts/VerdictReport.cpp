@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "commands/verdicts/VerdictReport.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 namespace PosUtil {
 
@@ -8,6 +10,11 @@ void VerdictOptions::Declare(CLI::App& options) {
   options.add_option("--format", fForm, "Format of the results; default: text")
       ->check(CLI::IsMember({VerdictPrinter::kText, VerdictPrinter::kJson}))
       ->option_text("text|json");
+  options
+      .add_option("--max-errors", fMaxErrors, "The most messages to print, 0 for all; default: 100")
+      ->option_text("N");
+  options.add_flag("--all-branches", fShowsAllBranches,
+                   "Explains every alternative of a union, not only the closest one");
   options.add_flag("--quiet,-q", fIsQuiet, "Prints no results; only the exit status");
 }
 
@@ -15,8 +22,15 @@ std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Output& out) const {
   return fIsQuiet ? nullptr : VerdictPrinter::New(fForm, out);
 }
 
+CheckOptions VerdictOptions::Check() const {
+  return {fIsQuiet ? Messages::kUnwanted : Messages::kWanted,
+          fShowsAllBranches ? Branches::kAll : Branches::kClosest};
+}
+
 VerdictReport::VerdictReport(const VerdictOptions& options, Session& session)
-    : fSession(session), fPrinter(options.NewPrinter(session.Out())) {
+    : fSession(session),
+      fPrinter(options.NewPrinter(session.Out())),
+      fMaxMessages(options.MaxMessages()) {
   if (fPrinter) fPrinter->Begin();
 }
 
@@ -26,15 +40,22 @@ ExitStatus VerdictReport::Finish() {
   return fCounts.fInvalid > 0 ? kExitNegative : kExitSuccess;
 }
 
-void VerdictReport::Count(const std::string& name, const Verdict& verdict) {
+void VerdictReport::Count(const CheckedName& name, Verdict& verdict) {
   ++(verdict.fIsValid ? fCounts.fValid : fCounts.fInvalid);
   fCounts.fMessages += verdict.fMessages.size();
-  if (fPrinter) fPrinter->Print(name, verdict);
+  if (!fPrinter) return;
+  const std::size_t wanted = std::min(verdict.fMessages.size(), fMaxMessages - fCounts.fPrinted);
+  fCounts.fPrinted += wanted;
+  verdict.fUnshown = verdict.fMessages.size() - wanted;
+  verdict.fMessages.resize(wanted);
+  fPrinter->Print(name, verdict);
 }
 
-void VerdictReport::CountUnchecked(const std::string& name, const Failure& failure) {
+// Returns false: an input is of no use after an error in it.
+bool VerdictReport::CountUnchecked(const CheckedName& name, const Failure& failure) {
   ++fCounts.fUnchecked;
   if (fPrinter) fPrinter->PrintUnchecked(name, failure.what());
+  return false;
 }
 
 }  // namespace PosUtil

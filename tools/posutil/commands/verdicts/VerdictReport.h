@@ -1,9 +1,14 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
-#include "base/SyntaxError.h"
+#include "base/Failure.h"
+#include "commands/verdicts/Schema.h"
 #include "commands/verdicts/VerdictPrinter.h"
 #include "program/Session.h"
 
@@ -16,50 +21,59 @@ namespace PosUtil {
 // The options of a command that checks files.
 class VerdictOptions {
  public:
-  // Declares --format and --quiet.
+  // Declares --format, --quiet, --max-errors and --all-branches.
   void Declare(CLI::App& options);
 
-  Messages WantedMessages() const { return fIsQuiet ? Messages::kUnwanted : Messages::kWanted; }
+  CheckOptions Check() const;
+  // Whether messages need the text of what is checked.
+  Text WantedText() const { return fIsQuiet ? Text::kDropped : Text::kKept; }
+  // The most messages to print.
+  std::size_t MaxMessages() const { return fMaxErrors == 0 ? SIZE_MAX : fMaxErrors; }
   // Null with --quiet.
   std::unique_ptr<VerdictPrinter> NewPrinter(Output& out) const;
 
  private:
   std::string fForm = VerdictPrinter::kText;
+  std::size_t fMaxErrors = 100;
   bool fIsQuiet = false;
+  bool fShowsAllBranches = false;
 };
 
-// Checks files one by one, prints the verdicts and counts them. If a file cannot be checked, a
-// message goes to standard error, and the checks of the other files continue.
+// Checks documents one by one, prints the verdicts and counts them. If a document cannot be
+// checked, a message goes to standard error, and the checks of the others continue.
 class VerdictReport {
  public:
   VerdictReport(const VerdictOptions& options, Session& session);
 
-  // `makeVerdict` checks the file `name`; if it throws Failure, the file counts as unchecked.
+  // `makeVerdict` checks a document, or returns nothing if there is none; if it throws Failure, the
+  // document counts as unchecked. Returns whether it has made a verdict.
   template <class MakeVerdict>
-  void Add(const std::string& name, MakeVerdict makeVerdict) {
-    Verdict verdict;
+  bool Add(const CheckedName& name, MakeVerdict makeVerdict) {
+    std::optional<Verdict> verdict;
     try {
       verdict = makeVerdict();
-    } catch (const SyntaxError& error) {
+    } catch (const PlacedFailure& error) {
       fSession.ComplainPlainly(error.what());
       return CountUnchecked(name, error);
     } catch (const Failure& failure) {
       fSession.Complain(failure.what());
       return CountUnchecked(name, failure);
     }
-    Count(name, verdict);
+    if (verdict) Count(name, *verdict);
+    return verdict.has_value();
   }
 
-  // Prints the counts. Returns kExitFailure if a file could not be checked, else kExitNegative if
-  // one is not valid.
+  // Prints the counts. Returns kExitFailure if a document could not be checked, else kExitNegative
+  // if one is not valid.
   ExitStatus Finish();
 
  private:
-  void Count(const std::string& name, const Verdict& verdict);
-  void CountUnchecked(const std::string& name, const Failure& failure);
+  void Count(const CheckedName& name, Verdict& verdict);
+  bool CountUnchecked(const CheckedName& name, const Failure& failure);
 
   Session& fSession;
   const std::unique_ptr<VerdictPrinter> fPrinter;
+  const std::size_t fMaxMessages;
   VerdictCounts fCounts;
 };
 

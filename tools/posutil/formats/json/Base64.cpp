@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "formats/json/Base64.h"
 
 #include <array>

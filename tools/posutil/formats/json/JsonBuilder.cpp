@@ -1,9 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "formats/json/JsonBuilder.h"
 
-#include <charconv>
+#include <algorithm>
 #include <utility>
 
-#include "base/DecimalText.h"
 #include "base/ValueError.h"
 
 namespace PosUtil {
@@ -12,9 +12,7 @@ namespace {
 
 using KAP_T_MT::CKAPStringAtom;
 
-[[noreturn]] void ThrowInexact() {
-  throw ValueError("a number cannot represent this integer exactly");
-}
+constexpr std::size_t kFewKeys = 32;  // up to here a search of the list is faster than a look-up
 
 void RejectZero(std::string_view text, const char* message) {
   if (text.find('\0') != std::string_view::npos) throw ValueError(message);
@@ -22,121 +20,171 @@ void RejectZero(std::string_view text, const char* message) {
 
 Handle NewNumber(double value) { return Owned(Numbers::Call<"NewPOSNumber">(value)); }
 
+Handle NewDictWith(const char* key, const Handle& value) {
+  Handle dict = Owned(Dicts::Call<"NewPOSDict">());
+  Dicts::Call<"Put">(dict.Handle(), CKAPStringAtom(key).Handle(), value.Handle());
+  return dict;
+}
+
 }  // namespace
 
 void JsonBuilder::Null() {
-  if (fTagged) fTagged->RejectValue();
   if (fLevels.empty()) throw ValueError("null is not an object");
   Level& level = fLevels.back();
-  if (level.fKind == Kind::kArray) {
+  level.fForm = TagForm::kNone;
+  if (level.fIsArray) {
     level.fEndsEmpty = true;
     ++level.fCount;
   } else {
     // The last member of a name wins, so this undoes an earlier one.
+    ForgetKey(level);
     Dicts::Call<"Remove">(level.fContainer.Handle(), std::exchange(fKey, nullptr)->Handle());
   }
 }
 
 void JsonBuilder::Number(double value) {
-  if (fTagged) fTagged->RejectValue();
+  RequireForm(false);
   Attach(NewNumber(value));
-}
-
-void JsonBuilder::Signed(long long value) {
-  // The largest values round to 2^63. Converting that back would overflow.
-  const auto number = static_cast<double>(value);
-  if (number >= 0x1p63 || static_cast<long long>(number) != value) ThrowInexact();
-  Number(number);
-}
-
-void JsonBuilder::Unsigned(unsigned long long value) {
-  const auto number = static_cast<double>(value);
-  if (number >= 0x1p64 || static_cast<unsigned long long>(number) != value) ThrowInexact();
-  Number(number);
-}
-
-void JsonBuilder::Integer(std::string_view digits, double nearest) {
-  // The text has the exact digits of the double, not the shortest ones followed by zeros.
-  if (DecimalText(nearest, DecimalText::kWithoutExponent).View() != digits) ThrowInexact();
-  Number(nearest);
 }
 
 void JsonBuilder::String(std::string_view text) {
   RejectZero(text, "the string contains a zero character");
-  if (fTagged) return fTagged->String(text);
-  Attach(fStrings.Get(text, [text] { return Owned(Strings::Call<"NewPOSString">(text.data())); }));
+  if (!fLevels.empty()) {
+    TagForm& form = fLevels.back().fForm;
+    if (form == TagForm::kObject) form = TagForm::kNone;
+    if (form == TagForm::kJson) fLastIsKept = IsKeptText(text);
+  }
+  AttachString(text);
+}
+
+void JsonBuilder::Word(std::string_view word) {
+  RequireForm(false);
+  AttachString(word);
+}
+
+void JsonBuilder::Kept(std::string_view json) {
+  RequireForm(true);
+  fLastIsKept = true;
+  const std::string text(json);
+  Attach(NewDictWith(kJsonTag, Owned(Strings::Call<"NewPOSString">(text.c_str()))));
 }
 
 void JsonBuilder::BeginArray() {
-  if (fTagged) fTagged->RejectValue();
-  Open(Kind::kArray, Owned(Arrays::Call<"NewPOSArray">()));
+  RequireForm(false);
+  Open(true, Owned(Arrays::Call<"NewPOSArray">()));
 }
 
 void JsonBuilder::BeginObject() {
-  if (fTagged) fTagged->RejectValue();
-  Open(Kind::kObject, Handle());
+  if (!fLevels.empty() && fLevels.back().fForm != TagForm::kObject) RequireForm(true);
+  Open(false, Owned(Dicts::Call<"NewPOSDict">()));
 }
 
-void JsonBuilder::Open(Kind kind, Handle container) {
-  fLevels.push_back({kind, false, 0, std::move(container), fKey ? *fKey : CKAPStringAtom()});
+void JsonBuilder::Open(bool isArray, Handle container) {
+  fLevels.push_back({isArray, false, isArray ? TagForm::kNone : TagForm::kEmpty, 0,
+                     fKeysSeen.size(), std::move(container), fKey ? *fKey : CKAPStringAtom()});
   fKey = nullptr;
 }
 
 void JsonBuilder::EndArray() {
-  Level& array = fLevels.back();
+  const Level& array = fLevels.back();
   if (array.fEndsEmpty) FillEmptyEnd(array);
-  Close(std::move(array.fContainer));
+  const Handle value = array.fContainer;
+  Close(value);
 }
 
 void JsonBuilder::EndObject() {
   Level& object = fLevels.back();
-  if (object.fKind == Kind::kTagged) {
-    const TaggedJson tagged = *std::exchange(fTagged, std::nullopt);
-    Close(tagged.Make());
-  } else if (object.fKind == Kind::kObject) {
-    Close(Owned(Dicts::Call<"NewPOSDict">()));
-  } else {
-    Close(std::move(object.fContainer));
+  fKeysSeen.resize(object.fFirstKey);
+  if (object.fForm <= TagForm::kEmpty) [[likely]] {
+    const Handle value = std::move(object.fContainer);
+    Close(value);
+    fLastIsKept = false;
+    if (!fLastPlain.IsNull()) fLastPlain = Handle();
+    return;
   }
+  const bool isKept = object.fForm == TagForm::kJson && fLastIsKept;
+  const Handle plain = object.fContainer;
+  const Handle value = ValueOfTag(object);
+  Close(value);
+  fLastIsKept = isKept;
+  fLastPlain = value.Handle() == plain.Handle() || isKept ? Handle() : plain;
 }
 
-void JsonBuilder::Close(Handle&& value) {
-  const Handle owned = std::move(value);  // `value` is a part of the level
+// The value of an object whose members have the form of a tag.
+Handle JsonBuilder::ValueOfTag(const Level& object) {
+  switch (object.fForm) {
+    case TagForm::kUnicode:
+      return MakeUnicodeString(MemberText(object, kUnicodeTag));
+    case TagForm::kBinaryWithBase64:
+      if (auto data = MakeBinData(MemberText(object, kBinaryTag).c_str(),
+                                  MemberText(object, kBase64Member))) {
+        return *data;
+      }
+      break;
+    case TagForm::kObject:
+      if (!fLastPlain.IsNull()) return fLastPlain;
+      break;
+    case TagForm::kJson:
+      if (fEscapesKept && fLastIsKept) return NewDictWith(kJsonTag, object.fContainer);
+      break;
+    default:
+      break;
+  }
+  return object.fContainer;
+}
+
+std::string JsonBuilder::MemberText(const Level& object, const char* key) {
+  POSObject* const value = Dicts::Call<"Get">(object.fContainer.Handle(), fKeys.Get(key).Handle());
+  const Handle holder(NotNull(value), KAP_T_MT::KAPAdopt());
+  return NotNull(Strings::Call<"Get">(value));
+}
+
+void JsonBuilder::Close(const Handle& value) {
   fClosedKey = std::move(fLevels.back().fOuterKey);
   fLevels.pop_back();
   if (fClosedKey.Handle()) fKey = &fClosedKey;
-  Attach(owned);
+  Attach(value);
 }
 
-void JsonBuilder::Key(std::string_view key) {
+bool JsonBuilder::Key(std::string_view key) {
   RejectZero(key, "a key contains a zero character");
-  if (fTagged) return fTagged->Key(key);
   Level& object = fLevels.back();
-  if (IsJsonTag(key)) {
-    fTagged = BeginTagged(object, key);
-    object.fKind = Kind::kTagged;
-    return fTagged->Key(key);
-  }
-  if (object.fKind == Kind::kObject) {
-    object.fContainer = Owned(Dicts::Call<"NewPOSDict">());
-    object.fKind = Kind::kDict;
-  }
-  ++object.fCount;
+  if (object.fForm != TagForm::kNone) object.fForm = NextForm(object.fForm, key);
   fKey = &fKeys.Get(key);
+  return IsRepeated(object, fKey->Handle());
 }
 
-// The first member shows whether an object is a tagged value; if that is "base64", the second does.
-TaggedJson JsonBuilder::BeginTagged(const Level& object, std::string_view key) {
-  if (object.fKind == Kind::kObject) return {};
-  if (key == kBinaryTag && object.fCount == 1) {
-    const auto& base64 = fKeys.Get(kBase64Member);
-    POSObject* const value = Dicts::Call<"Get">(object.fContainer.Handle(), base64.Handle());
-    const Handle holder(value, KAP_T_MT::KAPAdopt());
-    if (Strings::Call<"IsPOSString">(value)) {
-      return TaggedJson::WithBase64(NotNull(Strings::Call<"Get">(value)));
-    }
+// Equal texts have one atom as long as a dictionary owns it.
+bool JsonBuilder::IsRepeated(const Level& object, KAPStringAtom* key) {
+  const auto first = fKeysSeen.begin() + static_cast<std::ptrdiff_t>(object.fFirstKey);
+  bool isRepeated = false;
+  if (fKeysSeen.size() - object.fFirstKey <= kFewKeys) {
+    isRepeated = std::find(first, fKeysSeen.end(), key) != fKeysSeen.end();
+  } else {
+    const Handle holder(Dicts::Call<"Get">(object.fContainer.Handle(), key), KAP_T_MT::KAPAdopt());
+    isRepeated = !holder.IsNull();
   }
-  throw ValueError(kTagMisused);
+  if (!isRepeated) fKeysSeen.push_back(key);
+  return isRepeated;
+}
+
+// The dictionary no longer owns the atom of the current key; another text may get its address.
+void JsonBuilder::ForgetKey(const Level& object) {
+  const auto first = fKeysSeen.begin() + static_cast<std::ptrdiff_t>(object.fFirstKey);
+  const auto found = std::find(first, fKeysSeen.end(), fKey->Handle());
+  if (found != fKeysSeen.end()) fKeysSeen.erase(found);
+}
+
+// The value that comes now is not a string, so the object around it is not a tag; but with `isKept`
+// it may be that of a kept value.
+void JsonBuilder::RequireForm(bool isKept) {
+  if (fLevels.empty()) return;
+  TagForm& form = fLevels.back().fForm;
+  if (!isKept || form != TagForm::kJson) form = TagForm::kNone;
+}
+
+void JsonBuilder::AttachString(std::string_view text) {
+  Attach(fStrings.Get(text, [text] { return Owned(Strings::Call<"NewPOSString">(text.data())); }));
 }
 
 void JsonBuilder::Attach(const Handle& value) {
@@ -146,7 +194,7 @@ void JsonBuilder::Attach(const Handle& value) {
   }
   Level& level = fLevels.back();
   POSObject* const container = level.fContainer.Handle();
-  if (level.fKind == Kind::kDict) {
+  if (!level.fIsArray) {
     Dicts::Call<"Put">(container, std::exchange(fKey, nullptr)->Handle(), value.Handle());
     return;
   }
@@ -171,7 +219,7 @@ std::string JsonBuilder::Path() const {
   std::string path;
   for (std::size_t i = 0; i < fLevels.size(); ++i) {
     const CKAPStringAtom* const key = i + 1 < fLevels.size() ? &fLevels[i + 1].fOuterKey : fKey;
-    if (fLevels[i].fKind == Kind::kArray) {
+    if (fLevels[i].fIsArray) {
       AppendIndex(path, fLevels[i].fCount);
     } else if (key) {
       AppendKey(path, key->Text());

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "formats/json/JsonText.h"
 
 #include <array>
+#include <charconv>
 #include <string_view>
 
 #include "base/HexText.h"
@@ -43,7 +45,41 @@ void PutEscaped(Output& out, char character) {
   out.Put(HexText(code).View());
 }
 
+unsigned Unit(std::string_view text, std::size_t at) {
+  unsigned unit = 0;
+  if (at + 4 <= text.size()) std::from_chars(text.data() + at, text.data() + at + 4, unit, 16);
+  return unit;
+}
+
 }  // namespace
+
+char JsonEscape(char letter) {
+  static constexpr char kPairs[] = "\"\"\\\\//b\bf\fn\nr\rt\t";
+  for (const char* pair = kPairs; *pair; pair += 2) {
+    if (*pair == letter) return pair[1];
+  }
+  return '\0';
+}
+
+std::string JsonUnescaped(std::string_view quoted) {
+  std::string out;
+  for (std::size_t i = 1; i + 1 < quoted.size(); ++i) {
+    if (quoted[i] != '\\') {
+      out += quoted[i];
+    } else if (quoted[++i] != 'u') {
+      out += JsonEscape(quoted[i]);
+    } else {
+      unsigned code = Unit(quoted, i + 1);
+      i += 4;
+      if (code >= 0xD800 && code <= 0xDBFF) {
+        code = 0x10000 + ((code - 0xD800) << 10) + (Unit(quoted, i + 3) - 0xDC00);
+        i += 6;
+      }
+      AppendUtf8(out, code);
+    }
+  }
+  return out;
+}
 
 void PutJsonString(Output& out, const char* text) {
   out.Put('"');

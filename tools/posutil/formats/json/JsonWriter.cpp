@@ -1,7 +1,10 @@
-// The JSON writer. See TaggedJson.h for values that JSON does not have; an empty slot is null.
+// SPDX-License-Identifier: MIT
+// The JSON writer. See TaggedJson.h for values that one side does not have; an empty slot is null.
 
 #include <cmath>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/DecimalText.h"
 #include "base/Utf.h"
@@ -11,6 +14,7 @@
 #include "formats/Visitor.h"
 #include "formats/json/Base64.h"
 #include "formats/json/JsonText.h"
+#include "formats/json/TagDetector.h"
 #include "formats/json/TaggedJson.h"
 
 namespace PosUtil {
@@ -20,9 +24,13 @@ namespace {
 class JsonVisitor final : public Visitor {
  public:
   JsonVisitor(const WriteOptions& options, Output& out)
-      : fOut(out), fLayout(options.fOnOneLine), fColon(options.fOnOneLine ? ":" : ": ") {}
+      : fOut(out),
+        fLayout(options.fOnOneLine),
+        fColon(options.fOnOneLine ? ":" : ": "),
+        fRestoresKept(options.fRestoresKept) {}
 
   void At(const Place& place) override {
+    if (fNewDict && OpenDict(place.fKey) == Form::kKept) return;  // its value takes its place
     if (place.fIndex > 0) fOut.Put(',');
     if (place.fDepth > 0) fLayout.BeginItem(fOut, place.fDepth);
     if (place.fKey) PutKey(place.fKey);
@@ -34,7 +42,10 @@ class JsonVisitor final : public Visitor {
     // Many readers read "-0" as the integer 0.
     if (value == 0 && std::signbit(value)) fOut.Put(".0");
   }
-  void String(const char* text) override { PutJsonString(fOut, text); }
+  void String(const char* text) override {
+    if (std::exchange(fIsVerbatim, false)) return fOut.Put(text);
+    PutJsonString(fOut, text);
+  }
   void UnicodeString(const unsigned short* units) override {
     std::string text;
     if (!Utf16ToUtf8(units, text)) throw ValueError(kLoneSurrogate);
@@ -50,13 +61,40 @@ class JsonVisitor final : public Visitor {
   void EmptySlot() override { fOut.Put("null"); }
 
   void BeginArray(std::size_t) override { fOut.Put('['); }
-  void BeginDict() override { fOut.Put('{'); }
-  void EndArray(const Place& place, std::size_t count) override { End(']', place, count); }
-  void EndDict(const Place& place, std::size_t count) override { End('}', place, count); }
+  void BeginDict(POSDict* dict) override { fNewDict = dict; }
+  void EndArray(const Place& place, std::size_t count) override { End("]", place, count); }
+  void EndDict(const Place& place, std::size_t count) override {
+    if (fNewDict) OpenDict("");
+    const Form form = fForms.back();
+    fForms.pop_back();
+    if (form != Form::kKept) End(form == Form::kEscaped ? "}}" : "}", place, count);
+  }
 
  private:
+  enum class Form : char { kOrdinary, kEscaped, kKept };
+
+  // Starts the dictionary that BeginDict announced: its first key decides on its form.
+  Form OpenDict(const char* key) {
+    POSDict* const dict = std::exchange(fNewDict, nullptr);
+    const Form form = *key == '$' ? FormOf(dict, key) : Form::kOrdinary;
+    fIsVerbatim = form == Form::kKept;
+    fForms.push_back(form);
+    if (form == Form::kEscaped) {
+      fOut.Put('{');
+      PutKey(kObjectTag);
+    }
+    if (form != Form::kKept) fOut.Put('{');
+    return form;
+  }
+
+  Form FormOf(POSDict* dict, const char* key) {
+    const bool isKept = fRestoresKept && fKept.IsKept(dict, key);
+    // In a kept value, a dictionary is the escaped one.
+    if (isKept) return fIsVerbatim ? Form::kOrdinary : Form::kKept;
+    return fTags.LooksLikeTag(dict, key) ? Form::kEscaped : Form::kOrdinary;
+  }
+
   void PutKey(const char* key) {
-    if (IsJsonTag(key)) throw ValueError(kTagMisused);
     PutJsonString(fOut, key);
     fOut.Put(fColon);
   }
@@ -65,19 +103,24 @@ class JsonVisitor final : public Visitor {
   void PutMember(char before, const char* key, const char* text) {
     fOut.Put(before);
     if (before == ',' && fColon.size() > 1) fOut.Put(' ');
-    PutJsonString(fOut, key);
-    fOut.Put(fColon);
+    PutKey(key);
     PutJsonString(fOut, text);
   }
 
-  void End(char bracket, const Place& place, std::size_t count) {
+  void End(std::string_view brackets, const Place& place, std::size_t count) {
     if (count > 0) fLayout.BeginEnd(fOut, place.fDepth);
-    fOut.Put(bracket);
+    fOut.Put(brackets);
   }
 
   Output& fOut;
   Layout fLayout;
   std::string_view fColon;
+  const bool fRestoresKept;
+  POSDict* fNewDict = nullptr;
+  bool fIsVerbatim = false;  // the next value is that of a kept one
+  std::vector<Form> fForms;  // of the open dictionaries
+  TagDetector fTags;
+  TagDetector fKept;
 };
 
 class JsonWriter final : public Writer {

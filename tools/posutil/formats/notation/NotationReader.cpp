@@ -1,9 +1,10 @@
-// The reader of text notation: the library does the work.
+// SPDX-License-Identifier: MIT
+// The reader of text notation: the library does the work, but does not say what is wrong.
 
 #include <cstring>
 
-#include "base/SyntaxError.h"
 #include "formats/SourceReader.h"
+#include "formats/notation/NotationText.h"
 
 namespace PosUtil {
 
@@ -14,7 +15,7 @@ class NotationReader final : public SourceReader {
   NotationReader() : SourceReader(1, "text", ".txt .text .pos") {}
 
  private:
-  KAP_T_MT::CPOSObject Read(Source& source, Progress&) const override {
+  KAP_T_MT::CPOSObject Read(const Source& source) const override {
     const std::string_view bytes = source.Bytes();
     const char* end = nullptr;
     KAP_T_MT::CPOSObject object = KAP_T_MT::CPOSObject::CreateFromText(source.Text(), &end);
@@ -24,17 +25,17 @@ class NotationReader final : public SourceReader {
     if (stop == length && length < bytes.size()) {
       throw source.ErrorAt(length, "a zero character in the text");
     }
-    if (object.IsNull()) throw source.ErrorAt(stop, Message(bytes, stop));
+    if (object.IsNull()) {
+      const NotationFault fault = FindNotationFault(bytes, stop);
+      throw source.ErrorAt(fault.fOffset, fault.fMessage);
+    }
     return object;
   }
 
-  // The library returns the position of an error, but no reason.
-  static const char* Message(std::string_view bytes, std::size_t stop) {
-    if (stop < bytes.size()) return "syntax error";
-    return bytes.find_first_not_of(" \t\r\n") == std::string_view::npos
-               ? "no object in the text"
-               : "syntax error at the end of the text";
+  Token NextToken(std::string_view text, std::size_t at) const override {
+    return NextNotationToken(text, at);
   }
+  std::string KeyOf(std::string_view token) const override { return NotationKey(token); }
 } gNotationReader;
 
 }  // namespace

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The writer of text notation: < key value ... >, [ value ... ], bare words, (strings), numbers and
 // `hexadecimal Unicode strings`.
 
@@ -86,7 +87,7 @@ class NotationVisitor final : public Visitor {
   void EmptySlot() override { throw ValueError("text notation cannot hold an empty slot"); }
 
   void BeginArray(std::size_t) override { fOut.Put('['); }
-  void BeginDict() override { fOut.Put('<'); }
+  void BeginDict(POSDict*) override { fOut.Put('<'); }
   void EndArray(const Place& place, std::size_t count) override {
     if (count > 0) fLayout.BeginEnd(fOut, place.fDepth);
     fOut.Put(']');

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The writer of outlines for people: one value a line, indented by depth, after its key or index.
 
 #include <string>
@@ -83,7 +84,7 @@ class TreeVisitor final : public Visitor {
   void BeginArray(std::size_t count) override {
     Put(fStyle.fNote, count == 0 ? "empty array" : "array of " + std::to_string(count));
   }
-  void BeginDict() override { Put(fStyle.fNote, "dictionary"); }
+  void BeginDict(POSDict*) override { Put(fStyle.fNote, "dictionary"); }
   void EndArray(const Place&, std::size_t) override {}
   void EndDict(const Place&, std::size_t) override {}
 

@@ -1,8 +1,11 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "base/SyntaxError.h"
+#include "formats/Format.h"
 #include "kap/KAPClientBase.h"
 #include "kap/KAPStream.h"
 #include "terminal/Progress.h"
@@ -13,21 +16,28 @@ namespace PosUtil {
 // bytes read last lets a reader go back as far as it reads ahead.
 class StreamInput {
  public:
-  // Reading advances `progress`. Throws Failure, also for a file that is too large.
-  StreamInput(const std::string& fileName, Progress& progress);
+  // `progress` and `idle` are those of InputWindow. Throws Failure, also for a file that is too
+  // large.
+  StreamInput(const std::string& fileName, Progress& progress, std::function<void()> idle);
   StreamInput(const StreamInput&) = delete;
   StreamInput& operator=(const StreamInput&) = delete;
 
   KAP_T_MT::CKAPPositionableStream& Stream() { return fStream; }
-  // The size of a regular file, 0 for anything else.
-  std::size_t Size() const;
   // The number of bytes that the reader has taken.
   std::size_t Position() const;
+
+  // Makes the window keep the text from the next byte on, and returns that text.
+  void KeepFromHere();
+  DocumentText Kept() const;
 
   // Throws the failure that stopped the reading, if there is one.
   void CheckFailure();
   // Skips white space. Returns false at the end of the input.
   bool SkipSpace();
+  // The place after the last byte that is not white space, and that of the last `character` up to
+  // `offset`, which is returned if there is none in the window.
+  std::size_t EndOfText() const;
+  std::size_t FindBack(char character, std::size_t offset) const;
   // The error at a byte of the window; `offset` counts from the start of the input.
   SyntaxError ErrorAt(std::size_t offset, const std::string& message) const;
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "formats/typea/StreamOutput.h"
 
 #include "base/Failure.h"

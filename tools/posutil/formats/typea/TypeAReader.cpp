@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 // The TypeA format, read by the library's streamer.
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -7,7 +9,6 @@
 
 #include "POSStreamer.h"
 #include "formats/Format.h"
-#include "formats/HeapReserve.h"
 #include "formats/typea/StreamInput.h"
 
 namespace PosUtil {
@@ -45,21 +46,25 @@ std::string MeaningOf(const std::string& report) {
 
 class TypeADocuments final : public Documents {
  public:
-  TypeADocuments(const std::string& fileName, Extent extent, Session& session)
-      : fExtent(extent), fLibrary(session.TheLibrary()), fInput(fileName, session.TheProgress()) {
-    ReserveHeapFor(fInput.Size());
-  }
+  TypeADocuments(const std::string& fileName, Extent extent, Text text, Session& session)
+      : fExtent(extent),
+        fText(text),
+        fLibrary(session.TheLibrary()),
+        fInput(fileName, session.TheProgress(), session.Idle()) {}
 
   KAP_T_MT::CPOSObject Next() override {
-    if (fIsAtEnd) return {};
+    if (fExtent == Extent::kAll ? !fInput.SkipSpace() : fIsRead) return {};
+    fIsRead = true;
+    if (fText == Text::kKept) fInput.KeepFromHere();
     KAP_T_MT::CPOSObject object = fStreamer.Deserialize(fInput.Stream());
     if (object.IsNull()) ThrowUnreadable();
-    fIsAtEnd = !fInput.SkipSpace();
-    if (!fIsAtEnd && fExtent == Extent::kOne) {
+    if (fExtent == Extent::kOne && fInput.SkipSpace()) {
       throw fInput.ErrorAt(fInput.Position(), "unexpected text after the document (see --all)");
     }
     return object;
   }
+
+  DocumentText LastText() const override { return fInput.Kept(); }
 
  private:
   [[noreturn]] void ThrowUnreadable() {
@@ -67,27 +72,79 @@ class TypeADocuments final : public Documents {
     fInput.CheckFailure();
     const std::string report = reports.empty() ? "unreadable" : std::move(reports.front());
     const std::size_t count = fInput.Position();
-    // The error is the last byte read, unless a byte is missing.
-    const bool isMissing = count == 0 || report.ends_with("unexpected EOF");
-    throw fInput.ErrorAt(count - (isMissing ? 0 : 1),
+    throw fInput.ErrorAt(FaultOf(report, count),
                          MeaningOf(report) + " (after " + std::to_string(count) + " bytes)");
   }
 
+  // The fault is the last byte read, unless a byte is missing or the token began earlier.
+  std::size_t FaultOf(const std::string& report, std::size_t count) const {
+    if (count == 0 || report.ends_with("unexpected EOF")) return fInput.EndOfText();
+    if (report == "malformed number") return fInput.FindBack('#', count - 1);
+    if (report == "Unexpected escape sequence") return fInput.FindBack('\\', count - 2);
+    return count - 1;
+  }
+
   const Extent fExtent;
+  const Text fText;
   Library& fLibrary;
   StreamInput fInput;
   const KAP_T_MT::CPOSStreamer fStreamer;
-  bool fIsAtEnd = false;
+  bool fIsRead = false;
 };
 
 class TypeAReader final : public Reader {
  public:
   TypeAReader() : Reader(3, "typea", ".typea") {}
 
-  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent,
+  std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent, Text text,
                                   Session& session) const override {
-    return std::make_unique<TypeADocuments>(fileName, extent, session);
+    return std::make_unique<TypeADocuments>(fileName, extent, text, session);
   }
+
+  Token NextToken(std::string_view text, std::size_t at) const override {
+    at = Skip(text, at, kSpace);
+    if (text.substr(at).starts_with(kTag)) at = Skip(text, at + kTag.size(), kSpace);
+    if (at == text.size()) return {Token::kEnd, at, at};
+    switch (text[at]) {
+      case '<':
+        return {Token::kBeginDict, at, at + 1};
+      case '>':
+        return {Token::kEndDict, at, at + 1};
+      case '[':
+        return {Token::kBeginArray, at, at + 1};
+      case ']':
+        return {Token::kEndArray, at, at + 1};
+      case '"':
+      case '`':
+        return {Token::kScalar, at, EndOfLiteral(text, at, text[at])};
+      case '{': {
+        const std::size_t type = Skip(text, at + 1, kSpace);
+        return {Token::kScalar, at, EndOfLiteral(text, EndOfLiteral(text, type, '"') - 1, '}')};
+      }
+      default:
+        return {Token::kScalar, at, std::min(text.find_first_of(kSpace, at), text.size())};
+    }
+  }
+
+  std::string KeyOf(std::string_view token) const override {
+    std::string key;
+    for (std::size_t i = 1; i + 1 < token.size(); ++i) {
+      const char c = token[i];
+      if (c != '\\') {
+        key += kSpace.find(c) == std::string_view::npos ? c : ' ';
+      } else if (const char next = token[++i]; next >= '0' && next <= '9' && i + 2 < token.size()) {
+        key += static_cast<char>((next - '0') * 64 + (token[i + 1] - '0') * 8 + token[i + 2] - '0');
+        i += 2;
+      } else {
+        key += next == 'n' ? '\n' : next == 'r' ? '\r' : next == 't' ? '\t' : next;
+      }
+    }
+    return key;
+  }
+
+ private:
+  static constexpr std::string_view kSpace = " \t\r\n";
+  static constexpr std::string_view kTag = "POSStreamerTypeA_Version1.0";
 } gTypeAReader;
 
 }  // namespace

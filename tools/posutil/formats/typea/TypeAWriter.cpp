@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The TypeA format, written by the library's streamer.
 
 #include <cmath>
@@ -27,7 +28,7 @@ class TypeAVisitor final : public Visitor {
   void EmptySlot() override { throw ValueError("TypeA cannot hold an empty slot"); }
 
   void BeginArray(std::size_t) override {}
-  void BeginDict() override {}
+  void BeginDict(POSDict*) override {}
   void EndArray(const Place&, std::size_t) override {}
   void EndDict(const Place&, std::size_t) override {}
 };

@@ -1,0 +1,143 @@
+#include "atoms/AtomCredits.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "atoms/AtomTable.h"
+#include "base/ThreadEnd.h"
+#include "faults/Gate.h"
+
+namespace KAPHost {
+
+namespace {
+
+constexpr auto kRelaxed = std::memory_order_relaxed;
+
+constinit std::mutex gMutex;
+constinit IntrusiveList<AtomCredits> gCaches;
+
+}  // namespace
+
+thread_local constinit AtomCredits* AtomCredits::tCredits = nullptr;
+
+std::mutex& AtomCredits::Mutex() noexcept { return gMutex; }
+
+KAPStringAtom* AtomCredits::Take(const TextKey& key) noexcept {
+  AtomCredits* const cache = tCredits;
+  if (!cache) return nullptr;
+  Set& set = cache->SetOf(key.fHash);
+  for (unsigned way = 0; way < kWays; ++way) {
+    if (set.fHashes[way] != key.fHash) continue;
+    const KAPStringAtom* const atom = set.fAtoms[way].load(kRelaxed);
+    if (!atom || atom->fTag != key.fTag || std::strcmp(atom->Text(), key.fText) != 0) continue;
+    return TakeOne(set, way);
+  }
+  return nullptr;
+}
+
+bool AtomCredits::TakeFor(KAPStringAtom& atom) noexcept {
+  if (!tCredits || !atom.fIsCached.load(kRelaxed)) return false;
+  Set& set = tCredits->SetOf(atom.fHash);
+  for (unsigned way = 0; way < kWays; ++way) {
+    if (set.fAtoms[way].load(kRelaxed) == &atom) return TakeOne(set, way);
+  }
+  return false;
+}
+
+// The cache's last credit is a reference, so more can be added without the table.
+KAPStringAtom* AtomCredits::TakeOne(Set& set, unsigned way) noexcept {
+  KAPStringAtom* const atom = set.fAtoms[way].load(kRelaxed);
+  std::uint16_t credits = set.fCredits[way].load(kRelaxed);
+  if (credits == 1) {
+    gAtoms.AddRefs(*atom, kBatch);
+    credits += kBatch;
+  }
+  set.fCredits[way].store(static_cast<std::uint16_t>(credits - 1), kRelaxed);
+  return atom;
+}
+
+bool AtomCredits::Give(KAPStringAtom& atom) noexcept {
+  if (!tCredits || !atom.fIsCached.load(kRelaxed)) return false;
+  Set& set = tCredits->SetOf(atom.fHash);
+  for (unsigned way = 0; way < kWays; ++way) {
+    if (set.fAtoms[way].load(kRelaxed) != &atom) continue;
+    auto credits = static_cast<std::uint16_t>(set.fCredits[way].load(kRelaxed) + 1);
+    if (credits > kMost) {
+      gAtoms.Release(atom, kBatch);
+      credits = static_cast<std::uint16_t>(credits - kBatch);
+    }
+    set.fCredits[way].store(credits, kRelaxed);
+    return true;
+  }
+  return false;
+}
+
+// Nothing is cached while the host checks for uses of dead atoms, or leaves them to a sanitizer:
+// a cached atom does not die.
+void AtomCredits::Missed(KAPStringAtom& atom, const TextKey& key) noexcept {
+  if (key.fLength > kLongestText || HasGateBits(kGateClosed | kGateChecking | kGatePlain)) return;
+  if (!tCredits && !NewCache()) return;
+  Set& set = tCredits->SetOf(key.fHash);
+  if (set.fMissed != key.fHash) {
+    set.fMissed = key.fHash;
+    return;
+  }
+  atom.fIsCached.store(true, kRelaxed);
+  gAtoms.AddRefs(atom, kBatch);
+  const unsigned way = set.fNext++ % kWays;
+  KAPStringAtom* const replaced = set.fAtoms[way].load(kRelaxed);
+  const long credits = set.fCredits[way].load(kRelaxed);
+  set.fAtoms[way].store(&atom, kRelaxed);
+  set.fHashes[way] = key.fHash;
+  set.fCredits[way].store(kBatch, kRelaxed);
+  if (replaced) gAtoms.Release(*replaced, credits);
+}
+
+std::unordered_map<const KAPStringAtom*, long> AtomCredits::All() {
+  std::unordered_map<const KAPStringAtom*, long> all;
+  const std::lock_guard lock(gMutex);
+  gCaches.ForEach([&](const AtomCredits& cache) {
+    for (const Set& set : cache.fSets) {
+      for (unsigned way = 0; way < kWays; ++way) {
+        const KAPStringAtom* const atom = set.fAtoms[way].load(kRelaxed);
+        if (atom) all[atom] += set.fCredits[way].load(kRelaxed);
+      }
+    }
+  });
+  return all;
+}
+
+void AtomCredits::ReleaseOwn() noexcept {
+  for (Set& set : fSets) {
+    for (unsigned way = 0; way < kWays; ++way) {
+      KAPStringAtom* const atom = set.fAtoms[way].exchange(nullptr, kRelaxed);
+      if (atom) gAtoms.Release(*atom, set.fCredits[way].load(kRelaxed));
+    }
+  }
+}
+
+void AtomCredits::ReleaseAll() noexcept {
+  const std::lock_guard lock(gMutex);
+  gCaches.ForEach([](AtomCredits& cache) { cache.ReleaseOwn(); });
+}
+
+void AtomCredits::End(void* ended) noexcept {
+  const std::unique_ptr<AtomCredits> cache(static_cast<AtomCredits*>(ended));
+  tCredits = nullptr;
+  {
+    const std::lock_guard lock(gMutex);
+    gCaches.Remove(*cache);
+  }
+  cache->ReleaseOwn();
+}
+
+AtomCredits* AtomCredits::NewCache() noexcept {
+  std::unique_ptr<AtomCredits> cache(new (std::nothrow) AtomCredits);
+  if (!cache || !CallAtThreadEnd<&End>(cache.get())) return nullptr;
+  const std::lock_guard lock(gMutex);
+  gCaches.Append(*cache);
+  return tCredits = cache.release();
+}
+
+}  // namespace KAPHost

@@ -1,0 +1,145 @@
+#include <sys/mman.h>
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "TestHost.h"
+#include "Threads.h"
+
+// Pages of small blocks: who frees a block, and when, must not matter.
+
+namespace {
+
+class HeapTest : public ::testing::Test {
+ protected:
+  static constexpr std::uintptr_t kPageSize = 65536;
+  using Blocks = std::vector<unsigned char*>;
+
+  // Blocks of several sizes, each filled with a byte of its own.
+  Blocks Make(std::size_t count) {
+    Blocks blocks(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      blocks[i] = static_cast<unsigned char*>(fAlloc(Size(i)));
+      std::memset(blocks[i], static_cast<int>(i % 251), Size(i));
+    }
+    return blocks;
+  }
+  // Expects that no block was made twice at a time.
+  void Free(const Blocks& blocks) {
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+      ASSERT_EQ(blocks[i][0], i % 251);
+      ASSERT_EQ(blocks[i][Size(i) - 1], i % 251);
+      fFree(blocks[i]);
+    }
+  }
+  static std::set<std::uintptr_t> PagesOf(const Blocks& blocks) {
+    std::set<std::uintptr_t> pages;
+    for (auto* block : blocks) pages.insert(reinterpret_cast<std::uintptr_t>(block) / kPageSize);
+    return pages;
+  }
+  static std::size_t Size(std::size_t i) { return std::array{16ul, 40ul, 48ul, 200ul}[i % 4]; }
+
+  TestHost fHost{false, KAPHost::HostMemory::kPages};
+  void* (*fAlloc)(std::size_t) = fHost.Proc<KAP_T_MT::KAPMemoryInterface, "Alloc">();
+  void (*fFree)(void*) = fHost.Proc<KAP_T_MT::KAPMemoryInterface, "Free">();
+};
+
+// Whatever thread frees the blocks, they are used again: the pages stay few over many cycles.
+TEST_F(HeapTest, BlocksAreUsedAgain) {
+  const auto onThread = [](const std::function<void()>& body) { std::thread(body).join(); };
+  const struct {
+    const char* fWhy;
+    std::function<void(std::set<std::uintptr_t>& pages)> fCycle;
+  } rows[] = {
+      {"the same thread",
+       [&](auto& pages) {
+         const Blocks blocks = Make(4000);
+         pages.merge(PagesOf(blocks));
+         Free(blocks);
+       }},
+      {"another thread, while the owner lives",
+       [&](auto& pages) {
+         const Blocks blocks = Make(4000);
+         pages.merge(PagesOf(blocks));
+         onThread([&] { Free(blocks); });
+       }},
+      {"another thread, after the owner ended",
+       [&](auto& pages) {
+         Blocks blocks;
+         onThread([&] { blocks = Make(4000); });
+         pages.merge(PagesOf(blocks));
+         Free(blocks);
+       }},
+      {"a thread without blocks of its own, after the owner ended",
+       [&](auto& pages) {
+         Blocks blocks;
+         onThread([&] { blocks = Make(4000); });
+         pages.merge(PagesOf(blocks));
+         onThread([&] { Free(blocks); });
+       }},
+      {"nobody, for half of the blocks: the next thread goes on with the pages",
+       [&](auto& pages) {
+         Blocks kept;
+         onThread([&] {
+           Blocks blocks = Make(4000);
+           pages.merge(PagesOf(blocks));
+           for (std::size_t i = 0; i < blocks.size(); ++i) {
+             i % 8 < 4 ? fFree(blocks[i]) : kept.push_back(blocks[i]);
+           }
+         });
+         onThread([&] {
+           const Blocks blocks = Make(2000);
+           pages.merge(PagesOf(blocks));
+           Free(blocks);
+         });
+         for (auto* block : kept) fFree(block);
+       }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.fWhy);
+    std::set<std::uintptr_t> pages;
+    for (int cycle = 0; cycle < 100; ++cycle) row.fCycle(pages);
+    // A cycle needs 8, and a thread keeps up to 256 empty ones; without reuse it would be 800.
+    EXPECT_LT(pages.size(), 300u);
+  }
+}
+
+// Each thread frees what the others make, while threads end and start.
+TEST_F(HeapTest, ThreadsFreeEachOthersBlocks) {
+  std::array<std::atomic<Blocks*>, 16> places{};
+  for (int generation = 0; generation < 4; ++generation) {
+    RunOnThreads([&](int thread) {
+      for (std::size_t round = 0; round < 200; ++round) {
+        const std::size_t place = (round * 7 + static_cast<std::size_t>(thread)) % places.size();
+        const std::unique_ptr<Blocks> others(places[place].exchange(new Blocks(Make(60))));
+        if (others) Free(*others);
+      }
+    });
+  }
+  for (auto& place : places) {
+    const std::unique_ptr<Blocks> blocks(place.exchange(nullptr));
+    if (blocks) Free(*blocks);
+  }
+}
+
+// 96 MB are freed; a thread and the pool keep 16 MiB each.
+TEST_F(HeapTest, EmptyPagesAreGivenBack) {
+  const Blocks blocks = Make(1'250'000);
+  const std::set<std::uintptr_t> pages = PagesOf(blocks);
+  Free(blocks);
+  std::size_t resident = 0;
+  for (const std::uintptr_t page : pages) {
+    unsigned char state[kPageSize / 4096] = {};
+    ASSERT_EQ(mincore(reinterpret_cast<void*>(page * kPageSize), kPageSize, state), 0);
+    for (const unsigned char present : state) resident += 4096 * (present & 1);
+  }
+  EXPECT_GT(pages.size() * kPageSize, 90u << 20);
+  EXPECT_LT(resident, 34u << 20);
+}
+
+}  // namespace

@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: MIT
+#include "commands/verdicts/Explainer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <tuple>
+
+#include "base/DecimalText.h"
+#include "base/Printable.h"
+#include "base/Utf.h"
+
+namespace PosUtil {
+
+namespace {
+
+using namespace KAP_T_MT;
+using Messages = std::span<const ParsedMessage>;
+
+constexpr std::size_t kLongestFound = 60;
+constexpr std::string_view kMissing = "Missing required member ";
+constexpr std::string_view kUnknown = "Unknown member ";
+constexpr std::string_view kNotEnumerated = "not one of the enumerated values";
+constexpr std::string_view kIntrinsics[] = {"any",       "bool",          "int",           "real",
+                                            "string",    "unicodestring", "bindata",       "rawptr",
+                                            "kapobjref", "qnbaseobjref",  "kaperrorobjref"};
+
+// The attribute of a type that a message is about; the first text that fits.
+constexpr struct {
+  std::string_view fStart;
+  std::string_view fEnd;
+  const char* fAttribute;
+} kAttributes[] = {
+    {"Number below", "(exclusive)", "minexcl"},
+    {"Number below", "", "min"},
+    {"Number above", "(exclusive)", "maxexcl"},
+    {"Number above", "", "max"},
+    {"String length below", "", "minlen"},
+    {"String length above", "", "maxlen"},
+    {"Unicode String length below", "", "minlen"},
+    {"Unicode String length above", "", "maxlen"},
+    {"Array length below", "", "minlen"},
+    {"Array length above", "", "maxlen"},
+    {"String contains illegal", "", "illegalchars"},
+    {"", kNotEnumerated, "oneof"},
+    {"Heterogenous array", "", "membertype"},
+};
+
+const char* AttributeOf(std::string_view text) {
+  for (const auto& [start, end, attribute] : kAttributes) {
+    if (text.starts_with(start) && text.ends_with(end)) return attribute;
+  }
+  return "category";
+}
+
+bool IsIntrinsic(std::string_view type) {
+  return std::find(std::begin(kIntrinsics), std::end(kIntrinsics), type) != std::end(kIntrinsics);
+}
+
+bool IsOfAnotherKind(std::string_view text) {
+  return text.ends_with("object expected") || text.ends_with("was of invalid type");
+}
+
+using Key = PathStep;
+using Index = PathStep;
+
+// The messages from the first on that have the same step at `depth`, or the first one if it has
+// none there.
+Messages FirstGroup(Messages messages, std::size_t depth) {
+  const auto& first = messages.front().fSteps;
+  std::size_t count = 1;
+  while (depth < first.size() && count < messages.size() && depth < messages[count].fSteps.size() &&
+         IsSameStep(messages[count].fSteps[depth], first[depth])) {
+    ++count;
+  }
+  return messages.first(count);
+}
+
+std::vector<Messages> Groups(Messages messages, std::size_t depth) {
+  std::vector<Messages> groups;
+  while (!messages.empty()) {
+    groups.push_back(FirstGroup(messages, depth));
+    messages = messages.subspan(groups.back().size());
+  }
+  return groups;
+}
+
+bool IsUnion(Messages messages, std::size_t depth) {
+  return std::all_of(messages.begin(), messages.end(), [depth](const ParsedMessage& message) {
+    return depth + 1 < message.fSteps.size() && message.fSteps[depth].fKind == MessageStep::kUnion;
+  });
+}
+
+std::string Shown(const CPOSObject& value) {
+  if (const CPOSNumber number(value, true); number) {
+    return std::string(DecimalText(number.Get()).View());
+  }
+  if (const CPOSString string(value, true); string) {
+    const std::string_view text = string.Get();
+    const std::size_t length = Utf8Boundary(text, std::min(text.size(), kLongestFound));
+    std::string shown = "\"";
+    AppendPrintable(shown, text.substr(0, length), Quotes::kEscaped);
+    return shown + (length < text.size() ? "\"..." : "\"");
+  }
+  if (const CPOSArray array(value, true); array) {
+    return "an array of " + std::to_string(array.Count());
+  }
+  if (CPOSDict(value, true)) return "a dictionary";
+  if (CPOSUnicodeString(value, true)) return "a Unicode string";
+  if (CPOSBinData(value, true)) return "binary data";
+  return value.IsNull() ? "an empty slot" : "";
+}
+
+// Follows the steps of a message through the object and the schema.
+class Walk {
+ public:
+  Walk(const CheckedDocument& checked, const ParsedMessage& message)
+      : Walk(checked, message, message.fSteps.size()) {
+    Finish(message.fRest);
+  }
+  // Only the first `depth` steps.
+  Walk(const CheckedDocument& checked, const ParsedMessage& message, std::size_t depth)
+      : fSchema(checked.fSchema), fObject(checked.fObject), fType(checked.fType) {
+    for (const MessageStep& step : std::span(message.fSteps).first(depth)) Follow(step);
+  }
+
+  CPOSDict fSchema;
+  CPOSObject fObject;
+  std::string fType;
+  ValuePath fPath;
+  ValuePath fRule;
+  Positions::Part fPart = Positions::kValue;
+  bool fShowsValue = true;
+
+ private:
+  void Follow(const MessageStep& step) {
+    const CPOSDict dict(fObject, true);
+    switch (step.fKind) {
+      case MessageStep::kIndex: {
+        fObject = CPOSArray(fObject, true).GetAt(step.fIndex, true);
+        fPath.push_back(Index(step.fIndex));
+        return FollowType("membertype", step.fIndex);
+      }
+      case MessageStep::kKey:
+        fObject = CPOSString(step.fName.c_str());
+        fPart = Positions::kKey;
+        fPath.push_back(Key(step.fName));
+        return Enter(step.fType, {Key(fType), Key("keytype")});
+      case MessageStep::kValue:
+      case MessageStep::kRequired:
+      case MessageStep::kOptional:
+        fObject = dict.Get(step.fName.c_str(), true);
+        fPath.push_back(Key(step.fName));
+        if (step.fKind == MessageStep::kValue) {
+          return Enter(step.fType, {Key(fType), Key("valuetype")});
+        }
+        return Enter(
+            step.fType,
+            {Key(fType), Key(step.fKind == MessageStep::kRequired ? "required" : "optional"),
+             Key(step.fName)});
+      case MessageStep::kUnion:
+        return;
+      case MessageStep::kAlternative:
+      case MessageStep::kIntersection:
+        return EnterListed(step.fType);
+    }
+  }
+
+  CPOSDict Definition() const {
+    return fSchema.IsNull() ? CPOSDict() : fSchema.GetDict(fType.c_str(), true);
+  }
+
+  void Enter(const std::string& type, ValuePath rule) {
+    fType = type;
+    fRule = std::move(rule);
+  }
+
+  void FollowType(const char* attribute, std::size_t index) {
+    const CPOSDict definition = Definition();
+    if (definition.IsNull()) return Enter("", {});
+    ValuePath rule = {Key(fType), Key(attribute)};
+    CPOSObject named = definition.Get(attribute, true);
+    if (const CPOSArray list(named, true); list) {
+      named = list.GetAt(index, true);
+      rule.push_back(Index(index));
+    }
+    const CPOSString type(named, true);
+    Enter(type.IsNull() ? "" : type.Get(), std::move(rule));
+  }
+
+  void EnterListed(const std::string& type) {
+    ValuePath rule = {Key(fType), Key("set")};
+    const CPOSDict definition = Definition();
+    const CPOSArray set = definition.IsNull() ? CPOSArray() : definition.GetArray("set", true);
+    for (unsigned i = 0; !set.IsNull() && i < set.Count(); ++i) {
+      const CPOSString each(set.GetAt(i, true), true);
+      if (each.IsNull() || each.Get() != type) continue;
+      rule.push_back(Index(i));
+      break;
+    }
+    Enter(type, std::move(rule));
+  }
+
+  void Finish(std::string_view text) {
+    const bool isMissing = text.starts_with(kMissing);
+    const bool isUnknown = text.starts_with(kUnknown);
+    fShowsValue = !isMissing && !isUnknown;
+    if (isUnknown) {
+      fPath.push_back(Key(std::string(text.substr(kUnknown.size()))));
+      fPart = Positions::kKey;
+    }
+    // A type that is not in the schema is known by its name: the rule is where that stands.
+    if (IsIntrinsic(fType) || Definition().IsNull()) return;
+    fRule = {Key(fType)};
+    if (isMissing) {
+      fRule.push_back(Key("required"));
+      fRule.push_back(Key(std::string(text.substr(kMissing.size()))));
+    } else if (!isUnknown) {
+      fRule.push_back(Key(AttributeOf(text)));
+    }
+  }
+};
+
+// The category that a kind of definition has in the schema of schemas: "HomoArrayDefn" has "array".
+std::string CategoryOf(std::string_view type) {
+  for (const std::string_view start : {"Homo", "Hetero"}) {
+    if (type.starts_with(start)) type.remove_prefix(start.size());
+  }
+  std::string category(type.substr(0, type.rfind("Defn")));
+  std::transform(category.begin(), category.end(), category.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+  return category;
+}
+
+bool IsListed(const CPOSArray& list, std::string_view text) {
+  for (unsigned i = 0; i < list.Count(); ++i) {
+    const CPOSString each(list.GetAt(i, true), true);
+    if (!each.IsNull() && each.Get() == text) return true;
+  }
+  return false;
+}
+
+// How many members of the object have a value that an enumeration of the type excludes. Such
+// members tell the alternatives of a union apart.
+std::size_t OtherTags(const CPOSDict& schema, const std::string& type, const CPOSDict& object) {
+  if (object.IsNull()) return 0;
+  if (schema.IsNull()) {
+    const CPOSString category = object.GetString("category", true);
+    return category.IsNull() || category.Get() == CategoryOf(type) ? 0 : 1;
+  }
+  std::size_t count = 0;
+  const CPOSDict definition = schema.GetDict(type.c_str(), true);
+  for (const char* const list : {"required", "optional"}) {
+    const CPOSDict members = definition.IsNull() ? CPOSDict() : definition.GetDict(list, true);
+    if (members.IsNull()) continue;
+    for (CPOSDictIterator i(members); !i.IsDone(); i.Next()) {
+      const CPOSString value = object.GetString(i.CurKey(), true);
+      const CPOSString memberType = members.GetString(i.CurKey(), true);
+      if (value.IsNull() || memberType.IsNull()) continue;
+      const CPOSDict rules = schema.GetDict(memberType.Get(), true);
+      const CPOSArray allowed = rules.IsNull() ? CPOSArray() : rules.GetArray("oneof", true);
+      if (!allowed.IsNull() && !IsListed(allowed, value.Get())) ++count;
+    }
+  }
+  return count;
+}
+
+// How far an alternative is from the value: whether it is of another kind, how many tags differ,
+// and how much is wrong. A missing member hides what is wrong in the others, so it weighs more.
+using Distance = std::tuple<bool, std::size_t, std::size_t>;
+
+Distance DistanceOf(const CheckedDocument& checked, Messages messages, std::size_t depth) {
+  if (IsUnion(messages, depth)) {
+    Distance least(true, SIZE_MAX, SIZE_MAX);
+    for (const Messages& group : Groups(messages, depth + 1)) {
+      least = std::min(least, DistanceOf(checked, group, depth + 2));
+    }
+    return least;
+  }
+  const Walk walk(checked, messages.front(), depth);
+  bool isOtherKind = false;
+  std::size_t wrong = 0;
+  for (const Messages& group : Groups(messages, depth)) {
+    const ParsedMessage& message = group.front();
+    const bool isOther = IsOfAnotherKind(message.fRest);
+    if (isOther && message.fSteps.size() <= depth) isOtherKind = true;
+    wrong += isOther || message.fRest.starts_with(kMissing) ? 2U : 1U;
+  }
+  return {isOtherKind, OtherTags(checked.fSchema, walk.fType, CPOSDict(walk.fObject, true)), wrong};
+}
+
+}  // namespace
+
+std::vector<VerdictMessage> Explainer::Explain(const std::vector<std::string>& texts) {
+  std::vector<ParsedMessage> messages;
+  messages.reserve(texts.size());
+  for (const std::string& text : texts) messages.push_back(ParseMessage(text, fChecked.fObject));
+  Add(messages, 0, 0);
+  return std::move(fExplained);
+}
+
+void Explainer::Add(Messages messages, std::size_t depth, std::size_t others) {
+  for (const Messages& group : Groups(messages, depth)) {
+    const ParsedMessage& first = group.front();
+    if (depth >= first.fSteps.size() || fBranches == Branches::kAll) {
+      for (const ParsedMessage& message : group) AddMessage(message, others);
+    } else if (IsUnion(group, depth)) {
+      AddClosest(group, depth + 1, others);
+    } else {
+      Add(group, depth + 1, others);
+    }
+  }
+}
+
+void Explainer::AddClosest(Messages messages, std::size_t depth, std::size_t others) {
+  const std::vector<Messages> groups = Groups(messages, depth);
+  std::size_t closest = 0;
+  Distance least(true, SIZE_MAX, SIZE_MAX);
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    const Distance distance = DistanceOf(fChecked, groups[i], depth + 1);
+    if (distance < least) closest = i;
+    least = std::min(least, distance);
+  }
+  Add(groups[closest], depth + 1, others + groups.size() - 1);
+}
+
+void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
+  const Walk walk(fChecked, message);
+  VerdictMessage explained;
+  explained.fText = message.fText;
+  if (walk.fShowsValue) explained.fFound = Shown(walk.fObject);
+  explained.fPath = JsonPointer(walk.fPath);
+  explained.fType = walk.fType;
+  explained.fPlace = fChecked.fPlaces->PlaceOf(walk.fPath, walk.fPart);
+  if (fChecked.fSchemaPlaces && !walk.fRule.empty()) {
+    explained.fRule = fChecked.fSchemaPlaces->PlaceOf(walk.fRule, Positions::kKey);
+  }
+  explained.fOtherAlternatives = others;
+  fExplained.push_back(std::move(explained));
+}
+
+}  // namespace PosUtil

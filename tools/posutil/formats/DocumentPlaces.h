@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "base/SyntaxError.h"
+#include "base/TextPart.h"
+#include "formats/Positions.h"
+
+namespace PosUtil {
+
+// Lines and columns of the values of a document. Scans the text at the first question, so a
+// document without messages costs nothing.
+class DocumentPlaces {
+ public:
+  // The text must outlive this.
+  DocumentPlaces(const Reader& reader, const DocumentText& text) : fReader(reader), fText(text) {}
+
+  TextPlace PlaceOf(const ValuePath& path, Positions::Part part);
+  // The error about a value of the document; `name` is the name of the file.
+  SyntaxError ErrorAt(const std::string& name, const ValuePath& path, const std::string& message);
+
+ private:
+  std::size_t Find(const ValuePath& path, Positions::Part part);
+
+  const Reader& fReader;
+  const DocumentText fText;
+  std::optional<Positions> fPositions;
+  // The last answer: most questions are about a later place.
+  LineCounter fCounter;
+  std::size_t fCounted = 0;
+};
+
+}  // namespace PosUtil
