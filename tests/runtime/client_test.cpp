@@ -230,8 +230,8 @@ const struct {
        NewStream().CreateIndependentlyPositionableStream().Write(kBytes, 1);
        CKAPRewindableStream(Factory::NewClientRewindableStream(KAPNewClient<Stream>()), KAPAdopt())
            .Rewind();
-       CKAPSimpleStream(Factory::NewClientSimpleStream(KAPNewClient<Stream>()), KAPAdopt())
-           .Read(gBuffer, 8);
+       Need(CKAPSimpleStream(Factory::NewClientSimpleStream(KAPNewClient<Stream>()), KAPAdopt())
+                .Read(gBuffer, 8) == 1);
      }},
     {"sinks and filters",
      [] {
