@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""docs_filter.py FILE: a source as Doxygen reads it. The headers are written to be read as they are,
-with plain comments; this makes them Doxygen's. Imported by nothing: scripts/docs.doxygen names it.
+"""docs_filter.py FILE: a source as Doxygen reads it. The headers are written to be read as they
+are, with plain comments; this makes them Doxygen's. Imported by nothing: scripts/docs.doxygen names it.
 
 - A block of // lines above a declaration becomes a block of /// lines, a comment after one ///<.
 - Indented code in a comment becomes a listing; everything else is taken literally. What a contract

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A stream of one's own, and a cache in front of what it costs to read: pages are kept in the host's
-// cache, which may purge those that nobody has locked.
+// A stream of one's own, and a cache in front of it: pages are kept in the host's cache, which may
+// purge those without a lock.
 
 #include <cstdio>
 

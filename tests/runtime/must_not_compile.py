@@ -85,8 +85,9 @@ def judge(why, words, output):
 
 def check_language(compiler, include):
     """A compiler below C++20 gets one #error, and stops at the include that follows it."""
-    done = subprocess.run([compiler, "-std=c++17", "-fsyntax-only", "-I", include, "-x", "c++", "-"],
-                          input='#include "KAP.h"\n', capture_output=True, text=True, check=False)
+    command = [compiler, "-std=c++17", "-fsyntax-only", "-I", include, "-x", "c++", "-"]
+    done = subprocess.run(command, input='#include "KAP.h"\n', capture_output=True, text=True,
+                          check=False)
     errors = [line for line in done.stderr.splitlines() if " error:" in line]
     fatal = [line for line in errors if "fatal error:" in line]
     if len(errors) == 2 and len(fatal) == 1 and "KAPUtils needs C++20" in errors[0]:
