@@ -165,6 +165,8 @@ class TKAPTypedContainer : public Base {
   TKAPTypedContainer(KAPContainer* handle, KAPAdopt adopt) : Base(handle, adopt) {
     Wrapper::CheckMethods(handle);
   }
+  explicit TKAPTypedContainer(TKAPNewHandle<KAPContainer> made)
+      : TKAPTypedContainer(made, KAPAdopt()) {}
 };
 
 }  // namespace KAP_T_MT

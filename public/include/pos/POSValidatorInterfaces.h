@@ -60,6 +60,6 @@ struct POSStructValidatorInterface
           // through: nothing is reported, and the caller, which is C++, may catch what its check
           // throws (as std::exception). [shared read]
           TKAPMethod<"ValidateSchema", "POSStructValidatorValidateSchemaProc",
-                     bool(POSDict* schema, POSMessageProc message)>> {};
+                     bool(POSDict* schema, POSMessageProc message), kKAPThrows>> {};
 
 }  // namespace KAP_T_MT

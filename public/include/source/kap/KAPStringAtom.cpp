@@ -25,6 +25,9 @@ CKAPStringAtom::CKAPStringAtom(const char* text) : CKAPStringAtom() {
   fText = KAPStringClient::Call<"GetCString">(fAtom);
 }
 
+CKAPStringAtom::CKAPStringAtom(std::string_view text)
+    : CKAPStringAtom(KAPTerminatedText(text).Text()) {}
+
 CKAPStringAtom::CKAPStringAtom(KAPStringAtom* atom, bool adopt) : CKAPStringAtom() {
   if (!atom) return;
   if (!adopt) KAPStringClient::Call<"AddRef">(atom);

@@ -35,6 +35,13 @@ void CPOSDict::Put(const CKAPStringAtom& key, const CPOSObject& object) {
   Call<"Put">(Handle(), key.Handle(), object.Handle());
 }
 
+void CPOSDict::PutOrThrow(const CKAPStringAtom& key, const CPOSObject& object) {
+  Put(key, object);
+  if (object.IsNull() || Get(key, true).Handle() != object.Handle()) {
+    throw POSException("CPOSDict::Put failed");
+  }
+}
+
 void CPOSDict::Remove(const CKAPStringAtom& key) { Call<"Remove">(Handle(), key.Handle()); }
 
 unsigned int CPOSDict::NumKeys() const {

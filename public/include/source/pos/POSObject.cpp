@@ -28,6 +28,11 @@ bool CPOSObject::IsEqual(const CPOSObject& other) const {
   return fTerm.Method<"IsEqual">(Handle())(Handle(), other.Handle());
 }
 
+CKAPStringAtom POSAtomOf(const char* text) {
+  if (!text) throw POSException("a key, path or type name is null");
+  return CKAPStringAtom(text);
+}
+
 int CPOSObject::GetType() const { return fTerm.Method<"GetType">(Handle())(Handle()); }
 
 }  // namespace KAP_T_MT
