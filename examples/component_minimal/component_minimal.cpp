@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A component, "Totals": adds the numbers of an array. Any component may have created the array.
 
 #include "KAP.h"

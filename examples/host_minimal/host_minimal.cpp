@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A host: loads the library, binds itself, parses a text and prints two of its values.
 
 #include <cstdio>

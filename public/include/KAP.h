@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The client runtime of the binder: everything a component needs to bind itself to a host, to use

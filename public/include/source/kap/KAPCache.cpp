@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPCache.h"
 
 #include "kap/KAPError.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPMethodTable.h"
 
 #include <mutex>

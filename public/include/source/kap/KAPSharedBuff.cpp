@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPSharedBuff.h"
 
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pos/POSArray.h"
 
 namespace KAP_T_MT {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pos/POSObject.h"
 
 namespace KAP_T_MT {
