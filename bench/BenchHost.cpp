@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BenchHost.h"
 
 #include <condition_variable>

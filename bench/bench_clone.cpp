@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Cloning a document of n values, including its release, and comparing two equal documents.
 
 #include <boost/json.hpp>

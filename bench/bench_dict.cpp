@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Look-ups in a dictionary, and insertions.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A value four levels down, by its path. The path is a text or an atom, without preparation.
 
 #include <rapidjson/document.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Creating and releasing scalars of each kind; appending to an array.
 
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Writing documents to a stream and reading them, including the release of the objects.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A temporary-file stream and a FILE of the C library: a mebibyte in calls of one size.
 
 #include <cstdio>

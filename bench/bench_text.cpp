@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Parsing text notation, including the release of the objects; parsing a single number.
 
 #include <charconv>

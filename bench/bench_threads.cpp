@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Parsing text notation, including the release of the objects, on 1, 2 and all cores at once: each
 // thread has documents of its own. Reading one document on all threads.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Checks of objects against schemas. All libraries check the same logical documents against
 // equivalent schemas, and find them valid.
 

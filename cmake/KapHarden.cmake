@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # KAP_HARDEN: builds everything with the hardening that Debian gives its packages: checked C library
 # calls, guarded stacks, control-flow marks, addresses resolved at load time and then read-only,
 # programs at random addresses. On in release builds; the sanitizers bring their own.

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # KAP_SANITIZE: the sanitizers of the whole build, "address;undefined" or "thread".
 # kap_sanitizer_environment: the environment of the programs of such a build, as NAME=VALUE.
 set(KAP_SANITIZE "" CACHE STRING "Sanitizers, as a list: address;undefined or thread")

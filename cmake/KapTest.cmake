@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # kap_add_test(NAME <name> SOURCES <file>... [LIBS <target>...] [THREADS] [OWN_MAIN] [NO_LIBRARY])
 # One test program, registered with ctest under its name.
 #   THREADS     the test starts threads: it also runs under ThreadSanitizer (ctest label and build

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # The warnings for every target of this project. They are options of the folder, because what is
 # linked to a target would have to be installed with it.
 option(KAP_WERROR "Warnings are errors" ${PROJECT_IS_TOP_LEVEL})

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Documents in all formats of posutil: what is read and written in another format can be read
 // again, is equal, and is written the same again. A format may reject a document.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Harness.h"
 
 // Deep paths into a dictionary: no reports, and the same value with and without the leading dot.

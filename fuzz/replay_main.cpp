@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Runs a fuzz target on all files in the given folders, for builds without libFuzzer.
 
 #include <cstdint>

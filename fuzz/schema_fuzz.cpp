@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Schemas in text notation: every check ends, and a second one has the same outcome. The input is a
 // schema, a zero byte and an object.
 

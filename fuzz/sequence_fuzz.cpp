@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Random sequences of registered procedures on a few live handles. A simple model says what each
 // call must do. At some calls the host fails one of its own: then the call does everything, or
 // reports a failure and does nothing.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Harness.h"
 
 // Text notation: an error has a position; a parsed object can be cloned, and round-trips through a

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # shellcheck shell=bash
 # Sourced by the other scripts: changes to the root of the sources and defines what they share.
 set -euo pipefail

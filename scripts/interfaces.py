@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Reads the interface declarations of the public headers: every TKAPInterface with its methods, as
 text. Imported by check_contracts and make_reference.
 """

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "KAPUtilsVers.h"
 
 #include "KAPUtilsStamps.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The stamps of this build, which `strings` finds in the library file. Each function returns a

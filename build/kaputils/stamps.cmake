@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Writes KAPUtilsStamps.h. Every build runs it, so that the stamps follow the commit. The stamps
 # depend on the sources alone: the same commit makes the same library. The file changes only when a
 # stamp does.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A component, "Totals": adds the numbers of an array. Any component may have created the array.
 
 #include "KAP.h"
@@ -13,9 +15,9 @@ struct ExitHook {
 
 static double TotalsSumProc(POSArray* numbers) noexcept {
   return KAPReportingError([=] {
-    const CPOSArray array(CPOSObject(numbers), false);
+    const CPOSArray array{CPOSObject(numbers)};
     double sum = 0;
-    for (unsigned i = 0; i < array.Count(); ++i) sum += CPOSNumber(array[i], false).Get();
+    for (unsigned i = 0; i < array.Count(); ++i) sum += CPOSNumber(array[i]).Get();
     return sum;
   });
 }

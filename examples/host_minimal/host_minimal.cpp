@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A host: loads the library, binds itself, parses a text and prints two of its values.
 
 #include <cstdio>
@@ -14,8 +16,8 @@ int main(int argc, char** argv) {
   const KAPClient client(host.GetProcAddress());
 
   const char* text = "< name (Ada Lovelace) born [10 December 1815] >";
-  const CPOSDict person(CPOSObject::CreateFromText(text, nullptr), false);
-  std::printf("%s was born in %.0f.\n", person.GetString("name", false).Get(),
-              person.DeepGetNumber("born[2]", false).Get());
+  const CPOSDict person(CPOSObject::CreateFromText(text, nullptr));
+  std::printf("%s was born in %.0f.\n", person.GetString("name").Get(),
+              person.DeepGetNumber("born[2]").Get());
   return 0;
 }

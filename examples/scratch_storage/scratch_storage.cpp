@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Scratch storage: writes a table to a temporary file, then reads it at two positions. The last
 // reference to the stream deletes the file.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A host with two components: the library makes arrays, Totals adds their numbers. Neither depends
 // on the other.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Directories and temporary files. Start reading with dir/KAPUtilsDirClient.h;

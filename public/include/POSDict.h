@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Property objects for clients: values that components exchange through the binder. Begin with

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bounded replacements for the string and formatting functions of the standard library.
 //
 //   char name[32];

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The checks of the sources reject what they must: each case is a small tree with one fault."""
 import pathlib
 import subprocess

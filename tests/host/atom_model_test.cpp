@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <barrier>
 #include <map>
 #include <memory>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The host without memory: whichever allocation of a procedure fails, the call fails or does
 // without it, and nothing is lost.
 

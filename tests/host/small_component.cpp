@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPHostInterfaces.h"
 
 // A component that registers three procedures and keeps one atom.

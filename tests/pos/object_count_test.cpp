@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/base/ObjectCount.h"
 
 #include <gtest/gtest.h>

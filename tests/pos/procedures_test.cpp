@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Procedures.h"
 
 // Sweeps over every registered procedure.

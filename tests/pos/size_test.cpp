@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Texts, strings and documents beyond 2 and 4 GiB. They need little memory, but a minute, so that
 // they run only with KAP_LONG.
 

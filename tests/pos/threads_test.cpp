@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Threads.h"
 #include "POSStreamer.h"
 #include "World.h"

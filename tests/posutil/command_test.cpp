@@ -135,7 +135,7 @@ TEST(LibraryTest, CanBeGivenAndMissing) {
   const Outcome alone =
       RunPosutil({"version"}, "", {.fPrefix = {"sh", "-c", "exec " + copy + " \"$@\""}});
   EXPECT_EQ(alone.fStatus, 3);
-  EXPECT_TRUE(alone.fErr.starts_with("posutil: libKAPUtils.so is neither in ")) << alone.fErr;
+  EXPECT_TRUE(alone.fErr.starts_with("posutil: libKAPUtils.so is in none of ")) << alone.fErr;
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The parts of posutil inside the test: every command with every call of the host failing in turn,
 // which prints the right answer or says that it failed, and objects that no document holds.
 

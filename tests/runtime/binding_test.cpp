@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RuntimeTest.h"
 
 namespace {
@@ -70,7 +71,7 @@ TEST(BindingTest, RegistrationStopsAtTheFirstFailure) {
   TestHost host;
   ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
   host.FailRegistration(EchoInterface::kName, "Second");
-  const EchoInterface::Proc<"First"> proc = [] { return 1; };
+  int (*const proc)() noexcept = []() noexcept { return 1; };
   EXPECT_FALSE(KAPRegisterInterface<EchoInterface>(proc, proc, proc));
   EXPECT_EQ(KAPGetProcAddress(EchoInterface::kName, "First", "EchoFirstProc"),
             reinterpret_cast<void*>(proc));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RuntimeTest.h"
 
 // Containers, and host memory.
@@ -34,6 +35,21 @@ TEST_F(ContainerTest, WrappersHoldOneReferenceEach) {
     EXPECT_EQ(none.Handle(), nullptr);
   }
   EXPECT_EQ(References(), 4);
+}
+
+// What a maker returns is adopted, by whichever owner takes it; a plain handle gets a reference.
+TEST_F(ContainerTest, WaysToTakeAHandle) {
+  const BalancedScope balanced(fHost);
+  const auto make = [] {
+    return CKAPContainer::NewFullContainer(nullptr, CKAPStringAtom("Made"),
+                                           CKAPStringAtom(EchoInterface::kName), nullptr);
+  };
+  const KAPContainerBaseGeneric base(make());
+  const CKAPContainerHolder holder(make()), adopted(make(), KAPAdopt()), older(make(), true);
+  const CKAPContainerHolder added(base.Handle()), none(static_cast<KAPContainer*>(nullptr));
+  EXPECT_EQ(*fHost.Containers<"DebugGetRefCountAddr">(base.Handle()), 2);
+  EXPECT_EQ(*fHost.Containers<"DebugGetRefCountAddr">(holder.Handle()), 1);
+  EXPECT_NE(CKAPContainerHolder::New().Handle(), nullptr);
 }
 
 // A reference that the host fails is neither kept nor released.
@@ -88,6 +104,8 @@ TEST_F(ContainerTest, Instances) {
     EXPECT_EQ(CKAPContainer::BCGetInstance(fContainer, row.name), row.instance);
     EXPECT_EQ(CKAPContainer::GetInstance(fContainer, row.name), row.instance);
   }
+  EXPECT_EQ(Thrown([&] { CKAPContainer::GetInstance(nullptr, primary); }), kInvalidContainer);
+  EXPECT_EQ(CKAPContainer::GetSignature(nullptr), nullptr);
   HostTap::Clear();
   CKAPContainer::GetInstance(fContainer, primary);
   EXPECT_EQ(HostTap::TakeCalls(), Log());  // read from the record

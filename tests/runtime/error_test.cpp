@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <functional>
 #include <stdexcept>
 
@@ -38,6 +39,29 @@ TEST_F(ErrorTest, WhatKeepsNoAtom) {
   const BalancedScope balanced(fHost);
   for (std::size_t i = 0; i < 3; ++i) EXPECT_STREQ(errors[i].what(), texts[i]);
   EXPECT_EQ(CKAPError(nullptr, "c", 0).what(), nullptr);
+}
+
+TEST_F(ErrorTest, Accessors) {
+  int data = 0;
+  const CKAPError error("m", "Comp", 7, &data), empty, unnamed("m", nullptr, 0);
+  const CKAPError shared(error.Handle(), KAPShare()),
+      adopted(CKAPError(error).Detach(), KAPAdopt());
+  for (const CKAPError* same : {&error, &shared, &adopted}) {
+    const BalancedScope balanced(fHost);
+    EXPECT_STREQ(same->Component(), "Comp");
+    EXPECT_EQ(same->Code(), 7);
+    EXPECT_EQ(same->ClientData(), &data);
+  }
+  EXPECT_STREQ(empty.Component(), "");
+  EXPECT_EQ(empty.Code(), 0);
+  EXPECT_EQ(empty.ClientData(), nullptr);
+  EXPECT_EQ(unnamed.Component(), nullptr);
+  fHost.HideInterface(KAPErrorInterface::kName);
+  MoveCounter(fHost);
+  EXPECT_EQ(error.Component(), nullptr);
+  EXPECT_EQ(error.Code(), 0);
+  EXPECT_EQ(error.ClientData(), nullptr);
+  fHost.StopFaults();
 }
 
 TEST_F(ErrorTest, Matches) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RuntimeTest.h"
 
 // Tables of procedures: when they are loaded, and what happens when a procedure is missing.

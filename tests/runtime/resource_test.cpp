@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <cstdio>
 #include <optional>
 
@@ -25,6 +26,8 @@ TEST_F(ResourceTest, SharedBuffers) {
   EXPECT_EQ(buffer.Size(), 3u);
   EXPECT_EQ(copy.Size(), 0u);
   EXPECT_EQ(Thrown([] { TKAPSharedBuffer<long>(~std::size_t{0} / 8 + 1); }), kOverflow);
+  EXPECT_EQ(Thrown([] { TKAPSharedBuffer<char>(-1); }), kOverflow);
+  EXPECT_TRUE(TKAPSharedBuffer<char>(0));  // a buffer of no bytes, not a null handle
 }
 
 TEST_F(ResourceTest, SharedBuffersAfterTheTableWasDropped) {
@@ -49,13 +52,13 @@ TEST_F(ResourceTest, CallersBuffers) {
   { TKAPSharedBuffer<char>(CKAPSharedBuff::NewBuffer(4, data, &Delete), KAPAdopt()); }
   EXPECT_EQ(gDeleted, 1);
   fHost.FailFrom(KAPFault::kBuffer, 1);
-  EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(4, data, &Delete); }), kBadAlloc);
-  EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(4, data); }), kBadAlloc);
-  EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(4, nullptr, &Delete); }), kBadAlloc);
+  EXPECT_EQ(Thrown([&] { (void)CKAPSharedBuff::NewBuffer(4, data, &Delete); }), kBadAlloc);
+  EXPECT_EQ(Thrown([&] { (void)CKAPSharedBuff::NewBuffer(4, data); }), kBadAlloc);
+  EXPECT_EQ(Thrown([&] { (void)CKAPSharedBuff::NewBuffer(4, nullptr, &Delete); }), kBadAlloc);
   EXPECT_EQ(gDeleted, 2);
   fHost.HideInterface(KAPSharedBuffInterface::kName);
   MoveCounter(fHost);
-  EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(4, data, &Delete); }), kMissingProcedure);
+  EXPECT_EQ(Thrown([&] { (void)CKAPSharedBuff::NewBuffer(4, data, &Delete); }), kMissingProcedure);
   EXPECT_EQ(gDeleted, 3);
 }
 
@@ -70,7 +73,8 @@ TEST_F(ResourceTest, BufferArgumentsReachTheHost) {
       });
   MoveCounter(fHost);
   const KAPGrowProc grow = [](void* data, std::size_t, void*) { return data; };
-  EXPECT_EQ(Thrown([&] { CKAPSharedBuff::NewBuffer(9, this, &Delete, grow, &fHost); }), kBadAlloc);
+  EXPECT_EQ(Thrown([&] { (void)CKAPSharedBuff::NewBuffer(9, this, &Delete, grow, &fHost); }),
+            kBadAlloc);
   EXPECT_EQ(arguments, (std::vector<const void*>{reinterpret_cast<void*>(9), this,
                                                  reinterpret_cast<void*>(&Delete),
                                                  reinterpret_cast<void*>(grow), &fHost}));
@@ -116,6 +120,58 @@ TEST_F(ResourceTest, Streams) {
   EXPECT_EQ(Thrown([] { CKAPPositionableStream(); }), kInvalidContainer);
 }
 
+// Each class makes a stream from a client object, and adopts what a maker returns.
+TEST_F(ResourceTest, NewStreams) {
+  const unsigned char source[] = {1, 2, 3};
+  unsigned char bytes[4] = {};
+  EXPECT_EQ(CKAPPositionableStream::New().Mark(), 0);
+  EXPECT_EQ(CKAPPositionableStream::New(source, 3).Read(bytes, 4), 3u);
+  EXPECT_EQ(CKAPSimpleStream(CKAPStreamFactory::NewPositionableMemoryStream()).Read(bytes, 4), 0u);
+  struct Ones : KAPClientPositionableStream {
+    std::size_t Read(unsigned char* buffer, std::size_t) override { return *buffer = 1; }
+    void Write(const unsigned char*, std::size_t) override {}
+    void Seek(long, int) override {}
+    long Mark() override { return 0; }
+  };
+  EXPECT_EQ(CKAPSimpleStream(KAPNewClient<Ones>()).Read(bytes, 4), 1u);
+  EXPECT_EQ(CKAPRewindableStream(KAPNewClient<Ones>()).Read(bytes, 4), 1u);
+  EXPECT_EQ(CKAPPositionableStream(KAPNewClient<Ones>()).Read(bytes, 4), 1u);
+  EXPECT_EQ(Thrown([] { CKAPPositionableStream{TKAPClientObject<Ones>()}; }), kUnknown);
+  EXPECT_TRUE(CKAPFilter().IsNull() && CKAPFilterJPEG().IsNull());
+  fHost.HideInterface(KAPStreamFactoryInterface::kName);
+  MoveCounter(fHost);
+  EXPECT_EQ(Thrown([] { CKAPSimpleStream{KAPNewClient<Ones>()}; }), kInvalidContainer);
+}
+
+TEST_F(ResourceTest, CachesStepByStep) {
+  const CKAPCacheID first = CKAPCacheID::New(), second(CKAPCache::NewCacheID());
+  ASSERT_TRUE(CKAPCache::Add(first, this, 1, &Delete));
+  ASSERT_TRUE(CKAPCache::Add(second, this, 1, &Delete));
+  const unsigned long before = CKAPCache::GetCacheTime();
+  EXPECT_TRUE(CKAPCache::Attach(first));  // used last, so purged last
+  EXPECT_GT(CKAPCache::GetCacheTime(), before);
+  {
+    CKAPCachePurge purge = CKAPCachePurge::New();
+    EXPECT_TRUE(purge.PurgeNextBlock());
+    EXPECT_EQ(gDeleted, 1);
+    EXPECT_FALSE(CKAPCache::Attach(second));
+    CKAPCachePurge moved(std::move(purge));
+    EXPECT_TRUE(moved.PurgeNextBlock());
+    EXPECT_FALSE(moved.PurgeNextBlock() || purge.PurgeNextBlock());
+  }
+  CKAPCacheSet set = CKAPCacheSet::New(), same(set), none;
+  EXPECT_FALSE(set.SearchForID(first));  // added
+  EXPECT_TRUE(same.SearchForID(first));
+  set.RemoveID(first);
+  EXPECT_FALSE(same.SearchForID(first));
+  set.RemoveIDs();
+  EXPECT_FALSE(same.SearchForID(first) || none.SearchForID(first));
+  fHost.FailFrom(KAPFault::kCache, 1);
+  EXPECT_EQ(Thrown([] { (void)CKAPCachePurge::New(); }), kBadAlloc);
+  EXPECT_EQ(Thrown([] { (void)CKAPCacheSet::New(); }), kBadAlloc);
+  EXPECT_EQ(Thrown([] { (void)CKAPCacheID::New(); }), "couldn't create cacheID||0");
+}
+
 TEST_F(ResourceTest, LockedItemsStay) {
   CKAPCacheID id;
   ASSERT_TRUE(CKAPCache::Add(id, this, 10, &Delete));
@@ -145,22 +201,21 @@ TEST_F(ResourceTest, LockedItemsStay) {
 constexpr char kFirst[] = "first", kSecond[] = "second store";
 
 template <const auto& Text>
-KAPError* GetBlock(KAPDataBlock* out, KAPDataStore*, std::size_t offset) {
+KAPError* GetBlock(KAPDataBlock* out, KAPDataStore*, std::size_t offset) noexcept {
   *out = CKAPDataBlockPtr(&Text[offset], sizeof Text - 1 - offset, nullptr, &Delete).Detach();
   // With an error the block counts as not lent.
   return offset < sizeof Text - 1 ? nullptr : CKAPError(kMemErrorID).Detach();
 }
 
 template <const auto& Text>
-KAPError* GetSize(std::size_t* out, KAPDataStore*) {
+KAPError* GetSize(std::size_t* out, KAPDataStore*) noexcept {
   *out = sizeof Text - 1;
   return nullptr;
 }
 
 template <class Interface, class... Procs>
 void RegisterAs(const char* interfaceName, Procs... procs) {
-  const auto entries = Interface::Registration(procs...);
-  EXPECT_EQ(KAPRegisterProcTable(entries.data(), entries.size(), interfaceName), 1);
+  EXPECT_TRUE(KAPRegisterMethods<Interface>(interfaceName, procs...));
 }
 
 KAPContainer* NewContainer(const char* instanceName, const char* interfaceName) {
@@ -193,12 +248,12 @@ int gNextBlock;
 
 TEST_F(ResourceTest, DataBlockStreams) {
   using Stream = KAPDataBlockStreamInterface;
-  const Stream::Proc<"GetNextBlock"> getNextBlock = [](KAPDataBlock* out, KAPContainer*) {
+  const auto getNextBlock = [](KAPDataBlock* out, KAPContainer*) noexcept {
     if (gNextBlock == 2) return CKAPError("read twice", "c", 1).Detach();
     *out = CKAPDataBlockPtr(&"ab"[gNextBlock++], 1, nullptr, &Delete).Detach();
     return static_cast<KAPError*>(nullptr);
   };
-  const Stream::Proc<"Rewind"> rewind = [](KAPContainer*) {
+  const auto rewind = [](KAPContainer*) noexcept {
     gNextBlock = 0;
     return static_cast<KAPError*>(nullptr);
   };
@@ -215,18 +270,18 @@ TEST_F(ResourceTest, DataBlockStreams) {
 
 // A stream of a component that claims to have read more than there was room for.
 TEST_F(ResourceTest, AStreamThatClaimsTooMuch) {
-  const KAPSimpleStreamInterface::Proc<"Read"> read = [](std::size_t* count, KAPSimpleStream*,
-                                                         unsigned char*, std::size_t size) {
+  const auto read = [](std::size_t* count, KAPSimpleStream*, unsigned char*,
+                       std::size_t size) noexcept {
     *count = size + 1;
     return static_cast<KAPError*>(nullptr);
   };
-  const KAPSimpleStreamInterface::Proc<"Write"> write = [](auto...) {
+  const auto write = [](KAPSimpleStream*, const unsigned char*, std::size_t) noexcept {
     return static_cast<KAPError*>(nullptr);
   };
   RegisterAs<KAPSimpleStreamInterface>("Claiming", read, write);
   CKAPSimpleStream stream(NewContainer("Claiming", "Claiming"), KAPAdopt());
   unsigned char bytes[2];
-  EXPECT_EQ(Thrown([&] { stream.Read(bytes, 2); }),
+  EXPECT_EQ(Thrown([&] { (void)stream.Read(bytes, 2); }),
             "a stream returned more than was asked for|KAP|0");
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <stdexcept>
 
 #include "RuntimeTest.h"
@@ -90,7 +91,7 @@ TEST_F(StaticCacheTest, WithoutTheCacheInterface) {
   fHost.HideInterface(KAPCacheInterface::kName);
   {
     const Cache cache("1");
-    EXPECT_EQ(Thrown([] { KAPClientInit(&HostTap::GetProc); }), kMissingProcedure);
+    EXPECT_EQ(Thrown([] { (void)KAPClientInit(&HostTap::GetProc); }), kMissingProcedure);
     EXPECT_FALSE(CKAPStaticCacheBase::IsAccepting());
     KAPClientTerminate();  // the way back
   }

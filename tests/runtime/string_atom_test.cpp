@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RuntimeTest.h"
 
 namespace {
@@ -28,6 +29,31 @@ TEST_F(StringAtomTest, References) {
   HostTap::Clear();
   EXPECT_EQ(Thrown([] { CKAPStringAtom(static_cast<const char*>(nullptr)); }), kBadAlloc);
   EXPECT_EQ(HostTap::TakeCalls(), Log());
+}
+
+TEST_F(StringAtomTest, WaysToTakeAHandle) {
+  const CKAPStringAtom atom("x");
+  const auto handle = [&] { return CKAPStringAtom(atom).Detach(); };  // with a reference
+  const BalancedScope balanced(fHost);
+  const CKAPStringAtom added(atom.Handle()), adopted(handle(), KAPAdopt()),
+      made{TKAPNewHandle(handle())};
+  EXPECT_TRUE(added == atom && adopted == atom && made == atom);
+  EXPECT_FALSE(atom == CKAPStringAtom("y") || atom == CKAPStringAtom());
+  EXPECT_TRUE(CKAPStringAtom() == CKAPStringAtom(nullptr, KAPAdopt()));
+}
+
+// A text that is not terminated, on both sides of the size that is copied on the stack.
+TEST_F(StringAtomTest, UnterminatedTexts) {
+  const std::string text(200, 'x');
+  for (const std::size_t size : {0ul, 1ul, 127ul, 128ul, 129ul}) {
+    const CKAPStringAtom atom(std::string_view(text).substr(0, size));
+    EXPECT_EQ(std::string(atom.Text()), text.substr(0, size));
+  }
+  EXPECT_EQ(Thrown([] { CKAPStringAtom(std::string_view("a\0b", 3)); }),
+            "a string atom cannot hold a zero byte");
+  EXPECT_STREQ(CKAPStringAtom(std::string_view()).Text(), "");
+  fHost.FailBlocksAbove(0);
+  EXPECT_EQ(Thrown([&] { CKAPStringAtom{std::string_view(text)}; }), kBadAlloc);
 }
 
 TEST_F(StringAtomTest, Join) {

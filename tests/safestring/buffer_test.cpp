@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Functions that change a buffer. Each row has the whole buffer before and after the call, with '.'
 // for a zero byte: a byte too many overwrites the '#' after the size that the call is given.
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Functions that search a text, and the functions on standard input and output.
 #include <gtest/gtest.h>
 #include <unistd.h>

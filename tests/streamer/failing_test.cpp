@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StreamerWorld.h"
 #include "Threads.h"
 

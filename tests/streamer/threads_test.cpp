@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Threads.h"
 #include "StreamerWorld.h"
 

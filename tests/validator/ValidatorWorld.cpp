@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ValidatorWorld.h"
 
 using namespace KAP_T_MT;

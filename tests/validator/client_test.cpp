@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ValidatorWorld.h"
 
 // The client classes.
@@ -14,7 +15,7 @@ class ClientTest : public ValidatorTest {
 
 // What "ValidateSchema" throws crosses into this component.
 TEST_F(ClientTest, Failures) {
-  EXPECT_THROW(CPOSStructValidator::ValidateSchema(CPOSDict(), &Hear), std::exception);
+  EXPECT_THROW((void)CPOSStructValidator::ValidateSchema(CPOSDict(), &Hear), std::exception);
   EXPECT_THROW(CPOSStructValidator{CPOSDict()}, CKAPError);
   EXPECT_FALSE(TakeReports().empty());
   EXPECT_THROW(CPOSValidator(CPOSDict::New().Handle()), CKAPError);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The reference host: a complete binder with strings, errors, memory, containers, streams, shared

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kaphost/Snapshot.h"
 
 #include <ostream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "atoms/AtomCredits.h"
 
 #include <cstring>

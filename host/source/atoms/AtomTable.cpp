@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "atoms/AtomTable.h"
 
 #include <time.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "atoms/Bucket.h"
 
 #include <algorithm>

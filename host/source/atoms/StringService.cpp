@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "accounting/Accounting.h"
 #include "atoms/AtomCredits.h"
 #include "atoms/AtomTable.h"

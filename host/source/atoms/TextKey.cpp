@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "atoms/TextKey.h"
 
 #include <sys/random.h>

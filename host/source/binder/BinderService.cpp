@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "base/Current.h"
 #include "base/Reports.h"
 #include "binder/Registration.h"

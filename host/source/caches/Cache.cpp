@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "caches/Cache.h"
 
 #include "accounting/Accounting.h"

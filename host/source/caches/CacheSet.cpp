@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "caches/CacheSet.h"
 
 #include <utility>

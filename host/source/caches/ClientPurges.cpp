@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "caches/ClientPurges.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kaphost/Component.h"
 
 #include <dlfcn.h>

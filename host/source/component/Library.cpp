@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "component/Library.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "containers/ContainerTypes.h"
 
 #include <new>

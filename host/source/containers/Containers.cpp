@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "containers/Containers.h"
 
 #include <memory>

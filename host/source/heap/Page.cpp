@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "heap/Page.h"
 
 #include <algorithm>

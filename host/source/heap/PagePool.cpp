@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "heap/PagePool.h"
 
 #include <sys/mman.h>

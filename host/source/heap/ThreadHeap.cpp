@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "heap/ThreadHeap.h"
 
 #include "heap/PagePool.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "host/Forks.h"
 
 #include <pthread.h>

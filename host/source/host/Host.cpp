@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kaphost/Host.h"
 
 #include <utility>

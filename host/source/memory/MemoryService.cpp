@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "accounting/Accounting.h"
 #include "binder/Registration.h"
 #include "heap/Heap.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "receivers/DataSink.h"
 
 #include "accounting/Accounting.h"

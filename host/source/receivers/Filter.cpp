@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "receivers/Filter.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streams/ClientStream.h"
 
 #include "errors/Errors.h"

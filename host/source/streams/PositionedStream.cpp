@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streams/PositionedStream.h"
 
 #include <cerrno>

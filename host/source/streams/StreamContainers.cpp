@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "streams/StreamContainers.h"
 
 #include "errors/Errors.h"

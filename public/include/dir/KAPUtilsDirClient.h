@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: MIT
 #pragma once
+
+#include <atomic>
 
 #include "dir/KAPUtilsDirInterfaces.h"
 #include "kap/KAPContainer.h"
@@ -40,7 +43,7 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   static CKAPUtilsDir GetCurrent();
   static CKAPUtilsDir New(const CKAPStringAtom& path);
 
-  bool FileExists(const CKAPStringAtom& name) const;
+  [[nodiscard]] bool FileExists(const CKAPStringAtom& name) const;
   void Delete(const CKAPStringAtom& name) const;
   void Rename(const CKAPStringAtom& from, const CKAPStringAtom& to) const;
   // The full path of `name`; the file need not exist.
@@ -58,6 +61,12 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   // KAPUtilsTempFileStreamFactory.
   static CKAPPositionableStream NewTempFileStream(const char* prefix, const char* second,
                                                   const char* mode);
+
+  // The procedures of the interface and the one of the temporary files' factory, as loaded last: to
+  // read, for debugging; the operations above call them.
+  static constexpr const auto& fProcs = TKAPInterfaceClient<KAPUtilsDirInterface>::Slots();
+  static constexpr const std::atomic<void*>& fNewTempFileProc =
+      TKAPInterfaceClient<KAPUtilsTempFileStreamFactory>::Slots()[0];
 
  private:
   using Client = TKAPInterfaceClient<KAPUtilsDirInterface>;

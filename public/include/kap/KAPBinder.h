@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -39,12 +40,30 @@ int KAPRegisterProcAddress(const char* interfaceName, const char* methodName, co
 int KAPRegisterProcTable(const _t_KAPFTabRegEntry* entries, std::size_t count,
                          const char* interfaceName);
 
-// Registers `procs` as the procedures of an interface, in slot order. As KAPRegisterProcTable, with
-// function types checked at compile time.
+// Registers `procs` as the methods that `Interface` declares, under an interface name of the
+// component's own, for containers that the component makes:
+//
+//   if (!KAPRegisterMethods<KAPDataStoreInterface>("TotalsStoreInterface", &GetBlock)) ...
+//   CKAPContainer::NewFullContainer(object, impl, CKAPStringAtom("TotalsStoreInterface"), &Delete);
+//
+// Clients find the methods through the container, so the name is free; Interface::kName is not. The
+// binder keeps one procedure per name, so a second component that registered its methods under the
+// shared name would replace those of the first, for the containers of both. Otherwise as
+// KAPRegisterInterface.
 template <class Interface, class... Procs>
-bool KAPRegisterInterface(Procs... procs) {
-  const auto entries = Interface::Registration(procs...);
-  return KAPRegisterProcTable(entries.data(), entries.size(), Interface::kName) != 0;
+[[nodiscard]] bool KAPRegisterMethods(const char* interfaceName, Procs... procs) {
+  if constexpr (Interface::template CheckProcs<Procs...>()) {
+    const auto entries = Interface::Registration(procs...);
+    return KAPRegisterProcTable(entries.data(), entries.size(), interfaceName) != 0;
+  }
+  return false;
+}
+
+// Registers `procs` as the procedures of an interface, in slot order. As KAPRegisterProcTable, with
+// function types checked at compile time; each procedure must be `noexcept`.
+template <class Interface, class... Procs>
+[[nodiscard]] bool KAPRegisterInterface(Procs... procs) {
+  return KAPRegisterMethods<Interface>(Interface::kName, procs...);
 }
 
 // Removes every procedure registered under the interface name, whichever component registered it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <type_traits>
@@ -17,6 +18,8 @@
 //     return KAPReportingError([&] { return SumOf(numbers); });
 //   }
 //
+// Registering a procedure that is not `noexcept` does not compile (KAPRegisterInterface).
+//
 // All exception handling of the boundary is here. The procedures by which the host calls a
 // component's own streams and sinks have a variant of the first form (KAPClientProcs.h).
 //
@@ -35,7 +38,7 @@ KAPError* KAPCurrentExceptionAsError() noexcept;
 
 // For procedures that return an error: null on success, else a reference for the caller.
 template <class Body>
-KAPError* KAPReturningError(Body&& body) noexcept {
+[[nodiscard]] KAPError* KAPReturningError(Body&& body) noexcept {
   try {
     std::forward<Body>(body)();
     return nullptr;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -9,7 +10,7 @@
 // The host's cache: items that it may purge when memory is short. An item is filed under an
 // identity and is not purged while a lock on it exists. The host decides what to purge first.
 //
-//   const CKAPCacheID id;
+//   const CKAPCacheID id = CKAPCacheID::New();
 //   if (!CKAPCache::Add(id, page, cost, &DeletePage)) DeletePage(page);
 //   ...
 //   if (const CKAPCacheLock lock = CKAPCache::Attach(id)) {
@@ -17,6 +18,10 @@
 //   } else {
 //     ...                                          // purged meanwhile: make it again
 //   }
+//
+// Every entry of KAPCacheInterface is here: those of an item in CKAPCacheID and CKAPCacheLock, those
+// of a purge in CKAPCachePurge, those of a set in CKAPCacheSet, the others in CKAPCache. Only the
+// two for static caches are used by CKAPStaticCacheBase alone.
 //
 // Errors, besides those stated below: a table that cannot be loaded throws (KAPInterfaceClient.h).
 
@@ -31,7 +36,9 @@ struct KAPAlreadyMarked {};  // adopts a mark that the item already has
 // Threads: a plain value.
 class CKAPCacheID : public TKAPReference<KAPCacheInterface, KAPCacheID> {
  public:
-  CKAPCacheID();                                // a new identity
+  // A new identity. Deprecated: New.
+  KAP_DEPRECATED("use CKAPCacheID::New()") CKAPCacheID();
+  [[nodiscard]] static CKAPCacheID New();
   explicit CKAPCacheID(KAPInvalid) noexcept {}  // none
   using TKAPReference::TKAPReference;
 };
@@ -73,23 +80,70 @@ class CKAPCacheLock {
   void* fItem = nullptr;
 };
 
+// A purge in progress, or none: frees memory item by item, as far as the caller needs it.
+//
+//   for (CKAPCachePurge purge = CKAPCachePurge::New(); IsShort() && purge.PurgeNextBlock();) {}
+//
+// Ownership: owns the purge, which ends on destruction.
+// Errors: New throws std::bad_alloc when the host makes no purge.
+// Threads: a plain value; one thread at a time per purge.
+class CKAPCachePurge {
+ public:
+  CKAPCachePurge() noexcept = default;
+  [[nodiscard]] static CKAPCachePurge New();
+  CKAPCachePurge(CKAPCachePurge&& other) noexcept : fPurge(std::exchange(other.fPurge, nullptr)) {}
+  CKAPCachePurge& operator=(CKAPCachePurge other) noexcept {
+    std::swap(fPurge, other.fPurge);
+    return *this;
+  }
+  ~CKAPCachePurge();
+
+  // Purges the item used longest ago. False: nothing is left to purge, or there is no purge.
+  bool PurgeNextBlock();
+
+ private:
+  KAPCachePurge* fPurge = nullptr;
+};
+
+// A reference to a set of identities, or to none: what a job has used so far, for example.
+// Ownership: holds one reference, released on destruction; copies share the set.
+// Errors: New throws std::bad_alloc when the host makes no set. Calls on an empty reference do
+//   nothing, and SearchForID returns false.
+// Threads: a plain value; any thread may use the set.
+class CKAPCacheSet
+    : public TKAPReference<KAPCacheInterface, KAPCacheSet, "AddRefCacheSet", "DeleteCacheSet"> {
+ public:
+  using TKAPReference::TKAPReference;
+  [[nodiscard]] static CKAPCacheSet New();
+
+  // Whether the set contains the identity. Deliberate: adds the identity if not, which is the only
+  // way to add one. A host without memory for it reports that and adds nothing.
+  bool SearchForID(const CKAPCacheID& id);
+  void RemoveID(const CKAPCacheID& id);  // one that is not in the set is ignored
+  void RemoveIDs();                      // all of them
+};
+
 // The cache as a whole. Static only.
-// Threads: any.
+// Threads: any, except PurgeAllStaticCaches [binding thread].
 class CKAPCache {
  public:
   // A new identity: one reference for the caller. CKAPError "couldn't create cacheID" when the host
   // makes none.
-  static KAPCacheID* NewCacheID();
+  static TKAPNewHandle<KAPCacheID> NewCacheID();
 
   // Files an item that costs `cost` bytes. The cache owns it and passes it to `purgeItem` when it
   // is purged. False: the identity has an item already or the host fails, and the item stays the
   // caller's.
-  static bool Add(const CKAPCacheID& id, void* item, std::size_t cost, KAPDeleteProc purgeItem);
+  [[nodiscard]] static bool Add(const CKAPCacheID& id, void* item, std::size_t cost,
+                                KAPDeleteProc purgeItem);
   // A lock on the item that is filed under the identity; empty when it was purged.
-  static CKAPCacheLock Attach(const CKAPCacheID& id);
+  [[nodiscard]] static CKAPCacheLock Attach(const CKAPCacheID& id);
 
+  static unsigned long GetCacheTime();    // a counter that grows with every use of the cache
   static std::size_t CurrentCacheSize();  // the cost of all items, in bytes
   static void PurgeAll();                 // purges every item without a lock
+  // Clears the static caches of all components: calls Clear of each CKAPStaticCacheBase.
+  static void PurgeAllStaticCaches();
 };
 
 }  // namespace KAP_T_MT

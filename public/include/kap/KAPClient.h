@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <stdexcept>
@@ -32,7 +33,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //     caches
 // Deliberate: after a failure the callback stays stored, so the next call returns true without
 // having bound anything. KAPClientTerminate is the way back.
-bool KAPClientInit(KAPGetProcAddressProc getProc);
+[[nodiscard]] bool KAPClientInit(KAPGetProcAddressProc getProc);
 
 // Releases everything that the runtime holds of the host, and ends the binding. A no-op when no
 // host is bound. Objects that outlive the binding are destroyed without a host call. Rethrows what

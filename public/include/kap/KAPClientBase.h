@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <memory>
@@ -54,7 +55,7 @@ using TKAPClientObject = std::unique_ptr<Client, KAPDeleteClient>;
 
 // A new client object. Throws what its constructor and CKAPMemory::Alloc throw.
 template <class Client, class... Args>
-TKAPClientObject<Client> KAPNewClient(Args&&... args) {
+[[nodiscard]] TKAPClientObject<Client> KAPNewClient(Args&&... args) {
   return TKAPClientObject<Client>(new Client(std::forward<Args>(args)...));
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -22,8 +23,18 @@ class KAPClientDataSink : public CKAPVirtualClientBase {
   virtual void Write(const unsigned char* data, std::size_t size) = 0;
 };
 
-// Receives bytes, transforms them and writes the result to a target. The object itself holds the
-// target it was created for, and writes to it.
+// Receives bytes, transforms them and writes the result to a target. Deliberate: the host never tells
+// the object its target. Give it one when it is made, and let it keep a reference; a target that is
+// set later with CKAPFilter::SetDataSink does not reach it.
+//
+//   struct Upper : KAPClientFilter {
+//     explicit Upper(CKAPDataSink target) : fTarget(std::move(target)) {}
+//     void Write(const unsigned char* data, std::size_t size) override;  // to fTarget
+//     ...
+//     CKAPDataSink fTarget;
+//   };
+//   CKAPFilter upper(target, KAPNewClient<Upper>(target));
+//
 class KAPClientFilter : public KAPClientDataSink {
  public:
   // Writes what is still pending. The host forwards it once; after a failure it may call again.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -5,8 +6,8 @@
 #include "kap/KAPClientBase.h"
 #include "kap/KAPStreamInterfaces.h"
 
-// Bases of the streams that a component implements itself and hands to the host with
-// CKAPStreamFactory, by what they can do: read and write, rewind, move anywhere.
+// Bases of the streams that a component implements itself and hands to the host (KAPStream.h), by
+// what they can do: read and write, rewind, move anywhere.
 //
 //   struct Zeros : KAPClientSimpleStream {
 //     std::size_t Read(unsigned char* buffer, std::size_t size) override {
@@ -15,8 +16,7 @@
 //     }
 //     void Write(const unsigned char*, std::size_t) override { throw TOQException("read-only"); }
 //   };
-//   CKAPSimpleStream zeros(CKAPStreamFactory::NewClientSimpleStream(KAPNewClient<Zeros>()),
-//                          KAPAdopt());
+//   CKAPSimpleStream zeros(KAPNewClient<Zeros>());
 //
 // Ownership: the host owns an object that was handed over, and deletes it with its stream.
 // Errors: an operation fails by throwing. The exception becomes the host error that the user of the

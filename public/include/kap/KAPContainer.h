@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -13,9 +14,10 @@
 // Containers, the records in which every object crosses the binder: what the runtime reads of them,
 // and owners of references to them. KAPContainerInterface.h explains containers.
 //
-//   KAPContainer* handle = CKAPContainer::NewFullContainer(object, impl, interface, &Delete);
-//   KAPContainerBaseGeneric shared(handle);          // adds a reference
-//   CKAPContainerHolder released(handle, true);      // takes over the maker's
+//   KAPContainerBaseGeneric made(
+//       CKAPContainer::NewFullContainer(object, impl, interface, &Delete));
+//   KAPContainerBaseGeneric shared(made.Handle());   // adds a reference
+//   Return(made.Detach());                           // passes the maker's on
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
@@ -35,7 +37,10 @@ class CKAPContainer {
   static void* BCGetInstance(KAPContainer* container, const CKAPStringAtom& signature);
 
   // The same, but reads the primary instance from the record and calls the host only for others.
+  // CKAPError "invalid container" for null.
   static void* GetInstance(KAPContainer* container, const CKAPStringAtom& signature) {
+    if (!container) [[unlikely]]
+      ThrowInvalidContainerException();
     void* instance = PrimaryInstance(container, signature);
     return instance ? instance : BCGetInstance(container, signature);
   }
@@ -54,17 +59,18 @@ class CKAPContainer {
   }
 
   // The signature: the text pointer of the primary instance's name, borrowed from the container;
-  // null when it has none. Makes no host call.
+  // null when it has none, and for null. Makes no host call.
   static const char* GetSignature(const KAPContainer* container) noexcept {
-    return GetPrimary(container).fSignature;
+    return container ? GetPrimary(container).fSignature : nullptr;
   }
 
   // A container with `instance` as its primary one: one reference for the caller. The last release
   // passes the instance to `deleteInstance`, which may be null. Throws the error that the host
   // returns; the instance then stays the caller's.
-  static KAPContainer* NewFullContainer(void* instance, const CKAPStringAtom& instanceName,
-                                        const CKAPStringAtom& interfaceName,
-                                        KAPDeleteProc deleteInstance);
+  static TKAPNewHandle<KAPContainer> NewFullContainer(void* instance,
+                                                      const CKAPStringAtom& instanceName,
+                                                      const CKAPStringAtom& interfaceName,
+                                                      KAPDeleteProc deleteInstance);
 
   // Adds a reference and returns the handle. CKAPError "invalid container" for null or when the
   // host refuses the reference. An unchecked reference would be released without ever having been
@@ -113,10 +119,13 @@ class KAPContainerBaseGeneric {
   explicit KAPContainerBaseGeneric(KAPContainer* container)
       : fContainer(CKAPContainer::AddRef(container)) {}
   // Adds a reference without checking the result. Only for handles known to be live: a refused
-  // reference would still be released. The library itself does not use it.
+  // reference would still be released. The library itself does not use it. A `bool` is most likely
+  // meant for CKAPContainerHolder, where it says the opposite.
   KAPContainerBaseGeneric(KAPContainer* container, int);
+  KAPContainerBaseGeneric(KAPContainer* container, bool) = delete;
   // Adopts the reference; null makes an empty object.
   KAPContainerBaseGeneric(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
+  explicit KAPContainerBaseGeneric(TKAPNewHandle<KAPContainer> made) noexcept : fContainer(made) {}
   KAPContainerBaseGeneric(const KAPContainerBaseGeneric& other)
       : fContainer(other.fContainer ? CKAPContainer::AddRef(other.fContainer) : nullptr) {}
   KAPContainerBaseGeneric(KAPContainerBaseGeneric&& other) noexcept : fContainer(other.Detach()) {}
@@ -148,8 +157,15 @@ class KAPContainerBaseGeneric {
 // Errors: as KAPContainerBaseGeneric.
 class CKAPContainerHolder {
  public:
-  CKAPContainerHolder();  // a new, empty container; throws the error that the host returns
-  // Adopts the reference if `skipAddRef`, else adds one. Null makes an empty holder.
+  // A new container without instances. Throws the error that the host returns. Deprecated: New.
+  KAP_DEPRECATED("use CKAPContainerHolder::New()") CKAPContainerHolder();
+  [[nodiscard]] static CKAPContainerHolder New();
+  // Adds a reference; adopts it; adopts the one that comes with a new handle. Null makes an empty
+  // holder.
+  explicit CKAPContainerHolder(KAPContainer* container) : CKAPContainerHolder(container, false) {}
+  CKAPContainerHolder(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
+  explicit CKAPContainerHolder(TKAPNewHandle<KAPContainer> made) noexcept : fContainer(made) {}
+  // The older form: adopts the reference if `skipAddRef`, else adds one.
   CKAPContainerHolder(KAPContainer* container, bool skipAddRef)
       : fContainer(container && !skipAddRef ? CKAPContainer::AddRef(container) : container) {}
   CKAPContainerHolder(const CKAPContainerHolder&) = delete;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -21,15 +22,12 @@
 // To provide a store, register its methods under an interface name of the component's own and put
 // that name into the container:
 //
-//   const auto methods = KAPDataStoreInterface::Registration(&GetBlock);
-//   KAPRegisterProcTable(methods.data(), methods.size(), "TotalsStoreInterface");
+//   if (!KAPRegisterMethods<KAPDataStoreInterface>("TotalsStoreInterface", &GetBlock)) return 0;
 //   ...
 //   const CKAPStringAtom impl("TotalsStoreImpl"), interface("TotalsStoreInterface");
-//   KAPContainer* handle = CKAPContainer::NewFullContainer(object, impl, interface, &Delete);
+//   CKAPDataStore store(CKAPContainer::NewFullContainer(object, impl, interface, &Delete));
 //
-// Clients find the methods through the container, so the name is free. KAPDataStoreInterface::kName
-// itself is not: the binder keeps one procedure per name, so the second component to register under
-// it would replace the procedure of the first for the stores of both. A sized store registers both
+// KAPRegisterMethods says why the name must be the component's own. A sized store registers both
 // interfaces' methods under the one name. The same holds for data-block streams and for streams
 // that a component provides without the host's factory.
 //

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <exception>
 #include <utility>
 
+#include "kap/KAPAdopt.h"
 #include "kap/KAPBinder.h"
 #include "kap/KAPTypes.h"
 
@@ -16,6 +18,7 @@
 //     Load(path);
 //   } catch (const CKAPError& error) {
 //     if (!error.Matches("Totals", 3)) throw;
+//     Log(error.Component(), error.Code(), error.what());
 //   }
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
@@ -39,8 +42,12 @@ class CKAPError : public std::exception {
   // `clientData` to `freeClientData`. When the host makes no error, the data stays the caller's.
   CKAPError(const char* message, const char* component, long code, void* clientData = nullptr,
             KAPDeleteProc freeClientData = nullptr) noexcept;
-  // Adopts the reference: does not add one.
+  // Adopts the reference, deliberately unlike other classes: an error that a procedure returned is
+  // the common case. The tags say which of the two is meant.
   explicit CKAPError(KAPError* adopted) noexcept : fError(adopted) {}
+  CKAPError(KAPError* error, KAPAdopt) noexcept : fError(error) {}
+  // Adds a reference. The empty error when the host has lost the procedure for it.
+  CKAPError(KAPError* error, KAPShare) noexcept : fError(AddRef(error)) {}
   // The error of a CKAPError, the memory error for std::bad_alloc, else a new error with the
   // exception's text, component "TOQ" and code 0.
   explicit CKAPError(const std::exception& cause) noexcept;
@@ -60,6 +67,15 @@ class CKAPError : public std::exception {
   // error; "unknown KAP error" when the host has lost the procedures that return the message; null
   // for an error without a message.
   const char* what() const noexcept override;
+
+  // The component, borrowed: it lives as long as the host error. "" for the empty error; null for an
+  // error without a component.
+  const char* Component() const noexcept;
+  // The code; 0 for the empty error.
+  long Code() const noexcept;
+  // The client data, borrowed: it lives as long as the host error. Null when there is none.
+  // When the host has lost the procedures for it, these three return null and 0.
+  void* ClientData() const noexcept;
 
   // Whether the error has this component (byte by byte, not null) and this code. The empty error
   // has component "" and code 0; an error whose component is null matches nothing. When the host

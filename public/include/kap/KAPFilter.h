@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -27,7 +28,9 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // A sink of the host, or none.
 class CKAPDataSink : public TKAPReference<KAPFilterInterface, KAPDataSink> {
  public:
-  CKAPDataSink();  // a sink that discards its bytes
+  // A sink that discards its bytes. Deprecated: New.
+  KAP_DEPRECATED("use CKAPDataSink::New()") CKAPDataSink();
+  [[nodiscard]] static CKAPDataSink New();
   // A sink that forwards to the client object.
   explicit CKAPDataSink(TKAPClientObject<KAPClientDataSink> client);
   using TKAPReference::TKAPReference;
@@ -37,20 +40,24 @@ class CKAPDataSink : public TKAPReference<KAPFilterInterface, KAPDataSink> {
 
   // As the constructor, but returns a handle with one reference for the caller, and null instead of
   // throwing when the table cannot be loaded.
-  static KAPDataSink* _NewClientDataSink(TKAPClientObject<KAPClientDataSink> client);
+  static TKAPNewHandle<KAPDataSink> _NewClientDataSink(TKAPClientObject<KAPClientDataSink> client);
 };
 
 // A filter of the host, or none.
 class CKAPFilter : public CKAPDataSink {
  public:
-  // A filter that forwards to the client object. The filter holds a reference to the target.
+  CKAPFilter() noexcept : CKAPDataSink(nullptr, KAPAdopt()) {}  // none
+  // A filter that forwards to the client object. The filter holds a reference to the target, for
+  // PeekTarget and the state of the chain. Deliberate: neither here nor in SetDataSink does the
+  // client object learn of it; see KAPClientFilter.
   CKAPFilter(const CKAPDataSink& target, TKAPClientObject<KAPClientFilter> client);
   explicit CKAPFilter(KAPFilter* handle) : CKAPDataSink(handle) {}
+  explicit CKAPFilter(TKAPNewHandle<KAPFilter> made) noexcept : CKAPDataSink(made) {}
   CKAPFilter(KAPFilter* handle, KAPAdopt adopt) noexcept : CKAPDataSink(handle, adopt) {}
 
   // A filter that writes its bytes to the target unchanged. Not a constructor, which would look
   // like a copy.
-  static CKAPFilter NewIdentityFilter(const CKAPDataSink& target);
+  [[nodiscard]] static CKAPFilter NewIdentityFilter(const CKAPDataSink& target);
 
   void Close();                                  // afterwards Write is an error
   CKAPFilter GetVellumcodeFilter();              // the reversing filter; empty when there is none
@@ -61,24 +68,26 @@ class CKAPFilter : public CKAPDataSink {
   void ResetChainState();  // opens all of them
 
   // As the constructor, but null when the table cannot be loaded.
-  static KAPFilter* _NewClientFilter(const CKAPDataSink& target,
-                                     TKAPClientObject<KAPClientFilter> client);
+  static TKAPNewHandle<KAPFilter> _NewClientFilter(const CKAPDataSink& target,
+                                                   TKAPClientObject<KAPClientFilter> client);
 };
 
 // A filter that encodes images, or none. The coder is the client object's; the host forwards the
 // parameters to it. Calling them on another filter is an error.
 class CKAPFilterJPEG : public CKAPFilter {
  public:
+  CKAPFilterJPEG() noexcept = default;  // none
   CKAPFilterJPEG(const CKAPDataSink& target, TKAPClientObject<KAPClientFilterJPEG> client);
   explicit CKAPFilterJPEG(KAPFilter* handle) : CKAPFilter(handle) {}
+  explicit CKAPFilterJPEG(TKAPNewHandle<KAPFilter> made) noexcept : CKAPFilter(made) {}
   CKAPFilterJPEG(KAPFilter* handle, KAPAdopt adopt) noexcept : CKAPFilter(handle, adopt) {}
 
   void SetImageParameters(int width, int height, int channels);  // in pixels
   void SetCompressionParameters(float quality);                  // the coder defines the range
 
   // As the constructor, but null when the table cannot be loaded.
-  static KAPFilter* _NewFilterJPEG(const CKAPDataSink& target,
-                                   TKAPClientObject<KAPClientFilterJPEG> client);
+  static TKAPNewHandle<KAPFilter> _NewFilterJPEG(const CKAPDataSink& target,
+                                                 TKAPClientObject<KAPClientFilterJPEG> client);
 };
 
 }  // namespace KAP_T_MT

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <array>
@@ -23,7 +24,8 @@
 //   KAPRegisterInterface<TotalsInterface>(&TotalsSumProc);                   // the component
 //   double sum = TKAPInterfaceClient<TotalsInterface>::Call<"Sum">(numbers);  // its client
 //
-// A misspelt method name, a missing procedure or a procedure of another type does not compile.
+// A misspelt method name, a missing procedure, a procedure of another type and one that is not
+// `noexcept` do not compile; the first error says why in a sentence.
 //
 // Tables only grow: add new methods at the end, so that slots keep their numbers. A method whose
 // function type must change gets a new procedure name, by convention with a suffix such as "V2": a
@@ -87,11 +89,15 @@ struct KAPTraits {
   // static objects may release what they hold after the host is gone. Destructors may call only
   // such methods (TKAPProcTable::CallReleasing).
   bool fNoOpUnbound = false;
+  // The procedure may throw, so that registering it does not require `noexcept`. For procedures
+  // whose only callers are C++ and catch what they throw.
+  bool fThrows = false;
   KAPFault fFault = KAPFault::kNever;
   KAPResource fMakes = KAPResource::kNothing;
 };
 
 inline constexpr KAPTraits kKAPReleases = {.fNoOpUnbound = true};
+inline constexpr KAPTraits kKAPThrows = {.fThrows = true};
 
 constexpr KAPTraits KAPFails(KAPFault fault) { return {.fFault = fault}; }
 constexpr KAPTraits KAPMakes(KAPResource resource, KAPFault fault) {
@@ -121,6 +127,20 @@ struct _t_KAPFTabRegEntry {
   const char* fMethodName;
   const char* fProcName;
   void* fProc;
+};
+
+// Whether a procedure of the type `Proc` promises not to throw when called as `Method`. Lambdas
+// count as procedures.
+template <class Proc, class Method>
+inline constexpr bool kKAPIsNoexceptProc = false;
+template <class Proc, class Result, class... Args>
+inline constexpr bool kKAPIsNoexceptProc<Proc, Result (*)(Args...)> =
+    std::is_nothrow_invocable_v<Proc, Args...>;
+
+// The result of a call that does not compile, so that the error about it stays the only one.
+struct KAPNoResult {
+  template <class Result>
+  operator Result() const;  // NOLINT(google-explicit-constructor): stands for any result
 };
 
 // One method of an interface. `Signature` is a function type, such as `double(POSArray*)`.
@@ -153,12 +173,15 @@ struct TKAPInterface {
   // message instead of a cascade.
   template <TKAPName Method>
   static constexpr std::size_t SlotOf() {
-    constexpr std::size_t kFound = Find(Method.View());
-    static_assert(kFound < kCount, "the interface has no method of this name");
-    return kFound < kCount ? kFound : 0;
+    static_assert(kHas<Method>, "the interface has no method of this name");
+    return kHas<Method> ? Find(Method.View()) : 0;
   }
 
  public:
+  // Whether there is a method of this name: kHas<"Sum">.
+  template <TKAPName Method>
+  static constexpr bool kHas = Find(Method.View()) < kCount;
+
   // The slot of a method: kSlot<"Sum">.
   template <TKAPName Method>
   static constexpr std::size_t kSlot = SlotOf<Method>();
@@ -170,8 +193,27 @@ struct TKAPInterface {
   template <TKAPName Method>
   using Proc = ProcAt<kSlot<Method>>;
 
+  // Checks at compile time that `procs` may be registered: one for each method, in slot order, of
+  // the method's type and `noexcept`.
+  template <class... Procs>
+  static constexpr bool CheckProcs() {
+    static_assert(sizeof...(Procs) == kCount, "an interface needs one procedure for each method");
+    if constexpr (sizeof...(Procs) == kCount) {
+      constexpr bool fit = (std::is_convertible_v<Procs, typename Methods::Proc> && ...);
+      static_assert(fit, "a procedure does not have the type that its method declares");
+      if constexpr (fit) {
+        constexpr bool promised =
+            ((Methods::kTraits.fThrows || kKAPIsNoexceptProc<Procs, typename Methods::Proc>)&&...);
+        static_assert(promised,
+                      "a registered procedure must be noexcept: no exception may leave it");
+        return true;
+      }
+    }
+    return false;
+  }
+
   // The entries that register `procs` as this interface's procedures, in slot order. The entries
-  // point to static strings.
+  // point to static strings. KAPRegisterInterface uses them; it also checks for `noexcept`.
   static std::array<_t_KAPFTabRegEntry, kCount> Registration(typename Methods::Proc... procs) {
     return {{{Methods::kEntry.fMethodName, Methods::kEntry.fProcName,
               reinterpret_cast<void*>(procs)}...}};

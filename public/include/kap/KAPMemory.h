@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 #include <type_traits>
 
 // Memory of the host, and owners of it. Objects that cross the binder live in host memory, so that
@@ -56,6 +58,24 @@ TKAPBlock<T> KAPNewBlock(std::size_t count) {
   if (count == 0) return nullptr;
   return TKAPBlock<T>(static_cast<T*>(CKAPMemory::Alloc(KAPCheckedSize(count, sizeof(T)))));
 }
+
+// A terminated copy of a text, for procedures that take one: on the stack when the text is short,
+// else in host memory.
+// Errors: TOQException "a string atom cannot hold a zero byte" for a text that has one, since the
+//   procedure would not see what follows it; what KAPNewBlock throws for a long text.
+// Threads: a plain value.
+class KAPTerminatedText {
+ public:
+  explicit KAPTerminatedText(std::string_view text);
+  KAPTerminatedText(const KAPTerminatedText&) = delete;
+  KAPTerminatedText& operator=(const KAPTerminatedText&) = delete;
+
+  const char* Text() const noexcept { return fLong ? fLong.get() : fShort; }  // lives as long
+
+ private:
+  char fShort[128];  // most keys and paths fit
+  TKAPBlock<char> fLong;
+};
 
 // Base of classes whose objects live in host memory: `new` asks the host, `delete` returns the
 // block to it, also when a constructor throws. The size of an array of objects has no checked

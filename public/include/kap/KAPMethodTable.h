@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <atomic>
@@ -165,6 +166,8 @@ class TKAPTypedContainer : public Base {
   TKAPTypedContainer(KAPContainer* handle, KAPAdopt adopt) : Base(handle, adopt) {
     Wrapper::CheckMethods(handle);
   }
+  explicit TKAPTypedContainer(TKAPNewHandle<KAPContainer> made)
+      : TKAPTypedContainer(made, KAPAdopt()) {}
 };
 
 }  // namespace KAP_T_MT

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <atomic>
@@ -43,6 +44,9 @@ class KAPProcTable {
     return __atomic_load_n(fWatched.load(std::memory_order_acquire), __ATOMIC_ACQUIRE) ==
            fCount.load(std::memory_order_acquire);
   }
+
+  // The value of the counter at which the table was loaded; 0 before.
+  constexpr const std::atomic<unsigned long>& LoadedAt() const noexcept { return fCount; }
 
   // Loads unconditionally, without remembering the counter: the next use loads again.
   KAPLoadOutcome Load() noexcept;
@@ -97,11 +101,25 @@ class TKAPProcTable {
     return fTable.IsFresh() || fTable.Reload() == KAPLoadOutcome::kLoaded;
   }
 
+  // The slots, and the value of the unregister counter at which they were loaded: to read, for
+  // debugging.
+  static constexpr const std::atomic<void*> (&Slots() noexcept)[Interface::kCount] {
+    return fProcTable;
+  }
+  static constexpr const std::atomic<unsigned long>& LoadedAt() noexcept {
+    return fTable.LoadedAt();
+  }
+
   // Calls a method of a table that is known to be loaded, for example after TryRefresh:
   // CallLoaded<"GetCString">(atom).
   template <TKAPName Method, class... Args>
   static auto CallLoaded(Args... args) {
-    return Slot<Method>()(args...);
+    static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
+    if constexpr (Interface::template kHas<Method>) {
+      return Slot<Method>()(args...);
+    } else {
+      return KAPNoResult();
+    }
   }
 
   // Calls a method that releases something, from where nothing may throw. False: not called,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "kap/KAPClientBase.h"
@@ -35,13 +36,16 @@ class KAPClientProgress : public CKAPVirtualClientBase {
 // Threads: one thread at a time per progress object.
 class CKAPProgress : public TKAPReference<KAPProgressInterface, KAPProgress> {
  public:
-  CKAPProgress();  // ignores its updates
+  // Ignores its updates. Deprecated: New.
+  KAP_DEPRECATED("use CKAPProgress::New()") CKAPProgress();
+  [[nodiscard]] static CKAPProgress New();
   // Forwards to the client object.
   explicit CKAPProgress(TKAPClientObject<KAPClientProgress> client);
   explicit CKAPProgress(KAPProgress* handle) : TKAPReference(handle) { FinishConstruct(); }
   CKAPProgress(KAPProgress* handle, KAPAdopt adopt) : TKAPReference(handle, adopt) {
     FinishConstruct();
   }
+  explicit CKAPProgress(TKAPNewHandle<KAPProgress> made) : CKAPProgress(made, KAPAdopt()) {}
 
   // Updates the progress: `fraction` (0 to 1), a text (may be null) and a flag whose meaning the
   // two sides agree on. An exception asks the caller to stop.
@@ -49,7 +53,7 @@ class CKAPProgress : public TKAPReference<KAPProgressInterface, KAPProgress> {
 
   // As the constructor, but returns a handle with one reference for the caller, and null instead of
   // throwing when the host makes no object or the table cannot be loaded.
-  static KAPProgress* _NewClientProgress(TKAPClientObject<KAPClientProgress> client);
+  static TKAPNewHandle<KAPProgress> _NewClientProgress(TKAPClientObject<KAPClientProgress> client);
 
  private:
   void FinishConstruct() const;

@@ -1,30 +1,28 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <utility>
 
+#include "kap/KAPAdopt.h"
 #include "kap/KAPInterfaceClient.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// Marks a constructor that takes over the caller's reference instead of adding one:
-//
-//   CKAPFilter(handle)              // adds a reference; the caller keeps its own
-//   CKAPFilter(handle, KAPAdopt())  // the caller's reference becomes the wrapper's
-struct KAPAdopt {};
-
-// A reference to an object that a host interface counts with its own "AddRef" and "Release", or to
-// none. Base of the wrappers of everything that is not a container: buffers, cache identities,
-// sinks, progress. Containers have KAPContainerBaseGeneric, since their AddRef may refuse.
+// A reference to an object that a host interface counts with methods of its own, `Add` and `Drop`,
+// or to none. Base of the wrappers of everything that is not a container: buffers, cache
+// identities, sinks, progress. Containers have KAPContainerBaseGeneric, since their AddRef may
+// refuse. KAPAdopt.h lists the ways to construct one.
 // Ownership: holds one reference, released on destruction.
 // Errors: adding a reference throws when the interface's table cannot be loaded
 //   (KAPInterfaceClient.h). Destruction never throws, and does nothing after the binding.
 // Threads: a plain value: one thread at a time per reference, any number of references per object.
-template <class Interface, class Object>
+template <class Interface, class Object, TKAPName Add = "AddRef", TKAPName Drop = "Release">
 class TKAPReference {
  public:
   TKAPReference() noexcept = default;
   explicit TKAPReference(Object* handle) : fHandle(AddRef(handle)) {}
   TKAPReference(Object* handle, KAPAdopt) noexcept : fHandle(handle) {}
+  explicit TKAPReference(TKAPNewHandle<Object> made) noexcept : fHandle(made) {}
   TKAPReference(const TKAPReference& other) : fHandle(AddRef(other.fHandle)) {}
   TKAPReference(TKAPReference&& other) noexcept : fHandle(other.Detach()) {}
   TKAPReference& operator=(TKAPReference other) noexcept {
@@ -32,11 +30,11 @@ class TKAPReference {
     return *this;
   }
   ~TKAPReference() {
-    if (fHandle) Client::template CallReleasing<"Release">(fHandle);
+    if (fHandle) Client::template CallReleasing<Drop>(fHandle);
   }
 
   Object* Handle() const noexcept { return fHandle; }  // borrowed
-  // Passes the reference to the caller.
+  // Passes the reference to the caller; the object is empty afterwards.
   Object* Detach() noexcept { return std::exchange(fHandle, nullptr); }
   bool IsNull() const noexcept { return !fHandle; }
   explicit operator bool() const noexcept { return fHandle != nullptr; }
@@ -45,7 +43,7 @@ class TKAPReference {
   using Client = TKAPInterfaceClient<Interface>;
 
   static Object* AddRef(Object* handle) {
-    if (handle) Client::template Call<"AddRef">(handle);
+    if (handle) Client::template Call<Add>(handle);
     return handle;
   }
 

@@ -1,12 +1,16 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 
 #include "kap/KAPInterfaceClient.h"
 #include "kap/KAPMemory.h"
 #include "kap/KAPReference.h"
 #include "kap/KAPSharedBuffInterface.h"
+#include "kap/TOQException.h"
 
 // Shared buffers: reference-counted blocks of bytes that cross the binder.
 //
@@ -35,9 +39,10 @@ class CKAPSharedBuff {
   // `deleteProc`; so does NewBuffer itself when it throws, unless either of the two is null. The
   // host defines what `growProc` and `clientData` are for. Throws std::bad_alloc when the host
   // makes no buffer.
-  static KAPSharedBuffer* NewBuffer(std::size_t size, void* data = nullptr,
-                                    KAPDeleteProc deleteProc = nullptr,
-                                    KAPGrowProc growProc = nullptr, void* clientData = nullptr);
+  static TKAPNewHandle<KAPSharedBuffer> NewBuffer(std::size_t size, void* data = nullptr,
+                                                  KAPDeleteProc deleteProc = nullptr,
+                                                  KAPGrowProc growProc = nullptr,
+                                                  void* clientData = nullptr);
 
   static unsigned char* GetBuffer(
       KAPSharedBuffer* buffer);                         // borrowed: lives as long as the buffer
@@ -46,6 +51,10 @@ class CKAPSharedBuff {
 
 // Frees storage that came from CKAPMemory: a `deleteProc` for NewBuffer.
 void KAPDeleteSharedBuff(void* storage) noexcept;
+
+// What may say how many elements there are.
+template <class Count>
+concept KAPCount = std::integral<Count> && !std::same_as<Count, bool>;
 
 // A reference to a shared buffer of plain elements, or to none.
 // Ownership: holds one reference, released on destruction; copies share the buffer. Releasing it
@@ -60,9 +69,11 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
  public:
   TKAPSharedBuffer() noexcept = default;
   using TKAPReference::TKAPReference;
-  // Zeroed storage of the host for `count` elements.
-  explicit TKAPSharedBuffer(std::size_t count)
-      : TKAPReference(CKAPSharedBuff::NewBuffer(KAPCheckedSize(count, sizeof(T))), KAPAdopt()) {}
+  // Zeroed storage of the host for `count` elements; a count below 0 does not fit. A template, so
+  // that 0 is a count and not a null handle.
+  template <KAPCount Count>
+  explicit TKAPSharedBuffer(Count count)
+      : TKAPReference(CKAPSharedBuff::NewBuffer(SizeOf(count))) {}
 
   // The elements, borrowed, and their number; null and 0 for no buffer. Whole elements only: bytes
   // at the end of a buffer from elsewhere may be left over.
@@ -70,6 +81,13 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
     return Handle() ? reinterpret_cast<T*>(CKAPSharedBuff::GetBuffer(Handle())) : nullptr;
   }
   std::size_t Size() const { return Handle() ? CKAPSharedBuff::GetSize(Handle()) / sizeof(T) : 0; }
+
+ private:
+  template <KAPCount Count>
+  static std::size_t SizeOf(Count count) {
+    if (!std::in_range<std::size_t>(count)) KAPThrowMathOverflow();
+    return KAPCheckedSize(static_cast<std::size_t>(count), sizeof(T));
+  }
 };
 
 }  // namespace KAP_T_MT

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
 
+#include "kap/KAPClientStream.h"
 #include "kap/KAPContainer.h"
 #include "kap/KAPMethodTable.h"
 #include "kap/KAPStreamInterfaces.h"
@@ -9,17 +11,23 @@
 // References to streams of the host or of another component, by what they can do: read and write,
 // rewind, move anywhere.
 //
-//   CKAPPositionableStream stream;                  // a new memory stream
+//   CKAPPositionableStream stream = CKAPPositionableStream::New();  // in memory
 //   stream.Write(bytes, size);
 //   stream.Rewind();
 //   unsigned char buffer[512];
 //   while (const std::size_t count = stream.Read(buffer, sizeof buffer)) Use(buffer, count);
 //
+// A component's own stream object (KAPClientStream.h) becomes a stream in the same way:
+//
+//   CKAPSimpleStream zeros(KAPNewClient<Zeros>());
+//
 // Ownership: a reference holds one reference to the container, released on destruction; copies
-//   share the stream and its position.
+//   share the stream and its position. A client object that is handed over belongs to the host
+//   afterwards; if the host makes no stream for it, it is deleted.
 // Errors: throws the error that the stream returns. CKAPError "invalid container" at construction
 //   for null or a container without the methods, and for calls on a reference that was moved from.
-//   A constructor that throws releases the reference it added or adopted.
+//   A constructor that throws releases the reference it added or adopted. Where a new stream is
+//   made, the error that the host returns; "invalid container" without a stream factory.
 // Threads: one thread at a time per stream.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
@@ -33,11 +41,13 @@ class CKAPPositionableStreamTerminate : public TDelVTabList<KAPPositionableStrea
 class CKAPSimpleStream : public TKAPTypedContainer<CKAPSimpleStream, KAPContainerBaseGeneric> {
  public:
   using TKAPTypedContainer::TKAPTypedContainer;
+  // A stream that forwards to the client object.
+  explicit CKAPSimpleStream(TKAPClientObject<KAPClientSimpleStream> client);
 
   // Reads up to `size` bytes and returns how many; 0 at the end of the input, which is not an
   // error. A short read does not mean the end of the input. CKAPError "a stream returned more than
   // was asked for" for a stream that claims to have overrun the buffer.
-  std::size_t Read(unsigned char* buffer, std::size_t size);
+  [[nodiscard]] std::size_t Read(unsigned char* buffer, std::size_t size);
   // Writes all `size` bytes. After an error an unknown part of them is written.
   void Write(const unsigned char* buffer, std::size_t size);
 
@@ -51,6 +61,8 @@ class CKAPSimpleStream : public TKAPTypedContainer<CKAPSimpleStream, KAPContaine
 class CKAPRewindableStream : public TKAPTypedContainer<CKAPRewindableStream, CKAPSimpleStream> {
  public:
   using TKAPTypedContainer::TKAPTypedContainer;
+  // A stream that forwards to the client object.
+  explicit CKAPRewindableStream(TKAPClientObject<KAPClientRewindableStream> client);
 
   // A new stream over the same data with a position of its own.
   CKAPRewindableStream CreateIndependentlyRewindableStream();
@@ -67,10 +79,15 @@ class CKAPPositionableStream
     : public TKAPTypedContainer<CKAPPositionableStream, CKAPRewindableStream> {
  public:
   using TKAPTypedContainer::TKAPTypedContainer;
-  // A new, empty memory stream, and a new stream over a file, with a mode of fopen. Without a
-  // stream factory: CKAPError "invalid container".
-  CKAPPositionableStream();
+  // A stream over a file, with a mode of fopen.
   CKAPPositionableStream(const char* path, const char* mode);
+  // A stream that forwards to the client object.
+  explicit CKAPPositionableStream(TKAPClientObject<KAPClientPositionableStream> client);
+  // A new, empty memory stream. Deprecated: New.
+  KAP_DEPRECATED("use CKAPPositionableStream::New()") CKAPPositionableStream();
+  [[nodiscard]] static CKAPPositionableStream New();
+  // A read-only stream over a copy of the bytes.
+  [[nodiscard]] static CKAPPositionableStream New(const unsigned char* data, std::size_t size);
 
   // A new stream over the same data with a position of its own.
   CKAPPositionableStream CreateIndependentlyPositionableStream();

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
 
+#include "kap/KAPAdopt.h"
 #include "kap/KAPClientStream.h"
 #include "kap/KAPInterfaceClient.h"
 #include "kap/KAPStreamInterfaces.h"
@@ -15,11 +17,16 @@ inline bool GetGlobalKAPStreamFactoryInterfaceProcs() noexcept {
   return KAPStreamFactoryClient::TryRefresh();
 }
 
+// The factory's table: its slots, and the value of the unregister counter at which they were
+// loaded. To read, for debugging; calls go through KAPStreamFactoryClient.
+inline constexpr const auto& gKAPStreamFactoryInterface = KAPStreamFactoryClient::Slots();
+inline constexpr const auto& gKAPStreamFactoryInterfaceCount = KAPStreamFactoryClient::LoadedAt();
+
 // Makes streams of the host: over memory, over a file, or over a stream object of the component's
-// own (KAPClientStream.h). CKAPPositionableStream wraps the first two.
+// own (KAPClientStream.h). For code that passes handles on; the constructors of the classes in
+// KAPStream.h make the same streams.
 //
-//   CKAPSimpleStream lines(CKAPStreamFactory::NewClientSimpleStream(KAPNewClient<Lines>()),
-//                          KAPAdopt());
+//   *out = CKAPStreamFactory::NewClientSimpleStream(KAPNewClient<Lines>());
 //
 // Ownership: returns a handle with one reference for the caller. A client object that is handed
 //   over belongs to the host afterwards; if the host makes no stream for it, it is deleted.
@@ -28,17 +35,19 @@ inline bool GetGlobalKAPStreamFactoryInterfaceProcs() noexcept {
 // Threads: any.
 class CKAPStreamFactory {
  public:
-  static KAPPositionableStream* NewPositionableMemoryStream();
+  static TKAPNewHandle<KAPPositionableStream> NewPositionableMemoryStream();
   // Read-only, over a copy of the bytes.
-  static KAPPositionableStream* NewPositionableBufferStream(const unsigned char* data,
-                                                            std::size_t size);
+  static TKAPNewHandle<KAPPositionableStream> NewPositionableBufferStream(const unsigned char* data,
+                                                                          std::size_t size);
   // `mode` is one of fopen's.
-  static KAPPositionableStream* NewPositionableFileStream(const char* path, const char* mode);
+  static TKAPNewHandle<KAPPositionableStream> NewPositionableFileStream(const char* path,
+                                                                        const char* mode);
 
-  static KAPSimpleStream* NewClientSimpleStream(TKAPClientObject<KAPClientSimpleStream> client);
-  static KAPRewindableStream* NewClientRewindableStream(
+  static TKAPNewHandle<KAPSimpleStream> NewClientSimpleStream(
+      TKAPClientObject<KAPClientSimpleStream> client);
+  static TKAPNewHandle<KAPRewindableStream> NewClientRewindableStream(
       TKAPClientObject<KAPClientRewindableStream> client);
-  static KAPPositionableStream* NewClientPositionableStream(
+  static TKAPNewHandle<KAPPositionableStream> NewClientPositionableStream(
       TKAPClientObject<KAPClientPositionableStream> client);
 };
 

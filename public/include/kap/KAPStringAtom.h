@@ -1,7 +1,11 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <concepts>
+#include <string_view>
 #include <utility>
 
+#include "kap/KAPAdopt.h"
 #include "kap/KAPInterfaceClient.h"
 #include "kap/KAPStringInterface.h"
 
@@ -13,7 +17,7 @@ using KAPStringClient = TKAPInterfaceClient<KAPStringInterface>;
 // share one atom, so two atoms are equal exactly when their text pointers are.
 //
 //   const CKAPStringAtom key("born"), path = CKAPStringAtom("window.") + key;
-//   if (key.Text() == other.Text()) ...      // one comparison, whatever the length
+//   if (key == other) ...                    // one comparison, whatever the length
 //
 // Ownership: holds one reference, released on destruction. The text is borrowed from the host and
 //   lives as long as the atom.
@@ -24,10 +28,20 @@ class CKAPStringAtom {
  public:
   CKAPStringAtom() noexcept : fAtom(nullptr), fText(nullptr) {}
   // Leaves both fields unset. Only for code that writes them before anything reads them: neither
-  // reading nor destroying such an object is defined.
-  explicit CKAPStringAtom(bool) noexcept {}   // NOLINT(cppcoreguidelines-pro-type-member-init)
+  // reading nor destroying such an object is defined. Exactly `bool`, or any pointer would do.
+  template <std::same_as<bool> Unset>
+  explicit CKAPStringAtom(Unset) noexcept {}  // NOLINT(cppcoreguidelines-pro-type-member-init)
   explicit CKAPStringAtom(const char* text);  // null: std::bad_alloc, as without memory
-  // Adopts the reference if `adopt`, else adds one. Null makes an object without atom and text.
+  // The same for a text without a terminator. TOQException "a string atom cannot hold a zero byte".
+  // A long text is copied through host memory.
+  explicit CKAPStringAtom(std::string_view text);
+  // Adds a reference; adopts it; adopts the one that comes with a new handle. Null makes an object
+  // without atom and text. Exactly a handle, so that `nullptr` stays a null text.
+  template <std::same_as<KAPStringAtom*> Handle>
+  explicit CKAPStringAtom(Handle atom) : CKAPStringAtom(atom, false) {}
+  CKAPStringAtom(KAPStringAtom* atom, KAPAdopt) : CKAPStringAtom(atom, true) {}
+  explicit CKAPStringAtom(TKAPNewHandle<KAPStringAtom> atom) : CKAPStringAtom(atom, true) {}
+  // The older form: adopts the reference if `adopt`, else adds one.
   CKAPStringAtom(KAPStringAtom* atom, bool adopt);
   CKAPStringAtom(const CKAPStringAtom& other);
   CKAPStringAtom(CKAPStringAtom&& other) noexcept
@@ -48,6 +62,11 @@ class CKAPStringAtom {
   KAPStringAtom* Detach() noexcept {
     fText = nullptr;
     return std::exchange(fAtom, nullptr);
+  }
+
+  // Whether both are the same atom, which is whether the texts are equal; also when both are empty.
+  friend bool operator==(const CKAPStringAtom& a, const CKAPStringAtom& b) noexcept {
+    return a.fText == b.fText;
   }
 
   // The concatenation. Deliberate: CKAPError "Memory Copy Error" when a side has no text, even if

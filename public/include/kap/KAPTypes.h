@@ -1,6 +1,14 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
+
+// Every header includes this one before it uses C++20. The missing file stops the compiler here,
+// before hundreds of errors that all mean the same.
+#if __cplusplus < 202002L
+#error "KAPUtils needs C++20: compile with -std=c++20"
+#include <compile-with-std=c++20>
+#endif
 
 // The opaque handles and the plain C types that cross the binder.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "pos/POSObject.h"
@@ -24,6 +25,7 @@ class TPOSKind : public CPOSObject {
   // The downcast: another reference to the same object, as one of the kind. For an object of
   // another kind, or an empty one: an empty reference when `noThrow`, else POSException.
   TPOSKind(const CPOSObject& object, bool noThrow) : CPOSObject(Downcast(object, noThrow)) {}
+  explicit TPOSKind(const CPOSObject& object) : TPOSKind(object, false) {}
 
  protected:
   // A new object, from the handle that its "New" procedure returned. CKAPError "invalid container"

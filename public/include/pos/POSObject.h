@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "kap/KAPContainer.h"
 #include "kap/KAPMethodTable.h"
+#include "kap/KAPStringAtom.h"
 #include "pos/POSException.h"
 #include "pos/POSInterfaces.h"
 
@@ -36,19 +38,23 @@ class CPOSObject : public KAPContainerBaseGeneric {
 
   // The object that `text` describes, see "CreateFromText" of POSObjectStatics; an empty
   // reference on failure. `end` may be null.
-  static CPOSObject CreateFromText(const char* text, const char** end);
+  [[nodiscard]] static CPOSObject CreateFromText(const char* text, const char** end);
 
   // A copy that can change without the original; the same object for a scalar, which never changes.
   // POSException "CPOSObject::Clone failed", with a report.
-  CPOSObject Clone() const;
+  [[nodiscard]] CPOSObject Clone() const;
   // Whether both have the same kind and the same content. A dictionary equals one that holds more
   // than it does, deliberately. False when `other` is empty.
-  bool IsEqual(const CPOSObject& other) const;
+  [[nodiscard]] bool IsEqual(const CPOSObject& other) const;
   // A POSType; another component may return any number.
   int GetType() const;
 
  private:
   static constinit CPOSObjectTerminate fTerm;
 };
+
+// The atom of a text that a caller passed as a key, a path or the name of a type. POSException
+// "a key, path or type name is null": without it, a null text would look like exhausted memory.
+CKAPStringAtom POSAtomOf(const char* text);
 
 }  // namespace KAP_T_MT

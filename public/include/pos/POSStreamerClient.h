@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "kap/KAPStream.h"
@@ -8,8 +9,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A streamer of the library: writes property objects to streams and reads them back.
 //
-//   CKAPPositionableStream stream;                      // in memory; KAPStreamFactory.h has others
-//   const CPOSStreamer streamer;
+//   CKAPPositionableStream stream = CKAPPositionableStream::New();  // in memory
+//   const CPOSStreamer streamer = CPOSStreamer::New();
 //   streamer.Serialize(stream, settings);
 //   stream.Seek(0, kKAPSeekFromStart);
 //   const CPOSObject copy = streamer.Deserialize(stream);
@@ -21,7 +22,17 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Threads: see POSStreamerInterface.
 class CPOSStreamer : public KAPContainerBaseGeneric {
  public:
+  // A new streamer. Deprecated: New.
+  KAP_DEPRECATED("use CPOSStreamer::New()")
   CPOSStreamer() : KAPContainerBaseGeneric(Client::Call<"NewPOSStreamer">(), KAPAdopt()) {}
+  [[nodiscard]] static CPOSStreamer New() {
+    return CPOSStreamer(Client::Call<"NewPOSStreamer">(), KAPAdopt());
+  }
+  // A reference to an existing streamer: adds one, adopts one; null makes an empty reference when it
+  // is adopted. Neither looks at what the handle is: the first call does.
+  explicit CPOSStreamer(POSStreamer* handle) : KAPContainerBaseGeneric(handle) {}
+  CPOSStreamer(POSStreamer* handle, KAPAdopt adopt) noexcept
+      : KAPContainerBaseGeneric(handle, adopt) {}
 
   // Writes at the stream's position. Whether it failed shows only in the binder's reports.
   void Serialize(const CKAPPositionableStream& stream, const CPOSObject& object,
@@ -29,7 +40,7 @@ class CPOSStreamer : public KAPContainerBaseGeneric {
     Client::Call<"Serialize">(Handle(), stream.Handle(), object.Handle(), version);
   }
   // Reads from the stream's position; an empty reference on failure.
-  CPOSObject Deserialize(const CKAPPositionableStream& stream) const {
+  [[nodiscard]] CPOSObject Deserialize(const CKAPPositionableStream& stream) const {
     POSObject* object = Client::Call<"Deserialize">(Handle(), stream.Handle());
     return object ? CPOSObject(object, KAPAdopt()) : CPOSObject();
   }

@@ -1,5 +1,9 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <string_view>
+
+#include "kap/KAPMemory.h"
 #include "pos/POSKind.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
@@ -12,6 +16,9 @@ class CPOSString : public TPOSKind<POSStringInterface, "IsPOSString",
   using TPOSKind::TPOSKind;
   // Copies the text. CKAPError "invalid container", with a report, when the object cannot be made.
   explicit CPOSString(const char* text) : TPOSKind(Call<"NewPOSString">(text), KAPAdopt()) {}
+
+  // The same for a text without a terminator. TOQException for one that contains a zero byte.
+  explicit CPOSString(std::string_view text) : CPOSString(KAPTerminatedText(text).Text()) {}
 
   // The terminated text, borrowed: it lives as long as the object.
   const char* Get() const { return Call<"Get">(Handle()); }

@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: MIT
 #pragma once
+
+#include <string_view>
 
 #include "kap/KAPContainer.h"
 #include "kap/KAPMethodTable.h"
@@ -27,9 +30,15 @@ class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseG
 
   // Whether the object complies with the type. If not, `message`, unless null, is called for each
   // reason. False also, with a report of the validator, when the check could not be made.
-  bool Validate(const CPOSObject& object, const CKAPStringAtom& typeName,
-                POSMessageProc message) const;
-  bool Validate(const CPOSObject& object, const char* typeName, POSMessageProc message) const {
+  // POSException "a key, path or type name is null".
+  [[nodiscard]] bool Validate(const CPOSObject& object, const CKAPStringAtom& typeName,
+                              POSMessageProc message) const;
+  [[nodiscard]] bool Validate(const CPOSObject& object, const char* typeName,
+                              POSMessageProc message) const {
+    return Validate(object, POSAtomOf(typeName), message);
+  }
+  [[nodiscard]] bool Validate(const CPOSObject& object, std::string_view typeName,
+                              POSMessageProc message) const {
     return Validate(object, CKAPStringAtom(typeName), message);
   }
 
@@ -38,6 +47,22 @@ class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseG
  private:
   static constinit CPOSValidatorTerminate fTerm;
 };
+
+// The table of POSStructValidatorInterface: loads it whether or not it is stale, and if it is stale.
+// Whether it is loaded and current now; the first throws for a procedure that the host lacks
+// (kap/KAPInterfaceClient.h).
+inline bool ConstructPOSStructValidatorInterfaceProcs() {
+  return TKAPInterfaceClient<POSStructValidatorInterface>::LoadProcTable(true);
+}
+inline bool GetGlobalPOSStructValidatorInterfaceProcs() noexcept {
+  return TKAPInterfaceClient<POSStructValidatorInterface>::TryRefresh();
+}
+
+// Fills the slots with the methods of a validator's container; see KAPVTabInitProc.
+inline int ConstructPOSValidatorVirtualInterfaceMethods(POSValidator* validator, int required,
+                                                        KAPVTabGeneric::Slot* slots) {
+  return TInterfaceConstructor<POSValidatorInterface>::InitProc(validator, required, slots);
+}
 
 // A validator over a schema of one's own. When the interface is gone, its constructor and its own
 // calls throw the CKAPError with the empty message (kap/KAPInterfaceClient.h), without a report.
@@ -54,12 +79,16 @@ class CPOSStructValidator : public CPOSValidator {
                             void* clientData);
   void RegisterCallbackProc(const char* typeName, POSExtraValidationProc callback,
                             void* clientData) {
+    RegisterCallbackProc(POSAtomOf(typeName), callback, clientData);
+  }
+  void RegisterCallbackProc(std::string_view typeName, POSExtraValidationProc callback,
+                            void* clientData) {
     RegisterCallbackProc(CKAPStringAtom(typeName), callback, clientData);
   }
 
   // Whether the dictionary is a schema; `message` as for Validate. What the check throws reaches
   // the caller, as std::exception.
-  static bool ValidateSchema(const CPOSDict& schema, POSMessageProc message);
+  [[nodiscard]] static bool ValidateSchema(const CPOSDict& schema, POSMessageProc message);
 };
 
 }  // namespace KAP_T_MT

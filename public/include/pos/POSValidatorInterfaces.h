@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "kap/KAPInterface.h"
@@ -60,6 +61,6 @@ struct POSStructValidatorInterface
           // through: nothing is reported, and the caller, which is C++, may catch what its check
           // throws (as std::exception). [shared read]
           TKAPMethod<"ValidateSchema", "POSStructValidatorValidateSchemaProc",
-                     bool(POSDict* schema, POSMessageProc message)>> {};
+                     bool(POSDict* schema, POSMessageProc message), kKAPThrows>> {};
 
 }  // namespace KAP_T_MT

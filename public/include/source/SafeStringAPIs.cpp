@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SafeStringAPIs.h"
 
 // NOLINTNEXTLINE(modernize-deprecated-headers): strnlen is POSIX and not part of <cstring>

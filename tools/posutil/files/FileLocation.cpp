@@ -2,12 +2,12 @@
 #include "files/FileLocation.h"
 
 #include <fcntl.h>
-#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
+#include <climits>
 
 namespace PosUtil {
 

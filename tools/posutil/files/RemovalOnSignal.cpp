@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "files/RemovalOnSignal.h"
 
-#include <limits.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 
 namespace PosUtil {
 

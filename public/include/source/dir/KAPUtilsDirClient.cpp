@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dir/KAPUtilsDirClient.h"
 
 #include "kap/KAPError.h"

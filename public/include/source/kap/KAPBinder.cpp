@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPBinder.h"
 
 #include "source/kap/KAPBinding.h"

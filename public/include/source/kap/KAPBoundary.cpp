@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPBoundary.h"
 
 #include "kap/KAPBinder.h"

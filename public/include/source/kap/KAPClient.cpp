@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPClient.h"
 
 #include <string>

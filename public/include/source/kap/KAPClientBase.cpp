@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPClientBase.h"
 
 #include "kap/KAPBoundary.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPClientStream.h"
 
 #include "kap/KAPError.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPContainer.h"
 
 namespace KAP_T_MT {
@@ -22,14 +23,15 @@ void* CKAPContainer::BCGetInstance(KAPContainer* container, const CKAPStringAtom
   return instance;
 }
 
-KAPContainer* CKAPContainer::NewFullContainer(void* instance, const CKAPStringAtom& instanceName,
-                                              const CKAPStringAtom& interfaceName,
-                                              KAPDeleteProc deleteInstance) {
+TKAPNewHandle<KAPContainer> CKAPContainer::NewFullContainer(void* instance,
+                                                            const CKAPStringAtom& instanceName,
+                                                            const CKAPStringAtom& interfaceName,
+                                                            KAPDeleteProc deleteInstance) {
   KAPContainer* container = nullptr;
   KAPCheck(KAPContainerClient::Call<"NewFullContainer">(&container, instance, instanceName.Handle(),
                                                         interfaceName.Handle(), deleteInstance));
   if (!container) ThrowInvalidContainerException();
-  return container;
+  return TKAPNewHandle(container);
 }
 
 void CKAPContainer::ThrowInvalidContainerException() {
@@ -58,5 +60,9 @@ KAPContainer* NewEmptyContainer() {
 }  // namespace
 
 CKAPContainerHolder::CKAPContainerHolder() : fContainer(NewEmptyContainer()) {}
+
+CKAPContainerHolder CKAPContainerHolder::New() {
+  return CKAPContainerHolder(NewEmptyContainer(), KAPAdopt());
+}
 
 }  // namespace KAP_T_MT

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPDataStore.h"
 
 #include "kap/KAPError.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPError.h"
 
 #include <cstring>
@@ -79,14 +80,27 @@ const char* CKAPError::what() const noexcept {
   return CanAsk() ? TextOf(Errors::CallLoaded<"GetErrorMessage">(fError)) : kUnknownText;
 }
 
+const char* CKAPError::Component() const noexcept {
+  if (!fError) return "";
+  return CanAsk() ? TextOf(Errors::CallLoaded<"GetComponent">(fError)) : nullptr;
+}
+
+long CKAPError::Code() const noexcept {
+  return fError && CanAsk() ? Errors::CallLoaded<"GetID">(fError) : 0;
+}
+
+void* CKAPError::ClientData() const noexcept {
+  return fError && CanAsk() ? Errors::CallLoaded<"GetErrorInfo">(fError) : nullptr;
+}
+
 bool CKAPError::Matches(const char* component, long code) const {
   if (!fError) return *component == '\0' && code == 0;
   if (!CanAsk()) {
     KAPThrowLoadFailure(gFinishedInit ? KAPLoadOutcome::kMissingProcedure
                                       : KAPLoadOutcome::kUnavailable);
   }
-  const char* own = TextOf(Errors::CallLoaded<"GetComponent">(fError));
-  return own && std::strcmp(own, component) == 0 && Errors::CallLoaded<"GetID">(fError) == code;
+  const char* own = Component();
+  return own && std::strcmp(own, component) == 0 && Code() == code;
 }
 
 void CKAPError::ThrowError(const char* message, const char* component, long code, void* clientData,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPFilter.h"
 
 #include <utility>
@@ -46,13 +47,16 @@ KAPDataSink* Required(KAPDataSink* sink) {
 
 CKAPDataSink::CKAPDataSink() : TKAPReference(NewSink<"NewNullDataSink">(), KAPAdopt()) {}
 
+CKAPDataSink CKAPDataSink::New() { return CKAPDataSink(NewSink<"NewNullDataSink">(), KAPAdopt()); }
+
 CKAPDataSink::CKAPDataSink(TKAPClientObject<KAPClientDataSink> client)
     : TKAPReference(Required(_NewClientDataSink(std::move(client))), KAPAdopt()) {}
 
-KAPDataSink* CKAPDataSink::_NewClientDataSink(TKAPClientObject<KAPClientDataSink> client) {
-  return KAPHandOver<KAPFilterInterface>(std::move(client), [](void* object) {
+TKAPNewHandle<KAPDataSink> CKAPDataSink::_NewClientDataSink(
+    TKAPClientObject<KAPClientDataSink> client) {
+  return TKAPNewHandle(KAPHandOver<KAPFilterInterface>(std::move(client), [](void* object) {
     return NewSink<"NewClientDataSink">(object, MySinkWrite, MySinkDelete);
-  });
+  }));
 }
 
 void CKAPDataSink::Write(const unsigned char* data, std::size_t size) {
@@ -64,12 +68,12 @@ bool CKAPDataSink::IsFilter() const { return KAPFilterClient::Call<"IsFilter">(H
 CKAPFilter::CKAPFilter(const CKAPDataSink& target, TKAPClientObject<KAPClientFilter> client)
     : CKAPFilter(Required(_NewClientFilter(target, std::move(client))), KAPAdopt()) {}
 
-KAPFilter* CKAPFilter::_NewClientFilter(const CKAPDataSink& target,
-                                        TKAPClientObject<KAPClientFilter> client) {
-  return KAPHandOver<KAPFilterInterface>(std::move(client), [&](void* object) {
+TKAPNewHandle<KAPFilter> CKAPFilter::_NewClientFilter(const CKAPDataSink& target,
+                                                      TKAPClientObject<KAPClientFilter> client) {
+  return TKAPNewHandle(KAPHandOver<KAPFilterInterface>(std::move(client), [&](void* object) {
     return NewSink<"NewClientFilter">(target.Handle(), object, MySinkWrite, MySinkDelete,
                                       MyFilterClose, MyFilterGetVellumcodeFilter);
-  });
+  }));
 }
 
 CKAPFilter CKAPFilter::NewIdentityFilter(const CKAPDataSink& target) {
@@ -102,13 +106,13 @@ CKAPFilterJPEG::CKAPFilterJPEG(const CKAPDataSink& target,
                                TKAPClientObject<KAPClientFilterJPEG> client)
     : CKAPFilter(Required(_NewFilterJPEG(target, std::move(client))), KAPAdopt()) {}
 
-KAPFilter* CKAPFilterJPEG::_NewFilterJPEG(const CKAPDataSink& target,
-                                          TKAPClientObject<KAPClientFilterJPEG> client) {
-  return KAPHandOver<KAPFilterInterface>(std::move(client), [&](void* object) {
+TKAPNewHandle<KAPFilter> CKAPFilterJPEG::_NewFilterJPEG(
+    const CKAPDataSink& target, TKAPClientObject<KAPClientFilterJPEG> client) {
+  return TKAPNewHandle(KAPHandOver<KAPFilterInterface>(std::move(client), [&](void* object) {
     return NewSink<"NewFilterJPEG">(target.Handle(), object, MySinkWrite, MySinkDelete,
                                     MyFilterClose, MyFilterGetVellumcodeFilter, MyImageParms,
                                     MyCompressionParms);
-  });
+  }));
 }
 
 void CKAPFilterJPEG::SetImageParameters(int width, int height, int channels) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPInterfaceClient.h"
 
 #include "kap/KAPBinder.h"

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPMemory.h"
 
+#include <cstring>
 #include <new>
 
 #include "kap/KAPInterfaceClient.h"
@@ -31,6 +33,14 @@ void CKAPMemory::Free(void* block) noexcept {
 }
 
 void CKAPMemory::ThrowMemError() { throw std::bad_alloc(); }
+
+KAPTerminatedText::KAPTerminatedText(std::string_view text) {
+  if (text.find('\0') != text.npos) throw TOQException("a string atom cannot hold a zero byte");
+  if (text.size() >= sizeof fShort) fLong = KAPNewBlock<char>(KAPCheckedSize(text.size(), 1, 1));
+  char* const copy = fLong ? fLong.get() : fShort;
+  if (!text.empty()) std::memcpy(copy, text.data(), text.size());
+  copy[text.size()] = '\0';
+}
 
 std::size_t KAPCheckedSize(std::size_t count, std::size_t size, std::size_t header) {
   std::size_t bytes = 0;

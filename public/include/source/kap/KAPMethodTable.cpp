@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPMethodTable.h"
 
 #include <mutex>
@@ -38,7 +39,7 @@ KAPVTabListGeneric::~KAPVTabListGeneric() { DeleteAll(); }
 
 const KAPVTabGeneric::Slot* KAPVTabListGeneric::GetVTabDynamic(KAPContainer* container,
                                                                KAPVTabInitProc initProc) {
-  const char* signature = container ? CKAPContainer::GetSignature(container) : nullptr;
+  const char* signature = CKAPContainer::GetSignature(container);
   if (!signature) CKAPContainer::ThrowNoSignatureException();
   // Without the lock: the count of a table is stored last, so a current table is complete.
   const KAPVTabGeneric* last = fLast.load(std::memory_order_acquire);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPProgress.h"
 
 #include <utility>
@@ -21,19 +22,25 @@ constexpr KAPProgressDeleteProc MyProgressDelete = &KAPDeleteClientProc;
 CKAPProgress::CKAPProgress()
     : CKAPProgress(KAPProgressClient::Call<"NewNullProgress">(), KAPAdopt()) {}
 
+CKAPProgress CKAPProgress::New() {
+  return CKAPProgress(KAPProgressClient::Call<"NewNullProgress">(), KAPAdopt());
+}
+
 CKAPProgress::CKAPProgress(TKAPClientObject<KAPClientProgress> client)
-    : CKAPProgress(KAPMade<KAPProgressInterface>(_NewClientProgress(std::move(client))),
-                   KAPAdopt()) {}
+    : CKAPProgress(
+          KAPMade<KAPProgressInterface, KAPProgress>(_NewClientProgress(std::move(client))),
+          KAPAdopt()) {}
 
 void CKAPProgress::FinishConstruct() const {
   if (IsNull()) CKAPError::ThrowError("couldn't construct CKAPProgress", "", 0);
 }
 
-KAPProgress* CKAPProgress::_NewClientProgress(TKAPClientObject<KAPClientProgress> client) {
-  return KAPHandOver<KAPProgressInterface>(std::move(client), [](void* object) {
+TKAPNewHandle<KAPProgress> CKAPProgress::_NewClientProgress(
+    TKAPClientObject<KAPClientProgress> client) {
+  return TKAPNewHandle(KAPHandOver<KAPProgressInterface>(std::move(client), [](void* object) {
     return KAPProgressClient::CallLoaded<"NewClientProgress">(object, MyProgressUpdate,
                                                               MyProgressDelete);
-  });
+  }));
 }
 
 void CKAPProgress::Update(float fraction, const char* text, int flag) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPSharedBuff.h"
 
 #include <memory>
@@ -8,8 +9,9 @@ void CKAPSharedBuff::Init() { KAPSharedBuffClient::Refresh(); }
 
 void CKAPSharedBuff::Close() noexcept { KAPSharedBuffClient::Drop(); }
 
-KAPSharedBuffer* CKAPSharedBuff::NewBuffer(std::size_t size, void* data, KAPDeleteProc deleteProc,
-                                           KAPGrowProc growProc, void* clientData) {
+TKAPNewHandle<KAPSharedBuffer> CKAPSharedBuff::NewBuffer(std::size_t size, void* data,
+                                                         KAPDeleteProc deleteProc,
+                                                         KAPGrowProc growProc, void* clientData) {
   const auto giveBack = [=](void* storage) {
     if (deleteProc) deleteProc(storage);
   };
@@ -18,7 +20,7 @@ KAPSharedBuffer* CKAPSharedBuff::NewBuffer(std::size_t size, void* data, KAPDele
       KAPSharedBuffClient::Call<"NewBuffer">(size, data, deleteProc, growProc, clientData);
   if (!buffer) CKAPMemory::ThrowMemError();
   static_cast<void>(storage.release());  // the buffer owns it now
-  return buffer;
+  return TKAPNewHandle(buffer);
 }
 
 unsigned char* CKAPSharedBuff::GetBuffer(KAPSharedBuffer* buffer) {

@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPStream.h"
+
+#include <utility>
 
 #include "kap/KAPError.h"
 #include "kap/KAPStreamFactory.h"
@@ -8,6 +11,9 @@ namespace KAP_T_MT {
 constinit CKAPSimpleStreamTerminate CKAPSimpleStream::fSimpleTerm;
 constinit CKAPRewindableStreamTerminate CKAPRewindableStream::fRewindableTerm;
 constinit CKAPPositionableStreamTerminate CKAPPositionableStream::fPositionableTerm;
+
+CKAPSimpleStream::CKAPSimpleStream(TKAPClientObject<KAPClientSimpleStream> client)
+    : CKAPSimpleStream(CKAPStreamFactory::NewClientSimpleStream(std::move(client))) {}
 
 std::size_t CKAPSimpleStream::Read(unsigned char* buffer, std::size_t size) {
   std::size_t count = 0;
@@ -19,6 +25,9 @@ std::size_t CKAPSimpleStream::Read(unsigned char* buffer, std::size_t size) {
 void CKAPSimpleStream::Write(const unsigned char* buffer, std::size_t size) {
   KAPCheck(fSimpleTerm.Method<"Write">(Handle())(Handle(), buffer, size));
 }
+
+CKAPRewindableStream::CKAPRewindableStream(TKAPClientObject<KAPClientRewindableStream> client)
+    : CKAPRewindableStream(CKAPStreamFactory::NewClientRewindableStream(std::move(client))) {}
 
 CKAPRewindableStream CKAPRewindableStream::CreateIndependentlyRewindableStream() {
   KAPRewindableStream* stream = nullptr;
@@ -32,10 +41,20 @@ void CKAPRewindableStream::Rewind() {
 }
 
 CKAPPositionableStream::CKAPPositionableStream()
-    : CKAPPositionableStream(CKAPStreamFactory::NewPositionableMemoryStream(), KAPAdopt()) {}
+    : CKAPPositionableStream(CKAPStreamFactory::NewPositionableMemoryStream()) {}
 
 CKAPPositionableStream::CKAPPositionableStream(const char* path, const char* mode)
-    : CKAPPositionableStream(CKAPStreamFactory::NewPositionableFileStream(path, mode), KAPAdopt()) {
+    : CKAPPositionableStream(CKAPStreamFactory::NewPositionableFileStream(path, mode)) {}
+
+CKAPPositionableStream::CKAPPositionableStream(TKAPClientObject<KAPClientPositionableStream> client)
+    : CKAPPositionableStream(CKAPStreamFactory::NewClientPositionableStream(std::move(client))) {}
+
+CKAPPositionableStream CKAPPositionableStream::New() {
+  return CKAPPositionableStream(CKAPStreamFactory::NewPositionableMemoryStream());
+}
+
+CKAPPositionableStream CKAPPositionableStream::New(const unsigned char* data, std::size_t size) {
+  return CKAPPositionableStream(CKAPStreamFactory::NewPositionableBufferStream(data, size));
 }
 
 CKAPPositionableStream CKAPPositionableStream::CreateIndependentlyPositionableStream() {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPStreamFactory.h"
 
 #include <utility>
@@ -23,49 +24,50 @@ constexpr KAPClientMarkProc MyMarkProc = &TKAPClientProc<&KAPClientPositionableS
 constexpr KAPClientSeekProc MySeekProc = &TKAPClientProc<&KAPClientPositionableStream::Seek>::Call;
 
 template <TKAPName Method, class... Args>
-KAPContainer* NewStream(Args... args) {
-  if (!GetGlobalKAPStreamFactoryInterfaceProcs()) return nullptr;
+TKAPNewHandle<KAPContainer> NewStream(Args... args) {
+  if (!GetGlobalKAPStreamFactoryInterfaceProcs()) return TKAPNewHandle<KAPContainer>(nullptr);
   KAPContainer* stream = nullptr;
   KAPCheck(KAPStreamFactoryClient::CallLoaded<Method>(&stream, args...));
-  return stream;
+  return TKAPNewHandle(stream);
 }
 
 template <TKAPName Method, class Client, class... Procs>
-KAPContainer* NewClientStream(TKAPClientObject<Client> client, Procs... procs) {
-  return KAPHandOver<KAPStreamFactoryInterface>(
-      std::move(client), [=](void* object) { return NewStream<Method>(object, procs...); });
+TKAPNewHandle<KAPContainer> NewClientStream(TKAPClientObject<Client> client, Procs... procs) {
+  return TKAPNewHandle(KAPHandOver<KAPStreamFactoryInterface>(
+      std::move(client),
+      [=](void* object) -> KAPContainer* { return NewStream<Method>(object, procs...); }));
 }
 
 }  // namespace
 
-KAPPositionableStream* CKAPStreamFactory::NewPositionableMemoryStream() {
+TKAPNewHandle<KAPPositionableStream> CKAPStreamFactory::NewPositionableMemoryStream() {
   return NewStream<"NewPositionableMemoryStream">();
 }
 
-KAPPositionableStream* CKAPStreamFactory::NewPositionableBufferStream(const unsigned char* data,
-                                                                      std::size_t size) {
+TKAPNewHandle<KAPPositionableStream> CKAPStreamFactory::NewPositionableBufferStream(
+    const unsigned char* data, std::size_t size) {
   return NewStream<"NewPositionableBufferStream">(data, size);
 }
 
-KAPPositionableStream* CKAPStreamFactory::NewPositionableFileStream(const char* path,
-                                                                    const char* mode) {
+TKAPNewHandle<KAPPositionableStream> CKAPStreamFactory::NewPositionableFileStream(
+    const char* path, const char* mode) {
   return NewStream<"NewPositionableFileStream">(path, mode);
 }
 
-KAPSimpleStream* CKAPStreamFactory::NewClientSimpleStream(
+TKAPNewHandle<KAPSimpleStream> CKAPStreamFactory::NewClientSimpleStream(
     TKAPClientObject<KAPClientSimpleStream> client) {
   return NewClientStream<"NewClientSimpleStream">(std::move(client), MyReadProc, MyWriteProc,
                                                   MyDeleteStreamProc);
 }
 
-KAPRewindableStream* CKAPStreamFactory::NewClientRewindableStream(
+TKAPNewHandle<KAPRewindableStream> CKAPStreamFactory::NewClientRewindableStream(
     TKAPClientObject<KAPClientRewindableStream> client) {
   return NewClientStream<"NewClientRewindableStream">(
       std::move(client), MyReadProc, MyWriteProc, MyDeleteStreamProc,
       MyCreateIndependentlyRewindableStreamProc, MyRewindProc);
 }
 
-KAPPositionableStream* CKAPStreamFactory::NewClientPositionableStream(
+TKAPNewHandle<KAPPositionableStream> CKAPStreamFactory::NewClientPositionableStream(
     TKAPClientObject<KAPClientPositionableStream> client) {
   return NewClientStream<"NewClientPositionableStream">(
       std::move(client), MyReadProc, MyWriteProc, MyDeleteStreamProc,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/KAPStringAtom.h"
 
 #include <cstdint>
@@ -24,6 +25,9 @@ CKAPStringAtom::CKAPStringAtom(const char* text) : CKAPStringAtom() {
     ThrowBadAlloc();
   fText = KAPStringClient::Call<"GetCString">(fAtom);
 }
+
+CKAPStringAtom::CKAPStringAtom(std::string_view text)
+    : CKAPStringAtom(KAPTerminatedText(text).Text()) {}
 
 CKAPStringAtom::CKAPStringAtom(KAPStringAtom* atom, bool adopt) : CKAPStringAtom() {
   if (!atom) return;

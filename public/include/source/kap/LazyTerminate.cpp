@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/LazyTerminate.h"
 
 #include <mutex>

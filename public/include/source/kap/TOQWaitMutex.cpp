@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kap/TOQWaitMutex.h"
 
 namespace KAP_T_MT {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "POSDict.h"
 
 namespace KAP_T_MT {
@@ -33,6 +34,13 @@ bool CPOSDict::DeepHasKey(const CKAPStringAtom& path) const {
 
 void CPOSDict::Put(const CKAPStringAtom& key, const CPOSObject& object) {
   Call<"Put">(Handle(), key.Handle(), object.Handle());
+}
+
+void CPOSDict::PutOrThrow(const CKAPStringAtom& key, const CPOSObject& object) {
+  Put(key, object);
+  if (object.IsNull() || Get(key, true).Handle() != object.Handle()) {
+    throw POSException("CPOSDict::Put failed");
+  }
 }
 
 void CPOSDict::Remove(const CKAPStringAtom& key) { Call<"Remove">(Handle(), key.Handle()); }

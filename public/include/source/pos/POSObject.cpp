@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pos/POSObject.h"
 
 namespace KAP_T_MT {
@@ -26,6 +27,11 @@ CPOSObject CPOSObject::Clone() const {
 
 bool CPOSObject::IsEqual(const CPOSObject& other) const {
   return fTerm.Method<"IsEqual">(Handle())(Handle(), other.Handle());
+}
+
+CKAPStringAtom POSAtomOf(const char* text) {
+  if (!text) throw POSException("a key, path or type name is null");
+  return CKAPStringAtom(text);
 }
 
 int CPOSObject::GetType() const { return fTerm.Method<"GetType">(Handle())(Handle()); }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pos/POSRawPointer.h"
 
 namespace KAP_T_MT {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "POSValidator.h"
 
 namespace KAP_T_MT {

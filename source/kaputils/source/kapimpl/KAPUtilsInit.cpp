@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The three functions that the library exports.
 
 #include "KAPUtilsVersion.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The procedures of "KAPUtilsDirInterface" and "KAPUtilsTempFileStreamFactory".
 
 #include "kaputilsdirimpl/KAPUtilsDirImpl.h"

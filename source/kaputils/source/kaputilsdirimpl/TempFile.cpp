@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kaputilsdirimpl/TempFile.h"
 
 #include <utility>

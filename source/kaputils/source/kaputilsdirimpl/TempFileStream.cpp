@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kaputilsdirimpl/TempFileStream.h"
 
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The directory's operations on a POSIX system.
 
 #include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kapimpl/base/KAPUtilsAtoms.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/base/BaseObject.h"
 
 namespace NPOSObjectImpl {

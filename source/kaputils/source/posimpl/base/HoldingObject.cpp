@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/base/HoldingObject.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/base/NestingGuard.h"
 
 #include <pthread.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/base/ObjectCount.h"
 
 namespace NPOSObjectImpl {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/base/SortableStringAtom.h"
 
 #include <algorithm>

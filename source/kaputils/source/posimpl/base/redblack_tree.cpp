@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/base/redblack_tree.h"
 
 // The rules: the root is black, a red node has black children, and every path from a node down to

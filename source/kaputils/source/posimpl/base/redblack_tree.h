@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // An ordered map whose nodes are the entries themselves.
 //
 // An entry carries its links, so that its owner decides where it lives, the tree allocates nothing,

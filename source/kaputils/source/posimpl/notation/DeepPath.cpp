@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Deep paths: where a value is inside a dictionary.
 //
 //   path    := segment+             a path that does not begin with "." is read as if it did

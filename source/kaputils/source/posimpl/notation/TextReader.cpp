@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/notation/TextReader.h"
 
 #include "kapimpl/base/Required.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/notation/TextToken.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/objects/Array.h"
 
 #include <algorithm>

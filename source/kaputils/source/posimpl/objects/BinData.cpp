@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/objects/BinData.h"
 
 #include <algorithm>

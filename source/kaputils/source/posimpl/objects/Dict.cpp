@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/objects/Dict.h"
 
 #include "posimpl/base/NestingGuard.h"

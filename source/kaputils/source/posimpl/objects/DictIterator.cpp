@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/objects/DictIterator.h"
 
 #include "kapimpl/base/ContainedObject.h"
@@ -7,8 +8,8 @@ namespace NPOSObjectImpl {
 
 POSDictIterator* DictIterator::NewContainer(const Dict& dict) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
-  return KAPContain(std::unique_ptr<DictIterator>(new DictIterator(dict)),
-                    atoms.POSDictIteratorImpl, atoms.POSDictIteratorInterface,
+  return KAPContain(std::make_unique<DictIterator>(dict), atoms.POSDictIteratorImpl,
+                    atoms.POSDictIteratorInterface,
                     [](void* instance) { delete static_cast<DictIterator*>(instance); });
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/objects/UnicodeString.h"
 
 #include <algorithm>

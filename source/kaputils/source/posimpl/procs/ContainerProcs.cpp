@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The procedures of arrays, dictionaries and their iterators.
 
 #include "kap/KAPBinder.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The procedures of "POSObjectInterface" and "POSObjectStatics".
 
 #include "kap/KAPBinder.h"

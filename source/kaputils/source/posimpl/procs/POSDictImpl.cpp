@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/procs/POSDictImpl.h"
 
 namespace NPOSObjectImpl {

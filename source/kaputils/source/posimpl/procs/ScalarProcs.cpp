@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The procedures of the kinds that never change.
 
 #include "kap/KAPBinder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/streamer/ICharStream.h"
 
 #include "pos/POSException.h"

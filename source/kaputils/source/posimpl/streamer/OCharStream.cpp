@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/streamer/OCharStream.h"
 
 namespace NPOSStreamerImpl::NTypeAImpl {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/streamer/POSStreamerImpl.h"
 
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/streamer/POSStreamerTypeA.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/streamer/StreamerVersions.h"
 
 #include <iterator>

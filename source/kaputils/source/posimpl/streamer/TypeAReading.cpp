@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How values are read. The objects are made first and filled in place.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How values are written. Object by object in place: no value crosses the boundary.
 
 #include <algorithm>

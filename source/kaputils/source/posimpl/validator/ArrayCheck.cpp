@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/base/FetchAhead.h"
 #include "posimpl/validator/Checks.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/validator/Category.h"
 
 #include <algorithm>

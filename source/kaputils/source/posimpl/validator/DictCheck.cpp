@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/validator/Checks.h"
 
 namespace NPOSValidatorImpl {

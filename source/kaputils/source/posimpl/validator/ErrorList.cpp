@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/validator/ErrorList.h"
 
 #include "posimpl/validator/MessageText.h"

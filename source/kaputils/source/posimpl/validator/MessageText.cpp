@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "posimpl/validator/MessageText.h"
 
 #include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale is POSIX

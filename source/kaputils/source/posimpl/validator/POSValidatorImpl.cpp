@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The procedures of "POSValidatorInterface" and "POSStructValidatorInterface".
 
 #include "posimpl/validator/POSValidatorImpl.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The categories of scalars.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The categories that combine types.
 
 #include "posimpl/validator/Checks.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The step from the name of a type to its check. Apart from TypeChecker.h, on which the checks rest.
 
 #include <memory>
