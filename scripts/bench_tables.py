@@ -176,9 +176,10 @@ def megabytes(size):
 
 
 def missing(results):
-    lines = [f"`{case}` of {series} for {n}: {reason}." for case, n, series, reason in
-             results.missing]
-    return "Not measured: " + " ".join(lines) + "\n" if lines else ""
+    """What could not be measured, and why."""
+    lines = {f"`{case}` for {number(n)}: {reason}" for case, n, _, reason in results.missing}
+    text = f"Not measured: {', '.join(sorted(lines))}."
+    return textwrap.fill(text, 100, break_on_hyphens=False) + "\n" if lines else ""
 
 
 def slopes(path):
