@@ -61,8 +61,8 @@ class Results:
             content = json.loads(text)
             self.loads += content.get("context", {}).get("load_avg", [])[:1]
             for run in content["benchmarks"]:
-                place = (program_place(path.stem), run["family_index"], run["per_family_instance_index"],
-                         run["run_name"])
+                place = (program_place(path.stem), run["family_index"],
+                         run["per_family_instance_index"], run["run_name"])
                 if run["run_type"] == "iteration":
                     families.setdefault(place, []).append(run)
         for _, runs in sorted(families.items()):

@@ -18,6 +18,7 @@ import time
 from bench_results import Results
 
 LARGEST_GROWTH = 1.3
+LEAST_DOCUMENT = 5_000_000  # bytes
 BLOCK = re.compile(r"(<!-- bench: (\w+) -->\n).*?(<!-- bench end -->)", re.DOTALL)
 PACKAGES = {"g++": "g++", "Google Benchmark": "libbenchmark-dev", "nlohmann": "nlohmann-json3-dev",
             "RapidJSON": "rapidjson-dev", "Boost.JSON": "libboost-json1.81-dev",
@@ -156,10 +157,12 @@ def single(results, alone):
 
 
 def memory(results):
-    """The peak memory of whole processes."""
+    """The peak memory of processes; for a small document it would be that of Python, their parent."""
     yield ["case", "document", "posutil", "for each byte of it", "jq"]
     for (case, _), row in results.rows.items():
         if all("peak_bytes" in row.get(series, NO_RESULT).counters for series in ("ours", "jq")):
+            if row["ours"].counters["document_bytes"] < LEAST_DOCUMENT:
+                continue
             ours, jq = row["ours"].counters, row["jq"].counters
             yield [f"`{case}`", megabytes(ours["document_bytes"]), megabytes(ours["peak_bytes"]),
                    f"{ours['peak_bytes'] / ours['document_bytes']:.1f} B",
