@@ -157,7 +157,7 @@ def single(results, alone):
 
 
 def memory(results):
-    """The peak memory of processes; for a small document it would be that of Python, their parent."""
+    """The peak memory of processes; for small documents it would be that of their parent."""
     yield ["case", "document", "posutil", "for each byte of it", "jq"]
     for (case, _), row in results.rows.items():
         if all("peak_bytes" in row.get(series, NO_RESULT).counters for series in ("ours", "jq")):
