@@ -54,7 +54,10 @@ void OurRead(State& state) {
   const std::vector<unsigned char> bytes(kTotal, 'x');
   stream.Write(bytes.data(), bytes.size());
   Measure(
-      state, [&](auto& buffer) { stream.Read(buffer.data(), buffer.size()); },
+      state,
+      [&](auto& buffer) {
+        if (stream.Read(buffer.data(), buffer.size()) != buffer.size()) std::abort();
+      },
       [&] { stream.Rewind(); });
 }
 

@@ -90,7 +90,7 @@ class Contest {
   }
 
  private:
-  static constexpr int kMostRounds = 20;
+  static constexpr int kMostRounds = 8;
   static constexpr double kRoundSeconds = 0.1;
   static constexpr double kLeastShare = 0.93;  // of a core, for each thread of a peer
 

@@ -3,6 +3,7 @@
 
 A chart that has no results is not drawn, and an old one stays.
 """
+import math
 import pathlib
 import subprocess
 import sys
@@ -52,8 +53,9 @@ def growth(results, folder):
     sizes = sorted({n for case, n in results.rows if case.startswith("parse_")})
     if len(sizes) < 2:
         return
-    commands = 'set multiplot layout 2,3\nset logscale x\nset format x "10^{%T}"\n'
-    commands += "set xtics 10\nunset mxtics\nunset key\nset xrange [600:1.6e6]\nset yrange [0:*]\n"
+    tics = ", ".join(f'"10^{{{round(math.log10(n))}}}" {n}' for n in sizes)
+    commands = ("set multiplot layout 2,3\nset logscale x\nunset key\n"
+                f"set xtics ({tics})\nset xrange [600:1.6e6]\nset yrange [0:*]\n")
     for content in CONTENTS:
         rows = [[n] + [time_of(results, f"parse_{content}", n, series) for series in SERIES]
                 for n in sizes]
@@ -102,22 +104,26 @@ def threads(results, folder):
 
 
 def goals(results, folder):
-    """A point for each goal of a ratio: the ratio divided by the goal; up to 1 is met."""
-    points = [(goal, goal.value / goal.limit) for goal in results.goals() if goal.peer]
-    if not points:
+    """A row for each case and peer, and in it a point for each n: the ratio divided by the goal."""
+    rows = {}
+    for goal in results.goals():
+        if goal.peer:
+            rows.setdefault(f"{goal.case} / {goal.peer}", []).append(goal)
+    if not rows:
         return
-    points.sort(key=lambda point: point[1])
-    rows = [[place, f"{goal.case} {goal.n or ''} / {goal.peer}", value,
-             0x009E73 if goal.is_met() else 0xD55E00]
-            for place, (goal, value) in enumerate(reversed(points))]
-    commands = block("goals", rows) + (
-        "unset key\nset logscale x\nset xtics (0.1, 0.2, 0.5, 1, 2, 5)\nset grid xtics\n"
-        "set ytics noenhanced font ',9'\nset xlabel 'ratio divided by the goal: 1 or less is met'\n"
+    worst = sorted(rows, key=lambda row: max(goal.value / goal.limit for goal in rows[row]))
+    points = [[len(rows) - 1 - place, row, goal.value / goal.limit,
+               0x009E73 if goal.is_met() else 0xD55E00]
+              for place, row in enumerate(worst) for goal in rows[row]]
+    commands = block("goals", points) + (
+        "unset key\nset logscale x\nset xtics (0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10)\n"
+        "set grid xtics\nset ytics noenhanced font ',10'\n"
+        "set xlabel 'ratio divided by the goal: 1 or less is met'\n"
         f"set yrange [-1:{len(rows)}]\n"
         "set arrow from 1, graph 0 to 1, graph 1 nohead linewidth 2 linecolor '#555555'\n"
         "plot $goals using 3:1:4:ytic(2) with points pointtype 7 pointsize 0.6 linecolor rgb "
         "variable\n")
-    draw(folder / "goals.svg", 900, 80 + 13 * len(rows), commands)
+    draw(folder / "goals.svg", 900, 80 + 15 * len(rows), commands)
 
 
 def main():

@@ -17,6 +17,11 @@ MODIFIER = re.compile(
     r"(iterations|repeats|min_time|min_warmup_time|threads):.*|process_time|real_time|manual_time")
 
 
+# The programs in the order of the page; others follow.
+PROGRAMS = ("bench_text", "bench_threads", "bench_stream", "bench_dict", "bench_clone",
+            "bench_scalars", "bench_validate", "posutil", "bench_path", "bench_tempfile")
+
+
 class Result:
     """One series of a case, over all of its repetitions."""
 
@@ -41,20 +46,23 @@ class Goal:
 
 
 class Results:
-    """What all programs measured, in the order of the programs."""
+    """What all programs measured; `paths` are pathlib paths."""
 
     def __init__(self, paths):
         self.rows = {}  # (case, n): {series: Result}
         self.missing = []  # (case, n, series, reason)
         self.loads = []  # the load average at the start of each program
         families = {}
-        for path in paths:
+        for path in sorted(paths, key=lambda path: program_place(path.stem)):
             with open(path, encoding="utf-8") as file:
-                content = json.load(file)
+                text = file.read()
+            if not text:  # the filter matched no benchmark of the program
+                continue
+            content = json.loads(text)
             self.loads += content.get("context", {}).get("load_avg", [])[:1]
             for run in content["benchmarks"]:
-                place = (path, run["family_index"], run["per_family_instance_index"],
-                         run["run_name"])
+                place = (program_place(path.stem), run["family_index"],
+                         run["per_family_instance_index"], run["run_name"])
                 if run["run_type"] == "iteration":
                     families.setdefault(place, []).append(run)
         for _, runs in sorted(families.items()):
@@ -84,6 +92,11 @@ class Results:
                 elif "target" in result.counters and "ours" in row:
                     yield Goal(case, n, series, result.counters["target"],
                                self.ratio(case, n, series))
+
+
+def program_place(name):
+    """A key for sorting."""
+    return (PROGRAMS.index(name) if name in PROGRAMS else len(PROGRAMS), name)
 
 
 def split_name(name):

@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: MIT
-"""bench_tables.py [--page PAGE] RESULT.json...: prints the tables of a run, or puts them into PAGE.
+"""bench_tables.py [--page PAGE] [--slopes FILE] RESULT.json...: prints the tables of a run, or puts
+them into PAGE.
 
 PAGE is a Markdown file. Each table replaces what stands between the lines "<!-- bench: NAME -->"
-and "<!-- bench end -->". Results in a folder "single" are those of processes with one thread.
+and "<!-- bench end -->". Results in a folder "single" are those of processes with one thread. FILE
+is what scripts/slopes printed.
 """
 import argparse
 import itertools
@@ -16,6 +18,7 @@ import time
 from bench_results import Results
 
 LARGEST_GROWTH = 1.3
+LEAST_DOCUMENT = 5_000_000  # bytes
 BLOCK = re.compile(r"(<!-- bench: (\w+) -->\n).*?(<!-- bench end -->)", re.DOTALL)
 PACKAGES = {"g++": "g++", "Google Benchmark": "libbenchmark-dev", "nlohmann": "nlohmann-json3-dev",
             "RapidJSON": "rapidjson-dev", "Boost.JSON": "libboost-json1.81-dev",
@@ -36,6 +39,9 @@ def table(rows):
 
 
 def number(n):
+    exponent = len(str(n)) - 1
+    if exponent >= 3 and n == 10**exponent:
+        return f"10^{exponent}"
     return f"{n:,}".replace(",", " ") if n else ""
 
 
@@ -73,12 +79,12 @@ def machine(results):
 
 def goals(results):
     """One row for the same case, peer and goal."""
-    yield ["case", "n", "divided by", "goal", "reached", ""]
+    yield ["case", "n", "by", "goal", "reached", ""]
     key = lambda goal: (goal.case, goal.peer, goal.limit)
     for (case, peer, limit), same in itertools.groupby(sorted_by_case(results.goals()), key):
         same = list(same)
         missed = sum(not goal.is_met() for goal in same)
-        verdict = "met" if not missed else "**missed**" if missed == len(same) else "**in part**"
+        verdict = "met" if not missed else "missed" if missed == len(same) else "in part"
         unit = "" if peer else " ms"
         yield [f"`{case}`", ", ".join(number(goal.n) for goal in same), peer, f"{limit:g}{unit}",
                ", ".join(figure(goal.value) for goal in same) + unit, verdict]
@@ -103,33 +109,28 @@ def count(results):
 
 
 def ratios(results):
-    """A table for each group of neighbouring cases with the same series."""
-    groups = itertools.groupby(results.rows.items(), lambda item: list(item[1]))
-    for series, rows in groups:
-        others = [each for each in series if each != "ours"]
-        lines = [["case", "n", "ours"] + [f"/ {each}" for each in others]]
-        for (case, n), row in rows:
-            if "ours" in row:
-                lines.append([f"`{case}`", number(n), time_of(row["ours"])] +
-                             [figure(results.ratio(case, n, each)) for each in others])
-        if len(lines) > 1:
-            yield lines
+    """A table for all cases with the same series."""
+    groups = {}
+    for (case, n), row in results.rows.items():
+        if "ours" in row:
+            groups.setdefault(tuple(sorted(row.keys() - {"ours"}, key=list(row).index)), []).append(
+                (case, n, row["ours"]))
+    for others, rows in groups.items():
+        yield [["case", "n", "ours"] + [f"/ {each}" for each in others]] + [
+            [f"`{case}`", number(n), time_of(ours)] +
+            [figure(results.ratio(case, n, each)) for each in others] for case, n, ours in rows]
 
 
 def growth(results):
-    """Time for each item, n compared with a thousandth and with a tenth of it, for large n."""
-    yield ["case", "n", "ours", "others", ""]
+    """Time for each item of a million, compared with a tenth; floors are not judged."""
+    yield ["case", "ours", "nlohmann", ""]
     for (case, n), row in results.rows.items():
-        tenth = results.rows.get((case, n // 10))
-        if n < 1_000_000 or tenth is None:
+        tenth = results.rows.get((case, n // 10), {})
+        if n != 1_000_000 or not all({"ours", "nlohmann"} <= each.keys() for each in (row, tenth)):
             continue
-        grown = {series: result.time / tenth[series].time for series, result in row.items()
-                 if series in tenth}
-        ours = grown.pop("ours")
-        limit = round(max([LARGEST_GROWTH, *grown.values()]), 2)
-        others = ", ".join(f"{series} {figure(value)}" for series, value in grown.items())
-        yield [f"`{case}`", number(n), figure(ours), others,
-               "met" if round(ours, 2) <= limit else "**missed**"]
+        ours, peer = (row[each].time / tenth[each].time for each in ("ours", "nlohmann"))
+        met = round(ours, 2) <= max(LARGEST_GROWTH, round(peer, 2))
+        yield [f"`{case}`", figure(ours), figure(peer), "met" if met else "missed"]
 
 
 def threads(results):
@@ -156,10 +157,12 @@ def single(results, alone):
 
 
 def memory(results):
-    """The peak memory of whole processes."""
+    """The peak memory of processes; for small documents it would be that of their parent."""
     yield ["case", "document", "posutil", "for each byte of it", "jq"]
     for (case, _), row in results.rows.items():
         if all("peak_bytes" in row.get(series, NO_RESULT).counters for series in ("ours", "jq")):
+            if row["ours"].counters["document_bytes"] < LEAST_DOCUMENT:
+                continue
             ours, jq = row["ours"].counters, row["jq"].counters
             yield [f"`{case}`", megabytes(ours["document_bytes"]), megabytes(ours["peak_bytes"]),
                    f"{ours['peak_bytes'] / ours['document_bytes']:.1f} B",
@@ -176,12 +179,21 @@ def megabytes(size):
 
 
 def missing(results):
-    lines = [f"`{case}` of {series} for {n}: {reason}." for case, n, series, reason in
-             results.missing]
-    return "Not measured: " + " ".join(lines) + "\n" if lines else ""
+    """What could not be measured, and why."""
+    lines = {f"`{case}` for {number(n)}: {reason}" for case, n, _, reason in results.missing}
+    text = f"Not measured: {', '.join(sorted(lines))}."
+    return textwrap.fill(text, 100, break_on_hyphens=False) + "\n" if lines else ""
 
 
-def blocks(results, alone):
+def slopes(path):
+    """The case, its figures for the three largest documents, and the slope."""
+    for line in path.read_text(encoding="utf-8").splitlines() if path else ():
+        cells = [cell.strip() for cell in line.strip("| ").split("|")]
+        if not line.startswith("|-"):
+            yield cells[:1] + cells[-4:]
+
+
+def blocks(results, alone, slopes_file):
     """The text of each block by its name. A table without rows is left out."""
     def optional(rows):
         rows = list(rows)
@@ -190,6 +202,7 @@ def blocks(results, alone):
     yield "goals", "\n".join(filter(None, (count(results), optional(goals(results)))))
     yield "growth", optional(growth(results))
     yield "threads", "\n".join(filter(None, (optional(threads(results)), missing(results))))
+    yield "slopes", optional(slopes(slopes_file))
     yield "single", optional(single(results, alone))
     yield "memory", optional(memory(results))
     yield "ratios", "\n".join(table(rows) for rows in ratios(results))
@@ -199,12 +212,13 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--page", type=pathlib.Path)
+    parser.add_argument("--slopes", type=pathlib.Path)
     parser.add_argument("results", nargs="+", type=pathlib.Path)
     arguments = parser.parse_args()
     is_single = lambda path: path.parent.name == "single"
     results = Results([path for path in arguments.results if not is_single(path)])
     alone = Results([path for path in arguments.results if is_single(path)])
-    texts = dict(blocks(results, alone))
+    texts = dict(blocks(results, alone, arguments.slopes))
     if not arguments.page:
         print("\n".join(text for text in texts.values() if text))
         return
