@@ -98,6 +98,16 @@ bool MustDestroy(const KAPContainer& container, unsigned slot, RefCount::Release
   return false;
 }
 
+// A loop: clones of clones form chains of any length.
+template <auto kDrop>
+void ReleaseChain(KAPContainer& container) noexcept {
+  for (KAPContainer* next = &container; next;) {
+    const unsigned slot = next->fType->fSlot;
+    if (!MustDestroy(*next, slot, (next->fCount.*kDrop)())) return;
+    next = Destroy(*next, 1);
+  }
+}
+
 }  // namespace
 
 KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept {
@@ -132,13 +142,12 @@ bool AddContainerRef(KAPContainer& container) noexcept {
   return true;
 }
 
-// A loop: clones of clones form chains of any length.
 void ReleaseContainer(KAPContainer& container) noexcept {
-  for (KAPContainer* next = &container; next;) {
-    const unsigned slot = next->fType->fSlot;
-    if (!MustDestroy(*next, slot, next->fCount.Drop())) return;
-    next = Destroy(*next, 1);
-  }
+  ReleaseChain<&RefCount::Drop>(container);
+}
+
+void ReleaseCheckedContainer(KAPContainer& container) noexcept {
+  ReleaseChain<&RefCount::DropExactly>(container);
 }
 
 void DropContainerRef(KAPContainer& container) noexcept {
