@@ -65,8 +65,9 @@ constinit const ContainerType kDeadType = {
   container.fPrimary = nullptr;
   container.fType = &kDeadType;
   container.fEquipment = nullptr;
-  container.fCount.Bury();
-  if (!KeepDead(&container, &FreeRecord, "container", signature)) FreeRecord(&container);
+  // First kept, then marked: a release that sees the mark finds the record.
+  KeepDead(&container, &FreeRecord, "container", signature) ? container.fCount.Bury()
+                                                            : FreeRecord(&container);
 }
 
 // Returns the original of a clone; the caller releases a reference to it.

@@ -94,8 +94,10 @@ void Destroy(KAPError& error) noexcept {
   KAPStringAtom* const message = std::exchange(error.fMessage, nullptr);
   KAPStringAtom* const component = std::exchange(error.fComponent, nullptr);
   error.fClientData = nullptr;
-  error.fCount.Bury();
-  if (!KeepDead(&error, &FreeRecord, "error", message ? message->Text() : nullptr)) {
+  // First kept, then marked: a release that sees the mark finds the record.
+  if (KeepDead(&error, &FreeRecord, "error", message ? message->Text() : nullptr)) {
+    error.fCount.Bury();
+  } else {
     FreeRecord(&error);
   }
   gAtoms.Release(message);
