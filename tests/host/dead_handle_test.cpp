@@ -187,6 +187,31 @@ TEST(ChecksAtTheEndTest, DeadContainersInTheLeakReport) {
   deleteAtom(atom);
 }
 
+// What the call about leaks does with an atom does not keep it alive for the next host.
+TEST(ChecksAtTheEndTest, AtomsInTheLeakReport) {
+  KAPStringAtom* atom = nullptr;
+  KAPStringAtom* (*newAtom)(const char*) = nullptr;
+  void (*deleteAtom)(KAPStringAtom*) = nullptr;
+  const auto useAgain = [&](const KAPHost::Snapshot&) {
+    for (int i = 0; i < 4; ++i) deleteAtom(newAtom("leaked"));
+  };
+  {
+    KAPHost::Host host(
+        {.fOnReport = {}, .fOnLeak = useAgain, .fMemory = KAPHost::HostMemory::kPages});
+    newAtom = host.Proc<KAPStringInterface, "NewStringAtom">();
+    deleteAtom = host.Proc<KAPStringInterface, "DeleteStringAtom">();
+    atom = newAtom("leaked");
+  }
+  KAPHost::Host host({.fOnReport = {},
+                      .fOnLeak = [](const auto&) {},
+                      .fChecks = true,
+                      .fMemory = KAPHost::HostMemory::kPages});
+  deleteAtom(atom);
+  deleteAtom(atom);
+  EXPECT_EQ(host.TakeReports(),
+            std::vector<std::string>{"KAP host: release of a dead atom \"leaked\""});
+}
+
 // A new atom of the same text is not the dead one.
 TEST_F(ChecksTest, DeadAtoms) {
   KAPStringAtom* const dead = fHost.Atom("text");

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <set>
 #include <thread>
 #include <vector>
@@ -110,22 +112,31 @@ TEST_F(HeapTest, BlocksAreUsedAgain) {
   }
 }
 
-// Each thread frees what the others make, while threads end and start.
+// Each thread frees what the others make, while threads end and start. The pages stay few.
 TEST_F(HeapTest, ThreadsFreeEachOthersBlocks) {
   std::array<std::atomic<Blocks*>, 16> places{};
-  for (int generation = 0; generation < 4; ++generation) {
+  std::mutex mutex;
+  std::set<std::uintptr_t> pages;
+  for (int generation = 0; generation < 20; ++generation) {
     RunOnThreads([&](int thread) {
+      std::set<std::uintptr_t> own;
       for (std::size_t round = 0; round < 200; ++round) {
         const std::size_t place = (round * 7 + static_cast<std::size_t>(thread)) % places.size();
-        const std::unique_ptr<Blocks> others(places[place].exchange(new Blocks(Make(60))));
+        auto* const made = new Blocks(Make(60));
+        own.merge(PagesOf(*made));
+        const std::unique_ptr<Blocks> others(places[place].exchange(made));
         if (others) Free(*others);
       }
+      const std::lock_guard lock(mutex);
+      pages.merge(own);
     });
   }
   for (auto& place : places) {
     const std::unique_ptr<Blocks> blocks(place.exchange(nullptr));
     if (blocks) Free(*blocks);
   }
+  // Without reuse it would be 1100.
+  EXPECT_LT(pages.size(), 200u);
 }
 
 // 96 MB are freed; a thread and the pool keep 16 MiB each.

@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Threads.h"
+
+#include <array>
+#include <barrier>
+#include <memory>
+
 #include "TestHost.h"
 
 namespace {
@@ -104,6 +109,81 @@ TEST_P(ThreadsTest, RegistryCounterErrorsAndReports) {
   });
   EXPECT_EQ(*counter, before + kThreads * kInterfaces);
   EXPECT_EQ(fHost.TakeReports().size(), static_cast<std::size_t>(kThreads));
+}
+
+// Uses words so often that the thread takes references to them in advance.
+void UseWords(const TestHost& host) {
+  const auto newAtom = host.Proc<KAPStringInterface, "NewStringAtom">();
+  const auto deleteAtom = host.Proc<KAPStringInterface, "DeleteStringAtom">();
+  for (int word = 0; word < 200; ++word) {
+    const std::string text = "word " + std::to_string(word);
+    std::array<KAPStringAtom*, 4> atoms{};
+    for (auto& atom : atoms) atom = newAtom(text.c_str());
+    for (auto* atom : atoms) deleteAtom(atom);
+  }
+}
+
+// Runs `body` after the calls of a thread with references taken in advance, while it ends.
+void WhileThreadEnds(const TestHost& host, const std::function<void()>& body) {
+  std::atomic<bool> isDone{false};
+  std::thread ending([&] {
+    UseWords(host);
+    isDone = true;
+  });
+  while (!isDone) std::this_thread::yield();
+  body();
+  ending.join();
+}
+
+// No component holds the references that an ending thread gives back.
+TEST_P(ThreadsTest, SnapshotsWhileThreadsEnd) {
+  for (int i = 0; i < 200 && !HasFailure(); ++i) {
+    WhileThreadEnds(fHost, [&] {
+      for (int look = 0; look < 10; ++look) EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty());
+    });
+  }
+}
+
+TEST(HostEndTest, WhileThreadsEnd) {
+  for (int i = 0; i < 200 && !testing::Test::HasFailure(); ++i) {
+    auto host = std::make_unique<TestHost>(false, KAPHost::HostMemory::kPages);
+    WhileThreadEnds(*host, [&] { host.reset(); });
+  }
+}
+
+// Two threads release one reference. The second release is reported; that of an error is not while
+// the first one still destroys it.
+TEST(ThreadsChecksTest, TwoLastReleases) {
+  TestHost host(true, KAPHost::HostMemory::kPages);
+  KAPStringAtom* atom = nullptr;
+  KAPError* error = nullptr;
+  std::barrier turn(2);
+  const auto release = [&] {
+    turn.arrive_and_wait();
+    host.Strings<"DeleteStringAtom">(atom);
+    turn.arrive_and_wait();
+    host.Errors<"Release">(error);
+    turn.arrive_and_wait();
+  };
+  constexpr int kTurns = 2000;
+  std::jthread other([&] {
+    for (int i = 0; i < kTurns; ++i) release();
+  });
+  for (int i = 0; i < kTurns; ++i) {
+    atom = host.Atom("text");
+    error = host.Errors<"NewError">("message", "c", 0L, nullptr, nullptr);
+    release();
+  }
+  other.join();
+  long atoms = 0;
+  for (const std::string& report : host.TakeReports()) {
+    if (report == "KAP host: release of a dead atom \"text\"") {
+      ++atoms;
+    } else {
+      EXPECT_EQ(report, "KAP host: release of a dead error \"message\"");
+    }
+  }
+  EXPECT_EQ(atoms, kTurns);
 }
 
 // New types of containers appear on all threads at once.

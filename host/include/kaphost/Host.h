@@ -53,7 +53,9 @@ struct HostOptions {
   // Whether the host reports calls that use a dead handle: that add or release a reference to a
   // container or error, or release an atom, whose last reference is already released. This takes
   // memory: the host keeps the records of destroyed objects until it ends. Without checks such a
-  // call is undefined behaviour.
+  // call is undefined behaviour. With checks, two threads may also release one last reference at
+  // the same time: the object is destroyed once. The second release is reported for an atom, and
+  // for another object unless the first one is still destroying it.
   bool fChecks = false;
   HostMemory fMemory = HostMemory::kAutomatic;
 };
@@ -69,7 +71,12 @@ struct HostOptions {
 //   construction and destruction. A snapshot taken while other threads work may catch them halfway
 //   through a call.
 // Processes: the child of a fork may go on with the host, whatever other threads of the parent did
-//   in strings, memory and containers. Their memory is not reused in the child.
+//   in strings, memory, containers and errors. Their memory is not reused in the child. What other
+//   threads were counting at that moment may be counted wrong in the child's snapshots and leak
+//   report, and an atom that they were taking or releasing may stay for ever. In a process with
+//   threads, a fork writes the whole table of atoms, whose pages are then copied.
+// Unloading: code that embeds the host, such as a plug-in, must stay loaded until the process ends:
+//   the end of each thread that has used the host calls it.
 // Errors: members that allocate may throw std::bad_alloc.
 class Host {
  public:

@@ -97,7 +97,6 @@ void AtomCredits::Missed(KAPStringAtom& atom, const TextKey& key) noexcept {
 
 std::unordered_map<const KAPStringAtom*, long> AtomCredits::All() {
   std::unordered_map<const KAPStringAtom*, long> all;
-  const std::lock_guard lock(gMutex);
   gCaches.ForEach([&](const AtomCredits& cache) {
     for (const Set& set : cache.fSets) {
       for (unsigned way = 0; way < kWays; ++way) {
@@ -126,11 +125,9 @@ void AtomCredits::ReleaseAll() noexcept {
 void AtomCredits::End(void* ended) noexcept {
   const std::unique_ptr<AtomCredits> cache(static_cast<AtomCredits*>(ended));
   tCredits = nullptr;
-  {
-    const std::lock_guard lock(gMutex);
-    gCaches.Remove(*cache);
-  }
+  const std::lock_guard lock(gMutex);
   cache->ReleaseOwn();
+  gCaches.Remove(*cache);
 }
 
 AtomCredits* AtomCredits::NewCache() noexcept {

@@ -37,11 +37,12 @@ class alignas(128) AtomCredits {
   // Tells the calling thread's cache of an atom that the table had and the cache did not.
   static void Missed(KAPStringAtom& atom, const TextKey& key) noexcept;
 
-  // The credits of all threads.
+  // The credits of all threads. The caller holds Mutex() until it has read the counts as well: an
+  // ending thread gives up its cache and its credits under that lock.
   static std::unordered_map<const KAPStringAtom*, long> All();
   // Releases the credits of all threads. No other call may run.
   static void ReleaseAll() noexcept;
-  // Guards the list of caches, for the time of a fork.
+  // Guards the list of caches.
   static std::mutex& Mutex() noexcept;
 
   ListLinks<AtomCredits> fLinks;

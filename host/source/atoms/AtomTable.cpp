@@ -113,24 +113,34 @@ void AtomTable::Release(KAPStringAtom& atom, long references) noexcept {
   ReleaseLast(atom, references);
 }
 
+// The quarantine and the dead mark come before the unlock: another thread that wrongly releases the
+// same reference waits for the bucket, and must find the atom dead and its record kept.
 void AtomTable::ReleaseLast(KAPStringAtom& atom, long references) noexcept {
   Bucket* emptied = nullptr;
+  bool isDead = false;
+  bool isKept = false;
   {
     const BucketLock bucket(*this, atom.fHash);
-    // Nobody else changes a count of only these references: no locked instruction then.
-    if (atom.fCount.load(std::memory_order_acquire) != references &&
-        Update(atom.fCount, [=](long count) { return count - references; }) != references) {
-      return;  // a look-up came first
+    const long before = atom.fCount.load(std::memory_order_acquire);
+    isDead = before < 0;
+    if (!isDead) {
+      // Nobody else changes a count of only these references: no locked instruction then.
+      if (before != references &&
+          Update(atom.fCount, [=](long count) { return count - references; }) != references) {
+        return;  // a look-up came first
+      }
+      emptied = bucket->Remove(atom);
+      isKept = KeepDead(&atom, &FreeAtom, "atom", atom.Text());
+      // Far below zero: references that are added to a dead atom do not revive it.
+      atom.fCount.store(std::numeric_limits<long>::min() / 2, std::memory_order_release);
     }
-    emptied = bucket->Remove(atom);
   }
+  if (isDead) return ReportDead(&atom, "release");
   if (emptied) {
     delete emptied;
     Decrement(fGrowths[ShardOf(atom.fHash)].fLinked);
   }
-  // Far below zero: references that are added to a dead atom do not revive it.
-  atom.fCount.store(std::numeric_limits<long>::min() / 2, std::memory_order_relaxed);
-  if (!KeepDead(&atom, &FreeAtom, "atom", atom.Text())) FreeAtom(&atom);
+  if (!isKept) FreeAtom(&atom);
 }
 
 // At three atoms and a half for each bucket, one bucket in sixteen needs a further one. Their
@@ -202,9 +212,13 @@ void AtomTable::Retire(unsigned shard, Bucket* buckets) noexcept {
   }
 }
 
+// A process with one thread leaves the buckets alone: to write each of them would copy the table in
+// the parent and in the child.
 void AtomTable::Lock() noexcept {
+  fAreBucketsLocked = !IsSingleThreaded();
   for (unsigned shard = 0; shard < kShards; ++shard) {
     fGrowths[shard].fMutex.lock();
+    if (!fAreBucketsLocked) continue;
     const Array array = ArrayOf(shard);
     for (std::uint32_t i = 0; i <= array.fMask; ++i) {
       BucketLock(array.fBuckets[i]).Abandon();
@@ -214,8 +228,10 @@ void AtomTable::Lock() noexcept {
 
 void AtomTable::Unlock() noexcept {
   for (unsigned shard = 0; shard < kShards; ++shard) {
-    const Array array = ArrayOf(shard);
-    for (std::uint32_t i = 0; i <= array.fMask; ++i) array.fBuckets[i].Unlock();
+    if (fAreBucketsLocked) {
+      const Array array = ArrayOf(shard);
+      for (std::uint32_t i = 0; i <= array.fMask; ++i) array.fBuckets[i].Unlock();
+    }
     fGrowths[shard].fMutex.unlock();
   }
 }

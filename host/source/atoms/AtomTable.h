@@ -124,6 +124,7 @@ class AtomTable {
   std::array<std::atomic<std::uintptr_t>, kShards> fArrays{};
   std::array<Growth, kShards> fGrowths{};
   std::array<std::array<Bucket, 1 << kFirstSizeLog>, kShards> fFirst{};
+  bool fAreBucketsLocked = false;  // by Lock, under whose locks it is written
 };
 
 extern constinit AtomTable gAtoms;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <mutex>
+
 #include "accounting/Accounting.h"
 #include "atoms/AtomCredits.h"
 #include "atoms/AtomTable.h"
@@ -40,6 +42,7 @@ void RegisterService<KAP_T_MT::KAPStringInterface>(Binder& binder) {
 
 template <>
 void AddNamed<KAPResource::kAtom>(Snapshot& snapshot) {
+  const std::lock_guard lock(AtomCredits::Mutex());
   const auto credits = AtomCredits::All();
   gAtoms.ForEach([&](const KAPStringAtom& atom) {
     long references = atom.fCount.load(std::memory_order_relaxed);

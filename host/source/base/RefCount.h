@@ -34,6 +34,9 @@ class RefCount {
                   [](int count) { return count < 0 || count == kStuck ? count : count + 1; }) >= 0;
   }
   Release Drop() noexcept { return DropTo(kDying); }
+  // The same, but of two releases of the only reference at the same time, one finds that the object
+  // is destroyed. For checks, because it takes a locked instruction.
+  Release DropExactly() noexcept { return UpdateTo(kDying); }
   // The same, but the object lives on without references: never kLast.
   Release DropAndKeep() noexcept { return DropTo(0); }
   // Whether there was no reference: the caller destroys the object.
@@ -56,12 +59,18 @@ class RefCount {
   // A caller that releases the only reference is alone with the object: no thread may add one
   // without holding one. So the most frequent release needs no locked instruction. Two releases
   // of one reference at the same time could both be the last one, but a component that does that
-  // has no object to speak of anyway.
+  // has no object to speak of anyway; the host's checks use DropExactly.
+  //
+  // The store releases for DropAndKeep: the thread that claims the object reads it, and sees what
+  // this one has written before.
   Release DropTo(int zero) noexcept {
     if (fCount.load(std::memory_order_acquire) == 1) {
-      fCount.store(zero, std::memory_order_relaxed);
+      fCount.store(zero, std::memory_order_release);
       return zero != 0 ? Release::kLast : Release::kReleased;
     }
+    return UpdateTo(zero);
+  }
+  Release UpdateTo(int zero) noexcept {
     const int before = Update(fCount, [zero](int count) {
       if (count <= 0 || count == kStuck) return count;
       return count == 1 ? zero : count - 1;

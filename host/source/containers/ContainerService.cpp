@@ -48,7 +48,9 @@ bool AddRef(KAPContainer* container) noexcept { return container && AddContainer
 
 // Without a host, the components whose procedures delete the instances may be unloaded as well.
 void Release(KAPContainer* container) noexcept {
-  if (container && !IsClosed()) ReleaseContainer(*container);
+  if (!container) return;
+  if (!HasGateBits(kGateClosed | kGateChecking)) return ReleaseContainer(*container);
+  if (!IsClosed()) ReleaseCheckedContainer(*container);
 }
 
 void DecrementWithoutDelete(KAPContainer* container) noexcept {

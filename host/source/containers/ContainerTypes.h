@@ -58,6 +58,9 @@ class ContainerTypes {
   // Deletes the types that no container uses. No other thread may use the host meanwhile.
   void ReleaseUnused() noexcept;
 
+  // Guards the additions, for the time of a fork.
+  std::mutex& Mutex() noexcept { return fMutex; }
+
  private:
   static constexpr unsigned kBuckets = 256;
 

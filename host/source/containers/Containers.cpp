@@ -65,8 +65,9 @@ constinit const ContainerType kDeadType = {
   container.fPrimary = nullptr;
   container.fType = &kDeadType;
   container.fEquipment = nullptr;
-  container.fCount.Bury();
-  if (!KeepDead(&container, &FreeRecord, "container", signature)) FreeRecord(&container);
+  // First kept, then marked: a release that sees the mark finds the record.
+  KeepDead(&container, &FreeRecord, "container", signature) ? container.fCount.Bury()
+                                                            : FreeRecord(&container);
 }
 
 // Returns the original of a clone; the caller releases a reference to it.
@@ -96,6 +97,16 @@ bool MustDestroy(const KAPContainer& container, unsigned slot, RefCount::Release
       break;
   }
   return false;
+}
+
+// A loop: clones of clones form chains of any length.
+template <auto kDrop>
+void ReleaseChain(KAPContainer& container) noexcept {
+  for (KAPContainer* next = &container; next;) {
+    const unsigned slot = next->fType->fSlot;
+    if (!MustDestroy(*next, slot, (next->fCount.*kDrop)())) return;
+    next = Destroy(*next, 1);
+  }
 }
 
 }  // namespace
@@ -132,13 +143,12 @@ bool AddContainerRef(KAPContainer& container) noexcept {
   return true;
 }
 
-// A loop: clones of clones form chains of any length.
 void ReleaseContainer(KAPContainer& container) noexcept {
-  for (KAPContainer* next = &container; next;) {
-    const unsigned slot = next->fType->fSlot;
-    if (!MustDestroy(*next, slot, next->fCount.Drop())) return;
-    next = Destroy(*next, 1);
-  }
+  ReleaseChain<&RefCount::Drop>(container);
+}
+
+void ReleaseCheckedContainer(KAPContainer& container) noexcept {
+  ReleaseChain<&RefCount::DropExactly>(container);
 }
 
 void DropContainerRef(KAPContainer& container) noexcept {

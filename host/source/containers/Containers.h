@@ -71,6 +71,8 @@ KAPContainer* CloneContainerRecord(KAPContainer& original);
 // False when the container is being destroyed.
 bool AddContainerRef(KAPContainer& container) noexcept;
 void ReleaseContainer(KAPContainer& container) noexcept;
+// The same while checking is on: of two releases of the only reference, one is reported.
+void ReleaseCheckedContainer(KAPContainer& container) noexcept;
 // Releases a reference without destroying the container, even when it was the last one.
 void DropContainerRef(KAPContainer& container) noexcept;
 // Destroys a container that has no reference.

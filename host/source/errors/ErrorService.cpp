@@ -94,8 +94,10 @@ void Destroy(KAPError& error) noexcept {
   KAPStringAtom* const message = std::exchange(error.fMessage, nullptr);
   KAPStringAtom* const component = std::exchange(error.fComponent, nullptr);
   error.fClientData = nullptr;
-  error.fCount.Bury();
-  if (!KeepDead(&error, &FreeRecord, "error", message ? message->Text() : nullptr)) {
+  // First kept, then marked: a release that sees the mark finds the record.
+  if (KeepDead(&error, &FreeRecord, "error", message ? message->Text() : nullptr)) {
+    error.fCount.Bury();
+  } else {
     FreeRecord(&error);
   }
   gAtoms.Release(message);
@@ -104,8 +106,14 @@ void Destroy(KAPError& error) noexcept {
 
 // Without a host, the component whose procedure frees the client data may be unloaded as well.
 void Release(KAPError* error) noexcept {
-  if (!IsCounted(error) || IsClosed()) return;
-  const RefCount::Release found = error->fCount.Drop();
+  if (!IsCounted(error)) return;
+  RefCount::Release found{};
+  if (!HasGateBits(kGateClosed | kGateChecking)) {
+    found = error->fCount.Drop();
+  } else {
+    if (IsClosed()) return;
+    found = error->fCount.DropExactly();
+  }
   if (found == RefCount::Release::kLast) Destroy(*error);
   if (found == RefCount::Release::kDestroyed && error->fCount.IsDead())
     ReportDead(error, "release");
@@ -153,6 +161,8 @@ KAPError* MakeError(const char* message, long code) noexcept {
   KAPError* error = MakeError(message, kComponent, code, nullptr, nullptr);
   return error ? error : MemoryError();
 }
+
+std::mutex& ErrorsMutex() noexcept { return gErrorMutex; }
 
 KAPError* InvalidContainer() noexcept { return MakeError("invalid container"); }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <mutex>
 #include <new>
 
 #include "binder/Failures.h"
@@ -18,6 +19,9 @@ KAPError* SystemError(const char* action, const char* path, int number) noexcept
 // Releases an error that has no caller to be returned to, and adds its message to the reports. Null
 // is ignored.
 void ReportError(KAPError* error) noexcept;
+
+// Guards the list of live errors, for the time of a fork.
+std::mutex& ErrorsMutex() noexcept;
 
 // Runs `body`; returns what it returns, or the memory error when it throws std::bad_alloc.
 template <class Body>

@@ -25,15 +25,22 @@ void CollectInto(ThreadHeap& heap, Page& page) noexcept {
 // Collects an orphan's returned blocks, as the party that knows of them, and adopts it if the
 // thread has a heap. False when the page is not an orphan any more.
 bool CollectOrphan(Page& page) noexcept {
-  const std::lock_guard lock(gMutex);
-  if (page.fOwner.load(std::memory_order_relaxed) != &gOrphans) return false;
-  page.Collect();
-  if (!tHeap || page.fUsed == 0) {
-    gOrphans.File(page);
-  } else {
+  {
+    const std::lock_guard lock(gMutex);
+    if (page.fOwner.load(std::memory_order_relaxed) != &gOrphans) return false;
+    page.Collect();
+    if (page.fUsed != 0) {
+      if (tHeap) {
+        gOrphans.Remove(page);
+        tHeap->AddUsed(page);
+      } else {
+        gOrphans.File(page);
+      }
+      return true;
+    }
     gOrphans.Remove(page);
-    tHeap->AddUsed(page);
   }
+  gPagePool.Put(page);  // calls the system, so without the lock
   return true;
 }
 
@@ -65,18 +72,21 @@ void Notify(Page* pages) noexcept {
   }
 }
 
-// A late push finds its way: the pages become orphans before the stack is taken (see Notify).
+// A late push finds its way: the pages become orphans before the stack is taken (see Notify). The
+// empty pages go to the pool without the lock, because the pool calls the system.
 void EndHeap(void* ended) noexcept {
   auto& heap = *static_cast<ThreadHeap*>(ended);
   tHeap = nullptr;
   Page* returned = nullptr;
+  Page* empty = nullptr;
   {
     const std::lock_guard lock(gMutex);
-    heap.MoveAll(gOrphans);
+    empty = heap.MoveAll(gOrphans);
     returned = heap.TakeReturned();
     heap.fNextIdle = gIdle;
     gIdle = &heap;
   }
+  gPagePool.PutAll(empty);
   Notify(returned);
 }
 
@@ -103,6 +113,7 @@ void ReturnBlock(Page& page, FreeBlock& block) noexcept {
 }
 
 void CollectReturned(ThreadHeap& heap) noexcept {
+  if (!heap.HasReturned()) return;
   Page* others = nullptr;  // that came by a late push
   for (Page* taken = heap.TakeReturned(); taken;) {
     Page& page = *taken;
@@ -136,7 +147,7 @@ bool AdoptPage(ThreadHeap& heap, unsigned use) noexcept {
   return true;
 }
 
-// The pool's lock is taken under the orphans', as in MoveAll.
+// No thread nests the two.
 void LockPages() noexcept {
   gMutex.lock();
   gPagePool.Mutex().lock();

@@ -49,6 +49,10 @@ void PagePool::Put(Page& page) noexcept {
   Push(fCold, page);
 }
 
+void PagePool::PutAll(Page* pages) noexcept {
+  while (Page* const page = Pop(pages)) Put(*page);
+}
+
 bool PagePool::PutWarm(Page& page) noexcept {
   const std::lock_guard lock(fMutex);
   if (fWarmCount == kMostWarm) return false;

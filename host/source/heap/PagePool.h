@@ -34,6 +34,8 @@ class PagePool {
   // Null when out of memory, and when no addresses can be reserved.
   Page* Take() noexcept;
   void Put(Page& page) noexcept;
+  // Puts pages that are linked by fLinks.fNext.
+  void PutAll(Page* pages) noexcept;
 
   std::mutex& Mutex() noexcept { return fMutex; }
 

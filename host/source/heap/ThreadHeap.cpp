@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "heap/ThreadHeap.h"
 
+#include <utility>
+
 #include "heap/PagePool.h"
 
 namespace KAPHost {
@@ -68,8 +70,13 @@ void ThreadHeap::Keep(Page& page) noexcept {
   gPagePool.Put(page);
 }
 
-void ThreadHeap::MoveAll(ThreadHeap& heir) noexcept {
-  const auto move = [&](Page& page) { page.fUsed == 0 ? gPagePool.Put(page) : heir.AddUsed(page); };
+Page* ThreadHeap::MoveAll(ThreadHeap& heir) noexcept {
+  Page* empty = std::exchange(fKept, nullptr);
+  fKeptCount = 0;
+  const auto move = [&](Page& page) {
+    if (page.fUsed != 0) return heir.AddUsed(page);
+    page.fLinks.fNext = std::exchange(empty, &page);
+  };
   const auto moveList = [&](IntrusiveList<Page>& pages) {
     while (Page* const page = pages.First()) {
       pages.Remove(*page);
@@ -82,13 +89,7 @@ void ThreadHeap::MoveAll(ThreadHeap& heir) noexcept {
   }
   for (auto& pages : fAvailable) moveList(pages);
   moveList(fFull);
-  for (Page* page = fKept; page;) {
-    Page& empty = *page;
-    page = page->fLinks.fNext;
-    gPagePool.Put(empty);
-  }
-  fKept = nullptr;
-  fKeptCount = 0;
+  return empty;
 }
 
 void ThreadHeap::PushReturned(Page& page) noexcept {

@@ -43,8 +43,9 @@ class alignas(128) ThreadHeap {
   void AddUsed(Page& page) noexcept;
   // Removes a page with blocks.
   void Remove(Page& page) noexcept;
-  // Removes all pages: those with blocks go to `heir`, the empty ones to the pool.
-  void MoveAll(ThreadHeap& heir) noexcept;
+  // Removes all pages: those with blocks go to `heir`. Returns the empty ones, linked by
+  // fLinks.fNext.
+  Page* MoveAll(ThreadHeap& heir) noexcept;
 
   // A page with a free block for this use, except the current one; null when there is none.
   Page* Available(unsigned use) const noexcept { return fAvailable[use].First(); }
@@ -52,11 +53,11 @@ class alignas(128) ThreadHeap {
   // The stack of pages to which other threads have returned blocks, linked by fNextReturned. Any
   // thread may push and take.
   void PushReturned(Page& page) noexcept;
-  Page* TakeReturned() noexcept {
-    return fReturned.load(std::memory_order_relaxed)
-               ? fReturned.exchange(nullptr, std::memory_order_acq_rel)
-               : nullptr;
-  }
+  // Always an exchange: Notify relies on its place among the pushes, which a mere look that finds
+  // the stack empty does not have.
+  Page* TakeReturned() noexcept { return fReturned.exchange(nullptr, std::memory_order_acq_rel); }
+  // What the owner may look at before it takes the stack.
+  bool HasReturned() const noexcept { return fReturned.load(std::memory_order_relaxed); }
 
   ThreadHeap* fNextIdle = nullptr;
 

@@ -86,6 +86,7 @@ HostState::~HostState() {
   gContainerTypes.ReleaseUnused();
   ReportLeaks();
   gGate.store(kGateClosed);
+  AtomCredits::ReleaseAll();  // of the call about leaks; a closed gate lets no atom in
   SetCurrent(nullptr);
 }
 

@@ -114,6 +114,8 @@ KAPError* OpenFile::MakeError(const char* action, int number) const noexcept {
   return SystemError(action, fPath.c_str(), number);
 }
 
+std::mutex& OpenFile::Mutex() noexcept { return gFilesMutex; }
+
 void OpenFile::AddAll(Snapshot& snapshot) {
   const std::lock_guard lock(gFilesMutex);
   gFiles.ForEach([&](const OpenFile& file) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "base/IntrusiveList.h"
@@ -45,6 +46,8 @@ class OpenFile {
   KAPError* MakeError(const char* action, int number) const noexcept;
 
   static void AddAll(Snapshot& snapshot);
+  // Guards the list of open files, for the time of a fork.
+  static std::mutex& Mutex() noexcept;
 
  private:
   friend IntrusiveList<OpenFile>;
