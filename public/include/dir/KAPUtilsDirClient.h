@@ -37,6 +37,8 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   explicit CKAPUtilsDir(KAPUtilsDir* handle) : KAPContainerBaseGeneric(handle) {}
   CKAPUtilsDir(KAPUtilsDir* handle, KAPAdopt adopt) noexcept
       : KAPContainerBaseGeneric(handle, adopt) {}
+  explicit CKAPUtilsDir(TKAPNewHandle<KAPUtilsDir> made) noexcept
+      : CKAPUtilsDir(made, KAPAdopt()) {}
 
   // The directory for temporary files, the working directory, the directory at `path`.
   static CKAPUtilsDir GetTempDir();

@@ -35,6 +35,7 @@ class CPOSObject : public KAPContainerBaseGeneric {
   explicit CPOSObject(POSObject* handle);
   // Adopts the reference of a handle that a procedure of property objects returned.
   CPOSObject(POSObject* handle, KAPAdopt adopt);
+  explicit CPOSObject(TKAPNewHandle<POSObject> made) : CPOSObject(made, KAPAdopt()) {}
 
   // The object that `text` describes, see "CreateFromText" of POSObjectStatics; an empty
   // reference on failure. `end` may be null.

@@ -33,6 +33,8 @@ class CPOSStreamer : public KAPContainerBaseGeneric {
   explicit CPOSStreamer(POSStreamer* handle) : KAPContainerBaseGeneric(handle) {}
   CPOSStreamer(POSStreamer* handle, KAPAdopt adopt) noexcept
       : KAPContainerBaseGeneric(handle, adopt) {}
+  explicit CPOSStreamer(TKAPNewHandle<POSStreamer> made) noexcept
+      : CPOSStreamer(made, KAPAdopt()) {}
 
   // Writes at the stream's position. Whether it failed shows only in the binder's reports.
   void Serialize(const CKAPPositionableStream& stream, const CPOSObject& object,

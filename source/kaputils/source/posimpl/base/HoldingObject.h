@@ -38,9 +38,10 @@ class HoldingObject : public BaseObject {
     ~ReleaseOfHeld() { fNext = nullptr; }
 
     void Expect(const POSObject* held) noexcept {
-      fNext = held ? static_cast<const BaseObject*>(
-                         KAP_T_MT::CKAPContainer::PrimaryInstance(held, fOwnName))
-                   : nullptr;
+      // Without atoms the host is gone, and perhaps what is held, too.
+      fNext = held && fOwnName ? static_cast<const BaseObject*>(
+                                     KAP_T_MT::CKAPContainer::PrimaryInstance(held, fOwnName))
+                               : nullptr;
     }
 
    private:
@@ -57,10 +58,10 @@ class HoldingObject : public BaseObject {
   // Calls the release procedure of a raw pointer.
   static void CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* pointer) noexcept;
 
-  // The clone of what is held, as a new reference, and whether two things held are equal. Null clones to null and
-  // equals only null. An object of ours is asked directly, so that a failure at the bottom of a
-  // thousand levels is thrown through them and reported once; any other one through its own
-  // procedures, which may change what holds it: such an object is kept for the call.
+  // The clone of what is held, as a new reference, and whether two things held are equal. Null
+  // clones to null and equals only null. An object of ours is asked directly, so that a failure at
+  // the bottom of a thousand levels is thrown through them and reported once; any other one through
+  // its own procedures, which may change what holds it: such an object is kept for the call.
   [[gnu::always_inline]] static POSObject* CloneOf(POSObject* held, NestingStack& stack) {
     BaseObject* const own = OwnInstance(held);
     if (!own) return CloneForeign(held);

@@ -39,7 +39,7 @@ void NestingStack::Ask() noexcept {
     fLow = reinterpret_cast<std::uintptr_t>(low);
     fHigh = fLow + size;
     fLimit = fLow + std::clamp(size / kReservedPart, kSmallestReserve, kLargestReserve);
-    fRoom = fHigh - fLimit;
+    fRoom = fHigh > fLimit ? fHigh - fLimit : 0;  // a tiny stack has no room at all
   }
   pthread_attr_destroy(&attributes);
 }

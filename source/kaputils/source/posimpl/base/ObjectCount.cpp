@@ -6,7 +6,7 @@ namespace NPOSObjectImpl {
 // Slots are never given up, so a thread that has one meets it before any free slot.
 void ObjectCount::AddElsewhere(const void* thread, Count count) noexcept {
   const std::size_t first = FirstSlot(thread);
-  for (std::size_t i = 0; i < kSlots; ++i) {
+  for (std::size_t i = 0; i < kNear; ++i) {
     Slot& slot = fSlots[(first + i) % kSlots];
     const void* owner = slot.fThread.load(std::memory_order_relaxed);
     if (owner && owner != thread) continue;

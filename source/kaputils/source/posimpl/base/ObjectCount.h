@@ -14,14 +14,16 @@ namespace NPOSObjectImpl {
 // thread-local variable points to it, and nothing runs when a thread ends: a destructor of the
 // library would keep it loaded until the thread has ended, and after dlclose there would be no
 // code to run. A slot stays with its thread pointer instead. The C library reuses the memory of
-// threads that have ended, so the slots in use are about as many as the most threads at a time.
+// threads that have ended, so most new threads find a slot that is theirs already.
 //
 // Why no count is lost: a slot is claimed once, by compare-and-swap, and never given up. Two live
 // threads have different thread pointers, so at most one live thread adds to a claimed slot, and an
 // ordinary addition suffices. A thread with the pointer of one that has ended was created after
 // that end; the C library, which reused the memory, has ordered the two. After a fork the only
-// thread of the child keeps its pointer. Threads that find no slot share one that is changed by
-// atomic additions. What a thread has counted stays in its slot and is part of every sum.
+// thread of the child keeps its pointer. Threads that find no slot near their place share one that
+// is changed by atomic additions: where thread pointers keep changing, the slots are taken one day,
+// and looking at all of them would cost more than the addition. What a thread has counted stays in
+// its slot and is part of every sum.
 //
 // Slots are 128 bytes apart because processors fetch cache lines in pairs. Without the distance,
 // two threads took three times as long.
@@ -64,6 +66,7 @@ class ObjectCount {
 
   static constexpr unsigned kBits = 6;
   static constexpr std::size_t kSlots = std::size_t{1} << kBits;
+  static constexpr std::size_t kNear = 4;
 
   static std::size_t FirstSlot(const void* thread) noexcept {
     constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15;  // 2^64 divided by the golden ratio

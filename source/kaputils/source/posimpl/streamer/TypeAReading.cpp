@@ -188,8 +188,8 @@ std::uint64_t TypeAStreamer::ReadLength(ICharStream& in) {
 
 // The declared length is not trusted: memory grows with the bytes read.
 POSObject* TypeAStreamer::ReadBinData(ICharStream& in) {
-  const NPOSObjectImpl::NestingGuard guard(
-      fStack);  // the name and the length may be binary data, wrongly
+  // The name and the length may be binary data, wrongly.
+  const NPOSObjectImpl::NestingGuard guard(fStack);
   char open = '\0';
   if (!FindValue(in, &open)) throw POSException(KAP_T_MT::CPOSString::kDowncastFailed);
   const CKAPStringAtom typeName(ReadStringValue(in, open));

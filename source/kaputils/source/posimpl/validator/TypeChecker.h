@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <optional>
 
 #include "posimpl/base/NestingGuard.h"
@@ -73,9 +74,10 @@ class TypeChecker {
   static constexpr std::size_t kNear = 4;
 
   // Definitions within each other, and checks nested deeper than that, before outcomes are
-  // remembered, which takes memory and time. Few objects are nested so deep, and up to this depth
-  // checking again and again takes little time.
+  // remembered, which takes memory and time: few objects are nested so deep. Besides, the checks of
+  // definitions before outcomes are remembered at any depth, for schemas that are wide instead.
   static constexpr unsigned kDepthUnremembered = 8;
+  static constexpr std::uint64_t kChecksUnremembered = 1'000'000;  // some hundredths of a second
   static constexpr unsigned kDeepUnremembered = 1000;
 
   NPOSObjectImpl::NestingStack& fStack = NPOSObjectImpl::NestingStack::OnThisThread();
@@ -85,6 +87,7 @@ class TypeChecker {
   const bool fMustKeep;
   unsigned fDepth = 0;
   unsigned fDeep = 0;
+  std::uint64_t fChecks = 0;
   std::optional<Outcomes> fOutcomes;
   AtomText fTypeNames[kTypes] = {};
   Type fTypes[kTypes];  // those with a name

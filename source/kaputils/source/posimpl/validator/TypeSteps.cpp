@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// The step from the name of a type to its check. Apart from TypeChecker.h, on which the checks rest.
+// The step from the name of a type to its check. It stands apart from TypeChecker.h, on which the
+// checks rest.
 
 #include <memory>
 
@@ -83,7 +84,8 @@ ErrorCount TypeChecker::GetErrorsOf(const Type& type, AtomText typeName, const S
     errors.Append(fault);
     return 1;
   }
-  if (fDepth > kDepthUnremembered && fExtraValidations.empty()) [[unlikely]] {
+  const bool isLong = fDepth > kDepthUnremembered || fChecks > kChecksUnremembered;
+  if (isLong && fExtraValidations.empty()) [[unlikely]] {
     return GetRememberedErrors(typeName, type.fDefinition, object, errors);
   }
   const ErrorCount count = GetTypeDefinitionComplianceErrors(type.fDefinition, object, errors);
@@ -95,6 +97,7 @@ ErrorCount TypeChecker::GetTypeDefinitionComplianceErrors(const Definition& defi
                                                           ErrorList& errors) {
   const NestingGuard guard(fStack);
   ++fDepth;
+  ++fChecks;
   const ErrorCount count = definition.GetCategory().fCheck({*this, definition, object, errors});
   --fDepth;  // an exception ends the whole check
   return count;
