@@ -25,7 +25,7 @@ void Work() {
   person.PutOrThrow("age", CPOSNumber(36));
   std::printf("%s: %.0f, born %.0f\n", person.GetString("name").Get(),
               person.GetNumber("age").Get(), person.DeepGetNumber("born[2]").Get());
-  person.Put("nothing", CPOSObject());  // refused: the library reports it
+  person.Put("nothing", CPOSObject());  // rejected: the library reports it
 }
 
 }  // namespace

@@ -133,7 +133,7 @@ TEST_F(TypesTest, OtherObjects) {
             Outcome{"! CPOSArray::GetAt subscript failed"});
 }
 
-// Each level doubles the checks: they would not end if outcomes were not remembered.
+// Each level multiplies the checks: they would not end if outcomes were not remembered.
 TEST_F(TypesTest, SeveralTypesAtEachLevel) {
   constexpr int kLevels = 32;
   const auto nested = [](const std::string& inner) {
@@ -151,6 +151,9 @@ TEST_F(TypesTest, SeveralTypesAtEachLevel) {
   } rows[] = {
       {"a union", "A@ < category union set [A# A#] >", "text", false},
       {"a union, valid", "A@ < category union set [A# A#] >", "1", true},
+      {"a wide union",
+       "A@ < category union set [A# A# A# A# A# A# A# A# A# A# A# A# A# A# A# A#] >", "text",
+       false},
       {"unions in turn",
        "A@ < category union set [A# B#] > B@ < category union set [B# A#] > B32 < category real >",
        "text", false},
