@@ -20,6 +20,7 @@ if(KAP_SANITIZE)
     "strict_string_checks=1:allocator_may_return_null=1")
   set(kap_sanitizer_environment
     "ASAN_OPTIONS=${asan_options}"
+    "LSAN_OPTIONS=print_suppressions=0:suppressions=${CMAKE_CURRENT_LIST_DIR}/lsan.supp"
     "UBSAN_OPTIONS=print_stacktrace=1"
     "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:allocator_may_return_null=1")
 endif()
