@@ -166,6 +166,20 @@ TEST(JsonTest, KeepsWhatObjectsDoNotHave) {
   EXPECT_EQ(RunPosutil({"get", "--loss=keep", "--from", "json", "--to", "text", "-", "a"},
                        R"({"a":[true,{"$json":"true"}]})"),
             (Outcome{0, "[< ($json) true > < ($json) < ($json) true > >]\n", ""}));
+  const struct {
+    const char* in;
+    const char* out;
+  } repeated[] = {
+      {R"([{"$json":"x","$json":"true"}])", R"([{"$json":"true"}])"},
+      {R"([{"$json":[1],"$json":"true"}])", R"([{"$json":"true"}])"},
+      {R"([{"$json":"true","$json":"x"}])", R"([{"$json":"x"}])"},
+      {R"([{"$json":"true","$json":[1]}])", R"([{"$json":[1]}])"},
+  };
+  for (const auto& [in, out] : repeated) {
+    SCOPED_TRACE(in);
+    EXPECT_EQ(RunPosutil({"print", "--loss=keep", "--from", "json", "--to", "json", "-"}, in).fOut,
+              std::string(out) + "\n");
+  }
 }
 
 // A JSON value of tags and values that look like a part of one.

@@ -149,9 +149,16 @@ void JsonBuilder::Close(const Handle& value) {
 bool JsonBuilder::Key(std::string_view key) {
   RejectZero(key, "a key contains a zero character");
   Level& object = fLevels.back();
-  if (object.fForm != TagForm::kNone) object.fForm = NextForm(object.fForm, key);
   fKey = &fKeys.Get(key);
-  return IsRepeated(object, fKey->Handle());
+  const bool isRepeated = IsRepeated(object, fKey->Handle());
+  if (isRepeated) {
+    // The next value replaces the only one, so that one no longer decides.
+    const bool isOnly = fKeysSeen.size() - object.fFirstKey == 1;
+    if (isOnly) object.fForm = NextForm(TagForm::kEmpty, key);
+  } else if (object.fForm != TagForm::kNone) {
+    object.fForm = NextForm(object.fForm, key);
+  }
+  return isRepeated;
 }
 
 // Equal texts have one atom as long as a dictionary owns it.
