@@ -312,6 +312,32 @@ TEST(JsonTest, TokensAcrossTheEndsOfPieces) {
               (Outcome{0, "[\"" + longText + "\\t" + longText + "\"]\n", ""}));
 }
 
+TEST(JsonTest, LongInputsTakeLinearTime) {
+  std::string members;
+  for (int i = 0; i < 100000; ++i) members += "\"k" + std::to_string(i) + "\":1,";
+  for (int i = 0; i < 100000; ++i) members += "\"n" + std::to_string(i) + "\":null,";
+  const struct {
+    std::string name, in, out;
+  } rows[] = {
+      {"digits", "0." + std::string(32 << 20, '0'), "0\n"},
+      {"null members", "{" + members + "\"a\":1}", ""},
+  };
+  for (const auto& [name, in, out] : rows) {
+    SCOPED_TRACE(name);
+    const Outcome outcome = RunPosutil({"print", "--from", "json", "--to", "text", "-"}, in,
+                                       {.fPrefix = {"prlimit", "--cpu=6"}});
+    EXPECT_EQ(outcome.fStatus, 0);
+    if (!out.empty()) EXPECT_EQ(outcome.fOut, out);
+  }
+}
+
+// The last read finds no more bytes, yet moves those of the number.
+TEST(JsonTest, NumbersAtTheEndOfAFullWindow) {
+  const std::string space(65536 - 3, ' ');
+  EXPECT_EQ(RunPosutil({"print", "--from", "json", "--to", "text", "-"}, space + "123"),
+            (Outcome{0, "123\n", ""}));
+}
+
 TEST(JsonTest, RejectsWhatJsonCannotHold) {
   const struct {
     const char* in;

@@ -273,7 +273,12 @@ void JsonScanner::ReadNull(const char* expected) {
 
 void JsonScanner::ReadNumber() {
   JsonNumber number(fToken);
-  while (number.fEnd == fEnd && More()) number = JsonNumber(fToken);
+  while (number.fEnd == fEnd) {
+    fNext = fEnd;
+    const bool hasMore = MoreDigits();
+    number = JsonNumber(fToken);
+    if (!hasMore) break;
+  }
   fNext = fToken + (number.fEnd - fToken);
   if (!number.fIsValid) {
     FailAt(fToken, fNext == fEnd ? "unexpected end of input in a number" : "malformed number");
@@ -335,6 +340,16 @@ bool JsonScanner::More() {
   fNext = fInput.Data() + (next - discarded);
   fEnd = fInput.Data() + fInput.Size();
   return !fInput.IsAtEnd();
+}
+
+// Makes more bytes follow fNext, up to one that is not a digit: a new scan of a number after each
+// read would take quadratic time. Returns false at the end of the input.
+bool JsonScanner::MoreDigits() {
+  while (fNext == fEnd) {
+    if (!More()) return false;
+    while (IsDigit(*fNext)) ++fNext;
+  }
+  return true;
 }
 
 bool JsonScanner::Has(std::size_t count) {

@@ -56,6 +56,7 @@ class JsonScanner {
 
   void Lose(LossKind kind, const std::string& text);
   bool More();
+  bool MoreDigits();
   bool Has(std::size_t count);
   std::string Found() const;
   [[noreturn]] void FailExpecting(const std::string& expected) const;
