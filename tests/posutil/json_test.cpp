@@ -327,7 +327,7 @@ TEST(JsonTest, LongInputsTakeLinearTime) {
     const Outcome outcome = RunPosutil({"print", "--from", "json", "--to", "text", "-"}, in,
                                        {.fPrefix = {"prlimit", "--cpu=6"}});
     EXPECT_EQ(outcome.fStatus, 0);
-    if (!out.empty()) EXPECT_EQ(outcome.fOut, out);
+    EXPECT_EQ(outcome.fOut.substr(0, out.size()), out);
   }
 }
 
