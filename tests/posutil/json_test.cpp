@@ -135,6 +135,12 @@ TEST(JsonTest, Losses) {
             "{\"b\":1,\"c\":2,\"e\":3}\n");
 }
 
+TEST(JsonTest, LossesBeforeAFailure) {
+  const Outcome outcome = Lines("[true]\n[", {"--all"});
+  EXPECT_EQ(outcome.fStatus, 3);
+  EXPECT_EQ(FirstMessage(outcome), "<stdin>:1:2: warning: true is read as the string \"true\"");
+}
+
 TEST(JsonTest, RepeatedKeysAmongMany) {
   std::string json = "{";
   for (int i = 0; i < 100; ++i) json += "\"k" + std::to_string(i) + "\":1,";
@@ -177,8 +183,7 @@ TEST(JsonTest, KeepsWhatObjectsDoNotHave) {
   };
   for (const auto& [in, out] : repeated) {
     SCOPED_TRACE(in);
-    EXPECT_EQ(RunPosutil({"print", "--loss=keep", "--from", "json", "--to", "json", "-"}, in).fOut,
-              std::string(out) + "\n");
+    EXPECT_EQ(Lines(in, {"--loss=keep"}).fOut, std::string(out) + "\n");
   }
 }
 

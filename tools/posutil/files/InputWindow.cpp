@@ -30,6 +30,17 @@ std::size_t InputWindow::Refill(std::size_t needed) {
   return discarded;
 }
 
+// Counts on from the last document: the window may hold millions of small ones.
+void InputWindow::KeepFrom(std::size_t index) {
+  if (fCountedKept < fDiscarded) {
+    fBeforeKept = fBefore;
+    fCountedKept = fDiscarded;
+  }
+  fKeptFrom = fDiscarded + index;
+  fBeforeKept.Add({fBuffer.get() + (fCountedKept - fDiscarded), fKeptFrom - fCountedKept});
+  fCountedKept = fKeptFrom;
+}
+
 void InputWindow::Discard(std::size_t count) {
   if (count == 0) return;
   fBefore.Add({fBuffer.get(), count});

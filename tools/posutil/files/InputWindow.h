@@ -37,10 +37,13 @@ class InputWindow {
   std::size_t Refill(std::size_t needed);
   bool IsAtEnd() const { return fIsAtEnd; }
   // From now on discards nothing from this byte on, until the next call.
-  void KeepFrom(std::size_t index) { fKeptFrom = fDiscarded + index; }
+  // The index must not be before that of an earlier call.
+  void KeepFrom(std::size_t index);
   // The bytes as a part of the input, and the index of the first kept one.
   TextPart Part() const { return {fBefore, {fBuffer.get(), fSize}}; }
   std::size_t KeptFrom() const { return fKeptFrom - fDiscarded; }
+  // Counts the bytes before the first kept one.
+  const LineCounter& BeforeKept() const { return fBeforeKept; }
 
   // FILE:LINE:COLUMN of a byte of the window, and the error there; past the last byte means the
   // end.
@@ -63,6 +66,8 @@ class InputWindow {
   std::size_t fDiscarded = 0;
   std::size_t fKeptFrom = SIZE_MAX;  // counts from the start of the input
   LineCounter fBefore;               // of the discarded bytes
+  LineCounter fBeforeKept;           // of the first fCountedKept bytes of the input
+  std::size_t fCountedKept = 0;
   bool fIsAtEnd = false;
 };
 

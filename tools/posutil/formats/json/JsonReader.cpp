@@ -45,7 +45,9 @@ class JsonDocuments final : public Documents {
     return fBuilder.Take();
   }
 
-  DocumentText LastText() const override { return {fInput.Part(), fInput.KeptFrom()}; }
+  DocumentText LastText() const override {
+    return {fInput.Part(), fInput.KeptFrom(), fInput.BeforeKept()};
+  }
 
  private:
   const Extent fExtent;

@@ -45,7 +45,7 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
   void KeepFromHere() { fWindow.KeepFrom(fNext); }
   // Its fBegin is the number of bytes before the window.
   DocumentText Window() const { return {fWindow.Part(), fWindow.Discarded()}; }
-  DocumentText Kept() const { return {fWindow.Part(), fWindow.KeptFrom()}; }
+  DocumentText Kept() const { return {fWindow.Part(), fWindow.KeptFrom(), fWindow.BeforeKept()}; }
   SavedException& Saved() { return fSaved; }
   bool SkipSpace() {
     while (HasMore() && kSpace.find(fWindow.Data()[fNext]) != std::string_view::npos) ++fNext;
