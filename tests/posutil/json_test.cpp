@@ -135,6 +135,17 @@ TEST(JsonTest, Losses) {
             "{\"b\":1,\"c\":2,\"e\":3}\n");
 }
 
+TEST(JsonTest, MuchSpaceAfterAnIncompleteDocument) {
+  const std::string space(200000, ' ');
+  const std::string line = "\n  [1," + std::string(30, ' ') + "...\n     ^\n";
+  EXPECT_EQ(RunPosutil({"print", "--from", "json", "-"}, "[1," + space).fErr,
+            "<stdin>:1:4: unexpected end of input; expected a value (at [1])" + line);
+  EXPECT_EQ(FirstMessage(RunPosutil({"print", "--from", "typea", "-"},
+                                    "POSStreamerTypeA_Version1.0 [ #1 " + space))
+                .substr(0, 14),
+            "<stdin>:1:33: ");
+}
+
 TEST(JsonTest, LossesBeforeAFailure) {
   const Outcome outcome = Lines("[true]\n[", {"--all"});
   EXPECT_EQ(outcome.fStatus, 3);

@@ -49,12 +49,15 @@ class InputWindow {
   // end.
   std::string NameOf(std::size_t index) const;
   SyntaxError ErrorAt(std::size_t index, const std::string& message) const;
+  // The error after the last byte that is not white space, which may be discarded.
+  SyntaxError ErrorAfterText(const std::string& message) const;
 
  private:
   static constexpr std::size_t kFirstCapacity = 64 * 1024;
   static constexpr std::size_t kKept = 4 * 1024;  // for seeking back, and for excerpts
 
   void Discard(std::size_t count);
+  void RememberTextEnd(std::size_t count);
   void Grow();
 
   const InputFile fFile;
@@ -68,6 +71,10 @@ class InputWindow {
   LineCounter fBefore;               // of the discarded bytes
   LineCounter fBeforeKept;           // of the first fCountedKept bytes of the input
   std::size_t fCountedKept = 0;
+  // The last discarded byte that is not white space: what an excerpt shows around it.
+  LineCounter fBeforeTextEnd;
+  std::string fAroundTextEnd;
+  std::size_t fTextEnd = 0;  // index in fAroundTextEnd
   bool fIsAtEnd = false;
 };
 

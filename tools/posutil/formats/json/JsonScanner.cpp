@@ -364,11 +364,9 @@ SyntaxError JsonScanner::ErrorHere(const std::string& message) const {
 }
 
 void JsonScanner::FailExpecting(const std::string& expected) const {
-  const char* place = fNext;
-  if (place == fEnd) {  // point past the last token, not past the last line
-    while (place > fInput.Data() && IsSpace(place[-1])) --place;
-  }
-  FailAt(place, "unexpected " + Found() + "; expected " + expected);
+  const std::string message = "unexpected " + Found() + "; expected " + expected;
+  if (fNext < fEnd) FailAt(fNext, message);
+  throw fInput.ErrorAfterText(WithPath(message));  // not past the last line
 }
 
 std::string JsonScanner::Found() const {
@@ -384,9 +382,12 @@ std::string JsonScanner::Found() const {
 }
 
 void JsonScanner::FailAt(const char* place, const std::string& message) const {
+  throw fInput.ErrorAt(Index(place), WithPath(message));
+}
+
+std::string JsonScanner::WithPath(const std::string& message) const {
   const std::string path = fBuilder.Path();
-  throw fInput.ErrorAt(Index(place),
-                       message + (path.empty() ? "" : " (at " + Printable(path) + ")"));
+  return message + (path.empty() ? "" : " (at " + Printable(path) + ")");
 }
 
 }  // namespace PosUtil
