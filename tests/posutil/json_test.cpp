@@ -135,6 +135,23 @@ TEST(JsonTest, Losses) {
             "{\"b\":1,\"c\":2,\"e\":3}\n");
 }
 
+TEST(JsonTest, MuchSpaceAfterAnIncompleteDocument) {
+  const std::string space(200000, ' ');
+  const std::string line = "\n  [1," + std::string(30, ' ') + "...\n     ^\n";
+  EXPECT_EQ(RunPosutil({"print", "--from", "json", "-"}, "[1," + space).fErr,
+            "<stdin>:1:4: unexpected end of input; expected a value (at [1])" + line);
+  EXPECT_EQ(FirstMessage(RunPosutil({"print", "--from", "typea", "-"},
+                                    "POSStreamerTypeA_Version1.0 [ #1 " + space))
+                .substr(0, 14),
+            "<stdin>:1:33: ");
+}
+
+TEST(JsonTest, LossesBeforeAFailure) {
+  const Outcome outcome = Lines("[true]\n[", {"--all"});
+  EXPECT_EQ(outcome.fStatus, 3);
+  EXPECT_EQ(FirstMessage(outcome), "<stdin>:1:2: warning: true is read as the string \"true\"");
+}
+
 TEST(JsonTest, RepeatedKeysAmongMany) {
   std::string json = "{";
   for (int i = 0; i < 100; ++i) json += "\"k" + std::to_string(i) + "\":1,";
@@ -166,6 +183,19 @@ TEST(JsonTest, KeepsWhatObjectsDoNotHave) {
   EXPECT_EQ(RunPosutil({"get", "--loss=keep", "--from", "json", "--to", "text", "-", "a"},
                        R"({"a":[true,{"$json":"true"}]})"),
             (Outcome{0, "[< ($json) true > < ($json) < ($json) true > >]\n", ""}));
+  const struct {
+    const char* in;
+    const char* out;
+  } repeated[] = {
+      {R"([{"$json":"x","$json":"true"}])", R"([{"$json":"true"}])"},
+      {R"([{"$json":[1],"$json":"true"}])", R"([{"$json":"true"}])"},
+      {R"([{"$json":"true","$json":"x"}])", R"([{"$json":"x"}])"},
+      {R"([{"$json":"true","$json":[1]}])", R"([{"$json":[1]}])"},
+  };
+  for (const auto& [in, out] : repeated) {
+    SCOPED_TRACE(in);
+    EXPECT_EQ(Lines(in, {"--loss=keep"}).fOut, std::string(out) + "\n");
+  }
 }
 
 // A JSON value of tags and values that look like a part of one.
@@ -296,6 +326,32 @@ TEST(JsonTest, TokensAcrossTheEndsOfPieces) {
   const std::string longText(300'000, 'x');
   EXPECT_TRUE(Lines("[\"" + longText + "\\t" + longText + "\"]") ==
               (Outcome{0, "[\"" + longText + "\\t" + longText + "\"]\n", ""}));
+}
+
+TEST(JsonTest, LongInputsTakeLinearTime) {
+  std::string members;
+  for (int i = 0; i < 100000; ++i) members += "\"k" + std::to_string(i) + "\":1,";
+  for (int i = 0; i < 100000; ++i) members += "\"n" + std::to_string(i) + "\":null,";
+  const struct {
+    std::string name, in, out;
+  } rows[] = {
+      {"digits", "0." + std::string(32 << 20, '0'), "0\n"},
+      {"null members", "{" + members + "\"a\":1}", ""},
+  };
+  for (const auto& [name, in, out] : rows) {
+    SCOPED_TRACE(name);
+    const Outcome outcome = RunPosutil({"print", "--from", "json", "--to", "text", "-"}, in,
+                                       {.fPrefix = {"prlimit", "--cpu=6"}});
+    EXPECT_EQ(outcome.fStatus, 0);
+    EXPECT_EQ(outcome.fOut.substr(0, out.size()), out);
+  }
+}
+
+// The last read finds no more bytes, yet moves those of the number.
+TEST(JsonTest, NumbersAtTheEndOfAFullWindow) {
+  const std::string space(65536 - 3, ' ');
+  EXPECT_EQ(RunPosutil({"print", "--from", "json", "--to", "text", "-"}, space + "123"),
+            (Outcome{0, "123\n", ""}));
 }
 
 TEST(JsonTest, RejectsWhatJsonCannotHold) {

@@ -349,6 +349,17 @@ TEST_F(ValidateTest, StreamsAndLimits) {
                 "3 documents checked: 1 valid, 2 not valid, 3 messages; 1 document not checked\n");
 }
 
+TEST_F(ValidateTest, ManyDocumentsAfterALargeOne) {
+  Put("list.txt", "< L < category array membertype int > >");
+  std::string stream = "[" + std::string(64 << 20, ' ') + "]\n";
+  for (int i = 0; i < 10000; ++i) stream += "[[]]\n";
+  const Outcome outcome = RunPosutil({"validate", "--all", "--schema", fFolder.Path("list.txt"),
+                                      "--type", "L", "--max-errors", "0", "--from", "json", "-"},
+                                     stream, {.fPrefix = {"prlimit", "--cpu=5"}});
+  EXPECT_EQ(outcome.fStatus, 1);
+  EXPECT_EQ(outcome.fOut.substr(0, 13), "<stdin>:2:2: ");
+}
+
 TEST_F(ValidateTest, WrongUsage) {
   Put("ada.data", "1");
   const std::vector<std::string> rows[] = {

@@ -96,8 +96,8 @@ int Main(int argc, char** argv) {
   }
 }
 
-// Else a file that posutil opens takes the number of a closed one, and messages end up in it. Reads
-// and writes fail as they do on a closed one, which /dev/null would hide.
+// Otherwise a file that posutil opens takes the number of a closed one, and messages end up in it.
+// Reads and writes fail as they do on a closed one, which /dev/null would hide.
 void FillStandardDescriptors() {
   int descriptor = 0;
   do {

@@ -11,7 +11,7 @@ namespace PosUtil {
 // What to do with a JSON value that a property object cannot hold.
 enum class LossMode {
   kWarn,   // read it as nearly as possible and print a warning
-  kError,  // refuse the document
+  kError,  // reject the document
   kKeep,   // read it as a dictionary with its JSON text, from which the writer restores it
 };
 

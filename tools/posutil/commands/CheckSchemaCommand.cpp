@@ -38,7 +38,7 @@ class CheckSchemaCommand final : public Command {
         const auto document = fSchemas.Open(file, Extent::kOne, fResults.WantedText(), session);
         const auto object = document->Next();
         DocumentPlaces places(fSchemas.FormatOf(file), document->LastText());
-        return Schema(object, name, places, session.TheLibrary()).CheckItself(fResults.Check());
+        return Schema(object, name, places, session.TheLibrary()).CheckItself(report.Check());
       });
     }
     return report.Finish();

@@ -74,7 +74,7 @@ class ValidateCommand final : public Command {
       const CPOSObject object = documents->Next();
       if (object.IsNull()) return std::nullopt;
       DocumentPlaces places(fDocuments.FormatOf(file), documents->LastText());
-      return schema.Check(object, type, name.fFile, places, fResults.Check());
+      return schema.Check(object, type, name.fFile, places, report.Check());
     };
     while (report.Add(name, checkNext) && fAll) ++name.fDocument;
   }

@@ -1,10 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "files/InputWindow.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
 namespace PosUtil {
+
+namespace {
+
+constexpr std::string_view kSpace = " \t\r\n";
+constexpr std::size_t kExcerpt = 64;  // on each side, more than an excerpt shows
+
+}  // namespace
 
 InputWindow::InputWindow(const std::string& fileName, Progress& progress,
                          std::function<void()> idle)
@@ -30,12 +38,36 @@ std::size_t InputWindow::Refill(std::size_t needed) {
   return discarded;
 }
 
+// Counts on from the last document: the window may hold millions of small ones.
+void InputWindow::KeepFrom(std::size_t index) {
+  if (fCountedKept < fDiscarded) {
+    fBeforeKept = fBefore;
+    fCountedKept = fDiscarded;
+  }
+  fKeptFrom = fDiscarded + index;
+  fBeforeKept.Add({fBuffer.get() + (fCountedKept - fDiscarded), fKeptFrom - fCountedKept});
+  fCountedKept = fKeptFrom;
+}
+
 void InputWindow::Discard(std::size_t count) {
   if (count == 0) return;
+  RememberTextEnd(count);
   fBefore.Add({fBuffer.get(), count});
   std::memmove(fBuffer.get(), fBuffer.get() + count, fSize - count);
   fDiscarded += count;
   fSize -= count;
+}
+
+// Before `count` bytes are discarded.
+void InputWindow::RememberTextEnd(std::size_t count) {
+  const std::string_view bytes(fBuffer.get(), fSize);
+  const std::size_t end = bytes.substr(0, count).find_last_not_of(kSpace) + 1;
+  if (end == 0) return;
+  const std::size_t begin = end - std::min(end, kExcerpt);
+  fBeforeTextEnd = fBefore;
+  fBeforeTextEnd.Add(bytes.substr(0, begin));
+  fAroundTextEnd = bytes.substr(begin, end - begin + kExcerpt);
+  fTextEnd = end - begin;
 }
 
 void InputWindow::Grow() {
@@ -51,6 +83,12 @@ std::string InputWindow::NameOf(std::size_t index) const {
 
 SyntaxError InputWindow::ErrorAt(std::size_t index, const std::string& message) const {
   return {fFile.Name(), Part(), index, message};
+}
+
+SyntaxError InputWindow::ErrorAfterText(const std::string& message) const {
+  const std::size_t end = std::string_view(fBuffer.get(), fSize).find_last_not_of(kSpace) + 1;
+  if (end > 0 || fDiscarded == 0) return ErrorAt(end, message);
+  return {fFile.Name(), {fBeforeTextEnd, fAroundTextEnd}, fTextEnd, message};
 }
 
 }  // namespace PosUtil

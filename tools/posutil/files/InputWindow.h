@@ -37,21 +37,27 @@ class InputWindow {
   std::size_t Refill(std::size_t needed);
   bool IsAtEnd() const { return fIsAtEnd; }
   // From now on discards nothing from this byte on, until the next call.
-  void KeepFrom(std::size_t index) { fKeptFrom = fDiscarded + index; }
+  // The index must not be before that of an earlier call.
+  void KeepFrom(std::size_t index);
   // The bytes as a part of the input, and the index of the first kept one.
   TextPart Part() const { return {fBefore, {fBuffer.get(), fSize}}; }
   std::size_t KeptFrom() const { return fKeptFrom - fDiscarded; }
+  // Counts the bytes before the first kept one.
+  const LineCounter& BeforeKept() const { return fBeforeKept; }
 
   // FILE:LINE:COLUMN of a byte of the window, and the error there; past the last byte means the
   // end.
   std::string NameOf(std::size_t index) const;
   SyntaxError ErrorAt(std::size_t index, const std::string& message) const;
+  // The error after the last byte that is not white space, which may be discarded.
+  SyntaxError ErrorAfterText(const std::string& message) const;
 
  private:
   static constexpr std::size_t kFirstCapacity = 64 * 1024;
   static constexpr std::size_t kKept = 4 * 1024;  // for seeking back, and for excerpts
 
   void Discard(std::size_t count);
+  void RememberTextEnd(std::size_t count);
   void Grow();
 
   const InputFile fFile;
@@ -63,6 +69,12 @@ class InputWindow {
   std::size_t fDiscarded = 0;
   std::size_t fKeptFrom = SIZE_MAX;  // counts from the start of the input
   LineCounter fBefore;               // of the discarded bytes
+  LineCounter fBeforeKept;           // of the first fCountedKept bytes of the input
+  std::size_t fCountedKept = 0;
+  // The last discarded byte that is not white space: what an excerpt shows around it.
+  LineCounter fBeforeTextEnd;
+  std::string fAroundTextEnd;
+  std::size_t fTextEnd = 0;  // index in fAroundTextEnd
   bool fIsAtEnd = false;
 };
 

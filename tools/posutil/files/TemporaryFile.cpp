@@ -146,7 +146,7 @@ void TemporaryFile::Replace() {
   RemoveName();
 }
 
-// A file that somebody has made meanwhile stays: nobody has checked that it may be replaced.
+// A file that somebody has made meanwhile stays: its replacement has not been checked.
 void TemporaryFile::LinkToFree() const {
   if (!Link(PathOf(fFile).c_str(), fPlace.fFolder.Get(), fPlace.fName.c_str())) Fail();
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "formats/DocumentPlaces.h"
 
+#include <algorithm>
+
 namespace PosUtil {
 
 std::size_t DocumentPlaces::Find(const ValuePath& path, Positions::Part part) {
@@ -15,14 +17,17 @@ SyntaxError DocumentPlaces::ErrorAt(const std::string& name, const ValuePath& pa
 
 TextPlace DocumentPlaces::PlaceOf(const ValuePath& path, Positions::Part part) {
   const std::string_view bytes = fText.fPart.fBytes;
-  const std::size_t offset = Find(path, part);
-  if (offset < fCounted || fCounted == 0) {
-    fCounter = fText.fPart.fBefore;
-    fCounted = 0;
+  const std::size_t begin = std::min(fText.fBegin, bytes.size());  // a dropped text has none
+  const std::string_view text = bytes.substr(begin);
+  const std::size_t offset = Find(path, part) - begin;
+  while (fCounters.size() <= offset / kInterval) {
+    LineCounter next = fCounters.back();
+    next.Add(text.substr((fCounters.size() - 1) * kInterval, kInterval));
+    fCounters.push_back(next);
   }
-  fCounter.Add(bytes.substr(fCounted, offset - fCounted));
-  fCounted = offset;
-  return {fCounter.fLines + 1, fCounter.fColumns + 1};
+  LineCounter counter = fCounters[offset / kInterval];
+  counter.Add(text.substr(offset / kInterval * kInterval, offset % kInterval));
+  return {counter.fLines + 1, counter.fColumns + 1};
 }
 
 }  // namespace PosUtil

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/SyntaxError.h"
 #include "base/TextPart.h"
@@ -16,7 +17,8 @@ namespace PosUtil {
 class DocumentPlaces {
  public:
   // The text must outlive this.
-  DocumentPlaces(const Reader& reader, const DocumentText& text) : fReader(reader), fText(text) {}
+  DocumentPlaces(const Reader& reader, const DocumentText& text)
+      : fReader(reader), fText(text), fCounters{text.fBefore} {}
 
   TextPlace PlaceOf(const ValuePath& path, Positions::Part part);
   // The error about a value of the document; `name` is the name of the file.
@@ -28,9 +30,10 @@ class DocumentPlaces {
   const Reader& fReader;
   const DocumentText fText;
   std::optional<Positions> fPositions;
-  // The last answer: most questions are about a later place.
-  LineCounter fCounter;
-  std::size_t fCounted = 0;
+  // Before every kInterval-th byte of the document, as far as the answers have reached: questions
+  // come in any order.
+  static constexpr std::size_t kInterval = 4096;
+  std::vector<LineCounter> fCounters;
 };
 
 }  // namespace PosUtil

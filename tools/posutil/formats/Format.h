@@ -22,10 +22,12 @@ enum class Extent {
 
 enum class Text : bool { kDropped, kKept };
 
-// A part of an input, and the offset in it at which a document begins.
+// A part of an input, the offset in it at which a document begins, and the lines and columns before
+// the document.
 struct DocumentText {
   TextPart fPart;
   std::size_t fBegin = 0;
+  LineCounter fBefore = {};
 };
 
 // The documents of one input, in their order.

@@ -290,12 +290,13 @@ Distance DistanceOf(const CheckedDocument& checked, Messages messages, std::size
 
 }  // namespace
 
-std::vector<VerdictMessage> Explainer::Explain(const std::vector<std::string>& texts) {
+void Explainer::Explain(const std::vector<std::string>& texts, Verdict& verdict) {
   std::vector<ParsedMessage> messages;
   messages.reserve(texts.size());
   for (const std::string& text : texts) messages.push_back(ParseMessage(text, fChecked.fObject));
   Add(messages, 0, 0);
-  return std::move(fExplained);
+  verdict.fMessages = std::move(fExplained);
+  verdict.fUnshown = fUnexplained;
 }
 
 void Explainer::Add(Messages messages, std::size_t depth, std::size_t others) {
@@ -324,6 +325,10 @@ void Explainer::AddClosest(Messages messages, std::size_t depth, std::size_t oth
 }
 
 void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
+  if (fExplained.size() == fMaxMessages) {
+    ++fUnexplained;
+    return;
+  }
   const Walk walk(fChecked, message);
   VerdictMessage explained;
   explained.fText = message.fText;

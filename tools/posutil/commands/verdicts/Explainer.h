@@ -26,13 +26,14 @@ struct CheckedDocument {
 
 // Finds for each message the value and the rule that it is about. Of a union, which reports every
 // alternative, it keeps the messages of the closest one: the one of the value's kind that names the
-// fewest members as wrong.
+// fewest members as wrong. It explains the first messages, up to a limit, and counts the others.
 class Explainer {
  public:
-  Explainer(const CheckedDocument& checked, Branches branches)
-      : fChecked(checked), fBranches(branches) {}
+  Explainer(const CheckedDocument& checked, Branches branches, std::size_t maxMessages)
+      : fChecked(checked), fBranches(branches), fMaxMessages(maxMessages) {}
 
-  std::vector<VerdictMessage> Explain(const std::vector<std::string>& texts);
+  // Sets the messages of the verdict and the number of those beyond the limit.
+  void Explain(const std::vector<std::string>& texts, Verdict& verdict);
 
  private:
   using Messages = std::span<const ParsedMessage>;
@@ -43,7 +44,9 @@ class Explainer {
 
   const CheckedDocument& fChecked;
   const Branches fBranches;
+  const std::size_t fMaxMessages;
   std::vector<VerdictMessage> fExplained;
+  std::size_t fUnexplained = 0;
 };
 
 }  // namespace PosUtil

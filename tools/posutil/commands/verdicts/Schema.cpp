@@ -36,7 +36,7 @@ Verdict MakeCheck(const std::string& name, Library& library, const CheckOptions&
   }
   receiver.Rethrow();
   library.CheckReports(name);
-  verdict.fMessages = Explainer(checked, options.fBranches).Explain(receiver.Take());
+  Explainer(checked, options.fBranches, options.fMaxMessages).Explain(receiver.Take(), verdict);
   return verdict;
 }
 
@@ -70,17 +70,13 @@ Verdict Schema::CheckItself(const CheckOptions& options) const {
 }
 
 void Schema::RequireItself(std::size_t maxMessages) const {
-  const Verdict verdict = CheckItself({});
+  const Verdict verdict = CheckItself({.fMaxMessages = maxMessages});
   if (verdict.fIsValid) return;
   std::string text = Printable(fName) + ": the schema is not valid, so nothing was checked\n";
-  std::size_t left = maxMessages;
   for (const VerdictMessage& message : verdict.fMessages) {
-    if (left-- == 0) break;
     text += MessageLines(fName, fName, message);
   }
-  if (verdict.fMessages.size() > maxMessages) {
-    text += std::to_string(verdict.fMessages.size() - maxMessages) + " more messages\n";
-  }
+  if (verdict.fUnshown > 0) text += std::to_string(verdict.fUnshown) + " more messages\n";
   text.pop_back();
   throw Failure(text);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "POSValidator.h"
@@ -16,6 +17,7 @@ namespace PosUtil {
 struct CheckOptions {
   Messages fMessages = Messages::kWanted;
   Branches fBranches = Branches::kClosest;
+  std::size_t fMaxMessages = SIZE_MAX;  // to explain; the others only count
 };
 
 // A dictionary of types to check documents against.

@@ -2,7 +2,6 @@
 #include "commands/verdicts/VerdictReport.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 
 namespace PosUtil {
 
@@ -24,14 +23,18 @@ std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Output& out) const {
 
 CheckOptions VerdictOptions::Check() const {
   return {fIsQuiet ? Messages::kUnwanted : Messages::kWanted,
-          fShowsAllBranches ? Branches::kAll : Branches::kClosest};
+          fShowsAllBranches ? Branches::kAll : Branches::kClosest, MaxMessages()};
 }
 
 VerdictReport::VerdictReport(const VerdictOptions& options, Session& session)
-    : fSession(session),
-      fPrinter(options.NewPrinter(session.Out())),
-      fMaxMessages(options.MaxMessages()) {
+    : fSession(session), fCheck(options.Check()), fPrinter(options.NewPrinter(session.Out())) {
   if (fPrinter) fPrinter->Begin();
+}
+
+CheckOptions VerdictReport::Check() const {
+  CheckOptions options = fCheck;
+  options.fMaxMessages -= fCounts.fPrinted;
+  return options;
 }
 
 ExitStatus VerdictReport::Finish() {
@@ -40,14 +43,11 @@ ExitStatus VerdictReport::Finish() {
   return fCounts.fInvalid > 0 ? kExitNegative : kExitSuccess;
 }
 
-void VerdictReport::Count(const CheckedName& name, Verdict& verdict) {
+void VerdictReport::Count(const CheckedName& name, const Verdict& verdict) {
   ++(verdict.fIsValid ? fCounts.fValid : fCounts.fInvalid);
-  fCounts.fMessages += verdict.fMessages.size();
+  fCounts.fMessages += verdict.fMessages.size() + verdict.fUnshown;
   if (!fPrinter) return;
-  const std::size_t wanted = std::min(verdict.fMessages.size(), fMaxMessages - fCounts.fPrinted);
-  fCounts.fPrinted += wanted;
-  verdict.fUnshown = verdict.fMessages.size() - wanted;
-  verdict.fMessages.resize(wanted);
+  fCounts.fPrinted += verdict.fMessages.size();
   fPrinter->Print(name, verdict);
 }
 

@@ -45,6 +45,9 @@ class VerdictReport {
  public:
   VerdictReport(const VerdictOptions& options, Session& session);
 
+  // What a check does. The limit of the messages is what is left of it.
+  CheckOptions Check() const;
+
   // `makeVerdict` checks a document, or returns nothing if there is none; if it throws Failure, the
   // document counts as unchecked. Returns whether it has made a verdict.
   template <class MakeVerdict>
@@ -68,12 +71,12 @@ class VerdictReport {
   ExitStatus Finish();
 
  private:
-  void Count(const CheckedName& name, Verdict& verdict);
+  void Count(const CheckedName& name, const Verdict& verdict);
   bool CountUnchecked(const CheckedName& name, const Failure& failure);
 
   Session& fSession;
+  const CheckOptions fCheck;
   const std::unique_ptr<VerdictPrinter> fPrinter;
-  const std::size_t fMaxMessages;
   VerdictCounts fCounts;
 };
 

@@ -149,27 +149,40 @@ void JsonBuilder::Close(const Handle& value) {
 bool JsonBuilder::Key(std::string_view key) {
   RejectZero(key, "a key contains a zero character");
   Level& object = fLevels.back();
-  if (object.fForm != TagForm::kNone) object.fForm = NextForm(object.fForm, key);
   fKey = &fKeys.Get(key);
-  return IsRepeated(object, fKey->Handle());
+  const bool isRepeated = IsRepeated(object, fKey->Handle());
+  if (isRepeated) {
+    // The next value replaces the only one, so that one no longer decides.
+    const bool isOnly = fKeysSeen.size() - object.fFirstKey == 1;
+    if (isOnly) object.fForm = NextForm(TagForm::kEmpty, key);
+  } else if (object.fForm != TagForm::kNone) {
+    object.fForm = NextForm(object.fForm, key);
+  }
+  return isRepeated;
+}
+
+// Returns whether the list of keys ended once and for all: the dictionary has the others.
+bool JsonBuilder::HasManyKeys(const Level& object) const {
+  return fKeysSeen.size() - object.fFirstKey > kFewKeys;
 }
 
 // Equal texts have one atom as long as a dictionary owns it.
 bool JsonBuilder::IsRepeated(const Level& object, KAPStringAtom* key) {
   const auto first = fKeysSeen.begin() + static_cast<std::ptrdiff_t>(object.fFirstKey);
   bool isRepeated = false;
-  if (fKeysSeen.size() - object.fFirstKey <= kFewKeys) {
+  if (!HasManyKeys(object)) {
     isRepeated = std::find(first, fKeysSeen.end(), key) != fKeysSeen.end();
   } else {
     const Handle holder(Dicts::Call<"Get">(object.fContainer.Handle(), key), KAP_T_MT::KAPAdopt());
     isRepeated = !holder.IsNull();
   }
-  if (!isRepeated) fKeysSeen.push_back(key);
+  if (!isRepeated && !HasManyKeys(object)) fKeysSeen.push_back(key);
   return isRepeated;
 }
 
 // The dictionary no longer owns the atom of the current key; another text may get its address.
 void JsonBuilder::ForgetKey(const Level& object) {
+  if (HasManyKeys(object)) return;
   const auto first = fKeysSeen.begin() + static_cast<std::ptrdiff_t>(object.fFirstKey);
   const auto found = std::find(first, fKeysSeen.end(), fKey->Handle());
   if (found != fKeysSeen.end()) fKeysSeen.erase(found);

@@ -57,6 +57,7 @@ class JsonBuilder {
   void Attach(const Handle& value);
   void AttachString(std::string_view text);
   void RequireForm(bool isKept);
+  bool HasManyKeys(const Level& object) const;
   bool IsRepeated(const Level& object, KAPStringAtom* key);
   void ForgetKey(const Level& object);
   Handle ValueOfTag(const Level& object);

@@ -27,6 +27,23 @@ class JsonDocuments final : public Documents {
   }
 
   KAP_T_MT::CPOSObject Next() override {
+    try {
+      return ReadNext();
+    } catch (const Failure&) {
+      // The documents before are written. With an error for each loss, the failure may be one.
+      if (fExtent == Extent::kAll && fSession.Loss() != LossMode::kError) {
+        fSession.ReportLosses(fLosses);
+      }
+      throw;
+    }
+  }
+
+  DocumentText LastText() const override {
+    return {fInput.Part(), fInput.KeptFrom(), fInput.BeforeKept()};
+  }
+
+ private:
+  KAP_T_MT::CPOSObject ReadNext() {
     if (fExtent == Extent::kAll ? !fScanner.SkipSpace() : fIsRead) {
       fSession.ReportLosses(fLosses);
       return {};
@@ -45,9 +62,6 @@ class JsonDocuments final : public Documents {
     return fBuilder.Take();
   }
 
-  DocumentText LastText() const override { return {fInput.Part(), fInput.KeptFrom()}; }
-
- private:
   const Extent fExtent;
   const Text fText;
   Session& fSession;

@@ -273,7 +273,12 @@ void JsonScanner::ReadNull(const char* expected) {
 
 void JsonScanner::ReadNumber() {
   JsonNumber number(fToken);
-  while (number.fEnd == fEnd && More()) number = JsonNumber(fToken);
+  while (number.fEnd == fEnd) {
+    fNext = fEnd;
+    const bool hasMore = MoreDigits();
+    number = JsonNumber(fToken);
+    if (!hasMore) break;
+  }
   fNext = fToken + (number.fEnd - fToken);
   if (!number.fIsValid) {
     FailAt(fToken, fNext == fEnd ? "unexpected end of input in a number" : "malformed number");
@@ -337,6 +342,16 @@ bool JsonScanner::More() {
   return !fInput.IsAtEnd();
 }
 
+// Makes more bytes follow fNext, up to one that is not a digit: a new scan of a number after each
+// read would take quadratic time. Returns false at the end of the input.
+bool JsonScanner::MoreDigits() {
+  while (fNext == fEnd) {
+    if (!More()) return false;
+    while (IsDigit(*fNext)) ++fNext;
+  }
+  return true;
+}
+
 bool JsonScanner::Has(std::size_t count) {
   while (static_cast<std::size_t>(fEnd - fNext) < count) {
     if (!More()) return false;
@@ -349,11 +364,9 @@ SyntaxError JsonScanner::ErrorHere(const std::string& message) const {
 }
 
 void JsonScanner::FailExpecting(const std::string& expected) const {
-  const char* place = fNext;
-  if (place == fEnd) {  // point past the last token, not past the last line
-    while (place > fInput.Data() && IsSpace(place[-1])) --place;
-  }
-  FailAt(place, "unexpected " + Found() + "; expected " + expected);
+  const std::string message = "unexpected " + Found() + "; expected " + expected;
+  if (fNext < fEnd) FailAt(fNext, message);
+  throw fInput.ErrorAfterText(WithPath(message));  // not past the last line
 }
 
 std::string JsonScanner::Found() const {
@@ -369,9 +382,12 @@ std::string JsonScanner::Found() const {
 }
 
 void JsonScanner::FailAt(const char* place, const std::string& message) const {
+  throw fInput.ErrorAt(Index(place), WithPath(message));
+}
+
+std::string JsonScanner::WithPath(const std::string& message) const {
   const std::string path = fBuilder.Path();
-  throw fInput.ErrorAt(Index(place),
-                       message + (path.empty() ? "" : " (at " + Printable(path) + ")"));
+  return message + (path.empty() ? "" : " (at " + Printable(path) + ")");
 }
 
 }  // namespace PosUtil

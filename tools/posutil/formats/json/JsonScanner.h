@@ -56,10 +56,12 @@ class JsonScanner {
 
   void Lose(LossKind kind, const std::string& text);
   bool More();
+  bool MoreDigits();
   bool Has(std::size_t count);
   std::string Found() const;
   [[noreturn]] void FailExpecting(const std::string& expected) const;
   [[noreturn]] void FailAt(const char* place, const std::string& message) const;
+  std::string WithPath(const std::string& message) const;
   std::size_t Index(const char* place) const {
     return static_cast<std::size_t>(place - fInput.Data());
   }

@@ -45,7 +45,7 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
   void KeepFromHere() { fWindow.KeepFrom(fNext); }
   // Its fBegin is the number of bytes before the window.
   DocumentText Window() const { return {fWindow.Part(), fWindow.Discarded()}; }
-  DocumentText Kept() const { return {fWindow.Part(), fWindow.KeptFrom()}; }
+  DocumentText Kept() const { return {fWindow.Part(), fWindow.KeptFrom(), fWindow.BeforeKept()}; }
   SavedException& Saved() { return fSaved; }
   bool SkipSpace() {
     while (HasMore() && kSpace.find(fWindow.Data()[fNext]) != std::string_view::npos) ++fNext;
@@ -53,6 +53,9 @@ class StreamInput::Client final : public KAP_T_MT::KAPClientPositionableStream {
   }
   SyntaxError ErrorAt(std::size_t offset, const std::string& message) const {
     return fWindow.ErrorAt(offset - fWindow.Discarded(), message);
+  }
+  SyntaxError ErrorAfterText(const std::string& message) const {
+    return fWindow.ErrorAfterText(message);
   }
 
  private:
@@ -97,11 +100,6 @@ DocumentText StreamInput::Kept() const { return fClient->Kept(); }
 
 bool StreamInput::SkipSpace() { return fClient->SkipSpace(); }
 
-std::size_t StreamInput::EndOfText() const {
-  const DocumentText text = fClient->Window();
-  return text.fBegin + text.fPart.fBytes.find_last_not_of(kSpace) + 1;
-}
-
 std::size_t StreamInput::FindBack(char character, std::size_t offset) const {
   const DocumentText text = fClient->Window();
   const std::size_t found = text.fPart.fBytes.rfind(character, offset - text.fBegin);
@@ -110,6 +108,10 @@ std::size_t StreamInput::FindBack(char character, std::size_t offset) const {
 
 SyntaxError StreamInput::ErrorAt(std::size_t offset, const std::string& message) const {
   return fClient->ErrorAt(offset, message);
+}
+
+SyntaxError StreamInput::ErrorAfterText(const std::string& message) const {
+  return fClient->ErrorAfterText(message);
 }
 
 }  // namespace PosUtil

@@ -34,12 +34,13 @@ class StreamInput {
   void CheckFailure();
   // Skips white space. Returns false at the end of the input.
   bool SkipSpace();
-  // The place after the last byte that is not white space, and that of the last `character` up to
-  // `offset`, which is returned if there is none in the window.
-  std::size_t EndOfText() const;
+  // The place of the last `character` up to `offset`, which is returned if there is none in the
+  // window.
   std::size_t FindBack(char character, std::size_t offset) const;
   // The error at a byte of the window; `offset` counts from the start of the input.
   SyntaxError ErrorAt(std::size_t offset, const std::string& message) const;
+  // The error after the last byte that is not white space.
+  SyntaxError ErrorAfterText(const std::string& message) const;
 
  private:
   class Client;

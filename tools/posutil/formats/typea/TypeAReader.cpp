@@ -72,13 +72,13 @@ class TypeADocuments final : public Documents {
     fInput.CheckFailure();
     const std::string report = reports.empty() ? "unreadable" : std::move(reports.front());
     const std::size_t count = fInput.Position();
-    throw fInput.ErrorAt(FaultOf(report, count),
-                         MeaningOf(report) + " (after " + std::to_string(count) + " bytes)");
+    const std::string message = MeaningOf(report) + " (after " + std::to_string(count) + " bytes)";
+    if (count == 0 || report.ends_with("unexpected EOF")) throw fInput.ErrorAfterText(message);
+    throw fInput.ErrorAt(FaultOf(report, count), message);
   }
 
-  // The fault is the last byte read, unless a byte is missing or the token began earlier.
+  // The fault is the last byte read, unless the token began earlier.
   std::size_t FaultOf(const std::string& report, std::size_t count) const {
-    if (count == 0 || report.ends_with("unexpected EOF")) return fInput.EndOfText();
     if (report == "malformed number") return fInput.FindBack('#', count - 1);
     if (report == "Unexpected escape sequence") return fInput.FindBack('\\', count - 2);
     return count - 1;
