@@ -49,7 +49,7 @@ Array::~Array() {
 void Array::growToHold(std::uint32_t count) {
   if (count <= fCapacity) return;
   const std::uint32_t capacity = CapacityFor(count, fCapacity);
-  const std::size_t size = KAP_T_MT::KAPCheckedSize(capacity, sizeof *fElements);
+  const std::size_t size = KAP_T_MT::KAPCheckedSize(capacity, sizeof(void*));  // bare handles
   void* const block = fElements ? CKAPMemory::Realloc(fElements, size) : CKAPMemory::Alloc(size);
   fElements = static_cast<POSObject**>(block);
   fCapacity = capacity;
