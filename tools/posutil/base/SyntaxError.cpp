@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "base/SyntaxError.h"
 
-#include <locale.h>
-#include <wchar.h>
+#include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale is POSIX
+#include <wchar.h>   // NOLINT(modernize-deprecated-headers): wcwidth is POSIX
 
 #include <algorithm>
 

@@ -54,7 +54,7 @@ BaseObject* Dict::Clone(NestingStack& stack) {
     if (IsForeign(entry->Value())) [[unlikely]] {
       copy.reset(CloneForeign(entry, stack));
     } else {
-      copy.reset(new DictEntry(entry->GetKey(), Adopt(CloneOf(entry->Value(), stack))));
+      copy = std::make_unique<DictEntry>(entry->GetKey(), Adopt(CloneOf(entry->Value(), stack)));
       entry = DictTree::Next(entry);
     }
     last = clone->fEntries.InsertLast(last, std::move(copy));

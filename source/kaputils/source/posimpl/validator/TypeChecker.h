@@ -36,7 +36,7 @@ class TypeChecker {
  private:
   // What the name of a type stands for.
   struct Type {
-    Type() noexcept {}  // nothing is initialised
+    Type() noexcept {}  // NOLINT(modernize-use-equals-default): nothing is initialised
 
     const Intrinsic* fIntrinsic;  // null: it has a definition
     union {
