@@ -85,7 +85,7 @@ TEST_F(HeapTest, BlocksAreUsedAgain) {
          pages.merge(PagesOf(blocks));
          onThread([&] { Free(blocks); });
        }},
-      {"nobody, for half of the blocks: the next thread goes on with the pages",
+      {"no thread, for half of the blocks: the next thread goes on with the pages",
        [&](auto& pages) {
          Blocks kept;
          onThread([&] {

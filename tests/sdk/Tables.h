@@ -14,7 +14,7 @@
 // other sees them.
 std::vector<std::string> DeclaredTables();
 
-// What is no longer as it was: a description of each published line whose slot is gone or has other
+// What has changed: a description of each published line whose slot is gone or has other
 // names or another type now. Lines that are declared but not published are additions, and fine.
 std::vector<std::string> BrokenPromises(const std::vector<std::string>& published,
                                         const std::vector<std::string>& declared);

@@ -16,7 +16,7 @@ namespace {
 constinit std::mutex gMutex;
 constinit IntrusiveList<ThreadAccount> gAccounts;
 constinit std::array<Holding, kSlots> gRetired{};
-// Counted in by all threads for which there is no memory.
+// Shared by the threads whose own counters found no memory.
 constinit std::array<ThreadAccount::Entry, kSlots> gSpare;
 
 void AddEntry(Holding& sum, const ThreadAccount::Entry& entry) noexcept {

@@ -15,7 +15,7 @@ namespace KAPHost {
 // until the process ends.
 //
 // The table is 256 shards by the hash, which grow one by one. A bucket is locked while it is
-// searched or changed; there is no lock above that but the one of a growing shard. References are
+// searched or changed; the only lock above that is the one of a growing shard. References are
 // counted without a lock, with two exceptions: a look-up adds its reference and a release drops the
 // last one under the bucket's lock, so that no look-up finds a dying atom.
 //

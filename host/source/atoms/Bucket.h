@@ -35,7 +35,7 @@ struct alignas(64) Bucket {
 
   // The rest requires the lock.
 
-  // Null when there is no atom of this text.
+  // Null when no atom has this text.
   KAPStringAtom* Find(const TextKey& key) const noexcept {
     for (const Bucket* bucket = this; bucket; bucket = bucket->Next()) {
       for (unsigned i = 0; i < bucket->Size(); ++i) {

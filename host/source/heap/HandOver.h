@@ -8,9 +8,9 @@
 //
 // The rule for returned blocks: while a page's list of returned blocks is not empty, exactly one
 // party knows of it and will collect it. A thread that adds the first block to the list becomes
-// that party. It hands the page to the owner by pushing it on the owner's stack; whoever takes
-// the stack is the next party. Hence a page is on one stack at most, and it is not empty, and stays
-// a page of its use, as long as any party knows of it: its returned blocks count as used.
+// that party. It hands the page to the owner by pushing it on the owner's stack; the thread that
+// takes the stack is the next party. Hence a page is on one stack at most, and it is not empty, and
+// stays a page of its use, as long as any party knows of it: its returned blocks count as used.
 //
 // When a thread ends, its pages with blocks become orphans, which belong to a heap without a
 // thread and are guarded by a lock. A thread that frees a block of an orphan adopts the page, and

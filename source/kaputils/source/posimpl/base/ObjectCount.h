@@ -36,8 +36,8 @@ class ObjectCount {
   void AddDeleted() noexcept { Add(&Slot::fDeleted); }
 
   // How many objects live: exactly, when other threads make and delete none meanwhile. Otherwise it
-  // counts at least those that live throughout the call: deletions are read first, and whoever
-  // reads one also reads that the object was made.
+  // counts at least those that live throughout the call: deletions are read first, and a thread
+  // that reads one also reads that the object was made.
   std::uint64_t Live() const noexcept;
 
  private:
