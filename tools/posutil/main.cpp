@@ -23,6 +23,11 @@ void DeclareAll(CLI::App& options, Session& session) {
       .add_option("--library", session.LibraryPath(),
                   "Path of libKAPUtils.so; default: the installed one, then ../lib")
       ->option_text("FILE");
+  options
+      .add_option("--trace", session.TracePath(),
+                  "Writes every call between posutil, the host and the library to FILE; as trace\n"
+                  "events for a timeline if its name ends in .json")
+      ->option_text("FILE");
   options.footer(
       "posutil COMMAND --help describes a command.\n\n"
       "Exit status: 0 success, 1 a negative result, 2 wrong usage, 3 unreadable or malformed\n"

@@ -13,7 +13,7 @@ Session::Session()
       fErrorStyle(Style::For(STDERR_FILENO)) {}
 
 Library& Session::TheLibrary() {
-  if (!fLibrary) fLibrary.emplace(fLibraryPath);
+  if (!fLibrary) fLibrary.emplace(fLibraryPath, fTracePath);
   return *fLibrary;
 }
 
