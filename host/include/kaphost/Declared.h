@@ -128,7 +128,7 @@ constexpr ValueKind KindOf() noexcept {
   if (std::is_enum_v<Type> || std::is_signed_v<Type>) return ValueKind::kSigned;
   if (std::is_integral_v<Type>) return ValueKind::kUnsigned;
   if (!std::is_pointer_v<Type>) return ValueKind::kOther;
-  if (std::is_same_v<std::remove_const_t<Pointee>, char>) return ValueKind::kText;
+  if (std::is_same_v<Pointee, const char>) return ValueKind::kText;
   if (std::is_same_v<Pointee, KAPStringAtom>) return ValueKind::kAtom;
   if (std::is_same_v<Pointee, KAPError>) return ValueKind::kError;
   if (std::is_same_v<Pointee, KAPContainer>) return ValueKind::kContainer;

@@ -108,17 +108,18 @@ void Checker::CheckThread(const CheckedCall& call, Findings& findings, const voi
 // An object may be used in calls inside of each other on one thread.
 void Checker::BeginUse(const CheckedCall& call, bool isExclusive, Findings& findings,
                        const void*& object) {
-  object = ObjectOf(call);
-  if (!object) return;
+  const void* const used = ObjectOf(call);
+  if (!used) return;
   Use use{ThreadNumber(), isExclusive, fLedger.Here()};
   Site other;
   {
     const std::lock_guard lock(fMutex);
-    std::vector<Use>& uses = fUses[object];
+    std::vector<Use>& uses = fUses[used];
     for (const Use& one : uses) {
       if (one.fThread != use.fThread && (one.fIsExclusive || isExclusive)) other = one.fSite;
     }
     uses.push_back(std::move(use));
+    object = used;
   }
   if (!other.fCaller) return;
   findings.push_back({"two threads use " + fLedger.NameOf(object) +

@@ -77,7 +77,7 @@ std::unique_ptr<Watcher> HostState::MakeWatcher(HostOptions& options) {
   const std::string trace = debug.fTrace;
   const bool checks = options.fChecks;
   try {
-    if (const char* words = std::getenv("KAPHOST_DEBUG")) {
+    if (const char* words = ::secure_getenv("KAPHOST_DEBUG")) {
       ParseDebugWords(words, debug, options.fChecks);
     }
   } catch (const std::invalid_argument& error) {

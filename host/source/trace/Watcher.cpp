@@ -177,7 +177,7 @@ WatchedCall::WatchedCall(const WatchedProc& proc, const void* returnAddress,
   try {
     fWatcher->Begin(*this);
   } catch (const std::bad_alloc&) {
-    fIsTraced = false;
+    // The call is made all the same, and what could not be noted is missing.
   }
 }
 
@@ -250,10 +250,10 @@ TracedCall Watcher::Traced(const WatchedCall& call, std::chrono::nanoseconds sin
 void Watcher::BeginTrace(WatchedCall& call) {
   call.fText = Arguments(call);
   call.fDepth = tThread.fDepth;
-  call.fIsTraced = true;
-  ++tThread.fDepth;
   call.fStart = std::chrono::steady_clock::now();
   fTrace->Begin(Traced(call, call.fStart - fStart));
+  call.fIsTraced = true;
+  ++tThread.fDepth;
 }
 
 void Watcher::Begin(WatchedCall& call) {
@@ -283,8 +283,8 @@ void Watcher::Begin(WatchedCall& call) {
 
 void Watcher::EndTrace(WatchedCall& call, const WatchedValue* result,
                        std::chrono::nanoseconds duration) const {
-  TracedCall traced = Traced(call, call.fStart - fStart);
   --tThread.fDepth;
+  TracedCall traced = Traced(call, call.fStart - fStart);
   traced.fDuration = duration;
   if (!result) {
     traced.fResult = traced.fError = "an exception";
