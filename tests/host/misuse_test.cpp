@@ -115,14 +115,14 @@ TEST_F(MisuseTest, Results) {
     EXPECT_EQ(fHost.TakeReports(),
               std::vector<std::string>{"KAP host: " + row.report +
                                        "\n  used by host_test in CarelessInterface." + row.method +
-                                       ", a procedure of Careless"});
+                                       " of Careless"});
     EXPECT_EQ(result, row.method == std::string("ReturnBoth") ? 1 : 0);
   }
   EXPECT_THROW((fHost.Proc<CarelessInterface, "Throw">()()), int);
   EXPECT_EQ(fHost.TakeReports(),
             std::vector<std::string>{"KAP host: an exception left a procedure"
                                      "\n  used by host_test in CarelessInterface.Throw"
-                                     ", a procedure of Careless"});
+                                     " of Careless"});
   EXPECT_NE((fHost.Proc<CarelessInterface, "ReturnDead">()()), nullptr);
   const std::vector<std::string> reports = fHost.TakeReports();
   ASSERT_EQ(reports.size(), 1u);
@@ -276,6 +276,21 @@ TEST(LeaksTest, LiveThingsBetweenTwoMoments) {
   EXPECT_TRUE(host.LiveThings().empty());
 }
 
+// What a component holds of a former host is not known to the next one, and no misuse.
+TEST(LeaksTest, HandlesOfAFormerHost) {
+  KAPContainer* container = nullptr;
+  KAPStringAtom* atom = nullptr;
+  {
+    const Host host({.fOnReport = {}, .fOnLeak = [](const auto&) {}});
+    host.Proc<KAPContainerInterface, "NewContainer">()(&container);
+    atom = host.Proc<KAPStringInterface, "NewStringAtom">()("kept");
+  }
+  Host host(Checking());
+  host.Proc<KAPContainerInterface, "Release">()(container);
+  host.Proc<KAPStringInterface, "DeleteStringAtom">()(atom);
+  EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
+}
+
 // A handle that a procedure returns belongs to the caller, not to the component that made it.
 TEST(LeaksTest, ReferencesMoveToTheCaller) {
   Host host(Checking());
@@ -289,7 +304,7 @@ TEST(LeaksTest, ReferencesMoveToTheCaller) {
   EXPECT_EQ(things[0].fHolders, "host_test");
   EXPECT_EQ(things[0].fHistory,
             "  made by Careless in KAPErrorInterface.NewError"
-            "\n  last taken by host_test in CarelessInterface.ReturnBoth");
+            "\n  last taken by host_test in CarelessInterface.ReturnBoth of Careless");
   host.Proc<KAPErrorInterface, "Release">()(error);
 }
 

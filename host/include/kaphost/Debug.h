@@ -17,6 +17,8 @@ namespace KAPHost {
 // `fLeaks` or HostOptions::fChecks, every look-up returns a procedure that observes the call first.
 //
 // The environment variable KAPHOST_DEBUG adds to what a program sets, see ParseDebugWords.
+//
+// The child of a fork may not use a host that observes calls if the parent has threads in them.
 struct DebugOptions {
   // The file to write the calls to; "-" is standard error, empty means no trace. A name that ends
   // in ".json" gets trace events that Chrome and Perfetto open, any other a readable text.

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
 #include <mutex>
 #include <new>
@@ -30,7 +31,7 @@ struct Records {
   std::shared_mutex fMutex;
   std::vector<Record> fAll;
   std::set<std::string, std::less<>> fNames;  // never shrinks: calls keep the texts
-  unsigned long fTime = 0;
+  std::atomic<unsigned long> fTime = 0;       // read without the lock
 };
 
 // Never destroyed: static objects of components may call the host until the very end.
@@ -123,11 +124,7 @@ void NoteUnloaded(const Span& span) noexcept {
   }
 }
 
-unsigned long ModulesTime() noexcept {
-  Records& records = TheRecords();
-  const std::shared_lock lock(records.fMutex);
-  return records.fTime;
-}
+unsigned long ModulesTime() noexcept { return TheRecords().fTime; }
 
 Module ModuleAt(const void* address, unsigned long time) {
   Records& records = TheRecords();

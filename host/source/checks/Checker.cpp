@@ -72,6 +72,7 @@ void Checker::CheckHandle(const CheckedCall& call, const WatchedValue& value, Fi
   if (isCore) return;
   const auto [state, resource] = fLedger.Find(handle);
   if (state == Ledger::State::kUnknown) {
+    if (AcceptsUnknown(wanted)) return;
     findings.push_back({std::string("what was passed as ") + SingularOf(wanted) + " is not one"});
     refused = call.fIsHosts;
   } else if (resource != wanted) {

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <mutex>
+#include <set>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -27,6 +28,11 @@ struct CheckedCall {
 class Checker {
  public:
   explicit Checker(const Ledger& ledger) : fLedger(ledger) {}
+
+  // Handles of this kind that the ledger does not know may be those of a former host. Not to be
+  // called while calls are checked.
+  void AcceptUnknown(KAPResource resource) { fAccepted.insert(resource); }
+  bool AcceptsUnknown(KAPResource resource) const { return fAccepted.contains(resource); }
 
   struct Finding {
     std::string fHeadline;
@@ -56,6 +62,7 @@ class Checker {
   static void CheckPlace(const CheckedCall& call, const WatchedValue& result, Findings& findings);
 
   const Ledger& fLedger;
+  std::set<KAPResource> fAccepted;
   std::mutex fMutex;
   std::unordered_map<const void*, std::vector<Use>> fUses;
   std::map<std::string, Site> fBindingThreads;  // by component

@@ -125,6 +125,7 @@ HostState::HostState(HostOptions options)
       fLeaks(std::move(options.fDebug.fLeaks)),
       fBefore(CountAll()) {
   RegisterServices();
+  if (fWatcher) fWatcher->AcceptUnknown(fBefore);
   SetCurrent(this);
   const bool takesPages = TakesPages(options.fMemory);
   UsePages(takesPages);

@@ -8,6 +8,7 @@ std::string DescribeSite(const char* what, const Site& site) {
   if (site.fCaller) {
     text.append(" by ").append(site.fCaller).append(" in ").append(site.fInterface);
     text.append(".").append(site.fMethod);
+    if (site.fCallee) text.append(" of ").append(site.fCallee);
   } else {
     text += " by the host";
   }

@@ -13,13 +13,14 @@ struct Site {
   const char* fCaller = nullptr;  // null: outside of every observed call
   const char* fInterface = "";
   const char* fMethod = "";
+  const char* fCallee = nullptr;  // null for the host
   unsigned fThread = 0;
   std::shared_ptr<const Stack> fStack;  // null unless stacks are on
 };
 
 // Lines such as
 //
-//   made by Totals in KAPStringInterface.NewStringAtom
+//   made by Totals in POSNumberInterface.NewPOSNumber of KAPUtils
 //     Totals::Sum (totals.cpp:41)
 std::string DescribeSite(const char* what, const Site& site);
 

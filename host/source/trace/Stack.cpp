@@ -83,8 +83,8 @@ std::shared_ptr<const Stack> CaptureStack(const void* returnAddress) noexcept {
   }
 }
 
-// Frames of the client runtime say nothing: each component has a copy of it, and calls the host
-// through it alone.
+// Frames of the host and of the client runtime say nothing: each component has a copy of the runtime,
+// and calls the host through it alone.
 std::vector<std::string> DescribeStack(const Stack& stack) {
   static auto* const mutex = new std::mutex;
   const std::lock_guard lock(*mutex);
@@ -92,7 +92,7 @@ std::vector<std::string> DescribeStack(const Stack& stack) {
   for (const void* frame : stack.fFrames) {
     if (lines.size() == kMostShown) break;
     std::string line = Line(frame, stack.fTime);
-    if (line.starts_with("KAP_T_MT::") || line.starts_with("KAPHost::Watch")) continue;
+    if (line.starts_with("KAP_T_MT::") || line.starts_with("KAPHost::")) continue;
     lines.push_back(std::move(line));
     if (lines.back() == "main" || lines.back().starts_with("main (")) break;
   }

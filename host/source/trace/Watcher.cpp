@@ -163,6 +163,14 @@ void* Watcher::Watch(const char* interfaceName, const char* methodName, const ch
   return method->fEntries[static_cast<std::size_t>(chosen - method->fProcs)];
 }
 
+void Watcher::AcceptUnknown(const Snapshot& held) {
+  if (!fChecker) return;
+  for (const KAPResource resource :
+       {KAPResource::kAtom, KAPResource::kError, KAPResource::kContainer, KAPResource::kBuffer}) {
+    if (held.Total(resource) != Holding()) fChecker->AcceptUnknown(resource);
+  }
+}
+
 // ---- A call ----
 
 WatchedCall::WatchedCall(const WatchedProc& proc, const void* returnAddress,
@@ -218,7 +226,9 @@ std::string Watcher::Describe(const WatchedValue& value) const {
     if (!isCore && found.fState == Ledger::State::kDead) {
       return "dead " + fLedger->NameOf(value.As<const void*>());
     }
-    if (!isCore && found.fResource != resource) return "invalid handle";
+    const bool isFormer =
+        found.fState == Ledger::State::kUnknown && fChecker->AcceptsUnknown(resource);
+    if (!isCore && !isFormer && found.fResource != resource) return "invalid handle";
   }
   const Describing describing;
   return DescribeValue(value, fOptions.fKindOf);
@@ -347,10 +357,7 @@ void Watcher::CountReferences(const WatchedCall& call, const WatchedValue& resul
 void Watcher::Report(const std::string& headline, const void* thing,
                      const std::string& other) const {
   std::string text = "KAP host: " + headline;
-  if (const WatchedCall* call = tThread.fInnermost) {
-    text += DescribeSite("used", fLedger->Here());
-    if (call->fCallee != kHost) text += std::string(", a procedure of ") + call->fCallee;
-  }
+  if (tThread.fInnermost) text += DescribeSite("used", fLedger->Here());
   text += other;
   if (thing) text += fLedger->History(thing);
   if (fComplains) std::cerr << text + '\n';
@@ -363,7 +370,11 @@ Site CurrentSite(bool withStack) noexcept {
 }
 
 Site Watcher::SiteOf(const WatchedCall& call, bool withStack) noexcept {
-  return {call.fCaller, call.fInterface, call.fProc.fMethod.load()->fMethod, ThreadNumber(),
+  return {call.fCaller,
+          call.fInterface,
+          call.fProc.fMethod.load()->fMethod,
+          call.fCallee == kHost ? nullptr : call.fCallee,
+          ThreadNumber(),
           withStack ? CaptureStack(call.fReturnAddress) : nullptr};
 }
 

@@ -14,6 +14,7 @@
 #include "checks/Checker.h"
 #include "checks/Ledger.h"
 #include "kaphost/Debug.h"
+#include "kaphost/Snapshot.h"
 #include "trace/TraceWriter.h"
 
 namespace KAPHost {
@@ -33,6 +34,9 @@ class Watcher {
   // `isHosts` says whether it is the host's own.
   void* Watch(const char* interfaceName, const char* methodName, const char* procName, void* proc,
               bool isHosts);
+
+  // Handles that components hold of a former host are not known here, and are no misuse.
+  void AcceptUnknown(const Snapshot& held);
 
   bool HasLedger() const noexcept { return fLedger != nullptr; }
   bool HasChecks() const noexcept { return fChecker != nullptr; }
