@@ -83,7 +83,8 @@ struct DeclaredMethod {
 // One call that is observed, on the stack of its thread.
 class WatchedCall {
  public:
-  WatchedCall(const WatchedProc& proc, const void* returnAddress,
+  // `watchCall` is the address of the function that makes the call.
+  WatchedCall(const WatchedProc& proc, const void* returnAddress, const void* watchCall,
               std::span<const WatchedValue> arguments) noexcept;
   WatchedCall(const WatchedCall&) = delete;
   WatchedCall& operator=(const WatchedCall&) = delete;
@@ -106,6 +107,7 @@ class WatchedCall {
   class Watcher* fWatcher;  // null: the call is not observed
   const WatchedProc& fProc;
   const void* fReturnAddress;
+  const void* fWatchCall;
   std::span<const WatchedValue> fArguments;
   const char* fInterface = "";
   const char* fCaller = "";
@@ -169,7 +171,8 @@ template <class Result, class... Args>
       reinterpret_cast<Result (*)(Args...)>(proc.fTarget.load(std::memory_order_acquire));
   WatchedValue values[sizeof...(Args) + 1] = {ValueOf(args)...};
   if constexpr (sizeof...(Args) != 0) MarkPlace<Result, Args...>(values[0]);
-  WatchedCall call(proc, returnAddress, {values, sizeof...(Args)});
+  WatchedCall call(proc, returnAddress, reinterpret_cast<const void*>(&WatchCall<Result, Args...>),
+                   {values, sizeof...(Args)});
   try {
     if (call.IsRefused()) {
       if constexpr (std::is_void_v<Result>) {

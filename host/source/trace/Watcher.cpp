@@ -171,13 +171,26 @@ void Watcher::AcceptUnknown(const Snapshot& held) {
   }
 }
 
+// A procedure that ends in a call may jump to it instead, and the call returns to where the procedure
+// was called from. That is an observing function, all of which are shorter than this.
+const char* Watcher::CallerOf(const WatchedCall& call) noexcept {
+  constexpr std::uintptr_t kLongest = 1024;
+  if (const WatchedCall* const outer = call.fOuter) {
+    const auto start = reinterpret_cast<std::uintptr_t>(outer->fWatchCall);
+    const auto address = reinterpret_cast<std::uintptr_t>(call.fReturnAddress);
+    if (address - start < kLongest) return outer->fCallee;
+  }
+  return CallerAt(call.fReturnAddress);
+}
+
 // ---- A call ----
 
-WatchedCall::WatchedCall(const WatchedProc& proc, const void* returnAddress,
+WatchedCall::WatchedCall(const WatchedProc& proc, const void* returnAddress, const void* watchCall,
                          std::span<const WatchedValue> arguments) noexcept
     : fWatcher(tThread.fIsDescribing ? nullptr : Current<Watcher>()),
       fProc(proc),
       fReturnAddress(returnAddress),
+      fWatchCall(watchCall),
       fArguments(arguments) {
   if (!fWatcher) return;
   const KeptErrno kept;
@@ -269,7 +282,7 @@ void Watcher::BeginTrace(WatchedCall& call) {
 void Watcher::Begin(WatchedCall& call) {
   call.fInterface = call.fProc.fInterface;
   call.fCallee = call.fProc.fCallee;
-  call.fCaller = CallerAt(call.fReturnAddress);
+  call.fCaller = CallerOf(call);
   ThreadNumber();
   // Described before the checks fill the result place and before a release ends the thing.
   if (IsTraced(call)) BeginTrace(call);

@@ -54,6 +54,7 @@ class Watcher {
  private:
   using Key = std::pair<std::string, std::string>;  // method and procedure
 
+  static const char* CallerOf(const WatchedCall& call) noexcept;
   const DeclaredMethod* Declared(std::string_view interfaceName, const Key& names) const;
   WatchedProc* Choose(const DeclaredMethod& method, const char* interfaceName, void* proc);
   void Note(const std::string& interfaceName, const char* methodName, const char* why);
