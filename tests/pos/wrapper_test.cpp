@@ -263,12 +263,15 @@ const struct {
      }},
     {"directory", [] {
        const CKAPUtilsDir folder = CKAPUtilsDir::GetTempDir();
-       const CKAPStringAtom name = folder.CreateUniqueFilename(CKAPStringAtom("wrapper"));
+       const CKAPStringAtom name = folder.CreateUniqueFilename("wrapper");
        const std::unique_ptr<const CKAPStringAtom, void (*)(const CKAPStringAtom*)> file(
            &name, [](const CKAPStringAtom* each) { std::remove(each->Text()); });
        folder.OpenStream(name, "w").Write(reinterpret_cast<const unsigned char*>("x"), 1);
        Need(folder.FileExists(name) && folder.GetFilePathSpec(name).Text());
-       folder.Delete(name);
+       const std::string text = name.Text();
+       folder.Rename(text, std::string_view(text));
+       (void)CKAPUtilsDir::New(folder.GetFilePathSpec("").Text()).OpenStream(text.c_str(), "r");
+       folder.Delete(text);
        Need(!CKAPUtilsDir::GetCurrent().IsNull());
      }}};
 
