@@ -25,7 +25,7 @@ void UseLabels() {
   const CPOSObject found(Labels::Call<"Find">(Read("< label (Total) >").Handle()), KAPAdopt());
   Labels::Call<"Length">("Total");
   unsigned long count = 0;
-  Labels::Call<"Count">(&count, Read("[]").Handle());
+  KAPCheck(Labels::Call<"Count">(&count, Read("[]").Handle()));
   Labels::Call<"StartsWithNumber">(Read("[1 2]").Handle());
 }
 
