@@ -2,8 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "KAPUtilsVers.h"
 #include "commands/Command.h"
+#include "program/Version.h"
 
 namespace PosUtil {
 
@@ -24,10 +24,8 @@ class VersionCommand final : public Command {
   ExitStatus Run(Session& session) override {
     const Library& library = session.TheLibrary();
     const int version = library.Version();
-    session.Out().Put(std::string("posutil ") + KAPUtils_BuildVersion() + " (build " +
-                      KAPUtils_BuildID() + ", " + KAPUtils_BuildDate() + ")\nKAPUtils " +
-                      Decoded(version) + " (" + std::to_string(version) + "), " + library.Path() +
-                      "\n");
+    session.Out().Put(ProgramVersion() + "\nKAPUtils " + Decoded(version) + " (" +
+                      std::to_string(version) + "), " + library.Path() + "\n");
     return kExitSuccess;
   }
 } gVersionCommand;

@@ -73,8 +73,8 @@ void DocumentArgument::Write(const Writer& writer, std::string_view end, Style s
                              Session& session, Output& out) const {
   Progress& progress = session.TheProgress();
   progress.Show(out.Descriptor());
-  const WriteOptions options = {
-      .fOnOneLine = fAll, .fRestoresKept = session.Loss() == LossMode::kKeep, .fStyle = style};
+  WriteOptions options = {.fRestoresKept = session.Loss() == LossMode::kKeep, .fStyle = style};
+  fLayout.Apply(writer, fAll, options);
   const auto documents = Open(out, session);
   // The line of a document ends with it, not before the next one: a reader may wait for it.
   const bool endsLines = fAll && writer.kBetween.starts_with('\n');

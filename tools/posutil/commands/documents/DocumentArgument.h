@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "commands/documents/FormatOption.h"
+#include "commands/documents/LayoutOption.h"
 
 namespace PosUtil {
 
@@ -16,6 +17,8 @@ class DocumentArgument {
   void Declare(CLI::App& options, const char* name = "FILE");
   // Declares --all.
   void DeclareAll(CLI::App& options);
+  // Declares --compact and --indent.
+  void DeclareLayout(CLI::App& options) { fLayout.Declare(options); }
 
   // Throws Failure if neither --from nor the ending of the file determines the format.
   const Reader& Format() const { return FormatOfFile(fFormat, fFile, "--from"); }
@@ -34,8 +37,8 @@ class DocumentArgument {
   // The name of a document in messages; they count from 1.
   std::string Name(std::size_t number) const;
 
-  // Reads the documents and writes each of them, on a line if --all is given and the format allows
-  // it, else with `end` after the last one. Writes what it has before it waits for more input.
+  // Reads the documents and writes each of them, on a line if --all is given, no other layout is,
+  // and the format allows it, with `end` after the last one. Writes what it has before it waits for more input.
   // Throws Failure, also for the reports of the library.
   void Write(const Writer& writer, std::string_view end, Style style, Session& session,
              Output& out) const;
@@ -50,6 +53,7 @@ class DocumentArgument {
   std::string fFile;
   std::string fFormat;
   std::string fLoss;
+  LayoutOption fLayout;
   bool fAll = false;
 };
 
