@@ -135,7 +135,7 @@ TEST(UsageTest, NamesOfCommandsAsArguments) {
 TEST(UsageTest, HelpGivesExamples) {
   EXPECT_EQ(RunPosutil({"--help"}).fStatus, 0);
   for (const std::string command :
-       {"print", "get", "convert", "validate", "check-schema", "version"}) {
+       {"print", "get", "convert", "validate", "check-schema", "version", "completion", "manual"}) {
     const Outcome help = RunPosutil({command, "--help"});
     EXPECT_EQ(help.fStatus, 0);
     EXPECT_EQ(help.fErr, "");

@@ -58,11 +58,14 @@ DeclaredOption DeclarationOf(const CLI::Option& option) {
   }
   for (const std::string& name : option.get_lnames()) declared.fNames.push_back("--" + name);
   for (const std::string& name : option.get_snames()) declared.fNames.push_back("-" + name);
-  if (option.get_type_size_max() == 0) return declared;
   declared.fValue = ValueIn(option);
-  declared.fIsValueOptional = option.get_expected_min() == 0;
+  declared.fIsValueOptional = !declared.fValue.empty() && option.get_expected_min() == 0;
   declared.fTakesFile = IsFile(declared.fValue);
   return declared;
+}
+
+std::string Brief(const DeclaredOption& option) {
+  return option.fDescription.substr(0, option.fDescription.find_first_of(";:"));
 }
 
 Declarations DeclarationsOf(const CLI::App& options) {
@@ -72,6 +75,11 @@ Declarations DeclarationsOf(const CLI::App& options) {
   for (const CLI::App* app : options.get_subcommands([](const CLI::App*) { return true; })) {
     DeclaredCommand command = {app->get_name(), app->get_description(), {}, {}, app->get_footer()};
     Declare(*app, command.fOptions, command.fArguments);
+    std::erase_if(command.fOptions, [&](const DeclaredOption& option) {
+      return std::any_of(
+          declarations.fOptions.begin(), declarations.fOptions.end(),
+          [&](const DeclaredOption& common) { return common.fNames == option.fNames; });
+    });
     declarations.fCommands.push_back(std::move(command));
   }
   return declarations;

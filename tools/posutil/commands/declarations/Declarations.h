@@ -15,7 +15,7 @@ namespace PosUtil {
 struct DeclaredOption {
   std::vector<std::string> fNames;    // with dashes; of a positional argument its name alone
   std::string fDescription;           // without a full stop
-  std::string fValue;                 // what follows an option: FILE; empty for a flag
+  std::string fValue;                 // what follows an option, such as FILE; empty for a flag
   std::vector<std::string> fChoices;  // the fixed values
   bool fIsRequired = false;
   bool fIsRepeated = false;       // takes any number of values
@@ -26,7 +26,7 @@ struct DeclaredOption {
 struct DeclaredCommand {
   std::string fName;
   std::string fDescription;
-  std::vector<DeclaredOption> fOptions;
+  std::vector<DeclaredOption> fOptions;  // without those of every command
   std::vector<DeclaredOption> fArguments;
   std::string fFooter;
 };
@@ -37,6 +37,9 @@ struct Declarations {
   std::vector<DeclaredOption> fOptions;  // of every command
   std::vector<DeclaredCommand> fCommands;
 };
+
+// The description without what follows a semicolon or a colon, such as the default.
+std::string Brief(const DeclaredOption& option);
 
 DeclaredOption DeclarationOf(const CLI::Option& option);
 // `options` are those of the program.
