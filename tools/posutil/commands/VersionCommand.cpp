@@ -17,7 +17,7 @@ std::string Decoded(int version) {
 
 class VersionCommand final : public Command {
  public:
-  VersionCommand() : Command(9, "version", "Prints the versions of the program and the library") {}
+  VersionCommand() : Command(12, "version", "Prints the versions of the program and the library") {}
 
   void Declare(CLI::App& options) override { options.footer("Example:\n  posutil version"); }
 

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "base/Failure.h"
 #include "commands/documents/FormatOption.h"
 
 namespace PosUtil {
@@ -18,11 +19,18 @@ void FilesArgument::Declare(CLI::App& options, const char* name) {
 void FilesArgument::SetLoss(Session& session) const { session.Loss() = LossModeOf(fLoss); }
 
 void FilesArgument::CheckFormats() const {
-  for (const std::string& file : fFiles) FormatOf(file);
+  for (const std::string& file : fFiles) {
+    try {
+      FormatOf(file);
+    } catch (const Failure& failure) {
+      // A file that cannot be read does not keep the others from being checked.
+      if (failure.Status() == kExitUsage) throw;
+    }
+  }
 }
 
 const Reader& FilesArgument::FormatOf(const std::string& file) const {
-  return FormatOfFile(fFormat, file, "--from");
+  return FormatOfInput(fFormat, file, "--from");
 }
 
 std::unique_ptr<Documents> FilesArgument::Open(const std::string& file, Extent extent, Text text,
