@@ -138,10 +138,20 @@ TEST_F(HostFaultTest, NthCallFails) {
   const std::string schema = fFolder.Put(
       "schema.txt",
       "< T < category dict required < a A b string > > A < category array membertype any > >");
+  const std::string mergePatch = fFolder.Put("merge.json", R"({"a":null,"b":{"c":[1]}})");
+  const std::string jsonPatch = fFolder.Put(
+      "patch.json",
+      R"([{"op":"add","path":"/a/0","value":2},{"op":"copy","from":"/a","path":"/c"}])");
   const std::string out = fFolder.Path("out.typea");
   const std::multimap<std::string, std::vector<std::string>> rows = {
       {"print", {json}},
       {"get", {text, "a[1]", "b", "a"}},
+      {"paths", {json}},
+      {"set", {json, "a[1]", R"([1,null])"}},
+      {"remove", {json, "a[0]", "b"}},
+      {"merge", {json, mergePatch}},
+      {"patch", {json, jsonPatch}},
+      {"diff", {text, json}},
       {"convert", {json, out}},
       {"convert", {text, out}},
       {"validate", {"--schema", schema, "--type", "T", text}},
