@@ -13,8 +13,8 @@ namespace fs = std::filesystem;
 using Arguments = std::vector<std::string>;
 using Names = std::set<std::string>;
 
-Outcome Run(const std::string& command, const std::string& format, const std::string& document,
-            const Arguments& arguments) {
+Outcome Change(const std::string& command, const std::string& format, const std::string& document,
+               const Arguments& arguments) {
   Arguments all = {command, "--from", format, "-"};
   all.insert(all.end(), arguments.begin(), arguments.end());
   return RunPosutil(all, document);
@@ -63,7 +63,7 @@ TEST(SetTest, Places) {
     SCOPED_TRACE(row.why);
     Outcome expected = row.outcome;
     if (expected.fStatus == 0) expected.fOut += '\n';
-    EXPECT_EQ(Run("set", "json", row.document, {row.path, "9"}), expected);
+    EXPECT_EQ(Change("set", "json", row.document, {row.path, "9"}), expected);
   }
 }
 
@@ -110,11 +110,11 @@ TEST(SetTest, Values) {
     SCOPED_TRACE(row.why);
     Arguments arguments = {"a"};
     arguments.insert(arguments.end(), row.value.begin(), row.value.end());
-    EXPECT_EQ(Run("set", "text", "< a 1 >", arguments), row.outcome);
+    EXPECT_EQ(Change("set", "text", "< a 1 >", arguments), row.outcome);
   }
-  EXPECT_EQ(Run("set", "text", "< >", {"a", "--string", "--number", "1"}).fStatus, 2);
-  EXPECT_EQ(Run("set", "json", "[1,2]", {"[0]", "null"}), (Outcome{0, "[null,2]\n", ""}));
-  EXPECT_EQ(Run("set", "json", "[1,2]", {"[2]", "null"}), (Outcome{0, "[1,2,null]\n", ""}));
+  EXPECT_EQ(Change("set", "text", "< >", {"a", "--string", "--number", "1"}).fStatus, 2);
+  EXPECT_EQ(Change("set", "json", "[1,2]", {"[0]", "null"}), (Outcome{0, "[null,2]\n", ""}));
+  EXPECT_EQ(Change("set", "json", "[1,2]", {"[2]", "null"}), (Outcome{0, "[1,2,null]\n", ""}));
 }
 
 TEST(RemoveTest, Values) {
@@ -140,9 +140,9 @@ TEST(RemoveTest, Values) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
-    EXPECT_EQ(Run("remove", "json", row.document, row.paths), row.outcome);
+    EXPECT_EQ(Change("remove", "json", row.document, row.paths), row.outcome);
   }
-  EXPECT_EQ(Run("remove", "json", "[1]", {""}).fStatus, 3);  // no document is left
+  EXPECT_EQ(Change("remove", "json", "[1]", {""}).fStatus, 3);  // no document is left
 }
 
 TEST(ChangeTest, KeepsFormatAndLayout) {
@@ -161,11 +161,11 @@ TEST(ChangeTest, KeepsFormatAndLayout) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.document);
-    Outcome outcome = Run("set", row.format, row.document, {"a", "9"});
+    Outcome outcome = Change("set", row.format, row.document, {"a", "9"});
     if (std::string(row.format) == "typea") {  // the library's own layout
       EXPECT_EQ(outcome.fStatus, 0);
-      EXPECT_EQ(Run("get", "typea", outcome.fOut, {"--to", "text", "."}).fStatus, 1);
-      EXPECT_EQ(Run("get", "typea", outcome.fOut, {"a", "b"}), (Outcome{0, "9\n\xFF\n", ""}));
+      EXPECT_EQ(Change("get", "typea", outcome.fOut, {"--to", "text", "."}).fStatus, 1);
+      EXPECT_EQ(Change("get", "typea", outcome.fOut, {"a", "b"}), (Outcome{0, "9\n\xFF\n", ""}));
     } else {
       EXPECT_EQ(outcome, (Outcome{0, row.out, ""}));
     }
@@ -173,15 +173,15 @@ TEST(ChangeTest, KeepsFormatAndLayout) {
 }
 
 TEST(ChangeTest, ManyDocuments) {
-  EXPECT_EQ(Run("set", "json", "{\"a\":1}\n[2]{}", {"--all", "/0", "9"}),
+  EXPECT_EQ(Change("set", "json", "{\"a\":1}\n[2]{}", {"--all", "/0", "9"}),
             (Outcome{0, "{\"0\":9,\"a\":1}\n[9]\n{\"0\":9}\n", ""}));
   // The value is not shared.
   const Folder folder;
   const std::string patch = folder.Put(
       "p.json", R"([{"op":"add","path":"/x","value":[1]},{"op":"add","path":"/x/-","value":2}])");
-  EXPECT_EQ(Run("patch", "json", "{}\n{}", {"--all", patch}),
+  EXPECT_EQ(Change("patch", "json", "{}\n{}", {"--all", patch}),
             (Outcome{0, "{\"x\":[1,2]}\n{\"x\":[1,2]}\n", ""}));
-  EXPECT_EQ(Run("remove", "json", "{\"a\":1,\"b\":2}\n{\"b\":1}", {"--all", "a"}).fStatus, 1);
+  EXPECT_EQ(Change("remove", "json", "{\"a\":1,\"b\":2}\n{\"b\":1}", {"--all", "a"}).fStatus, 1);
 }
 
 // Of a document, a patch and the result. The examples of RFC 7386, appendix A.
@@ -214,11 +214,11 @@ TEST(MergeTest, TheExamplesOfTheRfc) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.patch);
     const std::string patch = folder.Put("patch", row.patch);
-    EXPECT_EQ(
-        Run("merge", "json", row.document, {"--loss=keep", "--all", "--patch-from", "json", patch}),
-        (Outcome{0, std::string(row.result) + "\n", ""}));
+    EXPECT_EQ(Change("merge", "json", row.document,
+                     {"--loss=keep", "--all", "--patch-from", "json", patch}),
+              (Outcome{0, std::string(row.result) + "\n", ""}));
     if (++number > 13) continue;
-    EXPECT_EQ(Run("merge", "json", row.document, {"--all", "--patch-from", "json", patch}),
+    EXPECT_EQ(Change("merge", "json", row.document, {"--all", "--patch-from", "json", patch}),
               (Outcome{0, std::string(row.result) + "\n", ""}));
   }
 }
@@ -226,15 +226,15 @@ TEST(MergeTest, TheExamplesOfTheRfc) {
 TEST(MergeTest, NullsAndFormats) {
   const Folder folder;
   const std::string nulls = folder.Put("p.json", R"({"a":[null,{"x":null}],"b":null})");
-  EXPECT_EQ(Run("merge", "json", R"({"b":1})", {nulls}),
+  EXPECT_EQ(Change("merge", "json", R"({"b":1})", {nulls}),
             (Outcome{0, "{\"a\":[null,{}]}\n",
                      nulls + ":1:17: warning: a member with the value null is dropped\n"}));
-  EXPECT_EQ(Run("merge", "json", R"({"b":1})", {"--loss=error", nulls}).fStatus, 3);
-  EXPECT_EQ(Run("merge", "text", "< a `0041` b < c (\xFF) d 1 > >",
-                {folder.Put("p.txt", "< b < d 2 e `0042` > >")}),
+  EXPECT_EQ(Change("merge", "json", R"({"b":1})", {"--loss=error", nulls}).fStatus, 3);
+  EXPECT_EQ(Change("merge", "text", "< a `0041` b < c (\xFF) d 1 > >",
+                   {folder.Put("p.txt", "< b < d 2 e `0042` > >")}),
             (Outcome{0, "< a `0041` b < c (\xFF) d 2 e `0042` > >\n", ""}));
   EXPECT_EQ(RunPosutil({"merge", "-", "-"}).fStatus, 2);
-  EXPECT_EQ(Run("merge", "json", "{}", {folder.Put("null.json", "null")}),
+  EXPECT_EQ(Change("merge", "json", "{}", {folder.Put("null.json", "null")}),
             (Outcome{3, "", "posutil: <stdin>: the result is null\n"}));
 }
 
@@ -311,7 +311,7 @@ TEST(PatchTest, TheExamplesOfTheRfc) {
     const std::string patch = folder.Put("p.json", row.patch);
     for (const char* const loss : {"--loss=warn", "--loss=keep"}) {
       SCOPED_TRACE(loss);
-      const Outcome outcome = Run("patch", "json", row.document, {"--all", loss, patch});
+      const Outcome outcome = Change("patch", "json", row.document, {"--all", loss, patch});
       if (*row.result) {
         EXPECT_EQ(outcome, (Outcome{0, std::string(row.result) + "\n", ""}));
       } else {
@@ -346,11 +346,11 @@ TEST(PatchTest, Messages) {
        R"(operation 1 of the patch (test "/a"): the value is different)"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(Run("patch", "json", R"({"a":1})", {folder.Put("p.json", row.patch)}),
+    EXPECT_EQ(Change("patch", "json", R"({"a":1})", {folder.Put("p.json", row.patch)}),
               (Outcome{row.status, "", start + row.message + "\n"}));
   }
   const std::string null = folder.Put("p.json", R"([{"op":"add","path":"/b","value":null}])");
-  EXPECT_EQ(Run("patch", "json", R"({"a":1})", {null}),
+  EXPECT_EQ(Change("patch", "json", R"({"a":1})", {null}),
             (Outcome{0, "{\"a\":1}\n",
                      null + ":1:34: warning: a member with the value null is dropped\n"}));
 }
