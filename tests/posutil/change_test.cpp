@@ -152,7 +152,10 @@ TEST(ChangeTest, KeepsFormatAndLayout) {
     std::string out;
   } rows[] = {
       {"json", R"({"b":[1],"a":2})", "{\"a\":9,\"b\":[1]}\n"},
-      {"json", "{\n\"b\":[1]}\n", "{\n  \"a\": 9,\n  \"b\": [\n    1\n  ]\n}\n"},
+      {"json", "{\n  \"b\": [1]}\n", "{\n  \"a\": 9,\n  \"b\": [\n    1\n  ]\n}\n"},
+      {"json", "{\n\t\"b\": 1}\n", "{\n\t\"a\": 9,\n\t\"b\": 1\n}\n"},
+      {"json", "\n\n{\n    \"b\": {}}", "{\n    \"a\": 9,\n    \"b\": {}\n}\n"},
+      {"json", "{\n\"b\": []}", "{\n\"a\": 9,\n\"b\": []\n}\n"},
       {"json", "{}", "{\n  \"a\": 9\n}\n"},
       {"text", "< b 1 >\n", "< a 9 b 1 >\n"},
       {"text", "< b 1\n  c 2 >\n", "<\n  a 9\n  b 1\n  c 2\n>\n"},
@@ -175,6 +178,9 @@ TEST(ChangeTest, KeepsFormatAndLayout) {
 TEST(ChangeTest, ManyDocuments) {
   EXPECT_EQ(Change("set", "json", "{\"a\":1}\n[2]{}", {"--all", "/0", "9"}),
             (Outcome{0, "{\"0\":9,\"a\":1}\n[9]\n{\"0\":9}\n", ""}));
+  EXPECT_EQ(Change("set", "json", "[1]", {"--indent=1", "[1]", "2"}),
+            (Outcome{0, "[\n 1,\n 2\n]\n", ""}));
+  EXPECT_EQ(Change("set", "json", "[\n1]", {"--compact", "[1]", "2"}), (Outcome{0, "[1,2]\n", ""}));
   // The value is not shared.
   const Folder folder;
   const std::string patch = folder.Put(

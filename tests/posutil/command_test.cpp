@@ -47,27 +47,64 @@ TEST(GetTest, PrintsAValuePerLine) {
 }
 
 TEST(UsageTest, WrongUsage) {
-  const std::vector<std::string> rows[] = {{},
-                                           {"frobnicate"},
-                                           {"print"},
-                                           {"print", "a.json", "b.json"},
-                                           {"print", "--to", "yaml", "a.json"},
-                                           {"print", "--no-such-option", "a.json"},
-                                           {"get", "a.json"},
-                                           {"version", "x"}};
+  const struct {
+    std::vector<std::string> arguments;
+    std::string message;
+    std::string command;  // whose help the message names
+  } rows[] = {
+      {{}, "no command", ""},
+      {{"frobnicate"}, "unknown command \"frobnicate\"", ""},
+      {{"prnt", "--to", "json", "a"}, "unknown command \"prnt\"; did you mean print?", ""},
+      {{"pritn"}, "unknown command \"pritn\"; did you mean print?", ""},
+      {{"schema", "a"}, "unknown command \"schema\"; did you mean check-schema?", ""},
+      {{"--colour=never", "a\n"}, "unknown command \"a\\x0a\"", ""},
+      {{"--colour=never"}, "unknown option --colour; did you mean --color?", ""},
+      {{"--color", "purple", "print"}, "--color: \"purple\" is not auto, always or never", ""},
+      {{"print"}, "missing FILE", "print "},
+      {{"print", "a", "b"}, "unexpected argument \"b\"", "print "},
+      {{"print", "--to", "jsn", "a"},
+       "--to: \"jsn\" is not tree, json, text or typea; did you mean json?",
+       "print "},
+      {{"print", "--no-such-option", "a"}, "unknown option --no-such-option", "print "},
+      {{"print", "--col", "a"}, "unknown option --col; did you mean --color?", "print "},
+      {{"print", "-x", "a"}, "unknown option -x", "print "},
+      {{"print", "a", "--to"}, "--to needs a value: tree|json|text|typea", "print "},
+      {{"print", "--all=x", "a"}, "--all takes no value", "print "},
+      {{"print", "--to=json", "--to=text", "a"}, "--to is there more than once", "print "},
+      {{"print", "--indent", "33", "a"},
+       "--indent: \"33\" is neither a number from 0 to 32 nor tab",
+       "print "},
+      {{"print", "--indent=1", "--compact", "a"}, "--compact excludes --indent", "print "},
+      {{"get", "a"}, "missing PATH", "get "},
+      {{"version", "x"}, "unexpected argument \"x\"", "version "},
+      // The missing option is the misspelt one.
+      {{"validate", "--schem", "a", "--type", "T", "b"},
+       "unknown option --schem; did you mean --schema?",
+       "validate "},
+      {{"validate", "a"}, "missing --schema SCHEMA and --type NAME", "validate "},
+      {{"check-schema", "--max-errors", "x", "a"},
+       "--max-errors: \"x\" is not a number",
+       "check-schema "},
+  };
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row));
-    const Outcome outcome = RunPosutil(row);
-    EXPECT_EQ(outcome.fStatus, 2);
-    EXPECT_EQ(outcome.fOut, "");
-    EXPECT_EQ(outcome.fErr.rfind("posutil: ", 0), 0U) << outcome.fErr;
+    SCOPED_TRACE(testing::PrintToString(row.arguments));
+    EXPECT_EQ(
+        RunPosutil(row.arguments),
+        (Outcome{2, "", "posutil: " + row.message + "\nSee posutil " + row.command + "--help.\n"}));
   }
+}
+
+// What looks like a command after the first one is an argument.
+TEST(UsageTest, NamesOfCommandsAsArguments) {
+  EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "version", "print"}, "<version 1 print 2>"),
+            (Outcome{0, "1\n2\n", ""}));
 }
 
 TEST(UsageTest, HelpGivesExamples) {
   EXPECT_EQ(RunPosutil({"--help"}).fStatus, 0);
-  for (const std::string command : {"print", "get", "paths", "convert", "set", "remove", "merge",
-                                    "diff", "patch", "validate", "check-schema", "version"}) {
+  for (const std::string command :
+       {"print", "get", "paths", "convert", "set", "remove", "merge", "diff", "patch", "validate",
+        "check-schema", "version", "completion", "manual"}) {
     const Outcome help = RunPosutil({command, "--help"});
     EXPECT_EQ(help.fStatus, 0);
     EXPECT_EQ(help.fErr, "");
@@ -78,6 +115,9 @@ TEST(UsageTest, HelpGivesExamples) {
 
 TEST(VersionTest, DecodesTheLibrarysNumber) {
   const Outcome version = RunPosutil({"version"});
+  // The option does not need the library.
+  EXPECT_EQ(RunPosutil({"--version", "--library", "/nowhere"}),
+            (Outcome{0, version.fOut.substr(0, version.fOut.find('\n') + 1), ""}));
   EXPECT_EQ(version.fStatus, 0);
   EXPECT_EQ(version.fErr, "");
   EXPECT_NE(version.fOut.find("KAPUtils 1.1.1 (65793), "), std::string::npos) << version.fOut;

@@ -21,6 +21,7 @@ class ConvertCommand final : public Command {
         ->option_text(" ");
     DeclareToOfFile(options, fFormat, "Format of OUT; default: by its ending");
     fDocuments.DeclareAll(options);
+    fDocuments.DeclareLayout(options);
     options.footer(
         "A complete new file replaces OUT; a failure or an interruption leaves OUT unchanged. IN\n"
         "and OUT may be the same file. A value that the format of OUT cannot hold is an error;\n"

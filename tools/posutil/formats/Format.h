@@ -8,6 +8,7 @@
 #include "base/Registered.h"
 #include "base/TextPart.h"
 #include "files/Output.h"
+#include "formats/Layout.h"
 #include "formats/Token.h"
 #include "pos/POSObject.h"
 #include "program/Session.h"
@@ -84,16 +85,25 @@ class Reader : public Registered<Reader> {
 
 struct WriteOptions {
   bool fOnOneLine = false;
+  Indent fIndent = {};
   bool fRestoresKept = false;  // JSON writes what --loss=keep has kept as it was
   Style fStyle;
+};
+
+// Which layouts a writer has.
+enum class Layouts {
+  kFixed,
+  kIndented,  // with any indentation
+  kAll,       // and on one line
 };
 
 // Writes one format. Each format has one static object.
 class Writer : public Registered<Writer> {
  public:
   // `between` separates two documents; `end` follows the last one in a file.
-  Writer(int order, const char* name, std::string_view between = "\n", std::string_view end = "\n")
-      : Registered(order), kName(name), kBetween(between), kEnd(end) {}
+  Writer(int order, const char* name, Layouts layouts, std::string_view between = "\n",
+         std::string_view end = "\n")
+      : Registered(order), kName(name), kLayouts(layouts), kBetween(between), kEnd(end) {}
 
   // Writes the object, without kBetween and kEnd. Throws Failure, with the name `document` in it;
   // `out` then holds an incomplete document. The caller checks the reports of the library.
@@ -101,6 +111,7 @@ class Writer : public Registered<Writer> {
                      const WriteOptions& options, Output& out) const = 0;
 
   const char* const kName;
+  const Layouts kLayouts;
   const std::string_view kBetween;
   const std::string_view kEnd;
 

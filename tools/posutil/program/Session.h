@@ -26,6 +26,7 @@ class Session {
   Output& Out() { return fOut; }
   Progress& TheProgress() { return fProgress; }
   const Style& OutStyle() const { return fOutStyle; }
+  void SetColours(ColourMode mode);
 
   // What to do with a value that property objects cannot hold; set it before reading.
   LossMode& Loss() { return fLoss; }
@@ -47,6 +48,8 @@ class Session {
   void Finish();
 
  private:
+  void PutMessage(std::string lines);
+
   std::string fLibraryPath;
   std::optional<Library> fLibrary;
   LossMode fLoss = LossMode::kWarn;

@@ -12,6 +12,7 @@ namespace PosUtil {
 void ChangedDocument::Declare(CLI::App& options) {
   fDocument.Declare(options);
   fDocument.DeclareAll(options);
+  fDocument.DeclareLayout(options);
   // As a flag: its value is only what comes after "=", never the next argument.
   options
       .add_flag("--in-place", fInPlace,

@@ -8,7 +8,7 @@
 namespace PosUtil {
 
 // The arguments of a command that changes a document: FILE, and where the result goes. It keeps the
-// format and the layout of the document.
+// format and, by default, the layout of the document.
 class ChangedDocument {
  public:
   // Declares FILE, its options and --in-place.

@@ -67,17 +67,18 @@ void DocumentArgument::Write(const Writer& writer, std::string_view end, Style s
                              Session& session, Output& out, const Change& change) const {
   Progress& progress = session.TheProgress();
   progress.Show(out.Descriptor());
-  WriteOptions options = {
-      .fOnOneLine = fAll, .fRestoresKept = session.Loss() == LossMode::kKeep, .fStyle = style};
+  WriteOptions options = {.fRestoresKept = session.Loss() == LossMode::kKeep, .fStyle = style};
+  fLayout.Apply(writer, fAll, options);
+  const bool hasOwnLayout = change && !fAll && !fLayout.IsGiven();
   const auto documents =
-      change && !fAll ? OpenAs(Extent::kOne, Text::kKept, session) : Open(out, session);
+      hasOwnLayout ? OpenAs(Extent::kOne, Text::kKept, session) : Open(out, session);
   // The line of a document ends with it, not before the next one: a reader may wait for it.
   const bool endsLines = fAll && writer.kBetween.starts_with('\n');
   std::size_t number = 0;
   while (KAP_T_MT::CPOSObject object = documents->Next()) {
     if (++number > 1) out.Put(writer.kBetween.substr(endsLines ? 1 : 0));
     if (change) {
-      if (!fAll) ApplyLayout(Format(), documents->LastText(), options);
+      if (hasOwnLayout) ApplyLayout(Format(), documents->LastText(), options);
       change(object);
     }
     if (!fAll) {  // with several documents, reading advances the progress

@@ -8,6 +8,7 @@
 
 #include "base/ValueError.h"
 #include "commands/documents/FormatOption.h"
+#include "commands/documents/LayoutOption.h"
 
 namespace PosUtil {
 
@@ -18,6 +19,8 @@ class DocumentArgument {
   void Declare(CLI::App& options, const char* name = "FILE");
   // Declares --all.
   void DeclareAll(CLI::App& options);
+  // Declares --compact and --indent.
+  void DeclareLayout(CLI::App& options) { fLayout.Declare(options); }
 
   // Throws Failure if neither --from nor the file determines the format.
   const Reader& Format() const { return FormatOfInput(fFormat, fFile, "--from"); }
@@ -46,10 +49,11 @@ class DocumentArgument {
   // Changes a document before it is written.
   using Change = std::function<void(KAP_T_MT::CPOSObject& document)>;
 
-  // Reads the documents and writes each of them, on a line if --all is given and the format allows
-  // it, else with `end` after the last one. Writes what it has before it waits for more input.
+  // Reads the documents and writes each of them, with `end` after the last one; on a line of its own
+  // if --all is given, no other layout is, and the format allows it. Writes what it has before it
+  // waits for more input.
   // Throws Failure, also for the reports of the library.
-  // With `change`, writes them changed and in their own layout.
+  // With `change`, writes them changed and, without --all, in their own layout by default.
   void Write(const Writer& writer, std::string_view end, Style style, Session& session, Output& out,
              const Change& change = {}) const;
 
@@ -60,6 +64,7 @@ class DocumentArgument {
   std::string fFile;
   std::string fFormat;
   std::string fLoss;
+  LayoutOption fLayout;
   bool fAll = false;
 };
 

@@ -72,12 +72,11 @@ Verdict Schema::CheckItself(const CheckOptions& options) const {
 void Schema::RequireItself(std::size_t maxMessages) const {
   const Verdict verdict = CheckItself({.fMaxMessages = maxMessages});
   if (verdict.fIsValid) return;
-  std::string text = Printable(fName) + ": the schema is not valid, so nothing was checked\n";
+  std::string text = Printable(fName) + ": the schema is not valid, so nothing was checked";
   for (const VerdictMessage& message : verdict.fMessages) {
-    text += MessageLines(fName, fName, message);
+    text += "\n" + MessageLines(fName, fName, message);
   }
-  if (verdict.fUnshown > 0) text += std::to_string(verdict.fUnshown) + " more messages\n";
-  text.pop_back();
+  if (verdict.fUnshown > 0) text += "\n" + std::to_string(verdict.fUnshown) + " more messages";
   throw Failure(text);
 }
 

@@ -17,8 +17,8 @@ void VerdictOptions::Declare(CLI::App& options) {
   options.add_flag("--quiet,-q", fIsQuiet, "Prints no results; only the exit status");
 }
 
-std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Output& out) const {
-  return fIsQuiet ? nullptr : VerdictPrinter::New(fForm, out);
+std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Session& session) const {
+  return fIsQuiet ? nullptr : VerdictPrinter::New(fForm, session.OutStyle(), session.Out());
 }
 
 CheckOptions VerdictOptions::Check() const {
@@ -27,7 +27,7 @@ CheckOptions VerdictOptions::Check() const {
 }
 
 VerdictReport::VerdictReport(const VerdictOptions& options, Session& session)
-    : fSession(session), fCheck(options.Check()), fPrinter(options.NewPrinter(session.Out())) {
+    : fSession(session), fCheck(options.Check()), fPrinter(options.NewPrinter(session)) {
   if (fPrinter) fPrinter->Begin();
 }
 

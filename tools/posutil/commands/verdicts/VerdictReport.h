@@ -30,7 +30,7 @@ class VerdictOptions {
   // The most messages to print.
   std::size_t MaxMessages() const { return fMaxErrors == 0 ? SIZE_MAX : fMaxErrors; }
   // Null with --quiet.
-  std::unique_ptr<VerdictPrinter> NewPrinter(Output& out) const;
+  std::unique_ptr<VerdictPrinter> NewPrinter(Session& session) const;
 
  private:
   std::string fForm = VerdictPrinter::kText;
