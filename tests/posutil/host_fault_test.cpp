@@ -51,9 +51,11 @@ int RunHere(Command& command, const std::vector<std::string>& arguments, const F
   KAPHost::Host& host = session.TheLibrary().Host();
   int status = kExitFailure;
   try {
-    CLI::App options;
-    command.Declare(options);
-    options.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    CLI::App program;
+    command.Declare(*program.add_subcommand(command.kName));
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    reversed.emplace_back(command.kName);
+    program.parse(reversed);
     if (fault.fFirst > 0 && fault.fAndAllAfterIt) host.FailFrom(KAPFault::kAny, fault.fFirst);
     if (fault.fFirst > 0 && !fault.fAndAllAfterIt) host.FailCall(KAPFault::kAny, fault.fFirst);
     status = command.Run(session);
@@ -156,6 +158,8 @@ TEST_F(HostFaultTest, NthCallFails) {
       {"convert", {text, out}},
       {"validate", {"--schema", schema, "--type", "T", text}},
       {"check-schema", {schema}},
+      {"completion", {"bash"}},
+      {"manual", {}},
       {"version", {}}};
   for (Command* command : Command::All()) {
     EXPECT_TRUE(rows.contains(command->kName)) << command->kName;

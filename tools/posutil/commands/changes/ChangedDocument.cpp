@@ -51,7 +51,12 @@ void ChangedDocument::Write(Session& session, Output& out, Style style,
                             const DocumentArgument::Change& change) const {
   const Writer& writer = *FindFormat<Writer>(fDocument.Format().kName);
   const auto changeOne = [&](KAP_T_MT::CPOSObject& document) {
-    change(document);
+    try {
+      change(document);
+    } catch (const Failure&) {
+      session.TheLibrary().CheckReports(Name());  // a report is the cause of the failure
+      throw;
+    }
     session.TheLibrary().CheckReports(Name());
     if (document.IsNull()) throw Failure(Printable(Name()) + ": the result is null");
   };

@@ -114,9 +114,13 @@ const Reader& FormatOfOutput(const std::string& format, const std::string& file,
 
 std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
                                          Extent extent, Session& session, Text text) {
-  Library& library = session.TheLibrary();
-  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, text, session),
-                                            InputName(file), library);
+  session.TheLibrary();
+  return WithReports(reader.Open(file, extent, text, session), InputName(file), session);
+}
+
+std::unique_ptr<Documents> WithReports(std::unique_ptr<Documents> documents,
+                                       const std::string& name, Session& session) {
+  return std::make_unique<CheckedDocuments>(std::move(documents), name, session.TheLibrary());
 }
 
 }  // namespace PosUtil

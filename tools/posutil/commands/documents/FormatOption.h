@@ -40,4 +40,8 @@ std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string
                                          Extent extent, Session& session,
                                          Text text = Text::kDropped);
 
+// The documents, whose Next also throws Failure for the reports of the library.
+std::unique_ptr<Documents> WithReports(std::unique_ptr<Documents> documents,
+                                       const std::string& name, Session& session);
+
 }  // namespace PosUtil

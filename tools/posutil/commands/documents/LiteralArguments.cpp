@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/documents/LiteralArguments.h"
 
+#include <charconv>
+
 namespace PosUtil {
 
 namespace {
@@ -8,6 +10,14 @@ namespace {
 constexpr char kMark = '\x1F';  // no argument starts with it
 
 void Hide(std::string& argument) { argument.insert(0, 1, kMark); }
+
+bool IsNegativeNumber(const std::string& argument) {
+  const bool hasDigit = argument.find_first_of("0123456789") != std::string::npos;  // not "-inf"
+  const char* const end = argument.data() + argument.size();
+  double value = 0;
+  return argument.starts_with('-') && hasDigit &&
+         std::from_chars(argument.data(), end, value).ptr == end;
+}
 
 }  // namespace
 
@@ -19,8 +29,7 @@ void HideBrackets(std::vector<std::string>& arguments) {
 
 void HideNegativeNumbers(std::vector<std::string>& arguments) {
   for (std::string& argument : arguments) {
-    const char second = argument.size() > 1 ? argument[1] : '\0';
-    if (argument[0] == '-' && ((second >= '0' && second <= '9') || second == '.')) Hide(argument);
+    if (IsNegativeNumber(argument)) Hide(argument);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "POSDict.h"
+#include "commands/documents/FormatOption.h"
 #include "commands/values/StepTree.h"
 #include "commands/values/Values.h"
 #include "files/InputFile.h"
@@ -22,13 +23,16 @@ using namespace KAP_T_MT;
 std::unique_ptr<Documents> Open(const Reader& reader, const std::string& fileName,
                                 Session& session) {
   session.TheLibrary();
-  if (std::string_view(reader.kName) == "json") return OpenJsonWithNulls(fileName, session);
-  return reader.Open(fileName, Extent::kOne, Text::kKept, session);
+  if (std::string_view(reader.kName) != "json") {
+    return OpenDocuments(reader, fileName, Extent::kOne, session, Text::kKept);
+  }
+  return WithReports(OpenJsonWithNulls(fileName, session), InputName(fileName), session);
 }
 
-std::unique_ptr<Documents> OpenText(std::string name, const std::string& json, Session& session) {
+std::unique_ptr<Documents> OpenText(const std::string& name, const std::string& json,
+                                    Session& session) {
   session.TheLibrary();
-  return OpenJsonText(std::move(name), json, session);
+  return WithReports(OpenJsonText(name, json, session), name, session);
 }
 
 // A container inside of a change.
@@ -102,7 +106,6 @@ Change::Change(const Reader* reader, std::string name, std::unique_ptr<Documents
                Session& session)
     : fSession(session), fName(std::move(name)), fDocuments(std::move(documents)) {
   fObject = fDocuments->Next();
-  session.TheLibrary().CheckReports(fName);
   fPlaces.emplace(*reader, fDocuments->LastText());
 }
 
