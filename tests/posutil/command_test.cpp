@@ -22,7 +22,7 @@ TEST(GetTest, PrintsAValuePerLine) {
        {"a", "a.b", ".", ".e"},
        {1, "{\"b\":[10,20,\"x y\"]}\n[10,20,\"x y\"]\n{\"e\":[]}\n",
         "posutil: <stdin>: no value at \".e\"\n"}},
-      {"the empty key", {"[0]", "..e"}, {1, "[]\n", "posutil: <stdin>: no value at \".[0]\"\n"}},
+      {"the empty key", {"[0]", "..e"}, {1, "[]\n", "posutil: <stdin>: no value at \"[0]\"\n"}},
       {"paths without a value",
        {"a.b[3]", "a.b[1]", "a.b.c", "{}"},
        {1, "20\n",
@@ -36,8 +36,7 @@ TEST(GetTest, PrintsAValuePerLine) {
        {0, "< b [10 20 (x y)] >\n< e [] >\n(x y)\n", ""}},
       {"a list is a path, not several paths",
        {"[0,1]", ".-x"},
-       {1, "",
-        "posutil: <stdin>: no value at \".[0,1]\"\nposutil: <stdin>: no value at \".-x\"\n"}},
+       {1, "", "posutil: <stdin>: no value at \"[0,1]\"\nposutil: <stdin>: no value at \".-x\"\n"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
@@ -45,37 +44,6 @@ TEST(GetTest, PrintsAValuePerLine) {
     arguments.insert(arguments.end(), row.paths.begin(), row.paths.end());
     EXPECT_EQ(RunPosutil(arguments, kDocument), row.outcome);
   }
-}
-
-TEST(GetTest, NeedsADictionary) {
-  EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a"}, "[1]"),
-            (Outcome{3, "", "posutil: <stdin>: the document is not a dictionary\n"}));
-}
-
-TEST(GetTest, FailsForAValueWithoutAForm) {
-  const std::string lone = "the Unicode string has a lone surrogate\n";
-  const std::pair<const char*, std::string> rows[] = {{"b", "b: [0]: " + lone},
-                                                      {"c", "c: the document: " + lone}};
-  for (const auto& [path, message] : rows) {
-    EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a", path}, "< a 1 b [`D800`] c `DC00` >"),
-              (Outcome{3, "", "posutil: <stdin>: " + message}));
-  }
-}
-
-TEST(FormatTest, IsGuessedFromTheEnding) {
-  const Folder folder;
-  const std::string json = folder.Put("a.json", "{\"a\":[1,2]}");
-  const std::string text = folder.Put("a.txt", "< a [1 2] >");
-  const std::string other = folder.Put("a.data", "< a [1 2] >");
-  const Outcome expected = {0, "[1,2]\n", ""};
-  EXPECT_EQ(RunPosutil({"get", json, "a"}), expected);
-  EXPECT_EQ(RunPosutil({"get", text, "a"}), expected);
-  EXPECT_EQ(RunPosutil({"get", other, "a", "--from", "text"}), expected);
-  EXPECT_EQ(
-      RunPosutil({"get", other, "a"}),
-      (Outcome{2, "",
-               "posutil: " + other + ": cannot tell the format from the file name; use --from\n"}));
-  EXPECT_EQ(RunPosutil({"print", "-"}).fStatus, 2);
 }
 
 TEST(UsageTest, WrongUsage) {
@@ -135,7 +103,8 @@ TEST(UsageTest, NamesOfCommandsAsArguments) {
 TEST(UsageTest, HelpGivesExamples) {
   EXPECT_EQ(RunPosutil({"--help"}).fStatus, 0);
   for (const std::string command :
-       {"print", "get", "convert", "validate", "check-schema", "version", "completion", "manual"}) {
+       {"print", "get", "paths", "convert", "set", "remove", "merge", "diff", "patch", "validate",
+        "check-schema", "version", "completion", "manual"}) {
     const Outcome help = RunPosutil({command, "--help"});
     EXPECT_EQ(help.fStatus, 0);
     EXPECT_EQ(help.fErr, "");

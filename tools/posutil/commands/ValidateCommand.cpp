@@ -24,7 +24,7 @@ using namespace KAP_T_MT;
 
 class ValidateCommand final : public Command {
  public:
-  ValidateCommand() : Command(4, "validate", "Checks documents against a type of a schema") {}
+  ValidateCommand() : Command(10, "validate", "Checks documents against a type of a schema") {}
 
   void Declare(CLI::App& options) override {
     options.add_option("--schema", fSchema, "The schema, - for standard input")
@@ -60,7 +60,7 @@ class ValidateCommand final : public Command {
 
   ExitStatus Run(Session& session) override {
     fDocuments.SetLoss(session);
-    const Reader& schemaFormat = FormatOfFile(fSchemaFormat, fSchema, "--schema-from");
+    const Reader& schemaFormat = FormatOfInput(fSchemaFormat, fSchema, "--schema-from");
     const Files files = fDocuments.Expand(fSchema);
     session.TheProgress().Show(session.Out().Descriptor());
 

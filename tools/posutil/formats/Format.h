@@ -59,12 +59,21 @@ class Reader : public Registered<Reader> {
   virtual std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent, Text text,
                                           Session& session) const = 0;
 
+  // Returns whether a document of the format may begin with this text, which is not only white
+  // space. kPerhaps: more text would tell, and this is not all.
+  enum class Recognition { kNo, kPerhaps, kYes };
+  virtual Recognition Recognize(std::string_view text, bool isAll) const = 0;
+
   // For the places of values in a document that has been read: the token at or after an offset,
   // which lies outside of tokens, and the key that a token stands for.
   virtual Token NextToken(std::string_view text, std::size_t at) const = 0;
   virtual std::string KeyOf(std::string_view token) const = 0;
 
   // The reader for the ending of the file name, or null.
+  static const Reader* ForEnding(const std::string& fileName);
+  // The reader for the ending of the file name or, if no reader has it, for the beginning of the
+  // file; null if that shows no format. Remembers the answer. Throws Failure for a file that it
+  // cannot read. Any thread.
   static const Reader* ForFile(const std::string& fileName);
 
   const char* const kName;

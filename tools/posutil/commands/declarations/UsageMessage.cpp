@@ -8,6 +8,7 @@
 #include "base/Closest.h"
 #include "base/Printable.h"
 #include "commands/declarations/Declarations.h"
+#include "commands/documents/LiteralArguments.h"
 
 namespace PosUtil {
 
@@ -62,7 +63,7 @@ class Usage {
       }
     }
     const std::string word = words.front().substr(0, words.front().find('='));
-    if (!word.starts_with('-')) return "unexpected argument " + Quoted(words.front());
+    if (!word.starts_with('-')) return "unexpected argument " + Quoted(ShowArgument(words.front()));
     return "unknown option " + Printable(word) + Hint(word, OptionNames());
   }
 

@@ -31,7 +31,7 @@ std::vector<FilesArgument::Found> FilesArgument::Expand(const std::string& exclu
   for (const std::string& file : fFiles) {
     std::error_code error;  // a file that cannot be looked at is not a folder
     if (file == "-" || !fs::is_directory(file, error)) {
-      FormatOf(file);
+      CheckFormat(file);
       found.push_back({file});
     } else if (!fIsRecursive) {
       throw Failure(Printable(file) + ": is a folder; use --recursive", kExitUsage);
@@ -75,11 +75,20 @@ bool FilesArgument::HasFormat(const std::string& file) const {
 void FilesArgument::SetLoss(Session& session) const { session.Loss() = LossModeOf(fLoss); }
 
 void FilesArgument::CheckFormats() const {
-  for (const std::string& file : fFiles) FormatOf(file);
+  for (const std::string& file : fFiles) CheckFormat(file);
+}
+
+void FilesArgument::CheckFormat(const std::string& file) const {
+  try {
+    FormatOf(file);
+  } catch (const Failure& failure) {
+    // A file that cannot be read does not keep the others from being checked.
+    if (failure.Status() == kExitUsage) throw;
+  }
 }
 
 const Reader& FilesArgument::FormatOf(const std::string& file) const {
-  return FormatOfFile(fFormat, file, "--from");
+  return FormatOfInput(fFormat, file, "--from");
 }
 
 std::unique_ptr<Documents> FilesArgument::Open(const std::string& file, Extent extent, Text text,

@@ -47,6 +47,7 @@ class FilesArgument {
   void AddFolder(const std::string& folder, const std::string& excluded,
                  std::vector<Found>& found) const;
   bool HasFormat(const std::string& file) const;
+  void CheckFormat(const std::string& file) const;
 
   std::vector<std::string> fFiles;
   std::string fFormat;

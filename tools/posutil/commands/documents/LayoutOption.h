@@ -16,6 +16,8 @@ class LayoutOption {
  public:
   void Declare(CLI::App& options);
 
+  // Returns whether one of the options is there.
+  bool IsGiven() const { return fIsCompact || !fIndent.empty(); }
   // Sets the layout. `onOneLine` is for missing options. Throws Failure with kExitUsage for a
   // layout that the format of the writer does not have.
   void Apply(const Writer& writer, bool onOneLine, WriteOptions& options) const;
