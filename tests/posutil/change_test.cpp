@@ -246,8 +246,8 @@ TEST(MergeTest, NullsAndFormats) {
 
 // The examples of RFC 6902, appendix A, and of RFC 6901; an empty result is a failure.
 TEST(PatchTest, TheExamplesOfTheRfc) {
-  const char* const pointers =
-      R"({"foo":["bar","baz"],"":0,"a/b":1,"c%d":2,"e^f":3,"g|h":4,"i\\j":5,"k\"l":6," ":7,"m~n":8})";
+  const char* const pointers = R"({"foo":["bar","baz"],"":0,"a/b":1,"c%d":2,"e^f":3,"g|h":4,)"
+                               R"("i\\j":5,"k\"l":6," ":7,"m~n":8})";
   const struct {
     const char* document;
     const char* patch;

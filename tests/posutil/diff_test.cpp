@@ -95,7 +95,7 @@ std::string RandomJson(std::mt19937& random, int depth) {
   char key = 'a';
   for (unsigned i = 0; i < count; ++i) {
     if (i > 0) json += ',';
-    key = static_cast<char>(key + 1 + random() % 2);
+    key = static_cast<char>(key + (random() % 2 == 0 ? 1 : 2));
     if (kind == 3) json += std::string("\"") + key + "\":";
     json += RandomJson(random, depth - 1);
   }

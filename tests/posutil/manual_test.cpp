@@ -107,7 +107,11 @@ TEST_F(ManualTest, ExamplesWork) {
     folder.Put("people/ada.json", person);
     folder.Put("people.txt", schema);
     folder.Put("places.json", R"({"Place":{"category":"string"}})");
-    folder.Put("settings.json", settings);
+    for (const char* const name : {"settings.json", "old.json", "new.json"}) {
+      folder.Put(name, settings);
+    }
+    folder.Put("changes.json", R"({"title":null})");
+    folder.Put("patch.json", R"([{"op":"remove","path":"/title"}])");
     const std::string script =
         "export HOME=\"$0\" PATH=\"${1%/*}:$PATH\"; cd \"$HOME\" && "
         "posutil convert settings.json settings.txt && posutil convert settings.json log.typea && "

@@ -178,7 +178,8 @@ TEST(PathsTest, ALineForEachValue) {
 // What paths prints is what get and set take.
 TEST(PathsTest, EveryPathLeadsToItsValue) {
   const std::string document =
-      R"({"":{"":1,"x":2},"a":{"":3,"b.c":4,"d":[5,[6]]},"/":7,"[0]":8,"~":9,".":10,"a[":11,"0":12})";
+      R"({"":{"":1,"x":2},"a":{"":3,"b.c":4,"d":[5,[6]]},)"
+      R"("/":7,"[0]":8,"~":9,".":10,"a[":11,"0":12})";
   for (const Arguments& options : {Arguments(), Arguments{"--pointer"}}) {
     std::istringstream lines(Paths("json", document, options).fOut);
     int count = 0;

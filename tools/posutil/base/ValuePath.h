@@ -27,8 +27,8 @@ using ValuePath = std::vector<PathStep>;
 void AppendKey(std::string& path, std::string_view key);
 void AppendIndex(std::string& path, std::size_t index);
 
-// Returns whether the library's notation can name the key. It cannot name one that has a "." or "[",
-// and at the start of a path neither an empty one nor one that looks like a JSON Pointer.
+// Returns whether the library's notation can name the key. It cannot name one that has a "." or a
+// "[", and at the start of a path neither an empty one nor one that looks like a JSON Pointer.
 bool IsDeepKey(std::string_view key, bool isFirst);
 // Append a step to a JSON Pointer (RFC 6901).
 void AppendPointerKey(std::string& pointer, std::string_view key);

@@ -127,7 +127,7 @@ class DiffCommand final : public Command {
         "differ, 3 if one cannot be read.\n\n"
         "Examples:\n"
         "  posutil diff old.json new.json\n"
-        "  posutil diff --format json old.json new.typea > changes.json");
+        "  posutil diff --format json old.json new.json > patch.json");
   }
 
   ExitStatus Run(Session& session) override {

@@ -23,7 +23,7 @@ class PathsCommand final : public Command {
         "PATH. A key that a path cannot name, such as a.b, makes the path a JSON Pointer. Values\n"
         "that property objects do not have appear as they are: --loss=keep is the default.\n\n"
         "Examples:\n"
-        "  posutil paths settings.json | grep -i colour\n"
+        "  posutil paths settings.json | grep size\n"
         "  posutil paths --pointer settings.txt");
   }
 

@@ -147,8 +147,8 @@ void TemporaryFile::Replace() {
   RemoveName();
 }
 
-// As a second link: the rights, the times and the owner stay, and the file is at its place until the
-// new one is there.
+// As a second link: the rights, the times and the owner stay, and the file is at its place until
+// the new one is there.
 void TemporaryFile::KeepReplaced() {
   const std::string name = fPlace.fName + fKeptSuffix;
   const std::string file = PathOf(fReplaced);

@@ -27,7 +27,7 @@ inline std::optional<Token> BracketToken(std::string_view text, std::size_t at, 
   return std::nullopt;
 }
 
-// The first byte at or after `at` that is not one of `skipped`; the end of the text if there is none.
+// The first byte at or after `at` that is not in `skipped`; the end of the text if there is none.
 inline std::size_t Skip(std::string_view text, std::size_t at, std::string_view skipped) {
   const std::size_t found = text.find_first_not_of(skipped, at);
   return found == std::string_view::npos ? text.size() : found;

@@ -13,7 +13,8 @@ class PatchArgument {
  public:
   // Declares FILE, PATCH and their options.
   void Declare(CLI::App& options, const char* description);
-  // Applies the patch to the document, or to each with --all, and writes the result. Throws Failure.
+  // Applies the patch to the document, or to each with --all, and writes the result. Throws
+  // Failure.
   void Run(Session& session, void (*apply)(KAP_T_MT::CPOSObject& document, Change& patch)) const;
 
  private:

@@ -21,7 +21,7 @@ class PatchCommand final : public Command {
         "if it does not fit the document, 3 if it is malformed. With --in-place, nothing may be\n"
         "lost: --loss=error is the default then.\n\n"
         "Examples:\n"
-        "  posutil patch --in-place settings.json changes.json\n"
+        "  posutil patch --in-place settings.json patch.json\n"
         "  posutil diff --format json old.json new.json | posutil patch old.json -");
   }
 

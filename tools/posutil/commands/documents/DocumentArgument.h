@@ -41,17 +41,17 @@ class DocumentArgument {
   // The name of a document in messages; they count from 1.
   std::string Name(std::size_t number) const;
 
-  // Throws the failure to write a value of the document, with its place in the text. `documents` has
-  // read this document last.
+  // Throws the failure to write a value of the document, with its place in the text. `documents`
+  // has read this document last.
   [[noreturn]] void FailWithPlace(const ValueFailure& failure, std::size_t number,
                                   const Documents& documents, Session& session) const;
 
   // Changes a document before it is written.
   using Change = std::function<void(KAP_T_MT::CPOSObject& document)>;
 
-  // Reads the documents and writes each of them, with `end` after the last one; on a line of its own
-  // if --all is given, no other layout is, and the format allows it. Writes what it has before it
-  // waits for more input.
+  // Reads the documents and writes each of them, with `end` after the last one; on a line of its
+  // own if --all is given, no other layout is, and the format allows it. Writes what it has before
+  // it waits for more input.
   // Throws Failure, also for the reports of the library.
   // With `change`, writes them changed and, without --all, in their own layout by default.
   void Write(const Writer& writer, std::string_view end, Style style, Session& session, Output& out,

@@ -29,8 +29,8 @@ void DeclareLoss(CLI::App& options, std::string& loss);
 LossMode LossModeOf(const std::string& loss, LossMode byDefault = LossMode::kWarn);
 
 // The reader for the name of a format or, if the name is empty, for the ending of `file`; for an
-// input, the content is the last resort. Throws Failure if none determines it; `option` is the option
-// that the message suggests.
+// input, the content is the last resort. Throws Failure if none determines it; `option` is the
+// option that the message suggests.
 const Reader& FormatOfInput(const std::string& format, const std::string& file, const char* option);
 const Reader& FormatOfOutput(const std::string& format, const std::string& file,
                              const char* option);

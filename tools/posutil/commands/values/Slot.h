@@ -18,8 +18,8 @@ class PathError : public std::runtime_error {
 };
 
 // The place in a document to which a path leads: that of a value, or one where a value can be put.
-// An empty object stands for no value: an empty slot, a missing member, a missing document. A change
-// that the library rejects is a report; the caller checks for reports.
+// An empty object stands for no value: an empty slot, a missing member, a missing document. A
+// change that the library rejects is a report; the caller checks for reports.
 //
 // Not a JSON library with pointers and patches, although those exist: the document would have to
 // become JSON first, and that has no Unicode strings, no binary data and none of the texts that

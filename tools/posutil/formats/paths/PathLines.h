@@ -12,9 +12,9 @@
 
 namespace PosUtil {
 
-// Writes a line PATH = VALUE for every scalar, empty container and empty slot. Values are JSON; what
-// JSON cannot hold appears as in an outline. A path is one that a user can give to a command. Control
-// characters appear as escapes, so that a value never takes two lines.
+// Writes a line PATH = VALUE for every scalar, empty container and empty slot. Values are JSON;
+// what JSON cannot hold appears as in an outline. A path is one that a user can give to a command.
+// Control characters appear as escapes, so that a value never takes two lines.
 class PathLines final : public Visitor {
  public:
   struct Options {
