@@ -74,7 +74,7 @@ void Fields(Coder& coder, VerdictMessage& message) {
 
 template <class Coder>
 void Fields(Coder& coder, VerdictRecord& record) {
-  std::size_t kind = record.fKind;
+  auto kind = static_cast<std::size_t>(record.fKind);
   coder(kind);
   record.fKind = static_cast<VerdictRecord::Kind>(kind);
   coder(record.fTask);
