@@ -57,8 +57,8 @@ if(KAP_BUILD_TOOLS)
   install(TARGETS posutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
 
-# The program prints its completions and its manual page. Programs with a sanitizer do not run in
-# every environment, and nobody installs them.
+# The program prints its completions and its manual page. A program with a sanitizer does not run in
+# every environment, and is not for installation.
 if(KAP_BUILD_TOOLS AND NOT KAP_SANITIZE)
   set(made ${PROJECT_BINARY_DIR}/share)
   set(page ${made}/posutil.1.gz)

@@ -21,8 +21,8 @@ CPOSDict AsDict(const CPOSObject& object, const std::string& name) {
   return dict;
 }
 
-// A deep value of a union has messages for each alternative at each level. To take them apart would
-// take longer than anybody waits for the few lines that are shown.
+// A deep value of a union has messages for each alternative at each level. Only a few lines are
+// shown: the work for them must not grow with the number of messages.
 std::size_t LimitFor(const CheckOptions& options) {
   constexpr std::size_t kForEachShown = 100;
   constexpr std::size_t kAtLeast = 10'000;

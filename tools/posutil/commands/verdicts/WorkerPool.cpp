@@ -66,7 +66,7 @@ bool WorkerPool::Start() {
 
 WorkerPool::~WorkerPool() {
   for (Worker& worker : fWorkers) {
-    if (worker.fPipe) ::kill(worker.fProcess, SIGTERM);  // it has more to say, and nobody listens
+    if (worker.fPipe) ::kill(worker.fProcess, SIGTERM);  // its results have no reader
     worker.fPipe = Descriptor();
     while (::waitpid(worker.fProcess, nullptr, 0) < 0 && errno == EINTR) {
     }

@@ -16,11 +16,11 @@
 
 namespace PosUtil {
 
-// Child processes that share numbered tasks. Processes and not threads, because the reports of the
-// library belong to a process: with threads nobody could say which document one is about.
+// Child processes that share numbered tasks. Processes and not threads: the library reports to its
+// host, which has one list of reports, so with threads a report could be about any document.
 //
-// After the constructor, both sides run: the parent calls Receive, a child takes tasks until none is
-// left and then returns to the end of the program, as every process does.
+// After the constructor, both sides run: the parent calls ReceiveAll; a worker takes tasks until
+// none is left, then returns to the end of the program, where its host checks its accounting.
 // Errors: Failure if no process starts.
 class WorkerPool {
  public:
