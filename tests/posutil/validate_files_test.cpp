@@ -90,7 +90,8 @@ TEST_F(ValidateFilesTest, JobsChangeNothing) {
     arguments.insert(arguments.end(), {"--recursive", "in"});
     const Outcome alone = Validate(arguments);
     EXPECT_EQ(alone.fStatus, 3);
-    for (const std::string jobs : {"0", "2", "7", "1000"}) {
+    // More processes than files are of no use, and one for each file takes long to start.
+    for (const std::string jobs : {"0", "3", arguments.size() == 2 ? "1000" : "2"}) {
       std::vector<std::string> shared = arguments;
       shared.insert(shared.end(), {"--jobs", jobs});
       EXPECT_EQ(Validate(shared), alone) << jobs;
