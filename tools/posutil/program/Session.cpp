@@ -23,9 +23,10 @@ void Session::ComplainPlainly(const std::string& text) {
   PutMessage(fErrorStyle.Message(text, fErrorStyle.fError, Style::Lines::kFirst));
 }
 
-void Session::PutMessage(std::string lines) {
+void Session::PutMessage(const std::string& text) {
+  if (fRedirection) return fRedirection(text);
   fProgress.Erase();
-  lines += '\n';
+  const std::string lines = text + '\n';
   // An error is ignored: standard error is where it would be reported.
   static_cast<void>(!::write(STDERR_FILENO, lines.data(), lines.size()));
 }
