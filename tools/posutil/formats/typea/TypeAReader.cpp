@@ -85,7 +85,7 @@ class TypeADocuments final : public DocumentSequence {
 
   Library& fLibrary;
   StreamInput fInput;
-  const KAP_T_MT::CPOSStreamer fStreamer;
+  const KAP_T_MT::CPOSStreamer fStreamer = KAP_T_MT::CPOSStreamer::New();
 };
 
 class TypeAReader final : public Reader {
