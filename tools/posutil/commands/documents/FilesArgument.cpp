@@ -68,7 +68,7 @@ void FilesArgument::AddFolder(const std::string& folder, const std::string& excl
 
 // With --from, only endings of that format.
 bool FilesArgument::HasFormat(const std::string& file) const {
-  const Reader* const reader = Reader::ForFile(file);
+  const Reader* const reader = Reader::ForEnding(file);
   return reader && (fFormat.empty() || fFormat == reader->kName);
 }
 
