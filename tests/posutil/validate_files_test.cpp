@@ -46,7 +46,7 @@ class ValidateFilesTest : public testing::Test {
 };
 
 const char kTorn[] =
-    "in/b/torn.json:1:2: unexpected end of input; expected a key or '}'\n  {\n   ^\n";
+    "in/b/torn.json:1:2: unexpected end of input; expected a string or '}'\n  {\n   ^\n";
 const char kLoss[] = "in/c.json:1:23: warning: true is read as the string \"true\"\n";
 
 TEST_F(ValidateFilesTest, Folders) {
