@@ -4,7 +4,12 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kaputils)
 set(CPACK_PACKAGE_VENDOR "the KAPUtils authors")
-set(CPACK_PACKAGE_CONTACT "the KAPUtils authors <maintainers@kaputils.invalid>")
+# Who maintains the packages: who makes them, as Debian's tools ask it.
+set(kap_maintainer "the KAPUtils authors <maintainers@kaputils.invalid>")
+if(NOT "$ENV{DEBEMAIL}" STREQUAL "")
+  set(kap_maintainer "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
+endif()
+set(CPACK_PACKAGE_CONTACT "${kap_maintainer}")
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR})
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
