@@ -87,6 +87,10 @@ typedef struct KAPDataSink KAPDataSink;
 typedef struct KAPProgress KAPProgress;
 /* a sink with a target; accepted wherever a sink is */
 typedef KAPDataSink KAPFilter;
+
+/* Streams, property objects and the library's other objects are containers. The aliases document
+ * which kind a procedure expects; the compiler does not tell them apart, so every procedure
+ * checks. */
 typedef KAPContainer KAPSimpleStream;
 typedef KAPContainer KAPRewindableStream;
 typedef KAPContainer KAPPositionableStream;
@@ -441,15 +445,10 @@ typedef struct KAPCacheInterfaceProcs {
 /* The procedures that a component hands over with a sink or filter object of its own, `client`.
  * Each returns null or a new error reference. */
 typedef KAPError* (*KAPSinkWriteProc)(void* client, const unsigned char* data, size_t count);
-
 typedef KAPError* (*KAPSinkDeleteProc)(void* client);
-
 typedef KAPError* (*KAPFilterCloseProc)(void* client);
-
 typedef KAPError* (*KAPFilterGetVellumcodeFilterProc)(KAPFilter** out, void* client);
-
 typedef KAPError* (*KAPImageParmsProc)(void* client, int width, int height, int channels);
-
 typedef KAPError* (*KAPCompressionParmsProc)(void* client, float quality);
 
 /* Sinks take bytes. A filter is a sink that transforms its bytes and writes the result to its
@@ -552,7 +551,6 @@ typedef struct KAPMemoryInterfaceProcs {
  * returns null or a new error reference. */
 typedef KAPError* (*KAPProgressUpdateProc)(void* client, float fraction, const char* text,
     int flag);
-
 typedef KAPError* (*KAPProgressDeleteProc)(void* client);
 
 /* Receivers of progress: one side reports how far its work is, the other side shows it. See the
@@ -643,17 +641,11 @@ enum KAPSeekOrigin {
  *   Seek       `origin` is a KAPSeekOrigin. */
 typedef KAPError* (*KAPClientReadProc)(size_t* outCount, void* client, unsigned char* buffer,
     size_t count);
-
 typedef KAPError* (*KAPClientWriteProc)(void* client, const unsigned char* buffer, size_t count);
-
 typedef KAPError* (*KAPClientDeleteProc)(void* client);
-
 typedef KAPError* (*KAPClientCreateStreamProc)(void** outClient, void* client);
-
 typedef KAPError* (*KAPClientRewindProc)(void* client);
-
 typedef KAPError* (*KAPClientMarkProc)(long* outPosition, void* client);
-
 typedef KAPError* (*KAPClientSeekProc)(void* client, long offset, int origin);
 
 /* Makes streams: each procedure returns one reference. The procedures for client streams take over
@@ -1254,8 +1246,8 @@ static_assert(sizeof(KAPDataBlock) == 32 && offsetof(KAPDataBlock, text) == 0 &&
 
 /* The names of one procedure of an interface. */
 typedef struct KAPProcName {
-  const char* method;
-  const char* procedure;
+  const char* method;    /* in the interface, as a client calls it */
+  const char* procedure; /* in the binder, where it tells revisions apart */
 } KAPProcName;
 
 /* Looks up `count` procedures and stores each in `procs`, a structure of nothing but pointers to
@@ -1313,14 +1305,16 @@ KAP_CHECKED static inline int KAPRegisterProcs(const void* procs, const char* in
   return 1;
 }
 
-/* ...Load, ...LoadFrom and ...Register of each interface. The structure must have a procedure for
- * each method, in the order of the methods. */
+/* What KAP_TABLE_FUNCTIONS makes of each method. */
 #define KAP_PROC_NAME(method, procedure) {#method, procedure},
 #define KAP_COUNT_METHOD(method, procedure) +1
 #define KAP_SLOT(method, procedure) void (*method)(void);
 #define KAP_CHECK_SLOT(method, procedure) \
   static_assert(offsetof(KAPCheckedProcs, method) == offsetof(KAPSlots, method), \
                 #method " is not in its slot");
+
+/* The functions ...Load, ...LoadFrom and ...Register of an interface. Its structure must have a
+ * procedure for each method, in the order of the methods. */
 #define KAP_TABLE_FUNCTIONS(Interface)                                                            \
   static_assert(sizeof(Interface##Procs) ==                                                       \
                     (0 Interface##_METHODS(KAP_COUNT_METHOD)) * sizeof(void (*)(void)),           \

@@ -42,6 +42,7 @@ enum class HostMemory {
   kPlain,
 };
 
+// How a host is set up. A plain value; the defaults suit a program that loads components.
 struct HostOptions {
   // Called with each message that a component reports, on the reporting thread. Must not throw. The
   // message is kept for Host::Reports all the same: a host that runs for long calls TakeReports now

@@ -19,6 +19,7 @@ struct StreamCall {
   long fResult = 0;                 // the bytes read, the position marked
   bool fFailed = false;
 
+  // Whether all fields are equal.
   friend bool operator==(const StreamCall&, const StreamCall&) = default;
 };
 
