@@ -55,7 +55,7 @@
 #define KAPUTILS_VERSION_MINOR 1
 #define KAPUTILS_VERSION_PATCH 1
 
-// One number that grows from version to version, a byte for each part: 0x10101 is 1.1.1.
+/* One number that grows from version to version, a byte for each part: 0x10101 is 1.1.1. */
 #define KAPUTILS_VERSION \
   (KAPUTILS_VERSION_MAJOR * 0x10000 + KAPUTILS_VERSION_MINOR * 0x100 + KAPUTILS_VERSION_PATCH)
 
@@ -687,6 +687,7 @@ typedef struct KAPStreamFactoryInterfaceProcs {
       KAPClientSeekProc seek);
 } KAPStreamFactoryInterfaceProcs;
 
+/* The methods of every stream. */
 #define KAPSimpleStreamInterface_NAME "KAPSimpleStreamInterface"
 #define KAPSimpleStreamInterface_METHODS(X) \
   X(Read, "KAPSimpleStreamReadProc") \
@@ -700,6 +701,7 @@ typedef struct KAPSimpleStreamInterfaceProcs {
   KAPError* (*Write)(KAPSimpleStream* stream, const unsigned char* buffer, size_t count);
 } KAPSimpleStreamInterfaceProcs;
 
+/* The methods of a stream that also moves to its start. */
 #define KAPRewindableStreamInterface_NAME "KAPRewindableStreamInterface"
 #define KAPRewindableStreamInterface_METHODS(X) \
   X(CreateIndependentlyRewindableStream, \
@@ -713,6 +715,7 @@ typedef struct KAPRewindableStreamInterfaceProcs {
   KAPError* (*Rewind)(KAPRewindableStream* stream);
 } KAPRewindableStreamInterfaceProcs;
 
+/* The methods of a stream that also moves anywhere. */
 #define KAPPositionableStreamInterface_NAME "KAPPositionableStreamInterface"
 #define KAPPositionableStreamInterface_METHODS(X) \
   X(CreateIndependentlyPositionableStream, \
@@ -729,6 +732,7 @@ typedef struct KAPPositionableStreamInterfaceProcs {
   KAPError* (*Seek)(KAPPositionableStream* stream, long offset, int origin);
 } KAPPositionableStreamInterfaceProcs;
 
+/* The methods of a data store. */
 #define KAPDataStoreInterface_NAME "KAPDataStoreInterface"
 #define KAPDataStoreInterface_METHODS(X) \
   X(GetBlock, "KAPDataStoreGetBlockProcV2")
@@ -738,6 +742,7 @@ typedef struct KAPDataStoreInterfaceProcs {
   KAPError* (*GetBlock)(KAPDataBlock* out, KAPDataStore* store, size_t offset);
 } KAPDataStoreInterfaceProcs;
 
+/* The methods of a data store that knows its size. */
 #define KAPSizedDataStoreInterface_NAME "KAPSizedDataStoreInterface"
 #define KAPSizedDataStoreInterface_METHODS(X) \
   X(GetSize, "KAPSizedDataStoreGetSizeProc")
@@ -746,6 +751,7 @@ typedef struct KAPSizedDataStoreInterfaceProcs {
   KAPError* (*GetSize)(size_t* out, KAPDataStore* store);
 } KAPSizedDataStoreInterfaceProcs;
 
+/* The methods of a sequence of blocks. */
 #define KAPDataBlockStreamInterface_NAME "KAPDataBlockStreamInterface"
 #define KAPDataBlockStreamInterface_METHODS(X) \
   X(GetNextBlock, "KAPDataBlockStreamGetNextBlockProc") \

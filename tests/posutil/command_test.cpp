@@ -2,6 +2,7 @@
 // Commands, their arguments and exit statuses.
 
 #include "Folder.h"
+#include "KAPUtilsVersion.h"
 #include "Posutil.h"
 
 namespace {

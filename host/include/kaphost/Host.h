@@ -58,6 +58,7 @@ struct HostOptions {
   // the same time: the object is destroyed once. The second release is reported for an atom, and
   // for another object unless the first one is still destroying it.
   bool fChecks = false;
+  // Where small things come from.
   HostMemory fMemory = HostMemory::kAutomatic;
 };
 
