@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """docs_filter.py FILE: a source as Doxygen reads it. The headers are written to be read as they
-are, with plain comments; this makes them Doxygen's. Imported by nothing: scripts/docs.doxygen names it.
+are, with plain comments; this makes them Doxygen's. Imported by nothing:
+scripts/docs.doxygen names it.
 
 - A block of // lines above a declaration becomes a block of /// lines, a comment after one ///<.
 - A block above several declarations without a blank line between them is the comment of each.
