@@ -24,9 +24,12 @@ std::string Contents(CKAPPositionableStream& stream) {
 }
 
 void Work(KAPHost::Host& host) {
+  CPOSArray size = CPOSArray::New();
+  size.AppendOrThrow(CPOSNumber(800));
+  size.AppendOrThrow(CPOSNumber(600));
   CPOSDict window = CPOSDict::New();
   window.PutOrThrow("title", CPOSString("Notes"));
-  window.PutOrThrow("size", CPOSObject::CreateFromText("[800 600]", nullptr));
+  window.PutOrThrow("size", size);
 
   CKAPPositionableStream stream = CKAPPositionableStream::New();  // in memory
   const CPOSStreamer streamer = CPOSStreamer::New();
