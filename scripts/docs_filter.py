@@ -17,7 +17,7 @@ import re
 import sys
 
 COMMENT = re.compile(r"^(\s*)//(?!/)(.*)$")
-BEHIND = re.compile(r"^(.*[;,{}].*?)\s+// (.*)$")
+TRAILING = re.compile(r"^(.*[;,{}].*?)\s+// (.*)$")
 PARAGRAPH = re.compile(r" (Ownership|Errors|Threads)\b")
 STRING = re.compile(r'"(?:\\.|[^"\\])*"')
 SCOPE = re.compile(r"\b(class|struct|enum|union|namespace|extern)\b")
@@ -130,14 +130,15 @@ def header(lines):
             repeated = dict.fromkeys(declarations(lines, end)[1:], block)
             number, column = end, None
             continue
-        behind = scopes.documents() and BEHIND.match(line)
+        trailing = scopes.documents() and TRAILING.match(line)
         column = None
-        if behind and "NOLINT" not in line and not line.startswith("}"):
+        if trailing and "NOLINT" not in line and not line.startswith("}"):
             column = line.find("//")
-            line = f"{behind[1]}  ///< {literal(behind[2])}"
+            line = f"{trailing[1]}  ///< {literal(trailing[2])}"
         else:
+            has_own = result and re.match(r" *///(?!<)", result[-1])
             known = standing(code_of(line)) if scopes.documents() and scopes.open else None
-            result += known or repeated.get(number, [])
+            result += [] if has_own else known or repeated.get(number, [])
         scopes.read(lines[number])
         result.append(ATTRIBUTE.sub("", line))
         number += 1
