@@ -21,6 +21,13 @@ if(KAP_BUILD_HOST)
     COMPONENT development)
 endif()
 
+# The examples as sources, without the build file that only this project can use.
+if(KAP_BUILD_HOST)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kaputils-dev COMPONENT development
+    PATTERN CMakeLists.txt EXCLUDE)
+endif()
+
 # Not in a Debian package: those have their own copyright.
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD-PARTY-NOTICES.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licences)
@@ -31,17 +38,21 @@ install(EXPORT KAPUtilsTargets NAMESPACE KAPUtils:: DESTINATION ${package_dir}
   COMPONENT development)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/KAPUtilsConfig.cmake.in
   ${PROJECT_BINARY_DIR}/KAPUtilsConfig.cmake INSTALL_DESTINATION ${package_dir}
-  PATH_VARS kap_include_dir kap_plugin_dir kap_data_dir NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+  PATH_VARS kap_include_dir kap_plugin_dir kap_data_dir)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/KAPUtilsConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/KAPUtilsConfig.cmake
   ${PROJECT_BINARY_DIR}/KAPUtilsConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
 
-# The pkg-config modules find the prefix from their own place.
+# The pkg-config modules find the prefix from their own place, and the folders from there: also
+# folders that were configured as absolute paths.
 file(RELATIVE_PATH kap_prefix_from_pc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" kap_prefix_from_pc ${kap_prefix_from_pc})
+foreach(place IN ITEMS LIBDIR INCLUDEDIR DATADIR)
+  file(RELATIVE_PATH kap_pc_${place} ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_${place}})
+endforeach()
 set(modules kapclient)
 if(KAP_BUILD_HOST)
   list(APPEND modules kaphost)

@@ -2,6 +2,7 @@
 // Commands, their arguments and exit statuses.
 
 #include "Folder.h"
+#include "KAPUtilsVersion.h"
 #include "Posutil.h"
 
 namespace {
@@ -120,7 +121,11 @@ TEST(VersionTest, DecodesTheLibrarysNumber) {
             (Outcome{0, version.fOut.substr(0, version.fOut.find('\n') + 1), ""}));
   EXPECT_EQ(version.fStatus, 0);
   EXPECT_EQ(version.fErr, "");
-  EXPECT_NE(version.fOut.find("KAPUtils 1.1.1 (65793), "), std::string::npos) << version.fOut;
+  const std::string expected = "KAPUtils " + std::to_string(KAPUTILS_VERSION_MAJOR) + "." +
+                               std::to_string(KAPUTILS_VERSION_MINOR) + "." +
+                               std::to_string(KAPUTILS_VERSION_PATCH) + " (" +
+                               std::to_string(KAPUTILS_VERSION) + "), ";
+  EXPECT_NE(version.fOut.find(expected), std::string::npos) << version.fOut;
 }
 
 TEST(InputTest, Unreadable) {
