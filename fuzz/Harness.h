@@ -52,6 +52,7 @@ class Harness {
   KAPHost::Component fLibrary;
   const KAP_T_MT::KAPClient fClient;
   KAP_T_MT::CPOSStreamer fStreamer;
+  BalancedRuns fRuns{fHost};
 };
 
 // libFuzzer calls the function of this name.
