@@ -44,6 +44,7 @@ enum class HostMemory {
   kPlain,
 };
 
+// How a host is set up. A plain value; the defaults suit a program that loads components.
 struct HostOptions {
   // Called with each message that a component reports, on the reporting thread. Must not throw. The
   // message is kept for Host::Reports all the same: a host that runs for long calls TakeReports now
@@ -64,6 +65,7 @@ struct HostOptions {
   //
   // Checks take time, and memory: the host keeps the records of destroyed objects until it ends.
   bool fChecks = false;
+  // Where small things come from.
   HostMemory fMemory = HostMemory::kAutomatic;
   // Trace, stacks and leak list. KAPHOST_DEBUG adds to these and to fChecks.
   DebugOptions fDebug = {};
