@@ -46,6 +46,12 @@ char* Alloc(std::size_t size) {
 }
 void Free(void* block) { Call<KAPMemoryInterface, "Free">(block); }
 
+// What is leaked, for leak detectors: only the host has to complain.
+void* gLeaked[32];
+std::size_t gLeakedCount = 0;
+
+void Leak(void* thing) { gLeaked[gLeakedCount++ % std::size(gLeaked)] = thing; }
+
 // Volatile: the compiler knows what is wrong otherwise.
 void WriteAt(char* block, std::size_t index) { static_cast<volatile char*>(block)[index] = 'x'; }
 
@@ -113,15 +119,16 @@ void Misuse(const char* how) noexcept {
          Free(block);
          std::free(block);
        }},
-      {"leak an atom", [] { NewAtom("leaked"); }},
-      {"leak a container", [] { NewContainer(); }},
-      {"leak an error", [] { NewError(); }},
-      {"leak a buffer", [] { NewBuffer(); }},
-      {"leak a block", [] { Alloc(24); }},
+      {"leak an atom", [] { Leak(NewAtom("leaked")); }},
+      {"leak a container", [] { Leak(NewContainer()); }},
+      {"leak an error", [] { Leak(NewError()); }},
+      {"leak a buffer", [] { Leak(NewBuffer()); }},
+      {"leak a block", [] { Leak(Alloc(24)); }},
       {"leak a stream",
        [] {
          KAPContainer* stream = nullptr;
          Call<KAPStreamFactoryInterface, "NewPositionableMemoryStream">(&stream);
+         Leak(stream);
        }},
       {"write to a freed block",
        [] {
