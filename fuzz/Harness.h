@@ -51,7 +51,7 @@ class Harness {
   KAPHost::Host fHost;
   KAPHost::Component fLibrary;
   const KAP_T_MT::KAPClient fClient;
-  KAP_T_MT::CPOSStreamer fStreamer;
+  KAP_T_MT::CPOSStreamer fStreamer = KAP_T_MT::CPOSStreamer::New();
   BalancedRuns fRuns{fHost};
 };
 
