@@ -60,10 +60,9 @@ class ManualTest : public testing::Test {
  protected:
   // The page as man shows it.
   static Outcome Page() {
-    return RunPosutil(
-        {"manual"}, "",
-        {.fPrefix = {"sh", "-c", "\"$0\" \"$@\" | man --warnings -Tutf8 -l - | col -b"},
-         .fEnvironment = {"MANWIDTH=1000", "LC_ALL=C.UTF-8"}});
+    const std::string script =
+        "export MANWIDTH=1000 LC_ALL=C.UTF-8; \"$0\" \"$@\" | man --warnings -Tutf8 -l - | col -b";
+    return RunPosutil({"manual"}, "", {.fPrefix = {"sh", "-c", script}});
   }
   // The lines of a section, without their indentation.
   static std::vector<std::string> Section(const std::string& name) {

@@ -8,6 +8,7 @@
 #include <new>
 #include <utility>
 
+#include "base/Sanitizers.h"
 #include "checks/Quarantine.h"
 #include "heap/Heap.h"
 
@@ -42,6 +43,7 @@ void* NewBlock(const TextKey& key) noexcept {
 KAPStringAtom& MakeAtom(void* block, const TextKey& key) noexcept {
   auto* const atom = new (block) KAPStringAtom{1, key.fHash, key.fTag, key.ShownLength()};
   key.CopyTo(static_cast<char*>(block) + sizeof(KAPStringAtom));
+  HideFromLeakDetector(block);
   return *atom;
 }
 
@@ -111,6 +113,7 @@ KAPStringAtom* AtomTable::Add(Bucket& bucket, KAPStringAtom& atom) noexcept {
   const auto newBucket = [&linked] {
     auto* const added = new (std::nothrow) Bucket;
     if (added) Increment(linked);
+    HideFromLeakDetector(added);
     return added;
   };
   return bucket.Add(atom, newBucket) ? &atom : nullptr;
