@@ -35,8 +35,11 @@ int main(int, char** argv) {
   POSObject* const noHandle = nullptr;
   const CPOSObject nothing;
   const CKAPPositionableStream stream(CKAPStreamFactory::NewPositionableMemoryStream());
+  const unsigned char bytes[] = {1, 2, 3};
+  const CPOSBinData data("image", bytes, sizeof bytes);
+  const CPOSRawPointer pointer(reinterpret_cast<void*>(0x10), nullptr);
   Stop();
-  // Keeps them alive in optimised builds.
-  const void* const all[] = {&atom, &atomHandle, &noAtom, &errorHandle, &handle, &noHandle};
+  // g++ warns of variables that only a debugger reads.
+  const void* const all[] = {&atomHandle, &noAtom, &errorHandle, &handle, &noHandle};
   return all[0] == nullptr;
 }
