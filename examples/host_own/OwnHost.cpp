@@ -16,8 +16,8 @@ using namespace KAP_T_MT;
 // ---- The records behind the handles ----
 
 struct KAPStringAtom {
-  const std::string* fText;  // the key in the table of atoms
-  int fReferences;
+  const std::string* fText = nullptr;  // the key in the table of atoms
+  int fReferences = 0;
 };
 
 struct KAPError {
@@ -73,7 +73,7 @@ void Unregister(const char* interfaceName) {
 
 KAPStringAtom* NewAtom(const char* text) {
   if (!text) return nullptr;
-  const auto found = gAtoms.try_emplace(text, nullptr, 0).first;
+  const auto found = gAtoms.try_emplace(text).first;
   found->second.fText = &found->first;
   ++found->second.fReferences;
   ++gHeld;

@@ -95,9 +95,12 @@ typedef void (*KAPDeleteProc)(void* data);
 /* A run of text that a data store lends. The receiver calls `release` once with `clientData` when
  * it no longer needs the text; a null `release` means that there is nothing to call. */
 typedef struct KAPDataBlock {
+  /* Borrowed until the release. */
   const char* text;
   size_t size;  /* in bytes; the text has no terminator */
+  /* Passed to `release`; of no meaning to the receiver. */
   void* clientData;
+  /* May be null. */
   void (*release)(void* clientData);
 } KAPDataBlock;
 
@@ -394,7 +397,7 @@ typedef struct KAPCacheInterfaceProcs {
    * distinguishes them by the method name. A host without memory for it reports that and does not
    * know the component. [binding thread] */
   void (*AddClientPurge)(KAPClientPurgeProc clearAll, int);
-  /* Removes a procedure registered with AddClientPurge. [binding thread] */
+  /* Removes a procedure registered with AddClientPurge; ignores any other. [binding thread] */
   void (*RemoveClientPurge)(KAPClientPurgeProc clearAll, int);
   /* A new, empty set of identities: one reference. Null: out of memory. [any thread] */
   KAPCacheSet* (*NewCacheSet)(void);

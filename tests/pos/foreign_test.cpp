@@ -51,8 +51,22 @@ class ForeignTest : public PosTest {
 
   Object ArrayWith(const Object& element) const {
     Object array = Read("[1]");
-    Call<POSArrayInterface, "Append">(array.get(), element.get());
+    Hold(array, element);
     return array;
+  }
+  // Puts it under "a", or at the end.
+  void Hold(const Object& container, const Object& held) const {
+    if (Call<POSArrayInterface, "IsPOSArray">(container.get())) {
+      Call<POSArrayInterface, "Append">(container.get(), held.get());
+    } else {
+      Put(container, "a", held);
+    }
+  }
+  // What the path leads to; the dictionary itself for the empty path.
+  Object At(const Object& dict, const char* path) const {
+    if (*path) return DeepGet(dict, path);
+    Containers<"AddRef">(dict.get());
+    return Own(dict.get());
   }
   Object CloneOf(const Object& object) const {
     return Own(Call<POSObjectInterface, "Clone">(object.get()));
@@ -104,26 +118,40 @@ TEST_F(ForeignTest, AreClonedByTheirOwnProcedure) {
   gCloning = Cloning::kCopied;
 }
 
-// Against the contract of the calls: each walk continues with the current contents.
+// Against the contract of the calls: each walk continues with the current contents, and what it
+// walks lives until it ends.
 TEST_F(ForeignTest, ThatChangeWhatHoldsThem) {
-  const auto fill = [this](const Object& held, int times) {
-    for (int i = 0; i < times; ++i) {
-      this->Call<POSArrayInterface, "Append">(held.get(), Number(i).get());
+  const auto empty = [this](const char* path) {
+    return [=, this](const Object& root) { Empty(At(root, path)); };
+  };
+  const auto grow = [this](const Object& root) {
+    const Object array = At(root, "r");
+    for (int i = 0; i < 3; ++i) {
+      this->Call<POSArrayInterface, "Append">(array.get(), Number(i).get());
     }
   };
-  const auto empty = [this](const Object& held) { this->Empty(held); };
+  const auto removeAB = [this](const Object& root) {
+    for (const char* key : {"a", "b"}) this->Remove(root, key);
+  };
   const struct {
     const char* why;
-    bool inDict;
-    std::function<void(const Object& held)> change;
+    const char* text;
+    const char* holder;  // the path of what holds the object of another component
+    std::function<void(const Object& root)> change;
+    const char* cloned;  // the clone, with that object as "?"
   } rows[] = {
-      {"an array that grows", false, [&](const Object& held) { fill(held, 100); }},
-      {"an array that is emptied", false, empty},
-      {"a dictionary that is emptied", true, empty},
-      {"a dictionary that loses the next entry too", true,
-       [this](const Object& held) {
-         for (const char* key : {"a", "b"}) this->Remove(held, key);
-       }},
+      {"an array grows", "< r [] >", "r", grow, "<r [? 0 1 2]>"},
+      {"an array is emptied", "< r [1 2] >", "r", empty("r"), "<r [1 2 ?]>"},
+      {"a dictionary is emptied", "< b 2 c 3 >", "", empty(""), "<a ?>"},
+      {"the next entry goes too", "< b 2 c 3 >", "", removeAB, "<a ? c 3>"},
+      {"the holder goes", "< a [] b 2 c 3 >", "a", removeAB, "<a [?] c 3>"},
+      {"the holder's holder goes", "< a [1 < >] b 2 c 3 >", "a[1]", removeAB, "<a [1 <a ?>] c 3>"},
+      {"the array around it", "< a < x [[] 1] y 2 > b 3 >", "a.x[0]", empty("a.x"),
+       "<a <x [[?]] y 2> b 3>"},
+      {"the dictionary around it", "< a < x [[] 1] y 2 > b 3 >", "a.x[0]", empty("a"),
+       "<a <x [[?] 1]> b 3>"},
+      {"all around it, and another object", "< a < x [[] 1] y < > > b 3 >", "a.x[0]", empty(""),
+       "<a <x [[?] 1] y <>>>"},
   };
   ArrayWith(New(3));  // fills the method table that stays
   for (const auto& row : rows) {
@@ -131,22 +159,23 @@ TEST_F(ForeignTest, ThatChangeWhatHoldsThem) {
       SCOPED_TRACE(std::string(row.why) + (isClone ? ", cloned" : ", compared"));
       const BalancedScope balanced(*this);
       const auto make = [&] {
-        Object held = row.inDict ? Read("< b 2 c 3 >") : ArrayWith(New(3));
-        if (row.inDict) Put(held, "a", New(3));
-        return held;
+        Object root = Read(row.text);
+        Hold(At(root, row.holder), New(3));
+        return root;
       };
-      const Object held = make();
+      const Object root = make();
       const Object other = make();
       int calls = 0;
       gChange = [&] {
         if (calls++ != 0) return;
-        row.change(held);
+        row.change(root);
         row.change(other);
       };
       if (isClone) {
-        EXPECT_NE(CloneOf(held), nullptr);
+        EXPECT_EQ(Show(CloneOf(root)), row.cloned);
+        EXPECT_EQ(TakeReports().size(), 1u) << "Show reports the object that it does not know";
       } else {
-        EXPECT_TRUE(World::IsEqual(held, other));
+        EXPECT_TRUE(World::IsEqual(root, other));
       }
       EXPECT_EQ(calls, 1);
       gChange = nullptr;

@@ -19,9 +19,9 @@
 //     ...                                          // purged meanwhile: make it again
 //   }
 //
-// Every entry of KAPCacheInterface is here: those of an item in CKAPCacheID and CKAPCacheLock, those
-// of a purge in CKAPCachePurge, those of a set in CKAPCacheSet, the others in CKAPCache. Only the
-// two for static caches are used by CKAPStaticCacheBase alone.
+// Every entry of KAPCacheInterface is here: those of an item in CKAPCacheID and CKAPCacheLock,
+// those of a purge in CKAPCachePurge, those of a set in CKAPCacheSet, the others in CKAPCache. Only
+// the two for static caches are used by CKAPStaticCacheBase alone.
 //
 // Errors, besides those stated below: a table that cannot be loaded throws (KAPInterfaceClient.h).
 
@@ -56,6 +56,17 @@ class CKAPCacheLock {
   // Adopts a mark that the item already has. A null item makes an empty lock.
   CKAPCacheLock(CKAPCacheID id, void* item, KAPAlreadyMarked) noexcept
       : fID(std::move(id)), fItem(item) {}
+  // The same from the handle of an identity: adds a reference to it, or adopts one. An item is
+  // never filed under a new identity yet.
+  CKAPCacheLock(KAPCacheID* id, void* item) : CKAPCacheLock(CKAPCacheID(id), item) {}
+  CKAPCacheLock(KAPCacheID* id, void* item, KAPAdopt adopt)
+      : CKAPCacheLock(CKAPCacheID(id, adopt), item) {}
+  CKAPCacheLock(KAPCacheID* id, void* item, KAPAlreadyMarked marked)
+      : CKAPCacheLock(CKAPCacheID(id), item, marked) {}
+  CKAPCacheLock(KAPCacheID* id, void* item, KAPAdopt adopt, KAPAlreadyMarked marked) noexcept
+      : CKAPCacheLock(CKAPCacheID(id, adopt), item, marked) {}
+  template <class... Tags>
+  CKAPCacheLock(TKAPNewHandle<KAPCacheID> id, void* item, Tags...) = delete;
   // Adds a mark.
   CKAPCacheLock(const CKAPCacheLock& other) : CKAPCacheLock(other.fID, other.fItem) {}
   CKAPCacheLock(CKAPCacheLock&& other) noexcept

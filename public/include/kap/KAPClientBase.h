@@ -39,7 +39,9 @@ class CKAPVirtualClientBase : public KAPHostAllocated {
 };
 
 // Deletes an instance of CKAPVirtualClientBase: a KAPDeleteProc for containers. Null is ignored.
-// What the destructor throws is reported to the binder.
+// `instance` is the address of that base, which in a class with several bases is another one than
+// the object's: convert to CKAPVirtualClientBase* before the pointer becomes a void*. What the
+// destructor throws is reported to the binder.
 void KAPDeleteVirtualClientBase(void* instance) noexcept;
 
 // The deleter of TKAPClientObject.

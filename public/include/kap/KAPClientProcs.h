@@ -38,7 +38,7 @@ Client& KAPClientAt(void* address) {
 // error that could be returned, and a client stream has no other way to fail silently (test:
 // ClientTest.FailuresBecomeErrors).
 template <class Body>
-KAPError* KAPReturningClientError(Body&& body) noexcept {
+[[nodiscard]] KAPError* KAPReturningClientError(Body&& body) noexcept {
   try {
     std::forward<Body>(body)();
     return nullptr;
@@ -52,7 +52,8 @@ KAPError* KAPReturningClientError(Body&& body) noexcept {
   }
 }
 
-// How the result of an operation crosses: a plain value as it is...
+// How the result of an operation crosses: `Place` is what a result place holds, and Cross turns the
+// result into it. A plain value crosses as it is...
 template <class Result>
 struct TKAPClientResult {
   using Place = Result;
@@ -70,13 +71,14 @@ struct TKAPClientResult<TKAPClientObject<Client>> {
 };
 
 // The procedure for an operation: one specialisation for operations with a result, one for those
-// without. A null result place is the core unknown error.
+// without. `Call` is the procedure, whose result is null or an error for the host. A null result
+// place is the core unknown error.
 template <auto Operation>
 struct TKAPClientProc;
 
 template <class Client, class Result, class... Args, Result (Client::*Operation)(Args...)>
 requires(!std::is_void_v<Result>) struct TKAPClientProc<Operation> {
-  using Crossing = TKAPClientResult<Result>;
+  using Crossing = TKAPClientResult<Result>;  // how the result crosses
   using Place = typename Crossing::Place;
 
   static KAPError* Call(Place* out, void* client, Args... args) noexcept {

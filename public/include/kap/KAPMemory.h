@@ -26,10 +26,10 @@ class CKAPMemory {
 
   // A block of at least `size` bytes, 16-byte aligned, not initialised; free it with Free. Never
   // null: throws std::bad_alloc when the host has no memory, and as Init does. `size` is not 0.
-  static void* Alloc(std::size_t size);
+  [[nodiscard]] static void* Alloc(std::size_t size);
   // Resizes a block, which may move, and keeps the bytes that fit; for plain data. The block is
   // unchanged when it throws what Alloc throws. `block` is not null and `size` is not 0.
-  static void* Realloc(void* block, std::size_t size);
+  [[nodiscard]] static void* Realloc(void* block, std::size_t size);
   // Frees a block; null is ignored. After the binding it does nothing: the host may be gone.
   static void Free(void* block) noexcept;
 
@@ -53,7 +53,7 @@ using TKAPBlock = std::unique_ptr<T[], KAPFreeBlock>;
 // A block for `count` elements, not initialised. A null owner, without a host call, for a count of
 // 0. Throws what CKAPMemory::Alloc and KAPCheckedSize throw.
 template <class T>
-TKAPBlock<T> KAPNewBlock(std::size_t count) {
+[[nodiscard]] TKAPBlock<T> KAPNewBlock(std::size_t count) {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
   if (count == 0) return nullptr;
   return TKAPBlock<T>(static_cast<T*>(CKAPMemory::Alloc(KAPCheckedSize(count, sizeof(T)))));
@@ -61,8 +61,8 @@ TKAPBlock<T> KAPNewBlock(std::size_t count) {
 
 // A terminated copy of a text, for procedures that take one: on the stack when the text is short,
 // else in host memory.
-// Errors: TOQException "a string atom cannot hold a zero byte" for a text that has one, since the
-//   procedure would not see what follows it; what KAPNewBlock throws for a long text.
+// Errors: TOQException "a text cannot hold a zero byte" for one that does, since the procedure
+//   would not see what follows it; what KAPNewBlock throws for a long text.
 // Threads: a plain value.
 class KAPTerminatedText {
  public:

@@ -22,7 +22,7 @@ class TKAPReference {
   TKAPReference() noexcept = default;
   explicit TKAPReference(Object* handle) : fHandle(AddRef(handle)) {}
   TKAPReference(Object* handle, KAPAdopt) noexcept : fHandle(handle) {}
-  explicit TKAPReference(TKAPNewHandle<Object> made) noexcept : fHandle(made) {}
+  explicit TKAPReference(TKAPNewHandle<Object> made) noexcept : fHandle(std::move(made)) {}
   TKAPReference(const TKAPReference& other) : fHandle(AddRef(other.fHandle)) {}
   TKAPReference(TKAPReference&& other) noexcept : fHandle(other.Detach()) {}
   TKAPReference& operator=(TKAPReference other) noexcept {
@@ -35,7 +35,7 @@ class TKAPReference {
 
   Object* Handle() const noexcept { return fHandle; }  // borrowed
   // Passes the reference to the caller; the object is empty afterwards.
-  Object* Detach() noexcept { return std::exchange(fHandle, nullptr); }
+  [[nodiscard]] Object* Detach() noexcept { return std::exchange(fHandle, nullptr); }
   bool IsNull() const noexcept { return !fHandle; }
   explicit operator bool() const noexcept { return fHandle != nullptr; }
 

@@ -88,7 +88,7 @@ class TypeADocuments final : public Documents {
   const Text fText;
   Library& fLibrary;
   StreamInput fInput;
-  const KAP_T_MT::CPOSStreamer fStreamer;
+  const KAP_T_MT::CPOSStreamer fStreamer = KAP_T_MT::CPOSStreamer::New();
   bool fIsRead = false;
 };
 

@@ -43,7 +43,7 @@ class TypeAWriter final : public Writer {
     TypeAVisitor visitor;
     Visit(object, document, visitor);
     StreamOutput stream(out);
-    KAP_T_MT::CPOSStreamer().Serialize(stream.Stream(), object);
+    KAP_T_MT::CPOSStreamer::New().Serialize(stream.Stream(), object);
     stream.CheckFailure();
   }
 } gTypeAWriter;

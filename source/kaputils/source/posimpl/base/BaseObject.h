@@ -17,7 +17,7 @@ using KAP_T_MT::CPOSObject;
 using KAP_T_MT::POSException;
 using KAP_T_MT::POSType;
 
-class NestingStack;
+class Walk;
 
 // What the handle of a property object stands for: the primary instance of its container.
 class BaseObject : public KAP_T_MT::CKAPClientBase {
@@ -26,9 +26,10 @@ class BaseObject : public KAP_T_MT::CKAPClientBase {
   BaseObject& operator=(const BaseObject&) = delete;
   virtual ~BaseObject() { fNumPOSObjects.AddDeleted(); }
 
-  // This object itself when it cannot change, else a new one that the caller owns.
-  virtual BaseObject* Clone(NestingStack& stack) = 0;
-  virtual bool IsEqual(const BaseObject& other, NestingStack& stack) const = 0;
+  // This object itself when it cannot change, else a new one that the caller owns. Null when the
+  // walk stops.
+  virtual BaseObject* Clone(Walk& walk) = 0;
+  virtual bool IsEqual(const BaseObject& other, Walk& walk) const = 0;
   virtual POSType GetType() const = 0;
 
   // The property object of a handle. Without one (null, a container of another implementation, a

@@ -112,20 +112,31 @@ void HoldingObject::CallReleaseProc(KAP_T_MT::POSReleaseProc release, void* poin
       [=] { KAP_T_MT::KAPReportingError([=] { release(pointer); }); });
 }
 
-POSObject* HoldingObject::CloneForeign(POSObject* held) {
+// What Walk::Unkept does not find: null, an object of another component, any object in a walk that
+// keeps.
+POSObject* HoldingObject::CloneKept(POSObject* held, Walk& walk) {
+  if (!held) return nullptr;
+  if (!walk.Keeps()) {
+    walk.Stop();
+    return nullptr;
+  }
   const CPOSObject kept = Share(held);
-  return held ? kept.Clone().Detach() : nullptr;
+  BaseObject* const own = OwnInstance(held);
+  return own ? CloneOwn(*own, held, walk) : kept.Clone().Detach();
 }
 
-bool HoldingObject::AreEqualForeign(POSObject* a, POSObject* b, NestingStack& stack) {
+bool HoldingObject::AreEqualKept(POSObject* a, POSObject* b, Walk& walk) {
   if (!a || !b) return !a && !b;
-  if (const BaseObject* own = OwnInstance(a)) {
-    const BaseObject* other = GetInstanceNoThrow(b);
-    return other && own->IsEqual(*other, stack);
+  const BaseObject* const own = OwnInstance(a);
+  if (!own && !walk.Keeps()) {
+    walk.Stop();
+    return false;
   }
   const CPOSObject kept = Share(a);
   const CPOSObject otherKept = Share(b);
-  return kept.IsEqual(otherKept);
+  if (!own) return kept.IsEqual(otherKept);
+  const BaseObject* const other = GetInstanceNoThrow(b);
+  return other && own->IsEqual(*other, walk);
 }
 
 }  // namespace NPOSObjectImpl

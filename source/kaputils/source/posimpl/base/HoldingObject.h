@@ -2,6 +2,7 @@
 #pragma once
 
 #include "posimpl/base/BaseObject.h"
+#include "posimpl/base/Walk.h"
 
 namespace NPOSObjectImpl {
 
@@ -61,26 +62,31 @@ class HoldingObject : public BaseObject {
   // The clone of what is held, as a new reference, and whether two things held are equal. Null
   // clones to null and equals only null. An object of ours is asked directly, so that a failure at
   // the bottom of a thousand levels is thrown through them and reported once; any other one through
-  // its own procedures, which may change what holds it: such an object is kept for the call.
-  [[gnu::always_inline]] static POSObject* CloneOf(POSObject* held, NestingStack& stack) {
-    BaseObject* const own = OwnInstance(held);
-    if (!own) return CloneForeign(held);
-    BaseObject* const clone = own->Clone(stack);
-    return clone == own ? AddRef(held) : Contain(std::unique_ptr<BaseObject>(clone));
+  // its own procedures, by a walk that keeps.
+  [[gnu::always_inline]] static POSObject* CloneOf(POSObject* held, Walk& walk) {
+    BaseObject* const own = walk.Unkept(held);
+    if (!own) [[unlikely]]
+      return CloneKept(held, walk);
+    return CloneOwn(*own, held, walk);
   }
-  static bool AreEqual(POSObject* a, POSObject* b, NestingStack& stack) {
-    const BaseObject* own = OwnInstance(a);
-    const BaseObject* other = OwnInstance(b);
-    return own && other ? own->IsEqual(*other, stack) : AreEqualForeign(a, b, stack);
+  static bool AreEqual(POSObject* a, POSObject* b, Walk& walk) {
+    const BaseObject* own = walk.Unkept(a);
+    const BaseObject* other = walk.Unkept(b);
+    if (!own || !other) [[unlikely]]
+      return AreEqualKept(a, b, walk);
+    return own->IsEqual(*other, walk);
   }
-  // Whether what is held is an object of another component.
-  static bool IsForeign(const POSObject* held) noexcept { return held && !OwnInstance(held); }
 
  private:
   class Releases;
 
-  [[gnu::noinline]] static POSObject* CloneForeign(POSObject* held);
-  [[gnu::noinline]] static bool AreEqualForeign(POSObject* a, POSObject* b, NestingStack& stack);
+  [[gnu::always_inline]] static POSObject* CloneOwn(BaseObject& own, POSObject* held, Walk& walk) {
+    BaseObject* const clone = own.Clone(walk);
+    if (clone == &own) return AddRef(held);
+    return clone ? Contain(std::unique_ptr<BaseObject>(clone)) : nullptr;
+  }
+  [[gnu::noinline]] static POSObject* CloneKept(POSObject* held, Walk& walk);
+  [[gnu::noinline]] static bool AreEqualKept(POSObject* a, POSObject* b, Walk& walk);
   static void DeleteOrFile(HoldingObject* object) noexcept;
 
   HoldingObject* fNextToDelete = nullptr;

@@ -65,8 +65,8 @@ class TObjectKind : public Base {
 template <class Kind, class Base>
 class TScalar : public TObjectKind<Kind, Base> {
  public:
-  BaseObject* Clone(NestingStack&) final { return this; }
-  bool IsEqual(const BaseObject& other, NestingStack&) const final {
+  BaseObject* Clone(Walk&) final { return this; }
+  bool IsEqual(const BaseObject& other, Walk&) const final {
     const Kind* same = TScalar::As(&other);
     return same && static_cast<const Kind*>(this)->EqualsSame(*same);
   }

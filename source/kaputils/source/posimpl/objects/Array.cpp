@@ -74,20 +74,22 @@ void Array::Remove(std::uint64_t index) noexcept {
 }
 
 // Both by index: the procedures of an element of another component may change the arrays.
-BaseObject* Array::Clone(NestingStack& stack) {
-  const NestingGuard guard(stack);
+BaseObject* Array::Clone(Walk& walk) {
+  const NestingGuard guard(walk.Stack());
   std::unique_ptr<Array> clone(new Array);
   clone->growToHold(fCount);
-  for (std::uint32_t i = 0; i < fCount; ++i) clone->Append(Adopt(CloneOf(fElements[i], stack)));
-  return clone.release();
+  for (std::uint32_t i = 0; i < fCount && !walk.Stopped(); ++i) {
+    clone->Append(Adopt(CloneOf(fElements[i], walk)));
+  }
+  return walk.Stopped() ? nullptr : clone.release();
 }
 
-bool Array::IsEqual(const BaseObject& other, NestingStack& stack) const {
-  const NestingGuard guard(stack);
+bool Array::IsEqual(const BaseObject& other, Walk& walk) const {
+  const NestingGuard guard(walk.Stack());
   const Array* array = As(&other);
   if (!array || fCount != array->fCount) return false;
   for (std::uint32_t i = 0; i < std::min(fCount, array->fCount); ++i) {
-    if (!AreEqual(fElements[i], array->fElements[i], stack)) return false;
+    if (!AreEqual(fElements[i], array->fElements[i], walk)) return false;
   }
   return fCount == array->fCount;
 }

@@ -20,8 +20,8 @@ class Array final : public TObjectKind<Array, HoldingObject> {
   Array() noexcept = default;
   ~Array() override;
 
-  BaseObject* Clone(NestingStack& stack) override;
-  bool IsEqual(const BaseObject& other, NestingStack& stack) const override;
+  BaseObject* Clone(Walk& walk) override;
+  bool IsEqual(const BaseObject& other, Walk& walk) const override;
 
   std::uint32_t Count() const noexcept { return fCount; }
 

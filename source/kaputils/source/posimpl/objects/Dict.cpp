@@ -26,45 +26,44 @@ Dict::~Dict() {
 
 void Dict::Remove(std::string_view key) noexcept { fEntries.Remove(SortableText(key)); }
 
-// The procedures of a value of another component may change the dictionary: for such a value the
-// key is kept, and the next entry is found by it. Apart from the ordinary loops, which keep nothing.
-[[gnu::noinline]] DictEntry* Dict::CloneForeign(const DictEntry*& entry,
-                                                NestingStack& stack) const {
+// A walk that keeps lets the dictionary change: it keeps the key and finds the next entry by it.
+// Apart from the ordinary loops, which keep nothing.
+[[gnu::noinline]] DictEntry* Dict::CloneKept(const DictEntry*& entry, Walk& walk) const {
   const SortableStringAtom key = entry->GetKey();
-  CPOSObject value = Adopt(CloneOf(entry->Value(), stack));
+  CPOSObject value = Adopt(CloneOf(entry->Value(), walk));
   entry = fEntries.FirstAfter(key);
   return new DictEntry(key, std::move(value));
 }
 
-[[gnu::noinline]] bool Dict::IsForeignEqual(const DictEntry*& ours, const Dict& dict,
-                                            const DictEntry*& theirs, NestingStack& stack) const {
+[[gnu::noinline]] bool Dict::IsKeptEqual(const DictEntry*& ours, const Dict& dict,
+                                         const DictEntry*& theirs, Walk& walk) const {
   const SortableStringAtom key = ours->GetKey();
-  const bool equal = AreEqual(ours->Value(), theirs->Value(), stack);
+  const bool equal = AreEqual(ours->Value(), theirs->Value(), walk);
   ours = fEntries.FirstAfter(key);
   theirs = dict.fEntries.FirstAfter(key);
   return equal;
 }
 
-BaseObject* Dict::Clone(NestingStack& stack) {
-  const NestingGuard guard(stack);
+BaseObject* Dict::Clone(Walk& walk) {
+  const NestingGuard guard(walk.Stack());
   std::unique_ptr<Dict> clone(new Dict);
   DictEntry* last = nullptr;
-  for (const DictEntry* entry = fEntries.First(); entry;) {
+  for (const DictEntry* entry = fEntries.First(); entry && !walk.Stopped();) {
     std::unique_ptr<DictEntry> copy;
-    if (IsForeign(entry->Value())) [[unlikely]] {
-      copy.reset(CloneForeign(entry, stack));
+    if (walk.Keeps()) [[unlikely]] {
+      copy.reset(CloneKept(entry, walk));
     } else {
-      copy = std::make_unique<DictEntry>(entry->GetKey(), Adopt(CloneOf(entry->Value(), stack)));
+      copy = std::make_unique<DictEntry>(entry->GetKey(), Adopt(CloneOf(entry->Value(), walk)));
       entry = DictTree::Next(entry);
     }
     last = clone->fEntries.InsertLast(last, std::move(copy));
   }
-  return clone.release();
+  return walk.Stopped() ? nullptr : clone.release();
 }
 
 // Both in the order of their keys, so one walk finds every key's counterpart.
-bool Dict::IsEqual(const BaseObject& other, NestingStack& stack) const {
-  const NestingGuard guard(stack);
+bool Dict::IsEqual(const BaseObject& other, Walk& walk) const {
+  const NestingGuard guard(walk.Stack());
   const Dict* dict = As(&other);
   if (!dict) return false;
   const DictEntry* theirs = dict->fEntries.First();
@@ -74,10 +73,10 @@ bool Dict::IsEqual(const BaseObject& other, NestingStack& stack) const {
       theirs = DictTree::Next(theirs);
     }
     if (order != 0) return false;
-    if (IsForeign(ours->Value())) [[unlikely]] {
-      if (!IsForeignEqual(ours, *dict, theirs, stack)) return false;
+    if (walk.Keeps()) [[unlikely]] {
+      if (!IsKeptEqual(ours, *dict, theirs, walk)) return false;
     } else {
-      if (!AreEqual(ours->Value(), theirs->Value(), stack)) return false;
+      if (!AreEqual(ours->Value(), theirs->Value(), walk)) return false;
       ours = DictTree::Next(ours);
       theirs = DictTree::Next(theirs);
     }

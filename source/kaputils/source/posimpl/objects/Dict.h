@@ -44,11 +44,11 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   Dict() noexcept = default;
   ~Dict() override;
 
-  BaseObject* Clone(NestingStack& stack) override;
+  BaseObject* Clone(Walk& walk) override;
 
   // Every entry of this dictionary must have its equal in the other one. What only the other one
   // has does not count: deliberate, a dictionary equals its superset.
-  bool IsEqual(const BaseObject& other, NestingStack& stack) const override;
+  bool IsEqual(const BaseObject& other, Walk& walk) const override;
 
   // The value, borrowed; null when there is none.
   POSObject* Find(std::string_view key) const noexcept;
@@ -80,9 +80,9 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   const DictTree& Entries() const noexcept { return fEntries; }
 
  private:
-  DictEntry* CloneForeign(const DictEntry*& entry, NestingStack& stack) const;
-  bool IsForeignEqual(const DictEntry*& ours, const Dict& dict, const DictEntry*& theirs,
-                      NestingStack& stack) const;
+  DictEntry* CloneKept(const DictEntry*& entry, Walk& walk) const;
+  bool IsKeptEqual(const DictEntry*& ours, const Dict& dict, const DictEntry*& theirs,
+                   Walk& walk) const;
 
   DictTree fEntries;
 };

@@ -5,7 +5,7 @@
 #include "kap/KAPBinder.h"
 #include "kap/KAPBoundary.h"
 #include "posimpl/base/BaseObject.h"
-#include "posimpl/base/NestingGuard.h"
+#include "posimpl/base/Walk.h"
 #include "posimpl/notation/TextReader.h"
 #include "posimpl/procs/POSDictImpl.h"
 
@@ -18,7 +18,7 @@ namespace {
 POSObject* POSObjectCloneProc(POSObject* object) noexcept {
   return KAPReportingError([=]() -> POSObject* {
     BaseObject& original = BaseObject::GetInstance(object);
-    BaseObject* clone = original.Clone(NestingStack::OnThisThread());
+    BaseObject* clone = Walk::Run([&](Walk& walk) { return original.Clone(walk); });
     // For an object that is its own clone the result is the handle passed in, deliberately without
     // a reference.
     return clone == &original ? object : BaseObject::Contain(std::unique_ptr<BaseObject>(clone));
@@ -29,7 +29,7 @@ bool POSObjectIsEqualProc(POSObject* object, POSObject* other) noexcept {
   return KAPReportingError([=] {
     const BaseObject& self = BaseObject::GetInstance(object);
     const BaseObject* same = BaseObject::GetInstanceNoThrow(other);
-    return same && self.IsEqual(*same, NestingStack::OnThisThread());
+    return same && Walk::Run([&](Walk& walk) { return self.IsEqual(*same, walk); });
   });
 }
 
