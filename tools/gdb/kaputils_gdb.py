@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Pretty-printers of gdb for handles, atoms, property objects and their wrappers.
 
-gdb loads them with libKAPUtils.so when they are installed, else with the command "source". They read
-memory alone and call nothing in the program, so they also work on a core file.
+gdb loads them with libKAPUtils.so when they are installed, else with the command "source". They
+read memory alone and call nothing in the program, so they also work on a core file.
 
   KAPStringAtom*   the text of the atom
   KAPError*        message, component and code

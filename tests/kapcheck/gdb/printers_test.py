@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""printers_test PROGRAM LIBRARY: what gdb prints with the printers, sourced and loaded by itself."""
+"""printers_test PROGRAM LIBRARY: what gdb prints with the printers, sourced and loaded by itself.
+"""
 import os
 import pathlib
 import re

@@ -6,9 +6,9 @@
 
 namespace KAPCheck {
 
-// The symbols that a shared library defines for others, sorted, with "C++" names as they are stored.
-// The names of versions are not among them. Reads the file without loading it. Throws
-// PosUtil::Failure if the file cannot be read or is not a shared library for this machine.
+// The symbols that a shared library defines for others, sorted, C++ names as they are stored.
+// Versions are not among them. Reads the file without loading it. Throws PosUtil::Failure if the
+// file cannot be read or is not a shared library for this machine.
 std::vector<std::string> ExportsOf(const std::string& path);
 
 }  // namespace KAPCheck

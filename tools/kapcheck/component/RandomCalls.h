@@ -11,8 +11,8 @@ namespace KAPCheck {
 
 // Makes `count` calls of the declared interfaces with random arguments and releases what they
 // return. The calls depend on the seed alone. `beforeCall` gets a description of each. May run on
-// several threads at once, each with objects of its own. Throws TestFailure when a declared procedure is
-// not registered, lets an exception out, or returns an error together with a result.
+// several threads at once, each with objects of its own. Throws TestFailure when a declared
+// procedure is not registered, lets an exception out, or returns an error together with a result.
 void CallRandomly(Trial& trial, unsigned long seed, int count,
                   const std::function<void(const std::string&)>& beforeCall);
 

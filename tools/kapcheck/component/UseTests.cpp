@@ -23,7 +23,7 @@ constexpr int kCallsOfAThread = 1000;
 
 void NoProcedure() {}
 
-// Registers and unregisters an interface of nobody, which increments the counter.
+// Registers and unregisters an interface that has no users, which increments the counter.
 void MoveCounter(KAPHost::Host& host) {
   host.Register("KAPCheckInterface", "Move", "KAPCheckMoveProc",
                 reinterpret_cast<void*>(&NoProcedure));
