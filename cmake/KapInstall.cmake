@@ -69,10 +69,14 @@ if(KAP_BUILD_TOOLS)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME posutil
     COMPONENT tools)
   # Compressed without a time stamp: the same page makes the same file.
-  set(page ${PROJECT_BINARY_DIR}/posutil.1.gz)
-  add_custom_command(OUTPUT ${page}
-    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/tools/posutil.1 > ${page}
-    DEPENDS ${PROJECT_SOURCE_DIR}/tools/posutil.1 COMMENT "Compressing posutil.1")
-  add_custom_target(kap_manual ALL DEPENDS ${page})
-  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  set(pages)
+  foreach(program posutil kapcheck)
+    set(page ${PROJECT_BINARY_DIR}/${program}.1.gz)
+    add_custom_command(OUTPUT ${page}
+      COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/tools/${program}.1 > ${page}
+      DEPENDS ${PROJECT_SOURCE_DIR}/tools/${program}.1 COMMENT "Compressing ${program}.1")
+    list(APPEND pages ${page})
+  endforeach()
+  add_custom_target(kap_manual ALL DEPENDS ${pages})
+  install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
 endif()
