@@ -13,6 +13,7 @@
 #include "component/ComponentCheck.h"
 #include "component/ComponentTests.h"
 #include "host/HostCheck.h"
+#include "process/ChildProcess.h"
 
 namespace KAPCheck {
 
@@ -142,10 +143,14 @@ PosUtil::ExitStatus Print(const Options& options, const Results& results) {
 
 PosUtil::ExitStatus Run(const CLI::App& app, const Options& options) {
   if (app.got_subcommand("run-component-test")) {
+    EndWithParent();
     RunComponentTest(options.fTest,
                      {options.fLibrary, options.fName, options.fScenario, options.fSeed});
   }
-  if (app.got_subcommand("run-probe")) RunProbe(options.fProbe, options.fHost, options.fFirst);
+  if (app.got_subcommand("run-probe")) {
+    EndWithParent();
+    RunProbe(options.fProbe, options.fHost, options.fFirst);
+  }
   if (app.got_subcommand("host")) return Print(options, RunHost(options));
   if (!options.fIsList) return Print(options, RunComponent(options));
   ListTests();

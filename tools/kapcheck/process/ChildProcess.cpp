@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -162,5 +163,7 @@ Ending RunAgain(const std::vector<std::string>& arguments, const std::string& fo
   }
   return ending;
 }
+
+void EndWithParent() { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }
 
 }  // namespace KAPCheck

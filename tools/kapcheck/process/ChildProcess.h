@@ -28,4 +28,7 @@ struct Ending {
 Ending RunAgain(const std::vector<std::string>& arguments, const std::string& folder,
                 std::chrono::milliseconds limit);
 
+// Called in such a process: it is killed when the one that started it ends, by an interrupt say.
+void EndWithParent();
+
 }  // namespace KAPCheck
