@@ -20,6 +20,7 @@ static KAPBinderInterfaceProcs gBinder;
 static const unsigned long* gUnregisterCount;
 
 static mtx_t gLock;
+static bool gHasLock;
 static Tables gTables;
 static bool gAreLoaded;
 static unsigned long gLoadedAt;  // the unregister counter at that time
@@ -48,7 +49,7 @@ static bool GetTables(Tables* out) {
 static bool FindLargest(double* out, POSArray* numbers) {
   *out = 0;
   Tables use;
-  if (!GetTables(&use)) return Fail("Extremes: there are no arrays and numbers");
+  if (!GetTables(&use)) return Fail("Extremes: the array and number interfaces are missing");
 
   double largest = 0;
   const unsigned count = use.arrays.Count(numbers);
@@ -74,13 +75,16 @@ int ExtremesInitialize(KAPGetProcAddressProc getProc) {
   if (!getProc || !KAPBinderInterfaceLoad(&gBinder, getProc)) return 0;
   gUnregisterCount = gBinder.KAPGetUnregisterCountAddr();
   gAreLoaded = false;
-  return mtx_init(&gLock, mtx_plain) == thrd_success && ExtremesInterfaceRegister(&procs, &gBinder);
+  gHasLock = mtx_init(&gLock, mtx_plain) == thrd_success;
+  return gHasLock && ExtremesInterfaceRegister(&procs, &gBinder);
 }
 
+// The host calls it after a failed initialisation too.
 void ExtremesTerminate(void) {
-  if (!gBinder.KAPUnregisterInterface) return;
+  if (!gHasLock) return;
   gBinder.KAPUnregisterInterface(ExtremesInterface_NAME);
   mtx_destroy(&gLock);
+  gHasLock = false;
 }
 
 int ExtremesGetVersion(void) { return 1; }

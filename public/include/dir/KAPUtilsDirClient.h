@@ -46,6 +46,8 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   [[nodiscard]] static CKAPUtilsDir GetCurrent();
   [[nodiscard]] static CKAPUtilsDir New(const CKAPStringAtom& path);
 
+  // Whether the directory has a file of that name, deletes one, gives one another name. What the
+  // procedures of these names say holds.
   [[nodiscard]] bool FileExists(const CKAPStringAtom& name) const;
   void Delete(const CKAPStringAtom& name) const;
   void Rename(const CKAPStringAtom& from, const CKAPStringAtom& to) const;

@@ -46,6 +46,7 @@ struct KAPShare {};
 template <class Object>
 class [[nodiscard]] TKAPNewHandle {
  public:
+  // For the maker: the handle carries a new reference.
   explicit constexpr TKAPNewHandle(Object* handle) noexcept : fHandle(handle) {}
   TKAPNewHandle(const TKAPNewHandle&) = delete;
   // Trivial, so that the handle crosses calls in a register.

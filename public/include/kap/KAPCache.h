@@ -49,6 +49,7 @@ class CKAPCacheID : public TKAPReference<KAPCacheInterface, KAPCacheID> {
 // Threads: a plain value.
 class CKAPCacheLock {
  public:
+  // An empty lock.
   explicit CKAPCacheLock(KAPInvalid) noexcept : fID(KAPInvalid()) {}
   // Marks the item. The lock is empty when `item` is null or has been purged, which is not an
   // error.
@@ -69,6 +70,7 @@ class CKAPCacheLock {
   CKAPCacheLock(TKAPNewHandle<KAPCacheID> id, void* item, Tags...) = delete;
   // Adds a mark.
   CKAPCacheLock(const CKAPCacheLock& other) : CKAPCacheLock(other.fID, other.fItem) {}
+  // Takes over the mark.
   CKAPCacheLock(CKAPCacheLock&& other) noexcept
       : fID(std::move(other.fID)), fItem(std::exchange(other.fItem, nullptr)) {}
   CKAPCacheLock& operator=(CKAPCacheLock other) noexcept {
@@ -79,6 +81,7 @@ class CKAPCacheLock {
   ~CKAPCacheLock();
 
   void* Item() const noexcept { return fItem; }  // borrowed from the cache; null for an empty lock
+  // Whether there is an item.
   explicit operator bool() const noexcept { return fItem != nullptr; }
 
   // Set and return the cost of the item in bytes, as its owner estimates it. An empty lock: does
@@ -101,6 +104,7 @@ class CKAPCacheLock {
 class CKAPCachePurge {
  public:
   CKAPCachePurge() noexcept = default;
+  // A new purge.
   [[nodiscard]] static CKAPCachePurge New();
   CKAPCachePurge(CKAPCachePurge&& other) noexcept : fPurge(std::exchange(other.fPurge, nullptr)) {}
   CKAPCachePurge& operator=(CKAPCachePurge other) noexcept {
@@ -125,6 +129,7 @@ class CKAPCacheSet
     : public TKAPReference<KAPCacheInterface, KAPCacheSet, "AddRefCacheSet", "DeleteCacheSet"> {
  public:
   using TKAPReference::TKAPReference;
+  // A new set, which is empty.
   [[nodiscard]] static CKAPCacheSet New();
 
   // Whether the set contains the identity. Deliberate: adds the identity if not, which is the only

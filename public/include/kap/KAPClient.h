@@ -61,6 +61,7 @@ class KAPBindingError : public std::runtime_error {
 //   would end it twice. The destructor never throws; it reports what a LazyTerminate member throws.
 class KAPClient {
  public:
+  // Binds the runtime to the host with this callback.
   explicit KAPClient(KAPGetProcAddressProc getProc);
   KAPClient(const KAPClient&) = delete;
   KAPClient& operator=(const KAPClient&) = delete;

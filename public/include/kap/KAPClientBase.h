@@ -33,6 +33,7 @@ class CKAPVirtualClientBase : public KAPHostAllocated {
   virtual ~CKAPVirtualClientBase() noexcept(false) = default;
 
  protected:
+  // For derived classes, which decide whether their objects can be copied.
   CKAPVirtualClientBase() = default;
   CKAPVirtualClientBase(const CKAPVirtualClientBase&) = default;
   CKAPVirtualClientBase& operator=(const CKAPVirtualClientBase&) = default;
@@ -46,6 +47,7 @@ void KAPDeleteVirtualClientBase(void* instance) noexcept;
 
 // The deleter of TKAPClientObject.
 struct KAPDeleteClient {
+  // As KAPDeleteVirtualClientBase.
   void operator()(CKAPVirtualClientBase* client) const noexcept {
     KAPDeleteVirtualClientBase(client);
   }

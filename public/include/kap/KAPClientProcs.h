@@ -56,6 +56,7 @@ template <class Body>
 // result into it. A plain value crosses as it is...
 template <class Result>
 struct TKAPClientResult {
+  // The type of the result place, and the result as it is stored there.
   using Place = Result;
   static Place Cross(Result result) { return result; }
 };
@@ -63,6 +64,7 @@ struct TKAPClientResult {
 // ... and a new client object as its address. None is the core unknown error.
 template <class Client>
 struct TKAPClientResult<TKAPClientObject<Client>> {
+  // The type of the result place, and the result as it is stored there.
   using Place = void*;
   static Place Cross(TKAPClientObject<Client> client) {
     if (!client) CKAPError::ThrowError(kUnknownErrorID);
@@ -76,11 +78,14 @@ struct TKAPClientResult<TKAPClientObject<Client>> {
 template <auto Operation>
 struct TKAPClientProc;
 
+// Of an operation with a result, which goes to `out`.
 template <class Client, class Result, class... Args, Result (Client::*Operation)(Args...)>
 requires(!std::is_void_v<Result>) struct TKAPClientProc<Operation> {
   using Crossing = TKAPClientResult<Result>;  // how the result crosses
+  // The type of the result place.
   using Place = typename Crossing::Place;
 
+  // The procedure. Null, or a new error reference.
   static KAPError* Call(Place* out, void* client, Args... args) noexcept {
     return KAPReturningClientError([&] {
       if (!out) CKAPError::ThrowError(kUnknownErrorID);
@@ -90,8 +95,10 @@ requires(!std::is_void_v<Result>) struct TKAPClientProc<Operation> {
   }
 };
 
+// Of an operation without a result.
 template <class Client, class... Args, void (Client::*Operation)(Args...)>
 struct TKAPClientProc<Operation> {
+  // The procedure. Null, or a new error reference.
   static KAPError* Call(void* client, Args... args) noexcept {
     return KAPReturningClientError([&] { (KAPClientAt<Client>(client).*Operation)(args...); });
   }

@@ -134,6 +134,7 @@ class KAPContainerBaseGeneric {
   KAPContainerBaseGeneric(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
   explicit KAPContainerBaseGeneric(TKAPNewHandle<KAPContainer> made) noexcept
       : fContainer(std::move(made)) {}
+  // A copy adds a reference; a move leaves the other one empty.
   KAPContainerBaseGeneric(const KAPContainerBaseGeneric& other)
       : fContainer(other.fContainer ? CKAPContainer::AddRef(other.fContainer) : nullptr) {}
   KAPContainerBaseGeneric(KAPContainerBaseGeneric&& other) noexcept : fContainer(other.Detach()) {}
@@ -153,6 +154,7 @@ class KAPContainerBaseGeneric {
   KAPContainer* Handle() const noexcept { return fContainer; }  // borrowed
   // Passes the reference to the caller; the object is empty afterwards.
   [[nodiscard]] KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
+  // Whether there is no container, and whether there is one.
   bool IsNull() const noexcept { return !fContainer; }
   explicit operator bool() const noexcept { return fContainer != nullptr; }
 
@@ -206,6 +208,7 @@ class CKAPContainerHolder {
 // Errors: none. The caller guarantees that the container outlives the object.
 class CKAPCachedContainerHolder {
  public:
+  // Null makes an empty holder.
   explicit CKAPCachedContainerHolder(KAPContainer* container) noexcept : fContainer(container) {}
   explicit CKAPCachedContainerHolder(TKAPNewHandle<KAPContainer>) = delete;  // would not release it
   CKAPCachedContainerHolder(const CKAPCachedContainerHolder&) = delete;

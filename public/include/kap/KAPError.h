@@ -37,7 +37,9 @@ inline constexpr TOQErrorID kMemErrorID = 1;      // exhausted memory
 // Threads: a plain value: one thread at a time per object, any number of objects per host error.
 class CKAPError : public std::exception {
  public:
+  // The empty error.
   CKAPError() noexcept = default;
+  // A core error of the host.
   explicit CKAPError(TOQErrorID id) noexcept;
   template <std::same_as<bool> NotAnID>
   explicit CKAPError(NotAnID) = delete;

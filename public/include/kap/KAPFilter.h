@@ -52,6 +52,7 @@ class CKAPFilter : public CKAPDataSink {
   // PeekTarget and the state of the chain. Deliberate: neither here nor in SetDataSink does the
   // client object learn of it; see KAPClientFilter.
   CKAPFilter(const CKAPDataSink& target, TKAPClientObject<KAPClientFilter> client);
+  // Adds a reference; adopts the caller's, or that of a new handle.
   explicit CKAPFilter(KAPFilter* handle) : CKAPDataSink(handle) {}
   explicit CKAPFilter(TKAPNewHandle<KAPFilter> made) noexcept : CKAPDataSink(std::move(made)) {}
   CKAPFilter(KAPFilter* handle, KAPAdopt adopt) noexcept : CKAPDataSink(handle, adopt) {}
@@ -80,6 +81,7 @@ class CKAPFilterJPEG : public CKAPFilter {
   CKAPFilterJPEG() noexcept = default;  // none
   // A filter that forwards to the client object; the target as for CKAPFilter.
   CKAPFilterJPEG(const CKAPDataSink& target, TKAPClientObject<KAPClientFilterJPEG> client);
+  // Adds a reference; adopts the caller's, or that of a new handle.
   explicit CKAPFilterJPEG(KAPFilter* handle) : CKAPFilter(handle) {}
   explicit CKAPFilterJPEG(TKAPNewHandle<KAPFilter> made) noexcept : CKAPFilter(std::move(made)) {}
   CKAPFilterJPEG(KAPFilter* handle, KAPAdopt adopt) noexcept : CKAPFilter(handle, adopt) {}

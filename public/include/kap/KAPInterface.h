@@ -110,6 +110,7 @@ constexpr KAPTraits KAPMakes(KAPResource resource, KAPFault fault) {
 // A string literal as a template argument.
 template <std::size_t Size>
 struct TKAPName {
+  // The text, and the same without its terminator.
   // NOLINTNEXTLINE(google-explicit-constructor): a string literal stands for the name itself
   constexpr TKAPName(const char (&text)[Size]) {
     for (std::size_t i = 0; i < Size; ++i) fText[i] = text[i];
@@ -149,12 +150,14 @@ inline constexpr bool kKAPReturnsError<KAPError* (*)(Args...)> = true;
 
 // The result of a call that does not compile, so that the error about it stays the only one.
 struct KAPNoResult {
+  // Stands for any result.
   template <class Result>
   operator Result() const;  // NOLINT(google-explicit-constructor): stands for any result
 };
 
 // The method of a misspelt name, for the same reason: takes any arguments.
 struct KAPNoMethod {
+  // Takes any arguments.
   template <class... Args>
   KAPNoResult operator()(Args&&...) const;
 };
@@ -163,6 +166,7 @@ struct KAPNoMethod {
 template <TKAPName MethodName, TKAPName ProcName, class Signature, KAPTraits Traits = KAPTraits()>
 struct TKAPMethod {
   static_assert(std::is_function_v<Signature>);
+  // The type of the procedure.
   using Proc = Signature*;
   // The names, as text and as an entry of a table, and what code needs to know besides.
   static constexpr std::string_view kMethodName = MethodName.View();
@@ -204,10 +208,11 @@ struct TKAPInterface {
   template <TKAPName Method>
   static constexpr std::size_t kSlot = SlotOf<Method>();
 
-  // The type of a procedure, by slot and by name.
+  // The type of a procedure, by slot.
   template <std::size_t Slot>
   using ProcAt = typename std::tuple_element_t<Slot, std::tuple<Methods...>>::Proc;
 
+  // The same by name.
   template <TKAPName Method>
   using Proc = ProcAt<kSlot<Method>>;
 

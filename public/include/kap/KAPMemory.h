@@ -43,6 +43,7 @@ std::size_t KAPCheckedSize(std::size_t count, std::size_t size, std::size_t head
 
 // The deleter of TKAPBlock.
 struct KAPFreeBlock {
+  // Frees the block; null is ignored.
   void operator()(void* block) const noexcept { CKAPMemory::Free(block); }
 };
 
@@ -66,6 +67,7 @@ template <class T>
 // Threads: a plain value.
 class KAPTerminatedText {
  public:
+  // Copies the text.
   explicit KAPTerminatedText(std::string_view text);
   KAPTerminatedText(const KAPTerminatedText&) = delete;
   KAPTerminatedText& operator=(const KAPTerminatedText&) = delete;
@@ -82,6 +84,7 @@ class KAPTerminatedText {
 // computation here, so `new[]` does not compile.
 class KAPHostAllocated {
  public:
+  // Throw and ignore what CKAPMemory::Alloc and Free do. The placement forms are for containers.
   static void* operator new(std::size_t size) { return CKAPMemory::Alloc(size); }
   static void operator delete(void* block) noexcept { CKAPMemory::Free(block); }
   static void* operator new(std::size_t, void* place) noexcept { return place; }

@@ -29,6 +29,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Threads: any, except Drop and ForgetAll [binding thread].
 class KAPProcTable {
  public:
+  // A table that is not loaded.
   constexpr KAPProcTable(const char* interfaceName, const _t_KAPFTabEntry* entries,
                          const KAPTraits* traits, std::size_t count,
                          std::atomic<void*>* slots) noexcept
@@ -167,12 +168,14 @@ class TKAPProcTable {
   }
 
  protected:
+  // The procedure of a slot, null before the table is loaded.
   template <TKAPName Method>
   static auto Slot() noexcept {
     return reinterpret_cast<typename Interface::template Proc<Method>>(
         fProcTable[Interface::template kSlot<Method>].load(std::memory_order_relaxed));
   }
 
+  // The slots, and the table over them.
   inline static constinit std::atomic<void*> fProcTable[Interface::kCount] = {};
   inline static constinit KAPProcTable fTable{Interface::kName, Interface::kEntries,
                                               Interface::kTraits, Interface::kCount, fProcTable};

@@ -43,6 +43,7 @@ class CKAPProgress : public TKAPReference<KAPProgressInterface, KAPProgress> {
   [[nodiscard]] static CKAPProgress New();  // ignores its updates
   // Forwards to the client object.
   explicit CKAPProgress(TKAPClientObject<KAPClientProgress> client);
+  // Adds a reference; adopts the caller's, or that of a new handle.
   explicit CKAPProgress(KAPProgress* handle) : TKAPReference(handle) { FinishConstruct(); }
   CKAPProgress(KAPProgress* handle, KAPAdopt adopt) : TKAPReference(handle, adopt) {
     FinishConstruct();

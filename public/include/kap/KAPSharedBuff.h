@@ -75,6 +75,7 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
   static_assert(std::is_trivially_copyable_v<T>);
 
  public:
+  // No buffer.
   TKAPSharedBuffer() noexcept = default;
   using TKAPReference::TKAPReference;
   // Zeroed storage of the host for `count` elements; a count below 0 does not fit. A template, so

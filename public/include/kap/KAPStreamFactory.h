@@ -39,6 +39,7 @@ inline constexpr const auto& gKAPStreamFactoryInterfaceCount = KAPStreamFactoryC
 // Threads: any.
 class CKAPStreamFactory {
  public:
+  // Empty, in memory.
   static TKAPNewHandle<KAPPositionableStream> NewPositionableMemoryStream();
   // Read-only, over a copy of the bytes.
   static TKAPNewHandle<KAPPositionableStream> NewPositionableBufferStream(const unsigned char* data,

@@ -32,6 +32,7 @@ concept KAPText = std::convertible_to<const Text&, std::string_view>;
 // Threads: a plain value: one thread at a time per reference, any number of references per atom.
 class CKAPStringAtom {
  public:
+  // Without atom and text.
   CKAPStringAtom() noexcept : fAtom(nullptr), fText(nullptr) {}
   // Leaves both fields unset. Only for code that writes them before anything reads them: neither
   // reading nor destroying such an object is defined. Exactly `bool`, or any pointer would do.
@@ -57,6 +58,7 @@ class CKAPStringAtom {
       : CKAPStringAtom(std::move(made), KAPAdopt()) {}
   template <class Other>
   CKAPStringAtom(KAPStringAtom* atom, Other) = delete;
+  // A copy adds a reference; a move leaves the other one without atom and text.
   CKAPStringAtom(const CKAPStringAtom& other);
   CKAPStringAtom(CKAPStringAtom&& other) noexcept
       : fAtom(std::exchange(other.fAtom, nullptr)), fText(std::exchange(other.fText, nullptr)) {}
@@ -100,6 +102,7 @@ class CKAPStringAtom {
   // A deliberate no-op, for components that install it as the release of atoms.
   static void NoOpDelete(KAPStringAtom*) noexcept;
 
+  // Exchanges the atoms, without a host call.
   friend void swap(CKAPStringAtom& a, CKAPStringAtom& b) noexcept {
     std::swap(a.fAtom, b.fAtom);
     std::swap(a.fText, b.fText);

@@ -36,7 +36,7 @@ class TypeAVisitor final : public Visitor {
 // Nothing separates two documents: not every reader skips white space there.
 class TypeAWriter final : public Writer {
  public:
-  TypeAWriter() : Writer(4, "typea", "", "") {}
+  TypeAWriter() : Writer(4, "typea", Layouts::kFixed, "", "") {}
 
   void Write(const KAP_T_MT::CPOSObject& object, const std::string& document, const WriteOptions&,
              Output& out) const override {
