@@ -72,7 +72,7 @@ EXPORT int ExtremesGetVersion(void);
 int ExtremesInitialize(KAPGetProcAddressProc getProc) {
   static const ExtremesInterfaceProcs procs = {FindLargest};
   gGetProc = getProc;
-  if (!KAPBinderInterfaceLoad(&gBinder, getProc)) return 0;
+  if (!getProc || !KAPBinderInterfaceLoad(&gBinder, getProc)) return 0;
   gUnregisterCount = gBinder.KAPGetUnregisterCountAddr();
   gAreLoaded = false;
   gHasLock = mtx_init(&gLock, mtx_plain) == thrd_success;
