@@ -8,9 +8,9 @@ namespace KAPHost {
 class Binder;
 
 // Blocks of host memory with guard bytes past their end. The host registers these procedures in
-// place of its plain ones while it has a ledger, which they fill. While the host checks, they report
-// a block that was written past its end or after it was freed, and a free of anything that is not
-// such a block, which is not freed then.
+// place of its plain ones while it has a ledger, which they fill. While the host checks, they
+// report a block that was written past its end or after it was freed, and a free of anything that
+// is not such a block, which is not freed then.
 //
 // A block starts where the allocator's block starts: the plain procedures of a later host may free
 // it. So nothing guards the bytes before it.

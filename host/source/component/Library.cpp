@@ -78,8 +78,9 @@ void* Library::Find(const std::string& symbol) const {
 }
 
 // The addresses are found beforehand: the dynamic loader has a lock of its own, under which a
-// library's constructors may look procedures up. A library that was never initialised has registered
-// nothing, and the program's own file, which may have entry points too, holds the host's procedures.
+// library's constructors may look procedures up. A library that was never initialised has
+// registered nothing, and the program's own file, which may have entry points too, holds the host's
+// procedures.
 bool Library::UnregisterProcs() const noexcept {
   const Span span = SpanOf(fHandle.get());
   if (fTurn == 0 || span.Contains(&Library::Open)) return false;

@@ -83,8 +83,8 @@ std::shared_ptr<const Stack> CaptureStack(const void* returnAddress) noexcept {
   }
 }
 
-// Frames of the host and of the client runtime say nothing: each component has a copy of the runtime,
-// and calls the host through it alone.
+// Frames of the host and of the client runtime say nothing: each component has a copy of the
+// runtime, and calls the host through it alone.
 std::vector<std::string> DescribeStack(const Stack& stack) {
   static auto* const mutex = new std::mutex;
   const std::lock_guard lock(*mutex);

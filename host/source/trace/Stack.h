@@ -16,9 +16,9 @@ struct Stack {
 // From the frame that the address returns to, outwards. Null when out of memory.
 std::shared_ptr<const Stack> CaptureStack(const void* returnAddress) noexcept;
 
-// A line for each frame of interest: `Totals::Sum (totals.cpp:41)`, without file and line where there is no
-// debug information or the host was built without KAP_HOST_SYMBOLS, and `totals.so+0x1234` where
-// nothing is known. Throws std::bad_alloc.
+// A line for each frame of interest: `Totals::Sum (totals.cpp:41)`, without file and line where
+// there is no debug information or the host was built without KAP_HOST_SYMBOLS, and
+// `totals.so+0x1234` where nothing is known. Throws std::bad_alloc.
 std::vector<std::string> DescribeStack(const Stack& stack);
 
 }  // namespace KAPHost

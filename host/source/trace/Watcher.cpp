@@ -171,8 +171,8 @@ void Watcher::AcceptUnknown(const Snapshot& held) {
   }
 }
 
-// A procedure that ends in a call may jump to it instead, and the call returns to where the procedure
-// was called from. That is an observing function, all of which are shorter than this.
+// A procedure that ends in a call may jump to it instead, and the call returns to where the
+// procedure was called from. That is an observing function, all of which are shorter than this.
 const char* Watcher::CallerOf(const WatchedCall& call) noexcept {
   constexpr std::uintptr_t kLongest = 1024;
   if (const WatchedCall* const outer = call.fOuter) {

@@ -21,7 +21,8 @@ using DirInterfaceSet = KAP_T_MT::TKAPInterfaceSet<KAP_T_MT::KAPUtilsDirInterfac
 
 constexpr char kLibraryName[] = "libKAPUtils.so";
 
-// Where the library is, relative to this program: the installed plug-in, then the places of a build.
+// Where the library is, relative to this program: the installed plug-in, then the places of a
+// build.
 constexpr const char* kLibraryFolders[] = {KAP_PLUGIN_FOLDER, "../lib", "."};
 
 std::string Locate() {
@@ -45,8 +46,8 @@ KAPHost::Component Load(KAPHost::Host& host, const std::string& path) {
   }
 }
 
-// The kind of a property object, for the trace. A procedure is asked and not a wrapper: the wrappers
-// may be in the middle of what is traced.
+// The kind of a property object, for the trace. A procedure is asked and not a wrapper: the
+// wrappers may be in the middle of what is traced.
 std::string KindOf(const KAPHost::Host& host, const char* signature, KAPContainer* object) {
   if (!signature || std::string_view(signature) != "POSObjectImpl") return "";
   const auto getType = host.Proc<KAP_T_MT::POSObjectInterface, "GetType">();
