@@ -8,8 +8,8 @@
 
 #include "kap/KAPInterface.h"
 
-// What a plug-in for `kapcheck component --scenario PLUGIN` exports. The plug-in is a shared library
-// that uses the component as one of its clients does.
+// What a plug-in for `kapcheck component --scenario PLUGIN` exports. The plug-in is a shared
+// library that uses the component as one of its clients does.
 //
 //   // A typical use of the component. Returns nonzero if all of it succeeded.
 //   KAP_CHECK_EXPORT int KAPCheckScenario(KAPGetProcAddressProc getProcAddress) { ... }
@@ -30,7 +30,8 @@
 
 #define KAP_CHECK_EXPORT extern "C" [[gnu::visibility("default")]]
 
-// Declares one or more interfaces (TKAPInterface). Stands once in a plug-in, outside all namespaces.
+// Declares one or more interfaces (TKAPInterface). Stands once in a plug-in, outside all
+// namespaces.
 #define KAP_CHECK_DECLARE(...)                                                                   \
   KAP_CHECK_EXPORT const KAPCheck::DeclaredMethod* KAPCheckDeclarations(std::size_t* outCount) { \
     using Table = KAPCheck::TDeclarations<__VA_ARGS__>;                                          \
