@@ -256,18 +256,14 @@ const struct {
 TEST_F(WrapperTest, NthCallOfTheHostFails) {
   for (const auto& [wrapper, use] : kUses) {
     use();  // fills method tables
-    for (const bool andAllAfterIt : {false, true}) {
-      bool fails = true;
-      for (unsigned long n = 1; fails && !HasFailure(); ++n) {
-        SCOPED_TRACE(testing::Message() << wrapper << ", call " << n << andAllAfterIt);
-        const BalancedScope balanced(*this);
-        andAllAfterIt ? FailFrom(KAPFault::kAny, n) : FailCall(KAPFault::kAny, n);
-        const std::string thrown = Thrown(use);
-        fails = Fired();
-        StopFaults();
-        EXPECT_EQ(!TakeReports().empty() || !thrown.empty(), fails) << thrown;
-      }
-    }
+    SCOPED_TRACE(wrapper);
+    FailingCall::Sweep([&](const FailingCall& call) {
+      const BalancedScope balanced(*this);
+      std::string thrown;
+      const bool fails = call.During(*this, [&] { thrown = Thrown(use); });
+      EXPECT_EQ(!TakeReports().empty() || !thrown.empty(), fails) << thrown;
+      return fails;
+    });
   }
 }
 

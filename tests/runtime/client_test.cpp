@@ -256,21 +256,17 @@ const struct {
 // neither side keeps anything.
 TEST(ClientFaultTest, FailEachCall) {
   for (const auto& [wrapper, use] : kUses) {
-    for (const bool andAllAfterIt : {false, true}) {
-      bool fails = true;
-      for (unsigned long n = 1; fails; ++n) {
-        SCOPED_TRACE(testing::Message() << wrapper << ", call " << n << andAllAfterIt);
-        TestHost host;
-        ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
-        andAllAfterIt ? host.FailFrom(KAPFault::kAny, n) : host.FailCall(KAPFault::kAny, n);
-        const std::string thrown = Thrown(use);
-        fails = host.Fired();
-        host.StopFaults();
-        EXPECT_EQ(!thrown.empty(), fails) << thrown;
-        EXPECT_EQ(gLive, 0);
-        KAPClientTerminate();
-      }
-    }
+    SCOPED_TRACE(wrapper);
+    FailingCall::Sweep([&](const FailingCall& call) {
+      TestHost host;
+      EXPECT_TRUE(KAPClientInit(host.GetProcAddress()));
+      std::string thrown;
+      const bool fails = call.During(host, [&] { thrown = Thrown(use); });
+      EXPECT_EQ(!thrown.empty(), fails) << thrown;
+      EXPECT_EQ(gLive, 0);
+      KAPClientTerminate();
+      return fails;
+    });
   }
   TakeHistory();
 }
