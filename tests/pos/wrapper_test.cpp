@@ -254,13 +254,13 @@ const struct {
 // Whichever call of the host fails, alone or with all after it: the caller learns of it, and
 // neither side keeps anything.
 TEST_F(WrapperTest, NthCallOfTheHostFails) {
-  for (const auto& [wrapper, use] : kUses) {
-    use();  // fills method tables
-    SCOPED_TRACE(wrapper);
+  for (const auto& row : kUses) {
+    row.use();  // fills method tables
+    SCOPED_TRACE(row.wrapper);
     FailingCall::Sweep([&](const FailingCall& call) {
       const BalancedScope balanced(*this);
       std::string thrown;
-      const bool fails = call.During(*this, [&] { thrown = Thrown(use); });
+      const bool fails = call.During(*this, [&] { thrown = Thrown(row.use); });
       EXPECT_EQ(!TakeReports().empty() || !thrown.empty(), fails) << thrown;
       return fails;
     });

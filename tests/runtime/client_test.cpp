@@ -255,13 +255,13 @@ const struct {
 // Whichever call of the host fails, alone or with all after it: the caller learns of it, and
 // neither side keeps anything.
 TEST(ClientFaultTest, FailEachCall) {
-  for (const auto& [wrapper, use] : kUses) {
-    SCOPED_TRACE(wrapper);
+  for (const auto& row : kUses) {
+    SCOPED_TRACE(row.wrapper);
     FailingCall::Sweep([&](const FailingCall& call) {
       TestHost host;
       EXPECT_TRUE(KAPClientInit(host.GetProcAddress()));
       std::string thrown;
-      const bool fails = call.During(host, [&] { thrown = Thrown(use); });
+      const bool fails = call.During(host, [&] { thrown = Thrown(row.use); });
       EXPECT_EQ(!thrown.empty(), fails) << thrown;
       EXPECT_EQ(gLive, 0);
       KAPClientTerminate();
