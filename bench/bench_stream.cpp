@@ -47,7 +47,7 @@ constexpr std::size_t kBlock = 512;  // the size of the library's writes
 // The document as TypeA.
 std::string StreamText(const Document& document) {
   CKAPPositionableStream stream;
-  CPOSStreamer().Serialize(stream, CPOSObject(Parsed(document).Handle()));
+  CPOSStreamer::New().Serialize(stream, CPOSObject(Parsed(document).Handle()));
   std::string text(static_cast<std::size_t>(stream.Mark()), '\0');
   stream.Rewind();
   text.resize(stream.Read(reinterpret_cast<unsigned char*>(text.data()), text.size()));
@@ -64,7 +64,7 @@ void SetDone(State& state, std::int64_t values, std::size_t bytes) {
 void OurWrite(State& state, Content content) {
   const Document& document = GetDocument(content, state.range(0));
   const CPOSObject object(Parsed(document).Handle());
-  const CPOSStreamer streamer;
+  const CPOSStreamer streamer = CPOSStreamer::New();
   CKAPPositionableStream stream;
   streamer.Serialize(stream, object);
   for (auto _ : state) {
@@ -119,7 +119,7 @@ void ToCharsFloor(State& state, Content content) {
 void OurRead(State& state, Content content) {
   const Document& document = GetDocument(content, state.range(0));
   const std::string text = StreamText(document);
-  const CPOSStreamer streamer;
+  const CPOSStreamer streamer = CPOSStreamer::New();
   CKAPPositionableStream stream;
   stream.Write(reinterpret_cast<const unsigned char*>(text.data()), text.size());
   for (auto _ : state) {

@@ -21,6 +21,13 @@ if(KAP_BUILD_HOST)
     COMPONENT development)
 endif()
 
+# The examples as sources, without the build file that only this project can use.
+if(KAP_BUILD_HOST)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kaputils-dev COMPONENT development
+    PATTERN CMakeLists.txt EXCLUDE)
+endif()
+
 # Not in a Debian package: those have their own copyright.
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD-PARTY-NOTICES.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licences)
@@ -31,17 +38,21 @@ install(EXPORT KAPUtilsTargets NAMESPACE KAPUtils:: DESTINATION ${package_dir}
   COMPONENT development)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/KAPUtilsConfig.cmake.in
   ${PROJECT_BINARY_DIR}/KAPUtilsConfig.cmake INSTALL_DESTINATION ${package_dir}
-  PATH_VARS kap_include_dir kap_plugin_dir kap_data_dir NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+  PATH_VARS kap_include_dir kap_plugin_dir kap_data_dir)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/KAPUtilsConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/KAPUtilsConfig.cmake
   ${PROJECT_BINARY_DIR}/KAPUtilsConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
 
-# The pkg-config modules find the prefix from their own place.
+# The pkg-config modules find the prefix from their own place, and the folders from there: also
+# folders that were configured as absolute paths.
 file(RELATIVE_PATH kap_prefix_from_pc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" kap_prefix_from_pc ${kap_prefix_from_pc})
+foreach(place IN ITEMS LIBDIR INCLUDEDIR DATADIR)
+  file(RELATIVE_PATH kap_pc_${place} ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_${place}})
+endforeach()
 set(modules kapclient)
 if(KAP_BUILD_HOST)
   list(APPEND modules kaphost)
@@ -55,14 +66,33 @@ endforeach()
 
 if(KAP_BUILD_TOOLS)
   install(TARGETS posutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-  install(FILES ${PROJECT_SOURCE_DIR}/tools/completions/posutil.bash
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME posutil
-    COMPONENT tools)
+endif()
+
+# The program prints its completions and its manual page. A program with a sanitizer does not run in
+# every environment, and is not for installation.
+if(KAP_BUILD_TOOLS AND NOT KAP_SANITIZE)
+  set(made ${PROJECT_BINARY_DIR}/share)
+  set(page ${made}/posutil.1.gz)
+  file(MAKE_DIRECTORY ${made})
   # Compressed without a time stamp: the same page makes the same file.
-  set(page ${PROJECT_BINARY_DIR}/posutil.1.gz)
-  add_custom_command(OUTPUT ${page}
-    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/tools/posutil.1 > ${page}
-    DEPENDS ${PROJECT_SOURCE_DIR}/tools/posutil.1 COMMENT "Compressing posutil.1")
+  add_custom_command(OUTPUT ${made}/posutil.bash ${made}/_posutil ${made}/posutil.fish ${page}
+    COMMAND posutil completion bash > ${made}/posutil.bash
+    COMMAND posutil completion zsh > ${made}/_posutil
+    COMMAND posutil completion fish > ${made}/posutil.fish
+    COMMAND posutil manual > ${made}/posutil.1
+    COMMAND gzip -9nc ${made}/posutil.1 > ${page}
+    DEPENDS posutil COMMENT "Making the completions and the manual page of posutil" VERBATIM)
   add_custom_target(kap_manual ALL DEPENDS ${page})
   install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES ${made}/posutil.bash RENAME posutil
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+  install(FILES ${made}/posutil.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tools)
+  # Debian keeps the folder that others use for local files.
+  set(zsh_functions site-functions)
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(zsh_functions vendor-completions)
+  endif()
+  install(FILES ${made}/_posutil DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions}
+    COMPONENT tools)
 endif()

@@ -4,7 +4,12 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kaputils)
 set(CPACK_PACKAGE_VENDOR "the KAPUtils authors")
-set(CPACK_PACKAGE_CONTACT "the KAPUtils authors <maintainers@kaputils.invalid>")
+# Who maintains the packages: who makes them, as Debian's tools ask it.
+set(kap_maintainer "the KAPUtils authors <maintainers@kaputils.invalid>")
+if(NOT "$ENV{DEBEMAIL}" STREQUAL "")
+  set(kap_maintainer "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
+endif()
+set(CPACK_PACKAGE_CONTACT "${kap_maintainer}")
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR})
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -16,7 +21,17 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# Each package has its own copyright and changelog, as Debian wants them.
+# The date of the sources, so that the same sources make the same packages.
+set(date "$ENV{SOURCE_DATE_EPOCH}")
+if(date STREQUAL "")
+  set(date 0)
+endif()
+execute_process(COMMAND date -u +%Y -d @${date} OUTPUT_VARIABLE kap_year
+  OUTPUT_STRIP_TRAILING_WHITESPACE)
+execute_process(COMMAND date -u -R -d @${date} OUTPUT_VARIABLE kap_date
+  OUTPUT_STRIP_TRAILING_WHITESPACE)
+
+# Each package has its own copyright and changelog, as Debian wants them; a notice has a year.
 file(READ ${PROJECT_SOURCE_DIR}/LICENSE kap_licence)
 string(REGEX REPLACE "^MIT License\n\n[^\n]*\n\n" "" kap_licence "${kap_licence}")
 string(REGEX REPLACE "\n$" "" kap_licence "${kap_licence}")
@@ -25,16 +40,9 @@ string(REPLACE "\n" "\n " kap_licence "${kap_licence}")
 configure_file(${PROJECT_SOURCE_DIR}/cmake/debian/copyright.in ${PROJECT_BINARY_DIR}/copyright
   @ONLY)
 file(READ ${PROJECT_SOURCE_DIR}/cmake/debian/copyright-tools kap_third_party)
+string(CONFIGURE "${kap_third_party}" kap_third_party @ONLY)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/debian/copyright.in
   ${PROJECT_BINARY_DIR}/copyright-tools @ONLY)
-
-# The date of the sources, so that the same sources make the same packages.
-set(date "$ENV{SOURCE_DATE_EPOCH}")
-if(date STREQUAL "")
-  set(date 0)
-endif()
-execute_process(COMMAND date -u -R -d @${date} OUTPUT_VARIABLE kap_date
-  OUTPUT_STRIP_TRAILING_WHITESPACE)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/debian/changelog.in ${PROJECT_BINARY_DIR}/changelog
   @ONLY)
 execute_process(COMMAND gzip -9nf ${PROJECT_BINARY_DIR}/changelog)

@@ -1,8 +1,12 @@
 # SPDX-License-Identifier: MIT
 
 # The warnings for every target of this project. They are options of the folder, because what is
-# linked to a target would have to be installed with it.
-option(KAP_WERROR "Warnings are errors" ${PROJECT_IS_TOP_LEVEL})
+# linked to a target would have to be installed with it. None in a project that contains this one:
+# its compiler may be newer, and its author has no use for them.
+if(NOT PROJECT_IS_TOP_LEVEL)
+  return()
+endif()
+option(KAP_WERROR "Warnings are errors; off for packages, which any compiler may build" ON)
 
 set(cxx -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi)
 set(gnu -Wduplicated-cond -Wlogical-op -Wsuggest-override

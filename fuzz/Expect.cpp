@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <utility>
 
 void Expect(bool isTrue, const char* what) {
   if (isTrue) return;
@@ -11,13 +12,14 @@ void Expect(bool isTrue, const char* what) {
 }
 
 // The first run may fill caches, such as method tables. Only what a second run holds is a leak.
-void ExpectBalanced(KAPHost::Host& host, const std::function<void()>& run) {
+void BalancedRuns::Run(const std::function<void()>& run) {
   KAPHost::Snapshot difference;
   for (int i = 0; i < 2; ++i) {
-    const KAPHost::Snapshot before = host.TakeSnapshot();
     run();
-    host.TakeReports();
-    difference = host.TakeSnapshot() - before;
+    fHost.TakeReports();
+    KAPHost::Snapshot after = fHost.TakeSnapshot();
+    difference = after - fBefore;
+    fBefore = std::move(after);
     if (difference.IsEmpty()) return;
   }
   std::cerr << difference << '\n';

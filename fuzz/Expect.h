@@ -8,5 +8,15 @@
 // Aborts the process unless `isTrue`. `what` is the expectation.
 void Expect(bool isTrue, const char* what);
 
-// Runs the function. Fails if it leaks anything of the host.
-void ExpectBalanced(KAPHost::Host& host, const std::function<void()>& run);
+// Runs functions that must not leak anything of the host. Nothing else uses the host meanwhile: the
+// snapshot after one run is the one before the next, because it takes longer than a small input.
+class BalancedRuns {
+ public:
+  explicit BalancedRuns(KAPHost::Host& host) : fHost(host), fBefore(host.TakeSnapshot()) {}
+
+  void Run(const std::function<void()>& run);
+
+ private:
+  KAPHost::Host& fHost;
+  KAPHost::Snapshot fBefore;
+};

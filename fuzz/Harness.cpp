@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 void Harness::Run(void (*target)(std::string_view, Harness&), std::string_view input) {
-  ExpectBalanced(fHost, [&] { target(input, *this); });
+  fRuns.Run([&] { target(input, *this); });
 }
 
 CKAPPositionableStream Harness::Stream(std::string_view bytes) const {

@@ -51,7 +51,8 @@ class Harness {
   KAPHost::Host fHost;
   KAPHost::Component fLibrary;
   const KAP_T_MT::KAPClient fClient;
-  KAP_T_MT::CPOSStreamer fStreamer;
+  KAP_T_MT::CPOSStreamer fStreamer = KAP_T_MT::CPOSStreamer::New();
+  BalancedRuns fRuns{fHost};
 };
 
 // libFuzzer calls the function of this name.

@@ -113,6 +113,7 @@ void ReadAndConvert(std::string_view input) {
 extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(
     const std::uint8_t* data, std::size_t size) {
   const std::string_view input(reinterpret_cast<const char*>(data), size);
-  ExpectBalanced(TheSession().TheLibrary().Host(), [input] { ReadAndConvert(input); });
+  static BalancedRuns runs(TheSession().TheLibrary().Host());
+  runs.Run([input] { ReadAndConvert(input); });
   return 0;
 }

@@ -20,6 +20,7 @@ static KAPBinderInterfaceProcs gBinder;
 static const unsigned long* gUnregisterCount;
 
 static mtx_t gLock;
+static bool gHasLock;
 static Tables gTables;
 static bool gAreLoaded;
 static unsigned long gLoadedAt;  // the unregister counter at that time
@@ -74,13 +75,16 @@ int ExtremesInitialize(KAPGetProcAddressProc getProc) {
   if (!KAPBinderInterfaceLoad(&gBinder, getProc)) return 0;
   gUnregisterCount = gBinder.KAPGetUnregisterCountAddr();
   gAreLoaded = false;
-  return mtx_init(&gLock, mtx_plain) == thrd_success && ExtremesInterfaceRegister(&procs, &gBinder);
+  gHasLock = mtx_init(&gLock, mtx_plain) == thrd_success;
+  return gHasLock && ExtremesInterfaceRegister(&procs, &gBinder);
 }
 
+// The host calls it after a failed initialisation too.
 void ExtremesTerminate(void) {
-  if (!gBinder.KAPUnregisterInterface) return;
+  if (!gHasLock) return;
   gBinder.KAPUnregisterInterface(ExtremesInterface_NAME);
   mtx_destroy(&gLock);
+  gHasLock = false;
 }
 
 int ExtremesGetVersion(void) { return 1; }

@@ -59,13 +59,16 @@ int main(int argc, char** argv) {
   }
   // Called when the host ends, if a component still holds something then.
   const auto leaked = [](const KAPHost::Snapshot& held) { Check(false, held.Describe().c_str()); };
-  {
+  try {
     KAPHost::Host host({.fOnReport = {}, .fOnLeak = leaked, .fChecks = true});
     const KAPHost::Component library = host.Load(argv[1]);
     const KAPHost::Component totals = host.Load(argv[2], "Totals");
     const KAPClient client(host.GetProcAddress());
     TestResults(host);
     TestFaults(host);
+  } catch (const KAPHost::LoadError& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 2;
   }
   return gFailed != 0;
 }

@@ -6,8 +6,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <new>
 #include <string>
 #include <tuple>
+#include <type_traits>
 
 #include "kap/KAPHostInterfaces.h"
 
@@ -16,8 +18,8 @@ using namespace KAP_T_MT;
 // ---- The records behind the handles ----
 
 struct KAPStringAtom {
-  const std::string* fText;  // the key in the table of atoms
-  int fReferences;
+  const std::string* fText = nullptr;  // the key in the table of atoms
+  int fReferences = 0;
 };
 
 struct KAPError {
@@ -43,7 +45,18 @@ namespace {
 std::map<std::tuple<std::string, std::string, std::string>, void*> gProcs;
 unsigned long gUnregisterCount = 0;
 std::map<std::string, KAPStringAtom> gAtoms;  // equal texts share one atom and one text
+KAPError* gCoreErrors[2];                     // unknown error, out of memory; never destroyed
 int gHeld = 0;
+
+// No exception may leave a procedure. What fails for lack of memory returns null or 0.
+template <class Body>
+auto OrNothing(Body body) noexcept -> decltype(body()) {
+  try {
+    return body();
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
 
 // Registers an interface of the host from its declaration: one procedure a method, in slot order.
 template <class Interface>
@@ -55,15 +68,19 @@ void Provide(const auto... procs) {
 
 // ---- The binder ----
 
-int Register(const char* interfaceName, const char* method, const char* name, void* proc) {
-  gProcs[{interfaceName, method, name}] = proc;
-  return 1;
+int Register(const char* interfaceName, const char* method, const char* name, void* proc) noexcept {
+  if (!interfaceName || !method || !name || !proc) return 0;
+  return OrNothing([=] {
+    gProcs[{interfaceName, method, name}] = proc;
+    return 1;
+  });
 }
 
-void Report(const char* message) { std::printf("reported: %s\n", message); }
+void Report(const char* message) noexcept { std::printf("reported: %s\n", message); }
 
 // The counter tells components to look their procedures up again.
-void Unregister(const char* interfaceName) {
+void Unregister(const char* interfaceName) noexcept {
+  if (!interfaceName) return;
   const auto removed = std::erase_if(
       gProcs, [=](const auto& entry) { return std::get<0>(entry.first) == interfaceName; });
   if (removed != 0) __atomic_add_fetch(&gUnregisterCount, 1, __ATOMIC_RELEASE);
@@ -71,43 +88,55 @@ void Unregister(const char* interfaceName) {
 
 // ---- Strings ----
 
-KAPStringAtom* NewAtom(const char* text) {
+KAPStringAtom* NewAtom(const char* text) noexcept {
   if (!text) return nullptr;
-  const auto found = gAtoms.try_emplace(text, nullptr, 0).first;
-  found->second.fText = &found->first;
-  ++found->second.fReferences;
-  ++gHeld;
-  return &found->second;
+  return OrNothing([=]() -> KAPStringAtom* {
+    const auto found = gAtoms.try_emplace(text).first;
+    found->second.fText = &found->first;
+    ++found->second.fReferences;
+    ++gHeld;
+    return &found->second;
+  });
 }
 
-void DeleteAtom(KAPStringAtom* atom) {
+void DeleteAtom(KAPStringAtom* atom) noexcept {
   if (!atom) return;
   --gHeld;
   if (--atom->fReferences == 0) gAtoms.erase(gAtoms.find(*atom->fText));
 }
 
-void AddAtom(KAPStringAtom* atom) {
+void AddAtom(KAPStringAtom* atom) noexcept {
   if (atom) ++atom->fReferences, ++gHeld;
 }
 
-KAPStringAtom* Again(KAPStringAtom* atom) { return AddAtom(atom), atom; }
+KAPStringAtom* Again(KAPStringAtom* atom) noexcept { return AddAtom(atom), atom; }
 
-const char* TextOf(KAPStringAtom* atom) { return atom ? atom->fText->c_str() : nullptr; }
+const char* TextOf(KAPStringAtom* atom) noexcept { return atom ? atom->fText->c_str() : nullptr; }
 
 // ---- Errors ----
 
 KAPError* NewError(const char* message, const char* component, long code, void* clientData,
-                   KAPDeleteProc freeClientData) {
-  ++gHeld;
-  return new KAPError{NewAtom(message), NewAtom(component), code, clientData, freeClientData, 1};
+                   KAPDeleteProc freeClientData) noexcept {
+  KAPStringAtom* const messageAtom = NewAtom(message);
+  KAPStringAtom* const componentAtom = NewAtom(component);
+  const bool hasTexts = !messageAtom == !message && !componentAtom == !component;
+  KAPError* const error = hasTexts ? new (std::nothrow) KAPError{messageAtom, componentAtom,  code,
+                                                                 clientData,  freeClientData, 1}
+                                   : nullptr;
+  if (error) return ++gHeld, error;
+  DeleteAtom(messageAtom);
+  DeleteAtom(componentAtom);
+  return nullptr;
 }
 
-void AddError(KAPError* error) {
-  if (error) ++error->fReferences, ++gHeld;
+bool IsCore(KAPError* error) noexcept { return error == gCoreErrors[0] || error == gCoreErrors[1]; }
+
+void AddError(KAPError* error) noexcept {
+  if (error && !IsCore(error)) ++error->fReferences, ++gHeld;
 }
 
-void ReleaseError(KAPError* error) {
-  if (!error) return;
+void ReleaseError(KAPError* error) noexcept {
+  if (!error || IsCore(error)) return;
   --gHeld;
   if (--error->fReferences != 0) return;
   if (error->fFreeClientData) error->fFreeClientData(error->fClientData);
@@ -116,44 +145,52 @@ void ReleaseError(KAPError* error) {
   delete error;
 }
 
-// A core error lives as long as the process: the host keeps a reference, which it does not count.
-KAPError* CoreError(int id) {
-  static KAPError* const errors[] = {NewError("unknown error", "Own", 0, nullptr, nullptr),
-                                     NewError("out of memory", "Own", 1, nullptr, nullptr)};
-  static const int own = gHeld -= 6;  // two errors with two atoms each
-  static_cast<void>(own);
-  return errors[id == 1];
-}
+KAPError* CoreError(int id) noexcept { return gCoreErrors[id == 1]; }
 
-KAPError* Fail(const char* message) { return NewError(message, "Own", 2, nullptr, nullptr); }
+KAPError* Fail(const char* message) noexcept {
+  KAPError* const error = NewError(message, "Own", 2, nullptr, nullptr);
+  return error ? error : gCoreErrors[1];
+}
 
 // ---- Memory ----
 
-void* Alloc(std::size_t size) { return ++gHeld, std::malloc(size); }
-void* Realloc(void* block, std::size_t size) { return gHeld += !block, std::realloc(block, size); }
+void* Alloc(std::size_t size) noexcept {
+  void* const block = std::malloc(size);
+  if (block) ++gHeld;
+  return block;
+}
 
-void Free(void* block) {
+void Free(void* block) noexcept {
   if (block) --gHeld;
   std::free(block);
+}
+
+// The C library's realloc frees a block that shrinks to nothing; the host's keeps one.
+void* Realloc(void* block, std::size_t size) noexcept {
+  return block ? std::realloc(block, size == 0 ? 1 : size) : Alloc(size);
 }
 
 // ---- Containers with one instance ----
 
 KAPError* NewFull(KAPContainer** out, void* instance, KAPStringAtom* instanceName,
-                  KAPStringAtom* interfaceName, KAPDeleteProc deleteInstance) {
+                  KAPStringAtom* interfaceName, KAPDeleteProc deleteInstance) noexcept {
+  if (out) *out = nullptr;
   if (!out || !instanceName || !interfaceName) return Fail("an argument is null");
-  *out = new KAPContainer{
-      instance, TextOf(instanceName), Again(instanceName), Again(interfaceName), deleteInstance, 1};
+  *out = new (std::nothrow)
+      KAPContainer{instance, TextOf(instanceName), instanceName, interfaceName, deleteInstance, 1};
+  if (!*out) return gCoreErrors[1];
+  AddAtom(instanceName);
+  AddAtom(interfaceName);
   ++gHeld;
   return nullptr;
 }
 
-bool AddContainer(KAPContainer* container) {
+bool AddContainer(KAPContainer* container) noexcept {
   if (!container || container->fReferences == 0) return false;
   return ++container->fReferences, ++gHeld, true;
 }
 
-void DeleteUnowned(KAPContainer* container) {
+void DeleteUnowned(KAPContainer* container) noexcept {
   if (!container || container->fReferences != 0) return;
   if (container->fDeleteInstance) container->fDeleteInstance(container->fInstance);
   DeleteAtom(container->fInstanceName);
@@ -161,62 +198,84 @@ void DeleteUnowned(KAPContainer* container) {
   delete container;
 }
 
-void Decrement(KAPContainer* container) {
+void Decrement(KAPContainer* container) noexcept {
   if (container) --container->fReferences, --gHeld;
 }
 
-void ReleaseContainer(KAPContainer* container) {
+void ReleaseContainer(KAPContainer* container) noexcept {
   Decrement(container);
   DeleteUnowned(container);
 }
 
 // The methods are what is registered for the container's interface.
 KAPError* GetMethod(void** out, KAPContainer* container, KAPStringAtom* method, KAPStringAtom* proc,
-                    int) {
+                    int) noexcept {
+  if (out) *out = nullptr;
   if (!out || !container || !method || !proc) return Fail("an argument is null");
   *out = OwnHostGetProc(TextOf(container->fInterfaceName), TextOf(method), TextOf(proc));
   return nullptr;
 }
 
-void* GetInstance(KAPContainer* container, KAPStringAtom* name) {
+void* GetInstance(KAPContainer* container, KAPStringAtom* name) noexcept {
   const bool named = container && name && container->fSignature == TextOf(name);
   return named ? container->fInstance : nullptr;
 }
 
-KAPError* NGetInstance(void** out, KAPContainer* container, KAPStringAtom* name) {
+KAPError* NGetInstance(void** out, KAPContainer* container, KAPStringAtom* name) noexcept {
+  if (out) *out = nullptr;
   if (!out || !container || !name) return Fail("an argument is null");
   *out = GetInstance(container, name);
   return nullptr;
 }
 
-// What this host leaves out: containers with several instances.
-constexpr auto kNotHere = [](auto...) { return Fail("this host does not do that"); };
+// What this host leaves out: containers with several instances. A result place comes first. It does
+// not throw; g++ 12 converts no generic lambda to a procedure that says so.
+constexpr auto kNotHere = [](auto first, auto...) {
+  if constexpr (std::is_pointer_v<std::remove_pointer_t<decltype(first)>>) {
+    if (first) *first = nullptr;
+  }
+  return Fail("this host does not do that");
+};
 
 }  // namespace
 
-void* OwnHostGetProc(const char* interfaceName, const char* methodName, const char* procName) {
-  const auto found = gProcs.find({interfaceName, methodName, procName});
-  return found == gProcs.end() ? nullptr : found->second;
+void* OwnHostGetProc(const char* interfaceName, const char* methodName,
+                     const char* procName) noexcept {
+  if (!interfaceName || !methodName || !procName) return nullptr;
+  return OrNothing([=]() -> void* {
+    const auto found = gProcs.find({interfaceName, methodName, procName});
+    return found == gProcs.end() ? nullptr : found->second;
+  });
 }
 
-int OwnHostHeld() { return gHeld; }
+int OwnHostHeld() noexcept { return gHeld; }
 
 void OwnHostStart() {
+  gCoreErrors[0] = NewError("unknown error", "Own", 0, nullptr, nullptr);
+  gCoreErrors[1] = NewError("out of memory", "Own", 1, nullptr, nullptr);
+  if (!gCoreErrors[0] || !gCoreErrors[1]) throw std::bad_alloc();
+  gHeld = 0;  // what there is so far is the host's own
+
   Provide<KAPBinderInterface>(
-      &Register, &Report, &Unregister, [] { return &gUnregisterCount; }, [] { return 0; });
+      &Register, &Report, &Unregister, []() noexcept { return &gUnregisterCount; },
+      []() noexcept { return 0; });
   Provide<KAPStringInterface>(&NewAtom, &DeleteAtom, &TextOf, &AddAtom);
   Provide<KAPErrorInterface>(
       &NewError, &CoreError, &AddError, &ReleaseError,
-      [](KAPError* error) { return Again(error ? error->fMessage : nullptr); },
-      [](KAPError* error) { return Again(error ? error->fComponent : nullptr); },
-      [](KAPError* error) { return error ? error->fCode : 0; },
-      [](KAPError* error) { return error ? error->fClientData : nullptr; });
+      [](KAPError* error) noexcept { return Again(error ? error->fMessage : nullptr); },
+      [](KAPError* error) noexcept { return Again(error ? error->fComponent : nullptr); },
+      [](KAPError* error) noexcept { return error ? error->fCode : 0; },
+      [](KAPError* error) noexcept { return error ? error->fClientData : nullptr; });
   Provide<KAPMemoryInterface>(&Alloc, &Realloc, &Free,
-                              [](void* block) { return malloc_usable_size(block); });
+                              [](void* block) noexcept { return malloc_usable_size(block); });
   Provide<KAPContainerInterface>(
       &NewFull, kNotHere, kNotHere, &AddContainer, &ReleaseContainer, &Decrement, &DeleteUnowned,
       kNotHere, kNotHere, &GetMethod, kNotHere, &GetInstance, &NGetInstance,
-      [](KAPContainer* container) { return Again(container ? container->fInstanceName : nullptr); },
-      [](KAPContainer* container) -> const int* { return &container->fReferences; },
-      [] { return 0L; });
+      [](KAPContainer* container) noexcept {
+        return Again(container ? container->fInstanceName : nullptr);
+      },
+      [](KAPContainer* container) noexcept -> const int* {
+        return container ? &container->fReferences : nullptr;
+      },
+      []() noexcept { return 0L; });
 }

@@ -31,8 +31,12 @@ void Work() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: host_own KAPUTILS (a shared library)\n");
+    return 2;
+  }
   OwnHostStart();
-  void* const library = dlopen(argc > 1 ? argv[1] : "libKAPUtils.so", RTLD_NOW | RTLD_LOCAL);
+  void* const library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
   if (!library) {
     std::fprintf(stderr, "%s\n", dlerror());
     return 1;

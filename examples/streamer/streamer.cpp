@@ -24,9 +24,12 @@ std::string Contents(CKAPPositionableStream& stream) {
 }
 
 void Work(KAPHost::Host& host) {
+  CPOSArray size = CPOSArray::New();
+  size.AppendOrThrow(CPOSNumber(800));
+  size.AppendOrThrow(CPOSNumber(600));
   CPOSDict window = CPOSDict::New();
   window.PutOrThrow("title", CPOSString("Notes"));
-  window.PutOrThrow("size", CPOSObject::CreateFromText("[800 600]", nullptr));
+  window.PutOrThrow("size", size);
 
   CKAPPositionableStream stream = CKAPPositionableStream::New();  // in memory
   const CPOSStreamer streamer = CPOSStreamer::New();
@@ -51,9 +54,18 @@ void Work(KAPHost::Host& host) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: streamer KAPUTILS (a shared library)\n");
+    return 2;
+  }
   KAPHost::Host host;
-  const KAPHost::Component library = host.Load(argc > 1 ? argv[1] : "libKAPUtils.so");
-  const KAPClient client(host.GetProcAddress());
-  Work(host);
+  try {
+    const KAPHost::Component library = host.Load(argv[1]);
+    const KAPClient client(host.GetProcAddress());
+    Work(host);
+  } catch (const KAPHost::LoadError& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
   return 0;
 }

@@ -38,9 +38,14 @@ int main(int argc, char** argv) {
     return 2;
   }
   KAPHost::Host host;
-  const KAPHost::Component library = host.Load(argv[1]);
-  const KAPHost::Component totals = host.Load(argv[2], "Totals");
-  const KAPClient client(host.GetProcAddress());
-  Work(host);
+  try {
+    const KAPHost::Component library = host.Load(argv[1]);
+    const KAPHost::Component totals = host.Load(argv[2], "Totals");
+    const KAPClient client(host.GetProcAddress());
+    Work(host);
+  } catch (const KAPHost::LoadError& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
   return 0;
 }

@@ -50,9 +50,18 @@ void Work() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: validator KAPUTILS (a shared library)\n");
+    return 2;
+  }
   KAPHost::Host host;
-  const KAPHost::Component library = host.Load(argc > 1 ? argv[1] : "libKAPUtils.so");
-  const KAPClient client(host.GetProcAddress());
-  Work();
+  try {
+    const KAPHost::Component library = host.Load(argv[1]);
+    const KAPClient client(host.GetProcAddress());
+    Work();
+  } catch (const KAPHost::LoadError& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
   return 0;
 }

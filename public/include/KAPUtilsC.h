@@ -5,8 +5,8 @@
 // NOLINTBEGIN(modernize-*): C++ programs may include it, but it is C
 
 /* The interfaces of a host and of libKAPUtils.so for C11, and for languages that import C headers.
- * It needs no other file of this project. scripts/make_c_header makes it from the C++ declarations;
- * the contracts are changed there.
+ * In C it needs no other file of this project. scripts/make_c_header makes it from the C++
+ * declarations; the contracts are changed there.
  *
  * A component is a shared library with three functions, named after it:
  *
@@ -30,8 +30,12 @@
  *
  * The register function registers a component's own procedures from such a structure. A component
  * declares an interface of its own as this header does (..._NAME, ..._METHODS and ...Procs), and
- * gets the functions by KAP_TABLE_FUNCTIONS. Neither an exception nor a longjmp may leave a
- * procedure.
+ * gets the functions by KAP_TABLE_FUNCTIONS, which also checks that the methods and the structure
+ * have the same names in the same order. Neither an exception nor a longjmp may leave a procedure.
+ *
+ * A C++ program may include the header as well, and call a component in C through the component's
+ * own header. The kinds and seek origins are then those of the C++ headers. TKAPInterfaceClient of
+ * KAP.h does more: it follows the counter by itself.
  *
  * Each contract ends with a thread tag:
  *
@@ -41,12 +45,24 @@
  *   [exclusive]       any thread; nothing else may use the same object at the same time
  *   [binding thread]  the thread that initialises and terminates the component */
 
+#include <assert.h>
 #include <stdbool.h>
 #include <stddef.h>
 #include <string.h>
 
+/* The version, as KAPUtilsVersion.h has it. */
+#define KAPUTILS_VERSION_MAJOR 1
+#define KAPUTILS_VERSION_MINOR 1
+#define KAPUTILS_VERSION_PATCH 1
+
+/* One number that grows from version to version, a byte for each part: 0x10101 is 1.1.1. */
+#define KAPUTILS_VERSION \
+  (KAPUTILS_VERSION_MAJOR * 0x10000 + KAPUTILS_VERSION_MINOR * 0x100 + KAPUTILS_VERSION_PATCH)
+
 #ifdef __cplusplus
+#include "kap/KAPStreamInterfaces.h"
 #include "kap/KAPTypes.h"
+#include "pos/POSKinds.h"
 #else
 
 /* Opaque handles: components neither read nor write what they point to. */
@@ -71,6 +87,10 @@ typedef struct KAPDataSink KAPDataSink;
 typedef struct KAPProgress KAPProgress;
 /* a sink with a target; accepted wherever a sink is */
 typedef KAPDataSink KAPFilter;
+
+/* Streams, property objects and the library's other objects are containers. The aliases document
+ * which kind a procedure expects; the compiler does not tell them apart, so every procedure
+ * checks. */
 typedef KAPContainer KAPSimpleStream;
 typedef KAPContainer KAPRewindableStream;
 typedef KAPContainer KAPPositionableStream;
@@ -95,9 +115,12 @@ typedef void (*KAPDeleteProc)(void* data);
 /* A run of text that a data store lends. The receiver calls `release` once with `clientData` when
  * it no longer needs the text; a null `release` means that there is nothing to call. */
 typedef struct KAPDataBlock {
+  /* Borrowed until the release. */
   const char* text;
   size_t size;  /* in bytes; the text has no terminator */
+  /* Passed to `release`; of no meaning to the receiver. */
   void* clientData;
+  /* May be null. */
   void (*release)(void* clientData);
 } KAPDataBlock;
 
@@ -110,10 +133,21 @@ typedef void* (*KAPGetProcAddressProc)(const char* interfaceName, const char* me
 
 /* What "GetType" returns. The numbers are part of the interface: they never change, and a new kind
  * takes the next one. */
+#ifdef __cplusplus
+using KAP_T_MT::POSType;
+using KAP_T_MT::kPOSNumber;
+using KAP_T_MT::kPOSString;
+using KAP_T_MT::kPOSUnicodeString;
+using KAP_T_MT::kPOSBinData;
+using KAP_T_MT::kPOSRawPointer;
+using KAP_T_MT::kPOSArray;
+using KAP_T_MT::kPOSDict;
+#else
 enum POSType {
   kPOSNumber = 1, kPOSString = 2, kPOSUnicodeString = 3, kPOSBinData = 4, kPOSRawPointer = 5,
   kPOSArray = 6, kPOSDict = 7
 };
+#endif
 
 /* The interfaces that a host provides, one header each, and the list of them. To write a host,
  * implement these; to use one, include the header of the interface or, better, its wrapper classes.
@@ -128,8 +162,9 @@ enum POSType {
  *      new reference for the caller, unless its contract says "borrowed".
  *   5. A `const char*` is a zero-terminated string of bytes. A returned string lives as long as the
  *      object it belongs to.
- *   6. Each contract ends with a thread tag; KAPInterface.h explains the tags.
- *   7. Handles are opaque, except for two words of a container record (KAPContainerInterface.h). */
+ *   6. Each contract ends with a thread tag; the introduction explains the tags.
+ *   7. Handles are opaque, except for two words of a container record (see
+ * KAPContainerInterface). */
 
 /* The binder's own procedures. They are the first that a component fetches, with the callback it
  * receives from the host. Each method name equals its procedure name, deliberately: these
@@ -143,8 +178,8 @@ enum POSType {
   X(KAPIsMultiThreaded, "KAPIsMultiThreaded")
 typedef struct KAPBinderInterfaceProcs {
   /* Registers `proc` under the three names, replacing a procedure that is already there. The binder
-   * copies the names. Nonzero: registered. 0: an argument is null, or the host fails. [any
-   * thread] */
+   * copies the names. Nonzero: registered. 0: an argument is null, or the host fails.
+   * [any thread] */
   int (*KAPRegisterProcAddress)(const char* interfaceName, const char* methodName,
       const char* procName, void* proc);
   /* Reports a failure that the component cannot return to its caller. The host copies the message,
@@ -162,8 +197,7 @@ typedef struct KAPBinderInterfaceProcs {
 
 /* String atoms: interned 8-bit strings with reference counts. Equal strings share one atom, so both
  * atoms and text pointers compare by address. Keys, file names and the names of interfaces,
- * instances and methods are atoms. See KAPHostInterfaces.h for the conventions and KAPStringAtom.h
- * for the class. */
+ * instances and methods are atoms. See the conventions above. */
 #define KAPStringInterface_NAME "KAPStringInterface"
 #define KAPStringInterface_METHODS(X) \
   X(NewStringAtom, "KAPNewStringAtomProc") \
@@ -183,8 +217,8 @@ typedef struct KAPStringInterfaceProcs {
 } KAPStringInterfaceProcs;
 
 /* Errors: a message, the component it comes from, a code and client data, with a reference count.
- * An error does not change after it is made, so any thread may read it. See KAPHostInterfaces.h for
- * the conventions and KAPError.h for the exception class. */
+ * An error does not change after it is made, so any thread may read it. See the conventions
+ * above. */
 #define KAPErrorInterface_NAME "KAPErrorInterface"
 #define KAPErrorInterface_METHODS(X) \
   X(NewError, "KAPNewErrorProc") \
@@ -224,9 +258,9 @@ typedef struct KAPErrorInterfaceProcs {
 
 /* Containers: reference-counted records that hold one or more named instances, typed by the
  * interfaces registered for them. Every handle of a property object, a stream or a validator is
- * one. See KAPHostInterfaces.h for the conventions and KAPContainer.h for the classes.
+ * one. See the conventions above.
  *
- *   KAPContainer* container = nullptr;
+ *   KAPContainer* container = NULL;
  *   NewFullContainer(&container, object, instanceName, interfaceName, &DeleteObject);
  *   ...                  // other components look up the object's methods with GetMethod
  *   Release(container);  // the last reference: DeleteObject(object)
@@ -262,8 +296,8 @@ typedef struct KAPContainerInterfaceProcs {
    * [any thread] */
   KAPError* (*NewFullContainer)(KAPContainer** out, void* instance, KAPStringAtom* instanceName,
       KAPStringAtom* interfaceName, KAPDeleteProc deleteInstance);
-  /* An empty container: one reference. The first registered instance becomes the primary one. [any
-   * thread] */
+  /* An empty container: one reference. The first registered instance becomes the primary one.
+   * [any thread] */
   KAPError* (*NewContainer)(KAPContainer** out);
   /* A container with the same instances and interfaces, which holds a reference to `container`: one
    * reference. [any thread] */
@@ -271,11 +305,11 @@ typedef struct KAPContainerInterfaceProcs {
   /* Adds one reference. False: no reference was added, because the handle is null or the container
    * is being destroyed. [any thread] */
   bool (*AddRef)(KAPContainer* container);
-  /* Releases one reference; null is ignored. The last release deletes the instances. [any
-   * thread] */
+  /* Releases one reference; null is ignored. The last release deletes the instances.
+   * [any thread] */
   void (*Release)(KAPContainer* container);
-  /* Releases one reference without deleting the container, even if it was the last one. [any
-   * thread] */
+  /* Releases one reference without deleting the container, even if it was the last one.
+   * [any thread] */
   void (*DecrementWithoutDelete)(KAPContainer* container);
   /* Deletes a container that has no reference; otherwise does nothing. [any thread] */
   void (*DeleteUnownedContainer)(KAPContainer* container);
@@ -289,16 +323,16 @@ typedef struct KAPContainerInterfaceProcs {
   KAPError* (*RegisterInstance)(KAPContainer* container, KAPStringAtom* instanceName,
       void* instance, KAPDeleteProc deleteInstance);
   /* The procedure registered under these names for one of the container's interfaces; null and no
-   * error when there is none. `optional` nonzero: the caller can do without the procedure. [any
-   * thread] */
+   * error when there is none. `optional` nonzero: the caller can do without the procedure.
+   * [any thread] */
   KAPError* (*GetMethod)(void** out, KAPContainer* container, KAPStringAtom* methodName,
       KAPStringAtom* procName, int optional);
   /* As GetMethod, but searches only the interfaces registered before those of `instanceName`: what
    * the instance overrides. [any thread] */
   KAPError* (*GetParentMethod)(void** out, KAPContainer* container, KAPStringAtom* instanceName,
       KAPStringAtom* methodName, KAPStringAtom* procName);
-  /* The instance of that name, borrowed; null when there is none, or when the call fails. [any
-   * thread] */
+  /* The instance of that name, borrowed; null when there is none, or when the call fails.
+   * [any thread] */
   void* (*GetInstance)(KAPContainer* container, KAPStringAtom* instanceName);
   /* As GetInstance, but distinguishes a failure: null and no error when the container has no
    * instance of that name. [any thread] */
@@ -317,12 +351,11 @@ typedef struct KAPContainerInterfaceProcs {
 typedef void (*KAPClientPurgeProc)(void);
 
 /* Items that the host may purge when memory is short: untyped pointers, each filed under an
- * identity with its cost in bytes. A marked item is not purged. See KAPHostInterfaces.h for the
- * conventions and KAPCache.h for the classes.
+ * identity with its cost in bytes. A marked item is not purged. See the conventions above.
  *
  *   id = NewCacheID();
  *   Add(id, item, cost, &PurgeItem);     // the cache owns the item
- *   if (void* item = Attach(id)) {       // null: purged; make it again
+ *   if ((item = Attach(id))) {       // null: purged; make it again
  *     ...                                // not purged while it is marked
  *     MarkPurge(id, item);
  *   }
@@ -360,8 +393,8 @@ typedef struct KAPCacheInterfaceProcs {
   void (*AddRef)(KAPCacheID* id);
   /* Releases one reference; null is ignored. The last release purges the item. [any thread] */
   void (*Release)(KAPCacheID* id);
-  /* The item, borrowed and marked: it is not purged before MarkPurge. Null when it was purged. [any
-   * thread] */
+  /* The item, borrowed and marked: it is not purged before MarkPurge. Null when it was purged.
+   * [any thread] */
   void* (*Attach)(KAPCacheID* id);
   /* Files an unmarked item; a purge passes it to `purgeItem`. False: the identity has an item or
    * the host fails, and the item stays the caller's. [any thread] */
@@ -394,7 +427,7 @@ typedef struct KAPCacheInterfaceProcs {
    * distinguishes them by the method name. A host without memory for it reports that and does not
    * know the component. [binding thread] */
   void (*AddClientPurge)(KAPClientPurgeProc clearAll, int);
-  /* Removes a procedure registered with AddClientPurge. [binding thread] */
+  /* Removes a procedure registered with AddClientPurge; ignores any other. [binding thread] */
   void (*RemoveClientPurge)(KAPClientPurgeProc clearAll, int);
   /* A new, empty set of identities: one reference. Null: out of memory. [any thread] */
   KAPCacheSet* (*NewCacheSet)(void);
@@ -403,8 +436,8 @@ typedef struct KAPCacheInterfaceProcs {
   /* Releases one reference; null is ignored. [any thread] */
   void (*DeleteCacheSet)(KAPCacheSet* set);
   /* Whether the set contains the identity. Deliberate: adds the identity if not, which is the only
-   * way to add one. A host without memory for it reports that, returns false and adds nothing. [any
-   * thread] */
+   * way to add one. A host without memory for it reports that, returns false and adds nothing.
+   * [any thread] */
   bool (*SearchForID)(KAPCacheSet* set, KAPCacheID* id);
   /* Removes the identity; one that is not in the set is ignored. [any thread] */
   void (*RemoveID)(KAPCacheSet* set, KAPCacheID* id);
@@ -415,21 +448,15 @@ typedef struct KAPCacheInterfaceProcs {
 /* The procedures that a component hands over with a sink or filter object of its own, `client`.
  * Each returns null or a new error reference. */
 typedef KAPError* (*KAPSinkWriteProc)(void* client, const unsigned char* data, size_t count);
-
 typedef KAPError* (*KAPSinkDeleteProc)(void* client);
-
 typedef KAPError* (*KAPFilterCloseProc)(void* client);
-
 typedef KAPError* (*KAPFilterGetVellumcodeFilterProc)(KAPFilter** out, void* client);
-
 typedef KAPError* (*KAPImageParmsProc)(void* client, int width, int height, int channels);
-
 typedef KAPError* (*KAPCompressionParmsProc)(void* client, float quality);
 
 /* Sinks take bytes. A filter is a sink that transforms its bytes and writes the result to its
  * target; a filter handle is valid wherever a sink handle is. A call on a sink that is not a filter
- * of the required kind is an error. See KAPHostInterfaces.h for the conventions and KAPFilter.h for
- * the classes.
+ * of the required kind is an error. See the conventions above.
  *
  * The `New...` procedures of client objects take over `client` on success: the last release passes
  * it to `deleteClient`. On an error the client stays the caller's. */
@@ -502,8 +529,8 @@ typedef struct KAPFilterInterfaceProcs {
   KAPError* (*ResetChainState)(KAPFilter* filter);
 } KAPFilterInterfaceProcs;
 
-/* Memory of the host, for what crosses the binder and for the objects of components. See
- * KAPHostInterfaces.h for the conventions. */
+/* Memory of the host, for what crosses the binder and for the objects of components. See the
+ * conventions above. */
 #define KAPMemoryInterface_NAME "KAPMemoryInterface"
 #define KAPMemoryInterface_METHODS(X) \
   X(Alloc, "KAPMemAllocProc") \
@@ -527,11 +554,10 @@ typedef struct KAPMemoryInterfaceProcs {
  * returns null or a new error reference. */
 typedef KAPError* (*KAPProgressUpdateProc)(void* client, float fraction, const char* text,
     int flag);
-
 typedef KAPError* (*KAPProgressDeleteProc)(void* client);
 
-/* Receivers of progress: one side reports how far its work is, the other side shows it. See
- * KAPHostInterfaces.h for the conventions and KAPProgress.h for the classes. */
+/* Receivers of progress: one side reports how far its work is, the other side shows it. See the
+ * conventions above. */
 #define KAPProgressInterface_NAME "KAPProgressInterface"
 #define KAPProgressInterface_METHODS(X) \
   X(NewNullProgress, "KAPProgressNewNullProgressProc") \
@@ -559,8 +585,8 @@ typedef struct KAPProgressInterfaceProcs {
 /* Resizes the storage of a buffer. Null: out of memory, and the storage is unchanged. */
 typedef void* (*KAPGrowProc)(void* data, size_t size, void* clientData);
 
-/* Shared buffers: blocks of bytes with reference counts, for several components. See
- * KAPHostInterfaces.h for the conventions and KAPSharedBuff.h for the classes. */
+/* Shared buffers: blocks of bytes with reference counts, for several components. See the
+ * conventions above. */
 #define KAPSharedBuffInterface_NAME "KAPSharedBuffInterface"
 #define KAPSharedBuffInterface_METHODS(X) \
   X(NewBuffer, "KAPSharedBuffNewBufferV3Proc") \
@@ -572,8 +598,8 @@ typedef void* (*KAPGrowProc)(void* data, size_t size, void* clientData);
 typedef struct KAPSharedBuffInterfaceProcs {
   /* A buffer of `size` bytes: one reference. `data` null: zeroed storage of the host. Otherwise the
    * buffer takes over `data`, and the last release passes it to `deleteProc`, which may be null; so
-   * may `growProc` and its `clientData`. Null: out of memory, and the data stays the caller's. [any
-   * thread] */
+   * may `growProc` and its `clientData`. Null: out of memory, and the data stays the caller's.
+   * [any thread] */
   KAPSharedBuffer* (*NewBuffer)(size_t size, void* data, KAPDeleteProc deleteProc,
       KAPGrowProc growProc, void* clientData);
   /* Deletes a buffer that has no reference; otherwise does nothing. [any thread] */
@@ -589,17 +615,23 @@ typedef struct KAPSharedBuffInterfaceProcs {
 } KAPSharedBuffInterfaceProcs;
 
 /* Streams: the factory that makes them, and the methods of each kind of stream. Data stores and
- * data-block streams lend text instead of copying it. See KAPHostInterfaces.h for the conventions,
- * KAPStream.h and KAPDataStore.h for the classes.
+ * data-block streams lend text instead of copying it. See the conventions above.
  *
  * A stream is a container. Its methods are looked up through the container, so any component may
  * provide streams. There are three kinds: simple (read, write), rewindable and positionable; each
  * has the methods of the kinds before it as well. Positions and sizes are in bytes. */
 
 /* Where the offset of a seek counts from. */
+#ifdef __cplusplus
+using KAP_T_MT::KAPSeekOrigin;
+using KAP_T_MT::kKAPSeekFromStart;
+using KAP_T_MT::kKAPSeekFromPosition;
+using KAP_T_MT::kKAPSeekFromEnd;
+#else
 enum KAPSeekOrigin {
   kKAPSeekFromStart = 0, kKAPSeekFromPosition = 1, kKAPSeekFromEnd = 2
 };
+#endif
 
 /* The procedures that a component hands over with a stream object of its own, `client`. Each
  * returns null or a new error reference; after an error a result place is 0 or null.
@@ -612,17 +644,11 @@ enum KAPSeekOrigin {
  *   Seek       `origin` is a KAPSeekOrigin. */
 typedef KAPError* (*KAPClientReadProc)(size_t* outCount, void* client, unsigned char* buffer,
     size_t count);
-
 typedef KAPError* (*KAPClientWriteProc)(void* client, const unsigned char* buffer, size_t count);
-
 typedef KAPError* (*KAPClientDeleteProc)(void* client);
-
 typedef KAPError* (*KAPClientCreateStreamProc)(void** outClient, void* client);
-
 typedef KAPError* (*KAPClientRewindProc)(void* client);
-
 typedef KAPError* (*KAPClientMarkProc)(long* outPosition, void* client);
-
 typedef KAPError* (*KAPClientSeekProc)(void* client, long offset, int origin);
 
 /* Makes streams: each procedure returns one reference. The procedures for client streams take over
@@ -661,6 +687,7 @@ typedef struct KAPStreamFactoryInterfaceProcs {
       KAPClientSeekProc seek);
 } KAPStreamFactoryInterfaceProcs;
 
+/* The methods of every stream. */
 #define KAPSimpleStreamInterface_NAME "KAPSimpleStreamInterface"
 #define KAPSimpleStreamInterface_METHODS(X) \
   X(Read, "KAPSimpleStreamReadProc") \
@@ -674,6 +701,7 @@ typedef struct KAPSimpleStreamInterfaceProcs {
   KAPError* (*Write)(KAPSimpleStream* stream, const unsigned char* buffer, size_t count);
 } KAPSimpleStreamInterfaceProcs;
 
+/* The methods of a stream that also moves to its start. */
 #define KAPRewindableStreamInterface_NAME "KAPRewindableStreamInterface"
 #define KAPRewindableStreamInterface_METHODS(X) \
   X(CreateIndependentlyRewindableStream, \
@@ -687,6 +715,7 @@ typedef struct KAPRewindableStreamInterfaceProcs {
   KAPError* (*Rewind)(KAPRewindableStream* stream);
 } KAPRewindableStreamInterfaceProcs;
 
+/* The methods of a stream that also moves anywhere. */
 #define KAPPositionableStreamInterface_NAME "KAPPositionableStreamInterface"
 #define KAPPositionableStreamInterface_METHODS(X) \
   X(CreateIndependentlyPositionableStream, \
@@ -703,6 +732,7 @@ typedef struct KAPPositionableStreamInterfaceProcs {
   KAPError* (*Seek)(KAPPositionableStream* stream, long offset, int origin);
 } KAPPositionableStreamInterfaceProcs;
 
+/* The methods of a data store. */
 #define KAPDataStoreInterface_NAME "KAPDataStoreInterface"
 #define KAPDataStoreInterface_METHODS(X) \
   X(GetBlock, "KAPDataStoreGetBlockProcV2")
@@ -712,6 +742,7 @@ typedef struct KAPDataStoreInterfaceProcs {
   KAPError* (*GetBlock)(KAPDataBlock* out, KAPDataStore* store, size_t offset);
 } KAPDataStoreInterfaceProcs;
 
+/* The methods of a data store that knows its size. */
 #define KAPSizedDataStoreInterface_NAME "KAPSizedDataStoreInterface"
 #define KAPSizedDataStoreInterface_METHODS(X) \
   X(GetSize, "KAPSizedDataStoreGetSizeProc")
@@ -720,6 +751,7 @@ typedef struct KAPSizedDataStoreInterfaceProcs {
   KAPError* (*GetSize)(size_t* out, KAPDataStore* store);
 } KAPSizedDataStoreInterfaceProcs;
 
+/* The methods of a sequence of blocks. */
 #define KAPDataBlockStreamInterface_NAME "KAPDataBlockStreamInterface"
 #define KAPDataBlockStreamInterface_METHODS(X) \
   X(GetNextBlock, "KAPDataBlockStreamGetNextBlockProc") \
@@ -733,13 +765,12 @@ typedef struct KAPDataBlockStreamInterfaceProcs {
 } KAPDataBlockStreamInterfaceProcs;
 
 /* The interfaces of directories and temporary files, as the library registers them with the binder.
- * dir/KAPUtilsDirClient.h has the class.
  *
- * The conventions of every procedure are those of kap/KAPHostInterfaces.h. In short: the result is
- * null or a new reference to an error; a result place is then null or 0. A null result place is an
- * error, and nothing is done. Handles, atoms and strings passed in are borrowed for the call; a
- * returned handle or atom carries one new reference for the caller. Null is an error unless a
- * contract allows it.
+ * The conventions of every procedure are those of a host, above. In short: the result is null or a
+ * new reference to an error; a result place is then null or 0. A null result place is an error, and
+ * nothing is done. Handles, atoms and strings passed in are borrowed for the call; a returned
+ * handle or atom carries one new reference for the caller. Null is an error unless a contract
+ * allows it.
  *
  * Errors: a failing system call is an error of the component "KAPUtilsDir" with the errno as its
  *   code and the message that the procedure names. Everything else (a null argument, a handle of
@@ -818,9 +849,8 @@ typedef struct KAPUtilsTempFileStreamFactoryProcs {
       const char* second, const char* mode);
 } KAPUtilsTempFileStreamFactoryProcs;
 
-/* The interfaces of property objects, as they are registered with the binder. A component that uses
- * the classes of POSDict.h needs none of this; one that is not written in C++, or that calls often
- * enough to count, fetches the procedures and calls them itself:
+/* The interfaces of property objects, as they are registered with the binder. A component fetches
+ * the procedures and calls them:
  *
  *   POSArray* numbers = NewPOSArray();                    // one reference, the caller's
  *   POSObject* one = NewPOSNumber(1);
@@ -841,7 +871,7 @@ typedef struct KAPUtilsTempFileStreamFactoryProcs {
  *    new reference for the caller; "Clone" of a scalar is the one exception.
  * 4. A null handle, atom or text, and a handle of another kind, is a failure wherever the contract
  *    does not allow it.
- * 5. Each contract ends with a thread tag, see kap/KAPInterface.h. Objects have no lock. Reference
+ * 5. Each contract ends with a thread tag. Objects have no lock. Reference
  *    counts may change on any thread at any time. */
 
 /* Releases what a raw pointer points to, when the last reference to its object is released. Runs on
@@ -853,7 +883,7 @@ typedef struct KAPUtilsTempFileStreamFactoryProcs {
 typedef void (*POSReleaseProc)(void* pointer);
 
 /* What objects of every kind have. The library's own objects offer these as methods of their
- * container too, and so does any other component's implementation of property objects; CPOSObject
+ * container too, and so does any other component's implementation of property objects; a caller
  * asks the container, and so reaches both. */
 #define POSObjectInterface_NAME "POSObjectInterface"
 #define POSObjectInterface_METHODS(X) \
@@ -904,8 +934,8 @@ typedef struct POSObjectStaticsProcs {
 typedef struct POSNumberInterfaceProcs {
   /* A number of this value, which may be infinite or not a number. [any thread] */
   POSNumber* (*NewPOSNumber)(double value);
-  /* Whether the handle is a number of this library. Quiet for any other handle, and for null. [any
-   * thread] */
+  /* Whether the handle is a number of this library. Quiet for any other handle, and for null.
+   * [any thread] */
   bool (*IsPOSNumber)(POSObject* object);
   /* The value. [any thread] */
   double (*Get)(POSNumber* number);
@@ -920,8 +950,8 @@ typedef struct POSNumberInterfaceProcs {
 typedef struct POSStringInterfaceProcs {
   /* A string of the bytes up to the terminator; the text is copied. [any thread] */
   POSString* (*NewPOSString)(const char* text);
-  /* Whether the handle is a string of this library. Quiet for any other handle, and for null. [any
-   * thread] */
+  /* Whether the handle is a string of this library. Quiet for any other handle, and for null.
+   * [any thread] */
   bool (*IsPOSString)(POSObject* object);
   /* The terminated text, borrowed: it lives as long as the object. [any thread] */
   const char* (*Get)(POSString* string);
@@ -939,8 +969,8 @@ typedef struct POSUnicodeStringInterfaceProcs {
   /* Whether the handle is a Unicode string of this library. Quiet for any other handle, and for
    * null. [any thread] */
   bool (*IsPOSUnicodeString)(POSObject* object);
-  /* The units and a terminating zero unit, borrowed: they live as long as the object. [any
-   * thread] */
+  /* The units and a terminating zero unit, borrowed: they live as long as the object.
+   * [any thread] */
   const unsigned short* (*Get)(POSUnicodeString* string);
 } POSUnicodeStringInterfaceProcs;
 
@@ -960,8 +990,8 @@ typedef struct POSBinDataInterfaceProcs {
   bool (*IsPOSBinData)(POSObject* object);
   /* The terminated name, borrowed: it lives as long as the object. [any thread] */
   const char* (*GetTypeName)(POSBinData* data);
-  /* The bytes, borrowed: they live as long as the object. Null, quietly, when there are none. [any
-   * thread] */
+  /* The bytes, borrowed: they live as long as the object. Null, quietly, when there are none.
+   * [any thread] */
   const unsigned char* (*GetBinData)(POSBinData* data);
   /* How many bytes there are. [any thread] */
   unsigned long (*GetSize)(POSBinData* data);
@@ -1002,8 +1032,8 @@ typedef struct POSRawPointerInterfaceProcs {
 typedef struct POSArrayInterfaceProcs {
   /* An array without slots. [any thread] */
   POSArray* (*NewPOSArray)(void);
-  /* Whether the handle is an array of this library. Quiet for any other handle, and for null. [any
-   * thread] */
+  /* Whether the handle is an array of this library. Quiet for any other handle, and for null.
+   * [any thread] */
   bool (*IsPOSArray)(POSObject* object);
   /* The object in the slot, a new reference. Null, quietly, past the end and for an empty slot.
    * [shared read] */
@@ -1073,15 +1103,15 @@ typedef struct POSDictIteratorInterfaceProcs {
   void (*Begin)(POSDictIterator* iterator);
   /* Goes to the next entry; past the last one the iterator is done and stays so. [exclusive] */
   void (*Next)(POSDictIterator* iterator);
-  /* Whether the iterator is past the last entry. True also on failure, so that a loop ends. [shared
-   * read] */
+  /* Whether the iterator is past the last entry. True also on failure, so that a loop ends.
+   * [shared read] */
   bool (*IsDone)(POSDictIterator* iterator);
   /* The key of the entry, borrowed: it lives as long as the entry. A call on a finished iterator is
    * a failure. [shared read] */
   const char* (*CurKey)(POSDictIterator* iterator);
 } POSDictIteratorInterfaceProcs;
 
-/* Documents: property objects on streams. See POSInterfaces.h for the conventions. A streamer has
+/* Documents: property objects on streams. See the conventions of property objects. A streamer has
  * no state: any number of threads may use one, each with a stream of its own.
  *
  * A document is the name of its version, a space, and the object. Several documents may stand in
@@ -1118,7 +1148,7 @@ typedef struct POSStreamerInterfaceProcs {
  *
  * Conventions of every procedure but "ValidateSchema": a failure is reported to the binder, and the
  * result is null or false. Handles and atoms passed in are borrowed for the call; a handle returned
- * carries one new reference for the caller. For the thread tags see kap/KAPInterface.h.
+ * carries one new reference for the caller. The introduction explains the thread tags.
  *
  * A check runs the callbacks that are registered for types, on its own thread. Such a callback may
  * change the object or the schema: objects in use stay alive, and the current step finishes with
@@ -1136,7 +1166,7 @@ typedef long (*POSExtraValidationProc)(POSObject* object, KAPStringAtom* typeNam
     KAPSharedBuffer* buffer, void* clientData);
 
 /* What every validator has. The library's own validators offer this as a method of their container
- * too, and so may those of any other component; CPOSValidator asks the container. */
+ * too, and so may those of any other component; a caller asks the container. */
 #define POSValidatorInterface_NAME "POSValidatorInterface"
 #define POSValidatorInterface_METHODS(X) \
   X(Validate, "POSValidatorValidateProc")
@@ -1166,7 +1196,7 @@ typedef struct POSStructValidatorInterfaceProcs {
       POSExtraValidationProc callback, void* clientData);
   /* Whether the dictionary is a schema, by the rules of the built-in schema of schemas; `message`
    * as for "Validate". Deliberately the one procedure that lets exceptions through: nothing is
-   * reported, and the caller, which is C++, may catch what its check throws (as std::exception).
+   * reported, and what its check throws ends the process unless a caller in C++ catches it.
    * [shared read] */
   bool (*ValidateSchema)(POSDict* schema, POSMessageProc message);
 } POSStructValidatorInterfaceProcs;
@@ -1205,26 +1235,36 @@ typedef struct POSStructValidatorInterfaceProcs {
   X(POSValidatorInterface) \
   X(POSStructValidatorInterface)
 
-/* In C++ the header declares the types alone: TKAPInterfaceClient of KAP.h does the rest. */
-#ifdef __cplusplus
-#define KAP_TABLE_FUNCTIONS(Interface)
-#else
+static_assert(sizeof(bool) == 1 && sizeof(int) == 4 && sizeof(long) == 8 && sizeof(size_t) == 8,
+              "the types of the interfaces are those of Linux on x86-64");
+static_assert(sizeof(void (*)(void)) == sizeof(void*), "a procedure fits a pointer");
+static_assert(sizeof(KAPDataBlock) == 32 && offsetof(KAPDataBlock, text) == 0 &&
+                  offsetof(KAPDataBlock, size) == 8 && offsetof(KAPDataBlock, clientData) == 16 &&
+                  offsetof(KAPDataBlock, release) == 24,
+              "a data block has the layout that other components know");
 
-_Static_assert(sizeof(bool) == 1 && sizeof(int) == 4 && sizeof(long) == 8 && sizeof(size_t) == 8,
-               "the types of the interfaces are those of Linux on x86-64");
-_Static_assert(sizeof(void (*)(void)) == sizeof(void*), "a procedure fits a pointer");
+/* C++ warns about the casts of C. */
+#ifdef __cplusplus
+#define KAP_CAST(Type, value) static_cast<Type>(value)
+#else
+#define KAP_CAST(Type, value) ((Type)(value))
+#endif
+
+/* A source need not use every function; it must look at the result of those that it uses. */
+#define KAP_CHECKED __attribute__((unused, warn_unused_result))
 
 /* The names of one procedure of an interface. */
 typedef struct KAPProcName {
-  const char* method;
-  const char* procedure;
+  const char* method;    /* in the interface, as a client calls it */
+  const char* procedure; /* in the binder, where it tells revisions apart */
 } KAPProcName;
 
 /* Looks up `count` procedures and stores each in `procs`, a structure of nothing but pointers to
  * procedures. Returns 1 when all exist; else 0, with null in each missing place. */
-static inline int KAPLoadProcs(void* procs, const char* interfaceName, const KAPProcName* names,
-                               size_t count, KAPGetProcAddressProc getProc) {
-  unsigned char* place = procs;
+KAP_CHECKED static inline int KAPLoadProcs(void* procs, const char* interfaceName,
+                                           const KAPProcName* names, size_t count,
+                                           KAPGetProcAddressProc getProc) {
+  unsigned char* place = KAP_CAST(unsigned char*, procs);
   int complete = 1;
   for (size_t i = 0; i < count; ++i, place += sizeof(void*)) {
     void* const proc = getProc(interfaceName, names[i].method, names[i].procedure);
@@ -1236,11 +1276,12 @@ static inline int KAPLoadProcs(void* procs, const char* interfaceName, const KAP
 
 /* Looks up `count` methods of a container and stores them as KAPLoadProcs does. Returns 1 when the
  * container has all of them, else 0; an error of the host counts as a missing method. */
-static inline int KAPLoadMethods(void* procs, const KAPProcName* names, size_t count,
-                                 const KAPContainerInterfaceProcs* containers,
-                                 const KAPStringInterfaceProcs* strings,
-                                 const KAPErrorInterfaceProcs* errors, KAPContainer* container) {
-  unsigned char* place = (unsigned char*)procs;
+KAP_CHECKED static inline int KAPLoadMethods(void* procs, const KAPProcName* names, size_t count,
+                                             const KAPContainerInterfaceProcs* containers,
+                                             const KAPStringInterfaceProcs* strings,
+                                             const KAPErrorInterfaceProcs* errors,
+                                             KAPContainer* container) {
+  unsigned char* place = KAP_CAST(unsigned char*, procs);
   int complete = 1;
   for (size_t i = 0; i < count; ++i, place += sizeof(void*)) {
     KAPStringAtom* const method = strings->NewStringAtom(names[i].method);
@@ -1259,10 +1300,10 @@ static inline int KAPLoadMethods(void* procs, const KAPProcName* names, size_t c
 
 /* Registers `count` procedures, stored as KAPLoadProcs stores them. Returns 1 when all are
  * registered. Else returns 0, and the caller unregisters the interface as it does at its end. */
-static inline int KAPRegisterProcs(const void* procs, const char* interfaceName,
-                                   const KAPProcName* names, size_t count,
-                                   const KAPBinderInterfaceProcs* binder) {
-  const unsigned char* place = procs;
+KAP_CHECKED static inline int KAPRegisterProcs(const void* procs, const char* interfaceName,
+                                               const KAPProcName* names, size_t count,
+                                               const KAPBinderInterfaceProcs* binder) {
+  const unsigned char* place = KAP_CAST(const unsigned char*, procs);
   for (size_t i = 0; i < count; ++i, place += sizeof(void*)) {
     void* proc;
     memcpy(&proc, place, sizeof proc);
@@ -1273,30 +1314,44 @@ static inline int KAPRegisterProcs(const void* procs, const char* interfaceName,
   return 1;
 }
 
-/* ...Load, ...LoadFrom and ...Register of each interface. */
+/* What KAP_TABLE_FUNCTIONS makes of each method. */
 #define KAP_PROC_NAME(method, procedure) {#method, procedure},
-#define KAP_TABLE_FUNCTIONS(Interface)                                                           \
-  static inline int Interface##Load(Interface##Procs* procs, KAPGetProcAddressProc getProc) {    \
-    static const KAPProcName names[] = {Interface##_METHODS(KAP_PROC_NAME)};                     \
-    return KAPLoadProcs(procs, Interface##_NAME, names, sizeof names / sizeof *names, getProc);  \
-  }                                                                                              \
-  static inline int Interface##LoadFrom(                                                         \
-      Interface##Procs* procs, const KAPContainerInterfaceProcs* containers,                     \
-      const KAPStringInterfaceProcs* strings, const KAPErrorInterfaceProcs* errors,              \
-      KAPContainer* container) {                                                                 \
-    static const KAPProcName names[] = {Interface##_METHODS(KAP_PROC_NAME)};                     \
-    return KAPLoadMethods(procs, names, sizeof names / sizeof *names, containers, strings,       \
-                          errors, container);                                                    \
-  }                                                                                              \
-  static inline int Interface##Register(const Interface##Procs* procs,                           \
-                                        const KAPBinderInterfaceProcs* binder) {                 \
-    static const KAPProcName names[] = {Interface##_METHODS(KAP_PROC_NAME)};                     \
-    return KAPRegisterProcs(procs, Interface##_NAME, names, sizeof names / sizeof *names,        \
-                            binder);                                                             \
+#define KAP_COUNT_METHOD(method, procedure) +1
+#define KAP_SLOT(method, procedure) void (*method)(void);
+#define KAP_CHECK_SLOT(method, procedure) \
+  static_assert(offsetof(KAPCheckedProcs, method) == offsetof(KAPSlots, method), \
+                #method " is not in its slot");
+
+/* The functions ...Load, ...LoadFrom and ...Register of an interface. Its structure must have a
+ * procedure for each method, in the order of the methods. */
+#define KAP_TABLE_FUNCTIONS(Interface)                                                            \
+  static_assert(sizeof(Interface##Procs) ==                                                       \
+                    (0 Interface##_METHODS(KAP_COUNT_METHOD)) * sizeof(void (*)(void)),           \
+                #Interface "Procs does not have one procedure for each of the methods");          \
+  KAP_CHECKED static inline int Interface##Load(Interface##Procs* procs,                          \
+                                                KAPGetProcAddressProc getProc) {                  \
+    typedef Interface##Procs KAPCheckedProcs;                                                     \
+    typedef struct KAPSlotList {                                                                  \
+      Interface##_METHODS(KAP_SLOT)                                                               \
+    } KAPSlots;                                                                                   \
+    Interface##_METHODS(KAP_CHECK_SLOT)                                                           \
+    static const KAPProcName names[] = {Interface##_METHODS(KAP_PROC_NAME)};                      \
+    return KAPLoadProcs(procs, Interface##_NAME, names, sizeof names / sizeof *names, getProc);   \
+  }                                                                                               \
+  KAP_CHECKED static inline int Interface##LoadFrom(                                              \
+      Interface##Procs* procs, const KAPContainerInterfaceProcs* containers,                      \
+      const KAPStringInterfaceProcs* strings, const KAPErrorInterfaceProcs* errors,               \
+      KAPContainer* container) {                                                                  \
+    static const KAPProcName names[] = {Interface##_METHODS(KAP_PROC_NAME)};                      \
+    return KAPLoadMethods(procs, names, sizeof names / sizeof *names, containers, strings, errors,\
+                          container);                                                             \
+  }                                                                                               \
+  KAP_CHECKED static inline int Interface##Register(const Interface##Procs* procs,                \
+                                                    const KAPBinderInterfaceProcs* binder) {      \
+    static const KAPProcName names[] = {Interface##_METHODS(KAP_PROC_NAME)};                      \
+    return KAPRegisterProcs(procs, Interface##_NAME, names, sizeof names / sizeof *names, binder);\
   }
 KAPUTILS_INTERFACES(KAP_TABLE_FUNCTIONS)
-
-#endif
 
 // NOLINTEND(modernize-*)
 // clang-format on

@@ -10,6 +10,7 @@
 // docs/compatibility.md says what each part promises. In short: a later version with the same major
 // number has all interfaces, methods and procedures of an earlier one.
 
+// The parts of the version.
 #define KAPUTILS_VERSION_MAJOR 1
 #define KAPUTILS_VERSION_MINOR 1
 #define KAPUTILS_VERSION_PATCH 1

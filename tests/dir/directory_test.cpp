@@ -83,7 +83,8 @@ TEST_F(DirTest, UniqueFiles) {
     EXPECT_EQ(entry.st_mode, mode_t{S_IFREG | 0600}) << name;
     Remove(name);
   }
-  ExpectFailure("createNewFile", ENOENT, [&] { dir.CreateUniqueFilename(Text("missing/tf")); });
+  ExpectFailure("createNewFile", ENOENT,
+                [&] { (void)dir.CreateUniqueFilename(Text("missing/tf")); });
   EXPECT_EQ(OpenDescriptors(), descriptors + 3);  // deliberate: for the life of the process
 }
 
@@ -98,7 +99,7 @@ TEST_F(DirTest, WorkingDirectory) {
   ExpectFailure("createNewFile", ENOENT, [&] { folder.createNewFile(Text("no/a")); });
   CKAPUtilsDir::GetCurrent().Delete(Text("a"));
   Remove("work");
-  ExpectFailure("GetCurrent", ENOENT, [] { CKAPUtilsDir::GetCurrent(); });
+  ExpectFailure("GetCurrent", ENOENT, [] { (void)CKAPUtilsDir::GetCurrent(); });
   fs::current_path(before);
 }
 

@@ -74,7 +74,7 @@ TEST_F(DirTest, ViewsOfATempFile) {
   stream.reset();
   EXPECT_EQ(Names(), Texts());
   EXPECT_EQ(Read(ofView), text);  // it still reads, but there are no more views
-  EXPECT_TRUE(Fails([&] { ofView.CreateIndependentlyPositionableStream(); }));
+  EXPECT_TRUE(Fails([&] { (void)ofView.CreateIndependentlyPositionableStream(); }));
 }
 
 TEST_F(DirTest, TempFileThatCannotBeMade) {
@@ -201,7 +201,7 @@ TEST(DirFaultTest, NoStreamNoFile) {
   const int recovered = FailEachCall([&](DirWorld& world, const FailedCall& failedCall) {
     std::optional<CKAPPositionableStream> stream;
     const bool failed = failedCall([&] {
-      CKAPUtilsDir::New(CKAPUtilsDir::GetCurrent().GetFilePathSpec(Text("a")));
+      (void)CKAPUtilsDir::New(CKAPUtilsDir::GetCurrent().GetFilePathSpec(Text("a")));
       stream = NewStream();
     });
     EXPECT_EQ(world.Names().size(), failed ? 0u : 1u);
@@ -236,7 +236,7 @@ TEST_F(DirTest, FileStreamFails) {
   const std::pair<Kind, Body> calls[] = {{Kind::kRead, [&] { Read(stream); }},
                                          {Kind::kWrite, [&] { Write(stream, "x"); }},
                                          {Kind::kSeek, [&] { stream.Rewind(); }},
-                                         {Kind::kMark, [&] { stream.Mark(); }}};
+                                         {Kind::kMark, [&] { (void)stream.Mark(); }}};
   for (const auto& [kind, call] : calls) {
     FailCall(kind, 2);
     EXPECT_TRUE(Fails(call) && Fired());

@@ -140,7 +140,7 @@ CKAPPositionableStream NewGenerated(std::size_t spaces, std::size_t* written = n
 
 // Positions of documents are 32-bit numbers, deliberately.
 TEST_F(SizeTest, DocumentsOver2GiBAreNotReadable) {
-  const CPOSStreamer streamer;
+  const CPOSStreamer streamer = CPOSStreamer::New();
   EXPECT_EQ(Show(streamer.Deserialize(NewGenerated(10)).Handle()), "[]");
   EXPECT_TRUE(streamer.Deserialize(NewGenerated(2 * kGiB)).IsNull());
   EXPECT_EQ(TakeReport(), "a position before the start");
@@ -151,7 +151,7 @@ TEST_F(SizeTest, DocumentsOver4GiBAreWritten) {
   const CPOSString part(std::string(16 * kMiB, 'x').c_str());
   for (int i = 0; i < 257; ++i) array.Append(part);
   std::size_t written = 0;
-  CPOSStreamer().Serialize(NewGenerated(0, &written), array);
+  CPOSStreamer::New().Serialize(NewGenerated(0, &written), array);
   EXPECT_GT(written, 257 * 16 * kMiB);
   EXPECT_LT(written, 257 * 16 * kMiB + 10'000);
 }

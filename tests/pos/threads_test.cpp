@@ -70,7 +70,7 @@ class SoakTest : public WrapperTest {
   const Object fForeign = Foreign(kForeign);
   const CKAPStringAtom fAtom{"shared"};
   const CKAPError fError{"message", "shared", 7};
-  const CPOSStreamer fStreamer;
+  const CPOSStreamer fStreamer = CPOSStreamer::New();
 };
 
 TEST_F(SoakTest, ThreadsShareEverything) {

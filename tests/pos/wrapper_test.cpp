@@ -121,7 +121,7 @@ TEST_F(WrapperTest, ObjectReferences) {
   {
     const BalancedScope balanced(*this);
     FailCall(KAP_T_MT::KAPFault::kContainer, 1);
-    EXPECT_EQ(Thrown([&] { CPOSRawPointer::NewKAPObjRef(container.get()); }),
+    EXPECT_EQ(Thrown([&] { (void)CPOSRawPointer::NewKAPObjRef(container.get()); }),
               "CKAPError invalid container");
     StopFaults();
     EXPECT_NE(TakeReport(), "");
@@ -130,6 +130,24 @@ TEST_F(WrapperTest, ObjectReferences) {
   EXPECT_EQ(deleted, 0);
   dict.Remove("r");
   EXPECT_EQ(deleted, 1);
+  // The reference of a new container goes over, or is released when there can be no object.
+  const auto make = [this] {
+    return TKAPNewHandle(Foreign("Made", nullptr, [](void*) { ++deleted; }).release());
+  };
+  dict.Put("r", CPOSRawPointer::NewKAPObjRef(make()));
+  EXPECT_EQ(deleted, 1);
+  dict.Remove("r");
+  EXPECT_EQ(deleted, 2);
+  auto made = make();
+  FailCall(KAP_T_MT::KAPFault::kContainer, 1);
+  EXPECT_EQ(Thrown([&] { (void)CPOSRawPointer::NewKAPObjRef(std::move(made)); }),
+            "CKAPError invalid container");
+  StopFaults();
+  EXPECT_NE(TakeReport(), "");
+  EXPECT_EQ(deleted, 3);
+  EXPECT_EQ(
+      Thrown([] { (void)CPOSRawPointer::NewKAPObjRef(TKAPNewHandle<KAPContainer>(nullptr)); }),
+      "CKAPError invalid container");
 }
 
 TEST_F(WrapperTest, EmptyObjects) {
@@ -142,6 +160,9 @@ TEST_F(WrapperTest, EmptyObjects) {
   EXPECT_EQ(Thrown([&] { CPOSObject object(foreign.get()); }), "CKAPError invalid container");
   const char* none = nullptr;
   EXPECT_EQ(Thrown([&] { CPOSString text(none); }), "CKAPError invalid container");
+  EXPECT_NE(TakeReport(), "");
+  EXPECT_TRUE(CPOSStreamer().IsNull());
+  EXPECT_TRUE(CPOSStreamer().Deserialize(CKAPPositionableStream::New()).IsNull());
   EXPECT_NE(TakeReport(), "");
 }
 
@@ -225,7 +246,7 @@ const struct {
      }},
     {"streamer",
      [] {
-       const CPOSStreamer streamer;
+       const CPOSStreamer streamer = CPOSStreamer::New();
        CKAPPositionableStream stream;
        streamer.Serialize(stream, Dict("< a [1] >"));
        stream.Rewind();
@@ -238,17 +259,20 @@ const struct {
        validator.RegisterCallbackProc(
            "T", [](auto...) { return 1L; }, nullptr);
        Need(CPOSStructValidator::ValidateSchema(schema, nullptr));
-       Need(CPOSValidator(validator.Handle()).Validate(CPOSNumber(1), "T", nullptr));
+       Need(CPOSStructValidator(validator.Handle()).Validate(CPOSNumber(1), "T", nullptr));
      }},
     {"directory", [] {
        const CKAPUtilsDir folder = CKAPUtilsDir::GetTempDir();
-       const CKAPStringAtom name = folder.CreateUniqueFilename(CKAPStringAtom("wrapper"));
+       const CKAPStringAtom name = folder.CreateUniqueFilename("wrapper");
        const std::unique_ptr<const CKAPStringAtom, void (*)(const CKAPStringAtom*)> file(
            &name, [](const CKAPStringAtom* each) { std::remove(each->Text()); });
        folder.OpenStream(name, "w").Write(reinterpret_cast<const unsigned char*>("x"), 1);
        Need(folder.FileExists(name) && folder.GetFilePathSpec(name).Text());
-       folder.Delete(name);
-       CKAPUtilsDir::GetCurrent();
+       const std::string text = name.Text();
+       folder.Rename(text, std::string_view(text));
+       (void)CKAPUtilsDir::New(folder.GetFilePathSpec("").Text()).OpenStream(text.c_str(), "r");
+       folder.Delete(text);
+       Need(!CKAPUtilsDir::GetCurrent().IsNull());
      }}};
 
 // Whichever call of the host fails, alone or with all after it: the caller learns of it, and

@@ -98,5 +98,6 @@ Outcome RunPosutil(const std::vector<std::string>& arguments, const std::string&
   const int status = Running(arguments, {in.Descriptor(), to, err.Descriptor()},
                              setting.fEnvironment, setting.fPrefix)
                          .Wait();
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out.Content(), err.Content()};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), out.Content(),
+          err.Content()};
 }

@@ -10,7 +10,7 @@
 // How posutil ended and what it wrote. Its host prints a leak report on standard error, so that a
 // comparison of that text also checks the accounting.
 struct Outcome {
-  int fStatus = -1;  // -1: a signal ended it
+  int fStatus = -1;  // the negative number of a signal that ended it
   std::string fOut;
   std::string fErr;
 

@@ -2,6 +2,7 @@
 // Commands, their arguments and exit statuses.
 
 #include "Folder.h"
+#include "KAPUtilsVersion.h"
 #include "Posutil.h"
 
 namespace {
@@ -22,7 +23,7 @@ TEST(GetTest, PrintsAValuePerLine) {
        {"a", "a.b", ".", ".e"},
        {1, "{\"b\":[10,20,\"x y\"]}\n[10,20,\"x y\"]\n{\"e\":[]}\n",
         "posutil: <stdin>: no value at \".e\"\n"}},
-      {"the empty key", {"[0]", "..e"}, {1, "[]\n", "posutil: <stdin>: no value at \".[0]\"\n"}},
+      {"the empty key", {"[0]", "..e"}, {1, "[]\n", "posutil: <stdin>: no value at \"[0]\"\n"}},
       {"paths without a value",
        {"a.b[3]", "a.b[1]", "a.b.c", "{}"},
        {1, "20\n",
@@ -36,8 +37,7 @@ TEST(GetTest, PrintsAValuePerLine) {
        {0, "< b [10 20 (x y)] >\n< e [] >\n(x y)\n", ""}},
       {"a list is a path, not several paths",
        {"[0,1]", ".-x"},
-       {1, "",
-        "posutil: <stdin>: no value at \".[0,1]\"\nposutil: <stdin>: no value at \".-x\"\n"}},
+       {1, "", "posutil: <stdin>: no value at \"[0,1]\"\nposutil: <stdin>: no value at \".-x\"\n"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
@@ -47,59 +47,65 @@ TEST(GetTest, PrintsAValuePerLine) {
   }
 }
 
-TEST(GetTest, NeedsADictionary) {
-  EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a"}, "[1]"),
-            (Outcome{3, "", "posutil: <stdin>: the document is not a dictionary\n"}));
-}
-
-TEST(GetTest, FailsForAValueWithoutAForm) {
-  const std::string lone = "the Unicode string has a lone surrogate\n";
-  const std::pair<const char*, std::string> rows[] = {{"b", "b: [0]: " + lone},
-                                                      {"c", "c: the document: " + lone}};
-  for (const auto& [path, message] : rows) {
-    EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "a", path}, "< a 1 b [`D800`] c `DC00` >"),
-              (Outcome{3, "", "posutil: <stdin>: " + message}));
-  }
-}
-
-TEST(FormatTest, IsGuessedFromTheEnding) {
-  const Folder folder;
-  const std::string json = folder.Put("a.json", "{\"a\":[1,2]}");
-  const std::string text = folder.Put("a.txt", "< a [1 2] >");
-  const std::string other = folder.Put("a.data", "< a [1 2] >");
-  const Outcome expected = {0, "[1,2]\n", ""};
-  EXPECT_EQ(RunPosutil({"get", json, "a"}), expected);
-  EXPECT_EQ(RunPosutil({"get", text, "a"}), expected);
-  EXPECT_EQ(RunPosutil({"get", other, "a", "--from", "text"}), expected);
-  EXPECT_EQ(
-      RunPosutil({"get", other, "a"}),
-      (Outcome{2, "",
-               "posutil: " + other + ": cannot tell the format from the file name; use --from\n"}));
-  EXPECT_EQ(RunPosutil({"print", "-"}).fStatus, 2);
-}
-
 TEST(UsageTest, WrongUsage) {
-  const std::vector<std::string> rows[] = {{},
-                                           {"frobnicate"},
-                                           {"print"},
-                                           {"print", "a.json", "b.json"},
-                                           {"print", "--to", "yaml", "a.json"},
-                                           {"print", "--no-such-option", "a.json"},
-                                           {"get", "a.json"},
-                                           {"version", "x"}};
+  const struct {
+    std::vector<std::string> arguments;
+    std::string message;
+    std::string command;  // whose help the message names
+  } rows[] = {
+      {{}, "no command", ""},
+      {{"frobnicate"}, "unknown command \"frobnicate\"", ""},
+      {{"prnt", "--to", "json", "a"}, "unknown command \"prnt\"; did you mean print?", ""},
+      {{"pritn"}, "unknown command \"pritn\"; did you mean print?", ""},
+      {{"schema", "a"}, "unknown command \"schema\"; did you mean check-schema?", ""},
+      {{"--colour=never", "a\n"}, "unknown command \"a\\x0a\"", ""},
+      {{"--colour=never"}, "unknown option --colour; did you mean --color?", ""},
+      {{"--color", "purple", "print"}, "--color: \"purple\" is not auto, always or never", ""},
+      {{"print"}, "missing FILE", "print "},
+      {{"print", "a", "b"}, "unexpected argument \"b\"", "print "},
+      {{"print", "--to", "jsn", "a"},
+       "--to: \"jsn\" is not tree, json, text or typea; did you mean json?",
+       "print "},
+      {{"print", "--no-such-option", "a"}, "unknown option --no-such-option", "print "},
+      {{"print", "--col", "a"}, "unknown option --col; did you mean --color?", "print "},
+      {{"print", "-x", "a"}, "unknown option -x", "print "},
+      {{"print", "a", "--to"}, "--to needs a value: tree|json|text|typea", "print "},
+      {{"print", "--all=x", "a"}, "--all takes no value", "print "},
+      {{"print", "--to=json", "--to=text", "a"}, "--to is there more than once", "print "},
+      {{"print", "--indent", "33", "a"},
+       "--indent: \"33\" is neither a number from 0 to 32 nor tab",
+       "print "},
+      {{"print", "--indent=1", "--compact", "a"}, "--compact excludes --indent", "print "},
+      {{"get", "a"}, "missing PATH", "get "},
+      {{"version", "x"}, "unexpected argument \"x\"", "version "},
+      // The missing option is the misspelt one.
+      {{"validate", "--schem", "a", "--type", "T", "b"},
+       "unknown option --schem; did you mean --schema?",
+       "validate "},
+      {{"validate", "a"}, "missing --schema SCHEMA and --type NAME", "validate "},
+      {{"check-schema", "--max-errors", "x", "a"},
+       "--max-errors: \"x\" is not a number",
+       "check-schema "},
+  };
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row));
-    const Outcome outcome = RunPosutil(row);
-    EXPECT_EQ(outcome.fStatus, 2);
-    EXPECT_EQ(outcome.fOut, "");
-    EXPECT_EQ(outcome.fErr.rfind("posutil: ", 0), 0U) << outcome.fErr;
+    SCOPED_TRACE(testing::PrintToString(row.arguments));
+    EXPECT_EQ(
+        RunPosutil(row.arguments),
+        (Outcome{2, "", "posutil: " + row.message + "\nSee posutil " + row.command + "--help.\n"}));
   }
+}
+
+// What looks like a command after the first one is an argument.
+TEST(UsageTest, NamesOfCommandsAsArguments) {
+  EXPECT_EQ(RunPosutil({"get", "--from", "text", "-", "version", "print"}, "<version 1 print 2>"),
+            (Outcome{0, "1\n2\n", ""}));
 }
 
 TEST(UsageTest, HelpGivesExamples) {
   EXPECT_EQ(RunPosutil({"--help"}).fStatus, 0);
   for (const std::string command :
-       {"print", "get", "convert", "validate", "check-schema", "version"}) {
+       {"print", "get", "paths", "convert", "set", "remove", "merge", "diff", "patch", "validate",
+        "check-schema", "version", "completion", "manual"}) {
     const Outcome help = RunPosutil({command, "--help"});
     EXPECT_EQ(help.fStatus, 0);
     EXPECT_EQ(help.fErr, "");
@@ -110,9 +116,16 @@ TEST(UsageTest, HelpGivesExamples) {
 
 TEST(VersionTest, DecodesTheLibrarysNumber) {
   const Outcome version = RunPosutil({"version"});
+  // The option does not need the library.
+  EXPECT_EQ(RunPosutil({"--version", "--library", "/nowhere"}),
+            (Outcome{0, version.fOut.substr(0, version.fOut.find('\n') + 1), ""}));
   EXPECT_EQ(version.fStatus, 0);
   EXPECT_EQ(version.fErr, "");
-  EXPECT_NE(version.fOut.find("KAPUtils 1.1.1 (65793), "), std::string::npos) << version.fOut;
+  const std::string expected = "KAPUtils " + std::to_string(KAPUTILS_VERSION_MAJOR) + "." +
+                               std::to_string(KAPUTILS_VERSION_MINOR) + "." +
+                               std::to_string(KAPUTILS_VERSION_PATCH) + " (" +
+                               std::to_string(KAPUTILS_VERSION) + "), ";
+  EXPECT_NE(version.fOut.find(expected), std::string::npos) << version.fOut;
 }
 
 TEST(InputTest, Unreadable) {

@@ -2,6 +2,8 @@
 // Every call of the C library that posutil depends on fails or is the last one: the output file is
 // the old one or the new one, and nothing else is left.
 
+#include <signal.h>
+
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -161,7 +163,7 @@ TEST_F(FaultTest, KilledAtTheNthCall) {
 TEST_F(FaultTest, KilledWhileItsChildWorks) {
   for (const char* const call : {"link", "rename"}) {
     SCOPED_TRACE(call);
-    EXPECT_EQ(Convert({call, 1, 1, "orphan"}).fStatus, -1);
+    EXPECT_EQ(Convert({call, 1, 1, "orphan"}).fStatus, -SIGKILL);
     EXPECT_TRUE(HasFired());
     while (!IsNew()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     ExpectWhole();

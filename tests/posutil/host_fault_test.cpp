@@ -51,9 +51,11 @@ int RunHere(Command& command, const std::vector<std::string>& arguments, const F
   KAPHost::Host& host = session.TheLibrary().Host();
   int status = kExitFailure;
   try {
-    CLI::App options;
-    command.Declare(options);
-    options.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    CLI::App program;
+    command.Declare(*program.add_subcommand(command.kName));
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    reversed.emplace_back(command.kName);
+    program.parse(reversed);
     if (fault.fFirst > 0 && fault.fAndAllAfterIt) host.FailFrom(KAPFault::kAny, fault.fFirst);
     if (fault.fFirst > 0 && !fault.fAndAllAfterIt) host.FailCall(KAPFault::kAny, fault.fFirst);
     status = command.Run(session);
@@ -138,14 +140,26 @@ TEST_F(HostFaultTest, NthCallFails) {
   const std::string schema = fFolder.Put(
       "schema.txt",
       "< T < category dict required < a A b string > > A < category array membertype any > >");
+  const std::string mergePatch = fFolder.Put("merge.json", R"({"a":null,"b":{"c":[1]}})");
+  const std::string jsonPatch = fFolder.Put(
+      "patch.json",
+      R"([{"op":"add","path":"/a/0","value":2},{"op":"copy","from":"/a","path":"/c"}])");
   const std::string out = fFolder.Path("out.typea");
   const std::multimap<std::string, std::vector<std::string>> rows = {
       {"print", {json}},
       {"get", {text, "a[1]", "b", "a"}},
+      {"paths", {json}},
+      {"set", {json, "a[1]", R"([1,null])"}},
+      {"remove", {json, "a[0]", "b"}},
+      {"merge", {json, mergePatch}},
+      {"patch", {json, jsonPatch}},
+      {"diff", {text, json}},
       {"convert", {json, out}},
       {"convert", {text, out}},
       {"validate", {"--schema", schema, "--type", "T", text}},
       {"check-schema", {schema}},
+      {"completion", {"bash"}},
+      {"manual", {}},
       {"version", {}}};
   for (Command* command : Command::All()) {
     EXPECT_TRUE(rows.contains(command->kName)) << command->kName;

@@ -361,7 +361,7 @@ TEST_F(ValidateTest, ManyDocumentsAfterALargeOne) {
 }
 
 TEST_F(ValidateTest, WrongUsage) {
-  Put("ada.data", "1");
+  Put("ada.data", "?");
   const std::vector<std::string> rows[] = {
       {"validate"},
       {"validate", "--schema", "schema.txt", "--type", "Person"},

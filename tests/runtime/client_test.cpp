@@ -48,7 +48,9 @@ struct IndependentStream : Stream {
 struct Filter : Client<KAPClientFilterJPEG> {
   void Write(const unsigned char*, std::size_t size) override { Note("Write", size); }
   void Close() override { Note("Close"); }
-  CKAPFilter GetVellumcodeFilter() override { return CKAPFilter::NewIdentityFilter({}); }
+  CKAPFilter GetVellumcodeFilter() override {
+    return CKAPFilter::NewIdentityFilter(CKAPDataSink::New());
+  }
   void SetImageParameters(int w, int h, int c) override { Note("Image", w, h, c); }
   void SetCompressionParameters(float quality) override { Note("Quality", quality); }
 };
@@ -72,7 +74,7 @@ TEST_F(ClientTest, Streams) {
   EXPECT_EQ(stream.Mark(), 5);
   stream.Seek(-3, kKAPSeekFromEnd);
   EXPECT_EQ(TakeHistory(), "Write 2;Read 8;Mark;Seek -3 2;");
-  EXPECT_EQ(Thrown([&] { stream.CreateIndependentlyRewindableStream(); }), kUnknown);
+  EXPECT_EQ(Thrown([&] { (void)stream.CreateIndependentlyRewindableStream(); }), kUnknown);
   stream = CKAPPositionableStream(
       Factory::NewClientPositionableStream(KAPNewClient<IndependentStream>()), KAPAdopt());
   stream.CreateIndependentlyRewindableStream().Rewind();
@@ -82,6 +84,32 @@ TEST_F(ClientTest, Streams) {
   EXPECT_EQ(TakeHistory(), "Create;Seek 0 0;Seek 0 0;");
   CKAPSimpleStream simple(Factory::NewClientSimpleStream(KAPNewClient<Stream>()), KAPAdopt());
   EXPECT_EQ(Thrown([&] { CKAPRewindableStream wrong(simple.Handle()); }), kInvalidContainer);
+}
+
+// The host would call the new stream with the procedures of a class that it does not have.
+TEST_F(ClientTest, AStreamOfAnotherClass) {
+  struct Rewindable : Client<KAPClientRewindableStream> {
+    std::size_t Read(unsigned char*, std::size_t) override { return 0; }
+    void Write(const unsigned char*, std::size_t) override {}
+    TKAPClientObject<KAPClientRewindableStream> CreateIndependentlyRewindableStream() override {
+      return nullptr;
+    }
+    void Rewind() override {}
+  };
+  struct Wrong : Stream {
+    explicit Wrong(bool makesNone) : fMakesNone(makesNone) {}
+    TKAPClientObject<KAPClientRewindableStream> CreateIndependentlyRewindableStream() override {
+      return fMakesNone ? nullptr : KAPNewClient<Rewindable>();
+    }
+    bool fMakesNone;
+  };
+  const std::pair<bool, const char*> rows[] = {{false, "the new stream cannot be positioned|TOQ|0"},
+                                               {true, kUnknown}};
+  for (const auto& [makesNone, text] : rows) {
+    CKAPPositionableStream stream(KAPNewClient<Wrong>(makesNone));
+    EXPECT_EQ(Thrown([&] { (void)stream.CreateIndependentlyRewindableStream(); }), text);
+    EXPECT_EQ(gLive, 1);
+  }
 }
 
 TEST_F(ClientTest, SinksFiltersAndProgress) {
@@ -135,10 +163,41 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
   }
 }
 
+// An empty reference reaches the host as a null handle.
+TEST_F(ClientTest, EmptyReferences) {
+  HostTap::Clear();
+  EXPECT_TRUE(CKAPDataSink().IsNull() && CKAPFilter().IsNull() && CKAPFilterJPEG().IsNull());
+  EXPECT_TRUE(CKAPProgress().IsNull());
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
+  EXPECT_NE(Thrown([] { CKAPDataSink().Write(kBytes, 1); }), "");
+  EXPECT_NE(Thrown([] { CKAPProgress().Update(0, "", 0); }), "");
+  EXPECT_EQ(Thrown([] { CKAPProgress(nullptr, KAPAdopt()); }),
+            "couldn't construct CKAPProgress||0");
+}
+
+// A host that breaks its contract: no error, and no sink.
+TEST_F(ClientTest, NeitherSinkNorError) {
+  const CKAPDataSink target = CKAPDataSink::New();
+  const auto none = [](auto...) { return static_cast<KAPError*>(nullptr); };
+  ReplaceProc<KAPFilterInterface, "NewNullDataSink">(fHost, none);
+  ReplaceProc<KAPFilterInterface, "NewClientDataSink">(fHost, none);
+  ReplaceProc<KAPFilterInterface, "NewIdentityFilter">(fHost, none);
+  ReplaceProc<KAPFilterInterface, "NewClientFilter">(fHost, none);
+  ReplaceProc<KAPFilterInterface, "NewFilterJPEG">(fHost, none);
+  MoveCounter(fHost);
+  const std::function<void()> makers[] = {[] { (void)CKAPDataSink::New(); },
+                                          [] { CKAPDataSink(KAPNewClient<Filter>()); },
+                                          [&] { (void)CKAPFilter::NewIdentityFilter(target); },
+                                          [&] { CKAPFilter(target, KAPNewClient<Filter>()); },
+                                          [&] { CKAPFilterJPEG(target, KAPNewClient<Filter>()); }};
+  for (const auto& make : makers) EXPECT_EQ(Thrown(make), kUnknown);
+  EXPECT_EQ(CKAPDataSink::_NewClientDataSink(KAPNewClient<Filter>()), nullptr);
+}
+
 // A client object is deleted when the host's table is gone.
 TEST_F(ClientTest, TablesThatAreGone) {
   fHost.FailFrom(KAPFault::kProgress, 1);
-  EXPECT_EQ(Thrown([] { CKAPProgress progress; }), "couldn't construct CKAPProgress||0");
+  EXPECT_EQ(Thrown([] { (void)CKAPProgress::New(); }), "couldn't construct CKAPProgress||0");
   for (const auto* name :
        {KAPStreamFactoryInterface::kName, KAPFilterInterface::kName, KAPProgressInterface::kName}) {
     fHost.HideInterface(name);
@@ -148,10 +207,10 @@ TEST_F(ClientTest, TablesThatAreGone) {
   EXPECT_EQ(CKAPDataSink::_NewClientDataSink(KAPNewClient<Filter>()), nullptr);
   EXPECT_EQ(CKAPProgress::_NewClientProgress(KAPNewClient<Progress>()), nullptr);
   for (auto* construct :
-       {+[] { CKAPDataSink sink; }, +[] { CKAPDataSink(KAPNewClient<Filter>()); },
+       {+[] { (void)CKAPDataSink::New(); }, +[] { CKAPDataSink(KAPNewClient<Filter>()); },
         +[] { CKAPFilter(CKAPDataSink(nullptr), KAPNewClient<Filter>()); },
         +[] { CKAPFilterJPEG(CKAPDataSink(nullptr), KAPNewClient<Filter>()); },
-        +[] { CKAPProgress progress; }, +[] { CKAPProgress(KAPNewClient<Progress>()); }}) {
+        +[] { (void)CKAPProgress::New(); }, +[] { CKAPProgress(KAPNewClient<Progress>()); }}) {
     EXPECT_EQ(Thrown(construct), kMissingProcedure);
   }
   EXPECT_EQ(Thrown([] { CKAPPositionableStream stream("/tmp", "r"); }), kInvalidContainer);
@@ -224,7 +283,7 @@ const struct {
        memory.Seek(1, kKAPSeekFromStart);
        Need(memory.Mark() == 1 && memory.Read(gBuffer, 8) == 1);
        CKAPPositionableStream(Factory::NewPositionableBufferStream(kBytes, 8), KAPAdopt());
-       memory.CreateIndependentlyPositionableStream().CreateIndependentlyRewindableStream();
+       (void)memory.CreateIndependentlyPositionableStream().CreateIndependentlyRewindableStream();
      }},
     {"streams of the component",
      [] {
@@ -236,7 +295,7 @@ const struct {
      }},
     {"sinks and filters",
      [] {
-       const CKAPDataSink null, sink(KAPNewClient<Filter>());
+       const CKAPDataSink null = CKAPDataSink::New(), sink(KAPNewClient<Filter>());
        CKAPFilter filter(sink, TKAPClientObject<KAPClientFilter>(KAPNewClient<Filter>()));
        CKAPFilterJPEG jpeg(null, KAPNewClient<Filter>());
        jpeg.SetImageParameters(1, 2, 3);
@@ -248,7 +307,7 @@ const struct {
        filter.ResetChainState();
      }},
     {"progress", [] {
-       CKAPProgress().Update(0, "", 0);
+       CKAPProgress::New().Update(0, "", 0);
        CKAPProgress(KAPNewClient<Progress>()).Update(0, "", 0);
      }}};
 

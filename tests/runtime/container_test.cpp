@@ -45,11 +45,16 @@ TEST_F(ContainerTest, WaysToTakeAHandle) {
                                            CKAPStringAtom(EchoInterface::kName), nullptr);
   };
   const KAPContainerBaseGeneric base(make());
-  const CKAPContainerHolder holder(make()), adopted(make(), KAPAdopt()), older(make(), true);
+  const CKAPContainerHolder holder(make()), adopted(make(), KAPAdopt()), older(make(), true),
+      inAnyCase(make(), false);
   const CKAPContainerHolder added(base.Handle()), none(static_cast<KAPContainer*>(nullptr));
   EXPECT_EQ(*fHost.Containers<"DebugGetRefCountAddr">(base.Handle()), 2);
+  EXPECT_EQ(*fHost.Containers<"DebugGetRefCountAddr">(inAnyCase.Handle()), 1);
   EXPECT_EQ(*fHost.Containers<"DebugGetRefCountAddr">(holder.Handle()), 1);
   EXPECT_NE(CKAPContainerHolder::New().Handle(), nullptr);
+  auto named = make();
+  EXPECT_FALSE(named == nullptr);
+  const CKAPContainerHolder moved(std::move(named));
 }
 
 // A reference that the host fails is neither kept nor released.
@@ -128,13 +133,13 @@ TEST_F(MemoryTest, SizesThatDoNotFit) {
         << row.count << " * " << row.size << " + " << row.header;
   }
   EXPECT_EQ(KAPCheckedSize(3, 8, 5), 29u);
-  EXPECT_EQ(Thrown([] { KAPNewBlock<long>(kMax / 8 + 1); }), kOverflow);
+  EXPECT_EQ(Thrown([] { (void)KAPNewBlock<long>(kMax / 8 + 1); }), kOverflow);
   HostTap::Clear();
   EXPECT_EQ(KAPNewBlock<long>(0), nullptr);
   EXPECT_EQ(HostTap::TakeCalls(), Log());
   fHost.FailBlocksAbove(64);
   EXPECT_NE(KAPNewBlock<long>(8), nullptr);
-  EXPECT_EQ(Thrown([] { KAPNewBlock<long>(9); }), kBadAlloc);
+  EXPECT_EQ(Thrown([] { (void)KAPNewBlock<long>(9); }), kBadAlloc);
 }
 
 }  // namespace

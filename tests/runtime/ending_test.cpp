@@ -40,8 +40,8 @@ struct Holdings {
     const CKAPCacheID id;
     ASSERT_TRUE(CKAPCache::Add(id, this, 1, [](void*) {}));
     fLock.emplace(CKAPCache::Attach(id));
-    fSink.emplace();
-    fProgress.emplace();
+    fSink.emplace(CKAPDataSink::New());
+    fProgress.emplace(CKAPProgress::New());
   }
 };
 

@@ -19,8 +19,8 @@ struct Held {
   CKAPContainerHolder fContainer;
   TKAPBlock<char> fBlock = KAPNewBlock<char>(10);
   TKAPSharedBuffer<char> fBuffer{std::size_t{4}};
-  CKAPDataSink fSink;
-  CKAPProgress fProgress;
+  CKAPDataSink fSink = CKAPDataSink::New();
+  CKAPProgress fProgress = CKAPProgress::New();
 };
 
 class LostProcedureTest : public BoundTest {

@@ -95,7 +95,7 @@ TEST_F(ResourceTest, Streams) {
   const std::string path = testing::TempDir() + "kap_stream_" + std::to_string(getpid());
   for (const bool inFile : {false, true}) {
     CKAPPositionableStream stream =
-        inFile ? CKAPPositionableStream(path.c_str(), "w+") : CKAPPositionableStream();
+        inFile ? CKAPPositionableStream(path, "w+") : CKAPPositionableStream();
     unsigned char bytes[] = "hello";
     stream.Write(bytes, 5);
     EXPECT_EQ(stream.Mark(), 5);
@@ -115,6 +115,8 @@ TEST_F(ResourceTest, Streams) {
   EXPECT_EQ(bytes[2], 3);
   EXPECT_NE(Thrown([&] { copy.Write(source, 1); }), "");
   EXPECT_NE(Thrown([&] { CKAPPositionableStream(path.c_str(), "r"); }), "");
+  EXPECT_EQ(Thrown([] { CKAPPositionableStream(std::string_view("a\0b", 3), "r"); }),
+            "a text cannot hold a zero byte");
   fHost.HideInterface(KAPStreamFactoryInterface::kName);
   MoveCounter(fHost);
   EXPECT_EQ(Thrown([] { CKAPPositionableStream(); }), kInvalidContainer);
@@ -170,6 +172,28 @@ TEST_F(ResourceTest, CachesStepByStep) {
   EXPECT_EQ(Thrown([] { (void)CKAPCachePurge::New(); }), kBadAlloc);
   EXPECT_EQ(Thrown([] { (void)CKAPCacheSet::New(); }), kBadAlloc);
   EXPECT_EQ(Thrown([] { (void)CKAPCacheID::New(); }), "couldn't create cacheID||0");
+}
+
+// As with identities, a handle is added or adopted; a mark also.
+TEST_F(ResourceTest, LocksFromHandles) {
+  CKAPCacheID id = CKAPCacheID::New();
+  ASSERT_TRUE(CKAPCache::Add(id, this, 1, &Delete));
+  const auto marked = [&] {
+    return TKAPInterfaceClient<KAPCacheInterface>::Call<"Attach">(id.Handle());
+  };
+  const auto reference = [&] { return CKAPCacheID(id).Detach(); };
+  {
+    const CKAPCacheLock locks[] = {{id.Handle(), this},
+                                   {reference(), this, KAPAdopt()},
+                                   {id.Handle(), marked(), KAPAlreadyMarked()},
+                                   {reference(), marked(), KAPAdopt(), KAPAlreadyMarked()}};
+    CKAPCache::PurgeAll();
+    for (const CKAPCacheLock& lock : locks) EXPECT_EQ(lock.Item(), this);
+    EXPECT_EQ(gDeleted, 0);
+  }
+  CKAPCache::PurgeAll();
+  EXPECT_EQ(gDeleted, 1);
+  EXPECT_FALSE(CKAPCacheLock(id.Handle(), this));
 }
 
 TEST_F(ResourceTest, LockedItemsStay) {
@@ -240,7 +264,7 @@ TEST_F(ResourceTest, DataStores) {
   }
   EXPECT_EQ(gDeleted, 2);
   EXPECT_EQ(first.GetSize(), 5u);
-  EXPECT_EQ(Thrown([&] { first.GetBlock(5); }), kOutOfMemory);
+  EXPECT_EQ(Thrown([&] { (void)first.GetBlock(5); }), kOutOfMemory);
   EXPECT_EQ(gDeleted, 2);
 }
 
@@ -263,7 +287,7 @@ TEST_F(ResourceTest, DataBlockStreams) {
     blocks.Rewind();
     EXPECT_EQ(blocks.GetNextBlock().Text(), "a");
     EXPECT_EQ(blocks.GetNextBlock().Text(), "b");
-    EXPECT_EQ(Thrown([&] { blocks.GetNextBlock(); }), "read twice|c|1");
+    EXPECT_EQ(Thrown([&] { (void)blocks.GetNextBlock(); }), "read twice|c|1");
   }
   EXPECT_EQ(gDeleted, 4);
 }
@@ -294,6 +318,8 @@ void ExpectRefused(const char* wrapper, KAPContainer* handle) {
   KAPContainerBaseGeneric own(handle);
   EXPECT_EQ(Thrown([&] { Wrapper adopted(own.Detach(), KAPAdopt()); }), kInvalidContainer);
   EXPECT_EQ(Thrown([] { Wrapper null(nullptr, KAPAdopt()); }), kInvalidContainer);
+  const CKAPContainerHolder bare = CKAPContainerHolder::New();
+  EXPECT_EQ(Thrown([&] { Wrapper without(bare.Handle()); }), "couldn't get signature||0");
 }
 
 // The constructor itself rejects them, and releases what it has added or adopted.

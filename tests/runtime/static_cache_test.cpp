@@ -86,6 +86,23 @@ TEST_F(StaticCacheTest, NotAcceptedAfterAKill) {
   EXPECT_EQ(TakeHistory(), "");
 }
 
+// The host is told whenever there are caches, even if the binding failed before it knew of them.
+TEST_F(StaticCacheTest, AfterAFailedBinding) {
+  struct Refusing : LazyTerminate {
+    bool Initialize() override { return false; }
+  } const refusing;
+  {
+    const Cache cache("1");
+    EXPECT_FALSE(KAPClientInit(&HostTap::GetProc));
+    EXPECT_FALSE(CKAPStaticCacheBase::IsAccepting());
+    KAPClientTerminate();
+    EXPECT_EQ(TakeHistory(), "C1-");
+  }
+  EXPECT_FALSE(KAPClientInit(&HostTap::GetProc));
+  KAPClientTerminate();
+  EXPECT_EQ(TakeHistory(), "");
+}
+
 TEST_F(StaticCacheTest, WithoutTheCacheInterface) {
   const Member member;
   fHost.HideInterface(KAPCacheInterface::kName);

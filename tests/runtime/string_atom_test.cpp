@@ -36,8 +36,8 @@ TEST_F(StringAtomTest, WaysToTakeAHandle) {
   const auto handle = [&] { return CKAPStringAtom(atom).Detach(); };  // with a reference
   const BalancedScope balanced(fHost);
   const CKAPStringAtom added(atom.Handle()), adopted(handle(), KAPAdopt()),
-      made{TKAPNewHandle(handle())};
-  EXPECT_TRUE(added == atom && adopted == atom && made == atom);
+      made{TKAPNewHandle(handle())}, older{TKAPNewHandle(handle()), false};
+  EXPECT_TRUE(added == atom && adopted == atom && made == atom && older == atom);
   EXPECT_FALSE(atom == CKAPStringAtom("y") || atom == CKAPStringAtom());
   EXPECT_TRUE(CKAPStringAtom() == CKAPStringAtom(nullptr, KAPAdopt()));
 }
@@ -50,7 +50,7 @@ TEST_F(StringAtomTest, UnterminatedTexts) {
     EXPECT_EQ(std::string(atom.Text()), text.substr(0, size));
   }
   EXPECT_EQ(Thrown([] { CKAPStringAtom(std::string_view("a\0b", 3)); }),
-            "a string atom cannot hold a zero byte");
+            "a text cannot hold a zero byte");
   EXPECT_STREQ(CKAPStringAtom(std::string_view()).Text(), "");
   fHost.FailBlocksAbove(0);
   EXPECT_EQ(Thrown([&] { CKAPStringAtom{std::string_view(text)}; }), kBadAlloc);

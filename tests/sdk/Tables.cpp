@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Tables.h"
 
+#include <fstream>
 #include <map>
 #include <type_traits>
 #include <utility>
@@ -112,4 +113,23 @@ std::vector<std::string> BrokenPromises(const std::vector<std::string>& publishe
     }
   }
   return broken;
+}
+
+std::vector<std::string> ReadLines(const std::string& path) {
+  std::ifstream file(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);) lines.push_back(line);
+  return lines;
+}
+
+std::vector<std::string> AddToPublished(const std::string& path,
+                                        const std::vector<std::string>& declared) {
+  const std::vector<std::string> published = ReadLines(path);
+  if (published.empty()) return {path + ": no published tables"};
+  std::vector<std::string> broken = BrokenPromises(published, declared);
+  if (!broken.empty()) return broken;
+  std::ofstream file(path);
+  for (const std::string& line : declared) file << line << '\n';  // the published ones among them
+  if (!file.flush()) return {path + ": cannot be written"};
+  return {};
 }

@@ -18,3 +18,11 @@ std::vector<std::string> DeclaredTables();
 // names or another type now. Lines that are declared but not published are additions, and fine.
 std::vector<std::string> BrokenPromises(const std::vector<std::string>& published,
                                         const std::vector<std::string>& declared);
+
+// The lines of a file; none when it cannot be read.
+std::vector<std::string> ReadLines(const std::string& path);
+
+// Adds what is declared to the published tables in the file, and returns what has changed. If
+// anything has, or the file cannot be read, it stays as it is.
+std::vector<std::string> AddToPublished(const std::string& path,
+                                        const std::vector<std::string>& declared);

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // KAPUtilsC.h says the same as the declarations: checked by the compiler, method by method.
 
+#include <iterator>
 #include <type_traits>
 
 #include "KAPUtilsC.h"
+#include "Numbers.h"
 #include "dir/KAPUtilsDirInterfaces.h"
+#include "kap/KAPError.h"
 #include "kap/KAPHostInterfaces.h"
 #include "pos/POSInterfaceSets.h"
 #include "pos/POSKinds.h"
@@ -32,6 +35,10 @@ static_assert(KAPUTILS_INTERFACES(KAP_COUNT) ==
                   KAP_T_MT::POSValidatorInterfaceSet::kCount + 2 /* directories */ +
                   3 /* streams */ + 3 /* data stores */);
 
-static_assert(kPOSNumber == +KAP_T_MT::kPOSNumber && kPOSDict == +KAP_T_MT::kPOSDict);
-static_assert(kKAPSeekFromStart == +KAP_T_MT::kKAPSeekFromStart);
-static_assert(kKAPSeekFromEnd == +KAP_T_MT::kKAPSeekFromEnd);
+// In C++ the enumerations are those of the C++ headers; c_header_test.c checks those of C.
+#define KAP_SAME_NUMBER(name, number) \
+  static_assert(name == number && +name == +KAP_T_MT::name, #name);
+KAP_PUBLISHED_NUMBERS(KAP_SAME_NUMBER)
+static_assert(KAP_T_MT::kUnknownErrorID == 0 && KAP_T_MT::kMemErrorID == 1);
+static_assert(KAP_T_MT::kPOSTypes[0] == kPOSNumber &&
+              std::size(KAP_T_MT::kPOSTypes) == kPOSDict);  // no kind without a published number

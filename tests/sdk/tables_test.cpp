@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 
 #include "Tables.h"
@@ -13,9 +14,7 @@ namespace {
 using Lines = std::vector<std::string>;
 
 TEST(TablesTest, WhatIsPublishedStaysAsItIs) {
-  std::ifstream file(KAP_PUBLISHED_TABLES);
-  Lines published;
-  for (std::string line; std::getline(file, line);) published.push_back(line);
+  const Lines published = ReadLines(KAP_PUBLISHED_TABLES);
   ASSERT_GT(published.size(), 150u) << KAP_PUBLISHED_TABLES;
   for (const std::string& broken : BrokenPromises(published, DeclaredTables())) {
     ADD_FAILURE() << broken;
@@ -52,6 +51,22 @@ TEST(TablesTest, AdditionsPassAndChangesAreNamed) {
     SCOPED_TRACE(row.why);
     EXPECT_EQ(BrokenPromises(published, row.declared), row.broken);
   }
+}
+
+// A release adds what is new. It must not publish a change by the way.
+TEST(TablesTest, AReleaseAddsAndNeverReplaces) {
+  const std::string path = testing::TempDir() + "published_tables.txt";
+  const Lines published = {"A 0 Get AGetProc int()"};
+  const Lines grown = {published[0], "A 1 Set ASetProc void(int)", "B 0 Do BDoProc void()"};
+  std::ofstream(path) << published[0] << '\n';
+
+  EXPECT_EQ(AddToPublished(path, {"A 0 Get AGetProc long()"}),
+            Lines{"A 0 was Get AGetProc int(), is Get AGetProc long()"});
+  EXPECT_EQ(ReadLines(path), published);
+  EXPECT_EQ(AddToPublished(path, grown), Lines{});
+  EXPECT_EQ(ReadLines(path), grown);
+  std::remove(path.c_str());
+  EXPECT_EQ(AddToPublished(path, grown), Lines{path + ": no published tables"});
 }
 
 // An alias must not hide a change of the type that it stands for.

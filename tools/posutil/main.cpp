@@ -5,16 +5,33 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
+#include <map>
 #include <new>
 #include <vector>
 
 #include "base/Failure.h"
 #include "commands/Command.h"
+#include "commands/declarations/UsageMessage.h"
 #include "program/Session.h"
+#include "program/Version.h"
 
 namespace PosUtil {
 
 namespace {
+
+// Applied as soon as it is parsed: the arguments after it may be wrong, which takes a message.
+void DeclareColour(CLI::App& options, Session& session) {
+  static const std::map<std::string, ColourMode> kModes = {
+      {"auto", ColourMode::kAuto}, {"always", ColourMode::kAlways}, {"never", ColourMode::kNever}};
+  options
+      .add_option_function<std::string>(
+          "--color", [&session](const std::string& mode) { session.SetColours(kModes.at(mode)); },
+          "Colours of the output and the messages; default: auto, on a terminal unless NO_COLOR is "
+          "set")
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->trigger_on_parse()
+      ->option_text("auto|always|never");
+}
 
 void DeclareAll(CLI::App& options, Session& session) {
   options.require_subcommand(1);
@@ -23,6 +40,8 @@ void DeclareAll(CLI::App& options, Session& session) {
       .add_option("--library", session.LibraryPath(),
                   "Path of libKAPUtils.so; default: the installed one, then ../lib")
       ->option_text("FILE");
+  DeclareColour(options, session);
+  options.set_version_flag("--version", ProgramVersion(), "Prints the version of the program");
   options.footer(
       "posutil COMMAND --help describes a command.\n\n"
       "Exit status: 0 success, 1 a negative result, 2 wrong usage, 3 unreadable or malformed\n"
@@ -53,12 +72,16 @@ std::vector<std::string> Arguments(int argc, char** argv) {
 ExitStatus Run(CLI::App& options, int argc, char** argv, Session& session) {
   try {
     options.parse(Arguments(argc, argv));
+  } catch (const CLI::CallForVersion& version) {
+    session.Out().Put(std::string(version.what()) + "\n");
+    session.Finish();
+    return kExitSuccess;
   } catch (const CLI::Success&) {
     session.Out().Put(options.help());
     session.Finish();
     return kExitSuccess;
   } catch (const CLI::ParseError& error) {
-    throw Failure(std::string(error.what()) + "\nSee posutil --help.", kExitUsage);
+    throw Failure(UsageMessage(options, error), kExitUsage);
   }
   const ExitStatus status = ChosenCommand(options).Run(session);
   session.Finish();
@@ -76,8 +99,10 @@ ExitStatus RunInSession(int argc, char** argv) {
     session.ComplainPlainly(error.what());
     return error.Status();
   } catch (const Failure& failure) {
-    if (*failure.what()) session.Complain(failure.what());
+    session.Complain(failure.what());
     return failure.Status();
+  } catch (const ClosedPipe&) {
+    throw;  // to end the process after all that it holds
   } catch (const std::bad_alloc&) {
     throw;  // a message of the session needs memory
   } catch (const std::exception& error) {
@@ -86,9 +111,22 @@ ExitStatus RunInSession(int argc, char** argv) {
   return kExitFailure;
 }
 
+// What a closed pipe did when the program started. A parent may have it ignored.
+void (*gOnClosedPipe)(int) = SIG_DFL;
+
+// Ends the process as the signal does, so that a shell sees what it expects in a pipeline. Returns
+// if the parent ignores the signal.
+void EndByClosedPipe() {
+  std::signal(SIGPIPE, gOnClosedPipe);
+  std::raise(SIGPIPE);
+}
+
 int Main(int argc, char** argv) {
   try {
     return RunInSession(argc, argv);
+  } catch (const ClosedPipe&) {
+    EndByClosedPipe();
+    return kExitFailure;
   } catch (const std::bad_alloc&) {
     static constexpr char kText[] = "posutil: out of memory\n";
     static_cast<void>(!::write(STDERR_FILENO, kText, sizeof kText - 1));
@@ -113,7 +151,7 @@ void FillStandardDescriptors() {
 int main(int argc, char** argv) {
   PosUtil::FillStandardDescriptors();
   // Makes a closed pipe and a limit on the size of files into errors of writing.
-  std::signal(SIGPIPE, SIG_IGN);
+  PosUtil::gOnClosedPipe = std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   // A parent may have it ignored; then no exit status of a child would arrive.
   std::signal(SIGCHLD, SIG_DFL);

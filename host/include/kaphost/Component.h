@@ -48,6 +48,7 @@ class Component {
   // Whether this object or another one of the same file is initialised.
   bool IsInitialised() const;
 
+  // What the component's "GetVersion" function returns, and the path that it was opened with.
   int Version() const { return fGetVersion(); }
   const std::string& Path() const { return fPath; }
 

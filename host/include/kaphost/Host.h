@@ -42,6 +42,7 @@ enum class HostMemory {
   kPlain,
 };
 
+// How a host is set up. A plain value; the defaults suit a program that loads components.
 struct HostOptions {
   // Called with each message that a component reports, on the reporting thread. Must not throw. The
   // message is kept for Host::Reports all the same: a host that runs for long calls TakeReports now
@@ -57,6 +58,7 @@ struct HostOptions {
   // the same time: the object is destroyed once. The second release is reported for an atom, and
   // for another object unless the first one is still destroying it.
   bool fChecks = false;
+  // Where small things come from.
   HostMemory fMemory = HostMemory::kAutomatic;
 };
 

@@ -28,6 +28,7 @@ struct Holding {
   // for atoms, open files and cache purges.
   long fExtent = 0;
 
+  // Whether both numbers are equal.
   friend bool operator==(const Holding&, const Holding&) = default;
 };
 
@@ -46,6 +47,7 @@ class Snapshot {
   // Adds to a holding; an entry that becomes zero disappears. Throws std::bad_alloc.
   void Add(KAPResource resource, std::string_view name, Holding holding);
 
+  // Whether nothing is held.
   bool IsEmpty() const { return fHoldings.empty(); }
   // Zero when there is none.
   Holding Of(KAPResource resource, std::string_view name) const;
@@ -56,7 +58,9 @@ class Snapshot {
   // there is none. Throws std::bad_alloc.
   std::string Describe() const;
 
+  // What is held now and was not in `other`; negative for what was released. Throws std::bad_alloc.
   Snapshot operator-(const Snapshot& other) const;
+  // Whether the same is held under the same names.
   friend bool operator==(const Snapshot&, const Snapshot&) = default;
 
  private:

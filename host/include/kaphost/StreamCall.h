@@ -17,8 +17,9 @@ struct StreamCall {
   long fAmount = 0;                 // the bytes asked for or written, the offset of a seek
   int fOrigin = 0;                  // of a seek
   long fResult = 0;                 // the bytes read, the position marked
-  bool fFailed = false;
+  bool fFailed = false;             // whether the method returned an error
 
+  // Whether all fields are equal.
   friend bool operator==(const StreamCall&, const StreamCall&) = default;
 };
 

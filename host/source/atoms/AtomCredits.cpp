@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "atoms/AtomCredits.h"
 
-#include <cstring>
+#include <bit>
 #include <memory>
 #include <new>
 
@@ -24,15 +24,29 @@ thread_local constinit AtomCredits* AtomCredits::tCredits = nullptr;
 
 std::mutex& AtomCredits::Mutex() noexcept { return gMutex; }
 
+unsigned AtomCredits::Set::WayOf(const KAPStringAtom& atom) const noexcept {
+  for (unsigned found = Matches(atom.fHash); found != 0; found &= found - 1) {
+    const auto way = static_cast<unsigned>(std::countr_zero(found));
+    if (fAtoms[way].load(kRelaxed) == &atom) return way;
+  }
+  return kWays;
+}
+
+// Nothing is kept while the host checks for uses of dead atoms, or leaves them to a sanitizer: what
+// is kept does not die. The text is kept, too, so it must be short.
+bool AtomCredits::CanKeep(std::size_t length) noexcept {
+  return length <= kLongestText && !HasGateBits(kGateClosed | kGateChecking | kGatePlain) &&
+         (tCredits || NewCache());
+}
+
 KAPStringAtom* AtomCredits::Take(const TextKey& key) noexcept {
   AtomCredits* const cache = tCredits;
   if (!cache) return nullptr;
   Set& set = cache->SetOf(key.fHash);
-  for (unsigned way = 0; way < kWays; ++way) {
-    if (set.fHashes[way] != key.fHash) continue;
+  for (unsigned found = set.Matches(key.fHash); found != 0; found &= found - 1) {
+    const auto way = static_cast<unsigned>(std::countr_zero(found));
     const KAPStringAtom* const atom = set.fAtoms[way].load(kRelaxed);
-    if (!atom || atom->fTag != key.fTag || std::strcmp(atom->Text(), key.fText) != 0) continue;
-    return TakeOne(set, way);
+    if (atom && key.IsTextOf(*atom)) return TakeOne(set, way);
   }
   return nullptr;
 }
@@ -40,10 +54,8 @@ KAPStringAtom* AtomCredits::Take(const TextKey& key) noexcept {
 bool AtomCredits::TakeFor(KAPStringAtom& atom) noexcept {
   if (!tCredits || !atom.fIsCached.load(kRelaxed)) return false;
   Set& set = tCredits->SetOf(atom.fHash);
-  for (unsigned way = 0; way < kWays; ++way) {
-    if (set.fAtoms[way].load(kRelaxed) == &atom) return TakeOne(set, way);
-  }
-  return false;
+  const unsigned way = set.WayOf(atom);
+  return way != kWays && TakeOne(set, way);
 }
 
 // The cache's last credit is a reference, so more can be added without the table.
@@ -58,27 +70,37 @@ KAPStringAtom* AtomCredits::TakeOne(Set& set, unsigned way) noexcept {
   return atom;
 }
 
+void AtomCredits::Release(KAPStringAtom& atom) noexcept {
+  if (Give(atom)) return;
+  if (atom.fCount.load(kRelaxed) == 1 && CanKeep(atom.fLength)) return ReleaseLater(atom);
+  gAtoms.Release(atom, 1);
+}
+
 bool AtomCredits::Give(KAPStringAtom& atom) noexcept {
   if (!tCredits || !atom.fIsCached.load(kRelaxed)) return false;
   Set& set = tCredits->SetOf(atom.fHash);
-  for (unsigned way = 0; way < kWays; ++way) {
-    if (set.fAtoms[way].load(kRelaxed) != &atom) continue;
-    auto credits = static_cast<std::uint16_t>(set.fCredits[way].load(kRelaxed) + 1);
-    if (credits > kMost) {
-      gAtoms.Release(atom, kBatch);
-      credits = static_cast<std::uint16_t>(credits - kBatch);
-    }
-    set.fCredits[way].store(credits, kRelaxed);
-    return true;
+  const unsigned way = set.WayOf(atom);
+  if (way == kWays) return false;
+  auto credits = static_cast<std::uint16_t>(set.fCredits[way].load(kRelaxed) + 1);
+  if (credits > kMost) {
+    gAtoms.Release(atom, kBatch);
+    credits = static_cast<std::uint16_t>(credits - kBatch);
   }
-  return false;
+  set.fCredits[way].store(credits, kRelaxed);
+  return true;
 }
 
-// Nothing is cached while the host checks for uses of dead atoms, or leaves them to a sanitizer:
-// a cached atom does not die.
+// The reference need not stay the last one: a look-up may find the atom until it is removed.
+void AtomCredits::ReleaseLater(KAPStringAtom& atom) noexcept {
+  gAtoms.FetchBucket(atom.fHash);
+  auto& place = tCredits->fLeaving[tCredits->fNextLeaving++ % kLeaving];
+  KAPStringAtom* const leaving = place.load(kRelaxed);
+  place.store(&atom, kRelaxed);
+  if (leaving) gAtoms.Release(*leaving, 1);
+}
+
 void AtomCredits::Missed(KAPStringAtom& atom, const TextKey& key) noexcept {
-  if (key.fLength > kLongestText || HasGateBits(kGateClosed | kGateChecking | kGatePlain)) return;
-  if (!tCredits && !NewCache()) return;
+  if (!CanKeep(key.fLength)) return;
   Set& set = tCredits->SetOf(key.fHash);
   if (set.fMissed != key.fHash) {
     set.fMissed = key.fHash;
@@ -104,6 +126,9 @@ std::unordered_map<const KAPStringAtom*, long> AtomCredits::All() {
         if (atom) all[atom] += set.fCredits[way].load(kRelaxed);
       }
     }
+    for (const auto& place : cache.fLeaving) {
+      if (const KAPStringAtom* const atom = place.load(kRelaxed)) ++all[atom];
+    }
   });
   return all;
 }
@@ -114,6 +139,9 @@ void AtomCredits::ReleaseOwn() noexcept {
       KAPStringAtom* const atom = set.fAtoms[way].exchange(nullptr, kRelaxed);
       if (atom) gAtoms.Release(*atom, set.fCredits[way].load(kRelaxed));
     }
+  }
+  for (auto& place : fLeaving) {
+    if (KAPStringAtom* const atom = place.exchange(nullptr, kRelaxed)) gAtoms.Release(*atom, 1);
   }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <emmintrin.h>
+
 #include <array>
 #include <atomic>
 #include <mutex>
@@ -24,6 +26,11 @@ namespace KAPHost {
 // in a row: of texts that are all different, none drives a word out. Long texts stay out, because
 // the cache keeps memory after the last component has released the atom.
 //
+// A thread also keeps each last reference that it releases until it has released 32 more. The
+// atom's bucket, which must be searched to remove the atom, has long left the processor's caches by
+// then. It is fetched at once, and has arrived when it is needed. The accounting subtracts these
+// references, too.
+//
 // Threads: the owner works on its cache without locks. Others read it, or take its credits when the
 // host is destroyed; the members that they read are atomic for that.
 class alignas(128) AtomCredits {
@@ -32,8 +39,8 @@ class alignas(128) AtomCredits {
   static KAPStringAtom* Take(const TextKey& key) noexcept;
   // Adds a reference to an atom from the cache. False when the cache does not have the atom.
   static bool TakeFor(KAPStringAtom& atom) noexcept;
-  // Takes back a reference that the caller owns. False as above.
-  static bool Give(KAPStringAtom& atom) noexcept;
+  // Releases a reference that the caller owns: to the cache, later, or at once.
+  static void Release(KAPStringAtom& atom) noexcept;
   // Tells the calling thread's cache of an atom that the table had and the cache did not.
   static void Missed(KAPStringAtom& atom, const TextKey& key) noexcept;
 
@@ -53,6 +60,7 @@ class alignas(128) AtomCredits {
   static constexpr std::uint16_t kBatch = 64;  // taken from a shared count at once
   static constexpr std::uint16_t kMost = 4 * kBatch;
   static constexpr std::size_t kLongestText = 64;
+  static constexpr unsigned kLeaving = 32;
 
   // One cache line.
   struct alignas(64) Set {
@@ -61,17 +69,31 @@ class alignas(128) AtomCredits {
     std::array<std::atomic<std::uint16_t>, kWays> fCredits{};
     std::uint32_t fMissed = 0;  // the hash that was missed last
     std::uint32_t fNext = 0;    // the way to replace
+
+    // The ways with this hash, as bits.
+    unsigned Matches(std::uint32_t hash) const noexcept {
+      const __m128i hashes = _mm_load_si128(reinterpret_cast<const __m128i*>(fHashes.data()));
+      const __m128i equal = _mm_cmpeq_epi32(hashes, _mm_set1_epi32(static_cast<int>(hash)));
+      return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(equal)));
+    }
+    // The way with this atom; kWays when there is none.
+    unsigned WayOf(const KAPStringAtom& atom) const noexcept;
   };
 
   static AtomCredits* NewCache() noexcept;
   static void End(void* ended) noexcept;
+  static bool CanKeep(std::size_t length) noexcept;
   static KAPStringAtom* TakeOne(Set& set, unsigned way) noexcept;
+  static bool Give(KAPStringAtom& atom) noexcept;
+  static void ReleaseLater(KAPStringAtom& atom) noexcept;
   Set& SetOf(std::uint32_t hash) noexcept { return fSets[hash % kSets]; }
   void ReleaseOwn() noexcept;
 
   static thread_local constinit AtomCredits* tCredits;
 
   std::array<Set, kSets> fSets{};
+  std::array<std::atomic<KAPStringAtom*>, kLeaving> fLeaving{};  // last references, a ring
+  unsigned fNextLeaving = 0;
 };
 
 }  // namespace KAPHost

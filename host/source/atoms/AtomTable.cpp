@@ -8,6 +8,7 @@
 #include <new>
 #include <utility>
 
+#include "base/Sanitizers.h"
 #include "checks/Quarantine.h"
 #include "heap/Heap.h"
 
@@ -35,12 +36,15 @@ class Waiting {
   int fTurns = 0;
 };
 
-KAPStringAtom* NewAtom(const TextKey& key) noexcept {
-  void* const block = Allocate(sizeof(KAPStringAtom) + key.fLength + 1, BlockKind::kShared);
-  if (!block) return nullptr;
-  auto* const atom = new (block) KAPStringAtom{1, key.fHash, key.fTag};
-  std::memcpy(static_cast<char*>(block) + sizeof(KAPStringAtom), key.fText, key.fLength + 1);
-  return atom;
+void* NewBlock(const TextKey& key) noexcept {
+  return Allocate(sizeof(KAPStringAtom) + key.fLength + 1, BlockKind::kShared);
+}
+
+KAPStringAtom& MakeAtom(void* block, const TextKey& key) noexcept {
+  auto* const atom = new (block) KAPStringAtom{1, key.fHash, key.fTag, key.ShownLength()};
+  key.CopyTo(static_cast<char*>(block) + sizeof(KAPStringAtom));
+  HideFromLeakDetector(block);
+  return *atom;
 }
 
 void FreeAtom(void* atom) noexcept { Deallocate(atom); }
@@ -53,11 +57,22 @@ AtomTable::BucketLock::BucketLock(Bucket& bucket) noexcept
   for (Waiting waiting; !bucket.TryLock();) waiting.Pause();
 }
 
-// While a shard grows, its buckets stay locked until the new array is known.
+// The array may have been replaced since its address was read. Who locks a bucket of a former array
+// then does it after the bucket's last holder, the thread that replaced the array, has unlocked it,
+// or after the system has cleared its memory, and both is later than the replacement: the second
+// look finds it.
 AtomTable::BucketLock::BucketLock(const AtomTable& table, std::uint32_t hash) noexcept
     : fBucket(&table.BucketOf(hash)), fIsLocked(!IsSingleThreaded()) {
   if (!fIsLocked) return;
-  for (Waiting waiting; !fBucket->TryLock(); fBucket = &table.BucketOf(hash)) waiting.Pause();
+  for (Waiting waiting;; fBucket = &table.BucketOf(hash)) {
+    if (!fBucket->TryLock()) {
+      waiting.Pause();
+    } else if (fBucket == &table.BucketOf(hash)) {
+      return;
+    } else {
+      fBucket->Unlock();
+    }
+  }
 }
 
 void AtomTable::Start() noexcept {
@@ -69,31 +84,39 @@ void AtomTable::Start() noexcept {
   }
 }
 
+// The block comes before the lock, although the atom may exist: its memory then arrives together
+// with that of the bucket, and waiting for both is most of the time of a new text among a million.
 AtomTable::Interned AtomTable::Intern(const TextKey& key) noexcept {
-  Interned interned{nullptr, true};
+  FetchBucket(key.fHash);
+  void* const block = NewBlock(key);
+  KAPStringAtom* found = nullptr;
+  KAPStringAtom* added = nullptr;
+  bool isLinked = false;
   {
     const BucketLock bucket(*this, key.fHash);
-    if (KAPStringAtom* const found = bucket->Find(key)) {
+    found = bucket->Find(key);
+    if (found) {
       Increment(found->fCount);
-      return {found, false};
+    } else if (block) {
+      added = Add(*bucket, MakeAtom(block, key));
+      isLinked = bucket->Next();
     }
-    interned.fAtom = Add(*bucket, key);
   }
-  if (IsCrowded(ShardOf(key.fHash))) Grow(ShardOf(key.fHash));
-  return interned;
+  if (!added) Deallocate(block);
+  if (isLinked && IsCrowded(ShardOf(key.fHash))) Grow(ShardOf(key.fHash));
+  return {found ? found : added, !found};
 }
 
-KAPStringAtom* AtomTable::Add(Bucket& bucket, const TextKey& key) noexcept {
-  KAPStringAtom* const atom = NewAtom(key);
-  if (!atom) return nullptr;
-  const auto newBucket = [&] {
-    Increment(fGrowths[ShardOf(key.fHash)].fLinked);
-    return new (std::nothrow) Bucket;
+// Null when a further bucket is needed and there is no memory.
+KAPStringAtom* AtomTable::Add(Bucket& bucket, KAPStringAtom& atom) noexcept {
+  std::atomic<std::uint32_t>& linked = fGrowths[ShardOf(atom.fHash)].fLinked;
+  const auto newBucket = [&linked] {
+    auto* const added = new (std::nothrow) Bucket;
+    if (added) Increment(linked);
+    HideFromLeakDetector(added);
+    return added;
   };
-  if (bucket.Add(*atom, newBucket)) return atom;
-  Decrement(fGrowths[ShardOf(key.fHash)].fLinked);
-  FreeAtom(atom);
-  return nullptr;
+  return bucket.Add(atom, newBucket) ? &atom : nullptr;
 }
 
 void AtomTable::AddRef(KAPStringAtom* atom) noexcept {
@@ -143,44 +166,56 @@ void AtomTable::ReleaseLast(KAPStringAtom& atom, long references) noexcept {
   if (!isKept) FreeAtom(&atom);
 }
 
-// At three atoms and a half for each bucket, one bucket in sixteen needs a further one. Their
-// number stands for that of the atoms, for which all threads would have to change one counter with
-// each atom.
+// At six atoms and a half for each bucket, one bucket in eight needs a further one. Their number
+// stands for that of the atoms, for which all threads would have to change one counter with each
+// atom.
 bool AtomTable::IsCrowded(unsigned shard) const noexcept {
-  return 16 * fGrowths[shard].fLinked.load(std::memory_order_relaxed) > ArrayOf(shard).fMask + 1;
+  return 8 * fGrowths[shard].fLinked.load(std::memory_order_relaxed) > ArrayOf(shard).fMask + 1;
 }
 
 // Doubles the array of a shard. Other threads wait only for this shard, a 256th of the atoms, and
-// for those of its buckets that are moved: these stay locked for good, and who waits for one looks
-// for the array again. Without memory for a larger array, further buckets are linked.
+// for those of its buckets that are moved: these stay locked until the new array is known. Without
+// memory for a larger array, further buckets are linked.
 void AtomTable::Grow(unsigned shard) noexcept {
   const ThreadLock growing(fGrowths[shard].fMutex);
   if (!IsCrowded(shard)) return;  // another thread was faster
   const Array old = ArrayOf(shard);
-  const Array larger = {new (std::nothrow) Bucket[2 * (std::size_t{old.fMask} + 1)],
-                        2 * old.fMask + 1};
+  const Array larger = NewArray(shard, 2 * old.fMask + 1);
   if (!larger.fBuckets) return;
   for (std::uint32_t i = 0; i <= old.fMask; ++i) {
-    BucketLock lock(old.fBuckets[i]);
-    lock.Abandon();
+    BucketLock(old.fBuckets[i]).Keep();
     for (Bucket* unused = Move(old.fBuckets[i], larger); unused;) {
       delete std::exchange(unused, unused->Spare());
       Decrement(fGrowths[shard].fLinked);
     }
   }
-  const auto sizeLog = static_cast<unsigned>(std::bit_width(larger.fMask));
-  fArrays[shard].store(reinterpret_cast<std::uintptr_t>(larger.fBuckets) | sizeLog,
+  fArrays[shard].store(reinterpret_cast<std::uintptr_t>(larger.fBuckets) | SizeLog(larger),
                        std::memory_order_release);
-  Retire(shard, old.fBuckets);
+  for (std::uint32_t i = 0; i <= old.fMask; ++i) old.fBuckets[i].Unlock();
+  RetireArray(old);
+}
+
+AtomTable::Array AtomTable::NewArray(unsigned shard, std::uint32_t mask) noexcept {
+  const unsigned sizeLog = SizeLog({nullptr, mask});
+  if (sizeLog > kFirstSizeLog + kLevels) return {nullptr, mask};
+  const ThreadLock lock(fLevelsMutex);
+  return {fLevels[sizeLog - kFirstSizeLog - 1].Take(shard, sizeLog), mask};
+}
+
+void AtomTable::RetireArray(const Array& array) noexcept {
+  const unsigned sizeLog = SizeLog(array);
+  if (sizeLog == kFirstSizeLog) return;
+  const ThreadLock lock(fLevelsMutex);
+  fLevels[sizeLog - kFirstSizeLog - 1].Leave(sizeLog);
 }
 
 // Moves the atoms of a bucket. The new buckets are out of reach until the array is published, so
 // they need no locks. Returns what is left of the buckets that were linked, a list.
 //
 // Moving needs no memory. An atom goes to one of two buckets, and the links of the old one are
-// enough for both: n atoms need (n - 6) / 5 links, rounded up, and two such numbers need no more
-// than their sum. That is so after each bucket of the chain, too: the first has five atoms, each
-// further one five and a link to spare.
+// enough for both: n atoms need (n - 9) / 8 links, rounded up, and two such numbers need no more
+// than their sum. That is so after each bucket of the chain, too: the first has eight atoms, each
+// further one eight and a link to spare.
 Bucket* AtomTable::Move(Bucket& bucket, const Array& larger) noexcept {
   Bucket* spare = nullptr;
   const auto takeSpare = [&spare] {
@@ -189,27 +224,14 @@ Bucket* AtomTable::Move(Bucket& bucket, const Array& larger) noexcept {
     return new (taken) Bucket;
   };
   for (Bucket *from = &bucket, *next; from; from = next) {
-    const auto slots = from->fSlots;
-    const unsigned count = from->Count();
     next = from->Next();
+    const Bucket::Atoms atoms = from->TakeAtoms();
     if (from != &bucket) spare = &from->MakeSpare(spare);
-    for (unsigned i = 0; i < count; ++i) {
-      auto& atom = *static_cast<KAPStringAtom*>(slots[i]);
-      larger.fBuckets[atom.fHash & larger.fMask].Add(atom, takeSpare);
+    for (KAPStringAtom* const atom : atoms) {
+      if (atom) larger.fBuckets[atom->fHash & larger.fMask].Add(*atom, takeSpare);
     }
   }
   return spare;
-}
-
-// A thread that has read the address of an array may read its locks at any later time, so the array
-// stays. All former arrays of a shard together are smaller than the present one.
-void AtomTable::Retire(unsigned shard, Bucket* buckets) noexcept {
-  if (buckets == fFirst[shard].data()) return;
-  if (IsSingleThreaded()) {
-    delete[] buckets;
-  } else {
-    fGrowths[shard].fRetired = &buckets->MakeSpare(fGrowths[shard].fRetired);
-  }
 }
 
 // A process with one thread leaves the buckets alone: to write each of them would copy the table in
@@ -221,7 +243,7 @@ void AtomTable::Lock() noexcept {
     if (!fAreBucketsLocked) continue;
     const Array array = ArrayOf(shard);
     for (std::uint32_t i = 0; i <= array.fMask; ++i) {
-      BucketLock(array.fBuckets[i]).Abandon();
+      BucketLock(array.fBuckets[i]).Keep();
     }
   }
 }

@@ -3,11 +3,13 @@
 
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
 
 #include "atoms/Bucket.h"
+#include "atoms/BucketLevel.h"
 
 namespace KAPHost {
 
@@ -15,7 +17,7 @@ namespace KAPHost {
 // until the process ends.
 //
 // The table is 256 shards by the hash, which grow one by one. A bucket is locked while it is
-// searched or changed; the only lock above that is the one of a growing shard. References are
+// searched or changed; above that is only the lock of a growing shard. References are
 // counted without a lock, with two exceptions: a look-up adds its reference and a release drops the
 // last one under the bucket's lock, so that no look-up finds a dying atom.
 //
@@ -46,6 +48,8 @@ class AtomTable {
   void Release(KAPStringAtom* atom) noexcept {
     if (atom) Release(*atom, 1);
   }
+  // Has the processor fetch the bucket of a hash, for a change to come.
+  void FetchBucket(std::uint32_t hash) const noexcept { __builtin_prefetch(&BucketOf(hash), 1); }
   // Releases references that the caller owns.
   void Release(KAPStringAtom& atom, long references) noexcept;
 
@@ -67,8 +71,9 @@ class AtomTable {
   void Unlock() noexcept;
 
  private:
-  static constexpr unsigned kShards = 256;
+  static constexpr unsigned kShards = BucketLevel::kShards;
   static constexpr unsigned kFirstSizeLog = 2;
+  static constexpr unsigned kLevels = 20;
 
   // The buckets of a shard. A shard stores the address and, in the low bits, which are zero in an
   // address of a bucket, the logarithm of the size, so that one load gets both.
@@ -80,7 +85,6 @@ class AtomTable {
   struct alignas(64) Growth {
     std::mutex fMutex;
     std::atomic<std::uint32_t> fLinked{0};  // buckets beyond the array
-    Bucket* fRetired = nullptr;             // former arrays, linked as spare ones
   };
   // Holds a bucket, unless the process had a single thread at construction.
   class BucketLock {
@@ -96,7 +100,7 @@ class AtomTable {
     Bucket& operator*() const noexcept { return *fBucket; }
     Bucket* operator->() const noexcept { return fBucket; }
     // Leaves the bucket locked.
-    void Abandon() noexcept { fIsLocked = false; }
+    void Keep() noexcept { fIsLocked = false; }
 
    private:
     Bucket* fBucket;
@@ -114,17 +118,23 @@ class AtomTable {
     return array.fBuckets[hash & array.fMask];
   }
 
-  KAPStringAtom* Add(Bucket& bucket, const TextKey& key) noexcept;
+  KAPStringAtom* Add(Bucket& bucket, KAPStringAtom& atom) noexcept;
   void ReleaseLast(KAPStringAtom& atom, long references) noexcept;
   bool IsCrowded(unsigned shard) const noexcept;
   void Grow(unsigned shard) noexcept;
+  static unsigned SizeLog(const Array& array) noexcept {
+    return static_cast<unsigned>(std::bit_width(array.fMask));
+  }
+  Array NewArray(unsigned shard, std::uint32_t mask) noexcept;
+  void RetireArray(const Array& array) noexcept;
   static Bucket* Move(Bucket& bucket, const Array& larger) noexcept;
-  void Retire(unsigned shard, Bucket* buckets) noexcept;
 
   std::array<std::atomic<std::uintptr_t>, kShards> fArrays{};
   std::array<Growth, kShards> fGrowths{};
   std::array<std::array<Bucket, 1 << kFirstSizeLog>, kShards> fFirst{};
-  bool fAreBucketsLocked = false;  // by Lock, under whose locks it is written
+  std::mutex fLevelsMutex;                     // nested in that of a growth
+  std::array<BucketLevel, kLevels> fLevels{};  // the first size is not among them
+  bool fAreBucketsLocked = false;              // by Lock, under whose locks it is written
 };
 
 extern constinit AtomTable gAtoms;

@@ -23,7 +23,7 @@ KAPStringAtom* NewStringAtom(const char* text) noexcept {
 }
 
 void DeleteStringAtom(KAPStringAtom* atom) noexcept {
-  if (atom && !AtomCredits::Give(*atom)) gAtoms.Release(*atom, 1);
+  if (atom) AtomCredits::Release(*atom);
 }
 
 const char* GetCString(KAPStringAtom* atom) noexcept { return atom ? atom->Text() : nullptr; }

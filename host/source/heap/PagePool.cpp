@@ -43,8 +43,11 @@ Page* PagePool::Take() noexcept {
 
 void PagePool::Put(Page& page) noexcept {
   if (PutWarm(page)) return;
+  // The system takes the memory when it runs short. To give it away at once costs more: clearing
+  // what is used again soon took a third of the time of a document of a million values.
+  //
   // Without the lock: it takes microseconds. Should it fail, the page merely keeps its memory.
-  madvise(page.Start(), kPageSize, MADV_DONTNEED);
+  madvise(page.Start(), kPageSize, MADV_FREE);
   const std::lock_guard lock(fMutex);
   Push(fCold, page);
 }

@@ -25,8 +25,8 @@ inline bool IsFromPage(const void* block) noexcept {
          kRegionSize;
 }
 
-// The empty pages that no thread keeps. A few keep their memory; the memory of all others is given
-// back to the system. Thread-safe.
+// The empty pages that no thread keeps. A few keep their memory; that of all others the system may
+// take. Thread-safe.
 class PagePool {
  public:
   constexpr PagePool() = default;

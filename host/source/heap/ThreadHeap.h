@@ -18,6 +18,7 @@ extern constinit Page gNoPage;
 // Of each use there is one current page, from which blocks are taken. The others are full or have
 // free blocks. Pages that become empty are kept for any use: a thread that gave them all back would
 // trade pages with other threads and pull their contents from one processor's cache to the other's.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): what other threads write stands apart
 class alignas(128) ThreadHeap {
  public:
   // Keeps at most so many empty pages.

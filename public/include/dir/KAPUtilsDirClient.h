@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <utility>
 
 #include "dir/KAPUtilsDirInterfaces.h"
 #include "kap/KAPContainer.h"
@@ -20,7 +21,7 @@ inline bool GetGlobalKAPUtilsDirInterfaceProcs() noexcept {
 // their contracts are.
 //
 //   const CKAPUtilsDir directory = CKAPUtilsDir::GetTempDir();
-//   const CKAPStringAtom name = directory.CreateUniqueFilename(CKAPStringAtom("notes"));
+//   const CKAPStringAtom name = directory.CreateUniqueFilename("notes");
 //   directory.OpenStream(name, "wb").Write(bytes, size);
 //   directory.Delete(name);
 //
@@ -38,31 +39,66 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   CKAPUtilsDir(KAPUtilsDir* handle, KAPAdopt adopt) noexcept
       : KAPContainerBaseGeneric(handle, adopt) {}
   explicit CKAPUtilsDir(TKAPNewHandle<KAPUtilsDir> made) noexcept
-      : CKAPUtilsDir(made, KAPAdopt()) {}
+      : CKAPUtilsDir(std::move(made), KAPAdopt()) {}
 
   // The directory for temporary files, the working directory, the directory at `path`.
-  static CKAPUtilsDir GetTempDir();
-  static CKAPUtilsDir GetCurrent();
-  static CKAPUtilsDir New(const CKAPStringAtom& path);
+  [[nodiscard]] static CKAPUtilsDir GetTempDir();
+  [[nodiscard]] static CKAPUtilsDir GetCurrent();
+  [[nodiscard]] static CKAPUtilsDir New(const CKAPStringAtom& path);
 
+  // Whether the directory has a file of that name, deletes one, gives one another name. What the
+  // procedures of these names say holds.
   [[nodiscard]] bool FileExists(const CKAPStringAtom& name) const;
   void Delete(const CKAPStringAtom& name) const;
   void Rename(const CKAPStringAtom& from, const CKAPStringAtom& to) const;
   // The full path of `name`; the file need not exist.
-  CKAPStringAtom GetFilePathSpec(const CKAPStringAtom& name) const;
+  [[nodiscard]] CKAPStringAtom GetFilePathSpec(const CKAPStringAtom& name) const;
   // Creates an empty file and returns its name. Deliberate: each call keeps a descriptor open for
   // the life of the process; see the procedure.
-  CKAPStringAtom CreateUniqueFilename(const CKAPStringAtom& prefix,
-                                      const CKAPStringAtom& second = CKAPStringAtom()) const;
+  [[nodiscard]] CKAPStringAtom CreateUniqueFilename(
+      const CKAPStringAtom& prefix, const CKAPStringAtom& second = CKAPStringAtom()) const;
 
   // A stream over a file of the directory, with a mode of fopen. CKAPError "invalid container" when
   // the host has no stream factory.
-  CKAPPositionableStream OpenStream(const CKAPStringAtom& name, const char* mode) const;
+  [[nodiscard]] CKAPPositionableStream OpenStream(const CKAPStringAtom& name,
+                                                  const char* mode) const;
+
+  // The same for texts, terminated or not. Each is made into an atom, whose constructor throws for
+  // a null text and for one that contains a zero byte.
+  template <KAPText Text>
+  [[nodiscard]] static CKAPUtilsDir New(const Text& path) {
+    return New(CKAPStringAtom(path));
+  }
+  template <KAPText Text>
+  [[nodiscard]] bool FileExists(const Text& name) const {
+    return FileExists(CKAPStringAtom(name));
+  }
+  template <KAPText Text>
+  void Delete(const Text& name) const {
+    Delete(CKAPStringAtom(name));
+  }
+  template <KAPText From, KAPText To>
+  void Rename(const From& from, const To& to) const {
+    Rename(CKAPStringAtom(from), CKAPStringAtom(to));
+  }
+  template <KAPText Text>
+  [[nodiscard]] CKAPStringAtom GetFilePathSpec(const Text& name) const {
+    return GetFilePathSpec(CKAPStringAtom(name));
+  }
+  template <KAPText Text>
+  [[nodiscard]] CKAPStringAtom CreateUniqueFilename(const Text& prefix) const {
+    return CreateUniqueFilename(CKAPStringAtom(prefix));
+  }
+  template <KAPText Text>
+  [[nodiscard]] CKAPPositionableStream OpenStream(const Text& name, const char* mode) const {
+    return OpenStream(CKAPStringAtom(name), mode);
+  }
 
   // A stream over a temporary file, which is deleted with the stream; see
   // KAPUtilsTempFileStreamFactory.
-  static CKAPPositionableStream NewTempFileStream(const char* prefix, const char* second,
-                                                  const char* mode);
+  [[nodiscard]] static CKAPPositionableStream NewTempFileStream(const char* prefix,
+                                                                const char* second,
+                                                                const char* mode);
 
   // The procedures of the interface and the one of the temporary files' factory, as loaded last: to
   // read, for debugging; the operations above call them.

@@ -1,16 +1,22 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Whose reference a handle carries. Every class that owns a reference takes a handle in these ways,
-// and in no other:
+#include <cstddef>
+
+// Whose reference a handle carries. A class that owns a reference takes a handle in these ways:
 //
 //   CKAPSimpleStream(handle)              // adds a reference; the caller keeps its own
 //   CKAPSimpleStream(handle, KAPAdopt())  // takes over the caller's reference
 //   CKAPSimpleStream(CKAPStreamFactory::NewPositionableMemoryStream())  // takes over the new one
 //
 // The third works without a tag because functions that make something return a TKAPNewHandle.
-// Deliberate exceptions: CKAPError(handle) adopts, and a few constructors take a `bool` or an `int`
-// instead of the tag. Their comments say so, and each has a counterpart in the ways above.
+// Exceptions, each with a reason in its comment:
+//   - CKAPError(handle) adopts; CKAPError(handle, KAPShare()) adds a reference.
+//   - CKAPContainerHolder and CKAPStringAtom also take a `bool`, KAPContainerBaseGeneric an `int`,
+//     where others take the tag: older forms of the ways above.
+//   - CKAPCachedContainerHolder points to a container and holds no reference. CKAPCachePurge owns a
+//     purge, which has no references.
+//   - CPOSNumber and the other kinds take a CPOSObject instead of a handle.
 
 // Marks what has a better way, which `text` names. Quiet unless KAP_WARN_DEPRECATED is defined: the
 // old ways keep working, and no build with warnings as errors stops because of them.
@@ -29,16 +35,35 @@ struct KAPAdopt {};
 struct KAPShare {};
 
 // A handle that carries one new reference for the caller: what a function returns that makes
-// something. Give it to an owner, which adopts it, or convert it to a plain handle.
-// Ownership: none by itself. It is a plain value with a type of its own, so that forgetting
-//   KAPAdopt cannot leak; dropping it, or adding a reference to its plain handle, still does.
+// something. Give it to an owner, which adopts it, or to a plain handle, whose owner you are then:
+//
+//   *out = CKAPStreamFactory::NewPositionableMemoryStream();
+//
+// Ownership: none by itself: it does not release what is not taken over. It has a type of its own
+//   and can be taken over only once, so that what would add a second reference does not compile.
+//   Moving it costs nothing, and leaves the handle in place.
 // Threads: a plain value.
 template <class Object>
 class [[nodiscard]] TKAPNewHandle {
  public:
+  // For the maker: the handle carries a new reference.
   explicit constexpr TKAPNewHandle(Object* handle) noexcept : fHandle(handle) {}
+  TKAPNewHandle(const TKAPNewHandle&) = delete;
+  // Trivial, so that the handle crosses calls in a register.
+  TKAPNewHandle(TKAPNewHandle&&) noexcept = default;
+  TKAPNewHandle& operator=(const TKAPNewHandle&) = delete;
+  TKAPNewHandle& operator=(TKAPNewHandle&&) noexcept = default;
+
+  // The plain handle, with the reference. A handle with a name needs std::move.
   // NOLINTNEXTLINE(google-explicit-constructor): it stands wherever a plain handle does
-  constexpr operator Object*() const noexcept { return fHandle; }
+  constexpr operator Object*() && noexcept { return fHandle; }
+  // A condition would look at the handle and leak it.
+  operator bool() && = delete;      // NOLINT(google-explicit-constructor): never called
+  operator bool() const& = delete;  // NOLINT(google-explicit-constructor): never called
+  // Whether nothing was made.
+  friend constexpr bool operator==(const TKAPNewHandle& made, std::nullptr_t) noexcept {
+    return !made.fHandle;
+  }
 
  private:
   Object* fHandle;

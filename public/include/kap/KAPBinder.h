@@ -9,7 +9,7 @@
 
 // The client side of the binder: looking up procedures, registering one's own, reporting failures.
 //
-//   KAPRegisterInterface<TotalsInterface>(&TotalsSumProc);  // all procedures, in slot order
+//   if (!KAPRegisterInterface<TotalsInterface>(&TotalsSumProc)) return 0;  // all procedures
 //   KAPReportError("Totals: no memory for the index");
 //   KAPUnregisterInterface(TotalsInterface::kName);
 //
@@ -23,7 +23,8 @@
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // Whether the runtime knows a host. True from the start of KAPClientInit to the end of
-// KAPClientTerminate or KAPClientKill; also after a failed KAPClientInit, which keeps the callback.
+// KAPClientTerminate or KAPClientKill; also after a failed KAPClientInit, which keeps the callback
+// unless that is null.
 bool KAPIsBound() noexcept;
 
 // The procedure registered under the three names; null when there is none.
@@ -31,20 +32,22 @@ void* KAPQueryProcAddress(const char* interfaceName, const char* methodName, con
 
 // Registers one procedure, replacing one that has the same three names. Nonzero on success; 0 when
 // the host fails.
-int KAPRegisterProcAddress(const char* interfaceName, const char* methodName, const char* procName,
-                           void* proc);
+[[nodiscard]] int KAPRegisterProcAddress(const char* interfaceName, const char* methodName,
+                                         const char* procName, void* proc);
 
 // Registers `entries` in order and stops at the first failure. 1 when all are registered, also for
 // a count of 0; else 0. Entries registered before the failure stay registered: the caller undoes
 // them with KAPUnregisterInterface, as it does at its end.
-int KAPRegisterProcTable(const _t_KAPFTabRegEntry* entries, std::size_t count,
-                         const char* interfaceName);
+[[nodiscard]] int KAPRegisterProcTable(const _t_KAPFTabRegEntry* entries, std::size_t count,
+                                       const char* interfaceName);
 
 // Registers `procs` as the methods that `Interface` declares, under an interface name of the
 // component's own, for containers that the component makes:
 //
-//   if (!KAPRegisterMethods<KAPDataStoreInterface>("TotalsStoreInterface", &GetBlock)) ...
-//   CKAPContainer::NewFullContainer(object, impl, CKAPStringAtom("TotalsStoreInterface"), &Delete);
+//   if (!KAPRegisterMethods<KAPDataStoreInterface>("TotalsStoreInterface", &GetBlock)) return 0;
+//   ...
+//   const CKAPStringAtom impl("TotalsStoreImpl"), interface("TotalsStoreInterface");
+//   CKAPDataStore store(CKAPContainer::NewFullContainer(object, impl, interface, &Delete));
 //
 // Clients find the methods through the container, so the name is free; Interface::kName is not. The
 // binder keeps one procedure per name, so a second component that registered its methods under the

@@ -11,7 +11,7 @@
 // decides which:
 //
 //   KAPError* TotalsStoreProc(KAPStringAtom* path) noexcept {  // returns null or an error
-//     return KAPReturningError([&] { Store(CKAPStringAtom(path, false)); });
+//     return KAPReturningError([&] { Store(CKAPStringAtom(path)); });
 //   }
 //
 //   double TotalsSumProc(POSArray* numbers) noexcept {         // reports the failure, returns 0
@@ -34,7 +34,7 @@ void KAPReportCurrentException() noexcept;
 
 // The error of the exception being handled: a new reference for the caller; see
 // CKAPError::ForCaller. Call only in a catch handler.
-KAPError* KAPCurrentExceptionAsError() noexcept;
+[[nodiscard]] KAPError* KAPCurrentExceptionAsError() noexcept;
 
 // For procedures that return an error: null on success, else a reference for the caller.
 template <class Body>

@@ -19,9 +19,9 @@
 //     ...                                          // purged meanwhile: make it again
 //   }
 //
-// Every entry of KAPCacheInterface is here: those of an item in CKAPCacheID and CKAPCacheLock, those
-// of a purge in CKAPCachePurge, those of a set in CKAPCacheSet, the others in CKAPCache. Only the
-// two for static caches are used by CKAPStaticCacheBase alone.
+// Every entry of KAPCacheInterface is here: those of an item in CKAPCacheID and CKAPCacheLock,
+// those of a purge in CKAPCachePurge, those of a set in CKAPCacheSet, the others in CKAPCache. Only
+// the two for static caches are used by CKAPStaticCacheBase alone.
 //
 // Errors, besides those stated below: a table that cannot be loaded throws (KAPInterfaceClient.h).
 
@@ -49,6 +49,7 @@ class CKAPCacheID : public TKAPReference<KAPCacheInterface, KAPCacheID> {
 // Threads: a plain value.
 class CKAPCacheLock {
  public:
+  // An empty lock.
   explicit CKAPCacheLock(KAPInvalid) noexcept : fID(KAPInvalid()) {}
   // Marks the item. The lock is empty when `item` is null or has been purged, which is not an
   // error.
@@ -56,8 +57,20 @@ class CKAPCacheLock {
   // Adopts a mark that the item already has. A null item makes an empty lock.
   CKAPCacheLock(CKAPCacheID id, void* item, KAPAlreadyMarked) noexcept
       : fID(std::move(id)), fItem(item) {}
+  // The same from the handle of an identity: adds a reference to it, or adopts one. An item is
+  // never filed under a new identity yet.
+  CKAPCacheLock(KAPCacheID* id, void* item) : CKAPCacheLock(CKAPCacheID(id), item) {}
+  CKAPCacheLock(KAPCacheID* id, void* item, KAPAdopt adopt)
+      : CKAPCacheLock(CKAPCacheID(id, adopt), item) {}
+  CKAPCacheLock(KAPCacheID* id, void* item, KAPAlreadyMarked marked)
+      : CKAPCacheLock(CKAPCacheID(id), item, marked) {}
+  CKAPCacheLock(KAPCacheID* id, void* item, KAPAdopt adopt, KAPAlreadyMarked marked) noexcept
+      : CKAPCacheLock(CKAPCacheID(id, adopt), item, marked) {}
+  template <class... Tags>
+  CKAPCacheLock(TKAPNewHandle<KAPCacheID> id, void* item, Tags...) = delete;
   // Adds a mark.
   CKAPCacheLock(const CKAPCacheLock& other) : CKAPCacheLock(other.fID, other.fItem) {}
+  // Takes over the mark.
   CKAPCacheLock(CKAPCacheLock&& other) noexcept
       : fID(std::move(other.fID)), fItem(std::exchange(other.fItem, nullptr)) {}
   CKAPCacheLock& operator=(CKAPCacheLock other) noexcept {
@@ -68,6 +81,7 @@ class CKAPCacheLock {
   ~CKAPCacheLock();
 
   void* Item() const noexcept { return fItem; }  // borrowed from the cache; null for an empty lock
+  // Whether there is an item.
   explicit operator bool() const noexcept { return fItem != nullptr; }
 
   // Set and return the cost of the item in bytes, as its owner estimates it. An empty lock: does
@@ -90,6 +104,7 @@ class CKAPCacheLock {
 class CKAPCachePurge {
  public:
   CKAPCachePurge() noexcept = default;
+  // A new purge.
   [[nodiscard]] static CKAPCachePurge New();
   CKAPCachePurge(CKAPCachePurge&& other) noexcept : fPurge(std::exchange(other.fPurge, nullptr)) {}
   CKAPCachePurge& operator=(CKAPCachePurge other) noexcept {
@@ -114,6 +129,7 @@ class CKAPCacheSet
     : public TKAPReference<KAPCacheInterface, KAPCacheSet, "AddRefCacheSet", "DeleteCacheSet"> {
  public:
   using TKAPReference::TKAPReference;
+  // A new set, which is empty.
   [[nodiscard]] static CKAPCacheSet New();
 
   // Whether the set contains the identity. Deliberate: adds the identity if not, which is the only

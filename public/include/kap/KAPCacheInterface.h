@@ -74,7 +74,7 @@ struct KAPCacheInterface
           // and does not know the component. [binding thread]
           TKAPMethod<"AddClientPurge", "KAPCacheAddRemoveClientPurgeProcV2",
                      void(KAPClientPurgeProc clearAll, int)>,
-          // Removes a procedure registered with AddClientPurge. [binding thread]
+          // Removes a procedure registered with AddClientPurge; ignores any other. [binding thread]
           TKAPMethod<"RemoveClientPurge", "KAPCacheAddRemoveClientPurgeProcV2",
                      void(KAPClientPurgeProc clearAll, int), kKAPReleases>,
           // A new, empty set of identities: one reference. Null: out of memory. [any thread]

@@ -31,13 +31,17 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //   - CKAPError "Missing Interface": the host lacks a procedure of containers or of memory
 //   - CKAPError with an empty message: there are static caches, but the host lacks a procedure of
 //     caches
-// Deliberate: after a failure the callback stays stored, so the next call returns true without
-// having bound anything. KAPClientTerminate is the way back.
+// Deliberate: after a failure the callback stays stored, unless it is null, so the next call
+// returns true without having bound anything. KAPClientTerminate is the way back.
 [[nodiscard]] bool KAPClientInit(KAPGetProcAddressProc getProc);
 
 // Releases everything that the runtime holds of the host, and ends the binding. A no-op when no
-// host is bound. Objects that outlive the binding are destroyed without a host call. Rethrows what
-// a LazyTerminate member throws; the runtime is then still bound.
+// host is bound. Rethrows what a LazyTerminate member throws; the runtime is then still bound.
+//
+// Objects that outlive the binding are destroyed without a host call, until the runtime is bound
+// again: what is destroyed then is released to the new host. So either the objects or the bindings
+// to other hosts end with the binding. Objects do not remember their host, which would cost each of
+// them a word and a comparison.
 void KAPClientTerminate();
 
 // Ends the binding at process exit, when the host may be gone: forgets everything and calls nothing
@@ -57,6 +61,7 @@ class KAPBindingError : public std::runtime_error {
 //   would end it twice. The destructor never throws; it reports what a LazyTerminate member throws.
 class KAPClient {
  public:
+  // Binds the runtime to the host with this callback.
   explicit KAPClient(KAPGetProcAddressProc getProc);
   KAPClient(const KAPClient&) = delete;
   KAPClient& operator=(const KAPClient&) = delete;

@@ -33,17 +33,21 @@ class CKAPVirtualClientBase : public KAPHostAllocated {
   virtual ~CKAPVirtualClientBase() noexcept(false) = default;
 
  protected:
+  // For derived classes, which decide whether their objects can be copied.
   CKAPVirtualClientBase() = default;
   CKAPVirtualClientBase(const CKAPVirtualClientBase&) = default;
   CKAPVirtualClientBase& operator=(const CKAPVirtualClientBase&) = default;
 };
 
 // Deletes an instance of CKAPVirtualClientBase: a KAPDeleteProc for containers. Null is ignored.
-// What the destructor throws is reported to the binder.
+// `instance` is the address of that base, which in a class with several bases is another one than
+// the object's: convert to CKAPVirtualClientBase* before the pointer becomes a void*. What the
+// destructor throws is reported to the binder.
 void KAPDeleteVirtualClientBase(void* instance) noexcept;
 
 // The deleter of TKAPClientObject.
 struct KAPDeleteClient {
+  // As KAPDeleteVirtualClientBase.
   void operator()(CKAPVirtualClientBase* client) const noexcept {
     KAPDeleteVirtualClientBase(client);
   }

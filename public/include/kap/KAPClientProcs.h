@@ -38,7 +38,7 @@ Client& KAPClientAt(void* address) {
 // error that could be returned, and a client stream has no other way to fail silently (test:
 // ClientTest.FailuresBecomeErrors).
 template <class Body>
-KAPError* KAPReturningClientError(Body&& body) noexcept {
+[[nodiscard]] KAPError* KAPReturningClientError(Body&& body) noexcept {
   try {
     std::forward<Body>(body)();
     return nullptr;
@@ -52,9 +52,11 @@ KAPError* KAPReturningClientError(Body&& body) noexcept {
   }
 }
 
-// How the result of an operation crosses: a plain value as it is...
+// How the result of an operation crosses: `Place` is what a result place holds, and Cross turns the
+// result into it. A plain value crosses as it is...
 template <class Result>
 struct TKAPClientResult {
+  // The type of the result place, and the result as it is stored there.
   using Place = Result;
   static Place Cross(Result result) { return result; }
 };
@@ -62,6 +64,7 @@ struct TKAPClientResult {
 // ... and a new client object as its address. None is the core unknown error.
 template <class Client>
 struct TKAPClientResult<TKAPClientObject<Client>> {
+  // The type of the result place, and the result as it is stored there.
   using Place = void*;
   static Place Cross(TKAPClientObject<Client> client) {
     if (!client) CKAPError::ThrowError(kUnknownErrorID);
@@ -70,15 +73,19 @@ struct TKAPClientResult<TKAPClientObject<Client>> {
 };
 
 // The procedure for an operation: one specialisation for operations with a result, one for those
-// without. A null result place is the core unknown error.
+// without. `Call` is the procedure, whose result is null or an error for the host. A null result
+// place is the core unknown error.
 template <auto Operation>
 struct TKAPClientProc;
 
+// Of an operation with a result, which goes to `out`.
 template <class Client, class Result, class... Args, Result (Client::*Operation)(Args...)>
 requires(!std::is_void_v<Result>) struct TKAPClientProc<Operation> {
-  using Crossing = TKAPClientResult<Result>;
+  using Crossing = TKAPClientResult<Result>;  // how the result crosses
+  // The type of the result place.
   using Place = typename Crossing::Place;
 
+  // The procedure. Null, or a new error reference.
   static KAPError* Call(Place* out, void* client, Args... args) noexcept {
     return KAPReturningClientError([&] {
       if (!out) CKAPError::ThrowError(kUnknownErrorID);
@@ -88,8 +95,10 @@ requires(!std::is_void_v<Result>) struct TKAPClientProc<Operation> {
   }
 };
 
+// Of an operation without a result.
 template <class Client, class... Args, void (Client::*Operation)(Args...)>
 struct TKAPClientProc<Operation> {
+  // The procedure. Null, or a new error reference.
   static KAPError* Call(void* client, Args... args) noexcept {
     return KAPReturningClientError([&] { (KAPClientAt<Client>(client).*Operation)(args...); });
   }

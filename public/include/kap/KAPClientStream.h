@@ -40,14 +40,15 @@ class KAPClientRewindableStream : public KAPClientSimpleStream {
  public:
   // A new stream over the same data with a position of its own.
   virtual TKAPClientObject<KAPClientRewindableStream> CreateIndependentlyRewindableStream() = 0;
-  virtual void Rewind() = 0;
+  virtual void Rewind() = 0;  // to the start
 };
 
 // Also moves anywhere, in bytes.
 class KAPClientPositionableStream : public KAPClientRewindableStream {
  public:
   // Calls CreateIndependentlyPositionableStream. An override must also return a positionable
-  // stream: the host calls the new object with the procedures of the old one.
+  // stream, because the host calls the new object with the procedures of the old one: any other is
+  // deleted, and the host gets TOQException "the new stream cannot be positioned" as an error.
   TKAPClientObject<KAPClientRewindableStream> CreateIndependentlyRewindableStream() override;
   // Calls Seek(0, kKAPSeekFromStart).
   void Rewind() override;
@@ -58,6 +59,10 @@ class KAPClientPositionableStream : public KAPClientRewindableStream {
   // Moves the position; `origin` is a KAPSeekOrigin.
   virtual void Seek(long offset, int origin) = 0;
   virtual long Mark() = 0;  // the position, in bytes from the start
+
+  // For the runtime: calls CreateIndependentlyRewindableStream, and checks that the new stream can
+  // be positioned.
+  TKAPClientObject<KAPClientPositionableStream> CreateCheckedRewindableStream();
 };
 
 }  // namespace KAP_T_MT

@@ -21,9 +21,12 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// Typed calls of the host's containers.
 using KAPContainerClient = TKAPInterfaceClient<KAPContainerInterface>;
 
 // What the runtime knows about container records. Static only.
+// Errors, besides those stated below: where the host is called, a table that cannot be loaded
+//   throws (KAPInterfaceClient.h).
 // Threads: any, except Init [binding thread].
 class CKAPContainer {
  public:
@@ -80,6 +83,7 @@ class CKAPContainer {
       ThrowInvalidContainerException();
     return container;
   }
+  static KAPContainer* AddRef(TKAPNewHandle<KAPContainer>) = delete;  // would add a second one
 
   [[noreturn]] static void ThrowInvalidContainerException();  // CKAPError "invalid container"
   [[noreturn]] static void ThrowNoSignatureException();       // CKAPError "couldn't get signature"
@@ -108,8 +112,9 @@ void KAPContainerNoOpRelease(KAPContainer* container) noexcept;
 // A reference to a container, or to none. Base of the typed wrappers: property objects, streams,
 // data stores, directories.
 // Ownership: holds one reference, released on destruction; copies share the container.
-// Errors: CKAPError "invalid container" when the host refuses a reference; the object is then empty
-//   or, in an assignment, unchanged. Destruction never throws, and does nothing after the binding.
+// Errors: CKAPError "invalid container" when the host refuses a reference; a table that cannot be
+//   loaded throws as KAPInterfaceClient.h says. In both cases the object is empty or, in an
+//   assignment, unchanged. Destruction never throws, and does nothing after the binding.
 // Threads: a plain value: one thread at a time per reference, any number of references per
 //   container.
 class KAPContainerBaseGeneric {
@@ -121,11 +126,15 @@ class KAPContainerBaseGeneric {
   // Adds a reference without checking the result. Only for handles known to be live: a refused
   // reference would still be released. The library itself does not use it. A `bool` is most likely
   // meant for CKAPContainerHolder, where it says the opposite.
+  KAP_DEPRECATED("leave the int out, so that the reference is checked")
   KAPContainerBaseGeneric(KAPContainer* container, int);
   KAPContainerBaseGeneric(KAPContainer* container, bool) = delete;
+  KAPContainerBaseGeneric(TKAPNewHandle<KAPContainer>, int) = delete;  // would add a second one
   // Adopts the reference; null makes an empty object.
   KAPContainerBaseGeneric(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
-  explicit KAPContainerBaseGeneric(TKAPNewHandle<KAPContainer> made) noexcept : fContainer(made) {}
+  explicit KAPContainerBaseGeneric(TKAPNewHandle<KAPContainer> made) noexcept
+      : fContainer(std::move(made)) {}
+  // A copy adds a reference; a move leaves the other one empty.
   KAPContainerBaseGeneric(const KAPContainerBaseGeneric& other)
       : fContainer(other.fContainer ? CKAPContainer::AddRef(other.fContainer) : nullptr) {}
   KAPContainerBaseGeneric(KAPContainerBaseGeneric&& other) noexcept : fContainer(other.Detach()) {}
@@ -144,7 +153,8 @@ class KAPContainerBaseGeneric {
 
   KAPContainer* Handle() const noexcept { return fContainer; }  // borrowed
   // Passes the reference to the caller; the object is empty afterwards.
-  KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
+  [[nodiscard]] KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
+  // Whether there is no container, and whether there is one.
   bool IsNull() const noexcept { return !fContainer; }
   explicit operator bool() const noexcept { return fContainer != nullptr; }
 
@@ -162,20 +172,31 @@ class CKAPContainerHolder {
   [[nodiscard]] static CKAPContainerHolder New();
   // Adds a reference; adopts it; adopts the one that comes with a new handle. Null makes an empty
   // holder.
-  explicit CKAPContainerHolder(KAPContainer* container) : CKAPContainerHolder(container, false) {}
+  explicit CKAPContainerHolder(KAPContainer* container)
+      : fContainer(container ? CKAPContainer::AddRef(container) : nullptr) {}
   CKAPContainerHolder(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
-  explicit CKAPContainerHolder(TKAPNewHandle<KAPContainer> made) noexcept : fContainer(made) {}
-  // The older form: adopts the reference if `skipAddRef`, else adds one.
+  explicit CKAPContainerHolder(TKAPNewHandle<KAPContainer> made) noexcept
+      : fContainer(std::move(made)) {}
+  // The older form: adopts the reference if `skipAddRef`, else adds one. Exactly a `bool`: an `int`
+  // is most likely meant for KAPContainerBaseGeneric, where it says the opposite. The reference of
+  // a new handle is adopted in any case, because nothing else could release it.
+  KAP_DEPRECATED("use KAPAdopt() for true, and leave false out")
   CKAPContainerHolder(KAPContainer* container, bool skipAddRef)
       : fContainer(container && !skipAddRef ? CKAPContainer::AddRef(container) : container) {}
+  KAP_DEPRECATED("leave the bool out")
+  CKAPContainerHolder(TKAPNewHandle<KAPContainer> made, bool) noexcept
+      : fContainer(std::move(made)) {}
+  template <class Other>
+  CKAPContainerHolder(KAPContainer* container, Other) = delete;
   CKAPContainerHolder(const CKAPContainerHolder&) = delete;
   CKAPContainerHolder& operator=(const CKAPContainerHolder&) = delete;
   ~CKAPContainerHolder() {
     if (fContainer) KAPContainerClient::CallReleasing<"Release">(fContainer);
   }
 
-  KAPContainer* Handle() const noexcept { return fContainer; }
-  KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
+  KAPContainer* Handle() const noexcept { return fContainer; }  // borrowed
+  // Passes the reference to the caller; the holder is empty afterwards.
+  [[nodiscard]] KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
 
  private:
   KAPContainer* fContainer;
@@ -187,7 +208,9 @@ class CKAPContainerHolder {
 // Errors: none. The caller guarantees that the container outlives the object.
 class CKAPCachedContainerHolder {
  public:
+  // Null makes an empty holder.
   explicit CKAPCachedContainerHolder(KAPContainer* container) noexcept : fContainer(container) {}
+  explicit CKAPCachedContainerHolder(TKAPNewHandle<KAPContainer>) = delete;  // would not release it
   CKAPCachedContainerHolder(const CKAPCachedContainerHolder&) = delete;
   CKAPCachedContainerHolder& operator=(const CKAPCachedContainerHolder&) = delete;
   ~CKAPCachedContainerHolder() {

@@ -44,7 +44,7 @@ class CKAPDataBlockPtr {
   }
 
   // Passes the block on in the form that crosses the binder; the receiver releases it.
-  KAPDataBlock Detach() noexcept { return std::exchange(fBlock, KAPDataBlock()); }
+  [[nodiscard]] KAPDataBlock Detach() noexcept { return std::exchange(fBlock, KAPDataBlock()); }
 
  private:
   KAPDataBlock fBlock = {};

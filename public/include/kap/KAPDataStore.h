@@ -33,9 +33,10 @@
 //
 // Ownership: a reference holds one reference to the container, released on destruction; copies
 //   share the store.
-// Errors: throws the error that the store returns. CKAPError "invalid container" at construction
-//   for null or a container without the methods, and for calls on a reference that was moved from.
-//   A constructor that throws releases the reference it added or adopted.
+// Errors: throws the error that the store returns. At construction, CKAPError "invalid container"
+//   for null or a container without the methods, and "couldn't get signature" for a container
+//   without a primary instance. "invalid container" for calls on a reference that was moved from. A
+//   constructor that throws releases the reference it added or adopted.
 // Threads: one thread at a time per store, unless the store says otherwise.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
@@ -52,8 +53,9 @@ class CKAPDataStore : public TKAPTypedContainer<CKAPDataStore, KAPContainerBaseG
 
   // The text from `offset` (in bytes) on, as far as the store keeps it in one piece. The store
   // decides whether an offset past the end is an error.
-  CKAPDataBlockPtr GetBlock(std::size_t offset);
+  [[nodiscard]] CKAPDataBlockPtr GetBlock(std::size_t offset);
 
+  // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPDataStore* handle) { fTerm.InitVTab(handle); }
 
  private:
@@ -65,8 +67,9 @@ class CKAPSizedDataStore : public TKAPTypedContainer<CKAPSizedDataStore, CKAPDat
  public:
   using TKAPTypedContainer::TKAPTypedContainer;
 
-  std::size_t GetSize();  // in bytes
+  [[nodiscard]] std::size_t GetSize();  // in bytes
 
+  // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPDataStore* handle) { fSizedTerm.InitVTab(handle); }
 
  private:
@@ -79,9 +82,10 @@ class CKAPDataBlockStream
  public:
   using TKAPTypedContainer::TKAPTypedContainer;
 
-  CKAPDataBlockPtr GetNextBlock();  // an empty block at the end
-  void Rewind();                    // the first block is next
+  [[nodiscard]] CKAPDataBlockPtr GetNextBlock();  // an empty block at the end
+  void Rewind();                                  // the first block is next
 
+  // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPDataBlockStream* handle) { fTerm.InitVTab(handle); }
 
  private:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <concepts>
 #include <exception>
 #include <utility>
 
@@ -23,9 +24,9 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-using TOQErrorID = int;  // identifies a core error, which every host has
-inline constexpr TOQErrorID kUnknownErrorID = 0;
-inline constexpr TOQErrorID kMemErrorID = 1;
+using TOQErrorID = int;                           // identifies a core error, which every host has
+inline constexpr TOQErrorID kUnknownErrorID = 0;  // a failure that nothing more is known of
+inline constexpr TOQErrorID kMemErrorID = 1;      // exhausted memory
 
 // A reference to a host error, or the empty error, which refers to none. Thrown by value, caught by
 // reference.
@@ -36,14 +37,20 @@ inline constexpr TOQErrorID kMemErrorID = 1;
 // Threads: a plain value: one thread at a time per object, any number of objects per host error.
 class CKAPError : public std::exception {
  public:
+  // The empty error.
   CKAPError() noexcept = default;
+  // A core error of the host.
   explicit CKAPError(TOQErrorID id) noexcept;
+  template <std::same_as<bool> NotAnID>
+  explicit CKAPError(NotAnID) = delete;
   // A new error; the host copies both strings. When the last reference goes, the host passes
   // `clientData` to `freeClientData`. When the host makes no error, the data stays the caller's.
   CKAPError(const char* message, const char* component, long code, void* clientData = nullptr,
             KAPDeleteProc freeClientData = nullptr) noexcept;
   // Adopts the reference, deliberately unlike other classes: an error that a procedure returned is
-  // the common case. The tags say which of the two is meant.
+  // the common case. CKAPError(other.Handle()) compiles and releases one reference twice, so write
+  // which of the two is meant: the tags do.
+  KAP_DEPRECATED("use CKAPError(error, KAPAdopt()) or CKAPError(error, KAPShare())")
   explicit CKAPError(KAPError* adopted) noexcept : fError(adopted) {}
   CKAPError(KAPError* error, KAPAdopt) noexcept : fError(error) {}
   // Adds a reference. The empty error when the host has lost the procedure for it.
@@ -61,15 +68,15 @@ class CKAPError : public std::exception {
 
   // As the constructor from an exception, but returns the new reference. Null for the empty error,
   // or when the host makes none.
-  static KAPError* Create(const std::exception& cause) noexcept;
+  [[nodiscard]] static KAPError* Create(const std::exception& cause) noexcept;
 
   // The message, borrowed: it lives as long as the host error. "Invalid CKAPError" for the empty
   // error; "unknown KAP error" when the host has lost the procedures that return the message; null
   // for an error without a message.
   const char* what() const noexcept override;
 
-  // The component, borrowed: it lives as long as the host error. "" for the empty error; null for an
-  // error without a component.
+  // The component, borrowed: it lives as long as the host error. "" for the empty error; null for
+  // an error without a component.
   const char* Component() const noexcept;
   // The code; 0 for the empty error.
   long Code() const noexcept;
@@ -84,8 +91,9 @@ class CKAPError : public std::exception {
 
   KAPError* Handle() const noexcept { return fError; }  // borrowed
   // Passes the reference to the caller; the error is empty afterwards.
-  KAPError* Detach() noexcept { return std::exchange(fError, nullptr); }
+  [[nodiscard]] KAPError* Detach() noexcept { return std::exchange(fError, nullptr); }
 
+  // Throw a new error, or a core error; arguments as for the constructors.
   [[noreturn]] static void ThrowError(const char* message, const char* component, long code,
                                       void* clientData = nullptr,
                                       KAPDeleteProc freeClientData = nullptr);
@@ -94,7 +102,7 @@ class CKAPError : public std::exception {
   // The error of the exception being handled, as a reference that a procedure can return: the error
   // made from it or, when the host makes none, one of the two shared errors. Never null while the
   // runtime is bound, so that no failure looks like success. Call only in a catch handler.
-  static KAPError* ForCaller() noexcept;
+  [[nodiscard]] static KAPError* ForCaller() noexcept;
 
   // For KAPClient: fetches the shared errors from the host (false when it has none), releases them,
   // forgets them without calling the host. [binding thread]

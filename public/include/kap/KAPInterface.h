@@ -21,7 +21,7 @@
 //                       // report. [shared read]
 //                       TKAPMethod<"Sum", "TotalsSumProc", double(POSArray* numbers)>> {};
 //
-//   KAPRegisterInterface<TotalsInterface>(&TotalsSumProc);                   // the component
+//   if (!KAPRegisterInterface<TotalsInterface>(&TotalsSumProc)) return 0;     // the component
 //   double sum = TKAPInterfaceClient<TotalsInterface>::Call<"Sum">(numbers);  // its client
 //
 // A misspelt method name, a missing procedure, a procedure of another type and one that is not
@@ -43,44 +43,44 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // The kinds of calls that a host's fault injection distinguishes.
 enum class KAPFault : unsigned char {
-  kNever,  // fault injection leaves the call alone; the default in a declaration
-  kAny,    // every kind together; for fault rules, never for a declaration
-  kAtom,
-  kError,
-  kBlock,
-  kContainer,
-  kReference,  // a reference to a container
-  kInstance,
-  kMethod,
-  kBuffer,
-  kStream,
-  kRead,
-  kWrite,
-  kSeek,
-  kMark,
-  kIndependentStream,
-  kCache,
-  kSink,
-  kProgress,
-  kCount  // keep last
+  kNever,      // fault injection leaves the call alone; the default in a declaration
+  kAny,        // every kind together; for fault rules, never for a declaration
+  kAtom,       // making an atom
+  kError,      // making an error
+  kBlock,      // taking or resizing a block of memory
+  kContainer,  // making a container
+  kReference,  // adding a reference to a container
+  kInstance,   // registering an interface or an instance of a container, finding an instance
+  kMethod,     // finding a method of a container
+  kBuffer,     // making a shared buffer
+  kStream,     // making a stream
+  kRead,       // reading from a stream
+  kWrite,      // writing to a stream
+  kSeek,       // moving the position of a stream, to its start as well
+  kMark,       // asking for the position of a stream
+  kIndependentStream,  // making a stream from another one
+  kCache,              // making an identity, an item, a purge or a set of the cache
+  kSink,               // making a sink or a filter
+  kProgress,           // making a progress object
+  kCount               // keep last
 };
 
 // The kinds of resources that a host counts for its leak report.
 enum class KAPResource : unsigned char {
-  kNothing,  // the call makes nothing counted; the default in a declaration
-  kAtom,
-  kError,
-  kContainer,
-  kBlock,
-  kBuffer,
-  kFile,
-  kCacheID,
-  kCacheItem,
-  kCacheSet,
-  kCachePurge,
-  kSink,
-  kProgress,
-  kCount  // keep last
+  kNothing,     // the call makes nothing counted; the default in a declaration
+  kAtom,        // references to atoms
+  kError,       // references to errors, other than core errors
+  kContainer,   // references to containers
+  kBlock,       // blocks of memory
+  kBuffer,      // references to shared buffers
+  kFile,        // open files
+  kCacheID,     // references to identities
+  kCacheItem,   // items in the cache
+  kCacheSet,    // references to sets of identities
+  kCachePurge,  // purges in progress
+  kSink,        // references to sinks and filters
+  kProgress,    // references to progress objects
+  kCount        // keep last
 };
 
 // What code needs to know about a method besides its signature.
@@ -92,13 +92,16 @@ struct KAPTraits {
   // The procedure may throw, so that registering it does not require `noexcept`. For procedures
   // whose only callers are C++ and catch what they throw.
   bool fThrows = false;
+  // The kind of call for a host's fault injection, and what a successful call adds to its
+  // accounting.
   KAPFault fFault = KAPFault::kNever;
   KAPResource fMakes = KAPResource::kNothing;
 };
 
+// The traits that declarations use: of a method that releases something, of one that may throw, of
+// one that fault injection fails, and of one that also makes a counted resource.
 inline constexpr KAPTraits kKAPReleases = {.fNoOpUnbound = true};
 inline constexpr KAPTraits kKAPThrows = {.fThrows = true};
-
 constexpr KAPTraits KAPFails(KAPFault fault) { return {.fFault = fault}; }
 constexpr KAPTraits KAPMakes(KAPResource resource, KAPFault fault) {
   return {.fFault = fault, .fMakes = resource};
@@ -107,26 +110,28 @@ constexpr KAPTraits KAPMakes(KAPResource resource, KAPFault fault) {
 // A string literal as a template argument.
 template <std::size_t Size>
 struct TKAPName {
+  // The text, and the same without its terminator.
   // NOLINTNEXTLINE(google-explicit-constructor): a string literal stands for the name itself
   constexpr TKAPName(const char (&text)[Size]) {
     for (std::size_t i = 0; i < Size; ++i) fText[i] = text[i];
   }
-  constexpr std::string_view View() const { return {fText, Size - 1}; }
+  constexpr std::string_view View() const { return {fText, Size - 1}; }  // without the terminator
 
+  // The terminated text. Public, since a template argument has no private members.
   char fText[Size] = {};
 };
 
 // An entry of a table to load: plain pointers to static strings, as the untyped loaders need them.
 struct _t_KAPFTabEntry {
-  const char* fMethodName;
-  const char* fProcName;
+  const char* fMethodName;  // within the interface
+  const char* fProcName;    // in the binder
 };
 
 // An entry of a table to register.
 struct _t_KAPFTabRegEntry {
-  const char* fMethodName;
-  const char* fProcName;
-  void* fProc;
+  const char* fMethodName;  // within the interface
+  const char* fProcName;    // in the binder
+  void* fProc;              // the procedure
 };
 
 // Whether a procedure of the type `Proc` promises not to throw when called as `Method`. Lambdas
@@ -137,17 +142,33 @@ template <class Proc, class Result, class... Args>
 inline constexpr bool kKAPIsNoexceptProc<Proc, Result (*)(Args...)> =
     std::is_nothrow_invocable_v<Proc, Args...>;
 
+// Whether a type of procedures returns an error, which the caller owns and must look at.
+template <class Proc>
+inline constexpr bool kKAPReturnsError = false;
+template <class... Args>
+inline constexpr bool kKAPReturnsError<KAPError* (*)(Args...)> = true;
+
 // The result of a call that does not compile, so that the error about it stays the only one.
 struct KAPNoResult {
+  // Stands for any result.
   template <class Result>
   operator Result() const;  // NOLINT(google-explicit-constructor): stands for any result
+};
+
+// The method of a misspelt name, for the same reason: takes any arguments.
+struct KAPNoMethod {
+  // Takes any arguments.
+  template <class... Args>
+  KAPNoResult operator()(Args&&...) const;
 };
 
 // One method of an interface. `Signature` is a function type, such as `double(POSArray*)`.
 template <TKAPName MethodName, TKAPName ProcName, class Signature, KAPTraits Traits = KAPTraits()>
 struct TKAPMethod {
   static_assert(std::is_function_v<Signature>);
+  // The type of the procedure.
   using Proc = Signature*;
+  // The names, as text and as an entry of a table, and what code needs to know besides.
   static constexpr std::string_view kMethodName = MethodName.View();
   static constexpr _t_KAPFTabEntry kEntry = {MethodName.fText, ProcName.fText};
   static constexpr KAPTraits kTraits = Traits;
@@ -157,6 +178,7 @@ struct TKAPMethod {
 // messages and debuggers show the interface's name instead of the whole list.
 template <TKAPName Name, class... Methods>
 struct TKAPInterface {
+  // The interface name, the number of methods, and the names and traits of each by slot.
   static constexpr const char* kName = Name.fText;
   static constexpr std::size_t kCount = sizeof...(Methods);
   static constexpr _t_KAPFTabEntry kEntries[kCount] = {Methods::kEntry...};
@@ -186,12 +208,23 @@ struct TKAPInterface {
   template <TKAPName Method>
   static constexpr std::size_t kSlot = SlotOf<Method>();
 
-  // The type of a procedure, by slot and by name.
+  // The type of a procedure, by slot.
   template <std::size_t Slot>
   using ProcAt = typename std::tuple_element_t<Slot, std::tuple<Methods...>>::Proc;
 
+  // The same by name.
   template <TKAPName Method>
   using Proc = ProcAt<kSlot<Method>>;
+
+  // Whether a method returns an error. False for a name that no method has.
+  template <TKAPName Method>
+  static constexpr bool kReturnsError = [] {
+    if constexpr (kHas<Method>) {
+      return kKAPReturnsError<Proc<Method>>;
+    } else {
+      return false;
+    }
+  }();
 
   // Checks at compile time that `procs` may be registered: one for each method, in slot order, of
   // the method's type and `noexcept`.
@@ -223,6 +256,7 @@ struct TKAPInterface {
 // A list of interfaces, for code that treats all of them alike.
 template <class... Interfaces>
 struct TKAPInterfaceSet {
+  // How many interfaces there are, and their names.
   static constexpr std::size_t kCount = sizeof...(Interfaces);
   static constexpr const char* kNames[kCount] = {Interfaces::kName...};
 
@@ -235,7 +269,7 @@ struct TKAPInterfaceSet {
 
 // The outcome of loading the procedures of an interface.
 enum class KAPLoadOutcome {
-  kLoaded,
+  kLoaded,            // all procedures are there
   kMissingProcedure,  // the runtime is bound, and the host lacks a procedure
   kUnavailable        // no host is bound, or binding is under way
 };

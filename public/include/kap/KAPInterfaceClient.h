@@ -30,8 +30,8 @@ void* KAPGetProcAddress(const char* interfaceName, const char* methodName, const
 //   - once the runtime is bound: throws the error with the empty message; the slot keeps its value
 //   - while binding is under way: the slot becomes null and the result is 0
 // No host bound: the last slot becomes null and the result is 0. The last argument is ignored.
-int KAPLoadProcTable(const _t_KAPFTabEntry* entries, std::size_t count, const char* interfaceName,
-                     void** out, int ignored);
+[[nodiscard]] int KAPLoadProcTable(const _t_KAPFTabEntry* entries, std::size_t count,
+                                   const char* interfaceName, void** out, int ignored);
 
 // The typed calls of one interface. Static only.
 template <class Interface>
@@ -55,7 +55,14 @@ class TKAPInterfaceClient : public TKAPProcTable<Interface> {
 
   // Calls a method, after loading the table if it is stale: Call<"NewStringAtom">(text).
   template <TKAPName Method, class... Args>
-  static auto Call(Args... args) {
+  requires(!Interface::template kReturnsError<Method>) static auto Call(Args... args) {
+    Refresh();
+    return Table::template CallLoaded<Method>(args...);
+  }
+  // The same for a method that returns an error: ignoring it would leak it.
+  template <TKAPName Method, class... Args>
+  requires(Interface::template kReturnsError<Method>)
+      [[nodiscard]] static KAPError* Call(Args... args) {
     Refresh();
     return Table::template CallLoaded<Method>(args...);
   }

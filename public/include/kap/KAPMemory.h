@@ -26,10 +26,10 @@ class CKAPMemory {
 
   // A block of at least `size` bytes, 16-byte aligned, not initialised; free it with Free. Never
   // null: throws std::bad_alloc when the host has no memory, and as Init does. `size` is not 0.
-  static void* Alloc(std::size_t size);
+  [[nodiscard]] static void* Alloc(std::size_t size);
   // Resizes a block, which may move, and keeps the bytes that fit; for plain data. The block is
   // unchanged when it throws what Alloc throws. `block` is not null and `size` is not 0.
-  static void* Realloc(void* block, std::size_t size);
+  [[nodiscard]] static void* Realloc(void* block, std::size_t size);
   // Frees a block; null is ignored. After the binding it does nothing: the host may be gone.
   static void Free(void* block) noexcept;
 
@@ -43,6 +43,7 @@ std::size_t KAPCheckedSize(std::size_t count, std::size_t size, std::size_t head
 
 // The deleter of TKAPBlock.
 struct KAPFreeBlock {
+  // Frees the block; null is ignored.
   void operator()(void* block) const noexcept { CKAPMemory::Free(block); }
 };
 
@@ -53,7 +54,7 @@ using TKAPBlock = std::unique_ptr<T[], KAPFreeBlock>;
 // A block for `count` elements, not initialised. A null owner, without a host call, for a count of
 // 0. Throws what CKAPMemory::Alloc and KAPCheckedSize throw.
 template <class T>
-TKAPBlock<T> KAPNewBlock(std::size_t count) {
+[[nodiscard]] TKAPBlock<T> KAPNewBlock(std::size_t count) {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
   if (count == 0) return nullptr;
   return TKAPBlock<T>(static_cast<T*>(CKAPMemory::Alloc(KAPCheckedSize(count, sizeof(T)))));
@@ -61,11 +62,12 @@ TKAPBlock<T> KAPNewBlock(std::size_t count) {
 
 // A terminated copy of a text, for procedures that take one: on the stack when the text is short,
 // else in host memory.
-// Errors: TOQException "a string atom cannot hold a zero byte" for a text that has one, since the
-//   procedure would not see what follows it; what KAPNewBlock throws for a long text.
+// Errors: TOQException "a text cannot hold a zero byte" for one that does, since the procedure
+//   would not see what follows it; what KAPNewBlock throws for a long text.
 // Threads: a plain value.
 class KAPTerminatedText {
  public:
+  // Copies the text.
   explicit KAPTerminatedText(std::string_view text);
   KAPTerminatedText(const KAPTerminatedText&) = delete;
   KAPTerminatedText& operator=(const KAPTerminatedText&) = delete;
@@ -82,6 +84,7 @@ class KAPTerminatedText {
 // computation here, so `new[]` does not compile.
 class KAPHostAllocated {
  public:
+  // Throw and ignore what CKAPMemory::Alloc and Free do. The placement forms are for containers.
   static void* operator new(std::size_t size) { return CKAPMemory::Alloc(size); }
   static void operator delete(void* block) noexcept { CKAPMemory::Free(block); }
   static void* operator new(std::size_t, void* place) noexcept { return place; }

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <utility>
 
 #include "kap/KAPContainer.h"
 #include "kap/KAPInterface.h"
@@ -27,8 +28,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // missing method: with `required` nonzero, stops and returns 0; otherwise its slot becomes null.
 // Throws std::bad_alloc when the host makes no atom, and the error that the host returns.
 // Threads: any.
-int KAPLoadMethodTable(const _t_KAPFTabEntry* entries, std::size_t count, KAPContainer* container,
-                       int required, void** out);
+[[nodiscard]] int KAPLoadMethodTable(const _t_KAPFTabEntry* entries, std::size_t count,
+                                     KAPContainer* container, int required, void** out);
 
 class KAPVTabListGeneric;
 
@@ -36,12 +37,13 @@ class KAPVTabListGeneric;
 // Written under the list's lock and read without it, hence the atomics.
 class KAPVTabGeneric {
  public:
-  using Slot = std::atomic<void*>;
+  using Slot = std::atomic<void*>;  // one method; null when there is none
 
   // An empty table with `slotCount` slots, linked at the head of `list`, which owns it. Throws
   // TOQException "Math overflow exception" or what CKAPMemory::Alloc throws. Call under the lock.
   static KAPVTabGeneric* NewKAPVTab(std::size_t slotCount, KAPVTabListGeneric& list);
 
+  // The slots, which follow the header.
   Slot* Slots() noexcept { return reinterpret_cast<Slot*>(this + 1); }
   const Slot* Slots() const noexcept { return reinterpret_cast<const Slot*>(this + 1); }
 
@@ -67,6 +69,7 @@ using KAPVTabInitProc = int (*)(KAPContainer* container, int required, KAPVTabGe
 // Threads: any, except DeleteAll and ForgetAll [binding thread].
 class KAPVTabListGeneric : public LazyTerminate {
  public:
+  // An empty list of tables with that many slots.
   constexpr explicit KAPVTabListGeneric(std::size_t slotCount) noexcept
       : LazyTerminate(JoinLater()), fSlotCount(slotCount) {}
   KAPVTabListGeneric(const KAPVTabListGeneric&) = delete;
@@ -85,6 +88,7 @@ class KAPVTabListGeneric : public LazyTerminate {
   void DeleteAll() noexcept;  // releases every table
   void ForgetAll() noexcept;  // forgets every table without calling the host
 
+  // The end of the binding, as LazyTerminate has it.
   void Terminate() override { DeleteAll(); }
   void Kill() noexcept override { ForgetAll(); }
 
@@ -106,6 +110,7 @@ class KAPVTabListGeneric : public LazyTerminate {
 // The fill of an interface's tables: looks up the methods that the interface declares.
 template <class Interface>
 struct TInterfaceConstructor {
+  // A KAPVTabInitProc. Errors as KAPLoadMethodTable.
   static int InitProc(KAPContainer* container, int required, KAPVTabGeneric::Slot* slots) {
     void* methods[Interface::kCount] = {};
     const int loaded =
@@ -124,6 +129,7 @@ struct TInterfaceConstructor {
 template <class Interface>
 class TDelVTabList : public KAPVTabListGeneric {
  public:
+  // An empty list.
   constexpr TDelVTabList() noexcept : KAPVTabListGeneric(Interface::kCount) {}
 
   // The methods of the container's implementation. CKAPError "invalid container" for null or when
@@ -142,12 +148,17 @@ class TDelVTabList : public KAPVTabListGeneric {
   // changes.
   template <TKAPName Name>
   auto Method(KAPContainer* container) {
-    // Null when another thread has just found that the interface is gone.
-    void* method =
-        InitVTab(container)[Interface::template kSlot<Name>].load(std::memory_order_relaxed);
-    if (!method) [[unlikely]]
-      CKAPContainer::ThrowInvalidContainerException();
-    return reinterpret_cast<typename Interface::template Proc<Name>>(method);
+    static_assert(Interface::template kHas<Name>, "the interface has no method of this name");
+    if constexpr (Interface::template kHas<Name>) {
+      // Null when another thread has just found that the interface is gone.
+      void* method =
+          InitVTab(container)[Interface::template kSlot<Name>].load(std::memory_order_relaxed);
+      if (!method) [[unlikely]]
+        CKAPContainer::ThrowInvalidContainerException();
+      return reinterpret_cast<typename Interface::template Proc<Name>>(method);
+    } else {
+      return KAPNoMethod();
+    }
   }
 };
 
@@ -167,7 +178,7 @@ class TKAPTypedContainer : public Base {
     Wrapper::CheckMethods(handle);
   }
   explicit TKAPTypedContainer(TKAPNewHandle<KAPContainer> made)
-      : TKAPTypedContainer(made, KAPAdopt()) {}
+      : TKAPTypedContainer(std::move(made), KAPAdopt()) {}
 };
 
 }  // namespace KAP_T_MT

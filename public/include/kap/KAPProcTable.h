@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <type_traits>
 
 #include "kap/KAPBinder.h"
 #include "kap/KAPInterface.h"
@@ -28,6 +29,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Threads: any, except Drop and ForgetAll [binding thread].
 class KAPProcTable {
  public:
+  // A table that is not loaded.
   constexpr KAPProcTable(const char* interfaceName, const _t_KAPFTabEntry* entries,
                          const KAPTraits* traits, std::size_t count,
                          std::atomic<void*>* slots) noexcept
@@ -113,7 +115,7 @@ class TKAPProcTable {
   // Calls a method of a table that is known to be loaded, for example after TryRefresh:
   // CallLoaded<"GetCString">(atom).
   template <TKAPName Method, class... Args>
-  static auto CallLoaded(Args... args) {
+  requires(!Interface::template kReturnsError<Method>) static auto CallLoaded(Args... args) {
     static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
     if constexpr (Interface::template kHas<Method>) {
       return Slot<Method>()(args...);
@@ -122,38 +124,58 @@ class TKAPProcTable {
     }
   }
 
+  // The same for a method that returns an error: ignoring it would leak it.
+  template <TKAPName Method, class... Args>
+  requires(Interface::template kReturnsError<Method>)
+      [[nodiscard]] static KAPError* CallLoaded(Args... args) {
+    return Slot<Method>()(args...);
+  }
+
   // Calls a method that releases something, from where nothing may throw. False: not called,
   // because no host is bound or because the host no longer has the procedure; what it would have
   // released leaks then, and no code that may be gone is run.
   template <TKAPName Method, class... Args>
   static bool CallReleasing(Args... args) noexcept {
-    static_assert(Interface::kTraits[Interface::template kSlot<Method>].fNoOpUnbound,
-                  "the method is not declared as a no-op after the binding");
-    if (!fTable.IsFresh()) [[unlikely]]
-      fTable.ReloadForRelease();
-    const auto proc = Slot<Method>();
-    if (!proc) [[unlikely]]
-      return false;
-    proc(args...);
+    static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
+    if constexpr (Interface::template kHas<Method>) {
+      static_assert(Interface::kTraits[Interface::template kSlot<Method>].fNoOpUnbound,
+                    "the method is not declared as a no-op after the binding");
+      if (!fTable.IsFresh()) [[unlikely]]
+        fTable.ReloadForRelease();
+      const auto proc = Slot<Method>();
+      if (!proc) [[unlikely]]
+        return false;
+      proc(args...);
+    }
     return true;
   }
 
   static void Drop() noexcept { fTable.Drop(); }  // see KAPProcTable::Drop
 
   // Puts another procedure into a slot until the table is loaded again.
-  template <TKAPName Method>
-  static void Replace(typename Interface::template Proc<Method> proc) noexcept {
-    fProcTable[Interface::template kSlot<Method>].store(reinterpret_cast<void*>(proc),
-                                                        std::memory_order_relaxed);
+  template <TKAPName Method, class Proc>
+  static void Replace(Proc proc) noexcept {
+    static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
+    if constexpr (Interface::template kHas<Method>) {
+      using Declared = typename Interface::template Proc<Method>;
+      static_assert(std::is_convertible_v<Proc, Declared>,
+                    "a procedure does not have the type that its method declares");
+      if constexpr (std::is_convertible_v<Proc, Declared>) {
+        fProcTable[Interface::template kSlot<Method>].store(
+            reinterpret_cast<void*>(static_cast<Declared>(proc)), std::memory_order_relaxed);
+      }
+    }
   }
 
  protected:
+  // The procedure of a slot, null before the table is loaded.
   template <TKAPName Method>
   static auto Slot() noexcept {
     return reinterpret_cast<typename Interface::template Proc<Method>>(
         fProcTable[Interface::template kSlot<Method>].load(std::memory_order_relaxed));
   }
 
+  // The slots, and the table over them.
   inline static constinit std::atomic<void*> fProcTable[Interface::kCount] = {};
   inline static constinit KAPProcTable fTable{Interface::kName, Interface::kEntries,
                                               Interface::kTraits, Interface::kCount, fProcTable};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <utility>
+
 #include "kap/KAPClientBase.h"
 #include "kap/KAPProgressInterface.h"
 #include "kap/KAPReference.h"
@@ -26,26 +28,28 @@ class KAPClientProgress : public CKAPVirtualClientBase {
   virtual void Update(float fraction, const char* text, int flag) = 0;
 };
 
-// A reference to a progress object of the host; never empty, except after a move.
+// A reference to a progress object of the host, or to none.
 // Ownership: holds one reference, released on destruction; copies share the object. A client object
 //   that is handed over belongs to the host afterwards; if the host makes no progress object for
 //   it, it is deleted.
-// Errors: CKAPError "couldn't construct CKAPProgress" when the host makes no object or the handle
-//   is null. Update throws the error that the host returns. A table that cannot be loaded throws as
-//   KAPInterfaceClient.h says.
+// Errors: CKAPError "couldn't construct CKAPProgress" when the host makes no object or a handle is
+//   null, even one to adopt; the core unknown error for a null client object. Update throws the
+//   error that the host returns, for an empty reference as well. A table that cannot be loaded
+//   throws as KAPInterfaceClient.h says.
 // Threads: one thread at a time per progress object.
 class CKAPProgress : public TKAPReference<KAPProgressInterface, KAPProgress> {
  public:
-  // Ignores its updates. Deprecated: New.
-  KAP_DEPRECATED("use CKAPProgress::New()") CKAPProgress();
-  [[nodiscard]] static CKAPProgress New();
+  CKAPProgress() noexcept = default;        // none
+  [[nodiscard]] static CKAPProgress New();  // ignores its updates
   // Forwards to the client object.
   explicit CKAPProgress(TKAPClientObject<KAPClientProgress> client);
+  // Adds a reference; adopts the caller's, or that of a new handle.
   explicit CKAPProgress(KAPProgress* handle) : TKAPReference(handle) { FinishConstruct(); }
   CKAPProgress(KAPProgress* handle, KAPAdopt adopt) : TKAPReference(handle, adopt) {
     FinishConstruct();
   }
-  explicit CKAPProgress(TKAPNewHandle<KAPProgress> made) : CKAPProgress(made, KAPAdopt()) {}
+  explicit CKAPProgress(TKAPNewHandle<KAPProgress> made)
+      : CKAPProgress(std::move(made), KAPAdopt()) {}
 
   // Updates the progress: `fraction` (0 to 1), a text (may be null) and a flag whose meaning the
   // two sides agree on. An exception asks the caller to stop.

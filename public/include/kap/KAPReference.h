@@ -19,10 +19,14 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 template <class Interface, class Object, TKAPName Add = "AddRef", TKAPName Drop = "Release">
 class TKAPReference {
  public:
+  // An empty reference.
   TKAPReference() noexcept = default;
+  // Adds a reference; adopts the caller's; adopts the one that comes with a new handle. Null makes an
+  // empty reference.
   explicit TKAPReference(Object* handle) : fHandle(AddRef(handle)) {}
   TKAPReference(Object* handle, KAPAdopt) noexcept : fHandle(handle) {}
-  explicit TKAPReference(TKAPNewHandle<Object> made) noexcept : fHandle(made) {}
+  explicit TKAPReference(TKAPNewHandle<Object> made) noexcept : fHandle(std::move(made)) {}
+  // A copy adds a reference; a move leaves the other one empty.
   TKAPReference(const TKAPReference& other) : fHandle(AddRef(other.fHandle)) {}
   TKAPReference(TKAPReference&& other) noexcept : fHandle(other.Detach()) {}
   TKAPReference& operator=(TKAPReference other) noexcept {
@@ -35,7 +39,8 @@ class TKAPReference {
 
   Object* Handle() const noexcept { return fHandle; }  // borrowed
   // Passes the reference to the caller; the object is empty afterwards.
-  Object* Detach() noexcept { return std::exchange(fHandle, nullptr); }
+  [[nodiscard]] Object* Detach() noexcept { return std::exchange(fHandle, nullptr); }
+  // Whether there is no object, and whether there is one.
   bool IsNull() const noexcept { return !fHandle; }
   explicit operator bool() const noexcept { return fHandle != nullptr; }
 

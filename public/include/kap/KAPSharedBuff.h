@@ -22,6 +22,7 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// Typed calls of the host's shared buffers.
 using KAPSharedBuffClient = TKAPInterfaceClient<KAPSharedBuffInterface>;
 
 // The host's shared buffers, without types. Static only.
@@ -31,7 +32,9 @@ class CKAPSharedBuff {
   // Loads the table if it is stale. Optional: the first use does the same.
   static void Init();
   // Drops the table: releasing a buffer makes no host call until the next use loads the table
-  // again. A release alone does not load it. The end of the binding does the same.
+  // again. A release alone does not load it. The end of the binding does the same. What is released
+  // after the next load reaches the host again, so no buffer may outlive its host and the next
+  // binding.
   static void Close() noexcept;
 
   // A new buffer of `size` bytes: one reference for the caller. With null `data` its storage is the
@@ -52,13 +55,18 @@ class CKAPSharedBuff {
 // Frees storage that came from CKAPMemory: a `deleteProc` for NewBuffer.
 void KAPDeleteSharedBuff(void* storage) noexcept;
 
-// What may say how many elements there are.
+// What may say how many elements there are: the integers, without the types of truth values and
+// characters, which std::in_range does not take.
 template <class Count>
-concept KAPCount = std::integral<Count> && !std::same_as<Count, bool>;
+concept KAPCount =
+    std::integral<Count> && !std::same_as<Count, bool> && !std::same_as<Count, char> &&
+    !std::same_as<Count, wchar_t> && !std::same_as<Count, char8_t> &&
+    !std::same_as<Count, char16_t> && !std::same_as<Count, char32_t>;
 
 // A reference to a shared buffer of plain elements, or to none.
 // Ownership: holds one reference, released on destruction; copies share the buffer. Releasing it
-//   before the binding, after the binding or after CKAPSharedBuff::Close does nothing.
+//   before the binding, after the binding or after CKAPSharedBuff::Close does nothing, until the
+//   table is loaded again (KAPClientTerminate).
 // Errors: the constructor with a count throws what NewBuffer throws, and TOQException "Math
 //   overflow exception" when the size does not fit.
 // Threads: a plain value; the bytes of one buffer have no lock.
@@ -67,6 +75,7 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
   static_assert(std::is_trivially_copyable_v<T>);
 
  public:
+  // No buffer.
   TKAPSharedBuffer() noexcept = default;
   using TKAPReference::TKAPReference;
   // Zeroed storage of the host for `count` elements; a count below 0 does not fit. A template, so
@@ -75,8 +84,14 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
   explicit TKAPSharedBuffer(Count count)
       : TKAPReference(CKAPSharedBuff::NewBuffer(SizeOf(count))) {}
 
+  // One error, instead of a list of constructors that do not fit.
+  template <class NoCount>
+  requires(std::integral<NoCount> &&
+           !KAPCount<NoCount>) explicit TKAPSharedBuffer(NoCount) = delete;
+
   // The elements, borrowed, and their number; null and 0 for no buffer. Whole elements only: bytes
-  // at the end of a buffer from elsewhere may be left over.
+  // at the end of a buffer from elsewhere may be left over. Data does not check the alignment: the
+  // storage of a buffer from elsewhere must be aligned for T.
   T* Data() const {
     return Handle() ? reinterpret_cast<T*>(CKAPSharedBuff::GetBuffer(Handle())) : nullptr;
   }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "kap/KAPTypes.h"
+
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // A component's own cache, usually a static object. The runtime clears it when the host purges all

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "kap/KAPClientStream.h"
 #include "kap/KAPContainer.h"
+#include "kap/KAPMemory.h"
 #include "kap/KAPMethodTable.h"
 #include "kap/KAPStreamInterfaces.h"
 
@@ -21,13 +23,18 @@
 //
 //   CKAPSimpleStream zeros(KAPNewClient<Zeros>());
 //
+// A reference is the handle and nothing else. Each call asks the list of method tables for its
+// method, which costs a few loads; a table kept in the object would not follow the host's changes.
+//
 // Ownership: a reference holds one reference to the container, released on destruction; copies
 //   share the stream and its position. A client object that is handed over belongs to the host
 //   afterwards; if the host makes no stream for it, it is deleted.
-// Errors: throws the error that the stream returns. CKAPError "invalid container" at construction
-//   for null or a container without the methods, and for calls on a reference that was moved from.
-//   A constructor that throws releases the reference it added or adopted. Where a new stream is
-//   made, the error that the host returns; "invalid container" without a stream factory.
+// Errors: throws the error that the stream returns. At construction, CKAPError "invalid container"
+//   for null or a container without the methods, and "couldn't get signature" for a container
+//   without a primary instance. "invalid container" for calls on a reference that was moved from. A
+//   constructor that throws releases the reference it added or adopted. Where a new stream is made,
+//   the error that the host returns; "invalid container" without a stream factory; the core unknown
+//   error for a null client object.
 // Threads: one thread at a time per stream.
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
@@ -51,6 +58,7 @@ class CKAPSimpleStream : public TKAPTypedContainer<CKAPSimpleStream, KAPContaine
   // Writes all `size` bytes. After an error an unknown part of them is written.
   void Write(const unsigned char* buffer, std::size_t size);
 
+  // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPSimpleStream* handle) { fSimpleTerm.InitVTab(handle); }
 
  private:
@@ -65,9 +73,10 @@ class CKAPRewindableStream : public TKAPTypedContainer<CKAPRewindableStream, CKA
   explicit CKAPRewindableStream(TKAPClientObject<KAPClientRewindableStream> client);
 
   // A new stream over the same data with a position of its own.
-  CKAPRewindableStream CreateIndependentlyRewindableStream();
-  void Rewind();
+  [[nodiscard]] CKAPRewindableStream CreateIndependentlyRewindableStream();
+  void Rewind();  // to the start
 
+  // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPRewindableStream* handle) { fRewindableTerm.InitVTab(handle); }
 
  private:
@@ -81,6 +90,9 @@ class CKAPPositionableStream
   using TKAPTypedContainer::TKAPTypedContainer;
   // A stream over a file, with a mode of fopen.
   CKAPPositionableStream(const char* path, const char* mode);
+  // The same for a path without a terminator. TOQException for one that contains a zero byte.
+  CKAPPositionableStream(std::string_view path, const char* mode)
+      : CKAPPositionableStream(KAPTerminatedText(path).Text(), mode) {}
   // A stream that forwards to the client object.
   explicit CKAPPositionableStream(TKAPClientObject<KAPClientPositionableStream> client);
   // A new, empty memory stream. Deprecated: New.
@@ -90,10 +102,11 @@ class CKAPPositionableStream
   [[nodiscard]] static CKAPPositionableStream New(const unsigned char* data, std::size_t size);
 
   // A new stream over the same data with a position of its own.
-  CKAPPositionableStream CreateIndependentlyPositionableStream();
-  long Mark();                         // the position, in bytes from the start
+  [[nodiscard]] CKAPPositionableStream CreateIndependentlyPositionableStream();
+  [[nodiscard]] long Mark();           // the position, in bytes from the start
   void Seek(long offset, int origin);  // `origin`: a KAPSeekOrigin
 
+  // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPPositionableStream* handle) { fPositionableTerm.InitVTab(handle); }
 
  private:

@@ -2,14 +2,17 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "kap/KAPAdopt.h"
 #include "kap/KAPClientStream.h"
 #include "kap/KAPInterfaceClient.h"
+#include "kap/KAPMemory.h"
 #include "kap/KAPStreamInterfaces.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// Typed calls of the host's stream factory.
 using KAPStreamFactoryClient = TKAPInterfaceClient<KAPStreamFactoryInterface>;
 
 // Loads the factory's table if it is stale. Whether it is loaded and current now.
@@ -30,11 +33,13 @@ inline constexpr const auto& gKAPStreamFactoryInterfaceCount = KAPStreamFactoryC
 //
 // Ownership: returns a handle with one reference for the caller. A client object that is handed
 //   over belongs to the host afterwards; if the host makes no stream for it, it is deleted.
-// Errors: throws the error that the host returns. Returns null when the factory's table cannot be
-//   loaded; the wrappers of streams turn null into "invalid container".
+// Errors: throws the error that the host returns, and the core unknown error for a null client
+//   object. Returns null when the factory's table cannot be loaded; the wrappers of streams turn
+//   null into "invalid container".
 // Threads: any.
 class CKAPStreamFactory {
  public:
+  // Empty, in memory.
   static TKAPNewHandle<KAPPositionableStream> NewPositionableMemoryStream();
   // Read-only, over a copy of the bytes.
   static TKAPNewHandle<KAPPositionableStream> NewPositionableBufferStream(const unsigned char* data,
@@ -42,7 +47,13 @@ class CKAPStreamFactory {
   // `mode` is one of fopen's.
   static TKAPNewHandle<KAPPositionableStream> NewPositionableFileStream(const char* path,
                                                                         const char* mode);
+  // The same for a path without a terminator. TOQException for one that contains a zero byte.
+  static TKAPNewHandle<KAPPositionableStream> NewPositionableFileStream(std::string_view path,
+                                                                        const char* mode) {
+    return NewPositionableFileStream(KAPTerminatedText(path).Text(), mode);
+  }
 
+  // Streams that forward to the client object.
   static TKAPNewHandle<KAPSimpleStream> NewClientSimpleStream(
       TKAPClientObject<KAPClientSimpleStream> client);
   static TKAPNewHandle<KAPRewindableStream> NewClientRewindableStream(

@@ -81,6 +81,7 @@ struct KAPStreamFactoryInterface
 
 // ---- The methods of a stream by kind, looked up through its container ----
 
+// The methods of every stream.
 struct KAPSimpleStreamInterface
     : TKAPInterface<"KAPSimpleStreamInterface",
                     // Reads up to `count` bytes at the position and moves the position past them.
@@ -96,6 +97,7 @@ struct KAPSimpleStreamInterface
                                          std::size_t count),
                                KAPFails(KAPFault::kWrite)>> {};
 
+// The methods of a stream that also moves to its start.
 struct KAPRewindableStreamInterface
     : TKAPInterface<"KAPRewindableStreamInterface",
                     // A stream over the same data with a position of its own: one reference.
@@ -109,6 +111,7 @@ struct KAPRewindableStreamInterface
                                KAPError*(KAPRewindableStream* stream), KAPFails(KAPFault::kSeek)>> {
 };
 
+// The methods of a stream that also moves anywhere.
 struct KAPPositionableStreamInterface
     : TKAPInterface<
           "KAPPositionableStreamInterface",
@@ -132,6 +135,7 @@ struct KAPPositionableStreamInterface
 // A component that provides one registers the methods under an interface name of its own, not under
 // the names below; KAPDataStore.h shows how and says why.
 
+// The methods of a data store.
 struct KAPDataStoreInterface
     : TKAPInterface<
           "KAPDataStoreInterface",
@@ -140,12 +144,14 @@ struct KAPDataStoreInterface
           TKAPMethod<"GetBlock", "KAPDataStoreGetBlockProcV2",
                      KAPError*(KAPDataBlock* out, KAPDataStore* store, std::size_t offset)>> {};
 
+// The methods of a data store that knows its size.
 struct KAPSizedDataStoreInterface
     : TKAPInterface<"KAPSizedDataStoreInterface",
                     // The size of the text in bytes. [exclusive]
                     TKAPMethod<"GetSize", "KAPSizedDataStoreGetSizeProc",
                                KAPError*(std::size_t* out, KAPDataStore* store)>> {};
 
+// The methods of a sequence of blocks.
 struct KAPDataBlockStreamInterface
     : TKAPInterface<"KAPDataBlockStreamInterface",
                     // The next block; one without text at the end. The caller calls the block's

@@ -11,7 +11,13 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
+// Typed calls of the host's string atoms.
 using KAPStringClient = TKAPInterfaceClient<KAPStringInterface>;
+
+// What stands for a text where an atom is made from it: `const char*`, std::string and
+// std::string_view, literals included.
+template <class Text>
+concept KAPText = std::convertible_to<const Text&, std::string_view>;
 
 // A reference to a string atom, an interned 8-bit string of the host; or to none. Equal strings
 // share one atom, so two atoms are equal exactly when their text pointers are.
@@ -26,23 +32,33 @@ using KAPStringClient = TKAPInterfaceClient<KAPStringInterface>;
 // Threads: a plain value: one thread at a time per reference, any number of references per atom.
 class CKAPStringAtom {
  public:
+  // Without atom and text.
   CKAPStringAtom() noexcept : fAtom(nullptr), fText(nullptr) {}
   // Leaves both fields unset. Only for code that writes them before anything reads them: neither
   // reading nor destroying such an object is defined. Exactly `bool`, or any pointer would do.
   template <std::same_as<bool> Unset>
   explicit CKAPStringAtom(Unset) noexcept {}  // NOLINT(cppcoreguidelines-pro-type-member-init)
   explicit CKAPStringAtom(const char* text);  // null: std::bad_alloc, as without memory
-  // The same for a text without a terminator. TOQException "a string atom cannot hold a zero byte".
+  // The same for a text without a terminator. TOQException "a text cannot hold a zero byte".
   // A long text is copied through host memory.
   explicit CKAPStringAtom(std::string_view text);
   // Adds a reference; adopts it; adopts the one that comes with a new handle. Null makes an object
   // without atom and text. Exactly a handle, so that `nullptr` stays a null text.
   template <std::same_as<KAPStringAtom*> Handle>
-  explicit CKAPStringAtom(Handle atom) : CKAPStringAtom(atom, false) {}
-  CKAPStringAtom(KAPStringAtom* atom, KAPAdopt) : CKAPStringAtom(atom, true) {}
-  explicit CKAPStringAtom(TKAPNewHandle<KAPStringAtom> atom) : CKAPStringAtom(atom, true) {}
-  // The older form: adopts the reference if `adopt`, else adds one.
-  CKAPStringAtom(KAPStringAtom* atom, bool adopt);
+  explicit CKAPStringAtom(Handle atom) : CKAPStringAtom(atom, Ownership{false}) {}
+  CKAPStringAtom(KAPStringAtom* atom, KAPAdopt) : CKAPStringAtom(atom, Ownership{true}) {}
+  explicit CKAPStringAtom(TKAPNewHandle<KAPStringAtom> made)
+      : CKAPStringAtom(std::move(made), KAPAdopt()) {}
+  // The older form: adopts the reference if `adopt`, else adds one. Exactly a `bool`. The reference
+  // of a new handle is adopted in any case, because nothing else could release it.
+  KAP_DEPRECATED("use KAPAdopt() for true, and leave false out")
+  CKAPStringAtom(KAPStringAtom* atom, bool adopt) : CKAPStringAtom(atom, Ownership{adopt}) {}
+  KAP_DEPRECATED("leave the bool out")
+  CKAPStringAtom(TKAPNewHandle<KAPStringAtom> made, bool)
+      : CKAPStringAtom(std::move(made), KAPAdopt()) {}
+  template <class Other>
+  CKAPStringAtom(KAPStringAtom* atom, Other) = delete;
+  // A copy adds a reference; a move leaves the other one without atom and text.
   CKAPStringAtom(const CKAPStringAtom& other);
   CKAPStringAtom(CKAPStringAtom&& other) noexcept
       : fAtom(std::exchange(other.fAtom, nullptr)), fText(std::exchange(other.fText, nullptr)) {}
@@ -59,7 +75,7 @@ class CKAPStringAtom {
   KAPStringAtom* Handle() const noexcept { return fAtom; }  // borrowed
   const char* Text() const noexcept { return fText; }       // null for no atom
   // Passes the reference to the caller; the object is without atom and text afterwards.
-  KAPStringAtom* Detach() noexcept {
+  [[nodiscard]] KAPStringAtom* Detach() noexcept {
     fText = nullptr;
     return std::exchange(fAtom, nullptr);
   }
@@ -80,17 +96,24 @@ class CKAPStringAtom {
   [[noreturn]] static void ThrowBadAlloc();  // throws std::bad_alloc
 
   // Makes the release of atoms a no-op until the string table is loaded again. The end of the
-  // binding does the same. [binding thread]
+  // binding does the same. After the next load a release reaches the host again, whichever host
+  // made the atom (KAPClientTerminate). [binding thread]
   static void Close() noexcept;
   // A deliberate no-op, for components that install it as the release of atoms.
   static void NoOpDelete(KAPStringAtom*) noexcept;
 
+  // Exchanges the atoms, without a host call.
   friend void swap(CKAPStringAtom& a, CKAPStringAtom& b) noexcept {
     std::swap(a.fAtom, b.fAtom);
     std::swap(a.fText, b.fText);
   }
 
  private:
+  struct Ownership {
+    bool fAdopts;
+  };
+  CKAPStringAtom(KAPStringAtom* atom, Ownership ownership);
+
   KAPStringAtom* fAtom;
   const char* fText;
 };

@@ -57,9 +57,12 @@ using KAPDeleteProc = void (*)(void* data);
 // A run of text that a data store lends. The receiver calls `release` once with `clientData` when
 // it no longer needs the text; a null `release` means that there is nothing to call.
 struct KAPDataBlock {
+  // Borrowed until the release.
   const char* text;
   std::size_t size;  // in bytes; the text has no terminator
+  // Passed to `release`; of no meaning to the receiver.
   void* clientData;
+  // May be null.
   void (*release)(void* clientData);
 };
 

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "kap/KAPTypes.h"
+
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // An object, usually a static one, that takes part in binding and unbinding. Code built on the
 // runtime registers with it whatever must be undone when the binding ends; the runtime itself knows
-// only this list, and walks it in the order in which the members joined.
+// only this list. It walks the list in the order in which the members joined. Only the end of a
+// binding takes two passes: members that join with their first use (JoinLater) are terminated after
+// the others, which may use them once more.
 //
 //   struct Names : KAP_T_MT::LazyTerminate {
 //     void Terminate() override { fAtoms.clear(); }      // the host is there: release
@@ -22,16 +26,19 @@ class LazyTerminate {
   LazyTerminate(const LazyTerminate&) = delete;
   LazyTerminate& operator=(const LazyTerminate&) = delete;
 
-  // Called after the runtime is bound. Returning false or throwing fails KAPClientInit, which then
-  // returns false.
+  // Called after the runtime is bound, for members that have joined before. A member that joins
+  // while the runtime is bound is not initialised until the next binding, but it is terminated with
+  // this one. Returning false or throwing fails KAPClientInit, which then returns false.
   virtual bool Initialize() { return true; }
-  // Called before the runtime unbinds: release what came from the host.
+  // Called before the runtime unbinds: release what came from the host. What it throws leaves the
+  // members after it as they are; KAPClientTerminate rethrows it.
   virtual void Terminate() {}
   // Called at process exit: forget what came from the host, without calling the host.
   virtual void Kill() noexcept {}
 
-  // For KAPClient. InitializeAll returns false when a member fails, after terminating the members
-  // before it; those after it are not called. What a member throws then is dropped.
+  // For KAPClient: call the function of all members. InitializeAll returns false when a member
+  // fails, after terminating the members before it; those after it are not called. What a member
+  // throws then is dropped.
   static bool InitializeAll();
   static void TerminateAll();
   static void KillAll() noexcept;

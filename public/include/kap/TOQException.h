@@ -11,6 +11,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //   making and copying one needs no memory, and works without a host.
 class TOQException : public std::exception {
  public:
+  // `message` is kept, not copied.
   explicit TOQException(const char* message) noexcept : fMessage(message) {}
   const char* what() const noexcept override { return fMessage; }
 

@@ -18,7 +18,9 @@ class TOQWaitMutex {
   TOQWaitMutex(const TOQWaitMutex&) = delete;
   TOQWaitMutex& operator=(const TOQWaitMutex&) = delete;
 
+  // Waits until no other thread holds the lock; counts how often this one does.
   void lock() noexcept;
+  // Undoes one call of lock.
   void unlock() noexcept;
 
  private:

@@ -25,8 +25,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Keys and paths are texts, terminated or not, or atoms. An atom saves the look-up of the text in
 // the host; a `std::string_view` is copied first.
 //
-// Errors of keys and paths: POSException "a key, path or type name is null"; what the constructor of
-//   CKAPStringAtom throws.
+// Errors of keys and paths: POSException "a key, path or type name is null"; what the constructor
+//   of CKAPStringAtom throws.
 // Errors of the getters: with `noThrow`, a value that is missing or of another kind is an empty
 //   reference; a library that is gone throws all the same. Without `noThrow` a missing key is
 //   POSException "CPOSDict::Get failed", a path that leads nowhere POSException "CPOSArray::GetAt
@@ -134,12 +134,14 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
 
   // Whether there is a value. Each "true" leaves one extra reference on the value, which is then
   // never destroyed; deliberate. Where that matters, call Get with `noThrow`.
-  bool HasKey(const CKAPStringAtom& key) const;
-  bool HasKey(const char* key) const { return HasKey(POSAtomOf(key)); }
-  bool HasKey(std::string_view key) const { return HasKey(CKAPStringAtom(key)); }
-  bool DeepHasKey(const CKAPStringAtom& path) const;
-  bool DeepHasKey(const char* path) const { return DeepHasKey(POSAtomOf(path)); }
-  bool DeepHasKey(std::string_view path) const { return DeepHasKey(CKAPStringAtom(path)); }
+  [[nodiscard]] bool HasKey(const CKAPStringAtom& key) const;
+  [[nodiscard]] bool HasKey(const char* key) const { return HasKey(POSAtomOf(key)); }
+  [[nodiscard]] bool HasKey(std::string_view key) const { return HasKey(CKAPStringAtom(key)); }
+  [[nodiscard]] bool DeepHasKey(const CKAPStringAtom& path) const;
+  [[nodiscard]] bool DeepHasKey(const char* path) const { return DeepHasKey(POSAtomOf(path)); }
+  [[nodiscard]] bool DeepHasKey(std::string_view path) const {
+    return DeepHasKey(CKAPStringAtom(path));
+  }
 
   // As Put. POSException "CPOSDict::Put failed" when the key does not have the object afterwards or
   // cannot be read. It costs a call of "Get".

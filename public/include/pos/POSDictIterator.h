@@ -12,8 +12,10 @@ class CPOSDict;
 //
 //   for (CPOSDictIterator i(dict); !i.IsDone(); i.Next()) Use(i.CurKey(), dict[i.CurKey()]);
 //
-// Ownership: owns the iterator, holds no reference to the dictionary, which must outlive it.
-//   Entries may come and go during the walk, but the one that the iterator stands on must stay.
+// Ownership: holds one reference to the iterator, released on destruction; copies share it, so
+//   moving one moves all of them. Holds no reference to the dictionary, which must outlive the
+//   iterator. Entries may come and go during the walk, but the one that the iterator stands on must
+//   stay.
 // Errors: CKAPError "invalid container", with a report, when the iterator cannot be made; the other
 //   calls report to the binder, and IsDone is true then, so that a loop ends. When the interface is
 //   gone, every call throws the CKAPError with the empty message (kap/KAPInterfaceClient.h), and
@@ -24,6 +26,7 @@ class CPOSDictIterator {
  public:
   explicit CPOSDictIterator(const CPOSDict& dict);  // on the first entry
 
+  // To the first entry, to the next one; whether there is no entry left.
   void Begin() { Client::Call<"Begin">(fIterator.Handle()); }
   void Next() { Client::Call<"Next">(fIterator.Handle()); }
   bool IsDone() const { return Client::Call<"IsDone">(fIterator.Handle()); }

@@ -13,6 +13,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // The message must outlive the exception: a literal, as a rule.
 class POSException : public std::exception {
  public:
+  // `message` is kept, not copied.
   explicit POSException(const char* message) noexcept : fMessage(message) {}
   const char* what() const noexcept override { return fMessage; }
 

@@ -88,7 +88,7 @@ struct POSNumberInterface
           TKAPMethod<"IsPOSNumber", "POSNumberIsPOSNumberProc", bool(POSObject* object)>,
           // The value. [any thread]
           TKAPMethod<"Get", "POSNumberGetProc", double(POSNumber* number)>> {
-  static constexpr POSType kType = kPOSNumber;
+  static constexpr POSType kType = kPOSNumber;  // the kind of its objects
 };
 
 // Strings of bytes in no particular encoding. Equal strings share one text.
@@ -102,7 +102,7 @@ struct POSStringInterface
           TKAPMethod<"IsPOSString", "POSStringIsPOSStringProc", bool(POSObject* object)>,
           // The terminated text, borrowed: it lives as long as the object. [any thread]
           TKAPMethod<"Get", "POSStringGetProc", const char*(POSString* string)>> {
-  static constexpr POSType kType = kPOSString;
+  static constexpr POSType kType = kPOSString;  // the kind of its objects
 };
 
 // Strings of 16-bit units, meant for UTF-16. The units are not checked.
@@ -120,7 +120,7 @@ struct POSUnicodeStringInterface
           // [any thread]
           TKAPMethod<"Get", "POSUnicodeStringGetProc",
                      const unsigned short*(POSUnicodeString* string)>> {
-  static constexpr POSType kType = kPOSUnicodeString;
+  static constexpr POSType kType = kPOSUnicodeString;  // the kind of its objects
 };
 
 // Bytes with the name of their type, which means something to their users only.
@@ -143,7 +143,7 @@ struct POSBinDataInterface
                      const unsigned char*(POSBinData* data)>,
           // How many bytes there are. [any thread]
           TKAPMethod<"GetSize", "POSBinDataGetSizeProc", unsigned long(POSBinData* data)>> {
-  static constexpr POSType kType = kPOSBinData;
+  static constexpr POSType kType = kPOSBinData;  // the kind of its objects
 };
 
 // Pointers that the library does not follow, such as a host's own objects.
@@ -166,7 +166,7 @@ struct POSRawPointerInterface
           // it follows from the method's name. [any thread]
           TKAPMethod<"GetReleaseProc", "POSRawPointerGetReleaseProcProc",
                      POSReleaseProc(POSRawPointer* pointer)>> {
-  static constexpr POSType kType = kPOSRawPointer;
+  static constexpr POSType kType = kPOSRawPointer;  // the kind of its objects
 };
 
 // Sequences of slots, each a property object of any component or empty. Slots count from 0.
@@ -194,7 +194,7 @@ struct POSArrayInterface
           // Takes the slot out, then releases what was in it; later slots move down by one. Past
           // the end it is a quiet no-op. [exclusive]
           TKAPMethod<"Remove", "POSArrayRemoveProc", void(POSArray* array, unsigned long index)>> {
-  static constexpr POSType kType = kPOSArray;
+  static constexpr POSType kType = kPOSArray;  // the kind of its objects
 };
 
 // Maps from texts to property objects of any component. No value is empty.
@@ -221,7 +221,7 @@ struct POSDictInterface
           // Takes the key out, then releases its value. A quiet no-op for a key that is absent.
           // [exclusive]
           TKAPMethod<"Remove", "POSDictRemoveProc", void(POSDict* dict, KAPStringAtom* key)>> {
-  static constexpr POSType kType = kPOSDict;
+  static constexpr POSType kType = kPOSDict;  // the kind of its objects
 };
 
 // Walks a dictionary in the byte order of its keys:

@@ -17,8 +17,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 template <class Interface, TKAPName IsKind, TKAPName Message>
 class TPOSKind : public CPOSObject {
  public:
-  static constexpr POSType kType = Interface::kType;
-  static constexpr const char* kDowncastFailed = Message.fText;
+  static constexpr POSType kType = Interface::kType;             // the kind
+  static constexpr const char* kDowncastFailed = Message.fText;  // the message of a failed downcast
 
   TPOSKind() noexcept = default;  // an empty reference
 

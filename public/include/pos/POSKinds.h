@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <iterator>
 
+#include "kap/KAPTypes.h"
+
 // The kinds of property object: the one list of them. Everything that handles kinds one by one is
 // tied to it, so that a new kind cannot be forgotten:
 //

@@ -14,6 +14,7 @@ class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
   // CKAPError "invalid container", with a report, when the object cannot be made.
   explicit CPOSNumber(double value) : TPOSKind(Call<"NewPOSNumber">(value), KAPAdopt()) {}
 
+  // The value. 0, with a report, for an empty reference.
   double Get() const { return Call<"Get">(Handle()); }
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <utility>
+
 #include "kap/KAPContainer.h"
 #include "kap/KAPMethodTable.h"
 #include "kap/KAPStringAtom.h"
@@ -23,10 +25,9 @@ class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {};
 //
 // Ownership: holds one reference, released on destruction; copies share the same object.
 // Errors: CKAPError "invalid container" when a handle is null or has no property-object methods and
-//   when the host does not add a reference; "couldn't get signature" for a container without a
-//   primary instance, and for an empty reference asked for what all kinds share. An
-//   empty reference of one kind asked for what its kind has acts as a null handle: a report, and
-//   null or 0.
+//   when the host does not add a reference, and for an empty reference asked for what all kinds
+//   share; "couldn't get signature" for a container without a primary instance. An empty reference
+//   of one kind asked for what its kind has acts as a null handle: a report, and null or 0.
 // Threads: a reference is a plain value. For the object see the thread tags in POSInterfaces.h.
 class CPOSObject : public KAPContainerBaseGeneric {
  public:
@@ -35,7 +36,7 @@ class CPOSObject : public KAPContainerBaseGeneric {
   explicit CPOSObject(POSObject* handle);
   // Adopts the reference of a handle that a procedure of property objects returned.
   CPOSObject(POSObject* handle, KAPAdopt adopt);
-  explicit CPOSObject(TKAPNewHandle<POSObject> made) : CPOSObject(made, KAPAdopt()) {}
+  explicit CPOSObject(TKAPNewHandle<POSObject> made) : CPOSObject(std::move(made), KAPAdopt()) {}
 
   // The object that `text` describes, see "CreateFromText" of POSObjectStatics; an empty
   // reference on failure. `end` may be null.

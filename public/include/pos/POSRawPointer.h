@@ -24,13 +24,18 @@ class CPOSRawPointer : public TPOSKind<POSRawPointerInterface, "IsPOSRawPointer"
   CPOSRawPointer(void* pointer, POSReleaseProc release)
       : TPOSKind(Call<"NewPOSRawPointer">(pointer, release), KAPAdopt()) {}
 
-  // An object reference to `container`, with a new reference. CKAPError "invalid container" for
-  // null, and when the host refuses the reference.
-  static CPOSRawPointer NewKAPObjRef(KAPContainer* container);
+  // An object reference to `container`, with a new reference; to one that was just made, with the
+  // reference that it comes with. CKAPError "invalid container" for null, and when the host refuses
+  // the reference or the object cannot be made.
+  [[nodiscard]] static CPOSRawPointer NewKAPObjRef(KAPContainer* container);
+  [[nodiscard]] static CPOSRawPointer NewKAPObjRef(TKAPNewHandle<KAPContainer> made);
 
   // The pointer stays the object's. Both may be null.
   void* GetRawPointer() const { return Call<"GetRawPointer">(Handle()); }
   POSReleaseProc GetReleaseProc() const { return Call<"GetReleaseProc">(Handle()); }
+
+ private:
+  static CPOSRawPointer NewKAPObjRef(KAPContainerBaseGeneric reference);
 };
 
 // The release procedure of object references: releases the reference to the container.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <utility>
+
 #include "kap/KAPStream.h"
 #include "pos/POSObject.h"
 #include "pos/POSStreamerInterfaces.h"
@@ -18,23 +20,22 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Ownership: holds one reference; copies share the streamer.
 // Errors: the CKAPError with the empty message when the library is not there, once the runtime is
 //   bound (kap/KAPInterfaceClient.h has the other cases); any other failure is reported to the
-//   binder. A streamer that could not be made is an empty reference.
+//   binder, and so is a call on an empty reference.
 // Threads: see POSStreamerInterface.
 class CPOSStreamer : public KAPContainerBaseGeneric {
  public:
-  // A new streamer. Deprecated: New.
-  KAP_DEPRECATED("use CPOSStreamer::New()")
-  CPOSStreamer() : KAPContainerBaseGeneric(Client::Call<"NewPOSStreamer">(), KAPAdopt()) {}
+  CPOSStreamer() noexcept = default;  // none
+  // A new streamer. An empty reference, with a report, when it cannot be made.
   [[nodiscard]] static CPOSStreamer New() {
     return CPOSStreamer(Client::Call<"NewPOSStreamer">(), KAPAdopt());
   }
-  // A reference to an existing streamer: adds one, adopts one; null makes an empty reference when it
-  // is adopted. Neither looks at what the handle is: the first call does.
+  // A reference to an existing streamer: adds one, adopts one; null makes an empty reference when
+  // it is adopted. Neither looks at what the handle is: the first call does.
   explicit CPOSStreamer(POSStreamer* handle) : KAPContainerBaseGeneric(handle) {}
   CPOSStreamer(POSStreamer* handle, KAPAdopt adopt) noexcept
       : KAPContainerBaseGeneric(handle, adopt) {}
   explicit CPOSStreamer(TKAPNewHandle<POSStreamer> made) noexcept
-      : CPOSStreamer(made, KAPAdopt()) {}
+      : CPOSStreamer(std::move(made), KAPAdopt()) {}
 
   // Writes at the stream's position. Whether it failed shows only in the binder's reports.
   void Serialize(const CKAPPositionableStream& stream, const CPOSObject& object,

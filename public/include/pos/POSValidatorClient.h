@@ -12,6 +12,7 @@
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 // The method tables of all implementations of validators, emptied when the runtime unbinds itself.
+// As with streams, it does not release handles: each wrapper releases its own.
 class CPOSValidatorTerminate : public TDelVTabList<POSValidatorInterface> {};
 
 // A reference to a validator of any component.
@@ -42,18 +43,20 @@ class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseG
     return Validate(object, CKAPStringAtom(typeName), message);
   }
 
+  // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(POSValidator* handle) { fTerm.InitVTab(handle); }
 
  private:
   static constinit CPOSValidatorTerminate fTerm;
 };
 
-// The table of POSStructValidatorInterface: loads it whether or not it is stale, and if it is stale.
-// Whether it is loaded and current now; the first throws for a procedure that the host lacks
+// Loads the table of POSStructValidatorInterface, even one that is not stale. Whether it is loaded
+// now; the next use loads it once more. Throws for a procedure that the host lacks
 // (kap/KAPInterfaceClient.h).
 inline bool ConstructPOSStructValidatorInterfaceProcs() {
   return TKAPInterfaceClient<POSStructValidatorInterface>::LoadProcTable(true);
 }
+// Loads the table if it is stale. Whether it is loaded and current now.
 inline bool GetGlobalPOSStructValidatorInterfaceProcs() noexcept {
   return TKAPInterfaceClient<POSStructValidatorInterface>::TryRefresh();
 }
@@ -64,13 +67,17 @@ inline int ConstructPOSValidatorVirtualInterfaceMethods(POSValidator* validator,
   return TInterfaceConstructor<POSValidatorInterface>::InitProc(validator, required, slots);
 }
 
-// A validator over a schema of one's own. When the interface is gone, its constructor and its own
-// calls throw the CKAPError with the empty message (kap/KAPInterfaceClient.h), without a report.
+// A reference to a validator over a schema of one's own. When the interface is gone, its
+// constructor and its own calls throw the CKAPError with the empty message
+// (kap/KAPInterfaceClient.h), without a report.
 class CPOSStructValidator : public CPOSValidator {
  public:
   // The schema is kept, not copied, and not checked. CKAPError "invalid container", with a report,
   // when there can be no validator.
   explicit CPOSStructValidator(const CPOSDict& schema);
+  // From a handle, as CPOSValidator. They do not look at what validator it is: RegisterCallbackProc
+  // reports one of another component, and changes nothing.
+  using CPOSValidator::CPOSValidator;
 
   // Registers `callback`, which is then called for each object that complies with the type.
   // Replaces the type's previous callback; null removes it. A failure is reported and changes

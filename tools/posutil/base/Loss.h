@@ -15,7 +15,7 @@ enum class LossMode {
   kKeep,   // read it as a dictionary with its JSON text, from which the writer restores it
 };
 
-enum class LossKind { kTruth, kNull, kRepeated, kInteger, kSmall, kLarge, kDigits };
+enum class LossKind { kTruth, kNull, kRepeated, kInteger, kSmall, kDigits };
 
 // Counts the losses of one input by their kind, and remembers the first of each kind.
 class Losses {
@@ -42,7 +42,7 @@ class Losses {
     std::size_t fCount = 0;
   };
 
-  std::array<Entry, 7> fEntries;
+  std::array<Entry, 6> fEntries;
 };
 
 }  // namespace PosUtil

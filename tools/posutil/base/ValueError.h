@@ -19,9 +19,13 @@ class ValueFailure : public Failure {
   const ValuePath& Path() const { return fPath; }
   // The path to the value and the reason.
   const std::string& Explanation() const { return fExplanation; }
+  // The same failure about a document in which the value that was written is at `place`.
+  ValueFailure Within(const ValuePath& place) const;
 
  private:
+  std::string fDocument;
   ValuePath fPath;
+  std::string fReason;
   std::string fExplanation;
 };
 

@@ -20,25 +20,41 @@ std::string PathText(const ValuePath& path) {
   return text;
 }
 
+bool IsDeepKey(std::string_view key, bool isFirst) {
+  if (isFirst && (key.empty() || key.front() == '/')) return false;
+  return key.find_first_of(".[") == std::string_view::npos;
+}
+
+void AppendPointerKey(std::string& pointer, std::string_view key) {
+  pointer += '/';
+  for (const char c : key) {
+    if (c == '~') {
+      pointer += "~0";
+    } else if (c == '/') {
+      pointer += "~1";
+    } else {
+      pointer += c;
+    }
+  }
+}
+
+void AppendPointerIndex(std::string& pointer, std::size_t index) {
+  pointer += '/' + std::to_string(index);
+}
+
 std::string JsonPointer(const ValuePath& path) {
   std::string pointer;
   for (const PathStep& step : path) {
-    pointer += '/';
-    if (step.fIsIndex) {
-      pointer += std::to_string(step.fIndex);
-      continue;
-    }
-    for (const char c : step.fKey) {
-      if (c == '~') {
-        pointer += "~0";
-      } else if (c == '/') {
-        pointer += "~1";
-      } else {
-        pointer += c;
-      }
-    }
+    step.fIsIndex ? AppendPointerIndex(pointer, step.fIndex) : AppendPointerKey(pointer, step.fKey);
   }
   return pointer;
+}
+
+std::string UsablePath(const ValuePath& path) {
+  for (const PathStep& step : path) {
+    if (!step.fIsIndex && !IsDeepKey(step.fKey, &step == path.data())) return JsonPointer(path);
+  }
+  return PathText(path);
 }
 
 }  // namespace PosUtil

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -17,6 +18,8 @@ struct PathStep {
   bool fIsIndex;
   std::size_t fIndex = 0;
   std::string fKey;
+
+  friend auto operator<=>(const PathStep&, const PathStep&) = default;
 };
 using ValuePath = std::vector<PathStep>;
 
@@ -24,9 +27,19 @@ using ValuePath = std::vector<PathStep>;
 void AppendKey(std::string& path, std::string_view key);
 void AppendIndex(std::string& path, std::size_t index);
 
+// Returns whether the library's notation can name the key. It cannot name one that has a "." or a
+// "[", and at the start of a path neither an empty one nor one that looks like a JSON Pointer.
+bool IsDeepKey(std::string_view key, bool isFirst);
+// Append a step to a JSON Pointer (RFC 6901).
+void AppendPointerKey(std::string& pointer, std::string_view key);
+void AppendPointerIndex(std::string& pointer, std::size_t index);
+
 // The path in the library's notation.
 std::string PathText(const ValuePath& path);
 // The path as a JSON Pointer (RFC 6901).
 std::string JsonPointer(const ValuePath& path);
+// The path as a user can give it: in the library's notation if that can name all keys, else as a
+// JSON Pointer.
+std::string UsablePath(const ValuePath& path);
 
 }  // namespace PosUtil

@@ -14,7 +14,7 @@ namespace {
 
 class CheckSchemaCommand final : public Command {
  public:
-  CheckSchemaCommand() : Command(5, "check-schema", "Checks schemas") {}
+  CheckSchemaCommand() : Command(11, "check-schema", "Checks schemas") {}
 
   void Declare(CLI::App& options) override {
     fSchemas.Declare(options, "SCHEMA");

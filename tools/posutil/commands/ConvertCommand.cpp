@@ -12,7 +12,7 @@ namespace {
 
 class ConvertCommand final : public Command {
  public:
-  ConvertCommand() : Command(3, "convert", "Converts a document to another format") {}
+  ConvertCommand() : Command(4, "convert", "Converts a document to another format") {}
 
   void Declare(CLI::App& options) override {
     fDocuments.Declare(options, "IN");
@@ -21,6 +21,7 @@ class ConvertCommand final : public Command {
         ->option_text(" ");
     DeclareToOfFile(options, fFormat, "Format of OUT; default: by its ending");
     fDocuments.DeclareAll(options);
+    fDocuments.DeclareLayout(options);
     options.footer(
         "A complete new file replaces OUT; a failure or an interruption leaves OUT unchanged. IN\n"
         "and OUT may be the same file. A value that the format of OUT cannot hold is an error;\n"
@@ -38,7 +39,7 @@ class ConvertCommand final : public Command {
     // A file that replaces itself leaves no copy in which to look up what is lost.
     fDocuments.SetLoss(session, fDocuments.IsFile(fFile) ? LossMode::kError : LossMode::kWarn);
     fDocuments.Format();  // wrong usage ends the command before it creates a file
-    const Reader& format = FormatOfFile(fFormat, fFile, "--to");
+    const Reader& format = FormatOfOutput(fFormat, fFile, "--to");
     const Writer* const writer = FindFormat<Writer>(format.kName);
     if (!writer) throw Failure(std::string("cannot write the format ") + format.kName, kExitUsage);
     std::optional<Destination> destination;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "POSDict.h"
@@ -10,6 +13,9 @@
 #include "base/ValueError.h"
 #include "commands/Command.h"
 #include "commands/documents/DocumentArgument.h"
+#include "commands/documents/LiteralArguments.h"
+#include "commands/values/Slot.h"
+#include "commands/values/Values.h"
 
 namespace PosUtil {
 
@@ -24,26 +30,29 @@ class GetCommand final : public Command {
   void Declare(CLI::App& options) override {
     fDocument.Declare(options);
     fDocument.DeclareAll(options);
-    options.add_option("PATH", fPaths, "Keys and indices, as in a.b[2].c")
+    options.add_option("PATH", fPaths, "Keys and indices, as in a.b[2].c or /a/b/2/c")
         ->required()
         ->option_text("...");
     DeclareTo(options, fFormat, "Format of the values");
+    options.add_option("--type", fType, "Fails unless every value is of this kind")
+        ->check(CLI::IsMember(TypeNames()))
+        ->option_text(CLI::detail::join(TypeNames(), "|"));
+    fDefaultOption =
+        options.add_option("--default", fDefault, "Printed in place of a value that is missing")
+            ->option_text("TEXT");
+    options.add_flag("-0", fEndsWithZero, "Ends each value with a zero byte, not a line end");
     options.footer(
         "Prints each value on a line of its own. Without --to, numbers and strings appear as\n"
         "they are, other values as JSON. With --to, every value is unambiguous and takes one\n"
         "line. For a path without a value, prints a message on standard error and exits with\n"
-        "status 1. The document must be a dictionary.\n\n"
+        "status 1. A path that begins with / is a JSON Pointer, which can name every key.\n\n"
         "Examples:\n"
         "  posutil get settings.json window.size[0]\n"
-        "  posutil get --to json settings.txt title window");
+        "  posutil get --to json settings.txt title window\n"
+        "  posutil get --type number --default 10 settings.json /window/tab.width");
   }
 
-  // CLI11 parses [0] as a list. A dot before a path does not change its meaning.
-  void Prepare(std::vector<std::string>& arguments) const override {
-    for (std::string& argument : arguments) {
-      if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, 1, '.');
-    }
-  }
+  void Prepare(std::vector<std::string>& arguments) const override { HideBrackets(arguments); }
 
   ExitStatus Run(Session& session) override {
     fDocument.SetLoss(session);
@@ -51,39 +60,77 @@ class GetCommand final : public Command {
     ExitStatus status = kExitSuccess;
     std::size_t number = 0;
     while (const CPOSObject root = documents->Next()) {
-      if (!PrintValues(root, fDocument.Name(++number), session)) status = kExitNegative;
+      try {
+        if (!PrintValues(root, fDocument.Name(++number), session)) status = kExitNegative;
+      } catch (const ValueFailure& failure) {
+        fDocument.FailWithPlace(failure, number, *documents, session);
+      }
     }
     return status;
   }
 
  private:
-  // Returns false if a path has no value.
-  bool PrintValues(const CPOSObject& root, const std::string& name, Session& session) const {
-    const CPOSDict dict(root, true);
-    if (dict.IsNull()) throw Failure(Printable(name) + ": the document is not a dictionary");
+  static std::vector<std::string> TypeNames() {
+    std::vector<std::string> names;
+    for (const auto& [name, type] : kTypes) names.emplace_back(name);
+    return names;
+  }
+
+  // Returns false if a path has no value, or one of another kind than --type.
+  bool PrintValues(CPOSObject root, const std::string& name, Session& session) const {
     bool hasAll = true;
-    for (const std::string& path : fPaths) {
-      const CPOSObject value = dict.DeepGet(path.c_str(), true);
-      if (value.IsNull()) {
-        session.Complain(Printable(name) + ": no value at \"" + Printable(path) + "\"");
-        hasAll = false;
+    for (const std::string& argument : fPaths) {
+      const Path path(ShowArgument(argument));
+      const auto [value, place] = Find(root, path);
+      if (!value.IsNull() && HasType(value)) {
+        PrintValue(value, name, place, session);
+      } else if (value.IsNull() && fDefaultOption->count() > 0) {
+        session.Out().Put(ShowArgument(fDefault));
       } else {
-        PrintValue(value, name + ": " + path, session);
+        const std::string where = "\"" + Printable(path.Text()) + "\"";
+        session.Complain(Printable(name) + ": " +
+                         (value.IsNull() ? "no value at " + where
+                                         : where + " is " + KindText(value.GetType()) + ", not " +
+                                               KindText(WantedType())));
+        hasAll = false;
+        continue;
       }
+      session.Out().Put(fEndsWithZero ? '\0' : '\n');
     }
     return hasAll;
   }
 
-  void PrintValue(const CPOSObject& value, const std::string& name, Session& session) const {
-    if (!fFormat.empty() || !PrintPlainly(value, name, session.Out())) {
+  static std::pair<CPOSObject, ValuePath> Find(CPOSObject& root, const Path& path) {
+    try {
+      const Slot slot(root, path);
+      return {slot.Value(), slot.Steps()};
+    } catch (const PathError&) {
+      return {};
+    }
+  }
+
+  int WantedType() const {
+    const auto* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                           [this](const auto& row) { return fType == row.fName; });
+    return found->fType;
+  }
+  bool HasType(const CPOSObject& value) const {
+    return fType.empty() || value.GetType() == WantedType();
+  }
+
+  void PrintValue(const CPOSObject& value, const std::string& name, const ValuePath& place,
+                  Session& session) const {
+    try {
+      if (fFormat.empty() && PrintPlainly(value, name, session.Out())) return;
       const Writer& writer = *FindFormat<Writer>(fFormat.empty() ? "json" : fFormat);
       writer.Write(value, name,
                    {.fOnOneLine = true,
                     .fRestoresKept = session.Loss() == LossMode::kKeep,
                     .fStyle = session.OutStyle()},
                    session.Out());
+    } catch (const ValueFailure& failure) {
+      throw failure.Within(place);
     }
-    session.Out().Put('\n');
   }
 
   // Returns false if the value has no plain form.
@@ -104,9 +151,19 @@ class GetCommand final : public Command {
     return true;
   }
 
+  static constexpr struct {
+    const char* fName;
+    POSType fType;
+  } kTypes[] = {{"number", kPOSNumber},  {"string", kPOSString}, {"unicode", kPOSUnicodeString},
+                {"binary", kPOSBinData}, {"array", kPOSArray},   {"dict", kPOSDict}};
+
   DocumentArgument fDocument;
   std::vector<std::string> fPaths;
   std::string fFormat;
+  std::string fType;
+  std::string fDefault;
+  const CLI::Option* fDefaultOption = nullptr;
+  bool fEndsWithZero = false;
 } gGetCommand;
 
 }  // namespace

@@ -15,6 +15,7 @@ class PrintCommand final : public Command {
   void Declare(CLI::App& options) override {
     fDocument.Declare(options);
     fDocument.DeclareAll(options);
+    fDocument.DeclareLayout(options);
     DeclareTo(options, fFormat, "Format of the output; default: tree, an outline for people");
     options.footer(
         "In JSON, {\"$unicode\": \"text\"} is a Unicode string and\n"

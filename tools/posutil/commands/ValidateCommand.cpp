@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
 
+#include "base/Printable.h"
 #include "commands/Command.h"
 #include "commands/documents/FilesArgument.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/verdicts/Schema.h"
+#include "commands/verdicts/VerdictRecords.h"
 #include "commands/verdicts/VerdictReport.h"
+#include "commands/verdicts/WorkerPool.h"
 #include "files/InputFile.h"
 
 namespace PosUtil {
@@ -17,7 +24,7 @@ using namespace KAP_T_MT;
 
 class ValidateCommand final : public Command {
  public:
-  ValidateCommand() : Command(4, "validate", "Checks documents against a type of a schema") {}
+  ValidateCommand() : Command(10, "validate", "Checks documents against a type of a schema") {}
 
   void Declare(CLI::App& options) override {
     options.add_option("--schema", fSchema, "The schema, - for standard input")
@@ -30,6 +37,11 @@ class ValidateCommand final : public Command {
     options.add_flag("--all", fAll, "Checks every document in each FILE");
     options.add_flag("--no-schema-check", fTrustsSchema, "Skips the check of the schema");
     fDocuments.Declare(options, "FILE");
+    fDocuments.DeclareRecursive(options);
+    options
+        .add_option("--jobs,-j", fJobs,
+                    "Files to check at the same time, 0 for one for each processor; default: 1")
+        ->option_text("N");
     fResults.Declare(options);
     options.footer(
         "Each message starts with the place of the value, FILE:LINE:COLUMN, and ends with the\n"
@@ -37,15 +49,19 @@ class ValidateCommand final : public Command {
         "valid, 1 if one is not valid, 3 if one cannot be read or checked. An error does not stop\n"
         "the check of the other files. A schema that is not valid ends the command with status "
         "3.\n\n"
+        "With --recursive, FILE may be a folder. It stands for the files below it whose ending\n"
+        "names a format, except hidden files and SCHEMA. With --jobs, messages come in the same\n"
+        "order as without.\n\n"
         "Examples:\n"
         "  posutil validate --schema people.txt --type Person ada.json charles.json\n"
-        "  posutil validate --schema people.txt --type Person --quiet ada.json && echo valid");
+        "  posutil validate --schema people.txt --type Person --quiet ada.json && echo valid\n"
+        "  posutil validate --schema people.txt --type Person --recursive --jobs 0 people");
   }
 
   ExitStatus Run(Session& session) override {
     fDocuments.SetLoss(session);
-    const Reader& schemaFormat = FormatOfFile(fSchemaFormat, fSchema, "--schema-from");
-    fDocuments.CheckFormats();
+    const Reader& schemaFormat = FormatOfInput(fSchemaFormat, fSchema, "--schema-from");
+    const Files files = fDocuments.Expand(fSchema);
     session.TheProgress().Show(session.Out().Descriptor());
 
     const auto schemaDocument =
@@ -56,19 +72,88 @@ class ValidateCommand final : public Command {
     if (!fTrustsSchema) schema.RequireItself(fResults.MaxMessages());
     schema.RequireType(fType);
 
+    if (Jobs(files) > 1) return CheckInParallel(files, schema, session);
     VerdictReport report(fResults, session);
     if (fAll) session.Idle() = [&session] { session.Out().Flush(); };
-    for (const std::string& file : fDocuments.Files()) CheckFile(file, schema, session, report);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+      session.TheProgress().SetFile(i + 1, files.size());
+      CheckFile(files[i], schema, session, report);
+    }
     return report.Finish();
   }
 
  private:
-  void CheckFile(const std::string& file, const Schema& schema, Session& session,
+  using Files = std::vector<FilesArgument::Found>;
+
+  std::size_t Jobs(const Files& files) const {
+    constexpr std::size_t kMost = 256;
+    const std::size_t jobs = fJobs > 0 ? fJobs : std::thread::hardware_concurrency();
+    return std::min({jobs, files.size(), kMost});
+  }
+
+  // In a worker, returns kExitSuccess: only the parent reports.
+  ExitStatus CheckInParallel(const Files& files, const Schema& schema, Session& session) const {
+    session.Out().Flush();
+    WorkerPool pool(Jobs(files), files.size());
+    if (pool.IsWorker()) {
+      Work(pool, files, schema, session);
+      return kExitSuccess;
+    }
+    VerdictReport report(fResults, session);
+    Progress& progress = session.TheProgress();
+    progress.Begin("checking", files.size());
+    VerdictOrder order(files.size(),
+                       [&](VerdictRecord record) { Replay(std::move(record), session, report); });
+    std::vector<VerdictReceiver> receivers(pool.Count());
+    pool.ReceiveAll([&](std::size_t worker, std::string_view bytes) {
+      receivers[worker].Add(bytes);
+      while (auto record = receivers[worker].Next()) order.Add(std::move(*record));
+    });
+    order.Finish([&](std::size_t task) {
+      const std::string name = InputName(files[task].fName);
+      report.Add({name, schema.Name(), fAll ? 1U : 0U}, [&]() -> std::optional<Verdict> {
+        throw Failure(Printable(name) + ": the process that checked it has ended");
+      });
+    });
+    return report.Finish();
+  }
+
+  static void Replay(VerdictRecord record, Session& session, VerdictReport& report) {
+    switch (record.fKind) {
+      case VerdictRecord::kMessage:
+        return session.PutMessage(record.fText);
+      case VerdictRecord::kVerdict:
+        return report.Count(record.fName, std::move(record.fVerdict));
+      case VerdictRecord::kUnchecked:
+        return report.CountUnchecked(record.fName, record.fText);
+      case VerdictRecord::kEnd:
+        return session.TheProgress().Advance(1);
+    }
+  }
+
+  void Work(WorkerPool& pool, const Files& files, const Schema& schema, Session& session) const {
+    session.TheProgress().Hide();
+    Output results(pool.Results());
+    while (const auto task = pool.NextTask()) {
+      auto sender = std::make_unique<VerdictSender>(*task, results);
+      const MessageRedirection redirection(
+          session, [to = sender.get()](const std::string& text) { to->PutMessage(text); });
+      VerdictReport report(fResults, session, std::move(sender));
+      CheckFile(files[*task], schema, session, report);
+      report.Finish();
+    }
+  }
+
+  void CheckFile(const FilesArgument::Found& found, const Schema& schema, Session& session,
                  VerdictReport& report) const {
+    const std::string& file = found.fName;
     const CKAPStringAtom type(fType.c_str());
     CheckedName name = {InputName(file), schema.Name(), fAll ? 1U : 0U};
     std::unique_ptr<Documents> documents;
     const auto checkNext = [&]() -> std::optional<Verdict> {
+      if (!found.fProblem.empty()) {
+        throw Failure(Printable(file) + ": " + Printable(found.fProblem));
+      }
       const Extent extent = fAll ? Extent::kAll : Extent::kOne;
       if (!documents) documents = fDocuments.Open(file, extent, fResults.WantedText(), session);
       const CPOSObject object = documents->Next();
@@ -84,6 +169,7 @@ class ValidateCommand final : public Command {
   std::string fType;
   bool fTrustsSchema = false;
   bool fAll = false;
+  std::size_t fJobs = 1;
   FilesArgument fDocuments;
   VerdictOptions fResults;
 } gValidateCommand;

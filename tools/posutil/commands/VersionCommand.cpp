@@ -2,8 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "KAPUtilsVers.h"
 #include "commands/Command.h"
+#include "program/Version.h"
 
 namespace PosUtil {
 
@@ -17,17 +17,15 @@ std::string Decoded(int version) {
 
 class VersionCommand final : public Command {
  public:
-  VersionCommand() : Command(9, "version", "Prints the versions of the program and the library") {}
+  VersionCommand() : Command(90, "version", "Prints the versions of the program and the library") {}
 
   void Declare(CLI::App& options) override { options.footer("Example:\n  posutil version"); }
 
   ExitStatus Run(Session& session) override {
     const Library& library = session.TheLibrary();
     const int version = library.Version();
-    session.Out().Put(std::string("posutil ") + KAPUtils_BuildVersion() + " (build " +
-                      KAPUtils_BuildID() + ", " + KAPUtils_BuildDate() + ")\nKAPUtils " +
-                      Decoded(version) + " (" + std::to_string(version) + "), " + library.Path() +
-                      "\n");
+    session.Out().Put(ProgramVersion() + "\nKAPUtils " + Decoded(version) + " (" +
+                      std::to_string(version) + "), " + library.Path() + "\n");
     return kExitSuccess;
   }
 } gVersionCommand;

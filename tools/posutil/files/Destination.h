@@ -21,6 +21,13 @@ class Destination {
   Destination(const Destination&) = delete;
   Destination& operator=(const Destination&) = delete;
 
+  // Returns whether a new file takes the place of the old one.
+  bool Replaces() const { return fTemporary.has_value(); }
+  // If so, Commit keeps the old file under its name with this suffix.
+  void KeepOldAs(const std::string& suffix) {
+    if (fTemporary) fTemporary->KeepReplacedAs(suffix);
+  }
+
   Output& Out() { return *fOut; }
   void Commit();
 

@@ -3,6 +3,9 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
+
+#include "files/Descriptor.h"
 
 namespace PosUtil {
 
@@ -11,9 +14,9 @@ class InputFile {
  public:
   // "-" means standard input.
   explicit InputFile(const std::string& fileName);
-  InputFile(const InputFile&) = delete;
-  InputFile& operator=(const InputFile&) = delete;
-  ~InputFile();
+  // A text in place of a file; `name` is its name in messages.
+  InputFile(std::string name, std::string_view text);
+  InputFile(InputFile&&) = default;
 
   // The name in messages.
   const std::string& Name() const { return fName; }
@@ -24,13 +27,20 @@ class InputFile {
   // Returns whether a read now would wait for bytes.
   bool MayWait() const;
   // Reads up to `size` bytes and returns how many; 0 at the end.
-  std::size_t Read(char* to, std::size_t size) const;
+  std::size_t Read(char* to, std::size_t size);
+
+  // Returns at least `size` bytes from the start of the input if it has as many. The next InputFile
+  // of this name reads them again, also those of a pipe.
+  static std::string Peek(const std::string& fileName, std::size_t size);
 
  private:
-  bool fIsStandard;
+  std::size_t ReadFile(char* to, std::size_t size) const;
+
   std::string fName;
-  int fDescriptor = -1;
+  Descriptor fFile;
+  bool fIsRegular = false;
   std::size_t fSize = 0;
+  std::string fPeeked;  // comes before what the file has left
 };
 
 // The name of the file in messages.

@@ -23,6 +23,11 @@ InputWindow::InputWindow(const std::string& fileName, Progress& progress,
   fProgress.Begin("reading", fFile.Size());
 }
 
+InputWindow::InputWindow(std::string name, std::string_view text, Progress& progress)
+    : fFile(std::move(name), text),
+      fProgress(progress),
+      fBuffer(new char[kFirstCapacity + kPadding]()) {}
+
 std::size_t InputWindow::Refill(std::size_t needed) {
   if (fIsAtEnd) return 0;
   if (fKeptFrom < fDiscarded + needed) needed = fKeptFrom - fDiscarded;

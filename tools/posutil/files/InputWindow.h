@@ -22,6 +22,9 @@ class InputWindow {
   // Reading advances `progress`. `idle` may be empty; it is called before a read that may wait.
   InputWindow(const std::string& fileName, Progress& progress, std::function<void()> idle = {});
 
+  // The window over a text in place of a file; `name` is its name in messages.
+  InputWindow(std::string name, std::string_view text, Progress& progress);
+
   const InputFile& File() const { return fFile; }
 
   // The bytes, with kPadding zero bytes after the last one. A reader may change them for a moment:
@@ -60,7 +63,7 @@ class InputWindow {
   void RememberTextEnd(std::size_t count);
   void Grow();
 
-  const InputFile fFile;
+  InputFile fFile;
   Progress& fProgress;
   const std::function<void()> fIdle;
   std::size_t fCapacity = kFirstCapacity;  // without the padding

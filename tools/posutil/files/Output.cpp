@@ -16,8 +16,8 @@ namespace PosUtil {
 namespace {
 
 [[noreturn]] void ThrowLost(int error) {
-  throw Failure(error == EPIPE ? std::string()
-                               : std::string("cannot write the output: ") + std::strerror(error));
+  if (error == EPIPE) throw ClosedPipe();
+  throw Failure(std::string("cannot write the output: ") + std::strerror(error));
 }
 
 // The process that made a pipe may have made it non-blocking for every user of it.

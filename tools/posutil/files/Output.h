@@ -10,8 +10,7 @@
 namespace PosUtil {
 
 // A buffered writer to a file descriptor.
-// Errors: Failure when a write fails; with an empty text for a closed pipe, since its reader has
-//   left on purpose. The destructor does not flush, deliberately: the output of a failed command
+// Errors: Failure when a write fails, ClosedPipe for a closed pipe. The destructor does not flush, deliberately: the output of a failed command
 //   must not look complete.
 class Output {
  public:

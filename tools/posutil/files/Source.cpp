@@ -40,7 +40,7 @@ SyntaxError Source::ErrorAt(std::size_t offset, const std::string& message) cons
 }
 
 Source Source::Read(const std::string& fileName) {
-  const InputFile file(fileName);
+  InputFile file(fileName);
   // One byte for the final zero, and one so that the read that finds the end needs no larger block.
   std::size_t capacity = (file.Size() ? file.Size() : kFirstRead) + 2;
   Block block = Resize(nullptr, capacity);

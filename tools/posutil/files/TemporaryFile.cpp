@@ -135,6 +135,7 @@ void TemporaryFile::Replace() {
   if (fReplaced && !CopyAccessRights(fReplaced.Get(), fFile.Get())) Fail();
   // Else a crash of the system could leave an empty file under the old name.
   if (::fsync(fFile.Get()) != 0) Fail();
+  if (!fKeptSuffix.empty() && fReplaced) KeepReplaced();
   if (!fHasName) return fReplaced ? ReplaceByLink() : LinkToFree();
   const int folder = fPlace.fFolder.Get();
   const char* const name = fPlace.fName.c_str();
@@ -144,6 +145,22 @@ void TemporaryFile::Replace() {
   }
   fHasName = false;
   RemoveName();
+}
+
+// As a second link: the rights, the times and the owner stay, and the file is at its place until
+// the new one is there.
+void TemporaryFile::KeepReplaced() {
+  const std::string name = fPlace.fName + fKeptSuffix;
+  const std::string file = PathOf(fReplaced);
+  const int folder = fPlace.fFolder.Get();
+  if (fPlace.Holds(name, fReplaced.Get()) || Link(file.c_str(), folder, name.c_str())) return;
+  const BlockedSignals blocked;
+  const int error =
+      errno != EEXIST ? errno
+                      : LinkAndRename(file.c_str(), folder, NameBeside(name).c_str(), name.c_str());
+  if (error == 0) return;
+  errno = error;
+  ThrowFileError(fFileName + fKeptSuffix);
 }
 
 // A file that somebody has made meanwhile stays: its replacement has not been checked.

@@ -25,6 +25,10 @@ class TemporaryFile {
   // Another descriptor of the file, open for writing. The caller closes it.
   int NewDescriptor() const;
 
+  // Replace then gives the replaced file a name of its own: that of the place with this suffix. A
+  // file of that name is replaced. Without a replaced file, no-op.
+  void KeepReplacedAs(const std::string& suffix) { fKeptSuffix = suffix; }
+
   // Puts the file at its place, with the owner, group and rights that the replaced file has now;
   // see CopyAccessRights. Without a replaced file, fails if a file exists there by now. A kill at
   // any moment leaves either the old file or the new one.
@@ -36,11 +40,13 @@ class TemporaryFile {
   void LinkToFree() const;
   void ReplaceByLink();
   void RemoveName();
+  void KeepReplaced();
   [[noreturn]] void Fail() const { ThrowFileError(fFileName); }
 
   const FileLocation fPlace;
   const std::string fFileName;
   const Descriptor fReplaced;
+  std::string fKeptSuffix;
   std::string fTemporaryName;
   bool fHasName = false;
   Descriptor fFile;

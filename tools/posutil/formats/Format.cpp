@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "formats/Format.h"
 
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "files/InputFile.h"
+
 namespace PosUtil {
 
 namespace {
@@ -14,13 +20,48 @@ bool HasEnding(const std::string& fileName, std::string_view endings) {
   return false;
 }
 
+// Asks the readers from the last to the first: the later a format, the fewer texts fit it.
+const Reader* ForBeginning(std::string_view text, bool isAll) {
+  if (text.find_first_not_of(" \t\r\n") == std::string_view::npos) return nullptr;
+  const std::vector<Reader*> readers = Reader::All();
+  for (auto reader = readers.rbegin(); reader != readers.rend(); ++reader) {
+    const Reader::Recognition recognition = (*reader)->Recognize(text, isAll);
+    if (recognition == Reader::Recognition::kYes) return *reader;
+    if (recognition == Reader::Recognition::kPerhaps) return nullptr;
+  }
+  return nullptr;
+}
+
+// A pipe may deliver its first document long before the next bytes, so this reads no more than it
+// needs.
+const Reader* ForContent(const std::string& fileName) {
+  constexpr std::size_t kMost = 64 * 1024;
+  for (std::size_t size = 1;;) {
+    const std::string text = InputFile::Peek(fileName, size);
+    const bool isAll = text.size() < size || text.size() >= kMost;
+    const Reader* const reader = ForBeginning(text, isAll);
+    if (reader || isAll) return reader;
+    size = text.size() + 1;
+  }
+}
+
 }  // namespace
 
-const Reader* Reader::ForFile(const std::string& fileName) {
+const Reader* Reader::ForEnding(const std::string& fileName) {
   for (const Reader* reader : All()) {
     if (HasEnding(fileName, reader->kEndings)) return reader;
   }
   return nullptr;
+}
+
+const Reader* Reader::ForFile(const std::string& fileName) {
+  if (const Reader* const reader = ForEnding(fileName)) return reader;
+  static std::mutex mutex;
+  static std::map<std::string, const Reader*> known;
+  const std::lock_guard lock(mutex);
+  const auto found = known.find(fileName);
+  if (found != known.end()) return found->second;
+  return known[fileName] = ForContent(fileName);
 }
 
 }  // namespace PosUtil

@@ -8,6 +8,7 @@
 #include "base/Registered.h"
 #include "base/TextPart.h"
 #include "files/Output.h"
+#include "formats/Layout.h"
 #include "formats/Token.h"
 #include "pos/POSObject.h"
 #include "program/Session.h"
@@ -58,12 +59,21 @@ class Reader : public Registered<Reader> {
   virtual std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent, Text text,
                                           Session& session) const = 0;
 
+  // Returns whether a document of the format may begin with this text, which is not only white
+  // space. kPerhaps: more text would tell, and this is not all.
+  enum class Recognition { kNo, kPerhaps, kYes };
+  virtual Recognition Recognize(std::string_view text, bool isAll) const = 0;
+
   // For the places of values in a document that has been read: the token at or after an offset,
   // which lies outside of tokens, and the key that a token stands for.
   virtual Token NextToken(std::string_view text, std::size_t at) const = 0;
   virtual std::string KeyOf(std::string_view token) const = 0;
 
   // The reader for the ending of the file name, or null.
+  static const Reader* ForEnding(const std::string& fileName);
+  // The reader for the ending of the file name or, if no reader has it, for the beginning of the
+  // file; null if that shows no format. Remembers the answer. Throws Failure for a file that it
+  // cannot read. Any thread.
   static const Reader* ForFile(const std::string& fileName);
 
   const char* const kName;
@@ -75,16 +85,25 @@ class Reader : public Registered<Reader> {
 
 struct WriteOptions {
   bool fOnOneLine = false;
+  Indent fIndent = {};
   bool fRestoresKept = false;  // JSON writes what --loss=keep has kept as it was
   Style fStyle;
+};
+
+// Which layouts a writer has.
+enum class Layouts {
+  kFixed,
+  kIndented,  // with any indentation
+  kAll,       // and on one line
 };
 
 // Writes one format. Each format has one static object.
 class Writer : public Registered<Writer> {
  public:
   // `between` separates two documents; `end` follows the last one in a file.
-  Writer(int order, const char* name, std::string_view between = "\n", std::string_view end = "\n")
-      : Registered(order), kName(name), kBetween(between), kEnd(end) {}
+  Writer(int order, const char* name, Layouts layouts, std::string_view between = "\n",
+         std::string_view end = "\n")
+      : Registered(order), kName(name), kLayouts(layouts), kBetween(between), kEnd(end) {}
 
   // Writes the object, without kBetween and kEnd. Throws Failure, with the name `document` in it;
   // `out` then holds an incomplete document. The caller checks the reports of the library.
@@ -92,6 +111,7 @@ class Writer : public Registered<Writer> {
                      const WriteOptions& options, Output& out) const = 0;
 
   const char* const kName;
+  const Layouts kLayouts;
   const std::string_view kBetween;
   const std::string_view kEnd;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace PosUtil {
@@ -15,7 +16,18 @@ struct Token {
   std::size_t fEnd;  // after the last byte
 };
 
-// The first byte at or after `at` that is not one of `skipped`; the end of the text if there is none.
+// The token of a bracket, which is the first byte at `at`; nothing for another byte.
+inline std::optional<Token> BracketToken(std::string_view text, std::size_t at, char beginDict,
+                                         char endDict) {
+  const char byte = text[at];
+  if (byte == beginDict) return Token{Token::kBeginDict, at, at + 1};
+  if (byte == endDict) return Token{Token::kEndDict, at, at + 1};
+  if (byte == '[') return Token{Token::kBeginArray, at, at + 1};
+  if (byte == ']') return Token{Token::kEndArray, at, at + 1};
+  return std::nullopt;
+}
+
+// The first byte at or after `at` that is not in `skipped`; the end of the text if there is none.
 inline std::size_t Skip(std::string_view text, std::size_t at, std::string_view skipped) {
   const std::size_t found = text.find_first_not_of(skipped, at);
   return found == std::string_view::npos ? text.size() : found;

@@ -7,10 +7,12 @@
 
 namespace PosUtil {
 
-Session::Session()
-    : fOut(STDOUT_FILENO),
-      fOutStyle(Style::For(STDOUT_FILENO)),
-      fErrorStyle(Style::For(STDERR_FILENO)) {}
+Session::Session() : fOut(STDOUT_FILENO) { SetColours(ColourMode::kAuto); }
+
+void Session::SetColours(ColourMode mode) {
+  fOutStyle = Style::For(STDOUT_FILENO, mode);
+  fErrorStyle = Style::For(STDERR_FILENO, mode);
+}
 
 Library& Session::TheLibrary() {
   if (!fLibrary) fLibrary.emplace(fLibraryPath);
@@ -18,11 +20,13 @@ Library& Session::TheLibrary() {
 }
 
 void Session::ComplainPlainly(const std::string& text) {
+  PutMessage(fErrorStyle.Message(text, fErrorStyle.fError, Style::Lines::kFirst));
+}
+
+void Session::PutMessage(const std::string& text) {
+  if (fRedirection) return fRedirection(text);
   fProgress.Erase();
-  std::string lines = fErrorStyle.fError + text;
-  const std::size_t firstEnd = std::min(lines.find('\n'), lines.size());
-  lines.insert(firstEnd, fErrorStyle.fPlain);
-  lines += '\n';
+  const std::string lines = text + '\n';
   // An error is ignored: standard error is where it would be reported.
   static_cast<void>(!::write(STDERR_FILENO, lines.data(), lines.size()));
 }
@@ -37,7 +41,7 @@ void Session::ReportLosses(Losses& losses) {
   if (isError) {
     throw PlacedFailure(text + "\nUse --loss=warn to accept this, --loss=keep to keep the values.");
   }
-  ComplainPlainly(text);
+  PutMessage(fErrorStyle.Message(text, fErrorStyle.fWarning, Style::Lines::kAll));
 }
 
 void Session::CheckReports() {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/Loss.h"
 #include "files/Output.h"
@@ -26,6 +27,7 @@ class Session {
   Output& Out() { return fOut; }
   Progress& TheProgress() { return fProgress; }
   const Style& OutStyle() const { return fOutStyle; }
+  void SetColours(ColourMode mode);
 
   // What to do with a value that property objects cannot hold; set it before reading.
   LossMode& Loss() { return fLoss; }
@@ -46,15 +48,36 @@ class Session {
   // library has reported anything.
   void Finish();
 
+  // Prints lines to standard error as they are, without the last line end.
+  void PutMessage(const std::string& text);
+
  private:
+  friend class MessageRedirection;
+
   std::string fLibraryPath;
   std::optional<Library> fLibrary;
   LossMode fLoss = LossMode::kWarn;
   std::function<void()> fIdle;
+  std::function<void(const std::string&)> fRedirection;
   Progress fProgress;
   Output fOut;
   Style fOutStyle;
   Style fErrorStyle;
+};
+
+// While it exists, the messages of the session go to a procedure and not to standard error.
+class MessageRedirection {
+ public:
+  MessageRedirection(Session& session, std::function<void(const std::string&)> to)
+      : fSession(session) {
+    fSession.fRedirection = std::move(to);
+  }
+  MessageRedirection(const MessageRedirection&) = delete;
+  MessageRedirection& operator=(const MessageRedirection&) = delete;
+  ~MessageRedirection() { fSession.fRedirection = nullptr; }
+
+ private:
+  Session& fSession;
 };
 
 }  // namespace PosUtil

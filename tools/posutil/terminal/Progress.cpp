@@ -13,7 +13,8 @@ namespace {
 
 constexpr auto kPatience = std::chrono::seconds(1);
 constexpr auto kBetweenDrawings = std::chrono::milliseconds(100);
-constexpr std::size_t kBetweenChecks = 64 * 1024;  // reading the clock costs time
+constexpr std::size_t kMostBetweenChecks = 64 * 1024;  // reading the clock costs time
+constexpr std::size_t kChecks = 1000;                  // of a total that is known
 constexpr std::size_t kWidth = 40;
 
 // An error is ignored: standard error is where it would be reported.
@@ -37,12 +38,16 @@ void Progress::Begin(const char* activity, std::size_t total) {
 }
 
 void Progress::CheckClock() {
-  fNextCheck = fDone + kBetweenChecks;
+  fNextCheck =
+      fDone + (fTotal == 0 ? kMostBetweenChecks
+                           : std::clamp<std::size_t>(fTotal / kChecks, 1, kMostBetweenChecks));
   const Clock::time_point now = Clock::now();
   if (now - fStart < kPatience || now - fLastDrawn < kBetweenDrawings) return;
   fLastDrawn = now;
   fIsDrawn = true;
-  PutToTerminal("\r\033[K" + std::string(fActivity) + " " + Bar());
+  const std::string file =
+      fFiles > 1 ? std::to_string(fFile) + "/" + std::to_string(fFiles) + " " : "";
+  PutToTerminal("\r\033[K" + file + fActivity + " " + Bar());
 }
 
 std::string Progress::Bar() const {

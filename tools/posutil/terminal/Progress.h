@@ -18,14 +18,20 @@ class Progress {
 
   // Call it when the destination of the results is known; before that nothing appears.
   void Show(int resultDescriptor);
+  void Hide() { fIsShown = false; }
   bool IsShown() const { return fIsShown; }
 
-  // Starts a piece of work. `total` is in bytes, 0 if it is not known.
+  // Says which one of several files the next pieces of work belong to. Files count from 1.
+  void SetFile(std::size_t number, std::size_t count) {
+    fFile = number;
+    fFiles = count;
+  }
+
+  // Starts a piece of work. `total` is in bytes, or any other unit, 0 if it is not known.
   void Begin(const char* activity, std::size_t total);
-  // Adds `bytes` to the bytes done.
-  void Advance(std::size_t bytes) {
+  void Advance(std::size_t amount) {
     if (!fIsShown) return;
-    fDone += bytes;
+    fDone += amount;
     if (fDone >= fNextCheck) CheckClock();
   }
   // Removes the bar from the screen, so that a message can take its place.
@@ -44,6 +50,8 @@ class Progress {
   const char* fActivity = "";
   std::size_t fTotal = 0;
   std::size_t fDone = 0;
+  std::size_t fFile = 0;
+  std::size_t fFiles = 0;
   std::size_t fNextCheck = 0;  // value of fDone at which to read the clock again
 };
 

@@ -38,14 +38,14 @@ void CKAPUtilsDir::Rename(const CKAPStringAtom& from, const CKAPStringAtom& to) 
 CKAPStringAtom CKAPUtilsDir::GetFilePathSpec(const CKAPStringAtom& name) const {
   KAPStringAtom* path = nullptr;
   KAPCheck(Client::Call<"GetFilePathSpec">(&path, Handle(), name.Handle()));
-  return CKAPStringAtom(path, true);
+  return CKAPStringAtom(path, KAPAdopt());
 }
 
 CKAPStringAtom CKAPUtilsDir::CreateUniqueFilename(const CKAPStringAtom& prefix,
                                                   const CKAPStringAtom& second) const {
   KAPStringAtom* name = nullptr;
   KAPCheck(Client::Call<"CreateUniqueFilename">(&name, Handle(), prefix.Handle(), second.Handle()));
-  return CKAPStringAtom(name, true);
+  return CKAPStringAtom(name, KAPAdopt());
 }
 
 CKAPPositionableStream CKAPUtilsDir::OpenStream(const CKAPStringAtom& name,

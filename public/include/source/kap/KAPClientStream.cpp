@@ -2,6 +2,7 @@
 #include "kap/KAPClientStream.h"
 
 #include "kap/KAPError.h"
+#include "kap/TOQException.h"
 
 namespace KAP_T_MT {
 
@@ -15,6 +16,15 @@ void KAPClientPositionableStream::Rewind() { Seek(0, kKAPSeekFromStart); }
 TKAPClientObject<KAPClientPositionableStream>
 KAPClientPositionableStream::CreateIndependentlyPositionableStream() {
   CKAPError::ThrowError(kUnknownErrorID);
+}
+
+TKAPClientObject<KAPClientPositionableStream>
+KAPClientPositionableStream::CreateCheckedRewindableStream() {
+  TKAPClientObject<KAPClientRewindableStream> made = CreateIndependentlyRewindableStream();
+  auto* positionable = dynamic_cast<KAPClientPositionableStream*>(made.get());
+  if (made && !positionable) throw TOQException("the new stream cannot be positioned");
+  static_cast<void>(made.release());
+  return TKAPClientObject<KAPClientPositionableStream>(positionable);
 }
 
 }  // namespace KAP_T_MT

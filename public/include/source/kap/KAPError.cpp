@@ -138,8 +138,8 @@ bool CKAPError::Init() {
 }
 
 void CKAPError::Close() noexcept {
-  const CKAPError unknown(std::exchange(fUnknownError, nullptr));
-  const CKAPError mem(std::exchange(fMemError, nullptr));
+  const CKAPError unknown(std::exchange(fUnknownError, nullptr), KAPAdopt());
+  const CKAPError mem(std::exchange(fMemError, nullptr), KAPAdopt());
 }
 
 void CKAPError::Kill() noexcept {
@@ -147,7 +147,7 @@ void CKAPError::Kill() noexcept {
   fMemError = nullptr;
 }
 
-void KAPThrowError(KAPError* error) { throw CKAPError(error); }
+void KAPThrowError(KAPError* error) { throw CKAPError(error, KAPAdopt()); }
 
 void KAPThrowMissingInterfaceError() { CKAPError::ThrowError("Missing Interface", "KAP", 0); }
 

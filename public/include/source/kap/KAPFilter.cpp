@@ -37,20 +37,19 @@ KAPDataSink* NewSink(Args... args) {
   return sink;
 }
 
-// For constructors, which cannot return null.
-KAPDataSink* Required(KAPDataSink* sink) {
-  if (!KAPMade<KAPFilterInterface>(sink)) KAPThrowMissingInterfaceError();
-  return sink;
+// For owners, which must not be empty. Null and no error: the table cannot be loaded, or the host
+// breaks its contract.
+TKAPNewHandle<KAPDataSink> Required(KAPDataSink* sink) {
+  if (!KAPMade<KAPFilterInterface>(sink)) CKAPError::ThrowError(kUnknownErrorID);
+  return TKAPNewHandle(sink);
 }
 
 }  // namespace
 
-CKAPDataSink::CKAPDataSink() : TKAPReference(NewSink<"NewNullDataSink">(), KAPAdopt()) {}
-
-CKAPDataSink CKAPDataSink::New() { return CKAPDataSink(NewSink<"NewNullDataSink">(), KAPAdopt()); }
+CKAPDataSink CKAPDataSink::New() { return CKAPDataSink(Required(NewSink<"NewNullDataSink">())); }
 
 CKAPDataSink::CKAPDataSink(TKAPClientObject<KAPClientDataSink> client)
-    : TKAPReference(Required(_NewClientDataSink(std::move(client))), KAPAdopt()) {}
+    : TKAPReference(Required(_NewClientDataSink(std::move(client)))) {}
 
 TKAPNewHandle<KAPDataSink> CKAPDataSink::_NewClientDataSink(
     TKAPClientObject<KAPClientDataSink> client) {
@@ -66,7 +65,7 @@ void CKAPDataSink::Write(const unsigned char* data, std::size_t size) {
 bool CKAPDataSink::IsFilter() const { return KAPFilterClient::Call<"IsFilter">(Handle()); }
 
 CKAPFilter::CKAPFilter(const CKAPDataSink& target, TKAPClientObject<KAPClientFilter> client)
-    : CKAPFilter(Required(_NewClientFilter(target, std::move(client))), KAPAdopt()) {}
+    : CKAPFilter(Required(_NewClientFilter(target, std::move(client)))) {}
 
 TKAPNewHandle<KAPFilter> CKAPFilter::_NewClientFilter(const CKAPDataSink& target,
                                                       TKAPClientObject<KAPClientFilter> client) {
@@ -77,7 +76,7 @@ TKAPNewHandle<KAPFilter> CKAPFilter::_NewClientFilter(const CKAPDataSink& target
 }
 
 CKAPFilter CKAPFilter::NewIdentityFilter(const CKAPDataSink& target) {
-  return CKAPFilter(NewSink<"NewIdentityFilter">(target.Handle()), KAPAdopt());
+  return CKAPFilter(Required(NewSink<"NewIdentityFilter">(target.Handle())));
 }
 
 void CKAPFilter::Close() { KAPCheck(KAPFilterClient::Call<"Close">(Handle())); }
@@ -104,7 +103,7 @@ void CKAPFilter::ResetChainState() { KAPCheck(KAPFilterClient::Call<"ResetChainS
 
 CKAPFilterJPEG::CKAPFilterJPEG(const CKAPDataSink& target,
                                TKAPClientObject<KAPClientFilterJPEG> client)
-    : CKAPFilter(Required(_NewFilterJPEG(target, std::move(client))), KAPAdopt()) {}
+    : CKAPFilter(Required(_NewFilterJPEG(target, std::move(client)))) {}
 
 TKAPNewHandle<KAPFilter> CKAPFilterJPEG::_NewFilterJPEG(
     const CKAPDataSink& target, TKAPClientObject<KAPClientFilterJPEG> client) {

@@ -35,7 +35,8 @@ void CKAPMemory::Free(void* block) noexcept {
 void CKAPMemory::ThrowMemError() { throw std::bad_alloc(); }
 
 KAPTerminatedText::KAPTerminatedText(std::string_view text) {
-  if (text.find('\0') != text.npos) throw TOQException("a string atom cannot hold a zero byte");
+  if (text.find('\0') != std::string_view::npos)
+    throw TOQException("a text cannot hold a zero byte");
   if (text.size() >= sizeof fShort) fLong = KAPNewBlock<char>(KAPCheckedSize(text.size(), 1, 1));
   char* const copy = fLong ? fLong.get() : fShort;
   if (!text.empty()) std::memcpy(copy, text.data(), text.size());

@@ -19,9 +19,6 @@ constexpr KAPProgressDeleteProc MyProgressDelete = &KAPDeleteClientProc;
 
 }  // namespace
 
-CKAPProgress::CKAPProgress()
-    : CKAPProgress(KAPProgressClient::Call<"NewNullProgress">(), KAPAdopt()) {}
-
 CKAPProgress CKAPProgress::New() {
   return CKAPProgress(KAPProgressClient::Call<"NewNullProgress">(), KAPAdopt());
 }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "kap/KAPStaticCache.h"
 
-#include <utility>
-
 #include "kap/KAPBoundary.h"
 #include "kap/KAPCacheInterface.h"
 #include "kap/KAPInterfaceClient.h"
@@ -35,8 +33,9 @@ void CKAPStaticCacheBase::LinkToKAP() {
 }
 
 void CKAPStaticCacheBase::UnlinkFromKAP() noexcept {
-  const bool known = std::exchange(fAcceptingCaches, false) && fList;
-  if (known) RemoveClientPurge();
+  // Also after a failed binding, when the host may not know the procedure: it ignores that.
+  fAcceptingCaches = false;
+  if (fList) RemoveClientPurge();
   ClearAll();
 }
 

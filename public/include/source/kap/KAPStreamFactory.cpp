@@ -16,6 +16,8 @@ constexpr KAPClientWriteProc MyWriteProc = &TKAPClientProc<&KAPClientSimpleStrea
 constexpr KAPClientDeleteProc MyDeleteStreamProc = &KAPDeleteClientProc;
 constexpr KAPClientCreateStreamProc MyCreateIndependentlyRewindableStreamProc =
     &TKAPClientProc<&KAPClientRewindableStream::CreateIndependentlyRewindableStream>::Call;
+constexpr KAPClientCreateStreamProc MyCreateRewindableOfPositionableProc =
+    &TKAPClientProc<&KAPClientPositionableStream::CreateCheckedRewindableStream>::Call;
 constexpr KAPClientRewindProc MyRewindProc =
     &TKAPClientProc<&KAPClientRewindableStream::Rewind>::Call;
 constexpr KAPClientCreateStreamProc MyCreateIndependentlyPositionableStreamProc =
@@ -71,7 +73,7 @@ TKAPNewHandle<KAPPositionableStream> CKAPStreamFactory::NewClientPositionableStr
     TKAPClientObject<KAPClientPositionableStream> client) {
   return NewClientStream<"NewClientPositionableStream">(
       std::move(client), MyReadProc, MyWriteProc, MyDeleteStreamProc,
-      MyCreateIndependentlyRewindableStreamProc, MyRewindProc,
+      MyCreateRewindableOfPositionableProc, MyRewindProc,
       MyCreateIndependentlyPositionableStreamProc, MyMarkProc, MySeekProc);
 }
 

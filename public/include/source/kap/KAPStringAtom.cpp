@@ -29,9 +29,9 @@ CKAPStringAtom::CKAPStringAtom(const char* text) : CKAPStringAtom() {
 CKAPStringAtom::CKAPStringAtom(std::string_view text)
     : CKAPStringAtom(KAPTerminatedText(text).Text()) {}
 
-CKAPStringAtom::CKAPStringAtom(KAPStringAtom* atom, bool adopt) : CKAPStringAtom() {
+CKAPStringAtom::CKAPStringAtom(KAPStringAtom* atom, Ownership ownership) : CKAPStringAtom() {
   if (!atom) return;
-  if (!adopt) KAPStringClient::Call<"AddRef">(atom);
+  if (!ownership.fAdopts) KAPStringClient::Call<"AddRef">(atom);
   fAtom = atom;
   fText = KAPStringClient::Call<"GetCString">(atom);
 }

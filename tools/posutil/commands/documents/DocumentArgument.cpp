@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "base/ValueError.h"
 #include "files/InputFile.h"
+#include "formats/DocumentLayout.h"
 #include "formats/DocumentPlaces.h"
 
 namespace PosUtil {
@@ -50,42 +50,47 @@ bool DocumentArgument::CanBeReadAgain() const {
   return fFile != "-" && std::filesystem::is_regular_file(fFile, error);
 }
 
-// A value that the format cannot hold is shown in its text. That of a pipe is kept for this; a file
-// is read again.
-void DocumentArgument::WriteOne(const Writer& writer, const KAP_T_MT::CPOSObject& object,
-                                std::size_t number, const WriteOptions& options,
-                                const Documents& documents, Session& session, Output& out) const {
-  try {
-    writer.Write(object, Name(number), options, out);
-  } catch (const ValueFailure& failure) {
-    DocumentText text = documents.LastText();
-    std::unique_ptr<Documents> again;
-    if (CanBeReadAgain()) {
-      again = OpenAs(Extent::kAll, Text::kKept, session);  // does not repeat the warnings
-      for (std::size_t i = 0; i < number; ++i) again->Next();
-      text = again->LastText();
-    }
-    throw DocumentPlaces(Format(), text).ErrorAt(Name(), failure.Path(), failure.Explanation());
+// The text of a pipe is kept for this; a file is read again.
+void DocumentArgument::FailWithPlace(const ValueFailure& failure, std::size_t number,
+                                     const Documents& documents, Session& session) const {
+  DocumentText text = documents.LastText();
+  std::unique_ptr<Documents> again;
+  if (CanBeReadAgain()) {
+    again = OpenAs(Extent::kAll, Text::kKept, session);  // does not repeat the warnings
+    for (std::size_t i = 0; i < number; ++i) again->Next();
+    text = again->LastText();
   }
+  throw DocumentPlaces(Format(), text).ErrorAt(Name(), failure.Path(), failure.Explanation());
 }
 
 void DocumentArgument::Write(const Writer& writer, std::string_view end, Style style,
-                             Session& session, Output& out) const {
+                             Session& session, Output& out, const Change& change) const {
   Progress& progress = session.TheProgress();
   progress.Show(out.Descriptor());
-  const WriteOptions options = {
-      .fOnOneLine = fAll, .fRestoresKept = session.Loss() == LossMode::kKeep, .fStyle = style};
-  const auto documents = Open(out, session);
+  WriteOptions options = {.fRestoresKept = session.Loss() == LossMode::kKeep, .fStyle = style};
+  fLayout.Apply(writer, fAll, options);
+  const bool hasOwnLayout = change && !fAll && !fLayout.IsGiven();
+  const auto documents =
+      hasOwnLayout ? OpenAs(Extent::kOne, Text::kKept, session) : Open(out, session);
   // The line of a document ends with it, not before the next one: a reader may wait for it.
   const bool endsLines = fAll && writer.kBetween.starts_with('\n');
   std::size_t number = 0;
-  while (const KAP_T_MT::CPOSObject object = documents->Next()) {
+  while (KAP_T_MT::CPOSObject object = documents->Next()) {
     if (++number > 1) out.Put(writer.kBetween.substr(endsLines ? 1 : 0));
+    if (change) {
+      if (hasOwnLayout) ApplyLayout(Format(), documents->LastText(), options);
+      change(object);
+    }
     if (!fAll) {  // with several documents, reading advances the progress
       progress.Begin("writing", 0);
       out.SetProgress(progress);
     }
-    WriteOne(writer, object, number, options, *documents, session, out);
+    try {
+      writer.Write(object, Name(number), options, out);
+    } catch (const ValueFailure& failure) {
+      if (change) throw;  // the value may not be in the text
+      FailWithPlace(failure, number, *documents, session);
+    }
     if (endsLines) out.Put('\n');
     session.TheLibrary().CheckReports(Name(number));
   }

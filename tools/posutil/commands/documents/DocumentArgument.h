@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "base/ValueError.h"
 #include "commands/documents/FormatOption.h"
+#include "commands/documents/LayoutOption.h"
 
 namespace PosUtil {
 
@@ -16,9 +19,11 @@ class DocumentArgument {
   void Declare(CLI::App& options, const char* name = "FILE");
   // Declares --all.
   void DeclareAll(CLI::App& options);
+  // Declares --compact and --indent.
+  void DeclareLayout(CLI::App& options) { fLayout.Declare(options); }
 
-  // Throws Failure if neither --from nor the ending of the file determines the format.
-  const Reader& Format() const { return FormatOfFile(fFormat, fFile, "--from"); }
+  // Throws Failure if neither --from nor the file determines the format.
+  const Reader& Format() const { return FormatOfInput(fFormat, fFile, "--from"); }
   // The name of the file in messages.
   std::string Name() const;
   // Call it first. `byDefault` is for a missing --loss.
@@ -27,6 +32,8 @@ class DocumentArgument {
   }
   // Returns whether `file` names the file of the document.
   bool IsFile(const std::string& file) const;
+  // The argument.
+  const std::string& File() const { return fFile; }
 
   // Opens the file. Next then returns the only document, or each one with --all; `out` is flushed
   // before it waits for more input. Throws Failure, also for the reports of the library.
@@ -34,22 +41,30 @@ class DocumentArgument {
   // The name of a document in messages; they count from 1.
   std::string Name(std::size_t number) const;
 
-  // Reads the documents and writes each of them, on a line if --all is given and the format allows
-  // it, else with `end` after the last one. Writes what it has before it waits for more input.
+  // Throws the failure to write a value of the document, with its place in the text. `documents`
+  // has read this document last.
+  [[noreturn]] void FailWithPlace(const ValueFailure& failure, std::size_t number,
+                                  const Documents& documents, Session& session) const;
+
+  // Changes a document before it is written.
+  using Change = std::function<void(KAP_T_MT::CPOSObject& document)>;
+
+  // Reads the documents and writes each of them, with `end` after the last one; on a line of its
+  // own if --all is given, no other layout is, and the format allows it. Writes what it has before
+  // it waits for more input.
   // Throws Failure, also for the reports of the library.
-  void Write(const Writer& writer, std::string_view end, Style style, Session& session,
-             Output& out) const;
+  // With `change`, writes them changed and, without --all, in their own layout by default.
+  void Write(const Writer& writer, std::string_view end, Style style, Session& session, Output& out,
+             const Change& change = {}) const;
 
  private:
   std::unique_ptr<Documents> OpenAs(Extent extent, Text text, Session& session) const;
-  void WriteOne(const Writer& writer, const KAP_T_MT::CPOSObject& object, std::size_t number,
-                const WriteOptions& options, const Documents& documents, Session& session,
-                Output& out) const;
   bool CanBeReadAgain() const;
 
   std::string fFile;
   std::string fFormat;
   std::string fLoss;
+  LayoutOption fLayout;
   bool fAll = false;
 };
 

@@ -63,10 +63,10 @@ class CheckedDocuments final : public Documents {
 }  // namespace
 
 void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file) {
-  DeclareFormat(
-      options, option, format,
-      "Format of " + std::string(file) + "; default: by its ending (" + ListOfEndings() + ")",
-      Names<Reader>());
+  DeclareFormat(options, option, format,
+                "Format of " + std::string(file) + "; default: by its ending (" + ListOfEndings() +
+                    "), then by its content",
+                Names<Reader>());
 }
 
 void DeclareTo(CLI::App& options, std::string& format, const char* description) {
@@ -94,20 +94,33 @@ LossMode LossModeOf(const std::string& loss, LossMode byDefault) {
   return loss == "keep" ? LossMode::kKeep : LossMode::kError;
 }
 
-const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option) {
+const Reader& FormatOfInput(const std::string& format, const std::string& file,
+                            const char* option) {
   const Reader* const reader = format.empty() ? Reader::ForFile(file) : FindFormat<Reader>(format);
-  if (!reader) {
-    throw Failure(Printable(file) + ": cannot tell the format from the file name; use " + option,
-                  kExitUsage);
-  }
-  return *reader;
+  if (reader) return *reader;
+  throw Failure(Printable(InputName(file)) +
+                    ": cannot tell the format from the file name or the content; use " + option,
+                kExitUsage);
+}
+
+const Reader& FormatOfOutput(const std::string& format, const std::string& file,
+                             const char* option) {
+  const Reader* const reader =
+      format.empty() ? Reader::ForEnding(file) : FindFormat<Reader>(format);
+  if (reader) return *reader;
+  throw Failure(Printable(file) + ": cannot tell the format from the file name; use " + option,
+                kExitUsage);
 }
 
 std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
                                          Extent extent, Session& session, Text text) {
-  Library& library = session.TheLibrary();
-  return std::make_unique<CheckedDocuments>(reader.Open(file, extent, text, session),
-                                            InputName(file), library);
+  session.TheLibrary();
+  return WithReports(reader.Open(file, extent, text, session), InputName(file), session);
+}
+
+std::unique_ptr<Documents> WithReports(std::unique_ptr<Documents> documents,
+                                       const std::string& name, Session& session) {
+  return std::make_unique<CheckedDocuments>(std::move(documents), name, session.TheLibrary());
 }
 
 }  // namespace PosUtil

@@ -28,13 +28,20 @@ void DeclareToOfFile(CLI::App& options, std::string& format, const char* descrip
 void DeclareLoss(CLI::App& options, std::string& loss);
 LossMode LossModeOf(const std::string& loss, LossMode byDefault = LossMode::kWarn);
 
-// The reader for the name of a format, or for the ending of `file` if the name is empty. Throws
-// Failure if neither determines it; `option` is the option that the message suggests.
-const Reader& FormatOfFile(const std::string& format, const std::string& file, const char* option);
+// The reader for the name of a format or, if the name is empty, for the ending of `file`; for an
+// input, the content is the last resort. Throws Failure if none determines it; `option` is the
+// option that the message suggests.
+const Reader& FormatOfInput(const std::string& format, const std::string& file, const char* option);
+const Reader& FormatOfOutput(const std::string& format, const std::string& file,
+                             const char* option);
 
 // Opens a file. Next then also throws Failure for the reports of the library.
 std::unique_ptr<Documents> OpenDocuments(const Reader& reader, const std::string& file,
                                          Extent extent, Session& session,
                                          Text text = Text::kDropped);
+
+// The documents, whose Next also throws Failure for the reports of the library.
+std::unique_ptr<Documents> WithReports(std::unique_ptr<Documents> documents,
+                                       const std::string& name, Session& session);
 
 }  // namespace PosUtil

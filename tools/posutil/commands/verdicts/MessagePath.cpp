@@ -45,7 +45,7 @@ class Parser {
   }
   std::string TakeUntil(std::string_view end) {
     const std::size_t length = fRest.find(end);
-    const std::string taken(fRest.substr(0, length));
+    std::string taken(fRest.substr(0, length));
     fRest.remove_prefix(length == std::string_view::npos ? fRest.size() : length + end.size());
     return taken;
   }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/verdicts/Schema.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <utility>
 
 #include "base/Failure.h"
@@ -19,12 +21,21 @@ CPOSDict AsDict(const CPOSObject& object, const std::string& name) {
   return dict;
 }
 
+// A deep value of a union has messages for each alternative at each level. Only a few lines are
+// shown: the work for them must not grow with the number of messages.
+std::size_t LimitFor(const CheckOptions& options) {
+  constexpr std::size_t kForEachShown = 100;
+  constexpr std::size_t kAtLeast = 10'000;
+  const std::size_t shown = options.fMaxMessages;
+  return shown > SIZE_MAX / kForEachShown ? SIZE_MAX : std::max(shown * kForEachShown, kAtLeast);
+}
+
 // `check` takes the procedure for messages and returns whether the object is valid. The check of a
 // schema throws what other checks report; both become the same Failure.
 template <class Check>
 Verdict MakeCheck(const std::string& name, Library& library, const CheckOptions& options,
                   const CheckedDocument& checked, Check check) {
-  MessageReceiver receiver;
+  MessageReceiver receiver(LimitFor(options));
   Verdict verdict;
   try {
     verdict.fIsValid =
@@ -37,6 +48,7 @@ Verdict MakeCheck(const std::string& name, Library& library, const CheckOptions&
   receiver.Rethrow();
   library.CheckReports(name);
   Explainer(checked, options.fBranches, options.fMaxMessages).Explain(receiver.Take(), verdict);
+  verdict.fUnshown += receiver.Dropped();
   return verdict;
 }
 
@@ -72,12 +84,11 @@ Verdict Schema::CheckItself(const CheckOptions& options) const {
 void Schema::RequireItself(std::size_t maxMessages) const {
   const Verdict verdict = CheckItself({.fMaxMessages = maxMessages});
   if (verdict.fIsValid) return;
-  std::string text = Printable(fName) + ": the schema is not valid, so nothing was checked\n";
+  std::string text = Printable(fName) + ": the schema is not valid, so nothing was checked";
   for (const VerdictMessage& message : verdict.fMessages) {
-    text += MessageLines(fName, fName, message);
+    text += "\n" + MessageLines(fName, fName, message);
   }
-  if (verdict.fUnshown > 0) text += std::to_string(verdict.fUnshown) + " more messages\n";
-  text.pop_back();
+  if (verdict.fUnshown > 0) text += "\n" + std::to_string(verdict.fUnshown) + " more messages";
   throw Failure(text);
 }
 

@@ -23,8 +23,7 @@ std::string MessageLines(const std::string& name, const std::string& ruleName,
     lines +=
         " (the closest of " + std::to_string(message.fOtherAlternatives + 1) + " alternatives)";
   }
-  lines += '\n';
-  if (message.fRule) lines += NameOfPlace(ruleName, *message.fRule) + ": note: the rule\n";
+  if (message.fRule) lines += "\n" + NameOfPlace(ruleName, *message.fRule) + ": note: the rule";
   return lines;
 }
 

@@ -15,19 +15,23 @@ std::string Amount(std::size_t count, const char* noun) {
 // Prints lines for each message, and a line of counts.
 class TextPrinter final : public VerdictPrinter {
  public:
-  using VerdictPrinter::VerdictPrinter;
+  TextPrinter(const Style& style, Output& out) : VerdictPrinter(out), fStyle(style) {}
 
   void Begin() override {}
 
   void Print(const CheckedName& name, const Verdict& verdict) override {
     fHasDocuments |= name.fDocument > 0;
     for (const VerdictMessage& message : verdict.fMessages) {
-      fOut.Put(MessageLines(name.fFile, name.fSchema, message));
+      fOut.Put(fStyle.Message(MessageLines(name.fFile, name.fSchema, message), fStyle.fError,
+                              Style::Lines::kFirst));
+      fOut.Put('\n');
     }
     if (!verdict.fIsValid && verdict.fMessages.empty() && verdict.fUnshown == 0) {
-      fOut.Put(Printable(name.fFile) +
-               (fHasDocuments ? ", document " + std::to_string(name.fDocument) : "") +
-               ": not valid, without a message\n");
+      const std::string line =
+          Printable(name.fFile) +
+          (fHasDocuments ? ", document " + std::to_string(name.fDocument) : "") +
+          ": not valid, without a message";
+      fOut.Put(fStyle.Message(line, fStyle.fError, Style::Lines::kFirst) + "\n");
     }
   }
 
@@ -50,6 +54,7 @@ class TextPrinter final : public VerdictPrinter {
   }
 
  private:
+  const Style fStyle;
   bool fHasDocuments = false;
 };
 
@@ -145,9 +150,10 @@ class JsonPrinter final : public VerdictPrinter {
 
 }  // namespace
 
-std::unique_ptr<VerdictPrinter> VerdictPrinter::New(const std::string& form, Output& out) {
+std::unique_ptr<VerdictPrinter> VerdictPrinter::New(const std::string& form, const Style& style,
+                                                    Output& out) {
   if (form == kJson) return std::make_unique<JsonPrinter>(out);
-  return std::make_unique<TextPrinter>(out);
+  return std::make_unique<TextPrinter>(style, out);
 }
 
 }  // namespace PosUtil

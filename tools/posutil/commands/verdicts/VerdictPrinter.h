@@ -7,6 +7,7 @@
 
 #include "commands/verdicts/Verdict.h"
 #include "files/Output.h"
+#include "terminal/Style.h"
 
 namespace PosUtil {
 
@@ -32,7 +33,8 @@ class VerdictPrinter {
   // The names of the forms, and a new printer for one of them.
   static constexpr const char* kText = "text";
   static constexpr const char* kJson = "json";
-  static std::unique_ptr<VerdictPrinter> New(const std::string& form, Output& out);
+  static std::unique_ptr<VerdictPrinter> New(const std::string& form, const Style& style,
+                                             Output& out);
 
   explicit VerdictPrinter(Output& out) : fOut(out) {}
   VerdictPrinter(const VerdictPrinter&) = delete;

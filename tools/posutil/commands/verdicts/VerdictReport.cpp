@@ -17,8 +17,8 @@ void VerdictOptions::Declare(CLI::App& options) {
   options.add_flag("--quiet,-q", fIsQuiet, "Prints no results; only the exit status");
 }
 
-std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Output& out) const {
-  return fIsQuiet ? nullptr : VerdictPrinter::New(fForm, out);
+std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Session& session) const {
+  return fIsQuiet ? nullptr : VerdictPrinter::New(fForm, session.OutStyle(), session.Out());
 }
 
 CheckOptions VerdictOptions::Check() const {
@@ -27,7 +27,11 @@ CheckOptions VerdictOptions::Check() const {
 }
 
 VerdictReport::VerdictReport(const VerdictOptions& options, Session& session)
-    : fSession(session), fCheck(options.Check()), fPrinter(options.NewPrinter(session.Out())) {
+    : VerdictReport(options, session, options.NewPrinter(session)) {}
+
+VerdictReport::VerdictReport(const VerdictOptions& options, Session& session,
+                             std::unique_ptr<VerdictPrinter> printer)
+    : fSession(session), fCheck(options.Check()), fPrinter(std::move(printer)) {
   if (fPrinter) fPrinter->Begin();
 }
 
@@ -43,7 +47,12 @@ ExitStatus VerdictReport::Finish() {
   return fCounts.fInvalid > 0 ? kExitNegative : kExitSuccess;
 }
 
-void VerdictReport::Count(const CheckedName& name, const Verdict& verdict) {
+void VerdictReport::Count(const CheckedName& name, Verdict verdict) {
+  const std::size_t limit = Check().fMaxMessages;
+  if (verdict.fMessages.size() > limit) {  // the process that checked does not know of the others
+    verdict.fUnshown += verdict.fMessages.size() - limit;
+    verdict.fMessages.resize(limit);
+  }
   ++(verdict.fIsValid ? fCounts.fValid : fCounts.fInvalid);
   fCounts.fMessages += verdict.fMessages.size() + verdict.fUnshown;
   if (!fPrinter) return;
@@ -51,11 +60,9 @@ void VerdictReport::Count(const CheckedName& name, const Verdict& verdict) {
   fPrinter->Print(name, verdict);
 }
 
-// Returns false: an input is of no use after an error in it.
-bool VerdictReport::CountUnchecked(const CheckedName& name, const Failure& failure) {
+void VerdictReport::CountUnchecked(const CheckedName& name, const std::string& reason) {
   ++fCounts.fUnchecked;
-  if (fPrinter) fPrinter->PrintUnchecked(name, failure.what());
-  return false;
+  if (fPrinter) fPrinter->PrintUnchecked(name, reason);
 }
 
 }  // namespace PosUtil

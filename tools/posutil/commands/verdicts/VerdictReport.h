@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/Failure.h"
 #include "commands/verdicts/Schema.h"
@@ -30,7 +31,7 @@ class VerdictOptions {
   // The most messages to print.
   std::size_t MaxMessages() const { return fMaxErrors == 0 ? SIZE_MAX : fMaxErrors; }
   // Null with --quiet.
-  std::unique_ptr<VerdictPrinter> NewPrinter(Output& out) const;
+  std::unique_ptr<VerdictPrinter> NewPrinter(Session& session) const;
 
  private:
   std::string fForm = VerdictPrinter::kText;
@@ -44,6 +45,9 @@ class VerdictOptions {
 class VerdictReport {
  public:
   VerdictReport(const VerdictOptions& options, Session& session);
+  // Passes the verdicts to this printer.
+  VerdictReport(const VerdictOptions& options, Session& session,
+                std::unique_ptr<VerdictPrinter> printer);
 
   // What a check does. The limit of the messages is what is left of it.
   CheckOptions Check() const;
@@ -57,23 +61,26 @@ class VerdictReport {
       verdict = makeVerdict();
     } catch (const PlacedFailure& error) {
       fSession.ComplainPlainly(error.what());
-      return CountUnchecked(name, error);
+      CountUnchecked(name, error.what());
+      return false;  // an input is of no use after an error in it
     } catch (const Failure& failure) {
       fSession.Complain(failure.what());
-      return CountUnchecked(name, failure);
+      CountUnchecked(name, failure.what());
+      return false;
     }
-    if (verdict) Count(name, *verdict);
+    if (verdict) Count(name, std::move(*verdict));
     return verdict.has_value();
   }
+
+  // Count and print a verdict, or that there is none. Messages beyond the limit only count.
+  void Count(const CheckedName& name, Verdict verdict);
+  void CountUnchecked(const CheckedName& name, const std::string& reason);
 
   // Prints the counts. Returns kExitFailure if a document could not be checked, else kExitNegative
   // if one is not valid.
   ExitStatus Finish();
 
  private:
-  void Count(const CheckedName& name, const Verdict& verdict);
-  bool CountUnchecked(const CheckedName& name, const Failure& failure);
-
   Session& fSession;
   const CheckOptions fCheck;
   const std::unique_ptr<VerdictPrinter> fPrinter;

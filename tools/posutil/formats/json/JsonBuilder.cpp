@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/ValueError.h"
+#include "formats/json/NullMark.h"
 
 namespace PosUtil {
 
@@ -40,6 +41,11 @@ void JsonBuilder::Null() {
     ForgetKey(level);
     Dicts::Call<"Remove">(level.fContainer.Handle(), std::exchange(fKey, nullptr)->Handle());
   }
+}
+
+void JsonBuilder::MarkNull() {
+  RequireForm(false);
+  Attach(NewNullMark());
 }
 
 void JsonBuilder::Number(double value) {

@@ -19,6 +19,7 @@ namespace PosUtil {
 class JsonBuilder {
  public:
   void Null();
+  void MarkNull();  // see NullMark.h
   void Number(double value);
   void String(std::string_view text);
   // "true" or "false", which becomes a string.

@@ -3,11 +3,16 @@
 // in between, and holds only a window of the text. See TaggedJson.h for values that one side does
 // not have; null becomes an empty slot of an array.
 
+#include "formats/json/JsonReader.h"
+
 #include <algorithm>
+#include <utility>
 
 #include "files/InputWindow.h"
+#include "formats/DocumentSequence.h"
 #include "formats/Format.h"
 #include "formats/json/JsonBuilder.h"
+#include "formats/json/JsonRecognition.h"
 #include "formats/json/JsonScanner.h"
 #include "formats/json/JsonText.h"
 
@@ -15,23 +20,32 @@ namespace PosUtil {
 
 namespace {
 
-class JsonDocuments final : public Documents {
+class JsonDocuments final : public DocumentSequence {
  public:
-  JsonDocuments(const std::string& fileName, Extent extent, Text text, Session& session)
-      : fExtent(extent),
-        fText(text),
+  JsonDocuments(const std::string& fileName, Extent extent, Text text, Nulls nulls,
+                Session& session)
+      : JsonDocuments(InputWindow(fileName, session.TheProgress(), session.Idle()), extent, text,
+                      nulls, session) {}
+  JsonDocuments(InputWindow input, Extent extent, Text text, Nulls nulls, Session& session)
+      : DocumentSequence(extent, text),
         fSession(session),
-        fInput(fileName, session.TheProgress(), session.Idle()),
-        fScanner(fInput, fBuilder, session.Loss(), fLosses) {
+        fInput(std::move(input)),
+        fScanner(fInput, fBuilder, session.Loss(), nulls, fLosses) {
     if (session.Loss() == LossMode::kKeep) fBuilder.EscapeKept();
   }
 
   KAP_T_MT::CPOSObject Next() override {
     try {
-      return ReadNext();
+      KAP_T_MT::CPOSObject object = DocumentSequence::Next();
+      // With several documents, warnings wait for the last one, but an error keeps this one from
+      // being written.
+      if (object.IsNull() || kExtent == Extent::kOne || fSession.Loss() == LossMode::kError) {
+        fSession.ReportLosses(fLosses);
+      }
+      return object;
     } catch (const Failure&) {
       // The documents before are written. With an error for each loss, the failure may be one.
-      if (fExtent == Extent::kAll && fSession.Loss() != LossMode::kError) {
+      if (kExtent == Extent::kAll && fSession.Loss() != LossMode::kError) {
         fSession.ReportLosses(fLosses);
       }
       throw;
@@ -43,33 +57,21 @@ class JsonDocuments final : public Documents {
   }
 
  private:
-  KAP_T_MT::CPOSObject ReadNext() {
-    if (fExtent == Extent::kAll ? !fScanner.SkipSpace() : fIsRead) {
-      fSession.ReportLosses(fLosses);
-      return {};
-    }
-    if (fText == Text::kKept) fScanner.KeepFromHere();
+  bool SkipSpace() override { return fScanner.SkipSpace(); }
+  void KeepFromHere() override { fScanner.KeepFromHere(); }
+  KAP_T_MT::CPOSObject ReadDocument() override {
     fScanner.ReadDocument();
-    fIsRead = true;
-    if (fExtent == Extent::kOne && fScanner.SkipSpace()) {
-      throw fScanner.ErrorHere("unexpected text after the document (see --all)");
-    }
-    // With several documents, warnings wait for the last one, but an error keeps this one from
-    // being written.
-    if (fExtent == Extent::kOne || fSession.Loss() == LossMode::kError) {
-      fSession.ReportLosses(fLosses);
-    }
     return fBuilder.Take();
   }
+  SyntaxError ErrorHere(const std::string& message) const override {
+    return fScanner.ErrorHere(message);
+  }
 
-  const Extent fExtent;
-  const Text fText;
   Session& fSession;
   InputWindow fInput;
   JsonBuilder fBuilder;
   Losses fLosses;
   JsonScanner fScanner;
-  bool fIsRead = false;
 };
 
 class JsonReader final : public Reader {
@@ -78,31 +80,36 @@ class JsonReader final : public Reader {
 
   std::unique_ptr<Documents> Open(const std::string& fileName, Extent extent, Text text,
                                   Session& session) const override {
-    return std::make_unique<JsonDocuments>(fileName, extent, text, session);
+    return std::make_unique<JsonDocuments>(fileName, extent, text, Nulls::kByLoss, session);
+  }
+
+  Recognition Recognize(std::string_view text, bool isAll) const override {
+    return RecognizeJson(text, isAll);
   }
 
   Token NextToken(std::string_view text, std::size_t at) const override {
     at = Skip(text, at, " \t\r\n,:");
     if (at == text.size()) return {Token::kEnd, at, at};
-    switch (text[at]) {
-      case '{':
-        return {Token::kBeginDict, at, at + 1};
-      case '}':
-        return {Token::kEndDict, at, at + 1};
-      case '[':
-        return {Token::kBeginArray, at, at + 1};
-      case ']':
-        return {Token::kEndArray, at, at + 1};
-      case '"':
-        return {Token::kScalar, at, EndOfLiteral(text, at, '"')};
-      default:
-        return {Token::kScalar, at, std::min(text.find_first_of(" \t\r\n,:]}", at), text.size())};
-    }
+    if (const auto bracket = BracketToken(text, at, '{', '}')) return *bracket;
+    const bool isString = text[at] == '"';
+    return {Token::kScalar, at,
+            isString ? EndOfLiteral(text, at, '"')
+                     : std::min(text.find_first_of(" \t\r\n,:]}", at), text.size())};
   }
 
   std::string KeyOf(std::string_view token) const override { return JsonUnescaped(token); }
 } gJsonReader;
 
 }  // namespace
+
+std::unique_ptr<Documents> OpenJsonWithNulls(const std::string& fileName, Session& session) {
+  return std::make_unique<JsonDocuments>(fileName, Extent::kOne, Text::kKept, Nulls::kMarked,
+                                         session);
+}
+
+std::unique_ptr<Documents> OpenJsonText(std::string name, std::string_view text, Session& session) {
+  return std::make_unique<JsonDocuments>(InputWindow(std::move(name), text, session.TheProgress()),
+                                         Extent::kOne, Text::kKept, Nulls::kMarked, session);
+}
 
 }  // namespace PosUtil

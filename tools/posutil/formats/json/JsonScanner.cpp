@@ -72,10 +72,12 @@ bool HasTheseDigits(std::string_view text, double value) {
 
 }  // namespace
 
-JsonScanner::JsonScanner(InputWindow& input, JsonBuilder& builder, LossMode mode, Losses& losses)
+JsonScanner::JsonScanner(InputWindow& input, JsonBuilder& builder, LossMode mode, Nulls nulls,
+                         Losses& losses)
     : fInput(input),
       fBuilder(builder),
       fMode(mode),
+      fNulls(nulls),
       fLosses(losses),
       fToken(input.Data()),
       fNext(fToken),
@@ -159,6 +161,12 @@ void JsonScanner::ReadKey(const char* expected) {
   const bool isRepeated = fBuilder.Key(key);
   if (!isEscaped) fNext[-1] = '"';
   if (isRepeated) {
+    if (fMode == LossMode::kKeep) {
+      FailAt(fToken,
+             "the key \"" + Printable(Brief(key)) +
+                 "\" is repeated, and --loss=keep cannot keep both values; --loss=warn reads "
+                 "the last one");
+    }
     Lose(LossKind::kRepeated,
          "the key \"" + Printable(Brief(key)) + "\" is repeated; only its last value counts");
   }
@@ -265,6 +273,7 @@ void JsonScanner::ReadTruth(std::string_view word, const char* expected) {
 void JsonScanner::ReadNull(const char* expected) {
   ReadWord("null", expected);
   if (fMode == LossMode::kKeep) return fBuilder.Kept("null");
+  if (fNulls == Nulls::kMarked) return fBuilder.MarkNull();
   if (!fIsObject.empty() && fIsObject.back()) {
     Lose(LossKind::kNull, "a member with the value null is dropped");
   }

@@ -12,6 +12,8 @@
 
 namespace PosUtil {
 
+enum class Nulls { kByLoss, kMarked };  // what null becomes; kMarked is not for LossMode::kKeep
+
 // Reads the documents of a JSON text from a window, with a stack of its own. The next document may
 // follow at once.
 //
@@ -22,7 +24,7 @@ namespace PosUtil {
 //   also for a value that an object cannot hold.
 class JsonScanner {
  public:
-  JsonScanner(InputWindow& input, JsonBuilder& builder, LossMode mode, Losses& losses);
+  JsonScanner(InputWindow& input, JsonBuilder& builder, LossMode mode, Nulls nulls, Losses& losses);
 
   // Skips white space. Returns false at the end of the input.
   bool SkipSpace();
@@ -69,6 +71,7 @@ class JsonScanner {
   InputWindow& fInput;
   JsonBuilder& fBuilder;
   const LossMode fMode;
+  const Nulls fNulls;
   Losses& fLosses;
   char* fToken;  // the first byte of the current token; the window keeps the bytes from here on
   char* fNext;

@@ -10,7 +10,7 @@
 #include "base/Utf.h"
 #include "base/ValueError.h"
 #include "formats/Format.h"
-#include "formats/Layout.h"
+#include "formats/Paint.h"
 #include "formats/Visitor.h"
 #include "formats/json/Base64.h"
 #include "formats/json/JsonText.h"
@@ -21,11 +21,13 @@ namespace PosUtil {
 
 namespace {
 
+template <class Colours>
 class JsonVisitor final : public Visitor {
  public:
-  JsonVisitor(const WriteOptions& options, Output& out)
-      : fOut(out),
-        fLayout(options.fOnOneLine),
+  JsonVisitor(Colours colours, const WriteOptions& options, Output& out)
+      : fColours(colours),
+        fOut(out),
+        fLayout(options.fOnOneLine, options.fIndent),
         fColon(options.fOnOneLine ? ":" : ": "),
         fRestoresKept(options.fRestoresKept) {}
 
@@ -38,13 +40,17 @@ class JsonVisitor final : public Visitor {
 
   void Number(double value) override {
     if (!std::isfinite(value)) throw ValueError("JSON cannot hold infinities or NaN");
-    fOut.Put(DecimalText(value).View());
-    // Many readers read "-0" as the integer 0.
-    if (value == 0 && std::signbit(value)) fOut.Put(".0");
+    fColours.In(&Style::fNumber, fOut, [&] {
+      fOut.Put(DecimalText(value).View());
+      // Many readers read "-0" as the integer 0.
+      if (value == 0 && std::signbit(value)) fOut.Put(".0");
+    });
   }
   void String(const char* text) override {
-    if (std::exchange(fIsVerbatim, false)) return fOut.Put(text);
-    PutJsonString(fOut, text);
+    if (std::exchange(fIsVerbatim, false)) {
+      return fColours.In(&Style::fNumber, fOut, [&] { fOut.Put(text); });
+    }
+    PutString(&Style::fString, text);
   }
   void UnicodeString(const unsigned short* units) override {
     std::string text;
@@ -58,7 +64,9 @@ class JsonVisitor final : public Visitor {
     fOut.Put('}');
   }
   void RawPointer(const void*) override { throw ValueError("JSON cannot hold a raw pointer"); }
-  void EmptySlot() override { fOut.Put("null"); }
+  void EmptySlot() override {
+    fColours.In(&Style::fNote, fOut, [&] { fOut.Put("null"); });
+  }
 
   void BeginArray(std::size_t) override { fOut.Put('['); }
   void BeginDict(POSDict* dict) override { fNewDict = dict; }
@@ -95,8 +103,12 @@ class JsonVisitor final : public Visitor {
   }
 
   void PutKey(const char* key) {
-    PutJsonString(fOut, key);
+    PutString(&Style::fKey, key);
     fOut.Put(fColon);
+  }
+
+  void PutString(const char* Style::*colour, const char* text) {
+    fColours.In(colour, fOut, [&] { PutJsonString(fOut, text); });
   }
 
   // A member of a tagged value, which stays on one line.
@@ -104,7 +116,7 @@ class JsonVisitor final : public Visitor {
     fOut.Put(before);
     if (before == ',' && fColon.size() > 1) fOut.Put(' ');
     PutKey(key);
-    PutJsonString(fOut, text);
+    PutString(&Style::fString, text);
   }
 
   void End(std::string_view brackets, const Place& place, std::size_t count) {
@@ -112,6 +124,7 @@ class JsonVisitor final : public Visitor {
     fOut.Put(brackets);
   }
 
+  const Colours fColours;
   Output& fOut;
   Layout fLayout;
   std::string_view fColon;
@@ -125,12 +138,14 @@ class JsonVisitor final : public Visitor {
 
 class JsonWriter final : public Writer {
  public:
-  JsonWriter() : Writer(2, "json") {}
+  JsonWriter() : Writer(2, "json", Layouts::kAll) {}
 
   void Write(const KAP_T_MT::CPOSObject& object, const std::string& document,
              const WriteOptions& options, Output& out) const override {
-    JsonVisitor visitor(options, out);
-    Visit(object, document, visitor);
+    WithPaint(options.fStyle, [&](auto paint) {
+      JsonVisitor visitor(paint, options, out);
+      Visit(object, document, visitor);
+    });
   }
 } gJsonWriter;
 

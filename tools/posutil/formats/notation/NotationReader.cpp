@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The reader of text notation: the library does the work, but does not say what is wrong.
+// The library does the work, but does not say what is wrong.
+
+#include "formats/notation/NotationReader.h"
 
 #include <cstring>
 
@@ -8,6 +10,23 @@
 
 namespace PosUtil {
 
+KAP_T_MT::CPOSObject ReadNotation(const Source& source) {
+  const std::string_view bytes = source.Bytes();
+  const char* end = nullptr;
+  KAP_T_MT::CPOSObject object = KAP_T_MT::CPOSObject::CreateFromText(source.Text(), &end);
+  // A zero byte is the end of the text to the library.
+  const std::size_t length = std::strlen(source.Text());
+  const std::size_t stop = end ? static_cast<std::size_t>(end - source.Text()) : length;
+  if (stop == length && length < bytes.size()) {
+    throw source.ErrorAt(length, "a zero character in the text");
+  }
+  if (object.IsNull()) {
+    const NotationFault fault = FindNotationFault(bytes, stop);
+    throw source.ErrorAt(fault.fOffset, fault.fMessage);
+  }
+  return object;
+}
+
 namespace {
 
 class NotationReader final : public SourceReader {
@@ -15,21 +34,10 @@ class NotationReader final : public SourceReader {
   NotationReader() : SourceReader(1, "text", ".txt .text .pos") {}
 
  private:
-  KAP_T_MT::CPOSObject Read(const Source& source) const override {
-    const std::string_view bytes = source.Bytes();
-    const char* end = nullptr;
-    KAP_T_MT::CPOSObject object = KAP_T_MT::CPOSObject::CreateFromText(source.Text(), &end);
-    // A zero byte is the end of the text to the library.
-    const std::size_t length = std::strlen(source.Text());
-    const std::size_t stop = end ? static_cast<std::size_t>(end - source.Text()) : length;
-    if (stop == length && length < bytes.size()) {
-      throw source.ErrorAt(length, "a zero character in the text");
-    }
-    if (object.IsNull()) {
-      const NotationFault fault = FindNotationFault(bytes, stop);
-      throw source.ErrorAt(fault.fOffset, fault.fMessage);
-    }
-    return object;
+  KAP_T_MT::CPOSObject Read(const Source& source) const override { return ReadNotation(source); }
+
+  Recognition Recognize(std::string_view text, bool /*isAll*/) const override {
+    return StartsNotation(text[Skip(text, 0, " \t\r\n")]) ? Recognition::kYes : Recognition::kNo;
   }
 
   Token NextToken(std::string_view text, std::size_t at) const override {

@@ -144,28 +144,20 @@ Token NextNotationToken(std::string_view text, std::size_t at) {
   if (at == text.size()) return {Token::kEnd, at, at};
   const char first = text[at];
   std::size_t end = at + 1;
-  switch (first) {
-    case '<':
-      return {Token::kBeginDict, at, end};
-    case '>':
-      return {Token::kEndDict, at, end};
-    case '[':
-      return {Token::kBeginArray, at, end};
-    case ']':
-      return {Token::kEndArray, at, end};
-    case '(':
-      return {Token::kScalar, at, EndOfLiteral(text, at, ')')};
-    case '`':
-      return {Token::kScalar, at, EndOfLiteral(text, at, '`')};
-    default:
-      break;
-  }
+  if (const auto bracket = BracketToken(text, at, '<', '>')) return *bracket;
+  if (first == '(') return {Token::kScalar, at, EndOfLiteral(text, at, ')')};
+  if (first == '`') return {Token::kScalar, at, EndOfLiteral(text, at, '`')};
   if (IsLetter(first)) {
     while (end < text.size() && (IsLetter(text[end]) || IsDigit(text[end]))) ++end;
   } else if (IsDigit(first) || first == '+' || first == '-' || first == '.') {
     while (end < text.size() && (IsDigit(text[end]) || text[end] == '.')) ++end;
   }
   return {Token::kScalar, at, end};
+}
+
+bool StartsNotation(char first) {
+  return IsLetter(first) || IsDigit(first) ||
+         std::string_view("<[(`+-.").find(first) != std::string_view::npos;
 }
 
 std::string NotationKey(std::string_view token) {

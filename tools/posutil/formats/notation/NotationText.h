@@ -12,6 +12,9 @@ namespace PosUtil {
 // The token of text notation at or after `at`. A character that starts no token is one.
 Token NextNotationToken(std::string_view text, std::size_t at);
 
+// Returns whether a value may start with the character.
+bool StartsNotation(char first);
+
 // The text that a key stands for.
 std::string NotationKey(std::string_view token);
 

@@ -10,7 +10,7 @@
 #include "base/HexText.h"
 #include "base/ValueError.h"
 #include "formats/Format.h"
-#include "formats/Layout.h"
+#include "formats/Paint.h"
 #include "formats/Visitor.h"
 
 namespace PosUtil {
@@ -45,10 +45,11 @@ std::string Token(std::string_view text) {
   return token + ')';
 }
 
+template <class Colours>
 class NotationVisitor final : public Visitor {
  public:
-  NotationVisitor(const WriteOptions& options, Output& out)
-      : fOut(out), fLayout(options.fOnOneLine) {}
+  NotationVisitor(Colours colours, const WriteOptions& options, Output& out)
+      : fColours(colours), fOut(out), fLayout(options.fOnOneLine, options.fIndent) {}
 
   void At(const Place& place) override {
     if (place.fDepth > 0 && !fLayout.BeginItem(fOut, place.fDepth) &&
@@ -56,7 +57,7 @@ class NotationVisitor final : public Visitor {
       fOut.Put(' ');
     }
     if (place.fKey) {
-      fOut.Put(Token(place.fKey));
+      Put(&Style::fKey, Token(place.fKey));
       fOut.Put(' ');
     }
   }
@@ -67,16 +68,18 @@ class NotationVisitor final : public Visitor {
     if (text.View().size() > kLongestToken) {
       throw ValueError("the number needs an exponent, which text notation does not have");
     }
-    fOut.Put(text.View());
+    Put(&Style::fNumber, text.View());
   }
-  void String(const char* text) override { fOut.Put(Token(text)); }
+  void String(const char* text) override { Put(&Style::fString, Token(text)); }
   void UnicodeString(const unsigned short* units) override {
     if (std::basic_string_view<unsigned short>(units).size() > kLongestToken) {
       throw ValueError("text notation limits Unicode strings to 100 units");
     }
-    fOut.Put('`');
-    for (; *units; ++units) fOut.Put(HexText(*units, HexCase::kUpper).View());
-    fOut.Put('`');
+    fColours.In(&Style::fString, fOut, [&] {
+      fOut.Put('`');
+      for (; *units; ++units) fOut.Put(HexText(*units, HexCase::kUpper).View());
+      fOut.Put('`');
+    });
   }
   void BinData(const char*, const unsigned char*, std::size_t) override {
     throw ValueError("text notation cannot hold binary data");
@@ -98,18 +101,25 @@ class NotationVisitor final : public Visitor {
   }
 
  private:
+  void Put(const char* Style::*colour, std::string_view text) {
+    fColours.In(colour, fOut, [&] { fOut.Put(text); });
+  }
+
+  const Colours fColours;
   Output& fOut;
   Layout fLayout;
 };
 
 class NotationWriter final : public Writer {
  public:
-  NotationWriter() : Writer(3, "text") {}
+  NotationWriter() : Writer(3, "text", Layouts::kAll) {}
 
   void Write(const KAP_T_MT::CPOSObject& object, const std::string& document,
              const WriteOptions& options, Output& out) const override {
-    NotationVisitor visitor(options, out);
-    Visit(object, document, visitor);
+    WithPaint(options.fStyle, [&](auto paint) {
+      NotationVisitor visitor(paint, options, out);
+      Visit(object, document, visitor);
+    });
   }
 } gNotationWriter;
 

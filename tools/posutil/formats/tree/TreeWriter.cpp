@@ -9,6 +9,7 @@
 #include "base/Printable.h"
 #include "base/Utf.h"
 #include "formats/Format.h"
+#include "formats/Paint.h"
 #include "formats/Visitor.h"
 
 namespace PosUtil {
@@ -44,55 +45,55 @@ std::string Hex(const unsigned char* data, std::size_t size) {
   return size > kShownBytes ? out + " ..." : out;
 }
 
+template <class Colours>
 class TreeVisitor final : public Visitor {
  public:
-  TreeVisitor(const Style& style, Output& out) : fStyle(style), fOut(out) {}
+  TreeVisitor(Colours colours, Indent indent, Output& out)
+      : fColours(colours), fIndent(indent), fOut(out) {}
 
   void At(const Place& place) override {
     if (place.fDepth == 0) return;
     fOut.Put('\n');
-    fOut.PutRepeated(' ', 2 * std::min(place.fDepth - 1, kDeepestIndent));
+    fIndent.Put(fOut, std::min(place.fDepth - 1, kDeepestIndent));
     if (place.fDepth - 1 > kDeepestIndent) {
-      Put(fStyle.fNote, "(" + std::to_string(place.fDepth) + ") ");
+      Put(&Style::fNote, "(" + std::to_string(place.fDepth) + ") ");
     }
     if (place.fKey) {
-      Put(fStyle.fKey, IsPlainKey(place.fKey) ? place.fKey : Quoted(place.fKey));
+      Put(&Style::fKey, IsPlainKey(place.fKey) ? place.fKey : Quoted(place.fKey));
     } else {
-      Put(fStyle.fNote, "[" + std::to_string(place.fIndex) + "]");
+      Put(&Style::fNote, "[" + std::to_string(place.fIndex) + "]");
     }
     fOut.Put(": ");
   }
 
-  void Number(double value) override { Put(fStyle.fNumber, DecimalText(value).View()); }
-  void String(const char* text) override { Put(fStyle.fString, Quoted(text)); }
+  void Number(double value) override { Put(&Style::fNumber, DecimalText(value).View()); }
+  void String(const char* text) override { Put(&Style::fString, Quoted(text)); }
   void UnicodeString(const unsigned short* units) override {
     std::string text;
     if (Utf16ToUtf8(units, text)) {
-      Put(fStyle.fString, "u" + Quoted(text));
+      Put(&Style::fString, "u" + Quoted(text));
     } else {
-      Put(fStyle.fString, Units(units));
+      Put(&Style::fString, Units(units));
     }
   }
   void BinData(const char* typeName, const unsigned char* data, std::size_t size) override {
-    Put(fStyle.fNote, "binary data " + Quoted(typeName) + ", " + std::to_string(size) +
-                          (size == 1 ? " byte" : " bytes") + (size > 0 ? ":" : ""));
-    Put(fStyle.fNumber, Hex(data, size));
+    Put(&Style::fNote, "binary data " + Quoted(typeName) + ", " + std::to_string(size) +
+                           (size == 1 ? " byte" : " bytes") + (size > 0 ? ":" : ""));
+    Put(&Style::fNumber, Hex(data, size));
   }
-  void RawPointer(const void*) override { Put(fStyle.fNote, "raw pointer"); }
-  void EmptySlot() override { Put(fStyle.fNote, "(empty)"); }
+  void RawPointer(const void*) override { Put(&Style::fNote, "raw pointer"); }
+  void EmptySlot() override { Put(&Style::fNote, "(empty)"); }
 
   void BeginArray(std::size_t count) override {
-    Put(fStyle.fNote, count == 0 ? "empty array" : "array of " + std::to_string(count));
+    Put(&Style::fNote, count == 0 ? "empty array" : "array of " + std::to_string(count));
   }
-  void BeginDict(POSDict*) override { Put(fStyle.fNote, "dictionary"); }
+  void BeginDict(POSDict*) override { Put(&Style::fNote, "dictionary"); }
   void EndArray(const Place&, std::size_t) override {}
   void EndDict(const Place&, std::size_t) override {}
 
  private:
-  void Put(std::string_view colour, std::string_view text) {
-    fOut.Put(colour);
-    fOut.Put(text);
-    if (!colour.empty()) fOut.Put(fStyle.fPlain);
+  void Put(const char* Style::*colour, std::string_view text) {
+    fColours.In(colour, fOut, [&] { fOut.Put(text); });
   }
 
   // A Unicode string with a lone surrogate is not a sequence of characters.
@@ -102,18 +103,21 @@ class TreeVisitor final : public Visitor {
     return out;
   }
 
-  const Style fStyle;
+  const Colours fColours;
+  const Indent fIndent;
   Output& fOut;
 };
 
 class TreeWriter final : public Writer {
  public:
-  TreeWriter() : Writer(1, "tree", "\n\n") {}
+  TreeWriter() : Writer(1, "tree", Layouts::kIndented, "\n\n") {}
 
   void Write(const KAP_T_MT::CPOSObject& object, const std::string& document,
              const WriteOptions& options, Output& out) const override {
-    TreeVisitor visitor(options.fStyle, out);
-    Visit(object, document, visitor);
+    WithPaint(options.fStyle, [&](auto paint) {
+      TreeVisitor visitor(paint, options.fIndent, out);
+      Visit(object, document, visitor);
+    });
   }
 } gTreeWriter;
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "POSStreamer.h"
+#include "formats/DocumentSequence.h"
 #include "formats/Format.h"
 #include "formats/typea/StreamInput.h"
 
@@ -44,29 +45,27 @@ std::string MeaningOf(const std::string& report) {
   return report;
 }
 
-class TypeADocuments final : public Documents {
+class TypeADocuments final : public DocumentSequence {
  public:
   TypeADocuments(const std::string& fileName, Extent extent, Text text, Session& session)
-      : fExtent(extent),
-        fText(text),
+      : DocumentSequence(extent, text),
         fLibrary(session.TheLibrary()),
         fInput(fileName, session.TheProgress(), session.Idle()) {}
-
-  KAP_T_MT::CPOSObject Next() override {
-    if (fExtent == Extent::kAll ? !fInput.SkipSpace() : fIsRead) return {};
-    fIsRead = true;
-    if (fText == Text::kKept) fInput.KeepFromHere();
-    KAP_T_MT::CPOSObject object = fStreamer.Deserialize(fInput.Stream());
-    if (object.IsNull()) ThrowUnreadable();
-    if (fExtent == Extent::kOne && fInput.SkipSpace()) {
-      throw fInput.ErrorAt(fInput.Position(), "unexpected text after the document (see --all)");
-    }
-    return object;
-  }
 
   DocumentText LastText() const override { return fInput.Kept(); }
 
  private:
+  bool SkipSpace() override { return fInput.SkipSpace(); }
+  void KeepFromHere() override { fInput.KeepFromHere(); }
+  KAP_T_MT::CPOSObject ReadDocument() override {
+    KAP_T_MT::CPOSObject object = fStreamer.Deserialize(fInput.Stream());
+    if (object.IsNull()) ThrowUnreadable();
+    return object;
+  }
+  SyntaxError ErrorHere(const std::string& message) const override {
+    return fInput.ErrorAt(fInput.Position(), message);
+  }
+
   [[noreturn]] void ThrowUnreadable() {
     std::vector<std::string> reports = fLibrary.TakeReports();
     fInput.CheckFailure();
@@ -84,12 +83,9 @@ class TypeADocuments final : public Documents {
     return count - 1;
   }
 
-  const Extent fExtent;
-  const Text fText;
   Library& fLibrary;
   StreamInput fInput;
-  const KAP_T_MT::CPOSStreamer fStreamer;
-  bool fIsRead = false;
+  const KAP_T_MT::CPOSStreamer fStreamer = KAP_T_MT::CPOSStreamer::New();
 };
 
 class TypeAReader final : public Reader {
@@ -101,19 +97,18 @@ class TypeAReader final : public Reader {
     return std::make_unique<TypeADocuments>(fileName, extent, text, session);
   }
 
+  Recognition Recognize(std::string_view text, bool isAll) const override {
+    text.remove_prefix(Skip(text, 0, kSpace));
+    if (text.starts_with(kTag)) return Recognition::kYes;
+    return !isAll && kTag.starts_with(text) ? Recognition::kPerhaps : Recognition::kNo;
+  }
+
   Token NextToken(std::string_view text, std::size_t at) const override {
     at = Skip(text, at, kSpace);
     if (text.substr(at).starts_with(kTag)) at = Skip(text, at + kTag.size(), kSpace);
     if (at == text.size()) return {Token::kEnd, at, at};
+    if (const auto bracket = BracketToken(text, at, '<', '>')) return *bracket;
     switch (text[at]) {
-      case '<':
-        return {Token::kBeginDict, at, at + 1};
-      case '>':
-        return {Token::kEndDict, at, at + 1};
-      case '[':
-        return {Token::kBeginArray, at, at + 1};
-      case ']':
-        return {Token::kEndArray, at, at + 1};
       case '"':
       case '`':
         return {Token::kScalar, at, EndOfLiteral(text, at, text[at])};

@@ -36,14 +36,14 @@ class TypeAVisitor final : public Visitor {
 // Nothing separates two documents: not every reader skips white space there.
 class TypeAWriter final : public Writer {
  public:
-  TypeAWriter() : Writer(4, "typea", "", "") {}
+  TypeAWriter() : Writer(4, "typea", Layouts::kFixed, "", "") {}
 
   void Write(const KAP_T_MT::CPOSObject& object, const std::string& document, const WriteOptions&,
              Output& out) const override {
     TypeAVisitor visitor;
     Visit(object, document, visitor);
     StreamOutput stream(out);
-    KAP_T_MT::CPOSStreamer().Serialize(stream.Stream(), object);
+    KAP_T_MT::CPOSStreamer::New().Serialize(stream.Stream(), object);
     stream.CheckFailure();
   }
 } gTypeAWriter;

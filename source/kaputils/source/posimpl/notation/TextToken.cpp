@@ -11,7 +11,16 @@ namespace NPOSObjectImpl {
 
 namespace {
 
-bool ContinuesWord(char c) noexcept { return KindOf(c) == TokenKind::kWord || IsDigit(c); }
+// A table: the processor would guess wrong where letters and digits take turns.
+constexpr auto kContinuesWord = [] {
+  std::array<bool, 256> continues{};
+  for (unsigned c = 0; c < continues.size(); ++c) {
+    continues[c] = kTokenKinds[c] == TokenKind::kWord || (c >= '0' && c <= '9');
+  }
+  return continues;
+}();
+
+bool ContinuesWord(char c) noexcept { return kContinuesWord[static_cast<unsigned char>(c)]; }
 bool ContinuesNumber(char c) noexcept { return IsDigit(c) || c == '.'; }
 
 unsigned short HexUnit(const char* digits) {

@@ -45,6 +45,7 @@ ErrorCount TypeChecker::GetObjectErrors(AtomText typeName, const Subject& object
 
 ErrorCount TypeChecker::GetErrorsOfNewType(AtomText typeName, const Subject& object,
                                            ErrorList& errors) {
+  // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject): Find fills it
   Type notPlaced;
   CPOSObject kept;
   const std::size_t place = FreePlaceFor(typeName);

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#include <CLI/CLI.hpp>
+
+#include "commands/Command.h"
+#include "commands/declarations/ManualPage.h"
+
+namespace PosUtil {
+
+namespace {
+
+class ManualCommand final : public Command {
+ public:
+  ManualCommand() : Command(92, "manual", "Prints the manual page of this program") {}
+
+  void Declare(CLI::App& options) override {
+    fProgram = options.get_parent();
+    options.footer(
+        "The page describes every command. Its format is that of man.\n\n"
+        "Example:\n"
+        "  posutil manual | man -l -");
+  }
+
+  ExitStatus Run(Session& session) override {
+    session.Out().Put(ManualPage(DeclarationsOf(*fProgram)));
+    return kExitSuccess;
+  }
+
+ private:
+  const CLI::App* fProgram = nullptr;
+} gManualCommand;
+
+}  // namespace
+
+}  // namespace PosUtil

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include <CLI/CLI.hpp>
+
+#include "commands/Command.h"
+#include "commands/documents/DocumentArgument.h"
+#include "formats/paths/PathLines.h"
+
+namespace PosUtil {
+
+namespace {
+
+class PathsCommand final : public Command {
+ public:
+  PathsCommand() : Command(3, "paths", "Prints a line for each value, with its path") {}
+
+  void Declare(CLI::App& options) override {
+    fDocument.Declare(options);
+    fDocument.DeclareAll(options);
+    options.add_flag("--pointer", fAsPointers, "Prints the paths as JSON Pointers");
+    options.footer(
+        "Prints PATH = VALUE for every number, string, binary data, empty slot and empty\n"
+        "container, in the order of keys and indices. VALUE is JSON; get, set and remove take\n"
+        "PATH. A key that a path cannot name, such as a.b, makes the path a JSON Pointer. Values\n"
+        "that property objects do not have appear as they are: --loss=keep is the default.\n\n"
+        "Examples:\n"
+        "  posutil paths settings.json | grep size\n"
+        "  posutil paths --pointer settings.txt");
+  }
+
+  ExitStatus Run(Session& session) override {
+    fDocument.SetLoss(session, LossMode::kKeep);
+    const auto documents = fDocument.Open(session.Out(), session);
+    const PathLines::Options options = {.fAsPointers = fAsPointers,
+                                        .fRestoresKept = session.Loss() == LossMode::kKeep,
+                                        .fStyle = session.OutStyle()};
+    std::size_t number = 0;
+    while (const KAP_T_MT::CPOSObject object = documents->Next()) {
+      PathLines lines(options, {}, session.Out());
+      Visit(object, fDocument.Name(++number), lines);
+      session.TheLibrary().CheckReports(fDocument.Name(number));
+    }
+    return kExitSuccess;
+  }
+
+ private:
+  DocumentArgument fDocument;
+  bool fAsPointers = false;
+} gPathsCommand;
+
+}  // namespace
+
+}  // namespace PosUtil

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "commands/changes/ChangedDocument.h"
+
+#include <CLI/CLI.hpp>
+
+#include "base/Failure.h"
+#include "base/Printable.h"
+#include "files/Destination.h"
+
+namespace PosUtil {
+
+void ChangedDocument::Declare(CLI::App& options) {
+  fDocument.Declare(options);
+  fDocument.DeclareAll(options);
+  fDocument.DeclareLayout(options);
+  // As a flag: its value is only what comes after "=", never the next argument.
+  options
+      .add_flag("--in-place", fInPlace,
+                "Replaces FILE by the result; with SUFFIX, keeps the old file under its name and "
+                "SUFFIX")
+      ->option_text("[=SUFFIX]");
+}
+
+void ChangedDocument::Begin(Session& session) const {
+  fDocument.SetLoss(session, IsInPlace() ? LossMode::kError : LossMode::kWarn);
+  if (IsInPlace() && IsStandardInput()) {
+    throw Failure("--in-place needs a file, not standard input", kExitUsage);
+  }
+  if (Suffix().find('/') != std::string::npos) {
+    throw Failure("the suffix of --in-place is not a part of a file name", kExitUsage);
+  }
+  const char* const format = fDocument.Format().kName;
+  if (!FindFormat<Writer>(format)) {
+    throw Failure(std::string("cannot write the format ") + format, kExitUsage);
+  }
+}
+
+void ChangedDocument::Run(Session& session, const DocumentArgument::Change& change) const {
+  if (!IsInPlace()) return Write(session, session.Out(), session.OutStyle(), change);
+  Destination destination(fDocument.File());
+  if (!destination.Replaces()) {
+    throw Failure(Printable(Name()) + ": --in-place needs a regular file", kExitUsage);
+  }
+  destination.KeepOldAs(Suffix());
+  Write(session, destination.Out(), Style(), change);
+  session.CheckReports();  // a late report leaves the file unchanged
+  destination.Commit();
+}
+
+void ChangedDocument::Write(Session& session, Output& out, Style style,
+                            const DocumentArgument::Change& change) const {
+  const Writer& writer = *FindFormat<Writer>(fDocument.Format().kName);
+  const auto changeOne = [&](KAP_T_MT::CPOSObject& document) {
+    try {
+      change(document);
+    } catch (const Failure&) {
+      session.TheLibrary().CheckReports(Name());  // a report is the cause of the failure
+      throw;
+    }
+    session.TheLibrary().CheckReports(Name());
+    if (document.IsNull()) throw Failure(Printable(Name()) + ": the result is null");
+  };
+  fDocument.Write(writer, writer.kEnd, style, session, out, changeOne);
+}
+
+}  // namespace PosUtil

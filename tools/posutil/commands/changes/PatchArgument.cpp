@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#include "commands/changes/PatchArgument.h"
+
+#include <CLI/CLI.hpp>
+
+#include "base/Failure.h"
+#include "base/Printable.h"
+
+namespace PosUtil {
+
+void PatchArgument::Declare(CLI::App& options, const char* description) {
+  fDocument.Declare(options);
+  options.add_option("PATCH", fPatch, description)->required()->option_text(" ");
+  DeclareFrom(options, "--patch-from", fPatchFormat, "PATCH");
+}
+
+void PatchArgument::Run(Session& session, void (*apply)(KAP_T_MT::CPOSObject&, Change&)) const {
+  if (fDocument.IsStandardInput() && fPatch == "-") {
+    throw Failure("FILE and PATCH cannot both be standard input", kExitUsage);
+  }
+  fDocument.Begin(session);
+  Change patch(FormatOfInput(fPatchFormat, fPatch, "--patch-from"), fPatch, session);
+  fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document) {
+    try {
+      apply(document, patch);
+    } catch (const Failure& failure) {
+      throw Failure(Printable(fDocument.Name()) + ": " + failure.what(), failure.Status());
+    }
+    patch.ReportLosses();
+  });
+}
+
+}  // namespace PosUtil

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <vector>
+
+#include "base/Printable.h"
+#include "commands/Command.h"
+#include "commands/changes/ChangedDocument.h"
+#include "commands/documents/LiteralArguments.h"
+#include "commands/values/Slot.h"
+
+namespace PosUtil {
+
+namespace {
+
+class RemoveCommand final : public Command {
+ public:
+  RemoveCommand() : Command(6, "remove", "Removes values from a document") {}
+
+  void Declare(CLI::App& options) override {
+    fDocument.Declare(options);
+    options.add_option("PATH", fPaths, "The values, as in a.b[2].c or /a/b/2/c")
+        ->required()
+        ->option_text("...");
+    options.footer(
+        "Writes the document without the values, in the format and layout that it has. Every\n"
+        "PATH is that in the document as it was: removing [0] and [1] removes the first two. With\n"
+        "--in-place, nothing else may be lost: --loss=error is the default then. Exit status 1 if\n"
+        "a PATH leads to no value; nothing is written then.\n\n"
+        "Examples:\n"
+        "  posutil remove settings.json window.size title\n"
+        "  posutil remove --in-place settings.txt /window/size/0");
+  }
+
+  void Prepare(std::vector<std::string>& arguments) const override { HideBrackets(arguments); }
+
+  ExitStatus Run(Session& session) override {
+    fDocument.Begin(session);
+    fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document) { RemoveFrom(document); });
+    return kExitSuccess;
+  }
+
+ private:
+  void RemoveFrom(KAP_T_MT::CPOSObject& document) const {
+    std::vector<Slot> slots;
+    std::string missing;
+    for (const std::string& path : fPaths) {
+      try {
+        slots.emplace_back(document, Path(ShowArgument(path)));
+        if (!slots.back().Exists()) throw PathError("");
+      } catch (const PathError&) {
+        missing += (missing.empty() ? "" : "\n") + Printable(fDocument.Name()) +
+                   ": no value at \"" + Printable(ShowArgument(path)) + "\"";
+      }
+    }
+    if (!missing.empty()) throw Failure(missing, kExitNegative);
+    // From the last to the first, so that a removal moves none that comes after it.
+    std::sort(slots.begin(), slots.end(),
+              [](const Slot& a, const Slot& b) { return b.Steps() < a.Steps(); });
+    const auto end = std::unique(slots.begin(), slots.end(), [](const Slot& a, const Slot& b) {
+      return a.Steps() == b.Steps();
+    });
+    std::for_each(slots.begin(), end, [](Slot& slot) { slot.Remove(); });
+  }
+
+  ChangedDocument fDocument;
+  std::vector<std::string> fPaths;
+} gRemoveCommand;
+
+}  // namespace
+
+}  // namespace PosUtil

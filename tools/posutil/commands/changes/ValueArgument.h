@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+
+#include "commands/values/Change.h"
+
+namespace CLI {
+class App;
+}
+
+namespace PosUtil {
+
+// The argument VALUE: JSON, or what an option says.
+class ValueArgument {
+ public:
+  // Declares VALUE and its options.
+  void Declare(CLI::App& options);
+  // Throws Failure; with kExitUsage if VALUE has not the form that it must have.
+  Change Read(Session& session) const;
+
+ private:
+  KAP_T_MT::CPOSObject Object(const std::string& text) const;
+
+  std::string fText;
+  bool fIsString = false;
+  bool fIsUnicode = false;
+  bool fIsNumber = false;
+  bool fIsNotation = false;
+};
+
+}  // namespace PosUtil

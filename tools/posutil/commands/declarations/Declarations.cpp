@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "commands/declarations/Declarations.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace PosUtil {
+
+namespace {
+
+bool IsWord(const std::string& text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
+  });
+}
+
+// Of "N|tab" the word "tab": a value in capitals stands for others.
+std::vector<std::string> ChoicesIn(const std::string& values) {
+  std::vector<std::string> choices;
+  if (values.find('|') == std::string::npos) return choices;
+  for (const std::string& value : CLI::detail::split(values, '|')) {
+    if (IsWord(value)) choices.push_back(value);
+  }
+  return choices;
+}
+
+// The text of an option's value says what it is: FILE, text|json, "[=SUFFIX]".
+std::string ValueIn(const CLI::Option& option) {
+  std::string text = option.get_option_text();
+  std::erase_if(text, [](char c) { return c == ' ' || c == '=' || c == '[' || c == ']'; });
+  return text;
+}
+
+bool IsFile(const std::string& name) {
+  static const std::vector<std::string> kFiles = {"FILE", "SCHEMA", "IN", "OUT", "A", "B", "PATCH"};
+  return std::find(kFiles.begin(), kFiles.end(), name) != kFiles.end();
+}
+
+void Declare(const CLI::App& app, std::vector<DeclaredOption>& options,
+             std::vector<DeclaredOption>& arguments) {
+  for (const CLI::Option* option : app.get_options()) {
+    (option->get_positional() ? arguments : options).push_back(DeclarationOf(*option));
+  }
+}
+
+}  // namespace
+
+DeclaredOption DeclarationOf(const CLI::Option& option) {
+  DeclaredOption declared;
+  declared.fDescription = option.get_description();
+  declared.fIsRequired = option.get_required();
+  declared.fChoices = ChoicesIn(option.get_option_text());
+  if (option.get_positional()) {
+    declared.fNames.push_back(option.get_name(true));
+    declared.fIsRepeated = option.get_expected_max() > 1;
+    declared.fTakesFile = IsFile(declared.fNames.front());
+    return declared;
+  }
+  for (const std::string& name : option.get_lnames()) declared.fNames.push_back("--" + name);
+  for (const std::string& name : option.get_snames()) declared.fNames.push_back("-" + name);
+  declared.fValue = ValueIn(option);
+  declared.fIsValueOptional = !declared.fValue.empty() && option.get_expected_min() == 0;
+  declared.fTakesFile = IsFile(declared.fValue);
+  return declared;
+}
+
+std::string Brief(const DeclaredOption& option) {
+  return option.fDescription.substr(0, option.fDescription.find_first_of(";:"));
+}
+
+Declarations DeclarationsOf(const CLI::App& options) {
+  Declarations declarations;
+  std::vector<DeclaredOption> none;
+  Declare(options, declarations.fOptions, none);
+  for (const CLI::App* app : options.get_subcommands([](const CLI::App*) { return true; })) {
+    DeclaredCommand command = {app->get_name(), app->get_description(), {}, {}, app->get_footer()};
+    Declare(*app, command.fOptions, command.fArguments);
+    std::erase_if(command.fOptions, [&](const DeclaredOption& option) {
+      return std::any_of(
+          declarations.fOptions.begin(), declarations.fOptions.end(),
+          [&](const DeclaredOption& common) { return common.fNames == option.fNames; });
+    });
+    declarations.fCommands.push_back(std::move(command));
+  }
+  return declarations;
+}
+
+}  // namespace PosUtil

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace PosUtil {
+
+// Arguments that the parser would not take as they are: it reads [0] as a list and -5 as an option.
+// A command hides them before the parser sees them, and shows the ones that it receives.
+void HideBrackets(std::vector<std::string>& arguments);
+void HideNegativeNumbers(std::vector<std::string>& arguments);
+std::string ShowArgument(const std::string& argument);
+
+}  // namespace PosUtil

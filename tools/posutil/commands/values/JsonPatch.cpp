@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+#include "commands/values/JsonPatch.h"
+
+#include <string>
+#include <string_view>
+
+#include "POSDict.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
+#include "commands/values/Values.h"
+
+namespace PosUtil {
+
+namespace {
+
+using namespace KAP_T_MT;
+
+// An operation of a patch. Its members may come in any order; unknown ones mean nothing.
+class Operation {
+ public:
+  Operation(Change& patch, const CPOSObject& object, std::size_t index)
+      : fPatch(patch), fDict(object, true), fIndex(index) {
+    if (fDict.IsNull()) FailAsMalformed("is not a dictionary");
+    fName = Member("op");
+    fPath = Member("path");
+  }
+
+  void Apply(CPOSObject& document) const {
+    try {
+      ApplyTo(document);
+    } catch (const PathError& error) {
+      throw Failure(Title() + ": " + error.what(), kExitNegative);
+    }
+  }
+
+ private:
+  void ApplyTo(CPOSObject& document) const {
+    if (fName == "add") return Put(document, true);
+    if (fName == "replace") return Put(document, false);
+    if (fName == "test") return Test(document);
+    if (fName == "remove") return ExistingSlot(document, fPath).Remove();
+    if (fName == "move") return Move(document);
+    if (fName == "copy") return Copy(document);
+    FailAsMalformed("has the unknown op \"" + Printable(fName) + "\"");
+  }
+
+  void Put(CPOSObject& document, bool isNew) const {
+    const CPOSObject value = Value();
+    const ValuePath place = {PathStep(fIndex), PathStep("value")};
+    if (isNew) {
+      Slot slot = SlotAt(document, fPath);
+      fPatch.Insert(slot, value, place);
+    } else {
+      Slot slot = ExistingSlot(document, fPath);
+      fPatch.Put(slot, value, place);
+    }
+  }
+
+  void Test(CPOSObject& document) const {
+    const CPOSObject value = Value();
+    const CPOSObject found = ExistingSlot(document, fPath).Value();
+    const bool isSame =
+        fPatch.IsNull(value) ? fPatch.IsNull(found) : IsSame(found, fPatch.Copy(value));
+    if (!isSame) throw PathError("the value is different");
+  }
+
+  void Move(CPOSObject& document) const {
+    const std::string from = Member("from");
+    if (from == fPath) return static_cast<void>(ExistingSlot(document, from));
+    if (fPath.starts_with(from + "/")) throw PathError("the target is inside of the value");
+    Slot source = ExistingSlot(document, from);
+    const CPOSObject value = source.Value();
+    source.Remove();
+    SlotAt(document, fPath).Insert(value);
+  }
+
+  void Copy(CPOSObject& document) const {
+    const CPOSObject value = ExistingSlot(document, Member("from")).Value();
+    SlotAt(document, fPath).Insert(value.IsNull() ? value : value.Clone());
+  }
+
+  Slot SlotAt(CPOSObject& document, const std::string& pointer) const {
+    Path path = Path::Pointer(pointer);
+    if (!path.IsWellFormed()) FailAsMalformed("has a malformed path");
+    return {document, path};
+  }
+  Slot ExistingSlot(CPOSObject& document, const std::string& pointer) const {
+    Slot slot = SlotAt(document, pointer);
+    if (!slot.Exists()) throw PathError("there is no \"" + Printable(pointer) + "\"");
+    return slot;
+  }
+
+  CPOSObject Value() const {
+    const CPOSObject value = fDict.Get("value", true);
+    if (value.IsNull()) FailAsMalformed("has no \"value\"");
+    return value;
+  }
+  std::string Member(const char* key) const {
+    const CPOSString text = fDict.GetString(key, true);
+    if (text.IsNull()) FailAsMalformed("has no string \"" + std::string(key) + "\"");
+    return text.Get();
+  }
+  std::string Number() const { return "operation " + std::to_string(fIndex + 1) + " of the patch"; }
+  std::string Title() const { return Number() + " (" + fName + " \"" + Printable(fPath) + "\")"; }
+  [[noreturn]] void FailAsMalformed(const std::string& fault) const {
+    throw Failure(Number() + ' ' + fault);
+  }
+
+  Change& fPatch;
+  const CPOSDict fDict;
+  const std::size_t fIndex;
+  std::string fName;
+  std::string fPath;
+};
+
+}  // namespace
+
+void ApplyJsonPatch(CPOSObject& document, Change& patch) {
+  const CPOSArray operations(patch.Object(), true);
+  if (operations.IsNull()) throw Failure("the patch is not an array of operations");
+  const std::size_t count = operations.Count();
+  for (std::size_t i = 0; i < count; ++i) {
+    Operation(patch, operations.GetAt(i, true), i).Apply(document);
+  }
+}
+
+}  // namespace PosUtil

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#include "commands/values/Path.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <utility>
+
+#include "POSDict.h"
+
+namespace PosUtil {
+
+namespace {
+
+constexpr std::string_view kDigits = "0123456789";
+
+bool IsDigits(std::string_view text) {
+  return !text.empty() && text.find_first_not_of(kDigits) == std::string_view::npos;
+}
+
+// As the library reads it: modulo 2^32, of which the upper half is past the end of every array.
+std::size_t DeepIndex(std::string_view digits) {
+  std::uint32_t index = 0;
+  for (const char digit : digits) index = index * 10 + static_cast<std::uint32_t>(digit - '0');
+  return index <= INT32_MAX ? index : kNoIndex;
+}
+
+std::size_t PointerIndex(std::string_view text, std::size_t count) {
+  if (text == "-") return count;
+  const bool isIndex = IsDigits(text) && (text.size() == 1 || text[0] != '0');
+  std::size_t index = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), index);
+  return isIndex && result.ec == std::errc() ? index : kNoIndex;
+}
+
+// Decodes "~0" and "~1". Returns false for another "~".
+bool Unescape(std::string_view token, std::string& out) {
+  for (std::size_t i = 0; i < token.size(); ++i) {
+    if (token[i] != '~') {
+      out += token[i];
+      continue;
+    }
+    const char code = ++i < token.size() ? token[i] : '\0';
+    if (code != '0' && code != '1') return false;
+    out += code == '0' ? '~' : '/';
+  }
+  return true;
+}
+
+}  // namespace
+
+Path::Path(std::string text, bool isPointer)
+    : fText(std::move(text)), fIsPointer(isPointer || fText.starts_with('/')) {
+  fIsPointer ? ParsePointer() : ParseDeep();
+}
+
+void Path::ParsePointer() {
+  std::string_view rest = fText;
+  fIsWellFormed = rest.empty() || rest[0] == '/';
+  while (fIsWellFormed && !rest.empty()) {
+    rest.remove_prefix(1);
+    const std::string_view token = rest.substr(0, rest.find('/'));
+    rest.remove_prefix(token.size());
+    std::string key;
+    fIsWellFormed = Unescape(token, key);
+    fSteps.push_back({Step::kEither, std::move(key)});
+  }
+}
+
+void Path::ParseDeep() {
+  std::string_view rest = fText;
+  // The point of the first step may be left out; an index at the start has none.
+  bool isKey = !rest.starts_with('[');
+  if (rest.starts_with('.')) rest.remove_prefix(1);
+  for (;;) {
+    if (isKey) {
+      const std::string_view key = rest.substr(0, rest.find_first_of(".["));
+      fSteps.push_back({Step::kKey, std::string(key)});
+      rest.remove_prefix(key.size());
+    }
+    if (rest.empty()) return;
+    isKey = rest[0] == '.';
+    rest.remove_prefix(1);
+    if (isKey) continue;
+    const std::size_t length = std::min(rest.find(']'), rest.size());
+    fSteps.push_back({Step::kIndex, std::string(rest.substr(0, length))});
+    const bool isClosed = length < rest.size();
+    rest.remove_prefix(isClosed ? length + 1 : length);
+    const bool mayFollow = rest.empty() || rest[0] == '.' || rest[0] == '[';
+    fIsWellFormed = isClosed && mayFollow && IsDigits(fSteps.back().fText);
+    if (!fIsWellFormed) return;
+  }
+}
+
+std::vector<Path::Step> Path::StepsFrom(const KAP_T_MT::CPOSObject& root) const {
+  std::vector<Step> steps = fSteps;
+  if (fIsPointer) return steps;
+  const bool isDict = root.GetType() == KAP_T_MT::kPOSDict;
+  if (isDict && steps.front().fKind == Step::kIndex) {
+    steps.insert(steps.begin(), {Step::kKey, ""});
+  } else if (!isDict && fText.empty()) {
+    steps.clear();
+  }
+  return steps;
+}
+
+std::size_t IndexIn(const Path::Step& step, std::size_t count) {
+  if (step.fKind == Path::Step::kEither) return PointerIndex(step.fText, count);
+  return step.fKind == Path::Step::kIndex ? DeepIndex(step.fText) : kNoIndex;
+}
+
+}  // namespace PosUtil

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "pos/POSObject.h"
+
+namespace PosUtil {
+
+// A path as a user gives it: a deep path such as a.b[2].c or, if it begins with "/", a JSON Pointer
+// (RFC 6901).
+//
+// Deep paths have the meaning that they have in the library. It reads them in dictionaries only;
+// here an index at the start also leads into an array that is the document, and the empty path to a
+// document that is not a dictionary.
+class Path {
+ public:
+  explicit Path(std::string text) : Path(std::move(text), false) {}
+  // A JSON Pointer, which leads to the whole document if it is empty.
+  static Path Pointer(std::string text) { return {std::move(text), true}; }
+
+  struct Step {
+    enum Kind {
+      kKey,
+      kIndex,
+      kEither,  // a pointer's: the container decides
+    };
+    Kind fKind;
+    std::string fText;
+  };
+
+  const std::string& Text() const { return fText; }
+  // Returns whether the text has the form of a path. A malformed one leads nowhere.
+  bool IsWellFormed() const { return fIsWellFormed; }
+  std::vector<Step> StepsFrom(const KAP_T_MT::CPOSObject& root) const;
+
+ private:
+  Path(std::string text, bool isPointer);
+  void ParsePointer();
+  void ParseDeep();
+
+  std::string fText;
+  std::vector<Step> fSteps;
+  bool fIsPointer = false;
+  bool fIsWellFormed = true;
+};
+
+// The index that a step is in an array of `count` slots, of which it may be past the end; kNoIndex
+// for a key. "-", in a pointer, is the end of the array.
+inline constexpr std::size_t kNoIndex = SIZE_MAX;
+std::size_t IndexIn(const Path::Step& step, std::size_t count);
+
+}  // namespace PosUtil

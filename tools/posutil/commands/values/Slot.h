@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+#include "base/ValuePath.h"
+#include "commands/values/Path.h"
+#include "pos/POSObject.h"
+
+namespace PosUtil {
+
+// A path leads nowhere in a document. The text is the reason.
+class PathError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The place in a document to which a path leads: that of a value, or one where a value can be put.
+// An empty object stands for no value: an empty slot, a missing member, a missing document. A
+// change that the library rejects is a report; the caller checks for reports.
+//
+// Not a JSON library with pointers and patches, although those exist: the document would have to
+// become JSON first, and that has no Unicode strings, no binary data and none of the texts that
+// are not UTF-8.
+class Slot {
+ public:
+  enum class Missing {
+    kRefused,  // every container on the path must exist
+    kMade,     // makes dictionaries, and arrays where an index comes next
+  };
+
+  // `root` must outlive the slot; a change of the whole document changes it. Throws PathError.
+  Slot(KAP_T_MT::CPOSObject& root, const Path& path, Missing missing = Missing::kRefused);
+
+  // The steps to this place.
+  const ValuePath& Steps() const { return fSteps; }
+  // Returns whether a value or an empty slot is here.
+  bool Exists() const;
+  KAP_T_MT::CPOSObject Value() const;
+
+  // Puts a value here, in place of the one that is. An array grows by a value at its end. Without a
+  // value, empties a slot of an array, and removes a member or the document.
+  void Put(const KAP_T_MT::CPOSObject& value);
+  // The same, but in an array the values from here on move up.
+  void Insert(const KAP_T_MT::CPOSObject& value);
+  // Takes the value out; in an array the later values move down.
+  void Remove();
+  // Returns whether this is a member of a dictionary, which cannot be empty.
+  bool IsMember() const { return !fSteps.empty() && !fSteps.back().fIsIndex; }
+
+ private:
+  void Enter(const Path::Step& step, Missing missing);
+  [[noreturn]] void FailAt(const KAP_T_MT::CPOSObject& value) const;
+
+  KAP_T_MT::CPOSObject* fRoot;
+  KAP_T_MT::CPOSObject fContainer;  // around the value; empty for the document
+  ValuePath fSteps;
+};
+
+}  // namespace PosUtil

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "formats/Visitor.h"
+
+namespace PosUtil {
+
+// Numbers for values: the same number for the same value, in all documents.
+class ValueNumbers {
+ public:
+  std::uint32_t Of(const std::string& value) {
+    return fNumbers.try_emplace(value, static_cast<std::uint32_t>(fNumbers.size())).first->second;
+  }
+
+ private:
+  std::unordered_map<std::string, std::uint32_t> fNumbers;
+};
+
+// The values of a document, each with its number, so that a comparison of two values takes one step
+// however large they are. The library's comparison would visit the same values again at each level.
+class ValueTree final : public Visitor {
+ public:
+  struct Node {
+    std::uint32_t fNumber = 0;
+    std::uint32_t fEnd = 0;      // the node after the last one inside
+    const char* fKey = nullptr;  // lives as long as the document
+    enum Kind : char { kScalar, kArray, kDict } fKind = kScalar;
+  };
+
+  // With `hasKept`, what --loss=keep has kept is a scalar. The object must outlive this.
+  ValueTree(const KAP_T_MT::CPOSObject& object, const std::string& name, bool hasKept,
+            ValueNumbers& numbers);
+
+  static constexpr std::uint32_t kRoot = 0;
+  const Node& operator[](std::uint32_t node) const { return fNodes[node]; }
+  std::vector<std::uint32_t> ChildrenOf(std::uint32_t node) const;
+
+ private:
+  // A container that has not ended yet, and what identifies it: the numbers of its values.
+  struct Open {
+    std::uint32_t fNode;
+    std::string fIdentity;
+  };
+
+  void At(const Place& place) override { fKey = place.fKey; }
+  void Number(double value) override;
+  void String(const char* text) override { AddScalar("s", text); }
+  void UnicodeString(const unsigned short* units) override;
+  void BinData(const char* typeName, const unsigned char* data, std::size_t size) override;
+  void RawPointer(const void* pointer) override;
+  void EmptySlot() override { AddScalar("-", ""); }
+  void BeginArray(std::size_t) override { Begin(Node::kArray); }
+  void BeginDict(POSDict*) override { Begin(Node::kDict); }
+  void EndArray(const Place&, std::size_t) override { End(); }
+  void EndDict(const Place&, std::size_t count) override;
+
+  void AddScalar(std::string_view kind, std::string_view bytes);
+  void Begin(Node::Kind kind);
+  void End();
+  void SetNumber(std::uint32_t node, const std::string& identity);
+
+  ValueNumbers& fNumbers;
+  const bool fHasKept;
+  std::vector<Node> fNodes;
+  std::vector<Open> fOpen;
+  const char* fKey = nullptr;
+  bool fIsKeptText = false;  // the last scalar may be the text of a kept value
+};
+
+}  // namespace PosUtil

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "commands/values/Values.h"
+
+#include <string_view>
+
+#include "formats/json/TaggedJson.h"
+
+namespace PosUtil {
+
+namespace {
+
+using namespace KAP_T_MT;
+
+// The text of the only member "$json"; null for any other value.
+const char* KeptText(const CPOSObject& value) {
+  const CPOSDict dict(value, true);
+  if (dict.IsNull()) return nullptr;
+  const CPOSString text = dict.GetString(kJsonTag, true);
+  return !text.IsNull() && dict.NumKeys() == 1 ? text.Get() : nullptr;
+}
+
+}  // namespace
+
+std::string KindText(int type) {
+  const char* const name = POSTypeName(type);
+  if (!name) return "a value of an unknown kind";
+  if (type == kPOSBinData) return name;
+  return (type == kPOSArray ? "an " : "a ") + std::string(name);
+}
+
+std::vector<CPOSObject> ValuesFrom(const CPOSArray& array, std::size_t begin) {
+  std::vector<CPOSObject> values;
+  const std::size_t count = array.Count();
+  for (std::size_t i = begin; i < count; ++i) values.push_back(array.GetAt(i, true));
+  return values;
+}
+
+// Slots cannot be emptied or moved up, but they can be taken off the end and appended.
+void ReplaceFrom(CPOSArray& array, std::size_t begin, const std::vector<CPOSObject>& values) {
+  for (std::size_t i = array.Count(); i-- > begin;) array.Remove(i);
+  std::size_t end = begin;
+  for (const CPOSObject& value : values) {
+    if (!value.IsNull()) array.SetAt(end, value);
+    ++end;
+  }
+  if (values.empty() || !values.back().IsNull()) return;
+  array.SetAt(end, CPOSNumber(0.0));  // only a value makes an array longer
+  array.Remove(end);
+}
+
+CPOSObject ValueAt(const CPOSObject& root, const ValuePath& path) {
+  CPOSObject value = root;
+  for (const PathStep& step : path) {
+    if (value.IsNull()) return value;
+    if (step.fIsIndex) {
+      const CPOSArray array(value, true);
+      value = array.IsNull() ? CPOSObject() : array.GetAt(step.fIndex, true);
+    } else {
+      const CPOSDict dict(value, true);
+      value = dict.IsNull() ? CPOSObject() : dict.Get(step.fKey, true);
+    }
+  }
+  return value;
+}
+
+// The library's equality ignores the members that only the second dictionary has.
+bool IsSame(const CPOSObject& a, const CPOSObject& b) {
+  if (a.IsNull() || b.IsNull()) return a.IsNull() == b.IsNull();
+  return a.IsEqual(b) && b.IsEqual(a);
+}
+
+bool IsKeptNull(const CPOSObject& value) {
+  const char* const text = KeptText(value);
+  return text && std::string_view(text) == "null";
+}
+
+bool IsKeptValue(const CPOSObject& value) {
+  const char* const text = KeptText(value);
+  return text && IsKeptText(text);
+}
+
+}  // namespace PosUtil

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "POSDict.h"
+#include "base/ValuePath.h"
+
+namespace PosUtil {
+
+// The kind of a value in a sentence: "a number", "an array".
+std::string KindText(int type);
+
+// The slots of an array from `begin` on. An empty object is an empty slot.
+std::vector<KAP_T_MT::CPOSObject> ValuesFrom(const KAP_T_MT::CPOSArray& array, std::size_t begin);
+// Gives the array these slots from `begin` on, which is not past its end.
+void ReplaceFrom(KAP_T_MT::CPOSArray& array, std::size_t begin,
+                 const std::vector<KAP_T_MT::CPOSObject>& values);
+
+// The value at a path, or an empty object.
+KAP_T_MT::CPOSObject ValueAt(const KAP_T_MT::CPOSObject& root, const ValuePath& path);
+
+// Returns whether two values are the same. A dictionary with more members is another value; empty
+// objects are equal.
+bool IsSame(const KAP_T_MT::CPOSObject& a, const KAP_T_MT::CPOSObject& b);
+
+// Returns whether the value is a dictionary that stands for the JSON null, see TaggedJson.h, or for
+// any JSON value that property objects do not have.
+bool IsKeptNull(const KAP_T_MT::CPOSObject& value);
+bool IsKeptValue(const KAP_T_MT::CPOSObject& value);
+
+}  // namespace PosUtil

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "commands/verdicts/WorkerPool.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <new>
+
+#include "base/Failure.h"
+
+namespace PosUtil {
+
+namespace {
+
+static_assert(std::atomic<std::size_t>::is_always_lock_free, "the processes share one");
+
+std::atomic<std::size_t>* NewShared() {
+  void* const memory = ::mmap(nullptr, sizeof(std::atomic<std::size_t>), PROT_READ | PROT_WRITE,
+                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  return new (memory) std::atomic<std::size_t>(0);
+}
+
+}  // namespace
+
+void WorkerPool::Unmap::operator()(std::atomic<std::size_t>* shared) const noexcept {
+  ::munmap(shared, sizeof *shared);
+}
+
+WorkerPool::WorkerPool(std::size_t workers, std::size_t tasks)
+    : fTasks(tasks), fNextTask(NewShared()) {
+  fWorkers.reserve(workers);
+  while (fWorkers.size() < workers && !IsWorker() && Start()) {
+  }
+  // Fewer workers than wanted take longer, but do the same.
+  if (!IsWorker() && fWorkers.empty()) {
+    throw Failure(std::string("cannot start a process: ") + std::strerror(errno));
+  }
+}
+
+bool WorkerPool::Start() {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+  Descriptor from(ends[0]);
+  Descriptor to(ends[1]);
+  const pid_t parent = ::getpid();
+  const pid_t process = ::fork();
+  if (process < 0) return false;
+  if (process > 0) {
+    fWorkers.push_back({process, std::move(from)});
+    return true;
+  }
+  fWorkers.clear();  // else the pipes of the others stay open when the parent ends
+  fResults = std::move(to);
+  ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (::getppid() != parent) ::raise(SIGTERM);  // it ended before the call
+  return true;
+}
+
+WorkerPool::~WorkerPool() {
+  for (Worker& worker : fWorkers) {
+    if (worker.fPipe) ::kill(worker.fProcess, SIGTERM);  // its results have no reader
+    worker.fPipe = Descriptor();
+    while (::waitpid(worker.fProcess, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  }
+}
+
+std::optional<std::size_t> WorkerPool::NextTask() {
+  const std::size_t task = fNextTask->fetch_add(1, std::memory_order_relaxed);
+  return task < fTasks ? std::optional(task) : std::nullopt;
+}
+
+void WorkerPool::ReceiveAll(const Receive& receive) {
+  std::vector<char> bytes(64 * 1024);
+  std::vector<pollfd> waiting;
+  for (const Worker& worker : fWorkers) waiting.push_back({worker.fPipe.Get(), POLLIN, 0});
+  std::size_t open = fWorkers.size();
+  while (open > 0) {
+    if (::poll(waiting.data(), waiting.size(), -1) < 0) {
+      if (errno == EINTR) continue;
+      throw Failure(std::string("cannot wait for a process: ") + std::strerror(errno));
+    }
+    for (std::size_t i = 0; i < waiting.size(); ++i) {
+      if (!waiting[i].revents) continue;
+      const ssize_t count = ::read(waiting[i].fd, bytes.data(), bytes.size());
+      if (count < 0 && errno == EINTR) continue;
+      if (count > 0) {
+        receive(i, {bytes.data(), static_cast<std::size_t>(count)});
+        continue;
+      }
+      waiting[i].fd = -1;  // poll skips it
+      fWorkers[i].fPipe = Descriptor();
+      --open;
+    }
+  }
+}
+
+}  // namespace PosUtil
