@@ -64,8 +64,25 @@ foreach(module IN LISTS modules)
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endforeach()
 
+# gdb loads the printers with the plug-in: it looks for them below its own folder, at the path of
+# the plug-in. The prefix is the one of the installation, which may differ from the configured one.
+set(kap_gdb_script KAPUtils${CMAKE_SHARED_LIBRARY_SUFFIX}-gdb.py)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/kaputils_gdb.py
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${kap_plugin_dir}
+  RENAME ${CMAKE_SHARED_LIBRARY_PREFIX}${kap_gdb_script} COMPONENT development)
+
 if(KAP_BUILD_TOOLS)
-  install(TARGETS posutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(TARGETS posutil kapcheck RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(TARGETS kapprobe LIBRARY DESTINATION ${kap_plugin_dir} COMPONENT tools)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/tools/kapcheck/include/ DESTINATION ${kap_include_dir}
+    COMPONENT development)
+  # Compressed without a time stamp: the same page makes the same file.
+  set(checker_page ${PROJECT_BINARY_DIR}/kapcheck.1.gz)
+  add_custom_command(OUTPUT ${checker_page}
+    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/tools/kapcheck.1 > ${checker_page}
+    DEPENDS ${PROJECT_SOURCE_DIR}/tools/kapcheck.1 COMMENT "Compressing kapcheck.1")
+  add_custom_target(kapcheck_manual ALL DEPENDS ${checker_page})
+  install(FILES ${checker_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
 endif()
 
 # The program prints its completions and its manual page. A program with a sanitizer does not run in

@@ -16,8 +16,8 @@ namespace {
 using namespace KAP_T_MT;
 
 // The number of messages can grow exponentially with the references between types, by the nature of
-// the language: each of n types can refer twice to the next one. Schemas with more work than this are
-// checked without messages.
+// the language: each of n types can refer twice to the next one. Schemas with more work than this
+// are checked without messages.
 constexpr double kMaxWork = 20'000;
 constexpr int kMaxDepth = 40;  // of references; the library reports deeper ones
 

@@ -48,7 +48,8 @@ kap_install() {
     apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# kap_build PRESET [CMAKE-ARGUMENT...]: configures and builds it. TARGETS, if set, names the targets.
+# kap_build PRESET [CMAKE-ARGUMENT...]: configures and builds it. TARGETS, if set, names what to
+# build.
 kap_build() {
   local preset=$1
   shift

@@ -49,7 +49,7 @@ static bool GetTables(Tables* out) {
 static bool FindLargest(double* out, POSArray* numbers) {
   *out = 0;
   Tables use;
-  if (!GetTables(&use)) return Fail("Extremes: there are no arrays and numbers");
+  if (!GetTables(&use)) return Fail("Extremes: the array and number interfaces are missing");
 
   double largest = 0;
   const unsigned count = use.arrays.Count(numbers);
@@ -72,7 +72,7 @@ EXPORT int ExtremesGetVersion(void);
 int ExtremesInitialize(KAPGetProcAddressProc getProc) {
   static const ExtremesInterfaceProcs procs = {FindLargest};
   gGetProc = getProc;
-  if (!KAPBinderInterfaceLoad(&gBinder, getProc)) return 0;
+  if (!getProc || !KAPBinderInterfaceLoad(&gBinder, getProc)) return 0;
   gUnregisterCount = gBinder.KAPGetUnregisterCountAddr();
   gAreLoaded = false;
   gHasLock = mtx_init(&gLock, mtx_plain) == thrd_success;

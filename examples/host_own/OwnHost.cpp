@@ -15,7 +15,7 @@
 
 using namespace KAP_T_MT;
 
-// ---- The records behind the handles ----
+// ---- What the handles point to ----
 
 struct KAPStringAtom {
   const std::string* fText = nullptr;  // the key in the table of atoms

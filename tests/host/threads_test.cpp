@@ -233,4 +233,37 @@ TEST_P(ThreadsTest, StreamsAndCaches) {
   fHost.Containers<"Release">(file);
 }
 
+// A host that observes everything, on all threads at once: nothing is misused, so nothing is
+// reported, and nothing stays in the list.
+TEST(ObservedThreadsTest, RightUseIsNotReported) {
+  KAPHost::HostOptions options{.fOnReport = [](const auto& text) { ADD_FAILURE() << text; },
+                               .fOnLeak = [](const auto& held) { ADD_FAILURE() << held; },
+                               .fChecks = true};
+  options.fDebug.fTrace = "/dev/null";
+  options.fDebug.fStacks = true;
+  KAPHost::Host host(options);
+  KAPContainer* shared = nullptr;
+  host.Proc<KAPContainerInterface, "NewContainer">()(&shared);
+  RunOnThreads([&](int) {
+    for (int round = 0; round < 300; ++round) {
+      KAPStringAtom* const atom =
+          host.Proc<KAPStringInterface, "NewStringAtom">()(round % 2 == 0 ? "one" : "two");
+      KAPContainer* own = nullptr;
+      host.Proc<KAPContainerInterface, "NewFullContainer">()(&own, nullptr, atom, atom, nullptr);
+      host.Proc<KAPContainerInterface, "AddRef">()(shared);
+      KAPError* const error =
+          host.Proc<KAPErrorInterface, "NewError">()("error", "test", 0, nullptr, nullptr);
+      void* const block = host.Proc<KAPMemoryInterface, "Alloc">()(100);
+      host.Proc<KAPMemoryInterface, "Free">()(
+          host.Proc<KAPMemoryInterface, "Realloc">()(block, 200));
+      host.Proc<KAPErrorInterface, "Release">()(error);
+      host.Proc<KAPContainerInterface, "Release">()(shared);
+      host.Proc<KAPContainerInterface, "Release">()(own);
+      host.Proc<KAPStringInterface, "DeleteStringAtom">()(atom);
+    }
+  });
+  host.Proc<KAPContainerInterface, "Release">()(shared);
+  EXPECT_TRUE(host.LiveThings().empty());
+}
+
 }  // namespace

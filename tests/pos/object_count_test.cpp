@@ -12,7 +12,8 @@ namespace {
 
 using NPOSObjectImpl::ObjectCount;
 
-// Threads that live together, several times over, so that later ones find the slots of earlier ones.
+// Threads that live together, several times over, so that later ones find the slots of earlier
+// ones.
 TEST(ObjectCountTest, ExactAfterThreadsHaveEnded) {
   constexpr std::uint64_t kObjects = 500;
   const struct {

@@ -162,8 +162,11 @@ TEST_F(WrapperTest, EmptyObjects) {
   EXPECT_EQ(Thrown([&] { CPOSString text(none); }), "CKAPError invalid container");
   EXPECT_NE(TakeReport(), "");
   EXPECT_TRUE(CPOSStreamer().IsNull());
-  EXPECT_TRUE(CPOSStreamer().Deserialize(CKAPPositionableStream::New()).IsNull());
-  EXPECT_NE(TakeReport(), "");
+  const CKAPPositionableStream stream = CKAPPositionableStream::New();
+  EXPECT_EQ(Thrown([&] { (void)CPOSStreamer().Deserialize(stream); }),
+            "CKAPError invalid container");
+  EXPECT_EQ(Thrown([&] { CPOSStreamer().Serialize(stream, CPOSNumber(1)); }),
+            "CKAPError invalid container");
 }
 
 // Like an object of another kind, until it can be loaded.

@@ -151,4 +151,22 @@ TEST(LibraryTest, CanBeGivenAndMissing) {
   EXPECT_TRUE(alone.fErr.starts_with("posutil: libKAPUtils.so is in none of ")) << alone.fErr;
 }
 
+// The trace changes neither the output nor the exit status. What it holds is tested with the host;
+// here, that objects show their kind and that every procedure of the library is declared.
+TEST(TraceTest, WritesCalls) {
+  const Folder folder;
+  const std::string path = folder.Path("calls.txt");
+  EXPECT_EQ(RunPosutil({"--trace", path, "get", "--from", "text", "-", "a[0]"}, "<a [(x)]>"),
+            (Outcome{0, "x\n", ""}));
+  std::ifstream file(path);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_NE(text.find(": POSDictInterface.DeepGet(dictionary, \"a[0]\") {\n"), std::string::npos);
+  EXPECT_NE(text.find(" } DeepGet = string ("), std::string::npos);
+  EXPECT_EQ(text.find("not traced"), std::string::npos);
+  EXPECT_EQ(RunPosutil({"print", "--trace", "/no/folder/calls", "--from", "text", "-"}, "1"),
+            (Outcome{3, "",
+                     "posutil: cannot write \"/no/folder/calls\": "
+                     "No such file or directory\n"}));
+}
+
 }  // namespace

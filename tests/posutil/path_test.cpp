@@ -40,7 +40,7 @@ TEST(PathTest, LeadsToAValueOrNowhere) {
       {"a key that looks like a pointer", keys, "./", {0, "8\n", ""}},
       {"an unknown escape", keys, "/m~2n", None("/m~2n")},
       {"an unfinished escape", keys, "/m~", None("/m~")},
-      {"the end of an array is no value", keys, "/a/-", None("/a/-")},
+      {"the end of an array is not a value", keys, "/a/-", None("/a/-")},
       {"an index in an array", "[1,[2,3]]", "/1/0", {0, "2\n", ""}},
       {"a leading zero is not an index", "[1,2]", "/01", None("/01")},
       {"nor is a sign", "[1,2]", "/+1", None("/+1")},

@@ -66,7 +66,7 @@ TEST_F(ValidateFilesTest, Folders) {
         "posutil: in/empty: no file of a known format\n"}},
       // A link that the user names is followed.
       {{"-rq", "in/circle/a.json"}, {0, "", ""}},
-      // The schema is no document, unless it is named.
+      // The schema is checked as a document only if it is named.
       {{"-rq", "in/schema.txt"}, {1, "", ""}},
   };
   for (const auto& row : rows) {
@@ -111,7 +111,7 @@ bool HasEnded(pid_t process) {
   return text.find(") Z") != std::string::npos;
 }
 
-// One process waits for a pipe that nobody writes to; the other one has checked the rest.
+// One process waits for a pipe without a writer; the other one has checked the rest.
 TEST_F(ValidateFilesTest, AProcessThatIsKilled) {
   const std::string pipe = fFolder.Path("pipe.json");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);

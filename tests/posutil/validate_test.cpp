@@ -361,7 +361,7 @@ TEST_F(ValidateTest, ManyDocumentsAfterALargeOne) {
 }
 
 TEST_F(ValidateTest, WrongUsage) {
-  Put("ada.data", "?");
+  Put("ada.data", "%");  // in no format
   const std::vector<std::string> rows[] = {
       {"validate"},
       {"validate", "--schema", "schema.txt", "--type", "Person"},

@@ -40,6 +40,11 @@ void DeclareAll(CLI::App& options, Session& session) {
       .add_option("--library", session.LibraryPath(),
                   "Path of libKAPUtils.so; default: the installed one, then ../lib")
       ->option_text("FILE");
+  options
+      .add_option(
+          "--trace", session.TracePath(),
+          "Writes the calls between host and library to FILE; a timeline if it ends in .json")
+      ->option_text("FILE");
   DeclareColour(options, session);
   options.set_version_flag("--version", ProgramVersion(), "Prints the version of the program");
   options.footer(

@@ -10,6 +10,8 @@
 
 #include "kap/KAPHostInterfaces.h"
 #include "kaphost/Component.h"
+#include "kaphost/Debug.h"
+#include "kaphost/Live.h"
 #include "kaphost/Snapshot.h"
 #include "kaphost/StreamCall.h"
 
@@ -51,15 +53,22 @@ struct HostOptions {
   // Called when the host is destroyed while components still hold something of it. The default
   // writes the description to std::cerr. Must not throw.
   std::function<void(const Snapshot& leaked)> fOnLeak;
-  // Whether the host reports calls that use a dead handle: that add or release a reference to a
-  // container or error, or release an atom, whose last reference is already released. This takes
-  // memory: the host keeps the records of destroyed objects until it ends. Without checks such a
-  // call is undefined behaviour. With checks, two threads may also release one last reference at
-  // the same time: the object is destroyed once. The second release is reported for an atom, and
-  // for another object unless the first one is still destroying it.
+  // Whether the host reports misuse: calls that use a dead handle or one of another kind, host
+  // memory written past its end or freed twice, two threads in calls whose thread tags forbid it, a
+  // result place left unset, and both a result and an error. Each report names the procedure, the
+  // component and where the thing was made and ended; with DebugOptions::fStacks, with stacks.
+  //
+  // Without checks such a call is undefined behaviour. With checks, the host does not carry out a
+  // call with a handle of another kind, and two threads may release one last reference at the same
+  // time: the object is destroyed once. The second release is reported for an atom, and for another
+  // object unless the first one is still destroying it.
+  //
+  // Checks take time, and memory: the host keeps the records of destroyed objects until it ends.
   bool fChecks = false;
   // Where small things come from.
   HostMemory fMemory = HostMemory::kAutomatic;
+  // Trace, stacks and leak list. KAPHOST_DEBUG adds to these and to fChecks.
+  DebugOptions fDebug = {};
 };
 
 // The host's procedures are plain functions, so a process has one host at a time. A host made after
@@ -82,7 +91,8 @@ struct HostOptions {
 // Errors: members that allocate may throw std::bad_alloc.
 class Host {
  public:
-  // Throws std::logic_error when there is a host already.
+  // Throws std::logic_error when there is a host already, std::runtime_error when the trace that
+  // the options name cannot be written.
   explicit Host(HostOptions options = {});
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
@@ -135,6 +145,16 @@ class Host {
 
   // What components hold now that they did not hold when the host was made.
   Snapshot TakeSnapshot() const;
+
+  // What components hold now, thing by thing, in the order of making; with `since`, only what was
+  // made after the thing of that number. Empty unless checks, stacks or the leak list are on.
+  //
+  //   const unsigned long before = host.LastThing();
+  //   ...
+  //   for (const auto& thing : host.LiveThings(before)) std::cerr << thing;
+  std::vector<LiveThing> LiveThings(unsigned long since = 0) const;
+  // The number of the thing made last; 0 for none.
+  unsigned long LastThing() const;
 
   // ---- Fault injection ----
   //

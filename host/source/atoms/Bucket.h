@@ -15,9 +15,9 @@
 
 namespace KAPHost {
 
-// A bucket of the table of atoms: a lock, and nine slots with a tag each. It is one cache line, so a
-// look-up of an atom touches one line that other threads write, besides the atom. When a tenth atom
-// comes, the last slot becomes a link to a further bucket, which the same lock guards.
+// A bucket of the table of atoms: a lock, and nine slots with a tag each. It is one cache line, so
+// a look-up of an atom touches one line that other threads write, besides the atom. When a tenth
+// atom comes, the last slot becomes a link to a further bucket, which the same lock guards.
 //
 // A slot holds the 48 bits that an address of a process has, unless it asks the system for more:
 // waiting for buckets is most of the time for many atoms, and whole pointers would leave room for

@@ -20,12 +20,13 @@ static_assert(sizeof gUnregisterCount == sizeof(unsigned long) &&
 bool Binder::Register(const char* interfaceName, const char* methodName, const char* procName,
                       void* proc) {
   if (!interfaceName || !methodName || !procName || !proc) return false;
+  void* const handedOut = fWrap ? fWrap(interfaceName, methodName, procName, proc) : proc;
   const std::unique_lock lock(fMutex);
   auto procs = fInterfaces.find(std::string_view(interfaceName));
   const bool isNew = procs == fInterfaces.end();
   if (isNew) procs = fInterfaces.emplace(interfaceName, Procs()).first;
   try {
-    procs->second.insert_or_assign({methodName, procName}, proc);
+    procs->second.insert_or_assign({methodName, procName}, Registered{proc, handedOut});
   } catch (...) {
     if (isNew) fInterfaces.erase(procs);
     throw;
@@ -58,7 +59,7 @@ std::vector<std::string> Binder::UnregisterIf(const std::function<bool(void* pro
   std::vector<std::string> names;
   const std::unique_lock lock(fMutex);
   for (auto& [name, procs] : fInterfaces) {
-    if (std::erase_if(procs, [&](const auto& entry) { return matches(entry.second); }) == 0)
+    if (std::erase_if(procs, [&](const auto& entry) { return matches(entry.second.fProc); }) == 0)
       continue;
     gUnregisterCount.fetch_add(1, std::memory_order_release);
     names.push_back(name);
@@ -77,7 +78,7 @@ void* Binder::Find(const char* interfaceName, const char* methodName,
   const auto procs = fInterfaces.find(interfaceText);
   if (procs == fInterfaces.end()) return nullptr;
   const auto proc = procs->second.find(names);
-  return proc == procs->second.end() ? nullptr : proc->second;
+  return proc == procs->second.end() ? nullptr : proc->second.fHandedOut;
 }
 
 unsigned long* Binder::UnregisterCountAddr() noexcept {

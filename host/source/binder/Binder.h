@@ -18,6 +18,13 @@ class FaultRules;
 class Binder {
  public:
   explicit Binder(const FaultRules& faultRules) : fFaultRules(faultRules) {}
+
+  // Returns the procedure to hand out for one that is registered.
+  using Wrap = std::function<void*(const char* interfaceName, const char* methodName,
+                                   const char* procName, void* proc)>;
+  // Applies to what is registered from now on. Not to be called while the binder is in use.
+  void SetWrap(Wrap wrap) { fWrap = std::move(wrap); }
+
   Binder(const Binder&) = delete;
   Binder& operator=(const Binder&) = delete;
 
@@ -59,10 +66,15 @@ class Binder {
     using is_transparent = void;
     bool operator()(const Names& a, const Names& b) const noexcept { return a == b; }
   };
+  struct Registered {
+    void* fProc;
+    void* fHandedOut;  // the procedure, or what wraps it
+  };
   using Procs =
-      std::unordered_map<std::pair<std::string, std::string>, void*, NamesHash, NamesEqual>;
+      std::unordered_map<std::pair<std::string, std::string>, Registered, NamesHash, NamesEqual>;
 
   const FaultRules& fFaultRules;
+  Wrap fWrap;
   mutable std::shared_mutex fMutex;
   std::unordered_map<std::string, Procs, TextHash, std::equal_to<>> fInterfaces;
 };

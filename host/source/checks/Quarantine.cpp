@@ -18,6 +18,7 @@ bool Quarantine::Keep(void* record, void (*freeRecord)(void*), const char* kind,
   try {
     std::string what = kind;
     if (name) what.append(" \"").append(name).append("\"");
+    if (fOnKeep) fOnKeep(record, what);
     const std::lock_guard lock(fMutex);
     fEntries.insert_or_assign(record, Entry{freeRecord, std::move(what)});
     return true;
@@ -47,6 +48,7 @@ bool KeepDeadSlowly(void* record, void (*freeRecord)(void*), const char* kind,
 }
 
 void ReportDead(const void* record, const char* call) noexcept {
+  if (record == tReportedDead) return;
   if (const Quarantine* quarantine = Current<Quarantine>()) quarantine->ReportUse(record, call);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -22,6 +23,8 @@ class Quarantine {
   // Keeps a record, which it hands to `freeRecord` at its end. Kind and name (may be null) describe
   // it in reports: `container "POSObjectImpl"`. False when out of memory.
   bool Keep(void* record, void (*freeRecord)(void*), const char* kind, const char* name) noexcept;
+  // Set while nothing is kept yet: called with each record that is kept and its description.
+  std::function<void(const void* record, const std::string& what)>& OnKeep() { return fOnKeep; }
   // Reports that a dead record was used.
   void ReportUse(const void* record, const char* call) const noexcept;
 
@@ -31,9 +34,13 @@ class Quarantine {
     std::string fWhat;
   };
 
+  std::function<void(const void*, const std::string&)> fOnKeep;
   mutable std::mutex fMutex;
   std::unordered_map<const void*, Entry> fEntries;
 };
+
+// The dead record whose use in the present call is already reported, with more than is known here.
+inline thread_local constinit const void* tReportedDead = nullptr;
 
 // Whether the records of destroyed objects are kept.
 inline bool IsChecking() noexcept { return HasGateBits(kGateChecking); }

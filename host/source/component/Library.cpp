@@ -2,16 +2,14 @@
 #include "component/Library.h"
 
 #include <dlfcn.h>
-#include <link.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <map>
 #include <mutex>
 #include <new>
 #include <utility>
 
 #include "base/Current.h"
+#include "base/Modules.h"
 #include "base/Reports.h"
 #include "binder/Binder.h"
 #include "caches/ClientPurges.h"
@@ -33,42 +31,6 @@ std::map<void*, std::weak_ptr<Library>>& Libraries() {
 std::string LastError() {
   const char* text = dlerror();
   return text ? text : "unknown reason";
-}
-
-// The addresses that a library takes up.
-struct Span {
-  std::uintptr_t fBegin = ~std::uintptr_t{0};
-  std::uintptr_t fEnd = 0;
-
-  template <class Address>
-  bool Contains(Address address) const noexcept {
-    const auto value = reinterpret_cast<std::uintptr_t>(address);
-    return fBegin <= value && value < fEnd;
-  }
-};
-
-Span SpanOf(void* handle) noexcept {
-  struct Search {
-    const link_map* fLibrary = nullptr;
-    Span fSpan;
-  } search;
-  link_map* library = nullptr;
-  if (dlinfo(handle, RTLD_DI_LINKMAP, &library) != 0) return {};
-  search.fLibrary = library;
-  const auto visit = [](dl_phdr_info* info, std::size_t, void* data) {
-    auto& [wanted, span] = *static_cast<Search*>(data);
-    if (info->dlpi_addr != wanted->l_addr) return 0;
-    for (int i = 0; i < info->dlpi_phnum; ++i) {
-      const auto& segment = info->dlpi_phdr[i];
-      if (segment.p_type != PT_LOAD) continue;
-      const std::uintptr_t begin = info->dlpi_addr + segment.p_vaddr;
-      span.fBegin = std::min(span.fBegin, begin);
-      span.fEnd = std::max(span.fEnd, begin + segment.p_memsz);
-    }
-    return 1;
-  };
-  dl_iterate_phdr(visit, &search);
-  return search.fSpan;
 }
 
 // Whether a container or an instance lives that a procedure of the library deletes.
@@ -93,6 +55,7 @@ std::shared_ptr<Library> Library::Open(const std::string& path, const std::strin
   if (auto library = known.lock()) return library;
   std::unique_ptr<Library> made(new Library(std::move(handle), path, component));
   std::shared_ptr<Library> library(std::move(made));
+  NoteLoaded(component, library->fHandle.get());
   known = library;
   return library;
 }
@@ -103,7 +66,11 @@ Library::~Library() {
     const auto known = Libraries().find(fHandle.get());
     if (known != Libraries().end() && known->second.expired()) Libraries().erase(known);
   }
-  if (UnregisterProcs()) static_cast<void>(fHandle.release());
+  if (UnregisterProcs()) {
+    static_cast<void>(fHandle.release());
+  } else {
+    NoteUnloaded(SpanOf(fHandle.get()));
+  }
 }
 
 void* Library::Find(const std::string& symbol) const {
@@ -111,8 +78,9 @@ void* Library::Find(const std::string& symbol) const {
 }
 
 // The addresses are found beforehand: the dynamic loader has a lock of its own, under which a
-// library's constructors may look procedures up. A library that was never initialised has registered
-// nothing, and the program's own file, which may have entry points too, holds the host's procedures.
+// library's constructors may look procedures up. A library that was never initialised has
+// registered nothing, and the program's own file, which may have entry points too, holds the host's
+// procedures.
 bool Library::UnregisterProcs() const noexcept {
   const Span span = SpanOf(fHandle.get());
   if (fTurn == 0 || span.Contains(&Library::Open)) return false;

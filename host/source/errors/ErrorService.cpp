@@ -162,6 +162,15 @@ KAPError* MakeError(const char* message, long code) noexcept {
   return error ? error : MemoryError();
 }
 
+const char* MessageOf(const KAPError& error) noexcept {
+  if (error.fCoreMessage) return error.fCoreMessage;
+  return error.fMessage ? error.fMessage->Text() : "";
+}
+
+bool IsCoreError(const KAPError& error) noexcept {
+  return &error == &gCoreErrors[0] || &error == &gCoreErrors[1];
+}
+
 std::mutex& ErrorsMutex() noexcept { return gErrorMutex; }
 
 KAPError* InvalidContainer() noexcept { return MakeError("invalid container"); }

@@ -20,6 +20,12 @@ KAPError* SystemError(const char* action, const char* path, int number) noexcept
 // is ignored.
 void ReportError(KAPError* error) noexcept;
 
+// The message of an error that is alive; "" when it has none.
+const char* MessageOf(const KAPError& error) noexcept;
+
+// Whether it is one of the errors that live forever and are not counted.
+bool IsCoreError(const KAPError& error) noexcept;
+
 // Guards the list of live errors, for the time of a fork.
 std::mutex& ErrorsMutex() noexcept;
 

@@ -50,6 +50,16 @@ std::vector<std::string> Host::TakeReports() { return fState->fReports.Take(); }
 
 Snapshot Host::TakeSnapshot() const { return fState->TakeSnapshot(); }
 
+std::vector<LiveThing> Host::LiveThings(unsigned long since) const {
+  const Ledger* const ledger = fState->TheLedger();
+  return ledger ? ledger->Live(since) : std::vector<LiveThing>();
+}
+
+unsigned long Host::LastThing() const {
+  const Ledger* const ledger = fState->TheLedger();
+  return ledger ? ledger->Last() : 0;
+}
+
 void Host::FailCall(KAPFault kind, unsigned long n) { fState->fFaultRules.FailCall(kind, n); }
 
 void Host::FailFrom(KAPFault kind, unsigned long n) { fState->fFaultRules.FailFrom(kind, n); }

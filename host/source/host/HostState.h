@@ -8,6 +8,7 @@
 #include "faults/FaultRules.h"
 #include "kaphost/Host.h"
 #include "streams/StreamLog.h"
+#include "trace/Watcher.h"
 
 namespace KAPHost {
 
@@ -23,6 +24,8 @@ class HostState {
 
   // Without what was held before this host.
   Snapshot TakeSnapshot() const;
+  // Null unless something is on that needs it.
+  const Ledger* TheLedger() const { return fWatcher ? fWatcher->TheLedger() : nullptr; }
 
  private:
   // Claims the process for one host.
@@ -33,11 +36,16 @@ class HostState {
     ~Claim();
   };
 
+  // Adds the words of the environment, and makes the watcher if there is anything to watch.
+  static std::unique_ptr<Watcher> MakeWatcher(HostOptions& options);
+  void RegisterServices();
   void ReportLeaks() const noexcept;
+  void ListLeaks() const;
 
   const Claim fClaim;
 
  public:
+  const std::unique_ptr<Watcher> fWatcher;  // null when there is nothing to watch
   FaultRules fFaultRules;
   Binder fBinder{fFaultRules};
   Reports fReports;
@@ -47,6 +55,7 @@ class HostState {
 
  private:
   const std::function<void(const Snapshot&)> fOnLeak;
+  const std::string fLeaks;
   const Snapshot fBefore;
 };
 

@@ -5,6 +5,7 @@
 #include "accounting/Accounting.h"
 #include "base/RefCount.h"
 #include "binder/Registration.h"
+#include "checks/Quarantine.h"
 #include "faults/Gate.h"
 #include "kap/KAPSharedBuffInterface.h"
 
@@ -40,15 +41,34 @@ KAPSharedBuffer* NewBuffer(std::size_t size, void* data, KAPDeleteProc deletePro
 }
 
 void AddRef(KAPSharedBuffer* buffer) noexcept {
-  if (buffer) buffer->fCount.Add();
+  if (buffer && !buffer->fCount.Add() && buffer->fCount.IsDead()) ReportDead(buffer, "AddRef");
+}
+
+void Destroy(KAPSharedBuffer* buffer) noexcept {
+  if (buffer->fDelete) buffer->fDelete(buffer->fData);
+  Count(KAPResource::kBuffer, -1, static_cast<long>(0 - buffer->fSize));
+  // First kept, then marked: a release that sees the mark finds the record.
+  if (KeepDead(buffer, &std::free, "buffer", nullptr)) {
+    buffer->fCount.Bury();
+  } else {
+    std::free(buffer);
+  }
 }
 
 // Without a host, the component whose procedure deletes the data may be unloaded as well.
 void Release(KAPSharedBuffer* buffer) noexcept {
-  if (!buffer || IsClosed() || buffer->fCount.Drop() != RefCount::Release::kLast) return;
-  if (buffer->fDelete) buffer->fDelete(buffer->fData);
-  Count(KAPResource::kBuffer, -1, static_cast<long>(0 - buffer->fSize));
-  std::free(buffer);
+  if (!buffer) return;
+  RefCount::Release found{};
+  if (!HasGateBits(kGateClosed | kGateChecking)) {
+    found = buffer->fCount.Drop();
+  } else {
+    if (IsClosed()) return;
+    found = buffer->fCount.DropExactly();
+  }
+  if (found == RefCount::Release::kLast) Destroy(buffer);
+  if (found == RefCount::Release::kDestroyed && buffer->fCount.IsDead()) {
+    ReportDead(buffer, "release");
+  }
 }
 
 // A buffer without references is already destroyed.

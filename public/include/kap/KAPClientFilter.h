@@ -23,9 +23,9 @@ class KAPClientDataSink : public CKAPVirtualClientBase {
   virtual void Write(const unsigned char* data, std::size_t size) = 0;
 };
 
-// Receives bytes, transforms them and writes the result to a target. Deliberate: the host never tells
-// the object its target. Give it one when it is made, and let it keep a reference; a target that is
-// set later with CKAPFilter::SetDataSink does not reach it.
+// Receives bytes, transforms them and writes the result to a target. Deliberate: the host never
+// tells the object its target. Give it one when it is made, and let it keep a reference; a target
+// that is set later with CKAPFilter::SetDataSink does not reach it.
 //
 //   struct Upper : KAPClientFilter {
 //     explicit Upper(CKAPDataSink target) : fTarget(std::move(target)) {}

@@ -21,8 +21,8 @@ class TKAPReference {
  public:
   // An empty reference.
   TKAPReference() noexcept = default;
-  // Adds a reference; adopts the caller's; adopts the one that comes with a new handle. Null makes an
-  // empty reference.
+  // Adds a reference; adopts the caller's; adopts the one that comes with a new handle. Null makes
+  // an empty reference.
   explicit TKAPReference(Object* handle) : fHandle(AddRef(handle)) {}
   TKAPReference(Object* handle, KAPAdopt) noexcept : fHandle(handle) {}
   explicit TKAPReference(TKAPNewHandle<Object> made) noexcept : fHandle(std::move(made)) {}

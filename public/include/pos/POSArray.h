@@ -14,8 +14,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //   CPOSObject none = tags.GetAt(1, true);             // an empty object
 //
 // See CPOSObject for ownership, errors and threads. A change that fails is reported to the binder
-// and leaves the array as it was. That is all that SetAt and Append do about a failure; SetAtOrThrow
-// and AppendOrThrow also look whether the change happened, and throw if not.
+// and leaves the array as it was. That is all that SetAt and Append do about a failure;
+// SetAtOrThrow and AppendOrThrow also look whether the change happened, and throw if not.
 class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
                                   "downcast from CPOSObject to CPOSArray failed"> {
  public:
@@ -32,8 +32,8 @@ class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
   unsigned int Count() const { return Call<"Count">(Handle()); }
 
   // As SetAt and Append. POSException "CPOSArray::SetAt failed" when the slot does not hold the
-  // object afterwards or cannot be read, and "CPOSArray::Append failed" when the array has not grown
-  // by one. They cost a call of "GetAt", or two of "Count".
+  // object afterwards or cannot be read, and "CPOSArray::Append failed" when the array has not
+  // grown by one. They cost a call of "GetAt", or two of "Count".
   void SetAtOrThrow(unsigned long index, const CPOSObject& object);
   void AppendOrThrow(const CPOSObject& object);
 

@@ -11,7 +11,7 @@
 
 #include "caller.h"
 
-// ---- The records behind the handles ----
+// ---- What the handles point to ----
 
 struct KAPStringAtom {
   KAPStringAtom* next;

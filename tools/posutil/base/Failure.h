@@ -32,7 +32,8 @@ class PlacedFailure : public Failure {
 };
 
 // The reader of the output has left: the program ends as if the signal of a closed pipe had killed
-// it. Not a Failure, deliberately: a command that goes on after a failure must not go on after this.
+// it. Not a Failure, deliberately: a command that goes on after a failure must not go on after
+// this.
 class ClosedPipe : public std::exception {
  public:
   const char* what() const noexcept override { return "closed pipe"; }

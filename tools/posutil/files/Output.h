@@ -10,7 +10,8 @@
 namespace PosUtil {
 
 // A buffered writer to a file descriptor.
-// Errors: Failure when a write fails, ClosedPipe for a closed pipe. The destructor does not flush, deliberately: the output of a failed command
+// Errors: Failure when a write fails, ClosedPipe for a closed pipe. The destructor does not flush,
+// deliberately: the output of a failed command
 //   must not look complete.
 class Output {
  public:

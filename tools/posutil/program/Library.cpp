@@ -4,17 +4,25 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <string_view>
 
 #include "base/Failure.h"
 #include "base/Printable.h"
+#include "dir/KAPUtilsDirInterfaces.h"
+#include "pos/POSInterfaceSets.h"
+#include "pos/POSKinds.h"
 
 namespace PosUtil {
 
 namespace {
 
+using DirInterfaceSet = KAP_T_MT::TKAPInterfaceSet<KAP_T_MT::KAPUtilsDirInterface,
+                                                   KAP_T_MT::KAPUtilsTempFileStreamFactory>;
+
 constexpr char kLibraryName[] = "libKAPUtils.so";
 
-// Where the library is, relative to this program: the installed plug-in, then the places of a build.
+// Where the library is, relative to this program: the installed plug-in, then the places of a
+// build.
 constexpr const char* kLibraryFolders[] = {KAP_PLUGIN_FOLDER, "../lib", "."};
 
 std::string Locate() {
@@ -38,6 +46,15 @@ KAPHost::Component Load(KAPHost::Host& host, const std::string& path) {
   }
 }
 
+// The kind of a property object, for the trace. A procedure is asked and not a wrapper: the
+// wrappers may be in the middle of what is traced.
+std::string KindOf(const KAPHost::Host& host, const char* signature, KAPContainer* object) {
+  if (!signature || std::string_view(signature) != "POSObjectImpl") return "";
+  const auto getType = host.Proc<KAP_T_MT::POSObjectInterface, "GetType">();
+  const char* const kind = getType ? KAP_T_MT::POSTypeName(getType(object)) : nullptr;
+  return kind ? kind : "";
+}
+
 }  // namespace
 
 std::string ReportText(const std::string& about, const std::string& report) {
@@ -45,8 +62,20 @@ std::string ReportText(const std::string& about, const std::string& report) {
          "the library reports: " + Printable(report);
 }
 
-Library::Library(const std::string& path)
-    : fComponent(Load(fHost, path)), fClient(fHost.GetProcAddress()) {}
+KAPHost::HostOptions Library::Options(const std::string& trace) {
+  KAPHost::HostOptions options;
+  options.fDebug.fTrace = trace;
+  options.fDebug.fDeclared =
+      KAPHost::Declare<KAP_T_MT::POSInterfaceSet, KAP_T_MT::POSStreamerInterfaceSet,
+                       KAP_T_MT::POSValidatorInterfaceSet, DirInterfaceSet>();
+  options.fDebug.fKindOf = [this](const char* signature, KAPContainer* object) {
+    return KindOf(fHost, signature, object);
+  };
+  return options;
+}
+
+Library::Library(const std::string& path, const std::string& trace)
+    : fHost(Options(trace)), fComponent(Load(fHost, path)), fClient(fHost.GetProcAddress()) {}
 
 void Library::CheckReports(const std::string& about) {
   std::string text;

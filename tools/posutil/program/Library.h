@@ -17,9 +17,9 @@ std::string ReportText(const std::string& about, const std::string& report);
 // Lifetime: destroy every property object first.
 class Library {
  public:
-  // An empty path means the installed plug-in or, in a build, the one beside the program. Throws
-  // Failure.
-  explicit Library(const std::string& path);
+  // An empty path means the installed plug-in or, in a build, the one beside the program. Calls are
+  // traced to the file `trace` unless it is empty. Throws Failure.
+  Library(const std::string& path, const std::string& trace);
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
 
@@ -36,6 +36,8 @@ class Library {
   void CheckReports(const std::string& about);
 
  private:
+  KAPHost::HostOptions Options(const std::string& trace);
+
   KAPHost::Host fHost;
   KAPHost::Component fComponent;
   KAP_T_MT::KAPClient fClient;

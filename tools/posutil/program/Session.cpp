@@ -15,7 +15,7 @@ void Session::SetColours(ColourMode mode) {
 }
 
 Library& Session::TheLibrary() {
-  if (!fLibrary) fLibrary.emplace(fLibraryPath);
+  if (!fLibrary) fLibrary.emplace(fLibraryPath, fTracePath);
   return *fLibrary;
 }
 

@@ -22,6 +22,8 @@ class Session {
 
   // The path of the library; empty means its usual places. Set it before the first TheLibrary.
   std::string& LibraryPath() { return fLibraryPath; }
+  // The file to trace calls to; empty means none. Set it before the first TheLibrary.
+  std::string& TracePath() { return fTracePath; }
   Library& TheLibrary();
 
   Output& Out() { return fOut; }
@@ -55,6 +57,7 @@ class Session {
   friend class MessageRedirection;
 
   std::string fLibraryPath;
+  std::string fTracePath;
   std::optional<Library> fLibrary;
   LossMode fLoss = LossMode::kWarn;
   std::function<void()> fIdle;

@@ -34,8 +34,8 @@ class FilesArgument {
   };
   // The files and, in place of each folder, the files below it: sorted, without hidden ones, and
   // only those whose ending stands for a format. A folder without any is a problem. `excluded` is a
-  // file that only counts if it is named itself. Throws Failure with kExitUsage for a folder without
-  // --recursive and for a file whose format is unknown.
+  // file that only counts if it is named itself. Throws Failure with kExitUsage for a folder
+  // without --recursive and for a file whose format is unknown.
   std::vector<Found> Expand(const std::string& excluded) const;
   const std::vector<std::string>& Files() const { return fFiles; }
   const Reader& FormatOf(const std::string& file) const;

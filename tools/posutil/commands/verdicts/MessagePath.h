@@ -10,7 +10,8 @@
 
 namespace PosUtil {
 
-// One context at the start of a message of the library, such as "[2]:" or "a (required, type != T):".
+// One context at the start of a message of the library, such as "[2]:" or "a (required, type !=
+// T):".
 struct MessageStep {
   enum Kind { kIndex, kKey, kValue, kRequired, kOptional, kUnion, kAlternative, kIntersection };
 

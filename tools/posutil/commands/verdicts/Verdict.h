@@ -30,7 +30,8 @@ struct Verdict {
   std::size_t fUnshown = 0;  // messages beyond the limit, not in the list
 };
 
-// The lines about a message, without the last line end. `name` is the name of the file, `ruleName` that of the schema.
+// The lines about a message, without the last line end. `name` is the name of the file, `ruleName`
+// that of the schema.
 std::string MessageLines(const std::string& name, const std::string& ruleName,
                          const VerdictMessage& message);
 

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+
+// A component, "Labels", with a bug in each procedure. docs/debugging.md shows how each one is
+// found.
+
+#include <cstring>
+
+#include "KAP.h"
+#include "LabelsInterface.h"
+#include "POSDict.h"
+
+using namespace KAP_T_MT;
+
+namespace {
+
+using Arrays = TKAPInterfaceClient<POSArrayInterface>;
+using Containers = TKAPInterfaceClient<KAPContainerInterface>;
+using Dicts = TKAPInterfaceClient<POSDictInterface>;
+using Memory = TKAPInterfaceClient<KAPMemoryInterface>;
+using Numbers = TKAPInterfaceClient<POSNumberInterface>;
+using Strings = TKAPInterfaceClient<KAPStringInterface>;
+
+// Bug: nobody releases the atom.
+POSObject* Find(POSDict* dict) noexcept {
+  KAPStringAtom* const key = Strings::Call<"NewStringAtom">("label");
+  return Dicts::Call<"Get">(dict, key);
+}
+
+// Bug: the element is released twice. "GetAt" returns one reference.
+bool StartsWithNumber(POSArray* array) noexcept {
+  POSObject* const first = Arrays::Call<"GetAt">(array, 0u);
+  Containers::Call<"Release">(first);
+  const bool isNumber = Numbers::Call<"IsPOSNumber">(first);
+  Containers::Call<"Release">(first);
+  return isNumber;
+}
+
+// Bug: there is no room for the zero at the end.
+unsigned long Length(const char* text) noexcept {
+  const std::size_t length = std::strlen(text);
+  char* const copy = static_cast<char*>(Memory::Call<"Alloc">(length));
+  std::strcpy(copy, text);
+  Memory::Call<"Free">(copy);
+  return length;
+}
+
+// Bug: an empty array leaves the result as it was.
+KAPError* Count(unsigned long* out, POSArray* array) noexcept {
+  const unsigned count = Arrays::Call<"Count">(array);
+  if (count != 0) *out = count;
+  return nullptr;
+}
+
+}  // namespace
+
+extern "C" [[gnu::visibility("default")]] int LabelsInitialize(KAPGetProcAddressProc getProc) {
+  return KAPReportingError([=] {
+    return KAPClientInit(getProc) &&
+           KAPRegisterInterface<LabelsInterface>(&Find, &StartsWithNumber, &Length, &Count);
+  });
+}
+
+extern "C" [[gnu::visibility("default")]] void LabelsTerminate() {
+  KAPUnregisterInterface(LabelsInterface::kName);
+  KAPClientTerminate();
+}
+
+extern "C" [[gnu::visibility("default")]] int LabelsGetVersion() { return 1; }

@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <chrono>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "kap/KAPInterface.h"
+
+// Procedures that observe calls, made from the declarations of interfaces. A program tells its host
+// which interfaces it knows besides the host's own:
+//
+//   KAPHost::HostOptions options;
+//   options.fDebug.fTrace = "calls.txt";
+//   options.fDebug.fDeclared = KAPHost::Declare<KAP_T_MT::POSInterfaceSet>();
+//
+// The rest of this header is the machinery behind Declare.
+
+namespace KAPHost {
+
+enum class ValueKind : unsigned char {
+  kNothing,
+  kBool,
+  kSigned,
+  kUnsigned,
+  kReal,
+  kText,  // zero-terminated
+  kAtom,
+  kError,
+  kContainer,
+  kBuffer,
+  kPointer,
+  kPlace,  // where the procedure writes a result
+  kOther,
+};
+
+// An argument or a result, without its type.
+struct WatchedValue {
+  ValueKind fKind = ValueKind::kNothing;
+  ValueKind fPlaced = ValueKind::kNothing;  // of a place: what it holds
+  unsigned char fSize = 0;                  // of a place: its size in bytes
+  std::uint64_t fBits = 0;
+
+  template <class Pointer = void*>
+  Pointer As() const noexcept {
+    return reinterpret_cast<Pointer>(fBits);
+  }
+};
+
+struct DeclaredMethod;
+
+// One procedure that is observed. A static object: code that kept the address of an observing
+// procedure may call it as long as the process lives.
+struct WatchedProc {
+  std::atomic<void*> fTarget = nullptr;
+  std::atomic<const char*> fInterface = nullptr;  // under which it is registered
+  std::atomic<const char*> fCallee = nullptr;     // the component that has registered it
+  std::atomic<const DeclaredMethod*> fMethod = nullptr;
+};
+
+// How many procedures of one method are observed. More than one component may implement a method,
+// such as those of streams. A procedure beyond is not observed, and the trace says so.
+inline constexpr unsigned kWatchedVariants = 8;
+
+// A static object for each method.
+struct DeclaredMethod {
+  const char* fInterface;
+  const char* fMethod;
+  const char* fProc;
+  KAP_T_MT::KAPTraits fTraits;
+  std::array<void*, kWatchedVariants> fEntries;  // the observing procedures
+  WatchedProc* fProcs;                           // what each of them observes
+};
+
+// One call that is observed, on the stack of its thread.
+class WatchedCall {
+ public:
+  // `watchCall` is the address of the function that makes the call.
+  WatchedCall(const WatchedProc& proc, const void* returnAddress, const void* watchCall,
+              std::span<const WatchedValue> arguments) noexcept;
+  WatchedCall(const WatchedCall&) = delete;
+  WatchedCall& operator=(const WatchedCall&) = delete;
+  ~WatchedCall();
+
+  // Whether the procedure must not be called, because an argument is not a handle.
+  bool IsRefused() const noexcept { return fIsRefused; }
+  // What a refused procedure returns for an error: a new reference.
+  KAPError* Refusal() const noexcept;
+
+  // How the call ends. One of them is called once.
+  void Return(const WatchedValue& result) noexcept;
+  void Throw() noexcept;
+
+ private:
+  friend class Watcher;
+
+  void End(const WatchedValue* result) noexcept;
+
+  class Watcher* fWatcher;  // null: the call is not observed
+  const WatchedProc& fProc;
+  const void* fReturnAddress;
+  const void* fWatchCall;
+  std::span<const WatchedValue> fArguments;
+  const char* fInterface = "";
+  const char* fCaller = "";
+  const char* fCallee = "";
+  WatchedCall* fOuter = nullptr;
+  unsigned fDepth = 0;  // of the traced calls around it
+  bool fIsTraced = false;
+  bool fIsRefused = false;
+  const void* fObject = nullptr;  // whose use is counted until the end
+  std::string fText;              // the arguments
+  std::chrono::steady_clock::time_point fStart;
+};
+
+template <class Type>
+constexpr ValueKind KindOf() noexcept {
+  using Pointee = std::remove_pointer_t<Type>;
+  if (std::is_void_v<Type>) return ValueKind::kNothing;
+  if (std::is_same_v<Type, bool>) return ValueKind::kBool;
+  if (std::is_floating_point_v<Type>) return ValueKind::kReal;
+  if (std::is_enum_v<Type> || std::is_signed_v<Type>) return ValueKind::kSigned;
+  if (std::is_integral_v<Type>) return ValueKind::kUnsigned;
+  if (!std::is_pointer_v<Type>) return ValueKind::kOther;
+  if (std::is_same_v<Pointee, const char>) return ValueKind::kText;
+  if (std::is_same_v<Pointee, KAPStringAtom>) return ValueKind::kAtom;
+  if (std::is_same_v<Pointee, KAPError>) return ValueKind::kError;
+  if (std::is_same_v<Pointee, KAPContainer>) return ValueKind::kContainer;
+  if (std::is_same_v<Pointee, KAPSharedBuffer>) return ValueKind::kBuffer;
+  return ValueKind::kPointer;
+}
+
+template <class Type>
+WatchedValue ValueOf(Type value) noexcept {
+  WatchedValue watched{.fKind = KindOf<Type>()};
+  if constexpr (std::is_floating_point_v<Type>) {
+    watched.fBits = std::bit_cast<std::uint64_t>(static_cast<double>(value));
+  } else if constexpr (std::is_pointer_v<Type>) {
+    watched.fBits = reinterpret_cast<std::uint64_t>(value);
+  } else if constexpr (std::is_integral_v<Type> || std::is_enum_v<Type>) {
+    watched.fBits = static_cast<std::uint64_t>(value);
+  }
+  return watched;
+}
+
+// The first argument of a procedure that returns an error is where it writes its result, if it
+// points to something that a procedure can write.
+template <class Result, class First, class... Others>
+void MarkPlace(WatchedValue& first) noexcept {
+  using Placed = std::remove_pointer_t<First>;
+  if constexpr (std::is_same_v<Result, KAPError*> && std::is_pointer_v<First> &&
+                std::is_scalar_v<Placed> && !std::is_const_v<Placed>) {
+    first = {ValueKind::kPlace, KindOf<Placed>(), sizeof(Placed), first.fBits};
+  }
+}
+
+// One function for each type of procedures. The observing procedures, one for each method and
+// variant, only call it.
+template <class Result, class... Args>
+[[gnu::noinline]] Result WatchCall(const WatchedProc& proc, const void* returnAddress,
+                                   Args... args) {
+  const auto target =
+      reinterpret_cast<Result (*)(Args...)>(proc.fTarget.load(std::memory_order_acquire));
+  WatchedValue values[sizeof...(Args) + 1] = {ValueOf(args)...};
+  if constexpr (sizeof...(Args) != 0) MarkPlace<Result, Args...>(values[0]);
+  WatchedCall call(proc, returnAddress, reinterpret_cast<const void*>(&WatchCall<Result, Args...>),
+                   {values, sizeof...(Args)});
+  try {
+    if (call.IsRefused()) {
+      if constexpr (std::is_void_v<Result>) {
+        return call.Return({});
+      } else if constexpr (std::is_same_v<Result, KAPError*>) {
+        Result refusal = call.Refusal();
+        call.Return(ValueOf(refusal));
+        return refusal;
+      } else {
+        call.Return(ValueOf(Result()));
+        return Result();
+      }
+    }
+    if constexpr (std::is_void_v<Result>) {
+      target(args...);
+      call.Return({});
+    } else {
+      const Result result = target(args...);
+      call.Return(ValueOf(result));
+      return result;
+    }
+  } catch (...) {
+    call.Throw();
+    throw;
+  }
+}
+
+template <class Interface, std::size_t kSlot, class Proc>
+struct WatchedMethod;
+
+template <class Interface, std::size_t kSlot, class Result, class... Args>
+struct WatchedMethod<Interface, kSlot, Result (*)(Args...)> {
+  template <unsigned kVariant>
+  static Result Call(Args... args) {
+    return WatchCall<Result, Args...>(fProcs[kVariant], __builtin_return_address(0), args...);
+  }
+
+  static const DeclaredMethod& Declared() {
+    constexpr auto entry = Interface::kEntries[kSlot];
+    static const DeclaredMethod declared{
+        Interface::kName,
+        entry.fMethodName,
+        entry.fProcName,
+        Interface::kTraits[kSlot],
+        Entries(std::make_integer_sequence<unsigned, kWatchedVariants>()),
+        fProcs};
+    return declared;
+  }
+
+ private:
+  template <unsigned... kVariants>
+  static std::array<void*, kWatchedVariants> Entries(
+      std::integer_sequence<unsigned, kVariants...>) {
+    return {reinterpret_cast<void*>(&Call<kVariants>)...};
+  }
+
+  inline static constinit WatchedProc fProcs[kWatchedVariants];
+};
+
+template <class Interface, std::size_t... kSlots>
+void DeclareSlots(std::vector<const DeclaredMethod*>& methods, std::index_sequence<kSlots...>) {
+  (methods.push_back(
+       &WatchedMethod<Interface, kSlots, typename Interface::template ProcAt<kSlots>>::Declared()),
+   ...);
+}
+
+// The methods of all interfaces of some sets (TKAPInterfaceSet).
+template <class... Sets>
+std::vector<const DeclaredMethod*> Declare() {
+  std::vector<const DeclaredMethod*> methods;
+  const auto add = [&]<class Interface>() {
+    DeclareSlots<Interface>(methods, std::make_index_sequence<Interface::kCount>());
+  };
+  (Sets::ForEach(add), ...);
+  return methods;
+}
+
+}  // namespace KAPHost

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "kap/KAPInterface.h"
+
+namespace KAPHost {
+
+// A thing that components hold, and where it comes from; see Host::LiveThings. A plain value.
+struct LiveThing {
+  unsigned long fNumber = 0;  // grows with each thing made
+  KAP_T_MT::KAPResource fResource = KAP_T_MT::KAPResource::kNothing;
+  std::string fName;     // `container "POSObjectImpl"`, `atom "key"`, `block of 16 bytes`
+  long fReferences = 0;  // of all components; 1 for a block
+  std::string fMaker;    // the component that made it
+  std::string fHolders;  // the components that have references, separated by ", "
+  std::string fHistory;  // lines, each indented by two spaces or more: where it was made and taken
+};
+
+// Writes `container "POSObjectImpl": 1 reference of Totals` and the history.
+std::ostream& operator<<(std::ostream& out, const LiveThing& thing);
+
+}  // namespace KAPHost

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "kap/KAPInterface.h"
+#include "kaphost/Live.h"
+#include "trace/Site.h"
+
+namespace KAPHost {
+
+using KAP_T_MT::KAPResource;
+
+// What components hold: each atom, error, container, buffer and block by its address, who made it
+// and who took references to it. Built from the calls that the host observes, so that handles need
+// no room of their own for it.
+//
+// References move: a component that returns a handle gives a reference to its caller. So the
+// references of a component are those that it took and was given, less those that it released and
+// gave away. The sum over all components is exact. Whose the last reference is may be wrong where a
+// procedure returns a handle without a reference, as its contract may say.
+//
+// Thread-safe.
+class Ledger {
+ public:
+  struct Options {
+    bool fStacks;
+    bool fKeepsDead;  // records of dead things stay, as the quarantine keeps the things themselves
+  };
+  explicit Ledger(Options options) : fOptions(options) {}
+  Ledger(const Ledger&) = delete;
+  Ledger& operator=(const Ledger&) = delete;
+
+  // `component` has one reference more to a thing, which is new if the ledger does not know it.
+  void Take(KAPResource resource, const void* thing, const char* component);
+  // A component has one reference less.
+  void Release(const void* thing, const char* component);
+  // The thing ends now. `what` describes it in reports: `container "Name"`.
+  void End(const void* thing, const std::string& what);
+
+  // The address means nothing from now on.
+  void Forget(const void* thing);
+
+  enum class State { kUnknown, kAlive, kDead };
+  struct Found {
+    State fState = State::kUnknown;
+    KAPResource fResource = KAPResource::kNothing;
+  };
+  Found Find(const void* thing) const;
+
+  // `container "Name"`.
+  std::string NameOf(const void* thing) const;
+  // Where it was made and, if it is dead, where it ended, as lines of a report; "" if unknown.
+  std::string History(const void* thing) const;
+
+  // What is held and was made after the thing of that number, in the order of making.
+  std::vector<LiveThing> Live(unsigned long since) const;
+  // The number of the thing made last.
+  unsigned long Last() const;
+
+  Site Here() const noexcept { return CurrentSite(fOptions.fStacks); }
+
+ private:
+  struct Holder {
+    const char* fComponent;
+    long fReferences = 0;
+    Site fTaken = {};  // the last time
+  };
+  struct Thing {
+    KAPResource fResource = KAPResource::kNothing;
+    unsigned long fNumber = 0;
+    bool fIsDead = false;
+    std::string fWhat = {};  // once dead
+    Site fMade = {};
+    Site fEnded = {};
+    std::vector<Holder> fHolders = {};
+  };
+
+  static Holder& HolderOf(Thing& thing, const char* component);
+  static long References(const Thing& thing);
+  static std::string Name(const Thing& thing, const void* address);
+
+  const Options fOptions;
+  mutable std::mutex fMutex;
+  std::unordered_map<const void*, Thing> fThings;
+  unsigned long fLast = 0;
+};
+
+}  // namespace KAPHost

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "trace/Stack.h"
+
+namespace KAPHost {
+
+// Where something happened: in which call, by whom, and what led to it.
+struct Site {
+  const char* fCaller = nullptr;  // null: outside of every observed call
+  const char* fInterface = "";
+  const char* fMethod = "";
+  const char* fCallee = nullptr;  // null for the host
+  unsigned fThread = 0;
+  std::shared_ptr<const Stack> fStack;  // null unless stacks are on
+};
+
+// Lines such as
+//
+//   made by Totals in POSNumberInterface.NewPOSNumber of KAPUtils
+//     Totals::Sum (totals.cpp:41)
+std::string DescribeSite(const char* what, const Site& site);
+
+// Of the innermost observed call of the thread.
+Site CurrentSite(bool withStack) noexcept;
+
+}  // namespace KAPHost

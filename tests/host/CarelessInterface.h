@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "kap/KAPInterface.h"
+
+// What careless_component registers.
+struct CarelessInterface
+    : KAP_T_MT::TKAPInterface<
+          "CarelessInterface",
+          // Misuses the host in the way that is named.
+          KAP_T_MT::TKAPMethod<"Misuse", "CarelessMisuseProc", void(const char* how)>,
+          KAP_T_MT::TKAPMethod<"LeaveUnset", "CarelessLeaveUnsetProc", KAPError*(double* out)>,
+          KAP_T_MT::TKAPMethod<"ReturnBoth", "CarelessReturnBothProc", KAPError*(double* out)>,
+          KAP_T_MT::TKAPMethod<"ReturnErrorOnly", "CarelessReturnErrorOnlyProc",
+                               KAPError*(double* out)>,
+          KAP_T_MT::TKAPMethod<"Throw", "CarelessThrowProc", void()>,
+          KAP_T_MT::TKAPMethod<"ReturnDead", "CarelessReturnDeadProc", KAPStringAtom*()>> {};

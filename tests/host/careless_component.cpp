@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: MIT
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+
+#include "CarelessInterface.h"
+#include "kap/KAPHostInterfaces.h"
+
+// A component that misuses its host on request, each time in one way.
+
+namespace {
+
+using namespace KAP_T_MT;
+
+KAPGetProcAddressProc gGetProc = nullptr;
+
+template <class Interface, TKAPName Method, class... Args>
+auto Call(Args... args) {
+  constexpr auto entry = Interface::kEntries[Interface::template kSlot<Method>];
+  return reinterpret_cast<typename Interface::template Proc<Method>>(
+      gGetProc(Interface::kName, entry.fMethodName, entry.fProcName))(args...);
+}
+
+KAPStringAtom* NewAtom(const char* text) { return Call<KAPStringInterface, "NewStringAtom">(text); }
+void DeleteAtom(KAPStringAtom* atom) { Call<KAPStringInterface, "DeleteStringAtom">(atom); }
+
+KAPContainer* NewContainer() {
+  KAPContainer* container = nullptr;
+  KAPStringAtom* const name = NewAtom("Thing");
+  Call<KAPContainerInterface, "NewFullContainer">(&container, nullptr, name, name, nullptr);
+  DeleteAtom(name);
+  return container;
+}
+void Release(KAPContainer* container) { Call<KAPContainerInterface, "Release">(container); }
+
+KAPError* NewError() {
+  return Call<KAPErrorInterface, "NewError">("careless", "Careless", 1L, nullptr, nullptr);
+}
+
+KAPSharedBuffer* NewBuffer() {
+  return Call<KAPSharedBuffInterface, "NewBuffer">(8ul, nullptr, nullptr, nullptr, nullptr);
+}
+
+char* Alloc(std::size_t size) {
+  return static_cast<char*>(Call<KAPMemoryInterface, "Alloc">(size));
+}
+void Free(void* block) { Call<KAPMemoryInterface, "Free">(block); }
+
+// What is leaked, for leak detectors: only the host has to complain.
+void* gLeaked[32];
+std::size_t gLeakedCount = 0;
+
+void Leak(void* thing) { gLeaked[gLeakedCount++ % std::size(gLeaked)] = thing; }
+
+// Volatile: the compiler knows what is wrong otherwise.
+void WriteAt(char* block, std::size_t index) { static_cast<volatile char*>(block)[index] = 'x'; }
+
+void Misuse(const char* how) noexcept {
+  const struct {
+    const char* how;
+    void (*act)();
+  } kWays[] = {
+      {"release a dead container",
+       [] {
+         KAPContainer* const container = NewContainer();
+         Release(container);
+         Release(container);
+       }},
+      {"refer to a dead container",
+       [] {
+         KAPContainer* const container = NewContainer();
+         Release(container);
+         Call<KAPContainerInterface, "AddRef">(container);
+       }},
+      {"release a dead error",
+       [] {
+         KAPError* const error = NewError();
+         Call<KAPErrorInterface, "Release">(error);
+         Call<KAPErrorInterface, "Release">(error);
+       }},
+      {"use a dead atom",
+       [] {
+         KAPStringAtom* const atom = NewAtom("gone");
+         DeleteAtom(atom);
+         Call<KAPStringInterface, "GetCString">(atom);
+       }},
+      {"release a dead buffer",
+       [] {
+         KAPSharedBuffer* const buffer = NewBuffer();
+         Call<KAPSharedBuffInterface, "Release">(buffer);
+         Call<KAPSharedBuffInterface, "Release">(buffer);
+       }},
+      {"pass an error as a container",
+       [] {
+         KAPError* const error = NewError();
+         Release(reinterpret_cast<KAPContainer*>(error));
+         Call<KAPErrorInterface, "Release">(error);
+       }},
+      {"pass no handle",
+       [] {
+         long words[8] = {};
+         Release(reinterpret_cast<KAPContainer*>(words));
+       }},
+      {"write past a block",
+       [] {
+         char* const block = Alloc(10);
+         WriteAt(block, 10);
+         Free(block);
+       }},
+      {"free a block twice",
+       [] {
+         char* const block = Alloc(10);
+         Free(block);
+         Free(block);
+       }},
+      {"free memory of malloc",
+       [] {
+         void* const block = std::malloc(10);
+         Free(block);
+         std::free(block);
+       }},
+      {"leak an atom", [] { Leak(NewAtom("leaked")); }},
+      {"leak a container", [] { Leak(NewContainer()); }},
+      {"leak an error", [] { Leak(NewError()); }},
+      {"leak a buffer", [] { Leak(NewBuffer()); }},
+      {"leak a block", [] { Leak(Alloc(24)); }},
+      {"leak a stream",
+       [] {
+         KAPContainer* stream = nullptr;
+         Call<KAPStreamFactoryInterface, "NewPositionableMemoryStream">(&stream);
+         Leak(stream);
+       }},
+      {"write to a freed block",
+       [] {
+         char* const block = Alloc(10);
+         Free(block);
+         WriteAt(block, 3);
+       }},
+  };
+  for (const auto& way : kWays) {
+    if (std::strcmp(way.how, how) == 0) return way.act();
+  }
+  Call<KAPBinderInterface, "KAPReportError">("no such misuse");
+}
+
+KAPError* LeaveUnset(double*) noexcept { return nullptr; }
+KAPError* ReturnBoth(double* out) noexcept {
+  *out = 1;
+  return NewError();
+}
+KAPError* ReturnErrorOnly(double*) noexcept { return NewError(); }
+void Throw() { throw 5; }
+KAPStringAtom* ReturnDead() noexcept {
+  KAPStringAtom* const atom = NewAtom("returned");
+  DeleteAtom(atom);
+  return atom;
+}
+
+}  // namespace
+
+extern "C" {
+
+__attribute__((visibility("default"))) int CarelessInitialize(KAPGetProcAddressProc getProc) {
+  gGetProc = getProc;
+  for (const auto& entry : CarelessInterface::Registration(&Misuse, &LeaveUnset, &ReturnBoth,
+                                                           &ReturnErrorOnly, &Throw, &ReturnDead)) {
+    Call<KAPBinderInterface, "KAPRegisterProcAddress">(CarelessInterface::kName, entry.fMethodName,
+                                                       entry.fProcName, entry.fProc);
+  }
+  return 1;
+}
+
+__attribute__((visibility("default"))) void CarelessTerminate() {
+  Call<KAPBinderInterface, "KAPUnregisterInterface">(CarelessInterface::kName);
+}
+
+__attribute__((visibility("default"))) int CarelessGetVersion() { return 1; }
+
+}  // extern "C"

@@ -1,0 +1,315 @@
+// SPDX-License-Identifier: MIT
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <fstream>
+#include <latch>
+#include <sstream>
+#include <thread>
+
+#include "CarelessInterface.h"
+#include "TestHost.h"
+
+// What a host that checks says about a component that misuses it, and about what a component leaks.
+
+namespace {
+
+using namespace KAP_T_MT;
+using KAPHost::Host;
+using KAPHost::HostOptions;
+
+HostOptions Checking(bool stacks = false) {
+  HostOptions options{.fOnReport = {}, .fOnLeak = [](const auto&) {}, .fChecks = true};
+  options.fDebug.fStacks = stacks;
+  options.fDebug.fDeclared = KAPHost::Declare<TKAPInterfaceSet<CarelessInterface>>();
+  return options;
+}
+
+// A host that checks, with the careless component loaded.
+class MisuseTest : public ::testing::Test {
+ protected:
+  // The reports of one misuse.
+  std::vector<std::string> Reports(const char* how) {
+    fHost.Proc<CarelessInterface, "Misuse">()(how);
+    return fHost.TakeReports();
+  }
+
+  Host fHost{Checking()};
+  KAPHost::Component fCareless = fHost.Load(CARELESS_COMPONENT, "Careless");
+};
+
+TEST_F(MisuseTest, Reports) {
+  const std::string made = "\n  made by Careless in ";
+  const std::string container = "KAPContainerInterface.NewFullContainer";
+  const std::string block = made + "KAPMemoryInterface.Alloc";
+  const struct {
+    const char* how;
+    std::string report;  // after "KAP host: "
+  } rows[] = {
+      {"release a dead container",
+       "release of a dead container \"Thing\""
+       "\n  used by Careless in KAPContainerInterface.Release" +
+           made + container + "\n  ended by Careless in KAPContainerInterface.Release"},
+      {"refer to a dead container",
+       "AddRef of a dead container \"Thing\""
+       "\n  used by Careless in KAPContainerInterface.AddRef" +
+           made + container + "\n  ended by Careless in KAPContainerInterface.Release"},
+      {"release a dead error",
+       "release of a dead error \"careless\""
+       "\n  used by Careless in KAPErrorInterface.Release" +
+           made + "KAPErrorInterface.NewError\n  ended by Careless in KAPErrorInterface.Release"},
+      {"use a dead atom",
+       "use of a dead atom \"gone\""
+       "\n  used by Careless in KAPStringInterface.GetCString" +
+           made +
+           "KAPStringInterface.NewStringAtom"
+           "\n  ended by Careless in KAPStringInterface.DeleteStringAtom"},
+      {"release a dead buffer",
+       "release of a dead buffer"
+       "\n  used by Careless in KAPSharedBuffInterface.Release" +
+           made +
+           "KAPSharedBuffInterface.NewBuffer"
+           "\n  ended by Careless in KAPSharedBuffInterface.Release"},
+      {"pass an error as a container",
+       "an error \"careless\" was passed as a container"
+       "\n  used by Careless in KAPContainerInterface.Release" +
+           made + "KAPErrorInterface.NewError"},
+      {"pass no handle",
+       "what was passed as a container is not one"
+       "\n  used by Careless in KAPContainerInterface.Release"},
+      {"write past a block",
+       "a block of 10 bytes was written past its end"
+       "\n  used by Careless in KAPMemoryInterface.Free" +
+           block},
+      {"free a block twice",
+       "Free of a block that is already freed"
+       "\n  used by Careless in KAPMemoryInterface.Free" +
+           block + "\n  ended by Careless in KAPMemoryInterface.Free"},
+      {"free memory of malloc",
+       "Free of memory that is not the host's"
+       "\n  used by Careless in KAPMemoryInterface.Free"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.how);
+    EXPECT_EQ(Reports(row.how), std::vector<std::string>{"KAP host: " + row.report});
+  }
+  EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty()) << fHost.TakeSnapshot();
+}
+
+// What a procedure of a component does wrong with its results is corrected as far as it goes.
+TEST_F(MisuseTest, Results) {
+  const struct {
+    const char* method;
+    KAPError* (*proc)(double*);
+    std::string report;
+  } rows[] = {
+      {"LeaveUnset", fHost.Proc<CarelessInterface, "LeaveUnset">(),
+       "a procedure left its result place unset"},
+      {"ReturnErrorOnly", fHost.Proc<CarelessInterface, "ReturnErrorOnly">(),
+       "a procedure returned an error and left its result place unset"},
+      {"ReturnBoth", fHost.Proc<CarelessInterface, "ReturnBoth">(),
+       "a procedure returned both a result and an error"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.method);
+    double result = 7;
+    fHost.Proc<KAPErrorInterface, "Release">()(row.proc(&result));
+    EXPECT_EQ(fHost.TakeReports(),
+              std::vector<std::string>{"KAP host: " + row.report +
+                                       "\n  used by host_test in CarelessInterface." + row.method +
+                                       " of Careless"});
+    EXPECT_EQ(result, row.method == std::string("ReturnBoth") ? 1 : 0);
+  }
+  EXPECT_THROW((fHost.Proc<CarelessInterface, "Throw">()()), int);
+  EXPECT_EQ(fHost.TakeReports(),
+            std::vector<std::string>{"KAP host: an exception left a procedure"
+                                     "\n  used by host_test in CarelessInterface.Throw"
+                                     " of Careless"});
+  EXPECT_NE((fHost.Proc<CarelessInterface, "ReturnDead">()()), nullptr);
+  const std::vector<std::string> reports = fHost.TakeReports();
+  ASSERT_EQ(reports.size(), 1u);
+  EXPECT_TRUE(reports[0].starts_with("KAP host: a procedure returned a dead atom \"returned\""));
+}
+
+// Two threads inside calls of one stream, which its thread tag forbids: one report, of the second.
+TEST(MisuseThreadsTest, ExclusiveCalls) {
+  struct Client {
+    std::latch fReading{1};
+    std::latch fDone{1};
+  } client;
+  Host host(Checking());
+  KAPContainer* stream = nullptr;
+  const auto read = [](std::size_t* out, void* own, unsigned char*, std::size_t) -> KAPError* {
+    auto* const both = static_cast<Client*>(own);
+    both->fReading.count_down();
+    both->fDone.wait();
+    *out = 0;
+    return nullptr;
+  };
+  const auto write = [](void*, const unsigned char*, std::size_t) -> KAPError* { return nullptr; };
+  const auto forget = [](void*) -> KAPError* { return nullptr; };
+  host.Proc<KAPStreamFactoryInterface, "NewClientSimpleStream">()(&stream, &client, read, write,
+                                                                  forget);
+  std::thread reader([&] {
+    std::size_t count = 0;
+    unsigned char byte = 0;
+    host.Proc<KAPSimpleStreamInterface, "Read">()(&count, stream, &byte, 1);
+  });
+  client.fReading.wait();
+  host.Proc<KAPSimpleStreamInterface, "Write">()(stream, nullptr, 0);
+  client.fDone.count_down();
+  reader.join();
+  host.Proc<KAPSimpleStreamInterface, "Write">()(stream, nullptr, 0);
+  host.Proc<KAPContainerInterface, "Release">()(stream);
+  EXPECT_EQ(host.TakeReports(),
+            std::vector<std::string>{
+                "KAP host: two threads use container \"KAPHostSimpleStream\" at the same time, "
+                "which one of the calls forbids"
+                "\n  used by host_test in KAPSimpleStreamInterface.Write"
+                "\n  also used by host_test in KAPSimpleStreamInterface.Read"
+                "\n  made by host_test in KAPStreamFactoryInterface.NewClientSimpleStream"});
+}
+
+TEST(MisuseThreadsTest, BindingThread) {
+  Host host(Checking());
+  const auto add = host.Proc<KAPCacheInterface, "AddClientPurge">();
+  const auto remove = host.Proc<KAPCacheInterface, "RemoveClientPurge">();
+  add([] {}, 1);
+  EXPECT_TRUE(host.TakeReports().empty());
+  std::thread([&] { remove([] {}, 1); }).join();
+  EXPECT_EQ(host.TakeReports(),
+            std::vector<std::string>{
+                "KAP host: a call that only the binding thread may make came from another one"
+                "\n  used by host_test in KAPCacheInterface.RemoveClientPurge"
+                "\n  bound by host_test in KAPCacheInterface.AddClientPurge"});
+}
+
+// A report with stacks names the function, also when the component is unloaded since.
+TEST(MisuseStacksTest, Report) {
+  std::vector<std::string> reports;
+  {
+    HostOptions options = Checking(true);
+    options.fOnReport = [&](const std::string& text) { reports.push_back(text); };
+    Host host(options);
+    const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
+    host.Proc<CarelessInterface, "Misuse">()("write to a freed block");
+    EXPECT_TRUE(reports.empty());
+  }
+  ASSERT_EQ(reports.size(), 1u);  // found at the end of the host
+  EXPECT_TRUE(
+      reports[0].starts_with("KAP host: a block of 10 bytes was written after it was freed"
+                             "\n  made by Careless in KAPMemoryInterface.Alloc\n    "))
+      << reports[0];
+#ifdef KAP_HOST_SYMBOLS
+  EXPECT_NE(reports[0].find("Misuse (careless_component.cpp:"), std::string::npos) << reports[0];
+#else
+  EXPECT_NE(reports[0].find("careless_component"), std::string::npos) << reports[0];
+#endif
+}
+
+// ---- What is leaked ----
+
+std::string Contents(const std::string& path) {
+  std::ifstream file(path);
+  std::stringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+TEST(LeaksTest, ListNamesMakerAndHolder) {
+  const struct {
+    const char* how;
+    const char* line;
+    const char* made;
+  } rows[] = {
+      {"leak an atom", "atom \"leaked\": 1 reference of Careless",
+       "KAPStringInterface.NewStringAtom"},
+      {"leak a container", "container \"Thing\": 1 reference of Careless",
+       "KAPContainerInterface.NewFullContainer"},
+      {"leak an error", "error \"careless\": 1 reference of Careless",
+       "KAPErrorInterface.NewError"},
+      {"leak a buffer", "buffer: 1 reference of Careless", "KAPSharedBuffInterface.NewBuffer"},
+      {"leak a block", "block of 24 bytes: Careless", "KAPMemoryInterface.Alloc"},
+      {"leak a stream", "container \"KAPHostPositionableStream\": 1 reference of Careless",
+       "KAPStreamFactoryInterface.NewPositionableMemoryStream"},
+      {"release a dead container", nullptr, nullptr},
+  };
+  const std::string path = ::testing::TempDir() + "misuse_test." + std::to_string(::getpid());
+  // Stays in memory with what it leaks, where leak detectors see it.
+  ASSERT_NE(::dlopen(CARELESS_COMPONENT, RTLD_NOW), nullptr);
+  for (const auto& row : rows) {
+    for (const bool checks : {true, false}) {
+      if (!checks && !row.line) continue;  // undefined behaviour without checks
+      SCOPED_TRACE(std::string(row.how) + (checks ? ", with checks" : ""));
+      {
+        HostOptions options = Checking();
+        options.fChecks = checks;
+        options.fDebug.fLeaks = path;
+        Host host(options);
+        const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
+        host.Proc<CarelessInterface, "Misuse">()(row.how);
+      }
+      EXPECT_EQ(
+          Contents(path),
+          row.line ? std::string(row.line) + "\n  made by Careless in " + row.made + '\n' : "");
+    }
+  }
+  std::remove(path.c_str());
+}
+
+TEST(LeaksTest, LiveThingsBetweenTwoMoments) {
+  Host host(Checking(true));
+  const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
+  const auto newAtom = host.Proc<KAPStringInterface, "NewStringAtom">();
+  const auto deleteAtom = host.Proc<KAPStringInterface, "DeleteStringAtom">();
+  KAPStringAtom* const before = newAtom("before");
+  const unsigned long moment = host.LastThing();
+  KAPStringAtom* const after = newAtom("after");
+  deleteAtom(newAtom("gone"));
+  EXPECT_EQ(host.LiveThings().size(), 2u);
+  const auto things = host.LiveThings(moment);
+  ASSERT_EQ(things.size(), 1u);
+  EXPECT_EQ(things[0].fName, "atom \"after\"");
+  EXPECT_EQ(things[0].fMaker, "host_test");
+  EXPECT_EQ(things[0].fHolders, "host_test");
+#ifdef KAP_HOST_SYMBOLS
+  EXPECT_NE(things[0].fHistory.find("(misuse_test.cpp:"), std::string::npos) << things[0];
+#endif
+  deleteAtom(after);
+  deleteAtom(before);
+  EXPECT_TRUE(host.LiveThings().empty());
+}
+
+// What a component holds of a former host is not known to the next one, and no misuse.
+TEST(LeaksTest, HandlesOfAFormerHost) {
+  KAPContainer* container = nullptr;
+  KAPStringAtom* atom = nullptr;
+  {
+    const Host host({.fOnReport = {}, .fOnLeak = [](const auto&) {}});
+    host.Proc<KAPContainerInterface, "NewContainer">()(&container);
+    atom = host.Proc<KAPStringInterface, "NewStringAtom">()("kept");
+  }
+  Host host(Checking());
+  host.Proc<KAPContainerInterface, "Release">()(container);
+  host.Proc<KAPStringInterface, "DeleteStringAtom">()(atom);
+  EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
+}
+
+// A handle that a procedure returns belongs to the caller, not to the component that made it.
+TEST(LeaksTest, ReferencesMoveToTheCaller) {
+  Host host(Checking());
+  const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
+  double result = 0;
+  KAPError* const error = host.Proc<CarelessInterface, "ReturnBoth">()(&result);
+  host.TakeReports();
+  const auto things = host.LiveThings();
+  ASSERT_EQ(things.size(), 1u);
+  EXPECT_EQ(things[0].fMaker, "Careless");
+  EXPECT_EQ(things[0].fHolders, "host_test");
+  EXPECT_EQ(things[0].fHistory,
+            "  made by Careless in KAPErrorInterface.NewError"
+            "\n  last taken by host_test in CarelessInterface.ReturnBoth of Careless");
+  host.Proc<KAPErrorInterface, "Release">()(error);
+}
+
+}  // namespace

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#include <cstdlib>
+#include <cstring>
+
+#include "Noting.h"
+
+// Calls the host in a procedure that is called after the termination.
+bool Start() { return StartNoting(); }
+void Stop() { StopNoting(); }
+double Answer() noexcept { return 42; }
+int Length(const char* text) noexcept { return text ? static_cast<int>(std::strlen(text)) : 0; }
+KAPError* Make(KAPContainer** out, KAPStringAtom* name) noexcept { return MakeWell(out, name); }

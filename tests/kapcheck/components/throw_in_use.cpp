@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#include <stdexcept>
+
+#include "Small.h"
+
+// Lets an exception out of a registered procedure when the host has no memory for an atom.
+static double ThrowingAnswer() {
+  KAPStringAtom* const atom = NewAtom("an atom");
+  if (!atom) throw std::runtime_error("no atom");
+  DeleteAtom(atom);
+  return 42;
+}
+bool Start() {
+  if (!StartWell()) return false;
+  return Proc<KAPBinderInterface, "KAPRegisterProcAddress">()(
+             "AnswerInterface", "Answer", "AnswerProc", reinterpret_cast<void*>(&ThrowingAnswer)) !=
+         0;
+}
+void Stop() { StopWell(); }
+double Answer() noexcept { return 42; }

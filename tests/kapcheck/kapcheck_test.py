@@ -1,0 +1,293 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""kapcheck_test KAPCHECK FOLDER LIBRARY: what kapcheck says about components and hosts. FOLDER has
+the small components, scenarios and hosts of this folder; LIBRARY is libKAPUtils.so.
+"""
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "scripts"))
+import interfaces  # noqa: E402, pylint: disable=wrong-import-position
+
+KAPCHECK, FOLDER, LIBRARY = "kapcheck", pathlib.Path("."), pathlib.Path("libKAPUtils.so")
+# A sanitizer exports symbols of its own, and makes some crashes into exits.
+IS_SANITIZED = "ASAN_OPTIONS" in os.environ
+
+AFTER_LOAD = {"initialise", "output", "cycles", "initialise-twice", "terminate-twice", "leaks",
+              "registrations", "dead-handles", "after-termination", "exit", "exceptions",
+              "missing-interfaces", "missing-procedures", "refused-calls",
+              "refused-registrations", "counter", "threads", "scenario", "refused-scenario"}
+AFTER_INITIALISE = AFTER_LOAD - {"initialise"}
+DECLARED = {"random-calls", "late-calls"}
+
+# The component, the tests that fail, words of each reason, and the tests that cannot run.
+COMPONENTS = [
+    ("good", {}, set()),
+    ("no_version", {"exports": "does not export no_versionGetVersion",
+                    "load": "does not export no_versionGetVersion"}, AFTER_LOAD),
+    ("extra_export", {"exports": "also exports HelperOfTheComponent"}, set()),
+    ("crash_at_load", {"load": "crashes: Aborted"}, AFTER_LOAD),
+    ("stay_loaded", {"load": "stays in memory after dlclose"}, AFTER_LOAD),
+    ("exit_at_start", {"initialise": "ends the process with status 0"}, AFTER_INITIALISE),
+    ("hang_at_start", {"initialise": "does not end within 10 seconds"}, AFTER_INITIALISE),
+    ("fail_at_start", {"initialise": "fails; it reports: no licence"}, AFTER_INITIALISE),
+    ("start_once", {"initialise": "Initialize fails after a termination"}, AFTER_INITIALISE),
+    ("print", {"output": 'writes to standard output: "hello'}, set()),
+    ("pin_at_start", {"cycles": "dlclose when it was initialised and terminated"}, set()),
+    ("leak_at_second_start", {"initialise-twice": 'two initialisations: atom "forgotten": 1'},
+     set()),
+    ("leak_at_second_stop", {"terminate-twice": "the second termination releases or takes"},
+     set()),
+    ("leak_atom", {"leaks": 'holds after its termination: atom "forgotten": 1'}, set()),
+    ("stay_registered", {"registrations": "after its termination: LeftInterface, Answer"}, set()),
+    ("release_twice", {"initialise": "ends the process with status 1"} if IS_SANITIZED else
+     {"dead-handles": "misuses a handle: release of a dead atom"}, set()),
+    ("call_at_unload", {"after-termination": "calls the host after its termination: "}, set()),
+    ("call_at_exit", {"exit": "calls the host while the process exits: "}, set()),
+    ("throw_without_host", {"exceptions": "leaves throw_without_hostInitialize: no callback"},
+     set()),
+    ("need_cache", {"missing-interfaces": "crashes: Aborted",
+                    "missing-procedures": "crashes: Aborted"}, set()),
+    ("need_procedure", {"missing-procedures": "crashes: Aborted"}, set()),
+    ("need_memory", {"refused-calls": "crashes: Aborted"}, set()),
+    ("leak_on_failure", {"refused-calls": "failing (KAPStringInterface, NewStringAtom): atom"},
+     set()),
+    ("start_unregistered", {"refused-registrations": "cannot register OtherInterface, Answer"},
+     set()),
+    ("keep_address", {"counter": "no longer registered: KAPStringInterface, AddRef"}, set()),
+    ("leave_thread", {"threads": "leaves threads running after its termination: 1"}, set()),
+    ("wrong_answer", {"scenario": "the scenario fails in run 1"}, {"refused-scenario"}),
+    ("leak_in_use", {"refused-scenario": 'atom "forgotten": 1'}, set()),
+    ("throw_in_use", {"refused-scenario": "an exception leaves the scenario: no atom"}, set()),
+]
+
+# The same for components whose scenario declares an interface.
+DECLARING = [
+    ("note", {}, set()),
+    ("good", {name: "declares but does not register NoteInterface"
+              for name in ("random-calls", "late-calls", "threads")}, set()),
+    ("crash_at_null", {name: "crashes: Aborted"
+                       for name in ("random-calls", "late-calls", "threads")}, set()),
+    ("note_late", {"late-calls": "when it is called after its termination: "}, set()),
+    ("error_and_result", {name: "NoteInterface, Make returns both an error and a result"
+                          for name in ("random-calls", "threads")}, set()),
+    ("leak_at_random", {"random-calls": "holds after random calls: container"}, set()),
+]
+
+# The fault of a host, the checks that fail, and words of each reason.
+HOSTS = [
+    ("no_replacement", {"binder.register": "finds the procedure that was replaced"}),
+    ("still_counter", {"binder.counter": "the counter grows by 0"}),
+    ("texts_not_interned", {"atoms.interned": "equal strings have different pointers",
+                            "containers.signature-word": "is not the signature"}),
+    ("atom_of_null", {"atoms.null": "null has an atom"}),
+    ("atoms_leak", {"accounting": 'still held: atom "'}),
+    ("no_component", {"errors.component": "GetCString returns null",
+                      "errors.copies": "GetCString returns null"}),
+    ("short_code", {"errors.code": "the code 1099511627776 becomes another one"}),
+    ("data_not_freed", {"errors.last-release": "frees the client data 0 times"}),
+    ("small_blocks", {"memory.size": "a block of 17 bytes has a size of 16",
+                      "memory.resize": "a grown block is too small"}),
+    ("bytes_lost", {"memory.resize": "a grown block has other bytes"}),
+    ("reference_always", {"containers.references": "AddRef of null returns true"}),
+    ("clone_is_itself", {"containers.clone": "the clone is the container itself"}),
+    ("error_without_instance", {"containers.no-instance-no-error": 'the error "unknown'}),
+    ("decrement_deletes", {"containers.decrement": "the container is deleted"}),
+    ("wrong_offset", {"containers.words": "is not the primary instance",
+                      "containers.signature-word": "is not the signature",
+                      "containers.empty": "another instance is the primary one",
+                      "containers.instances": "the primary instance changes",
+                      "containers.clone": "the clone has other instances"}),
+    ("writable_buffer", {"streams.read-only": "Write to a read-only stream returns no error"}),
+    ("file_out_of_nothing", {"streams.no-file": "of a missing file returns no error"}),
+    ("client_not_deleted", {"client-streams.deleted": "deletes the client 0 times"}),
+    ("buffer_not_zeroed", {"buffers.zeroed": "a byte is not zero"}),
+    ("mark_ignored", {"caches.mark": "with one of two marks left is purged"}),
+    ("cost_ignored", {"caches.cost": "UpdateCost does not set the cost"}),
+    ("purge_not_removed", {"caches.static": "is called after RemoveClientPurge"}),
+    ("purge_crashes", {"caches.oldest": "crashes: Aborted",
+                       "caches.purge-ends": "crashes: Aborted"}),
+    ("time_hangs", {"caches.time": "does not end within 10 seconds"}),
+    ("target_ignored", {"filters.retarget": "the old target stays",
+                        "filters.ring": "SetDataSink that makes a ring returns no error"}),
+    ("chain_always_open", {"filters.chain": "a closed filter further on is not counted"}),
+    ("filter_throws", {"filters.is-filter": "thrown by the host"}),
+    ("progress_never_stops", {"progress.stop": "Update of a client that returns an error returns"}),
+    ("no_registration", {"probe": "the host cannot register the probe's procedure"}),
+]
+
+
+def run(*arguments, fault=None):
+    environment = dict(os.environ, **({"KAP_FAULT": fault} if fault else {}))
+    return subprocess.run([KAPCHECK, *map(str, arguments)], env=environment, check=False,
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=300)
+
+
+def library(name):
+    return FOLDER / f"lib{name}.so"
+
+
+def tests_of(done):
+    return json.loads(done.stdout)["tests"]
+
+
+class Kapcheck(unittest.TestCase):
+    maxDiff = None
+
+    def compare(self, done, reasons, not_run=None):
+        """Exactly these tests fail, each for its reason; and exactly these do not run."""
+        self.assertEqual(done.stderr, "")
+        tests = tests_of(done)
+        failed = {test["name"]: test["reason"] for test in tests if test["result"] == "failed"}
+        self.assertEqual(sorted(failed), sorted(reasons), failed)
+        for name, words in reasons.items():
+            self.assertIn(words, failed[name], name)
+        if not_run is not None:
+            self.assertEqual({test["name"] for test in tests if test["result"] == "not run"},
+                             not_run)
+        self.assertEqual(done.returncode, 1 if reasons else 0)
+
+
+class Components(Kapcheck):
+    def check(self, rows, scenario, others):
+        for name, reasons, not_run in rows:
+            with self.subTest(name):
+                arguments = ["component", library(name), "--scenario", library(scenario),
+                             "--format", "json", "--time-limit",
+                             10 if name == "hang_at_start" else 60]
+                expected = not_run | others
+                if IS_SANITIZED:  # processes are slow: only what must fail, and what that needs
+                    reasons = {test: words for test, words in reasons.items() if test != "exports"}
+                    arguments += ["--only", ",".join({"load", "initialise", *reasons})]
+                    expected = None
+                self.compare(run(*arguments), reasons, expected)
+
+    def test_each_fault_has_its_name(self):
+        self.check(COMPONENTS, "scenario", DECLARED)
+
+    def test_declared_interfaces(self):
+        self.check(DECLARING, "declaring_scenario", set())
+
+    def test_every_small_component_is_in_a_table(self):
+        sources = {path.stem for path in (ROOT / "tests/kapcheck/components").glob("*.cpp")}
+        self.assertEqual(sources, {row[0] for row in COMPONENTS + DECLARING})
+
+    def test_every_test_fails_for_some_component(self):
+        names = {line.split()[0] for line in run("component", "--list").stdout.splitlines()}
+        tested = {name for row in COMPONENTS + DECLARING for name in row[1]}
+        self.assertEqual(names - tested, {"dead-handles"} if IS_SANITIZED else set())
+
+    def test_the_library_and_the_probe_pass(self):
+        tests = [] if not IS_SANITIZED else ["--only", "load,initialise,leaks,refused-calls,"
+                                             "refused-scenario,counter,threads,random-calls,"
+                                             "late-calls,exit"]
+        self.compare(run("component", LIBRARY, "--scenario", library("library_scenario"),
+                         "--format", "json", "--time-limit", 280, *tests), {}, set())
+        self.compare(run("component", LIBRARY.parent / "libkapprobe.so", "--format", "json",
+                         *tests), {})
+
+    def test_random_calls_depend_on_the_seed(self):
+        def steps(seed):
+            done = run("component", library("crash_at_null"), "--scenario",
+                       library("declaring_scenario"), "--only", "random-calls", "--seed", seed,
+                       "--format", "json")
+            return tests_of(done)[0]["step"]
+        self.assertEqual(steps(5), steps(5))
+        self.assertGreater(len({steps(seed) for seed in range(1, 6)}), 1)
+        self.assertRegex(steps(5), r"^random call \d+: NoteInterface, Length$")
+
+
+class Hosts(Kapcheck):
+    def test_each_fault_has_its_name(self):
+        for name, reasons in HOSTS:
+            with self.subTest(name):
+                self.compare(run("host", "--host", library("faulty_host"), "--format", "json",
+                                 "--time-limit", 10 if name == "time_hangs" else 60, fault=name),
+                             reasons)
+
+    def test_every_fault_is_in_the_table(self):
+        source = (ROOT / "tests/kapcheck/hosts/faulty_host.cpp").read_text(encoding="utf-8")
+        self.assertEqual(sorted(re.findall(r'>\(\s*"(\w+)"\)', source)),
+                         sorted(row[0] for row in HOSTS))
+
+    def test_the_reference_host_passes_and_each_sentence_is_declared(self):
+        done = run("host", "--format", "json")
+        self.compare(done, {})
+        declared = {}
+        for _, introduction, all_declared in interfaces.headers(ROOT):
+            for interface in all_declared:
+                for method in interface.methods:
+                    text = " ".join([introduction, interface.comment, method.comment])
+                    key = f"{interface.name}, {method.name}"
+                    declared[key] = " ".join(text.split())
+        header = ROOT / "public/include/kap/KAPHostInterfaces.h"
+        conventions = " ".join(interfaces.introduction(header).split())
+        for test in tests_of(done):
+            if test["name"] != "accounting":
+                with self.subTest(test["name"]):
+                    self.assertIn(test["description"],
+                                  declared[test["procedure"]] + " " + conventions)
+
+    def test_a_host_of_its_own(self):
+        tests = tests_of(run("host", "--host", library("own_host"), "--format", "json"))
+        results = {test["name"]: test["result"] for test in tests}
+        for name in ("atoms.interned", "errors.last-release", "containers.words",
+                     "containers.clone", "streams.memory", "progress.client"):
+            expected = {"containers.clone": "failed", "streams.memory": "not offered",
+                        "progress.client": "not offered"}.get(name, "passed")
+            self.assertEqual(results[name], expected, name)
+
+
+class BadInput(Kapcheck):
+    def test_status_and_message(self):
+        with tempfile.TemporaryDirectory() as folder:
+            folder = pathlib.Path(folder)
+            whole = library("good").read_bytes()
+            files = {"text": b"no library", "empty": b"", "header": whole[:64],
+                     "half": whole[:len(whole) // 2], "object": whole[:16] + b"\1" + whole[17:]}
+            for name, content in files.items():
+                (folder / f"lib{name}.so").write_bytes(content)
+            (folder / "good.so").write_bytes(whole)
+            rows = [([folder / f"lib{name}.so"], 3, "a shared library") for name in files]
+            rows += [
+                (["/no/such/liba.so"], 3, "No such file or directory"),
+                ([KAPCHECK, "--name", "kapcheck"], 3, "not a shared library"),
+                ([folder, "--name", "folder"], 3, "not a file"),
+                ([folder / "good.so"], 2, "use --name"),
+                ([], 2, "LIBRARY is required"),
+                ([library("good"), "--only", "leaks,nothing"], 2, 'no test "nothing"'),
+                ([library("good"), "--time-limit", "0"], 2, "--time-limit"),
+                ([library("good"), "--format", "xml"], 2, "--format"),
+                ([library("good"), "--scenario", "/no/such/plugin.so"], 3, "No such file"),
+            ]
+            for arguments, status, words in rows:
+                with self.subTest(arguments):
+                    done = run("component", *arguments)
+                    self.assertEqual((done.returncode, done.stdout), (status, ""), done.stderr)
+                    self.assertIn(words, done.stderr)
+
+    def test_another_name(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "other.so"
+            path.write_bytes(library("good").read_bytes())
+            done = run("component", path, "--name", "good", "--only", "initialise")
+            self.assertEqual((done.returncode, done.stdout.splitlines()[-1]),
+                             (0, "1 passed, 0 failed, 0 not run"), done.stdout)
+
+    def test_a_closed_output_is_an_error(self):
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            done = subprocess.run([KAPCHECK, "component", "--list"], check=False, stdout=full,
+                                  stderr=subprocess.PIPE, text=True)
+        self.assertEqual((done.returncode, done.stderr), (3, "kapcheck: <stdout>: cannot write\n"))
+
+
+if __name__ == "__main__":
+    KAPCHECK, FOLDER, LIBRARY = sys.argv[1], pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3])
+    unittest.main(argv=[sys.argv[0], *sys.argv[4:]])

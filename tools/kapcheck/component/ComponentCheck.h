@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "component/Trial.h"
+#include "report/Results.h"
+
+namespace KAPCheck {
+
+// The name of the component in a library called libNAME.so; "" for another file name.
+std::string NameFromFile(const std::string& path);
+
+// Runs the tests of these names, or all if there are none, each in a process of its own. A test
+// that needs another one to pass does not run when that one fails. Throws PosUtil::Failure when the
+// file is not a library.
+Results CheckComponent(const Target& target, const std::vector<std::string>& names,
+                       std::chrono::milliseconds limit);
+
+// Runs one test in this process, which is the test's own, and sends the verdict. Does not return.
+[[noreturn]] void RunComponentTest(const std::string& name, const Target& target);
+
+}  // namespace KAPCheck

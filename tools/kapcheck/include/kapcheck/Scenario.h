@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+#include "kap/KAPInterface.h"
+
+// What a plug-in for `kapcheck component --scenario PLUGIN` exports. The plug-in is a shared
+// library that uses the component as one of its clients does.
+//
+//   // A typical use of the component. Returns nonzero if all of it succeeded.
+//   KAP_CHECK_EXPORT int KAPCheckScenario(KAPGetProcAddressProc getProcAddress) { ... }
+//
+//   // The interfaces whose procedures kapcheck may call with random arguments.
+//   KAP_CHECK_DECLARE(TotalsInterface)
+//
+// KAPCheckScenario is called on one thread while the component is initialised, any number of times
+// and also with a host that refuses some of the calls. It releases whatever it takes, whether it
+// succeeds or not, and throws nothing. Then the component alone accounts for what is still held.
+//
+// KAP_CHECK_DECLARE is optional. A declared procedure must cope with any argument that its types
+// allow: null, a live handle of another kind, a string that means nothing. The interface of a
+// procedure that does not, that must not be called on several threads, or that does harm outside
+// the process, is not declared.
+// Random calls use numbers from 0 to 63, and pass memory of at least 4096 bytes where a procedure
+// takes bytes. They pass null for procedures.
+
+#define KAP_CHECK_EXPORT extern "C" [[gnu::visibility("default")]]
+
+// Declares one or more interfaces (TKAPInterface). Stands once in a plug-in, outside all
+// namespaces.
+#define KAP_CHECK_DECLARE(...)                                                                   \
+  KAP_CHECK_EXPORT const KAPCheck::DeclaredMethod* KAPCheckDeclarations(std::size_t* outCount) { \
+    using Table = KAPCheck::TDeclarations<__VA_ARGS__>;                                          \
+    *outCount = Table::kMethods.size();                                                          \
+    return Table::kMethods.data();                                                               \
+  }
+
+// The types are hidden: the plug-in and kapcheck each compile their own.
+namespace [[gnu::visibility("hidden")]] KAPCheck {
+
+// What an argument or a result is, as far as its type tells. A place is a pointer to a result.
+enum class ValueKind : int {
+  kNothing,  // void
+  kInteger,  // bool and integers of all sizes
+  kReal,     // float, double
+  kAtom,
+  kString,  // const char*
+  kBytes,   // const unsigned char*
+  kUnits,   // const unsigned short*, which a zero ends
+  kContainer,
+  kError,
+  kContainerPlace,
+  kAtomPlace,
+  kPlace,      // a place for any other result
+  kData,       // void*
+  kProcedure,  // a pointer to a function
+  kOther,      // not called: kapcheck cannot make such a value
+};
+
+// A value of any kind. Which member holds it follows from the kind.
+struct Value {
+  unsigned long fInteger = 0;
+  double fReal = 0;
+  void* fPointer = nullptr;
+};
+
+// One method, in a form that kapcheck can call without knowing its type.
+struct DeclaredMethod {
+  const char* fInterface;
+  const char* fMethod;
+  const char* fProc;
+  bool fThrows;
+  ValueKind fResult;
+  const ValueKind* fArguments;
+  std::size_t fCount;
+  // Calls `proc` with `fCount` arguments.
+  void (*fCall)(void* proc, Value* result, const Value* arguments);
+};
+
+template <class Type>
+constexpr ValueKind KindOf() {
+  if constexpr (std::is_void_v<Type>) {
+    return ValueKind::kNothing;
+  } else if constexpr (std::is_integral_v<Type>) {
+    return ValueKind::kInteger;
+  } else if constexpr (std::is_floating_point_v<Type>) {
+    return ValueKind::kReal;
+  } else if constexpr (std::is_same_v<Type, KAPStringAtom*>) {
+    return ValueKind::kAtom;
+  } else if constexpr (std::is_same_v<Type, const char*>) {
+    return ValueKind::kString;
+  } else if constexpr (std::is_same_v<Type, const unsigned char*>) {
+    return ValueKind::kBytes;
+  } else if constexpr (std::is_same_v<Type, const unsigned short*>) {
+    return ValueKind::kUnits;
+  } else if constexpr (std::is_same_v<Type, KAPContainer*>) {
+    return ValueKind::kContainer;
+  } else if constexpr (std::is_same_v<Type, KAPError*>) {
+    return ValueKind::kError;
+  } else if constexpr (std::is_same_v<Type, KAPContainer**>) {
+    return ValueKind::kContainerPlace;
+  } else if constexpr (std::is_same_v<Type, KAPStringAtom**>) {
+    return ValueKind::kAtomPlace;
+  } else if constexpr (std::is_same_v<Type, void*>) {
+    return ValueKind::kData;
+  } else if constexpr (std::is_pointer_v<Type>) {
+    using Target = std::remove_pointer_t<Type>;
+    if constexpr (std::is_function_v<Target>) return ValueKind::kProcedure;
+    if constexpr (std::is_scalar_v<Target> && !std::is_const_v<Target>) return ValueKind::kPlace;
+    return ValueKind::kOther;
+  } else {
+    return ValueKind::kOther;
+  }
+}
+
+template <class Type>
+Type FromValue(const Value& value) {
+  if constexpr (std::is_integral_v<Type>) {
+    return static_cast<Type>(value.fInteger);
+  } else if constexpr (std::is_floating_point_v<Type>) {
+    return static_cast<Type>(value.fReal);
+  } else if constexpr (std::is_pointer_v<Type>) {
+    return reinterpret_cast<Type>(value.fPointer);
+  } else {
+    return Type();
+  }
+}
+
+template <class Type>
+Value ToValue(Type result) {
+  Value value;
+  if constexpr (std::is_integral_v<Type>) {
+    value.fInteger = static_cast<unsigned long>(result);
+  } else if constexpr (std::is_floating_point_v<Type>) {
+    value.fReal = static_cast<double>(result);
+  } else if constexpr (std::is_function_v<std::remove_pointer_t<Type>>) {
+    value.fPointer = reinterpret_cast<void*>(result);
+  } else if constexpr (std::is_pointer_v<Type>) {
+    value.fPointer = const_cast<void*>(static_cast<const void*>(result));
+  }
+  return value;
+}
+
+template <class Proc>
+struct TCaller;
+template <class Result, class... Args>
+struct TCaller<Result (*)(Args...)> {
+  static constexpr ValueKind kResult = KindOf<Result>();
+  static constexpr std::size_t kCount = sizeof...(Args);
+  // One more than needed, because there is no array of no elements.
+  static constexpr ValueKind kArguments[kCount + 1] = {KindOf<Args>()..., ValueKind::kNothing};
+
+  static void Call(void* proc, Value* result, const Value* arguments) {
+    const auto typed = reinterpret_cast<Result (*)(Args...)>(proc);
+    [&]<std::size_t... kPlaces>(std::index_sequence<kPlaces...>) {
+      if constexpr (std::is_void_v<Result>) {
+        typed(FromValue<Args>(arguments[kPlaces])...);
+      } else {
+        *result = ToValue(typed(FromValue<Args>(arguments[kPlaces])...));
+      }
+    }
+    (std::make_index_sequence<kCount>());
+  }
+};
+
+template <class Interface>
+constexpr auto MethodsOf() {
+  return [&]<std::size_t... kSlots>(std::index_sequence<kSlots...>) {
+    return std::array<DeclaredMethod, sizeof...(kSlots)>{
+        {{Interface::kName, Interface::kEntries[kSlots].fMethodName,
+          Interface::kEntries[kSlots].fProcName, Interface::kTraits[kSlots].fThrows,
+          TCaller<typename Interface::template ProcAt<kSlots>>::kResult,
+          TCaller<typename Interface::template ProcAt<kSlots>>::kArguments,
+          TCaller<typename Interface::template ProcAt<kSlots>>::kCount,
+          &TCaller<typename Interface::template ProcAt<kSlots>>::Call}...}};
+  }
+  (std::make_index_sequence<Interface::kCount>());
+}
+
+// The methods of all interfaces, in order.
+template <class... Interfaces>
+struct TDeclarations {
+  static constexpr auto kMethods = [] {
+    std::array<DeclaredMethod, (Interfaces::kCount + ...)> all{};
+    std::size_t filled = 0;
+    const auto append = [&](const auto& methods) {
+      for (const DeclaredMethod& method : methods) all[filled++] = method;
+    };
+    (append(MethodsOf<Interfaces>()), ...);
+    return all;
+  }();
+};
+
+}  // namespace KAPCheck

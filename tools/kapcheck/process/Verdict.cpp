@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "process/Verdict.h"
+
+#include <cstring>
+#include <sstream>
+
+namespace KAPCheck {
+
+std::string Misbehaviour(const Ending& ending, double limit) {
+  switch (ending.fWay) {
+    case Ending::Way::kTimeLimit: {
+      std::ostringstream text;
+      text << "does not end within " << limit << (limit == 1 ? " second" : " seconds");
+      return text.str();
+    }
+    case Ending::Way::kSignal:
+      return std::string("crashes: ") + ::strsignal(ending.fNumber);
+    case Ending::Way::kExit:
+      break;
+  }
+  if (ending.fNumber == 0) return "";
+  return "ends the process with status " + std::to_string(ending.fNumber);
+}
+
+std::string EndWithoutVerdict(const Ending& ending, double limit) {
+  const std::string text = Misbehaviour(ending, limit);
+  return text.empty() ? "ends the process with status 0" : text;
+}
+
+}  // namespace KAPCheck

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include "report/Results.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <sstream>
+
+#include "base/Printable.h"
+
+namespace KAPCheck {
+
+namespace {
+
+using PosUtil::Printable;
+
+// A sanitizer's report begins with what matters.
+constexpr int kMostErrorLines = 12;
+
+constexpr char kIndent[] = "          ";
+
+std::string WordOf(const Results& results, Outcome outcome) {
+  if (outcome == Outcome::kPassed) return "passed";
+  return outcome == Outcome::kFailed ? "FAILED" : results.fNotRun;
+}
+
+void Pad(std::ostream& out, const std::string& text, std::size_t width) {
+  out << text << std::string(width - std::min(width, text.size()), ' ');
+}
+
+void PrintFailure(std::ostream& out, const Result& result) {
+  out << kIndent << "reason: " << Printable(result.fReason) << '\n';
+  if (!result.fStep.empty()) out << kIndent << "step: " << Printable(result.fStep) << '\n';
+  std::istringstream lines(result.fErrors);
+  std::string line;
+  for (int i = 0; i < kMostErrorLines && std::getline(lines, line); ++i) {
+    out << kIndent << "| " << Printable(line) << '\n';
+  }
+}
+
+nlohmann::json ToJson(const Results& results, const Result& result) {
+  nlohmann::json json = {{"name", result.fName},
+                         {"result", WordOf(results, result.fOutcome)},
+                         {"description", result.fDescription},
+                         {"seconds", result.fSeconds}};
+  if (result.fOutcome == Outcome::kFailed) json["result"] = "failed";
+  const std::pair<const char*, const std::string*> texts[] = {{"reason", &result.fReason},
+                                                              {"step", &result.fStep},
+                                                              {"procedure", &result.fProcedure},
+                                                              {"stderr", &result.fErrors}};
+  for (const auto& [name, text] : texts) {
+    if (!text->empty()) json[name] = *text;
+  }
+  return json;
+}
+
+}  // namespace
+
+std::size_t Results::Count(Outcome outcome) const {
+  return static_cast<std::size_t>(
+      std::count_if(fResults.begin(), fResults.end(),
+                    [=](const Result& result) { return result.fOutcome == outcome; }));
+}
+
+void PrintText(std::ostream& out, const Results& results) {
+  std::size_t wordWidth = results.fNotRun.size(), nameWidth = 0;
+  for (const Result& result : results.fResults) {
+    nameWidth = std::max(nameWidth, result.fName.size());
+  }
+  out << Printable(results.fSubject);
+  if (results.fSeed != 0) out << ", seed " << results.fSeed;
+  out << '\n';
+  for (const Result& result : results.fResults) {
+    Pad(out, WordOf(results, result.fOutcome), wordWidth + 2);
+    Pad(out, result.fName, nameWidth + 2);
+    out << (result.fOutcome == Outcome::kNotRun ? Printable(result.fReason) : result.fDescription);
+    out << '\n';
+    if (result.fOutcome == Outcome::kFailed) PrintFailure(out, result);
+  }
+  out << results.Count(Outcome::kPassed) << " passed, " << results.Count(Outcome::kFailed)
+      << " failed, " << results.Count(Outcome::kNotRun) << ' ' << results.fNotRun << '\n';
+}
+
+void PrintJson(std::ostream& out, const Results& results) {
+  nlohmann::json tests = nlohmann::json::array();
+  for (const Result& result : results.fResults) tests.push_back(ToJson(results, result));
+  nlohmann::json json = {{"subject", results.fSubject},
+                         {"passed", results.Count(Outcome::kPassed)},
+                         {"failed", results.Count(Outcome::kFailed)},
+                         {"others", results.Count(Outcome::kNotRun)},
+                         {"tests", std::move(tests)}};
+  if (results.fSeed != 0) json["seed"] = results.fSeed;
+  // What a component writes may be invalid UTF-8.
+  out << json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+}  // namespace KAPCheck
