@@ -20,8 +20,8 @@ std::string WithoutEnd(std::string text) {
   return text;
 }
 
-// Whether there is more of some resource than `allowed`. What was released once too often counts
-// below zero; that is for the test of dead handles, not for those of leaks.
+}  // namespace
+
 bool IsMore(const KAPHost::Snapshot& held, const KAPHost::Snapshot& allowed) {
   for (int i = 0; i < static_cast<int>(KAPHost::KAPResource::kCount); ++i) {
     const auto resource = static_cast<KAPHost::KAPResource>(i);
@@ -31,8 +31,6 @@ bool IsMore(const KAPHost::Snapshot& held, const KAPHost::Snapshot& allowed) {
   }
   return false;
 }
-
-}  // namespace
 
 Trial::Trial(const Target& target, bool withChecks)
     : fTarget(target), fHost(Quietly(withChecks)), fTap(fHost) {
