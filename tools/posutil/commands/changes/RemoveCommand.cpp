@@ -49,18 +49,17 @@ class RemoveCommand final : public Command {
  private:
   void RemoveFrom(KAP_T_MT::CPOSObject& document, const std::string& name, Session& session) const {
     std::vector<Slot> slots;
-    bool hasAll = true;
+    std::string missing;
     for (const std::string& path : fPaths) {
       try {
         slots.emplace_back(document, Path(ShowArgument(path)), session.Loss(), Slot::Use::kChange);
         if (!slots.back().Exists()) throw PathError("");
       } catch (const PathError&) {
-        session.Complain(Printable(name) + ": no value at \"" + Printable(ShowArgument(path)) +
-                         "\"");
-        hasAll = false;
+        missing += (missing.empty() ? "" : "\nposutil: ") + Printable(name) + ": no value at \"" +
+                   Printable(ShowArgument(path)) + "\"";
       }
     }
-    if (!hasAll) throw Failure("", kExitNegative);  // the messages are out
+    if (!missing.empty()) throw Failure(missing, kExitNegative);
     // From the last to the first, so that a removal moves none that comes after it.
     std::sort(slots.begin(), slots.end(),
               [](const Slot& a, const Slot& b) { return b.Steps() < a.Steps(); });
