@@ -76,7 +76,11 @@ TEST(UsageTest, WrongUsage) {
        "--indent: \"33\" is neither a number from 0 to 32 nor tab",
        "print "},
       {{"print", "--indent=1", "--compact", "a"}, "--compact excludes --indent", "print "},
+      {{"--from", "json", "print", "a"}, "--from belongs after the command", "print "},
       {{"get", "a"}, "missing PATH", "get "},
+      // Only a command reads negative numbers, not a file with its name.
+      {{"print", "set", "-5"}, "unknown option -5", "print "},
+      {{"completion", "tcsh"}, "SHELL: \"tcsh\" is not bash, zsh or fish", "completion "},
       {{"version", "x"}, "unexpected argument \"x\"", "version "},
       // The missing option is the misspelt one.
       {{"validate", "--schem", "a", "--type", "T", "b"},

@@ -170,6 +170,27 @@ TEST_F(FaultTest, KilledWhileItsChildWorks) {
   }
 }
 
+// The same for the child that gives the old file the name of an older one.
+TEST_F(FaultTest, KilledWhileItsChildKeepsTheOldFile) {
+  const std::string out = fFolder.Path("out.json");
+  for (const Fault& fault : {Fault{"link", 2, 1, "orphan"}, Fault{"rename", 1, 1, "orphan"}}) {
+    SCOPED_TRACE(fault.fCall);
+    fFolder.Put("out.json", kOld);
+    fFolder.Put("out.json.old", "older");
+    std::filesystem::remove(fMarks.Path("fired"));
+    EXPECT_EQ(RunPosutil({"set", "--in-place=.old", out, "[0]", "2"}, "",
+                         With(fault, fMarks.Path("fired"), false))
+                  .fStatus,
+              -SIGKILL);
+    ASSERT_TRUE(HasFired());
+    while (fFolder.Content("out.json.old") != kOld) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(fFolder.Content("out.json"), kOld);
+    EXPECT_EQ(fFolder.Names(), (Names{"in.json", "out.json", "out.json.old"}));
+  }
+}
+
 // Signals remove a named temporary file.
 TEST_F(FaultTest, AFileSizeLimit) {
   for (const bool isNamed : {false, true}) {

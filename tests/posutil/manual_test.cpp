@@ -37,6 +37,9 @@ TEST_P(CompletionTest, CommandsOptionsAndValues) {
       {"posutil validate --schema f", "file.json\n"},
       {"posutil print --compact ", "file.json\n"},
       {"posutil completion ", "bash\nfish\nzsh\n"},
+      {"posutil diff file.json f", "file.json\n"},
+      {"posutil --library print get --def", "--default\n"},
+      {"posutil --library=print get --def", "--default\n"},
   };
   for (const auto& [line, candidates] : rows) {
     SCOPED_TRACE(line);

@@ -117,6 +117,26 @@ TEST_F(WaitingTest, WhatOthersDoMeanwhile) {
   ::umask(mask);
 }
 
+// The new file comes from the old contents. The process waits for a reader of the trace.
+TEST_F(WaitingTest, AnotherFileTakesThePlaceOfTheInput) {
+  const std::string trace = fFolder.Path("trace");
+  ASSERT_EQ(::mkfifo(trace.c_str(), 0600), 0);
+  const std::string file = fFolder.Put("a.json", "[1]");
+  const Running running({"convert", "--trace", trace, file, file},
+                        {STDIN_FILENO, STDOUT_FILENO, fPipe[1]});
+  while (!HasTemporaryFile(running.Process(), fFolder)) std::this_thread::yield();
+  fs::rename(fFolder.Put("new", "theirs"), file);
+  std::ifstream reader(trace);
+  EXPECT_FALSE(std::string(std::istreambuf_iterator<char>(reader), {}).empty());
+  EXPECT_EQ(WEXITSTATUS(running.Wait()), 3);
+  char message[1000];
+  const ssize_t size = ::read(fPipe[0], message, sizeof message);
+  EXPECT_EQ(std::string(message, static_cast<std::size_t>(std::max<ssize_t>(size, 0))),
+            "posutil: " + file + ": another process has replaced or removed the file\n");
+  EXPECT_EQ(fFolder.Content("a.json"), "theirs");
+  EXPECT_EQ(fFolder.Names(), (Names{"a.json", "out.typea", "trace"}));
+}
+
 void ExpectDeath(const Running& running, int signal) {
   const int status = running.Wait();
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;

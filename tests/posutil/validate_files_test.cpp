@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <thread>
 
@@ -105,35 +106,34 @@ std::vector<pid_t> Children(pid_t process) {
   return {std::istream_iterator<pid_t>(file), {}};
 }
 
-bool HasEnded(pid_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-  std::string text{std::istreambuf_iterator<char>(file), {}};
-  return text.find(") Z") != std::string::npos;
+// Waits until a process reads the pipe.
+int OpenToWrite(const std::string& pipe) {
+  for (;;) {
+    const int descriptor = ::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor >= 0 || errno != ENXIO) return descriptor;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
 }
 
-// One process waits for a pipe without a writer; the other one has checked the rest.
-TEST_F(ValidateFilesTest, AProcessThatIsKilled) {
-  const std::string pipe = fFolder.Path("pipe.json");
-  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+// Each of two processes reads a pipe when it dies. Others check the rest.
+TEST_F(ValidateFilesTest, ProcessesThatAreKilled) {
+  const std::string pipes[] = {fFolder.Path("1.json"), fFolder.Path("2.json")};
+  for (const std::string& pipe : pipes) ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   const std::string out = fFolder.Put("out", "");
   const int to = ::open(out.c_str(), O_RDWR | O_CLOEXEC);
   const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
   const Running running({"validate", "--schema", fFolder.Path("in/schema.txt"), "--type", "P",
-                         "--jobs", "2", pipe, fFolder.Path("in/a.json")},
+                         "--jobs", "2", pipes[0], pipes[1], fFolder.Path("in/a.json"),
+                         fFolder.Path("in/a.json"), fFolder.Path("in/a.json")},
                         {null, to, to});
-  std::vector<pid_t> children;
-  const auto ended = [&] {
-    children = Children(running.Process());
-    return children.size() == 2 && (HasEnded(children[0]) || HasEnded(children[1]));
-  };
-  while (!ended()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  for (const pid_t child : children) ::kill(child, SIGKILL);
+  const int writers[] = {OpenToWrite(pipes[0]), OpenToWrite(pipes[1])};
+  for (const pid_t child : Children(running.Process())) ::kill(child, SIGKILL);
   EXPECT_EQ(WEXITSTATUS(running.Wait()), 3);
+  const std::string ended = ": the process that checked it has ended\n";
   EXPECT_EQ(fFolder.Content("out"),
-            "posutil: " + pipe + ": the process that checked it has ended\n" +
-                "1 file checked: 1 valid, 0 not valid, 0 messages; 1 file not checked\n");
-  ::close(to);
-  ::close(null);
+            "posutil: " + pipes[0] + ended + "posutil: " + pipes[1] + ended +
+                "3 files checked: 3 valid, 0 not valid, 0 messages; 2 files not checked\n");
+  for (const int descriptor : {to, null, writers[0], writers[1]}) ::close(descriptor);
 }
 
 TEST_F(ValidateFilesTest, TheReaderLeaves) {

@@ -11,6 +11,7 @@
 
 #include "base/Failure.h"
 #include "commands/Command.h"
+#include "commands/declarations/Declarations.h"
 #include "commands/declarations/UsageMessage.h"
 #include "program/Session.h"
 #include "program/Version.h"
@@ -36,14 +37,12 @@ void DeclareColour(CLI::App& options, Session& session) {
 void DeclareAll(CLI::App& options, Session& session) {
   options.require_subcommand(1);
   options.set_help_flag("--help,-h", "Prints this help");
-  options
-      .add_option("--library", session.LibraryPath(),
-                  "Path of libKAPUtils.so; default: the installed one, then ../lib")
+  MarkFile(options.add_option("--library", session.LibraryPath(),
+                              "Path of libKAPUtils.so; default: the installed one, then ../lib"))
       ->option_text("FILE");
-  options
-      .add_option(
-          "--trace", session.TracePath(),
-          "Writes the calls between host and library to FILE; a timeline if it ends in .json")
+  MarkFile(options.add_option(
+               "--trace", session.TracePath(),
+               "Writes the calls between host and library to FILE; a timeline if it ends in .json"))
       ->option_text("FILE");
   DeclareColour(options, session);
   options.set_version_flag("--version", ProgramVersion(), "Prints the version of the program");
@@ -67,9 +66,14 @@ Command& ChosenCommand(const CLI::App& options) {
 
 std::vector<std::string> Arguments(int argc, char** argv) {
   std::vector<std::string> arguments(argv + 1, argv + argc);
-  for (const Command* command : Command::All()) {
-    const auto found = std::find(arguments.begin(), arguments.end(), command->kName);
-    if (found != arguments.end()) command->Prepare(arguments);
+  const auto& commands = Command::All();
+  for (const std::string& argument : arguments) {
+    const auto named = std::find_if(commands.begin(), commands.end(), [&](const Command* command) {
+      return argument == command->kName;
+    });
+    if (named == commands.end()) continue;
+    (*named)->Prepare(arguments);
+    break;
   }
   return {arguments.rbegin(), arguments.rend()};  // CLI11 reads a vector from its end
 }

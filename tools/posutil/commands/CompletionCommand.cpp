@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
 #include "commands/Command.h"
 #include "commands/declarations/Completion.h"
@@ -21,10 +22,12 @@ class CompletionCommand final : public Command {
 
   void Declare(CLI::App& options) override {
     fProgram = options.get_parent();
+    std::vector<std::string> shells;
+    for (const auto& [name, script] : kShells) shells.emplace_back(name);
     options.add_option("SHELL", fShell, "The shell")
         ->required()
-        ->check(CLI::IsMember({"bash", "zsh", "fish"}))
-        ->option_text("bash|zsh|fish");
+        ->check(CLI::IsMember(shells))
+        ->option_text(Joined(shells, "|"));
     options.footer(
         "An installed posutil has brought the scripts along. Without an installation, let the\n"
         "shell read one when it starts; zsh after compinit.\n\n"

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "commands/Command.h"
+#include "commands/declarations/Declarations.h"
 #include "commands/documents/DocumentArgument.h"
 #include "files/Destination.h"
 
@@ -16,7 +17,7 @@ class ConvertCommand final : public Command {
 
   void Declare(CLI::App& options) override {
     fDocuments.Declare(options, "IN");
-    options.add_option("OUT", fFile, "The file to write, - for standard output")
+    MarkFile(options.add_option("OUT", fFile, "The file to write, - for standard output"))
         ->required()
         ->option_text(" ");
     DeclareToOfFile(options, fFormat, "Format of OUT; default: by its ending");
@@ -37,13 +38,15 @@ class ConvertCommand final : public Command {
 
   ExitStatus Run(Session& session) override {
     // A file that replaces itself leaves no copy in which to look up what is lost.
-    fDocuments.SetLoss(session, fDocuments.IsFile(fFile) ? LossMode::kError : LossMode::kWarn);
+    const bool isItself = fDocuments.IsFile(fFile);
+    fDocuments.SetLoss(session, isItself ? LossMode::kError : LossMode::kWarn);
     fDocuments.Format();  // wrong usage ends the command before it creates a file
     const Reader& format = FormatOfOutput(fFormat, fFile, "--to");
     const Writer* const writer = FindFormat<Writer>(format.kName);
     if (!writer) throw Failure(std::string("cannot write the format ") + format.kName, kExitUsage);
     std::optional<Destination> destination;
     if (fFile != "-") destination.emplace(fFile);
+    if (isItself) destination->RequireOld();
     Output& out = destination ? destination->Out() : session.Out();
     fDocuments.Write(*writer, writer->kEnd, Style(), session, out);
     session.CheckReports();  // a late report leaves OUT unchanged

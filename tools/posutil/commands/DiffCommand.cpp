@@ -6,6 +6,7 @@
 #include "base/Failure.h"
 #include "base/ValueError.h"
 #include "commands/Command.h"
+#include "commands/declarations/Declarations.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/values/Comparison.h"
 #include "commands/values/Values.h"
@@ -106,10 +107,10 @@ class DiffCommand final : public Command {
   DiffCommand() : Command(8, "diff", "Compares two documents") {}
 
   void Declare(CLI::App& options) override {
-    options.add_option("A", fA, "The first document, - for standard input")
+    MarkFile(options.add_option("A", fA, "The first document, - for standard input"))
         ->required()
         ->option_text(" ");
-    options.add_option("B", fB, "The second document")->required()->option_text(" ");
+    MarkFile(options.add_option("B", fB, "The second document"))->required()->option_text(" ");
     DeclareFrom(options, "--from", fFormat, "A");
     DeclareFrom(options, "--from-b", fFormatB, "B");
     DeclareLoss(options, fLoss);

@@ -8,6 +8,7 @@
 
 #include "base/Printable.h"
 #include "commands/Command.h"
+#include "commands/declarations/Declarations.h"
 #include "commands/documents/FilesArgument.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/verdicts/Schema.h"
@@ -27,7 +28,7 @@ class ValidateCommand final : public Command {
   ValidateCommand() : Command(10, "validate", "Checks documents against a type of a schema") {}
 
   void Declare(CLI::App& options) override {
-    options.add_option("--schema", fSchema, "The schema, - for standard input")
+    MarkFile(options.add_option("--schema", fSchema, "The schema, - for standard input"))
         ->required()
         ->option_text("SCHEMA");
     DeclareFrom(options, "--schema-from", fSchemaFormat, "SCHEMA");
@@ -91,31 +92,38 @@ class ValidateCommand final : public Command {
     return std::min({jobs, files.size(), kMost});
   }
 
-  // In a worker, returns kExitSuccess: only the parent reports.
   ExitStatus CheckInParallel(const Files& files, const Schema& schema, Session& session) const {
     session.Out().Flush();
     WorkerPool pool(Jobs(files), files.size());
-    if (pool.IsWorker()) {
-      Work(pool, files, schema, session);
-      return kExitSuccess;
-    }
+    if (pool.IsWorker()) return Work(pool, files, schema, session);
     VerdictReport report(fResults, session);
     Progress& progress = session.TheProgress();
     progress.Begin("checking", files.size());
-    VerdictOrder order(files.size(),
-                       [&](VerdictRecord record) { Replay(std::move(record), session, report); });
-    std::vector<VerdictReceiver> receivers(pool.Count());
-    pool.ReceiveAll([&](std::size_t worker, std::string_view bytes) {
-      receivers[worker].Add(bytes);
-      while (auto record = receivers[worker].Next()) order.Add(std::move(*record));
+    std::size_t documents = 0;  // of the current file, as far as there are verdicts
+    VerdictOrder order(files.size(), [&](VerdictRecord record) {
+      if (record.fKind == VerdictRecord::kVerdict) documents = record.fName.fDocument;
+      if (record.fKind == VerdictRecord::kEnd) documents = 0;
+      Replay(std::move(record), session, report);
     });
+    do {
+      if (pool.IsWorker()) return Work(pool, files, schema, session);
+      std::vector<VerdictReceiver> receivers(pool.Count());
+      pool.ReceiveAll([&](std::size_t worker, std::string_view bytes) {
+        receivers[worker].Add(bytes);
+        while (auto record = receivers[worker].Next()) order.Add(std::move(*record));
+      });
+      session.Out().Flush();
+    } while (pool.Restart());
     order.Finish([&](std::size_t task) {
       const std::string name = InputName(files[task].fName);
-      report.Add({name, schema.Name(), fAll ? 1U : 0U}, [&]() -> std::optional<Verdict> {
+      const std::size_t document = fAll ? std::exchange(documents, 0) + 1 : 0;
+      report.Add({name, schema.Name(), document}, [&]() -> std::optional<Verdict> {
         throw Failure(Printable(name) + ": the process that checked it has ended");
       });
     });
-    return report.Finish();
+    const ExitStatus status = report.Finish();
+    if (!pool.HasFailed() || status == kExitFailure) return status;
+    throw Failure("a process that checked files has failed");
   }
 
   static void Replay(VerdictRecord record, Session& session, VerdictReport& report) {
@@ -131,7 +139,9 @@ class ValidateCommand final : public Command {
     }
   }
 
-  void Work(WorkerPool& pool, const Files& files, const Schema& schema, Session& session) const {
+  // Returns kExitSuccess: only the parent reports.
+  ExitStatus Work(WorkerPool& pool, const Files& files, const Schema& schema,
+                  Session& session) const {
     session.TheProgress().Hide();
     Output results(pool.Results());
     while (const auto task = pool.NextTask()) {
@@ -142,6 +152,7 @@ class ValidateCommand final : public Command {
       CheckFile(files[*task], schema, session, report);
       report.Finish();
     }
+    return kExitSuccess;
   }
 
   void CheckFile(const FilesArgument::Found& found, const Schema& schema, Session& session,

@@ -13,7 +13,9 @@
 #include <cstdio>
 #include <ctime>
 
+#include "base/Failure.h"
 #include "base/HexText.h"
+#include "base/Printable.h"
 #include "files/AccessRights.h"
 
 namespace PosUtil {
@@ -66,6 +68,23 @@ int LinkAndRename(const char* file, int folder, const char* hidden, const char* 
   const int error = errno;
   ::unlinkat(folder, hidden, 0);
   return error;
+}
+
+constexpr int kDied = -1;
+
+// Returns what `work` returns, or kDied. The work is in a child in a session of its own: a kill of
+// this process, or of its group, cannot come between two steps of it.
+template <class Work>
+int RunInChild(const Work& work) {
+  const pid_t child = ::fork();
+  if (child < 0) return work();
+  if (child == 0) {
+    ::setsid();
+    ::_exit(work());
+  }
+  int status = 0;
+  const bool hasExited = ::waitpid(child, &status, 0) == child && WIFEXITED(status);
+  return hasExited ? WEXITSTATUS(status) : kDied;
 }
 
 // Renames a file, but replaces none.
@@ -135,7 +154,9 @@ void TemporaryFile::Replace() {
   if (fReplaced && !CopyAccessRights(fReplaced.Get(), fFile.Get())) Fail();
   // Else a crash of the system could leave an empty file under the old name.
   if (::fsync(fFile.Get()) != 0) Fail();
+  CheckReplaced();  // before it gets the name of an older copy
   if (!fKeptSuffix.empty() && fReplaced) KeepReplaced();
+  CheckReplaced();
   if (!fHasName) return fReplaced ? ReplaceByLink() : LinkToFree();
   const int folder = fPlace.fFolder.Get();
   const char* const name = fPlace.fName.c_str();
@@ -147,6 +168,12 @@ void TemporaryFile::Replace() {
   RemoveName();
 }
 
+void TemporaryFile::CheckReplaced() const {
+  if (fMustHold && fReplaced && !fPlace.Holds(fReplaced.Get())) {
+    throw Failure(Printable(fFileName) + ": another process has replaced or removed the file");
+  }
+}
+
 // As a second link: the rights, the times and the owner stay, and the file is at its place until
 // the new one is there.
 void TemporaryFile::KeepReplaced() {
@@ -154,10 +181,15 @@ void TemporaryFile::KeepReplaced() {
   const std::string file = PathOf(fReplaced);
   const int folder = fPlace.fFolder.Get();
   if (fPlace.Holds(name, fReplaced.Get()) || Link(file.c_str(), folder, name.c_str())) return;
+  if (errno != EEXIST) ThrowFileError(fFileName + fKeptSuffix);
   const BlockedSignals blocked;
-  const int error =
-      errno != EEXIST ? errno
-                      : LinkAndRename(file.c_str(), folder, NameBeside(name).c_str(), name.c_str());
+  const std::string hidden = NameBeside(name);
+  int error = RunInChild(
+      [&]() noexcept { return LinkAndRename(file.c_str(), folder, hidden.c_str(), name.c_str()); });
+  if (error == kDied) {
+    if (fPlace.Holds(hidden, fReplaced.Get())) ::unlinkat(folder, hidden.c_str(), 0);
+    error = fPlace.Holds(name, fReplaced.Get()) ? 0 : EINTR;
+  }
   if (error == 0) return;
   errno = error;
   ThrowFileError(fFileName + fKeptSuffix);
@@ -169,31 +201,18 @@ void TemporaryFile::LinkToFree() const {
 }
 
 // A link cannot replace a file. So the file first gets a hidden name, and then the name of the old
-// one. A child in a session of its own does both: a kill of this process, or of its group, cannot
-// come between them. The place is looked at only if the child died: after a success, another
-// process may have replaced the file again.
+// one. The place is looked at only if the child died: after a success, another process may have
+// replaced the file again.
 void TemporaryFile::ReplaceByLink() {
   const BlockedSignals blocked;
   fTemporaryName = NameBeside(fPlace.fName);
   const std::string file = PathOf(fFile);
-  const auto linkAndRename = [&]() noexcept {
+  fHasName = true;  // perhaps, if the child dies
+  int error = RunInChild([&]() noexcept {
     return LinkAndRename(file.c_str(), fPlace.fFolder.Get(), fTemporaryName.c_str(),
                          fPlace.fName.c_str());
-  };
-  fHasName = true;  // perhaps, if the child dies
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::setsid();
-    ::_exit(linkAndRename());
-  }
-  int error = 0;
-  if (child < 0) {
-    error = linkAndRename();
-  } else if (int status = 0; ::waitpid(child, &status, 0) == child && WIFEXITED(status)) {
-    error = WEXITSTATUS(status);
-  } else if (!fPlace.Holds(fFile.Get())) {
-    error = EINTR;
-  }
+  });
+  if (error == kDied) error = fPlace.Holds(fFile.Get()) ? 0 : EINTR;
   RemoveName();
   if (error == 0) return;
   errno = error;

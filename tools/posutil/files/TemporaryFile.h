@@ -29,6 +29,10 @@ class TemporaryFile {
   // file of that name is replaced. Without a replaced file, no-op.
   void KeepReplacedAs(const std::string& suffix) { fKeptSuffix = suffix; }
 
+  // Replace then fails if the replaced file is no longer at the place, since the new file comes from
+  // its contents. Without a replaced file, no-op.
+  void RequireReplaced() { fMustHold = true; }
+
   // Puts the file at its place, with the owner, group and rights that the replaced file has now;
   // see CopyAccessRights. Without a replaced file, fails if a file exists there by now. A kill at
   // any moment leaves either the old file or the new one.
@@ -41,12 +45,14 @@ class TemporaryFile {
   void ReplaceByLink();
   void RemoveName();
   void KeepReplaced();
+  void CheckReplaced() const;
   [[noreturn]] void Fail() const { ThrowFileError(fFileName); }
 
   const FileLocation fPlace;
   const std::string fFileName;
   const Descriptor fReplaced;
   std::string fKeptSuffix;
+  bool fMustHold = false;
   std::string fTemporaryName;
   bool fHasName = false;
   Descriptor fFile;

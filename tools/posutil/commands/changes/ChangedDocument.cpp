@@ -53,6 +53,7 @@ void ChangedDocument::Run(Session& session, const DocumentArgument::Change& chan
     throw Failure(Printable(Name()) + ": --in-place needs a regular file", kExitUsage);
   }
   destination.KeepOldAs(Suffix());
+  destination.RequireOld();
   Write(session, destination.Out(), Style(), change);
   session.CheckReports();  // a late report leaves the file unchanged
   destination.Commit();

@@ -5,12 +5,13 @@
 
 #include "base/Failure.h"
 #include "base/Printable.h"
+#include "commands/declarations/Declarations.h"
 
 namespace PosUtil {
 
 void PatchArgument::Declare(CLI::App& options, const char* description) {
   fDocument.Declare(options);
-  options.add_option("PATCH", fPatch, description)->required()->option_text(" ");
+  MarkFile(options.add_option("PATCH", fPatch, description))->required()->option_text(" ");
   DeclareFrom(options, "--patch-from", fPatchFormat, "PATCH");
 }
 

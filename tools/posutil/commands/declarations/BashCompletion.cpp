@@ -5,31 +5,25 @@ namespace PosUtil {
 
 namespace {
 
-// Bash splits a word at each "=". An empty COMPREPLY stands for names of files (-o default).
+// Bash splits a word at each "=". The value of an option is no command. An empty COMPREPLY stands for names of files (-o default).
 constexpr char kStart[] = R"(# shellcheck shell=bash
 # SPDX-License-Identifier: MIT
 _posutil() {
   local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local command='' words='' word
+  local command='' words='' word previous=''
   if [[ $current == '=' ]]; then
     current=''
   elif [[ $before == '=' ]]; then
     before=${COMP_WORDS[COMP_CWORD - 2]}
   fi
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    case $word in
+    case $previous:$word in
 )";
 
 constexpr char kEnd[] = R"(  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
 }
 complete -o default -o bashdefault -F _posutil posutil
 )";
-
-std::string Joined(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : between) + word;
-  return text;
-}
 
 // A branch of a case about the command and the word before: the values of an option. Values that
 // are not known here complete to nothing or to names of files.
@@ -38,6 +32,16 @@ std::string ValueBranch(const std::string& command, const DeclaredOption& option
   std::vector<std::string> patterns;
   for (const std::string& name : option.fNames) patterns.push_back(command + ":" + name);
   return "    " + Joined(patterns, " | ") + ") words='" + Joined(option.fChoices, " ") + "' ;;\n";
+}
+
+// The branch of the search for the command: skips the values of options.
+std::string SkippingBranch(const std::vector<DeclaredOption>& options) {
+  std::string patterns = "=:*";
+  for (const DeclaredOption& option : options) {
+    if (option.fValue.empty()) continue;
+    for (const std::string& name : option.fNames) patterns += " | " + name + ":*";
+  }
+  return "      " + patterns + ") ;;\n";
 }
 
 std::string Branch(const std::string& pattern, const std::vector<std::string>& words) {
@@ -77,8 +81,9 @@ std::string BashCompletion(const Declarations& declarations) {
         Branch(command.fName + ":[!-]* | " + command.fName + ":", Choices(command.fArguments));
   }
   for (const DeclaredOption& option : declarations.fOptions) values += ValueBranch("*", option);
-  return kStart + ("      " + Joined(commands, " | ") + ")\n        command=$word\n") +
-         "        break\n        ;;\n    esac\n  done\n"
+  return kStart + SkippingBranch(declarations.fOptions) + "      *:" + Joined(commands, " | *:") +
+         ")\n        command=$word\n"
+         "        break\n        ;;\n    esac\n    previous=$word\n  done\n"
          "  case $command:$before in\n" +
          values + "    *)\n      case $command:$current in\n" + options + arguments +
          Branch(":[!-]* | :", commands) + "      esac\n" +

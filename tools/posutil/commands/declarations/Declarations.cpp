@@ -8,6 +8,9 @@ namespace PosUtil {
 
 namespace {
 
+// No help shows it: each option has a text of its own.
+constexpr char kFileType[] = "FILE";
+
 bool IsWord(const std::string& text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
@@ -31,11 +34,6 @@ std::string ValueIn(const CLI::Option& option) {
   return text;
 }
 
-bool IsFile(const std::string& name) {
-  static const std::vector<std::string> kFiles = {"FILE", "SCHEMA", "IN", "OUT", "A", "B", "PATCH"};
-  return std::find(kFiles.begin(), kFiles.end(), name) != kFiles.end();
-}
-
 void Declare(const CLI::App& app, std::vector<DeclaredOption>& options,
              std::vector<DeclaredOption>& arguments) {
   for (const CLI::Option* option : app.get_options()) {
@@ -45,22 +43,27 @@ void Declare(const CLI::App& app, std::vector<DeclaredOption>& options,
 
 }  // namespace
 
+CLI::Option* MarkFile(CLI::Option* option) { return option->type_name(kFileType); }
+
+std::string Joined(const std::vector<std::string>& words, const std::string& between) {
+  return CLI::detail::join(words, between);
+}
+
 DeclaredOption DeclarationOf(const CLI::Option& option) {
   DeclaredOption declared;
   declared.fDescription = option.get_description();
   declared.fIsRequired = option.get_required();
   declared.fChoices = ChoicesIn(option.get_option_text());
+  declared.fTakesFile = option.get_type_name() == kFileType;
   if (option.get_positional()) {
     declared.fNames.push_back(option.get_name(true));
     declared.fIsRepeated = option.get_expected_max() > 1;
-    declared.fTakesFile = IsFile(declared.fNames.front());
     return declared;
   }
   for (const std::string& name : option.get_lnames()) declared.fNames.push_back("--" + name);
   for (const std::string& name : option.get_snames()) declared.fNames.push_back("-" + name);
   declared.fValue = ValueIn(option);
   declared.fIsValueOptional = !declared.fValue.empty() && option.get_expected_min() == 0;
-  declared.fTakesFile = IsFile(declared.fValue);
   return declared;
 }
 

@@ -38,6 +38,11 @@ struct Declarations {
   std::vector<DeclaredCommand> fCommands;
 };
 
+// Marks an option or argument as the name of a file, for DeclaredOption::fTakesFile.
+CLI::Option* MarkFile(CLI::Option* option);
+
+std::string Joined(const std::vector<std::string>& words, const std::string& between);
+
 // The description without what follows a semicolon or a colon, such as the default.
 std::string Brief(const DeclaredOption& option);
 

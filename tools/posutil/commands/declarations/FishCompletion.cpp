@@ -14,12 +14,6 @@ std::string Quoted(const std::string& text) {
   return quoted + "'";
 }
 
-std::string Words(const std::vector<std::string>& words) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
-  return Quoted(text);
-}
-
 std::string OptionLine(const std::string& start, const DeclaredOption& option) {
   std::string line = start;
   for (const std::string& name : option.fNames) {
@@ -28,7 +22,7 @@ std::string OptionLine(const std::string& start, const DeclaredOption& option) {
   if (!option.fValue.empty() && !option.fIsValueOptional) {
     line += option.fTakesFile ? " -r -F" : " -x";
   }
-  if (!option.fChoices.empty()) line += " -a " + Words(option.fChoices);
+  if (!option.fChoices.empty()) line += " -a " + Quoted(Joined(option.fChoices, " "));
   return line + " -d " + Quoted(Brief(option)) + "\n";
 }
 
@@ -47,7 +41,7 @@ std::string FishCompletion(const Declarations& declarations) {
     for (const DeclaredOption& argument : command.fArguments) {
       takesFiles |= argument.fTakesFile;
       if (!argument.fChoices.empty()) {
-        script += inside + " -a " + Words(argument.fChoices) + "\n";
+        script += inside + " -a " + Quoted(Joined(argument.fChoices, " ")) + "\n";
       }
     }
     if (!takesFiles) script += inside + " -f\n";

@@ -11,8 +11,8 @@ namespace {
 
 constexpr char kDescription[] =
     "reads documents of property objects: numbers, strings, binary data, arrays and dictionaries, "
-    "in text notation, JSON or TypeA. It prints, queries, converts and checks them. It loads "
-    "libKAPUtils.so to do so.";
+    "in text notation, JSON or TypeA. It prints, queries, changes, compares, converts and checks "
+    "them. It loads libKAPUtils.so to do so.";
 
 constexpr std::pair<const char*, const char*> kStatuses[] = {
     {"0", "Success."},
@@ -146,7 +146,8 @@ std::string ManualPage(const Declarations& declarations) {
   std::string page =
       ".\\\" SPDX-License-Identifier: MIT\n.TH POSUTIL 1 \"\" \"KAPUtils " +
       Escaped(KAPUtils_BuildVersion()) + "\" \"User Commands\"\n" +
-      ".SH NAME\nposutil \\- print, convert, query and check documents of property objects\n" +
+      ".SH NAME\nposutil \\- print, query, change, compare, convert and check documents "
+      "of property objects\n" +
       ".SH SYNOPSIS\n.nh\n.ad l\n" + synopsis + ".ad b\n.hy\n.SH DESCRIPTION\n.B posutil\n" +
       Sentence(kDescription) + ".SH OPTIONS\nEvery command takes these options.\n";
   for (const DeclaredOption& option : declarations.fOptions) page += OptionItem(option);

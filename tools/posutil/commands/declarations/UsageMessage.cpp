@@ -16,13 +16,12 @@ namespace {
 
 std::string Quoted(const std::string& text) { return "\"" + Printable(text) + "\""; }
 
-std::string Joined(const std::vector<std::string>& words, const char* last) {
-  std::string text;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    if (i > 0) text += i + 1 == words.size() ? std::string(" ") + last + " " : ", ";
-    text += words[i];
-  }
-  return text;
+// "a, b or c", if the last word comes after "or".
+std::string Sequence(std::vector<std::string> words, const std::string& beforeLast) {
+  if (words.size() < 2) return Joined(words, "");
+  const std::string last = words.back();
+  words.pop_back();
+  return Joined(words, ", ") + " " + beforeLast + " " + last;
 }
 
 std::string Hint(const std::string& word, const std::vector<std::string>& candidates) {
@@ -64,7 +63,11 @@ class Usage {
     }
     const std::string word = words.front().substr(0, words.front().find('='));
     if (!word.starts_with('-')) return "unexpected argument " + Quoted(ShowArgument(words.front()));
-    return "unknown option " + Printable(word) + Hint(word, OptionNames());
+    const std::vector<std::string> names = OptionNames();
+    if (std::find(names.begin(), names.end(), word) != names.end()) {
+      return word + " belongs after the command";
+    }
+    return "unknown option " + Printable(word) + Hint(word, names);
   }
 
   // The options and arguments of the command that must be there and are not.
@@ -76,7 +79,7 @@ class Usage {
       missing.push_back(declared.fNames.front() +
                         (declared.fValue.empty() ? "" : " " + declared.fValue));
     }
-    return Joined(missing, "and");
+    return Sequence(missing, "and");
   }
 
   std::vector<std::string> CommandNames() const {
@@ -125,18 +128,23 @@ class Usage {
     if (dynamic_cast<const CLI::ExcludesError*>(&error)) return Excluded(option, name);
     const std::vector<std::string> values = option.results();
     if (declared.fValue.empty() && !option.get_positional()) return name + " takes no value";
-    if (values.empty() || values.back().empty()) return name + " needs a value: " + declared.fValue;
+    if (values.empty() || values.back().empty()) {
+      return name + " needs a value" + (declared.fValue.empty() ? "" : ": " + declared.fValue);
+    }
     if (values.size() > 1 && !declared.fIsRepeated) return name + " is there more than once";
     std::string text = name + ": " + Quoted(values.front());
     if (dynamic_cast<const CLI::ConversionError*>(&error)) return text + " is not a number";
     const auto& choices = declared.fChoices;
-    const bool areAll = !choices.empty() && CLI::detail::join(choices, "|") == declared.fValue;
+    // The text of an argument holds its choices, too, but is not what follows it.
+    const bool areAll =
+        !choices.empty() && CLI::detail::join(choices, "|") == option.get_option_text();
     if (!areAll) return text + " is " + Explanation(error.what(), name);
     const auto wrong = std::find_if(values.begin(), values.end(), [&](const std::string& value) {
       return std::find(choices.begin(), choices.end(), value) == choices.end();
     });
     const std::string& value = wrong == values.end() ? values.front() : *wrong;
-    return name + ": " + Quoted(value) + " is not " + Joined(choices, "or") + Hint(value, choices);
+    return name + ": " + Quoted(value) + " is not " + Sequence(choices, "or") +
+           Hint(value, choices);
   }
 
   static std::string Excluded(const CLI::Option& option, const std::string& name) {

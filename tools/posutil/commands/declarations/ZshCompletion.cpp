@@ -32,9 +32,7 @@ std::string Escaped(const std::string& text) {
 
 std::string Action(const DeclaredOption& option) {
   if (option.fTakesFile) return "_files";
-  std::string words;
-  for (const std::string& choice : option.fChoices) words += (words.empty() ? "" : " ") + choice;
-  return words.empty() ? " " : "(" + words + ")";
+  return option.fChoices.empty() ? " " : "(" + Joined(option.fChoices, " ") + ")";
 }
 
 std::string OptionLines(const std::vector<DeclaredOption>& options) {
@@ -47,7 +45,7 @@ std::string OptionLines(const std::vector<DeclaredOption>& options) {
       if (option.fIsValueOptional)
         line = name + "=-" + text + "::" + value;
       else if (!option.fValue.empty())
-        line = name + "=" + text + ":" + value;
+        line = name + (name.starts_with("--") ? "=" : "+") + text + ":" + value;
       lines += " \\\n        " + Quoted(line);
     }
   }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "commands/declarations/Declarations.h"
 #include "files/InputFile.h"
 #include "formats/DocumentLayout.h"
 #include "formats/DocumentPlaces.h"
@@ -12,7 +13,7 @@
 namespace PosUtil {
 
 void DocumentArgument::Declare(CLI::App& options, const char* name) {
-  options.add_option(name, fFile, "The document, - for standard input")
+  MarkFile(options.add_option(name, fFile, "The document, - for standard input"))
       ->required()
       ->option_text(" ");
   DeclareFrom(options, "--from", fFormat, name);

@@ -8,6 +8,7 @@
 
 #include "base/Failure.h"
 #include "base/Printable.h"
+#include "commands/declarations/Declarations.h"
 #include "commands/documents/FormatOption.h"
 
 namespace PosUtil {
@@ -15,7 +16,7 @@ namespace PosUtil {
 namespace fs = std::filesystem;
 
 void FilesArgument::Declare(CLI::App& options, const char* name) {
-  options.add_option(name, fFiles, "The documents, - for standard input")
+  MarkFile(options.add_option(name, fFiles, "The documents, - for standard input"))
       ->required()
       ->option_text("...");
   DeclareFrom(options, "--from", fFormat, name);

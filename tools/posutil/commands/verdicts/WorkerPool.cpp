@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -35,14 +36,26 @@ void WorkerPool::Unmap::operator()(std::atomic<std::size_t>* shared) const noexc
 }
 
 WorkerPool::WorkerPool(std::size_t workers, std::size_t tasks)
-    : fTasks(tasks), fNextTask(NewShared()) {
-  fWorkers.reserve(workers);
-  while (fWorkers.size() < workers && !IsWorker() && Start()) {
-  }
-  // Fewer workers than wanted take longer, but do the same.
+    : fMost(workers), fTasks(tasks), fNextTask(NewShared()) {
+  StartAll(workers);
   if (!IsWorker() && fWorkers.empty()) {
     throw Failure(std::string("cannot start a process: ") + std::strerror(errno));
   }
+}
+
+// Fewer workers than wanted take longer, but do the same.
+void WorkerPool::StartAll(std::size_t workers) {
+  fWorkers.reserve(workers);
+  while (fWorkers.size() < workers && !IsWorker() && Start()) {
+  }
+}
+
+bool WorkerPool::Restart() {
+  const std::size_t taken = fNextTask->load(std::memory_order_relaxed);
+  if (taken >= fTasks || taken == fTaken) return false;
+  fTaken = taken;
+  StartAll(std::min(fMost, fTasks - taken));
+  return IsWorker() || !fWorkers.empty();
 }
 
 bool WorkerPool::Start() {
@@ -68,9 +81,18 @@ WorkerPool::~WorkerPool() {
   for (Worker& worker : fWorkers) {
     if (worker.fPipe) ::kill(worker.fProcess, SIGTERM);  // its results have no reader
     worker.fPipe = Descriptor();
-    while (::waitpid(worker.fProcess, nullptr, 0) < 0 && errno == EINTR) {
-    }
   }
+  Collect();
+}
+
+void WorkerPool::Collect() {
+  for (const Worker& worker : fWorkers) {
+    int status = 0;
+    while (::waitpid(worker.fProcess, &status, 0) < 0 && errno == EINTR) {
+    }
+    fHasFailed |= status != 0;
+  }
+  fWorkers.clear();
 }
 
 std::optional<std::size_t> WorkerPool::NextTask() {
@@ -101,6 +123,7 @@ void WorkerPool::ReceiveAll(const Receive& receive) {
       --open;
     }
   }
+  Collect();
 }
 
 }  // namespace PosUtil

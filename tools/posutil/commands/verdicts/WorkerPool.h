@@ -21,7 +21,7 @@ namespace PosUtil {
 //
 // After the constructor, both sides run: the parent calls ReceiveAll; a worker takes tasks until
 // none is left, then returns to the end of the program, where its host checks its accounting.
-// Errors: Failure if no process starts.
+// Errors: Failure if no process starts in the constructor.
 class WorkerPool {
  public:
   // Output that is still in a buffer would appear once for each process: flush it before.
@@ -37,10 +37,18 @@ class WorkerPool {
   std::optional<std::size_t> NextTask();
   int Results() const { return fResults.Get(); }
 
+  // For the parent: starts workers for the tasks that none has taken because all have died, and
+  // returns whether it has. Like the constructor, it returns in the workers too. Returns false if
+  // the workers before took no task: new ones would die the same way.
+  bool Restart();
+
   // For the parent: calls `receive` with the bytes that the workers send, until all have ended.
   using Receive = std::function<void(std::size_t worker, std::string_view bytes)>;
   void ReceiveAll(const Receive& receive);
+  // The number of workers that run.
   std::size_t Count() const { return fWorkers.size(); }
+  // After ReceiveAll: whether a worker was killed or returned an exit status other than 0.
+  bool HasFailed() const { return fHasFailed; }
 
  private:
   struct Worker {
@@ -51,9 +59,15 @@ class WorkerPool {
     void operator()(std::atomic<std::size_t>* shared) const noexcept;
   };
 
+  void StartAll(std::size_t workers);
   bool Start();
+  // Waits until all workers have ended.
+  void Collect();
 
+  const std::size_t fMost;  // of the workers
   const std::size_t fTasks;
+  std::size_t fTaken = 0;  // at the last Restart
+  bool fHasFailed = false;
   std::unique_ptr<std::atomic<std::size_t>, Unmap> fNextTask;
   std::vector<Worker> fWorkers;  // of the parent
   Descriptor fResults;           // of a worker
