@@ -35,7 +35,8 @@ class CacheTest : public HostTest {
   char fItems[4] = {'a', 'b', 'c', 'd'};
 };
 
-// An identity has one item; calls for another one do nothing. The procedure that purges is optional.
+// An identity has one item; calls for another one do nothing. The procedure that purges is
+// optional.
 TEST_F(CacheTest, OnlyTheItemOfTheIdentity) {
   EXPECT_TRUE(Add(0));
   EXPECT_TRUE(Cache<"Add">(fIDs[1], &fItems[1], 10ul, nullptr));
