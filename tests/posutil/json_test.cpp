@@ -238,7 +238,8 @@ TEST(JsonTest, RejectsWhatObjectsCannotHold) {
        "  {\"a\":[1,{\"b\":\"x\\u0000\"}]}\n               ^\n"},
       {"{\n\"b\\u0000\":1}", "2:1: a key contains a zero character\n  \"b\\u0000\":1}\n  ^\n"},
       {R"([1,{"a":-1e999}])",
-       "1:9: the number -1e999 is too large; --loss=keep keeps it (at [1].a)\n  [1,{\"a\":-1e999}]\n          ^\n"},
+       "1:9: the number -1e999 is too large; --loss=keep keeps it (at [1].a)\n  "
+       "[1,{\"a\":-1e999}]\n          ^\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.in);
