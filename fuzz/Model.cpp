@@ -37,8 +37,7 @@ bool AreEqual(const ModelRef& a, const ModelRef& b) {
       return other != b->fEntries.end() && AreEqual(entry.second, other->second);
     });
   }
-  return a->fNumber == b->fNumber && a->fText == b->fText && a->fUnits == b->fUnits &&
-         a->fBytes == b->fBytes && a->fPointer == b->fPointer &&
+  return a->fScalar == b->fScalar &&
          std::equal(a->fElements.begin(), a->fElements.end(), b->fElements.begin(),
                     b->fElements.end(), &AreEqual);
 }

@@ -16,11 +16,7 @@ using ModelRef = std::shared_ptr<Model>;
 
 struct Model {
   KAP_T_MT::POSType fType;
-  double fNumber = 0;
-  std::string fText;                         // of a string; the type name of binary data
-  std::basic_string<unsigned short> fUnits;  // of a Unicode string
-  std::vector<unsigned char> fBytes;         // of binary data
-  const void* fPointer = nullptr;            // a raw pointer
+  std::string fScalar;                       // what a scalar holds, as text
   std::vector<ModelRef> fElements;           // of an array; null for an empty slot
   std::map<std::string, ModelRef> fEntries;  // of a dictionary, in byte order
 

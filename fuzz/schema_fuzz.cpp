@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "Harness.h"
+#include "Outcome.h"
 #include "POSValidator.h"
 
 namespace {
@@ -19,7 +19,6 @@ using namespace KAP_T_MT;
 // the language: each of n types can refer twice to the next one. Schemas with more work than this
 // are checked without messages.
 constexpr double kMaxWork = 20'000;
-constexpr std::size_t kMaxMessages = 200'000;
 constexpr int kMaxDepth = 40;  // of references; the library reports deeper ones
 
 using References = std::map<std::string, std::vector<std::string>>;
@@ -62,44 +61,13 @@ double Work(const References& references) {
   return most;
 }
 
-std::vector<std::string> gMessages;
-
-void Receive(const char* message) {
-  gMessages.emplace_back(message);
-  Expect(gMessages.size() <= kMaxMessages, "a check ends");
-}
-
-struct Outcome {
-  bool fIsValid;
-  std::vector<std::string> fMessages;
-  std::vector<std::string> fReports;
-
-  friend bool operator==(const Outcome&, const Outcome&) = default;
-};
-
-template <class Check>
-Outcome OutcomeOf(Harness& harness, Check check) {
-  gMessages.clear();
-  bool isValid = false;
-  std::vector<std::string> reports;
-  try {
-    isValid = check();
-    reports = harness.TakeReports();
-  } catch (const std::exception& error) {
-    reports = harness.TakeReports();
-    reports.emplace_back(error.what());
-  }
-  Outcome outcome = {isValid, gMessages, reports};
-  Expect(!isValid || (gMessages.empty() && reports.empty()), "a valid object has no message");
-  return outcome;
-}
-
 // The same check again, with and without messages.
 template <class Check>
 void ExpectSteady(Harness& harness, Check check) {
-  const Outcome outcome = OutcomeOf(harness, [&] { return check(&Receive); });
-  Expect(OutcomeOf(harness, [&] { return check(&Receive); }) == outcome, "a check is repeatable");
-  const Outcome quiet = OutcomeOf(harness, [&] { return check(nullptr); });
+  const Outcome outcome = Outcome::Of(harness, [&] { return check(&Outcome::Receive); });
+  Expect(Outcome::Of(harness, [&] { return check(&Outcome::Receive); }) == outcome,
+         "a check is repeatable");
+  const Outcome quiet = Outcome::Of(harness, [&] { return check(nullptr); });
   Expect(quiet.fIsValid == outcome.fIsValid && quiet.fReports == outcome.fReports,
          "messages do not change a check");
 }
@@ -129,7 +97,7 @@ KAP_FUZZ_TARGET(input, harness) {
       return validator.Validate(object, name.c_str(), message);
     };
     if (isHeavy) {
-      OutcomeOf(harness, [&] { return check(nullptr); });
+      Outcome::Of(harness, [&] { return check(nullptr); });
     } else {
       ExpectSteady(harness, check);
     }

@@ -4,7 +4,7 @@
 // call must do. At some calls the host fails one of its own: then the call does everything, or
 // reports a failure and does nothing.
 
-#include <cstring>
+#include <functional>
 #include <iterator>
 
 #include "Choices.h"
@@ -31,141 +31,97 @@ constexpr std::size_t kMaxHandles = 6;
 constexpr std::size_t kMaxSize = 1000;  // of a value; shared parts can make it grow very fast
 constexpr int kMaxSteps = 300;
 constexpr unsigned kMaxIndex = 12;
+constexpr unsigned short kUnit = 0x20AC;
+
+// In the order of kPOSTypes.
+constexpr const char* kCategories[] = {"real",
+                                       "string",
+                                       "unicodestring",
+                                       "bindata",
+                                       "rawptr",
+                                       "array",
+                                       "dict keytype string valuetype any"};
+static_assert(std::size(kCategories) == std::size(kPOSTypes));
 
 int gPointee = 0;
 
-// ---- What differs between the kinds ----
+// ---- What objects hold, as text: the text notation, as far as there is one ----
 
-bool AreSame(POSObject* object, const ModelRef& model);
-void AppendText(std::string& out, const ModelRef& model);
-
-void AppendQuoted(std::string& out, const std::string& text) {
-  out += '(';
+std::string Quoted(const std::string& text) {
+  std::string quoted = "(";
   for (const char each : text) {
-    if (each == '\\' || each == ')') out += '\\';
-    out += each;
+    if (each == '\\' || each == ')') quoted += '\\';
+    quoted += each;
   }
-  out += ") ";
+  return quoted + ") ";
 }
 
-bool HasBytes(POSObject* object, const Model& model) {
-  const std::size_t size = BinDatas::Call<"GetSize">(object);
-  return BinDatas::Call<"GetTypeName">(object) == model.fText && size == model.fBytes.size() &&
-         (size == 0 ||
-          std::memcmp(BinDatas::Call<"GetBinData">(object), model.fBytes.data(), size) == 0);
+std::string UnitsText(std::size_t count) {
+  std::string text;
+  while (count-- > 0) text += "20AC";
+  return '`' + text + '`';
 }
 
-bool HasElements(POSObject* object, const Model& model) {
-  if (Arrays::Call<"Count">(object) != model.fElements.size()) return false;
-  for (std::size_t i = 0; i <= model.fElements.size(); ++i) {
-    const Handle element(Arrays::Call<"GetAt">(object, i), KAPAdopt());
-    if (!AreSame(element.Handle(), i < model.fElements.size() ? model.fElements[i] : nullptr)) {
-      return false;
+std::string BytesText(const std::string& typeName, const std::string& bytes) {
+  return typeName + ':' + bytes + ' ';
+}
+
+constexpr const char kEmptySlot[] = "~ ";
+constexpr const char kPointer[] = "* ";
+
+std::string Show(const ModelRef& model) {
+  if (!model) return kEmptySlot;
+  std::string parts;
+  for (const ModelRef& element : model->fElements) parts += Show(element);
+  for (const auto& [key, entry] : model->fEntries) parts += Quoted(key) + Show(entry);
+  if (model->fType == kPOSArray) return '[' + parts + "] ";
+  return model->fType == kPOSDict ? '<' + parts + "> " : model->fScalar;
+}
+
+std::string Show(POSObject* object) {
+  if (!object) return kEmptySlot;
+  std::string parts;
+  switch (static_cast<POSType>(Objects::Call<"GetType">(object))) {
+    case kPOSNumber:
+      return std::to_string(Numbers::Call<"Get">(object)) + ' ';
+    case kPOSString:
+      return Quoted(Strings::Call<"Get">(object));
+    case kPOSUnicodeString: {
+      const std::basic_string<unsigned short> units = UnicodeStrings::Call<"Get">(object);
+      Expect(units.find_first_not_of(kUnit) == units.npos, "a Unicode string has its units");
+      return UnitsText(units.size());
+    }
+    case kPOSBinData: {
+      const auto* bytes = reinterpret_cast<const char*>(BinDatas::Call<"GetBinData">(object));
+      const std::size_t size = BinDatas::Call<"GetSize">(object);
+      return BytesText(BinDatas::Call<"GetTypeName">(object), {bytes, bytes + size});
+    }
+    case kPOSRawPointer:
+      Expect(RawPointers::Call<"GetRawPointer">(object) == &gPointee, "a pointer is as it was");
+      return kPointer;
+    case kPOSArray:
+      for (std::size_t i = 0; i < Arrays::Call<"Count">(object); ++i) {
+        parts += Show(Handle(Arrays::Call<"GetAt">(object, i), KAPAdopt()).Handle());
+      }
+      return '[' + parts + "] ";
+    case kPOSDict: {
+      const Handle iterator(Iterators::Call<"NewPOSDictIterator">(object), KAPAdopt());
+      for (; !Iterators::Call<"IsDone">(iterator.Handle());
+           Iterators::Call<"Next">(iterator.Handle())) {
+        const CKAPStringAtom key(Iterators::Call<"CurKey">(iterator.Handle()));
+        parts += Quoted(key.Text());
+        parts += Show(Handle(Dicts::Call<"Get">(object, key.Handle()), KAPAdopt()).Handle());
+      }
+      return '<' + parts + "> ";
     }
   }
-  return true;
+  return "a kind that there is not";
 }
 
-bool HasEntries(POSObject* object, const Model& model) {
-  const Handle iterator(Iterators::Call<"NewPOSDictIterator">(object), KAPAdopt());
-  for (const auto& [key, entry] : model.fEntries) {
-    if (Iterators::Call<"IsDone">(iterator.Handle())) return false;
-    const CKAPStringAtom atom(key.c_str());
-    const Handle value(Dicts::Call<"Get">(object, atom.Handle()), KAPAdopt());
-    if (Iterators::Call<"CurKey">(iterator.Handle()) != key || !AreSame(value.Handle(), entry)) {
-      return false;
-    }
-    Iterators::Call<"Next">(iterator.Handle());
-  }
-  return Iterators::Call<"IsDone">(iterator.Handle());
-}
+bool AreSame(POSObject* object, const ModelRef& model) { return Show(object) == Show(model); }
 
-struct Kind {
-  const char* fCategory;                            // in a schema
-  void (*fChoose)(Model& model, Choices& choices);  // the value of a new object
-  POSObject* (*fNew)(const Model& model);           // a new reference
-  bool (*fIsSame)(POSObject* object, const Model& model);
-  void (*fAppendText)(std::string& out, const Model& model);  // null: has no text notation
-};
-
-// In the order of kPOSTypes.
-const Kind kKinds[] = {
-    {"real",
-     [](Model& model, Choices& c) {
-       model.fNumber = c.Of({0.0, 1.0, -2.5, 1e10, 0.125});
-     },
-     [](const Model& model) { return Numbers::Call<"NewPOSNumber">(model.fNumber); },
-     [](POSObject* object, const Model& m) { return Numbers::Call<"Get">(object) == m.fNumber; },
-     [](std::string& out, const Model& m) { out += std::to_string(m.fNumber) + ' '; }},
-    {"string",
-     [](Model& model, Choices& choices) {
-       model.fText = choices.Of({"", "x", "two words", "a)\\", "\xFF", "a string of some length"});
-     },
-     [](const Model& model) { return Strings::Call<"NewPOSString">(model.fText.c_str()); },
-     [](POSObject* object, const Model& m) { return Strings::Call<"Get">(object) == m.fText; },
-     [](std::string& out, const Model& model) { AppendQuoted(out, model.fText); }},
-    {"unicodestring",
-     [](Model& model, Choices& choices) { model.fUnits.assign(choices.Below(3), 0x20AC); },
-     [](const Model& model) {
-       return UnicodeStrings::Call<"NewPOSUnicodeString">(model.fUnits.c_str());
-     },
-     [](POSObject* object, const Model& model) {
-       return UnicodeStrings::Call<"Get">(object) == model.fUnits;
-     },
-     [](std::string& out, const Model& model) {
-       out += '`';
-       for (std::size_t i = 0; i < model.fUnits.size(); ++i) out += "20AC";
-       out += '`';
-     }},
-    {"bindata",
-     [](Model& model, Choices& choices) {
-       model.fText = choices.Of({"", "type"});
-       model.fBytes.assign(choices.Below(40), 0xA5);
-     },
-     [](const Model& model) {
-       return BinDatas::Call<"NewPOSBinData">(model.fText.c_str(), model.fBytes.data(),
-                                              model.fBytes.size());
-     },
-     &HasBytes, nullptr},
-    {"rawptr", [](Model& model, Choices&) { model.fPointer = &gPointee; },
-     [](const Model&) { return RawPointers::Call<"NewPOSRawPointer">(&gPointee, nullptr); },
-     [](POSObject* object, const Model& model) {
-       return RawPointers::Call<"GetRawPointer">(object) == model.fPointer;
-     },
-     nullptr},
-    {"array", [](Model&, Choices&) {}, [](const Model&) { return Arrays::Call<"NewPOSArray">(); },
-     &HasElements,
-     [](std::string& out, const Model& model) {
-       out += '[';
-       for (const ModelRef& element : model.fElements) AppendText(out, element);
-       out += "] ";
-     }},
-    {"dict keytype string valuetype any", [](Model&, Choices&) {},
-     [](const Model&) { return Dicts::Call<"NewPOSDict">(); }, &HasEntries,
-     [](std::string& out, const Model& model) {
-       out += '<';
-       for (const auto& [key, entry] : model.fEntries) {
-         AppendQuoted(out, key);
-         AppendText(out, entry);
-       }
-       out += "> ";
-     }}};
-static_assert(std::size(kKinds) == std::size(kPOSTypes));
-
-const Kind& KindOf(const Model& model) { return kKinds[model.fType - kPOSTypes[0]]; }
-
-// Compares an object with its model, part by part.
-bool AreSame(POSObject* object, const ModelRef& model) {
-  if (!object || !model) return !object && !model;
-  return Objects::Call<"GetType">(object) == model->fType && KindOf(*model).fIsSame(object, *model);
-}
-
-void AppendText(std::string& out, const ModelRef& model) {
-  KindOf(*model).fAppendText(out, *model);
-}
-
-bool HasText(const ModelRef& model) { return model && KindOf(*model).fAppendText; }
 bool HasDocument(const ModelRef& model) { return model && model->fType != kPOSRawPointer; }
+bool HasText(const ModelRef& model) { return HasDocument(model) && model->fType != kPOSBinData; }
 
 // ---- The operations ----
 
@@ -250,11 +206,50 @@ class Sequence {
     fLives.push_back({std::move(handle), std::move(model)});
   }
 
+  // Chooses the value of a new object and returns what makes it.
+  std::function<POSObject*()> ChooseFor(Model& model) {
+    switch (model.fType) {
+      case kPOSNumber: {
+        const double value = fChoices.Of({0.0, 1.0, -2.5, 1e10, 0.125});
+        model.fScalar = std::to_string(value) + ' ';
+        return [=] { return Numbers::Call<"NewPOSNumber">(value); };
+      }
+      case kPOSString: {
+        const std::string text =
+            fChoices.Of({"", "x", "two words", "a)\\", "\xFF", "a string of some length"});
+        model.fScalar = Quoted(text);
+        return [=] { return Strings::Call<"NewPOSString">(text.c_str()); };
+      }
+      case kPOSUnicodeString: {
+        const std::basic_string<unsigned short> units(fChoices.Below(3), kUnit);
+        model.fScalar = UnitsText(units.size());
+        return [=] { return UnicodeStrings::Call<"NewPOSUnicodeString">(units.c_str()); };
+      }
+      case kPOSBinData: {
+        const std::string typeName = fChoices.Of({"", "type"});
+        const std::string bytes(fChoices.Below(40), '\xA5');
+        model.fScalar = BytesText(typeName, bytes);
+        return [=] {
+          return BinDatas::Call<"NewPOSBinData">(
+              typeName.c_str(), reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+        };
+      }
+      case kPOSRawPointer:
+        model.fScalar = kPointer;
+        return [] { return RawPointers::Call<"NewPOSRawPointer">(&gPointee, nullptr); };
+      case kPOSArray:
+        return [] { return Arrays::Call<"NewPOSArray">(); };
+      case kPOSDict:
+        break;
+    }
+    return [] { return Dicts::Call<"NewPOSDict">(); };
+  }
+
   void Make() {
     auto model = std::make_shared<Model>();
     model->fType = kPOSTypes[fChoices.Below(std::size(kPOSTypes))];
-    KindOf(*model).fChoose(*model, fChoices);
-    Add(TryNew([&] { return KindOf(*model).fNew(*model); }), model);
+    const auto make = ChooseFor(*model);
+    Add(TryNew(make), model);
   }
 
   void Append() {
@@ -383,8 +378,7 @@ class Sequence {
   void AsText() {
     const Live* const live = Any();
     if (!live || !All(live->fModel, &HasText)) return;
-    std::string text;
-    AppendText(text, live->fModel);
+    const std::string text = Show(live->fModel);
     using Statics = TKAPInterfaceClient<POSObjectStatics>;
     const auto read = [&] { return Statics::Call<"CreateFromText">(text.c_str(), nullptr); };
     const Handle handle(TryNew(read), KAPAdopt());
@@ -407,8 +401,8 @@ class Sequence {
   void Validate() {
     const Live* const live = Any();
     if (!live) return;
-    const unsigned kind = fChoices.Below(std::size(kKinds));
-    const std::string text = std::string("< T < category ") + kKinds[kind].fCategory + " > >";
+    const unsigned kind = fChoices.Below(std::size(kCategories));
+    const std::string text = std::string("< T < category ") + kCategories[kind] + " > >";
     const CPOSObject object(live->Object());
     bool isValid = false;
     const bool succeeded = Try([&] {

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <string>
-#include <vector>
 
 #include "Choices.h"
-#include "Harness.h"
+#include "Outcome.h"
 #include "POSValidator.h"
 
 // Checks objects against schemas. The input is a series of choices that build both. Some choices
@@ -13,7 +12,6 @@
 namespace {
 
 using namespace KAP_T_MT;
-using Texts = std::vector<std::string>;
 
 class Maker {
  public:
@@ -95,26 +93,10 @@ class Maker {
   Choices fChoices;
 };
 
-Texts gMessages;
-void Receive(const char* message) { gMessages.emplace_back(message); }
-
 long Pass(POSObject*, KAPStringAtom*, KAPSharedBuffer*, void*) { return 1; }
 
-struct Outcome {
-  bool fValid;
-  Texts fMessages;
-  Texts fReports;
-  friend bool operator==(const Outcome&, const Outcome&) = default;
-};
-
 Outcome Check(Harness& harness, const CPOSStructValidator& validator, const CPOSObject& object) {
-  gMessages.clear();
-  const bool valid = validator.Validate(object, "A", &Receive);
-  Outcome outcome{valid, gMessages, harness.TakeReports()};
-  // The converse does not hold: an empty union accepts nothing and has no message.
-  Expect(!valid || (outcome.fMessages.empty() && outcome.fReports.empty()),
-         "a valid object has no message and no report");
-  return outcome;
+  return Outcome::Of(harness, [&] { return validator.Validate(object, "A", &Outcome::Receive); });
 }
 
 // Returns whether the schema is valid. An exception means that it is not.

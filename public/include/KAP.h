@@ -21,13 +21,13 @@
 // The runtime belongs to the one component that contains it: its sources are compiled into each
 // component, and each component has its own tables, shared errors and lists.
 //
-// Compile a component as C++20 with -fvisibility=hidden and, by g++, -fno-gnu-unique; the CMake
-// target kapclient adds them. Every header hides the namespace as well, so including the headers is
-// quiet without the options, but that alone is not enough: clang still exports the functions that
-// the sources define, and a component's own class that derives from a class of the runtime is more
-// visible than its base, which g++ warns about. An exported symbol of one component can replace the
-// same symbol of another. It can keep dlclose from unloading the component, as can the unique
-// symbols that g++ makes of the statics of inline functions.
+// Compile a component as C++20 with exceptions, type information, -fvisibility=hidden and, by g++,
+// -fno-gnu-unique; the CMake target kapclient adds them. Every header hides the namespace as well,
+// so including the headers is quiet without the options, but that alone is not enough: clang still
+// exports the functions that the sources define, and a component's own class that derives from a
+// class of the runtime is more visible than its base, which g++ warns about. An exported symbol of
+// one component can replace the same symbol of another. It can keep dlclose from unloading the
+// component, as can the unique symbols that g++ makes of the statics of inline functions.
 //
 // A default constructor makes an empty reference, and `New()` makes a new object. Three default
 // constructors ask the host for an object instead: those of CKAPCacheID, CKAPContainerHolder and

@@ -181,22 +181,18 @@ TEST_F(DirTest, ReleaseUnderFaults) {
 using FailedCall = std::function<bool(const Body& body)>;
 int FailEachCall(const std::function<void(DirWorld&, const FailedCall&)>& test) {
   int recovered = 0;
-  for (const bool andAllAfterIt : {false, true}) {
-    bool fired = true;
-    for (unsigned long n = 1; fired && !testing::Test::HasFailure(); ++n) {
-      SCOPED_TRACE(testing::Message() << "call " << n << (andAllAfterIt ? " on" : ""));
-      DirWorld world;
-      test(world, [&](const Body& body) {
-        andAllAfterIt ? world.FailFrom(Kind::kAny, n) : world.FailCall(Kind::kAny, n);
-        const bool failed = Fails(body);
-        fired = world.Fired();
-        world.StopFaults();
-        recovered += fired && !failed ? 1 : 0;
-        EXPECT_TRUE(andAllAfterIt ? failed == fired : fired || !failed);
-        return failed;
-      });
-    }
-  }
+  FailingCall::Sweep([&](const FailingCall& call) {
+    bool fired = false;
+    DirWorld world;
+    test(world, [&](const Body& body) {
+      bool failed = false;
+      fired = call.During(world, [&] { failed = Fails(body); });
+      recovered += fired && !failed ? 1 : 0;
+      EXPECT_TRUE(call.IsAlone() ? fired || !failed : failed == fired);
+      return failed;
+    });
+    return fired;
+  });
   return recovered;
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <utility>
+
 #include "TestHost.h"
 
 namespace {
@@ -32,6 +34,28 @@ class CacheTest : public HostTest {
   KAPCacheID* fIDs[4];
   char fItems[4] = {'a', 'b', 'c', 'd'};
 };
+
+// An identity has one item; calls for another one do nothing. The procedure that purges is
+// optional.
+TEST_F(CacheTest, OnlyTheItemOfTheIdentity) {
+  EXPECT_TRUE(Add(0));
+  EXPECT_TRUE(Cache<"Add">(fIDs[1], &fItems[1], 10ul, nullptr));
+  EXPECT_TRUE(Cache<"Add">(fIDs[2], &fItems[2], 10ul, nullptr));
+  EXPECT_FALSE(Cache<"MarkNoPurge">(fIDs[0], &fItems[1]));
+  EXPECT_EQ(Cache<"ReturnCost">(fIDs[0], &fItems[1]), 0u);
+  Cache<"UpdateCost">(fIDs[0], &fItems[1], 99ul);
+  EXPECT_EQ(Cache<"CurrentCacheSize">(), 30u);
+  EXPECT_TRUE(Cache<"MarkNoPurge">(fIDs[0], &fItems[0]));
+  Cache<"MarkPurge">(fIDs[0], &fItems[1]);
+  Cache<"Release">(std::exchange(fIDs[2], nullptr));
+  Cache<"PurgeAll">();
+  EXPECT_EQ(gPurged, "");
+  EXPECT_EQ(Cache<"CurrentCacheSize">(), 10u);
+  Cache<"MarkPurge">(fIDs[0], &fItems[0]);
+  Cache<"MarkPurge">(fIDs[0], &fItems[0]);  // one more than there were marks
+  Cache<"PurgeAll">();
+  EXPECT_EQ(gPurged, "a");
+}
 
 TEST_F(CacheTest, LeastRecentlyUsedFirst) {
   const unsigned long before = Cache<"GetCacheTime">();

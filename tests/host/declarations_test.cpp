@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <cstring>
+#include <tuple>
+#include <utility>
 
 #include "TestHost.h"
 
@@ -116,6 +118,113 @@ class DeclarationsTest : public HostTest {
     EXPECT_TRUE(place == Place());
   }
 };
+
+template <class Result, class... Params>
+Result Nothing(Params...) {
+  return Result();
+}
+
+class NullTest : public HostTest {
+ protected:
+  // Calls a procedure with each of these arguments null, which it does not accept.
+  template <class Interface, TKAPName Method, class... Args>
+  void EachNull(Args... args) {
+    const auto nullAt = [&]<std::size_t kAt>() {
+      std::tuple<Args...> changed(args...);
+      if constexpr (std::is_pointer_v<std::tuple_element_t<kAt, std::tuple<Args...>>>) {
+        if (!std::exchange(std::get<kAt>(changed), nullptr)) return;
+        SCOPED_TRACE(testing::Message() << Method.fText << ", argument " << kAt);
+        std::apply([&](auto... all) { this->template ExpectRefusal<Interface, Method>(all...); },
+                   changed);
+      }
+    };
+    [&]<std::size_t... kAll>(std::index_sequence<kAll...>) {
+      (nullAt.template operator()<kAll>(), ...);
+    }
+    (std::index_sequence_for<Args...>());
+  }
+
+ private:
+  template <class Interface, TKAPName Method, class... Args>
+  void ExpectRefusal(Args... args) {
+    using Result = decltype(fHost.Call<Interface, Method>(args...));
+    if constexpr (std::is_void_v<Result>) {
+      fHost.Call<Interface, Method>(args...);
+    } else if constexpr (std::is_same_v<Result, KAPError*>) {
+      EXPECT_EQ((fHost.Do<Interface, Method>(args...).substr(0, 8)), "invalid ");
+    } else {
+      EXPECT_EQ((fHost.Call<Interface, Method>(args...)), Result());
+    }
+  }
+};
+
+TEST_F(NullTest, EachArgumentAlone) {
+  using Cache = KAPCacheInterface;
+  using Containers = KAPContainerInterface;
+  using Filters = KAPFilterInterface;
+  using Streams = KAPStreamFactoryInterface;
+  void* const object = this;
+  void* place = nullptr;
+  std::size_t count = 0;
+  unsigned char bytes[1] = {};
+  KAPContainer* stream = nullptr;
+  EXPECT_EQ((fHost.Do<Streams, "NewPositionableMemoryStream">(&stream)), "");
+  KAPContainer* made = nullptr;
+  KAPDataSink* sink = nullptr;
+  EXPECT_EQ((fHost.Do<Filters, "NewNullDataSink">(&sink)), "");
+  KAPDataSink* filter = nullptr;
+  KAPCacheID* const id = fHost.Call<Cache, "NewCacheID">();
+  KAPCacheSet* const set = fHost.Call<Cache, "NewCacheSet">();
+  KAPStringAtom* const atom = fHost.Atom("atom");
+
+  EachNull<Cache, "Add">(id, object, 1ul, KAPDeleteProc());
+  EachNull<Cache, "UpdateCost">(id, object, 1ul);
+  EachNull<Cache, "ReturnCost">(id, object);
+  EachNull<Cache, "MarkNoPurge">(id, object);
+  EachNull<Cache, "MarkPurge">(id, object);
+  EachNull<Cache, "SearchForID">(set, id);
+  EachNull<Cache, "RemoveID">(set, id);
+  EachNull<Containers, "RegisterInterface">(stream, atom, atom);
+  EachNull<Containers, "RegisterInstance">(stream, atom, nullptr, KAPDeleteProc());
+  EachNull<Containers, "GetMethod">(&place, stream, atom, atom, 0);
+  EachNull<Containers, "GetParentMethod">(&place, stream, atom, atom, atom);
+  EachNull<Containers, "GetInstance">(stream, atom);
+  EachNull<Containers, "NGetInstance">(&place, stream, atom);
+
+  const KAPSinkWriteProc write = &Nothing;
+  const KAPSinkDeleteProc release = &Nothing;
+  const KAPFilterCloseProc close = &Nothing;
+  const KAPFilterGetVellumcodeFilterProc code = &Nothing;
+  EachNull<Filters, "NewClientDataSink">(&filter, object, write, release);
+  EachNull<Filters, "NewClientFilter">(&filter, sink, object, write, release, close, code);
+  EachNull<Filters, "NewFilterJPEG">(&filter, sink, object, write, release, close, code,
+                                     KAPImageParmsProc(&Nothing),
+                                     KAPCompressionParmsProc(&Nothing));
+  EachNull<Filters, "Write">(sink, +bytes, 1ul);
+  EachNull<KAPProgressInterface, "NewClientProgress">(object, KAPProgressUpdateProc(&Nothing),
+                                                      KAPProgressDeleteProc(&Nothing));
+
+  const KAPClientReadProc read = &Nothing;
+  const KAPClientWriteProc writeTo = &Nothing;
+  const KAPClientDeleteProc end = &Nothing;
+  const KAPClientCreateStreamProc create = &Nothing;
+  const KAPClientRewindProc rewind = &Nothing;
+  EachNull<Streams, "NewPositionableBufferStream">(&made, +bytes, 1ul);
+  EachNull<Streams, "NewPositionableFileStream">(&made, "path", "r");
+  EachNull<Streams, "NewClientSimpleStream">(&made, object, read, writeTo, end);
+  EachNull<Streams, "NewClientRewindableStream">(&made, object, read, writeTo, end, create, rewind);
+  EachNull<Streams, "NewClientPositionableStream">(&made, object, read, writeTo, end, create,
+                                                   rewind, create, KAPClientMarkProc(&Nothing),
+                                                   KAPClientSeekProc(&Nothing));
+  EachNull<KAPSimpleStreamInterface, "Read">(&count, stream, +bytes, 1ul);
+  EachNull<KAPSimpleStreamInterface, "Write">(stream, +bytes, 1ul);
+
+  fHost.Strings<"DeleteStringAtom">(atom);
+  fHost.Call<Cache, "DeleteCacheSet">(set);
+  fHost.Call<Cache, "Release">(id);
+  fHost.Call<Filters, "Release">(sink);
+  fHost.Containers<"Release">(stream);
+}
 
 TEST_F(DeclarationsTest, NullArgumentsAreErrorsOrIgnored) {
   ForEachProc([this]<KAPTraits kTraits>(auto proc) { CallWithNulls<kTraits>(proc); });

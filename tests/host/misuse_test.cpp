@@ -176,7 +176,13 @@ TEST(MisuseThreadsTest, BindingThread) {
   const auto remove = host.Proc<KAPCacheInterface, "RemoveClientPurge">();
   add([] {}, 1);
   EXPECT_TRUE(host.TakeReports().empty());
-  std::thread([&] { remove([] {}, 1); }).join();
+  // Not the last thing that the thread does: a jump to the procedure would have no caller here.
+  bool isRemoved = false;
+  std::thread([&] {
+    remove([] {}, 1);
+    isRemoved = true;
+  }).join();
+  EXPECT_TRUE(isRemoved);
   EXPECT_EQ(host.TakeReports(),
             std::vector<std::string>{
                 "KAP host: a call that only the binding thread may make came from another one"
@@ -203,7 +209,7 @@ TEST(MisuseStacksTest, Report) {
 #ifdef KAP_HOST_SYMBOLS
   EXPECT_NE(reports[0].find("Misuse (careless_component.cpp:"), std::string::npos) << reports[0];
 #else
-  EXPECT_NE(reports[0].find("careless_component"), std::string::npos) << reports[0];
+  EXPECT_NE(reports[0].find("\n    Careless+0x"), std::string::npos) << reports[0];
 #endif
 }
 

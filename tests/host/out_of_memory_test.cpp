@@ -75,7 +75,11 @@ using Filters = KAPFilterInterface;
 KAPError* Write(void*, const unsigned char*, std::size_t) { return nullptr; }
 KAPError* Read(std::size_t*, void*, unsigned char*, std::size_t) { return nullptr; }
 KAPError* Delete(void*) { return nullptr; }
-KAPError* Create(void** out, void* client) { return *out = client, nullptr; }
+
+int gOwned = 0;  // streams of the client that the host is to delete
+KAPError* Create(void** out, void* client) { return ++gOwned, *out = client, nullptr; }
+KAPError* DeleteStream(void*) { return --gOwned, nullptr; }
+
 KAPError* Rewind(void*) { return nullptr; }
 KAPError* Close(void*) { return nullptr; }
 KAPError* Code(KAPFilter**, void*) { return nullptr; }
@@ -126,10 +130,12 @@ const std::pair<const char*, bool (*)(SmallHost&)> kUses[] = {
                &streams[3], streams[2]) &&
            host.Try<Factory, "NewPositionableFileStream">(&streams[4], "/dev/null", "r") &&
            host.Try<Factory, "NewClientRewindableStream">(&streams[5], &gData, &Read, &Write,
-                                                          &Delete, &Create, &Rewind) &&
+                                                          &DeleteStream, &Create, &Rewind) &&
            host.Try<KAPRewindableStreamInterface, "CreateIndependentlyRewindableStream">(
                &streams[6], streams[5]);
+       gOwned += streams[5] ? 1 : 0;
        for (KAPContainer* stream : streams) host.Containers<"Release">(stream);
+       EXPECT_EQ(gOwned, 0);
        return isDone;
      }},
     {"sinks and progress",

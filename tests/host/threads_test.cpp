@@ -177,10 +177,10 @@ TEST(ThreadsChecksTest, TwoLastReleases) {
   other.join();
   long atoms = 0;
   for (const std::string& report : host.TakeReports()) {
-    if (report == "KAP host: release of a dead atom \"text\"") {
+    if (report.starts_with("KAP host: release of a dead atom \"text\"")) {
       ++atoms;
     } else {
-      EXPECT_EQ(report, "KAP host: release of a dead error \"message\"");
+      EXPECT_TRUE(report.starts_with("KAP host: release of a dead error \"message\"")) << report;
     }
   }
   EXPECT_EQ(atoms, kTurns);

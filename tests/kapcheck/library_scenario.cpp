@@ -14,7 +14,7 @@ using namespace KAP_T_MT;
 namespace {
 
 CPOSObject WrittenAndRead(const CPOSObject& object) {
-  const CPOSStreamer streamer;
+  const CPOSStreamer streamer = CPOSStreamer::New();
   CKAPPositionableStream stream(CKAPStreamFactory::NewPositionableMemoryStream());
   streamer.Serialize(stream, object, nullptr);
   stream.Seek(0, kKAPSeekFromStart);

@@ -100,21 +100,16 @@ TEST(ProceduresTest, BadInput) {
   EXPECT_GT(sweep.Calls(), 200);
 }
 
-// The nth call of the host fails, alone or with all after it; when it is cold, the method tables
-// are to be loaded anew, which takes calls of its own. True while there is such a call.
+// A call of the host fails; when it is cold, the method tables are to be loaded anew, which takes
+// calls of its own. True if there was such a call.
 template <class Procedure>
-bool FailedCall(unsigned long n, bool andAllAfterIt, bool cold) {
-  SCOPED_TRACE(testing::Message() << Procedure::kInterface << '.' << Procedure::kMethod << ", call "
-                                  << n << (andAllAfterIt ? " on" : "") << (cold ? ", cold" : ""));
+bool Fails(const FailingCall& call, bool cold) {
   World world;
   Given given(world, Procedure::kInterface, Procedure::kMethod);
   const std::string before = given.Show();
   if (cold) world.MoveUnregisterCounter();
-  andAllAfterIt ? world.FailFrom(KAP_T_MT::KAPFault::kAny, n)
-                : world.FailCall(KAP_T_MT::KAPFault::kAny, n);
-  const std::optional<bool> failed = Procedure::Call(world, given);
-  const bool fired = world.Fired();
-  world.StopFaults();
+  std::optional<bool> failed;
+  const bool fired = call.During(world, [&] { failed = Procedure::Call(world, given); });
 
   const bool quiet = Procedure::kMethod == "DeepGet";  // not found, whatever the reason
   const bool changes = Procedure::kMethod == "SetAt" || Procedure::kMethod == "Append" ||
@@ -129,12 +124,11 @@ bool FailedCall(unsigned long n, bool andAllAfterIt, bool cold) {
 TEST(ProceduresTest, NthCallOfTheHostFails) {
   unsigned long failed = 0;
   ForEachProcedure([&]<class Procedure>() {
-    for (const bool andAllAfterIt : {false, true}) {
-      for (const bool cold : {false, true}) {
-        unsigned long n = 1;
-        while (FailedCall<Procedure>(n, andAllAfterIt, cold) && !testing::Test::HasFailure()) ++n;
-        failed += n - 1;
-      }
+    for (const bool cold : {false, true}) {
+      SCOPED_TRACE(testing::Message()
+                   << Procedure::kInterface << '.' << Procedure::kMethod << (cold ? ", cold" : ""));
+      failed +=
+          FailingCall::Sweep([=](const FailingCall& call) { return Fails<Procedure>(call, cold); });
     }
   });
   EXPECT_GT(failed, 200u);

@@ -58,6 +58,19 @@ TEST(SetTest, Places) {
       {"the empty key", R"({"a":1})", "", {0, R"({"":9,"a":1})", ""}},
       {"the whole document", "[1]", "", {0, "9", ""}},
       {"malformed", R"({"a":[1]})", "a[x]", {2, "", "posutil: malformed path \"a[x]\"\n"}},
+      {"an index of more than 32 bits",
+       "[1]",
+       "[4294967296]",
+       {1, "", no + "\"[4294967296]\": the document is an array of 1\n"}},
+      {"an index in nothing", "{}", "/x/5", {1, "", no + "\"/x/5\": there is no \"x\"\n"}},
+      {"a leading zero",
+       "[1]",
+       "/01",
+       {1, "", no + "\"/01\": the document is an array of 1, and \"01\" is not an index\n"}},
+      {"a sign",
+       R"({"a":[1]})",
+       "/a/-1",
+       {1, "", no + "\"/a/-1\": \"a\" is an array of 1, and \"-1\" is not an index\n"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
@@ -85,6 +98,9 @@ TEST(SetTest, Values) {
       {"not JSON",
        {"Ada"},
        {2, "", "<VALUE>:1:1: unexpected 'Ada'; expected a value\n  Ada\n  ^\n" + hint}},
+      {"JSON that no object holds",
+       {"1e400"},
+       {2, "", "<VALUE>:1:1: the number 1e400 is too large; --loss=keep keeps it\n  1e400\n  ^\n"}},
       {"not a number", {"--number", "1x"}, {2, "", "posutil: VALUE is not a number: 1x\n"}},
       {"not text notation",
        {"--text", "< b >"},
@@ -117,6 +133,51 @@ TEST(SetTest, Values) {
   EXPECT_EQ(Change("set", "json", "[1,2]", {"[2]", "null"}), (Outcome{0, "[1,2,null]\n", ""}));
 }
 
+// A kept value has no members, and an escaped object has those that JSON shows.
+TEST(ChangeTest, KeptValuesAreScalars) {
+  const std::string no = "posutil: <stdin>: no ";
+  const struct {
+    const char* command;
+    std::string document;
+    Arguments arguments;
+    Outcome outcome;
+  } rows[] = {
+      {"set",
+       R"({"a":true})",
+       {"a.b", "1"},
+       {1, "", no + "place for a value at \"a.b\": \"a\" is true\n"}},
+      {"set",
+       "null",
+       {"a", "1"},
+       {1, "", no + "place for a value at \"a\": the document is null\n"}},
+      {"remove", R"({"a":true})", {"/a/$json"}, {1, "", no + "value at \"/a/$json\"\n"}},
+      {"get", R"({"a":{"$json":"true"}})", {"a.$json"}, {0, "true\n", ""}},
+      {"set",
+       R"({"a":{"$json":"true"}})",
+       {"/a/x", "1"},
+       {0, R"({"a":{"$json":"true","x":1}})", ""}},
+      {"set",
+       R"({"a":{}})",
+       {"/a/$json/$json", "\"1\""},
+       {0, R"({"a":{"$json":{"$json":"1"}}})", ""}},
+      {"set",
+       R"({"$json":{"$json":"1"}})",
+       {"$json.b", "2"},
+       {0, R"({"$json":{"$json":"1","b":2}})", ""}},
+      {"set", R"({"$json":"1"})", {"$json", "true"}, {0, R"({"$json":true})", ""}},
+      {"remove", R"([{"$json":"null","b":2}])", {"/0/b"}, {0, R"([{"$json":"null"}])", ""}},
+      {"remove", R"({"a":{"$json":"null"}})", {"/a/$json"}, {0, R"({"a":{}})", ""}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.document + row.arguments[0]);
+    Arguments arguments = row.arguments;
+    arguments.push_back("--loss=keep");
+    Outcome expected = row.outcome;
+    if (expected.fStatus == 0 && expected.fOut.back() != '\n') expected.fOut += '\n';
+    EXPECT_EQ(Change(row.command, "json", row.document, arguments), expected);
+  }
+}
+
 TEST(RemoveTest, Values) {
   const std::string none = "posutil: <stdin>: no value at ";
   const struct {
@@ -136,13 +197,19 @@ TEST(RemoveTest, Values) {
       {"every path that is missing",
        R"({"a":[1]})",
        {"b", "a[0]", "/a/-", "a.x.y"},
-       {1, "", none + "\"b\"\n<stdin>: no value at \"/a/-\"\n<stdin>: no value at \"a.x.y\"\n"}},
+       {1, "", none + "\"b\"\n" + none + "\"/a/-\"\n" + none + "\"a.x.y\"\n"}},
+      {"an index of more than 32 bits",
+       "[1]",
+       {"[4294967296]"},
+       {1, "", none + "\"[4294967296]\"\n"}},
+      {"malformed", "[1]", {"[0", "[9]"}, {2, "", "posutil: malformed path \"[0\"\n"}},
+      {"the document", "[1]", {""}, {1, "", "posutil: <stdin>: nothing is left\n"}},
+
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
     EXPECT_EQ(Change("remove", "json", row.document, row.paths), row.outcome);
   }
-  EXPECT_EQ(Change("remove", "json", "[1]", {""}).fStatus, 3);  // no document is left
 }
 
 TEST(ChangeTest, KeepsFormatAndLayout) {
@@ -156,7 +223,8 @@ TEST(ChangeTest, KeepsFormatAndLayout) {
       {"json", "{\n\t\"b\": 1}\n", "{\n\t\"a\": 9,\n\t\"b\": 1\n}\n"},
       {"json", "\n\n{\n    \"b\": {}}", "{\n    \"a\": 9,\n    \"b\": {}\n}\n"},
       {"json", "{\n\"b\": []}", "{\n\"a\": 9,\n\"b\": []\n}\n"},
-      {"json", "{}", "{\n  \"a\": 9\n}\n"},
+      {"json", "{}", "{\"a\":9}\n"},
+      {"json", "{\n}", "{\n  \"a\": 9\n}\n"},
       {"text", "< b 1 >\n", "< a 9 b 1 >\n"},
       {"text", "< b 1\n  c 2 >\n", "<\n  a 9\n  b 1\n  c 2\n>\n"},
       {"typea", "POSStreamerTypeA_Version1.0 < \"b\" \"\\377\" > ",
@@ -187,7 +255,11 @@ TEST(ChangeTest, ManyDocuments) {
       "p.json", R"([{"op":"add","path":"/x","value":[1]},{"op":"add","path":"/x/-","value":2}])");
   EXPECT_EQ(Change("patch", "json", "{}\n{}", {"--all", patch}),
             (Outcome{0, "{\"x\":[1,2]}\n{\"x\":[1,2]}\n", ""}));
-  EXPECT_EQ(Change("remove", "json", "{\"a\":1,\"b\":2}\n{\"b\":1}", {"--all", "a"}).fStatus, 1);
+  EXPECT_EQ(Change("remove", "json", "{\"a\":1,\"b\":2}\n{\"b\":1}", {"--all", "a"}).fErr,
+            "posutil: <stdin>, document 2: no value at \"a\"\n");
+  EXPECT_EQ(
+      Change("set", "json", "{}\n{}", {"--all", "a", "null"}),
+      (Outcome{0, "{}\n{}\n", "<VALUE>:1:1: warning: a member with the value null is dropped\n"}));
 }
 
 // Of a document, a patch and the result. The examples of RFC 7386, appendix A.
@@ -214,6 +286,10 @@ TEST(MergeTest, TheExamplesOfTheRfc) {
       {R"({"e":null})", R"({"a":1})", R"({"a":1,"e":null})"},
       {R"({"a":true})", R"({"a":{"b":false}})", R"({"a":{"b":false}})"},
       {R"({"a":"foo"})", "null", "null"},
+      // Objects that look like kept values.
+      {R"({"a":1})", R"({"a":{"$json":"null"}})", R"({"a":{"$json":"null"}})"},
+      {R"({"a":{"$json":"1"}})", R"({"a":{"b":2}})", R"({"a":{"$json":"1","b":2}})"},
+      {R"({"$json":"1","b":2})", R"({"b":null})", R"({"$json":"1"})"},
   };
   const Folder folder;
   int number = 0;
@@ -241,7 +317,7 @@ TEST(MergeTest, NullsAndFormats) {
             (Outcome{0, "< a `0041` b < c (\xFF) d 2 e `0042` > >\n", ""}));
   EXPECT_EQ(RunPosutil({"merge", "-", "-"}).fStatus, 2);
   EXPECT_EQ(Change("merge", "json", "{}", {folder.Put("null.json", "null")}),
-            (Outcome{3, "", "posutil: <stdin>: the result is null\n"}));
+            (Outcome{3, "", "posutil: <stdin>: the result is null; --loss=keep keeps it\n"}));
 }
 
 // The examples of RFC 6902, appendix A, and of RFC 6901; an empty result is a failure.
@@ -330,35 +406,60 @@ TEST(PatchTest, TheExamplesOfTheRfc) {
 
 TEST(PatchTest, Messages) {
   const Folder folder;
-  const std::string start = "posutil: <stdin>: ";
   const struct {
     const char* patch;
-    int status;
+    int column;  // of the fault in the patch; 0 if the document does not fit
     std::string message;
   } rows[] = {
-      {"{}", 3, "the patch is not an array of operations"},
-      {"[1]", 3, "operation 1 of the patch is not a dictionary"},
-      {R"([{"path":"/a"}])", 3, R"(operation 1 of the patch has no string "op")"},
-      {R"([{"op":"remove"}])", 3, R"(operation 1 of the patch has no string "path")"},
-      {R"([{"op":"add","path":"/a"}])", 3, R"(operation 1 of the patch has no "value")"},
-      {R"([{"op":"drop","path":"/a"}])", 3,
+      {"{}", 1, "the patch is not an array of operations"},
+      {"[1]", 2, "operation 1 of the patch is not a dictionary"},
+      {R"([{"path":"/a"}])", 2, R"(operation 1 of the patch has no string "op")"},
+      {R"([{"op":"remove"}])", 2, R"(operation 1 of the patch has no string "path")"},
+      {R"([{"op":"add","path":"/a"}])", 2, R"(operation 1 of the patch has no "value")"},
+      {R"([{"op":"drop","path":"/a"}])", 8,
        R"(operation 1 of the patch has the unknown op "drop")"},
-      {R"([{"op":"remove","path":"a"}])", 3, "operation 1 of the patch has a malformed path"},
-      {R"([{"op":"test","path":"/a","value":1},{"op":"remove","path":"/b/c"}])", 1,
+      {R"([{"op":"remove","path":"a"}])", 24,
+       R"(operation 1 of the patch has the malformed path "a")"},
+      {R"([{"op":"copy","path":"/b","from":"/~"}])", 34,
+       R"(operation 1 of the patch has the malformed path "/~")"},
+      {R"([{"op":"test","path":"/a","value":1},{"op":"remove","path":"/b/c"}])", 0,
        R"(operation 2 of the patch (remove "/b/c"): there is no "b")"},
-      {R"([{"op":"remove","path":"/b"}])", 1,
+      {R"([{"op":"remove","path":"/b"}])", 0,
        R"(operation 1 of the patch (remove "/b"): there is no "/b")"},
-      {R"([{"op":"test","path":"/a","value":2}])", 1,
+      {R"([{"op":"test","path":"/a","value":2}])", 0,
        R"(operation 1 of the patch (test "/a"): the value is different)"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(Change("patch", "json", R"({"a":1})", {folder.Put("p.json", row.patch)}),
-              (Outcome{row.status, "", start + row.message + "\n"}));
+    const std::string patch = folder.Put("p.json", row.patch);
+    const Outcome outcome = Change("patch", "json", R"({"a":1})", {patch});
+    EXPECT_EQ(outcome.fStatus, row.column == 0 ? 1 : 3);
+    EXPECT_EQ(FirstMessage(outcome),
+              (row.column == 0 ? "posutil: <stdin>: "
+                               : patch + ":1:" + std::to_string(row.column) + ": ") +
+                  row.message);
   }
-  const std::string null = folder.Put("p.json", R"([{"op":"add","path":"/b","value":null}])");
-  EXPECT_EQ(Change("patch", "json", R"({"a":1})", {null}),
-            (Outcome{0, "{\"a\":1}\n",
-                     null + ":1:34: warning: a member with the value null is dropped\n"}));
+}
+
+// Also of a slot of the document itself.
+TEST(PatchTest, NullsThatBecomeMembers) {
+  const Folder folder;
+  const struct {
+    const char* patch;
+    int column;
+    const char* out;
+  } rows[] = {
+      {R"([{"op":"add","path":"/b","value":null}])", 34, "{\"a\":[null]}\n"},
+      {R"([{"op":"copy","from":"/a/0","path":"/b"}])", 36, "{\"a\":[null]}\n"},
+      {R"([{"op":"move","from":"/a/0","path":"/b"}])", 36, "{\"a\":[]}\n"},
+  };
+  for (const auto& row : rows) {
+    const std::string patch = folder.Put("p.json", row.patch);
+    const std::string place = patch + ":1:" + std::to_string(row.column) + ": ";
+    const std::string loss = "a member with the value null is dropped";
+    EXPECT_EQ(Change("patch", "json", R"({"a":[null],"b":1})", {patch}),
+              (Outcome{0, row.out, place + "warning: " + loss + "\n"}));
+    EXPECT_EQ(Change("patch", "json", R"({"a":[null],"b":1})", {"--loss=error", patch}).fStatus, 3);
+  }
 }
 
 TEST(InPlaceTest, ReplacesTheFile) {
@@ -377,6 +478,13 @@ TEST(InPlaceTest, ReplacesTheFile) {
   // An older copy is replaced, also if it is the file itself.
   EXPECT_EQ(RunPosutil({"remove", "--in-place=.old", file, "a"}), (Outcome{0, "", ""}));
   EXPECT_EQ(folder.Content("a.json.old"), "{\"a\":2,\"b\":3}\n");
+  // Any suffix is one, also what could be the value of an option.
+  for (const char* const suffix : {"true", "false", "{}"}) {
+    const std::string option = std::string("--in-place=") + suffix;
+    EXPECT_EQ(RunPosutil({"set", option, file, "c", "1"}), (Outcome{0, "", ""}));
+    EXPECT_TRUE(fs::remove(file + suffix));
+    EXPECT_EQ(RunPosutil({"remove", "--in-place", file, "c"}), (Outcome{0, "", ""}));
+  }
   fs::create_hard_link(file, file + ".bak");
   EXPECT_EQ(RunPosutil({"remove", "--in-place=.bak", file, "b"}), (Outcome{0, "", ""}));
   EXPECT_EQ(folder.Content("a.json.bak"), "{\"b\":3}\n");
@@ -413,6 +521,7 @@ TEST(InPlaceTest, AFailureLeavesEverything) {
       {"a value that the format cannot hold", {"set", "--in-place=.old", text, "a", "[null]"}, 3},
       {"a value that is not JSON", {"set", "--in-place=.old", text, "a", "x"}, 2},
       {"a suffix that leads elsewhere", {"set", "--in-place=/x", text, "a", "2"}, 2},
+      {"an empty suffix", {"set", "--in-place=", text, "a", "2"}, 2},
       {"a suffix that is taken by a folder", {"set", "--in-place=.dir", text, "a", "2"}, 3},
       {"standard input", {"set", "--in-place", "--from", "json", "-", "a", "2"}, 2},
       {"a device", {"set", "--in-place", "--from", "text", "/dev/null", "a", "2"}, 2},

@@ -160,12 +160,12 @@ TEST(LibraryTest, CanBeGivenAndMissing) {
 TEST(TraceTest, WritesCalls) {
   const Folder folder;
   const std::string path = folder.Path("calls.txt");
-  EXPECT_EQ(RunPosutil({"--trace", path, "get", "--from", "text", "-", "a[0]"}, "<a [(x)]>"),
+  EXPECT_EQ(RunPosutil({"--trace", path, "get", "--from", "text", "-", "a.b"}, "<a <b (x)>>"),
             (Outcome{0, "x\n", ""}));
   std::ifstream file(path);
   const std::string text{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_NE(text.find(": POSDictInterface.DeepGet(dictionary, \"a[0]\") {\n"), std::string::npos);
-  EXPECT_NE(text.find(" } DeepGet = string ("), std::string::npos);
+  EXPECT_NE(text.find(": POSDictInterface.Get(dictionary, \"a\") {\n"), std::string::npos);
+  EXPECT_NE(text.find(" } Get = string ("), std::string::npos);
   EXPECT_EQ(text.find("not traced"), std::string::npos);
   EXPECT_EQ(RunPosutil({"print", "--trace", "/no/folder/calls", "--from", "text", "-"}, "1"),
             (Outcome{3, "",

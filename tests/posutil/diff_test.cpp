@@ -51,6 +51,11 @@ TEST_F(DiffTest, Lines) {
       {"whole documents", "[1]", R"({"a":1})", "- [0] = 1\n+ a = 1\n"},
       {"truth is not its word", R"({"a":true,"b":null})", R"({"a":"true"})",
        "- a = true\n+ a = \"true\"\n- b = null\n"},
+      {"an object that looks like a kept value", R"({"a":{"$json":"true"},"b":{"$json":"1"}})",
+       R"({"a":{"$json":"false"},"b":{"$json":"1","c":2}})",
+       "- a.$json = \"true\"\n+ a.$json = \"false\"\n+ b.c = 2\n"},
+      {"one instead of a kept value", R"({"a":true})", R"({"a":{"$json":"true"}})",
+       "- a = true\n+ a.$json = \"true\"\n"},
       {"integers that are one double", "[9007199254740993]", "[9007199254740992]",
        "- [0] = 9007199254740993\n+ [0] = 9007199254740992\n"},
       {"a prefix of a dictionary", R"({"a":{"b":1}})", R"({"a":{"b":1,"c":2}})", "+ a.c = 2\n"},
@@ -87,7 +92,14 @@ TEST_F(DiffTest, AValueThatAPatchCannotHold) {
 }
 
 std::string RandomJson(std::mt19937& random, int depth) {
-  static const char* const kScalars[] = {"1", "2", "\"x\"", "null", "true", "{\"$unicode\":\"x\"}"};
+  static const char* const kScalars[] = {"1",
+                                         "2",
+                                         "\"x\"",
+                                         "null",
+                                         "true",
+                                         "{\"$unicode\":\"x\"}",
+                                         "{\"$json\":\"true\"}",
+                                         "{\"$json\":{\"$json\":\"1\"}}"};
   const auto kind = random() % 4;
   if (depth == 0 || kind < 2) return kScalars[random() % std::size(kScalars)];
   std::string json = kind == 2 ? "[" : "{";

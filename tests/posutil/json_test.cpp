@@ -33,6 +33,9 @@ TEST(JsonTest, RoundTrips) {
       {"negative zero keeps its sign", "[-0,-0.0,0]", "[-0.0,-0.0,0]"},
       {"the shortest digits", "[0.1,1e300,5e-324,1.7976931348623157e308]",
        "[0.1,1e+300,5e-324,1.7976931348623157e+308]"},
+      {"digits that no double needs, and zeros",
+       "[0.30000000000000004,0.10000000000000000,9007199254740992.0,0.300000000000000040]",
+       "[0.30000000000000004,0.1,9007199254740992,0.30000000000000004]"},
       {"more digits, all of them right", "0.1000000000000000055511151231257827", "0.1"},
       {"large integers that a double holds",
        "[-9223372036854775808,18446744073709549568,999999999999999,1000000000000000]",
@@ -162,7 +165,8 @@ TEST(JsonTest, RepeatedKeysAmongMany) {
 
 TEST(JsonTest, KeepsWhatObjectsDoNotHave) {
   const std::string rows[] = {
-      "true", "null", R"([true,false,null,9007199254740993,1e-400,1e999,-1e999])",
+      "[1.0000000000000001,9007199254740993.0,9007199254740993e0,90071992547409930e-1]", "true",
+      "null", R"([true,false,null,9007199254740993,1e-400,1e999,-1e999])",
       R"({"a":null,"b":[true,{"c":3.14159265358979323846}]})",
       // Documents that look like kept values.
       R"({"$json":"true"})", R"({"$json":"1 "})", R"({"$json":"x"})", R"({"$json":true})",
@@ -234,7 +238,8 @@ TEST(JsonTest, RejectsWhatObjectsCannotHold) {
        "  {\"a\":[1,{\"b\":\"x\\u0000\"}]}\n               ^\n"},
       {"{\n\"b\\u0000\":1}", "2:1: a key contains a zero character\n  \"b\\u0000\":1}\n  ^\n"},
       {R"([1,{"a":-1e999}])",
-       "1:9: the number -1e999 is too large (at [1].a)\n  [1,{\"a\":-1e999}]\n          ^\n"},
+       "1:9: the number -1e999 is too large; --loss=keep keeps it (at [1].a)\n  "
+       "[1,{\"a\":-1e999}]\n          ^\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.in);

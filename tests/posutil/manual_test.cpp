@@ -29,7 +29,7 @@ TEST_P(CompletionTest, CommandsOptionsAndValues) {
       {"posutil pri", "print\n"},
       {"posutil --co", "--color\n"},
       {"posutil --color ne", "never\n"},
-      {"posutil print --t", "--to\n"},
+      {"posutil print --tr", "--trace\n"},
       {"posutil print --col", "--color\n"},
       {"posutil print --to j", "json\n"},
       {"posutil convert --to=", "json\ntext\ntypea\n"},

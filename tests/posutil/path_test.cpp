@@ -16,6 +16,10 @@ Outcome Get(const std::string& format, const std::string& document, const Argume
   return RunPosutil(all, document);
 }
 
+Outcome Malformed(const std::string& path) {
+  return {2, "", "posutil: malformed path \"" + path + "\"\n"};
+}
+
 Outcome None(const std::string& path) {
   return {1, "", "posutil: <stdin>: no value at \"" + path + "\"\n"};
 }
@@ -38,8 +42,8 @@ TEST(PathTest, LeadsToAValueOrNowhere) {
       {"brackets in a key", keys, "/[0]", {0, "6\n", ""}},
       {"a number as a key", keys, "/0", {0, "7\n", ""}},
       {"a key that looks like a pointer", keys, "./", {0, "8\n", ""}},
-      {"an unknown escape", keys, "/m~2n", None("/m~2n")},
-      {"an unfinished escape", keys, "/m~", None("/m~")},
+      {"an unknown escape", keys, "/m~2n", Malformed("/m~2n")},
+      {"an unfinished escape", keys, "/m~", Malformed("/m~")},
       {"the end of an array is not a value", keys, "/a/-", None("/a/-")},
       {"an index in an array", "[1,[2,3]]", "/1/0", {0, "2\n", ""}},
       {"a leading zero is not an index", "[1,2]", "/01", None("/01")},
@@ -47,7 +51,7 @@ TEST(PathTest, LeadsToAValueOrNowhere) {
       {"an index of many digits", "[1]", "/18446744073709551616", None("/18446744073709551616")},
       {"an array at the root", R"([1,{"x":[2]}])", "[1].x[0]", {0, "2\n", ""}},
       {"only an index", "[1,2]", "[1]", {0, "2\n", ""}},
-      {"a list is not several paths", "[1,2]", "[0,1]", None("[0,1]")},
+      {"a list is not several paths", "[1,2]", "[0,1]", Malformed("[0,1]")},
       {"an empty slot", "[null]", "[0]", None("[0]")},
       {"the index modulo 2^32, as in the library", "[1,2]", "[4294967297]", {0, "2\n", ""}},
       {"its upper half is past the end", "[1,2]", "[4294967295]", None("[4294967295]")},
@@ -58,8 +62,8 @@ TEST(PathTest, LeadsToAValueOrNowhere) {
       {"through a scalar, as a pointer", R"({"a":5})", "/a/b", None("/a/b")},
       {"a key in an array", "[5]", "a", None("a")},
       {"an index in a dictionary", keys, "c[0]", None("c[0]")},
-      {"malformed", "[[5]]", "[0]x", None("[0]x")},
-      {"unclosed", "[[5]]", "[0][0", None("[0][0")},
+      {"malformed", "[[5]]", "[0]x", Malformed("[0]x")},
+      {"unclosed", "[[5]]", "[0][0", Malformed("[0][0")},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
@@ -144,7 +148,7 @@ TEST(PathsTest, ALineForEachValue) {
        "json",
        R"({"t":true,"n":null,"i":12345678901234567890,"d":{"$json":"true"},"x":{"$json":"y"}})",
        {},
-       "d.$json.$json = \"true\"\ni = 12345678901234567890\nn = null\nt = true\n"
+       "d.$json = \"true\"\ni = 12345678901234567890\nn = null\nt = true\n"
        "x.$json = \"y\"\n"},
       {"without --loss=keep, a dictionary",
        "json",
@@ -162,12 +166,17 @@ TEST(PathsTest, ALineForEachValue) {
        "< a (\xFF\n) b `D800` >",
        {},
        "a = \"\\xff\\x0a\"\nb = units d800\n"},
+      {"what a terminal would obey",
+       "json",
+       R"(["\u009b\u202e\u2028\u007f"])",
+       {},
+       "[0] = \"\\u009b\\u202e\\u2028\\u007f\"\n"},
       {"a value takes one line",
        "json",
        R"({"a\nb":"c\n\"\u0001\\"})",
        {},
        "a\\x0ab = \"c\\n\\\"\\u0001\\\\\"\n"},
-      {"several documents", "json", "[1]\n[2]", {"--all"}, "[0] = 1\n[0] = 2\n"},
+      {"several documents", "json", "[1]\n[2]", {"--all"}, "1: [0] = 1\n2: [0] = 2\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
@@ -177,9 +186,8 @@ TEST(PathsTest, ALineForEachValue) {
 
 // What paths prints is what get and set take.
 TEST(PathsTest, EveryPathLeadsToItsValue) {
-  const std::string document =
-      R"({"":{"":1,"x":2},"a":{"":3,"b.c":4,"d":[5,[6]]},)"
-      R"("/":7,"[0]":8,"~":9,".":10,"a[":11,"0":12})";
+  const std::string document = R"({"":{"":1,"x":2},"a":{"":3,"b.c":4,"d":[5,[6]]},)"
+                               R"("/":7,"[0]":8,"~":9,".":10,"a[":11,"0":12})";
   for (const Arguments& options : {Arguments(), Arguments{"--pointer"}}) {
     std::istringstream lines(Paths("json", document, options).fOut);
     int count = 0;

@@ -314,22 +314,18 @@ const struct {
 // Whichever call of the host fails, alone or with all after it: the caller learns of it, and
 // neither side keeps anything.
 TEST(ClientFaultTest, FailEachCall) {
-  for (const auto& [wrapper, use] : kUses) {
-    for (const bool andAllAfterIt : {false, true}) {
-      bool fails = true;
-      for (unsigned long n = 1; fails; ++n) {
-        SCOPED_TRACE(testing::Message() << wrapper << ", call " << n << andAllAfterIt);
-        TestHost host;
-        ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
-        andAllAfterIt ? host.FailFrom(KAPFault::kAny, n) : host.FailCall(KAPFault::kAny, n);
-        const std::string thrown = Thrown(use);
-        fails = host.Fired();
-        host.StopFaults();
-        EXPECT_EQ(!thrown.empty(), fails) << thrown;
-        EXPECT_EQ(gLive, 0);
-        KAPClientTerminate();
-      }
-    }
+  for (const auto& row : kUses) {
+    SCOPED_TRACE(row.wrapper);
+    FailingCall::Sweep([&](const FailingCall& call) {
+      TestHost host;
+      EXPECT_TRUE(KAPClientInit(host.GetProcAddress()));
+      std::string thrown;
+      const bool fails = call.During(host, [&] { thrown = Thrown(row.use); });
+      EXPECT_EQ(!thrown.empty(), fails) << thrown;
+      EXPECT_EQ(gLive, 0);
+      KAPClientTerminate();
+      return fails;
+    });
   }
   TakeHistory();
 }

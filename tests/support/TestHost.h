@@ -104,6 +104,44 @@ class BalancedScope {
   KAPHost::Snapshot fBefore;
 };
 
+// The call of the host that fails, alone or with all after it.
+class FailingCall {
+ public:
+  // Calls `test` with the first, the second, ... call, alone and with all after it, as long as it
+  // returns true: there was such a call, and no expectation failed. Returns how often it did.
+  template <class Test>
+  static unsigned long Sweep(Test test) {
+    unsigned long failed = 0;
+    for (const bool andAllAfterIt : {false, true}) {
+      for (unsigned long n = 1;; ++n, ++failed) {
+        SCOPED_TRACE(testing::Message() << "call " << n << (andAllAfterIt ? " on" : ""));
+        if (!test(FailingCall(n, andAllAfterIt)) || testing::Test::HasFailure()) break;
+      }
+    }
+    return failed;
+  }
+
+  // Runs the body with the call failing. Returns whether there was such a call.
+  template <class Body>
+  bool During(KAPHost::Host& host, Body body,
+              KAP_T_MT::KAPFault kind = KAP_T_MT::KAPFault::kAny) const {
+    fAndAllAfterIt ? host.FailFrom(kind, fNumber) : host.FailCall(kind, fNumber);
+    body();
+    const bool fired = host.Fired();
+    host.StopFaults();
+    return fired;
+  }
+
+  bool IsAlone() const { return !fAndAllAfterIt; }
+
+ private:
+  FailingCall(unsigned long number, bool andAllAfterIt)
+      : fNumber(number), fAndAllAfterIt(andAllAfterIt) {}
+
+  unsigned long fNumber;
+  bool fAndAllAfterIt;
+};
+
 class HostTest : public ::testing::Test {
  protected:
   TestHost fHost;

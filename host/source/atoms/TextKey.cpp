@@ -32,15 +32,15 @@ std::uint64_t TextKey::HashBytes() const noexcept {
 // Early in the start of a system there may be no random bytes yet; the address of a variable, which
 // differs from process to process, then has to do.
 void TextKey::DrawSeed() noexcept {
-  static const std::array<std::uint64_t, 2> seeds = [] {
+  [[maybe_unused]] static const bool isDrawn = [] {
     std::array<std::uint64_t, 2> drawn{};
     if (getrandom(drawn.data(), sizeof drawn, GRND_NONBLOCK) != sizeof drawn) {
       const auto address = reinterpret_cast<std::uintptr_t>(&gSeeds);
       drawn = {Mix(address, 0x9E3779B97F4A7C15), address};
     }
-    return drawn;
+    gSeeds = drawn;
+    return true;
   }();
-  gSeeds = seeds;
 }
 
 }  // namespace KAPHost

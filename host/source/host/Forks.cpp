@@ -15,6 +15,8 @@ namespace KAPHost {
 
 namespace {
 
+// A fork during another thread's call may leave its counts in the child without that call.
+//
 // In the order in which threads nest them. Snapshots take all of them, hence those of errors and
 // files, in which nothing is nested.
 void LockAll() noexcept {

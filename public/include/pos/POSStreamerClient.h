@@ -19,8 +19,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //
 // Ownership: holds one reference; copies share the streamer.
 // Errors: the CKAPError with the empty message when the library is not there, once the runtime is
-//   bound (kap/KAPInterfaceClient.h has the other cases); any other failure is reported to the
-//   binder, and so is a call on an empty reference.
+//   bound (kap/KAPInterfaceClient.h has the other cases), CKAPError "invalid container" on an
+//   empty reference; any other failure is reported to the binder.
 // Threads: see POSStreamerInterface.
 class CPOSStreamer : public KAPContainerBaseGeneric {
  public:
@@ -40,16 +40,22 @@ class CPOSStreamer : public KAPContainerBaseGeneric {
   // Writes at the stream's position. Whether it failed shows only in the binder's reports.
   void Serialize(const CKAPPositionableStream& stream, const CPOSObject& object,
                  const char* version = nullptr) const {
-    Client::Call<"Serialize">(Handle(), stream.Handle(), object.Handle(), version);
+    Client::Call<"Serialize">(Streamer(), stream.Handle(), object.Handle(), version);
   }
   // Reads from the stream's position; an empty reference on failure.
   [[nodiscard]] CPOSObject Deserialize(const CKAPPositionableStream& stream) const {
-    POSObject* object = Client::Call<"Deserialize">(Handle(), stream.Handle());
+    POSObject* object = Client::Call<"Deserialize">(Streamer(), stream.Handle());
     return object ? CPOSObject(object, KAPAdopt()) : CPOSObject();
   }
 
  private:
   using Client = TKAPInterfaceClient<POSStreamerInterface>;
+
+  // A report alone would let a document that was never written pass for one that was.
+  POSStreamer* Streamer() const {
+    if (IsNull()) CKAPContainer::ThrowInvalidContainerException();
+    return Handle();
+  }
 };
 
 }  // namespace KAP_T_MT

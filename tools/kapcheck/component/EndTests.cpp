@@ -33,7 +33,7 @@ void ExpectNoHostCall(Trial& trial, const std::string& when) {
 void CheckLeaks(Trial& trial) {
   UseAndTerminate(trial);
   const KAPHost::Snapshot held = trial.TakeRemains().fHeld;
-  if (!held.IsEmpty()) ThrowHeld(held, "after its termination");
+  if (IsMore(held)) ThrowHeld(held, "after its termination");
 }
 
 void CheckRegistrations(Trial& trial) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "component/Trial.h"
 
+#include <algorithm>
+
 namespace KAPCheck {
 
 namespace {
@@ -18,17 +20,17 @@ std::string WithoutEnd(std::string text) {
   return text;
 }
 
-// Whether there is more of some resource than `allowed`.
+}  // namespace
+
 bool IsMore(const KAPHost::Snapshot& held, const KAPHost::Snapshot& allowed) {
-  if (allowed.IsEmpty()) return !held.IsEmpty();
   for (int i = 0; i < static_cast<int>(KAPHost::KAPResource::kCount); ++i) {
     const auto resource = static_cast<KAPHost::KAPResource>(i);
-    if (held.Total(resource).fNumber > allowed.Total(resource).fNumber) return true;
+    const KAPHost::Holding now = held.Total(resource);
+    if (now.fNumber > std::max(allowed.Total(resource).fNumber, 0L)) return true;
+    if (allowed.IsEmpty() && now.fExtent > 0) return true;
   }
   return false;
 }
-
-}  // namespace
 
 Trial::Trial(const Target& target, bool withChecks)
     : fTarget(target), fHost(Quietly(withChecks)), fTap(fHost) {

@@ -74,6 +74,10 @@ class Trial {
   std::optional<Remains> fPlain;
 };
 
+// Whether there is more of some resource than `allowed`. What was released once too often counts
+// below zero; that is for the test of dead handles, not for those of leaks.
+bool IsMore(const KAPHost::Snapshot& held, const KAPHost::Snapshot& allowed = {});
+
 [[noreturn]] void ThrowHeld(const KAPHost::Snapshot& held, const std::string& when);
 [[noreturn]] void ThrowRegistered(const std::set<ProcNames>& registered, const std::string& when);
 

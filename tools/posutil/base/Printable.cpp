@@ -35,6 +35,10 @@ std::size_t PlainLength(std::string_view text) {
 
 }  // namespace
 
+bool IsUnsafe(std::string_view character) {
+  return IsControl(character) || IsLayout(Utf8Decode(character));
+}
+
 void AppendPrintable(std::string& out, std::string_view text, Quotes quotes) {
   for (;;) {
     const std::size_t plain = PlainLength(text);

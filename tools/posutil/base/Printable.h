@@ -11,6 +11,10 @@ namespace PosUtil {
 // becomes "...".
 std::string Printable(std::string_view text);
 
+// Returns whether a character of valid UTF-8 is one of these: a control character, or one that
+// changes the order or the lines of the text around it.
+bool IsUnsafe(std::string_view character);
+
 enum class Quotes { kAsTheyAre, kEscaped };
 
 // Appends the same without a limit on the length. With kEscaped, double quotes and backslashes get

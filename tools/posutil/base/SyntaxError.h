@@ -18,6 +18,12 @@ class SyntaxError : public PlacedFailure {
               const std::string& message);
 };
 
+// The same for a document that is well formed, but has a value that property objects cannot hold.
+class UnheldValue : public SyntaxError {
+ public:
+  explicit UnheldValue(const SyntaxError& error) : SyntaxError(error) {}
+};
+
 // FILE:LINE:COLUMN, which starts every message about a place in an input.
 std::string NameOfPlace(const std::string& name, const TextPlace& place);
 

@@ -62,7 +62,7 @@ class TextDiff final : public DiffOutput {
                      .fRestoresKept = fSession.Loss() == LossMode::kKeep,
                      .fStyle = fSession.OutStyle()},
                     path, fOut);
-    const CPOSObject value = ValueAt(document.fObject, path);
+    const CPOSObject value = ValueAt(document.fObject, path, fSession.Loss());
     value.IsNull() ? lines.EmptySlot() : Visit(value, document.fName, lines);
   }
 };
@@ -89,7 +89,7 @@ class JsonDiff final : public DiffOutput {
 
  private:
   void PutValue(const ValuePath& path) {
-    const CPOSObject value = ValueAt(fB.fObject, path);
+    const CPOSObject value = ValueAt(fB.fObject, path, fSession.Loss());
     if (value.IsNull()) return fOut.Put("null");
     try {
       FindFormat<Writer>("json")->Write(

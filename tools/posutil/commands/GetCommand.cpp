@@ -55,6 +55,7 @@ class GetCommand final : public Command {
   void Prepare(std::vector<std::string>& arguments) const override { HideBrackets(arguments); }
 
   ExitStatus Run(Session& session) override {
+    for (const std::string& path : fPaths) RequireWellFormed(Path(ShowArgument(path)));
     fDocument.SetLoss(session);
     const auto documents = fDocument.Open(session.Out(), session);
     ExitStatus status = kExitSuccess;
@@ -81,7 +82,7 @@ class GetCommand final : public Command {
     bool hasAll = true;
     for (const std::string& argument : fPaths) {
       const Path path(ShowArgument(argument));
-      const auto [value, place] = Find(root, path);
+      const auto [value, place] = Find(root, path, session.Loss());
       if (!value.IsNull() && HasType(value)) {
         PrintValue(value, name, place, session);
       } else if (value.IsNull() && fDefaultOption->count() > 0) {
@@ -100,9 +101,9 @@ class GetCommand final : public Command {
     return hasAll;
   }
 
-  static std::pair<CPOSObject, ValuePath> Find(CPOSObject& root, const Path& path) {
+  static std::pair<CPOSObject, ValuePath> Find(CPOSObject& root, const Path& path, LossMode loss) {
     try {
-      const Slot slot(root, path);
+      const Slot slot(root, path, loss);
       return {slot.Value(), slot.Steps()};
     } catch (const PathError&) {
       return {};

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
+#include <string>
 
 #include "commands/Command.h"
 #include "commands/documents/DocumentArgument.h"
@@ -20,7 +21,8 @@ class PathsCommand final : public Command {
     options.footer(
         "Prints PATH = VALUE for every number, string, binary data, empty slot and empty\n"
         "container, in the order of keys and indices. VALUE is JSON; get, set and remove take\n"
-        "PATH. A key that a path cannot name, such as a.b, makes the path a JSON Pointer. Values\n"
+        "PATH. A key that a path cannot name, such as a.b, makes the path a JSON Pointer. With\n"
+        "--all, the number of the document and a colon start the line. Values\n"
         "that property objects do not have appear as they are: --loss=keep is the default.\n\n"
         "Examples:\n"
         "  posutil paths settings.json | grep size\n"
@@ -30,13 +32,15 @@ class PathsCommand final : public Command {
   ExitStatus Run(Session& session) override {
     fDocument.SetLoss(session, LossMode::kKeep);
     const auto documents = fDocument.Open(session.Out(), session);
-    const PathLines::Options options = {.fAsPointers = fAsPointers,
-                                        .fRestoresKept = session.Loss() == LossMode::kKeep,
-                                        .fStyle = session.OutStyle()};
+    PathLines::Options options = {.fAsPointers = fAsPointers,
+                                  .fRestoresKept = session.Loss() == LossMode::kKeep,
+                                  .fStyle = session.OutStyle()};
     std::size_t number = 0;
     while (const KAP_T_MT::CPOSObject object = documents->Next()) {
+      const std::string margin = std::to_string(++number) + ": ";
+      if (fDocument.ReadsAll()) options.fMargin = margin;
       PathLines lines(options, {}, session.Out());
-      Visit(object, fDocument.Name(++number), lines);
+      Visit(object, fDocument.Name(number), lines);
       session.TheLibrary().CheckReports(fDocument.Name(number));
     }
     return kExitSuccess;

@@ -24,12 +24,12 @@ std::optional<Indent> IndentBefore(std::string_view bytes, const Token& token) {
 void ApplyLayout(const Reader& reader, const DocumentText& text, WriteOptions& options) {
   const std::string_view bytes = text.fPart.fBytes;
   const Token first = reader.NextToken(bytes, text.fBegin);
+  const std::size_t end = bytes.find_last_not_of(" \t\r\n") + 1;
+  options.fOnOneLine =
+      bytes.substr(first.fBegin, end - first.fBegin).find('\n') == std::string_view::npos;
   if (first.fKind != Token::kBeginDict && first.fKind != Token::kBeginArray) return;
   const Token second = reader.NextToken(bytes, first.fEnd);
   if (second.fKind == Token::kEndDict || second.fKind == Token::kEndArray) return;
-  const std::size_t end = bytes.find_last_not_of(" \t\r\n") + 1;
-  const std::string_view inside = bytes.substr(first.fEnd, end - first.fEnd);
-  options.fOnOneLine = inside.find('\n') == std::string_view::npos;
   if (bytes.substr(first.fEnd, second.fBegin - first.fEnd).find('\n') == std::string_view::npos) {
     return;
   }

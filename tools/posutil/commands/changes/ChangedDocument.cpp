@@ -5,6 +5,7 @@
 
 #include "base/Failure.h"
 #include "base/Printable.h"
+#include "commands/documents/LiteralArguments.h"
 #include "files/Destination.h"
 
 namespace PosUtil {
@@ -21,10 +22,20 @@ void ChangedDocument::Declare(CLI::App& options) {
       ->option_text("[=SUFFIX]");
 }
 
+void ChangedDocument::Prepare(std::vector<std::string>& arguments) {
+  HideValueOfFlag(arguments, "--in-place");
+}
+
+std::string ChangedDocument::Suffix() const { return HasSuffix() ? ShowArgument(fInPlace) : ""; }
+
 void ChangedDocument::Begin(Session& session) const {
   fDocument.SetLoss(session, IsInPlace() ? LossMode::kError : LossMode::kWarn);
   if (IsInPlace() && IsStandardInput()) {
     throw Failure("--in-place needs a file, not standard input", kExitUsage);
+  }
+  if (HasSuffix() && Suffix().empty()) {
+    throw Failure("the suffix of --in-place is empty; --in-place alone keeps no old file",
+                  kExitUsage);
   }
   if (Suffix().find('/') != std::string::npos) {
     throw Failure("the suffix of --in-place is not a part of a file name", kExitUsage);
@@ -51,15 +62,19 @@ void ChangedDocument::Run(Session& session, const DocumentArgument::Change& chan
 void ChangedDocument::Write(Session& session, Output& out, Style style,
                             const DocumentArgument::Change& change) const {
   const Writer& writer = *FindFormat<Writer>(fDocument.Format().kName);
-  const auto changeOne = [&](KAP_T_MT::CPOSObject& document) {
+  const auto changeOne = [&](KAP_T_MT::CPOSObject& document, const std::string& name) {
     try {
-      change(document);
+      change(document, name);
     } catch (const Failure&) {
-      session.TheLibrary().CheckReports(Name());  // a report is the cause of the failure
+      session.TheLibrary().CheckReports(name);  // a report is the cause of the failure
       throw;
     }
-    session.TheLibrary().CheckReports(Name());
-    if (document.IsNull()) throw Failure(Printable(Name()) + ": the result is null");
+    session.TheLibrary().CheckReports(name);
+    if (document.IsNull()) {
+      const bool keepsNull = session.Loss() == LossMode::kKeep;
+      throw Failure(Printable(name) + (keepsNull ? ": nothing is left"
+                                                 : ": the result is null; --loss=keep keeps it"));
+    }
   };
   fDocument.Write(writer, writer.kEnd, style, session, out, changeOne);
 }

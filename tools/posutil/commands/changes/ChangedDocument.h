@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "commands/documents/DocumentArgument.h"
 
@@ -14,6 +15,8 @@ class ChangedDocument {
   // Declares FILE, its options and --in-place.
   void Declare(CLI::App& options);
 
+  // What Command::Prepare does for these options.
+  static void Prepare(std::vector<std::string>& arguments);
   // Call it first: it sets how everything is read. Throws Failure with kExitUsage.
   void Begin(Session& session) const;
   // Changes the document, or each with --all, and writes the result: to standard output or, after
@@ -27,10 +30,11 @@ class ChangedDocument {
   void Write(Session& session, Output& out, Style style,
              const DocumentArgument::Change& change) const;
 
-  // The parser gives a flag the value "true".
   bool IsInPlace() const { return fInPlace != kNo; }
-  std::string Suffix() const { return fInPlace == kYes ? "" : fInPlace; }
+  bool HasSuffix() const { return IsInPlace() && fInPlace != kYes; }
+  std::string Suffix() const;
 
+  // The parser gives a flag the value "true". A suffix is hidden, so none is one of these.
   static constexpr char kNo[] = "false";
   static constexpr char kYes[] = "true";
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "commands/Command.h"
 #include "commands/changes/PatchArgument.h"
@@ -23,6 +25,10 @@ class MergeCommand final : public Command {
         "--loss=error is the default then.\n\n"
         "Example:\n"
         "  posutil merge --in-place settings.json changes.json");
+  }
+
+  void Prepare(std::vector<std::string>& arguments) const override {
+    ChangedDocument::Prepare(arguments);
   }
 
   ExitStatus Run(Session& session) override {

@@ -21,11 +21,13 @@ void PatchArgument::Run(Session& session, void (*apply)(KAP_T_MT::CPOSObject&, C
   }
   fDocument.Begin(session);
   Change patch(FormatOfInput(fPatchFormat, fPatch, "--patch-from"), fPatch, session);
-  fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document) {
+  fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document, const std::string& name) {
     try {
       apply(document, patch);
+    } catch (const PlacedFailure&) {
+      throw;  // it is about the patch
     } catch (const Failure& failure) {
-      throw Failure(Printable(fDocument.Name()) + ": " + failure.what(), failure.Status());
+      throw Failure(Printable(name) + ": " + failure.what(), failure.Status());
     }
     patch.ReportLosses();
   });

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "commands/Command.h"
 #include "commands/changes/PatchArgument.h"
@@ -23,6 +25,10 @@ class PatchCommand final : public Command {
         "Examples:\n"
         "  posutil patch --in-place settings.json patch.json\n"
         "  posutil diff --format json old.json new.json | posutil patch old.json -");
+  }
+
+  void Prepare(std::vector<std::string>& arguments) const override {
+    ChangedDocument::Prepare(arguments);
   }
 
   ExitStatus Run(Session& session) override {

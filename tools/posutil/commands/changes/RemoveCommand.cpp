@@ -32,25 +32,31 @@ class RemoveCommand final : public Command {
         "  posutil remove --in-place settings.txt /window/size/0");
   }
 
-  void Prepare(std::vector<std::string>& arguments) const override { HideBrackets(arguments); }
+  void Prepare(std::vector<std::string>& arguments) const override {
+    ChangedDocument::Prepare(arguments);
+    HideBrackets(arguments);
+  }
 
   ExitStatus Run(Session& session) override {
     fDocument.Begin(session);
-    fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document) { RemoveFrom(document); });
+    for (const std::string& path : fPaths) RequireWellFormed(Path(ShowArgument(path)));
+    fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document, const std::string& name) {
+      RemoveFrom(document, name, session);
+    });
     return kExitSuccess;
   }
 
  private:
-  void RemoveFrom(KAP_T_MT::CPOSObject& document) const {
+  void RemoveFrom(KAP_T_MT::CPOSObject& document, const std::string& name, Session& session) const {
     std::vector<Slot> slots;
     std::string missing;
     for (const std::string& path : fPaths) {
       try {
-        slots.emplace_back(document, Path(ShowArgument(path)));
+        slots.emplace_back(document, Path(ShowArgument(path)), session.Loss(), Slot::Use::kChange);
         if (!slots.back().Exists()) throw PathError("");
       } catch (const PathError&) {
-        missing += (missing.empty() ? "" : "\n") + Printable(fDocument.Name()) +
-                   ": no value at \"" + Printable(ShowArgument(path)) + "\"";
+        missing += (missing.empty() ? "" : "\nposutil: ") + Printable(name) + ": no value at \"" +
+                   Printable(ShowArgument(path)) + "\"";
       }
     }
     if (!missing.empty()) throw Failure(missing, kExitNegative);
@@ -61,6 +67,7 @@ class RemoveCommand final : public Command {
       return a.Steps() == b.Steps();
     });
     std::for_each(slots.begin(), end, [](Slot& slot) { slot.Remove(); });
+    if (document.IsNull()) throw Failure(Printable(name) + ": nothing is left", kExitNegative);
   }
 
   ChangedDocument fDocument;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "base/Printable.h"
 #include "commands/Command.h"
@@ -34,23 +36,22 @@ class SetCommand final : public Command {
   }
 
   void Prepare(std::vector<std::string>& arguments) const override {
+    ChangedDocument::Prepare(arguments);
     HideNegativeNumbers(arguments);
   }
 
   ExitStatus Run(Session& session) override {
     fDocument.Begin(session);
     const Path path(ShowArgument(fPath));
-    if (!path.IsWellFormed()) {
-      throw Failure("malformed path \"" + Printable(path.Text()) + "\"", kExitUsage);
-    }
+    RequireWellFormed(path);
     Change value = fValue.Read(session);
-    fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document) {
+    fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document, const std::string& name) {
       try {
-        Slot slot(document, path, Slot::Missing::kMade);
+        Slot slot(document, path, session.Loss(), Slot::Use::kMake);
         value.Put(slot, value.Object(), {});
       } catch (const PathError& error) {
-        throw Failure(Printable(fDocument.Name()) + ": no place for a value at \"" +
-                          Printable(path.Text()) + "\": " + error.what(),
+        throw Failure(Printable(name) + ": no place for a value at \"" + Printable(path.Text()) +
+                          "\": " + error.what(),
                       kExitNegative);
       }
       value.ReportLosses();

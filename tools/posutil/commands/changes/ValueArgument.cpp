@@ -76,6 +76,8 @@ Change ValueArgument::Read(Session& session) const {
   }
   try {
     return {kName, text, session};
+  } catch (const UnheldValue& error) {
+    throw PlacedFailure(error.what(), kExitUsage);
   } catch (const SyntaxError& error) {
     throw PlacedFailure(
         std::string(error.what()) +

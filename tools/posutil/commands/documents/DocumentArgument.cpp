@@ -80,7 +80,7 @@ void DocumentArgument::Write(const Writer& writer, std::string_view end, Style s
     if (++number > 1) out.Put(writer.kBetween.substr(endsLines ? 1 : 0));
     if (change) {
       if (hasOwnLayout) ApplyLayout(Format(), documents->LastText(), options);
-      change(object);
+      change(object, Name(number));
     }
     if (!fAll) {  // with several documents, reading advances the progress
       progress.Begin("writing", 0);

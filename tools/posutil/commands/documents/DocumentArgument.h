@@ -32,6 +32,8 @@ class DocumentArgument {
   }
   // Returns whether `file` names the file of the document.
   bool IsFile(const std::string& file) const;
+  // Returns whether --all is given.
+  bool ReadsAll() const { return fAll; }
   // The argument.
   const std::string& File() const { return fFile; }
 
@@ -46,8 +48,8 @@ class DocumentArgument {
   [[noreturn]] void FailWithPlace(const ValueFailure& failure, std::size_t number,
                                   const Documents& documents, Session& session) const;
 
-  // Changes a document before it is written.
-  using Change = std::function<void(KAP_T_MT::CPOSObject& document)>;
+  // Changes a document before it is written. `name` is its name in messages.
+  using Change = std::function<void(KAP_T_MT::CPOSObject& document, const std::string& name)>;
 
   // Reads the documents and writes each of them, with `end` after the last one; on a line of its
   // own if --all is given, no other layout is, and the format allows it. Writes what it has before

@@ -33,6 +33,15 @@ void HideNegativeNumbers(std::vector<std::string>& arguments) {
   }
 }
 
+void HideValueOfFlag(std::vector<std::string>& arguments, std::string_view flag) {
+  const std::string start = std::string(flag) + '=';
+  for (std::string& argument : arguments) {
+    if (argument == "--") return;
+    const bool isHidden = argument.starts_with(start + kMark);
+    if (argument.starts_with(start) && !isHidden) argument.insert(start.size(), 1, kMark);
+  }
+}
+
 std::string ShowArgument(const std::string& argument) {
   return argument.starts_with(kMark) ? argument.substr(1) : argument;
 }

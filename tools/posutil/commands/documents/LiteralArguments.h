@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace PosUtil {
@@ -10,6 +11,8 @@ namespace PosUtil {
 // A command hides them before the parser sees them, and shows the ones that it receives.
 void HideBrackets(std::vector<std::string>& arguments);
 void HideNegativeNumbers(std::vector<std::string>& arguments);
+// The parser takes a flag's value of true, false, {} or nothing for that of the flag itself.
+void HideValueOfFlag(std::vector<std::string>& arguments, std::string_view flag);
 std::string ShowArgument(const std::string& argument);
 
 }  // namespace PosUtil

@@ -67,7 +67,7 @@ bool IsContainer(const CPOSObject& value) {
 template <class Lose>
 CPOSObject Settle(const CPOSObject& value, const ValuePath& place, Lose lose) {
   if (value.IsNull() || IsNullMark(value)) return {};
-  CPOSObject copy = value.Clone();
+  CPOSObject copy = DeepCopy(value);
   StepTree steps;
   StepTree::Node root = StepTree::kRoot;
   for (const PathStep& step : place) root = steps.Add(root, step);
@@ -126,6 +126,11 @@ void Change::Insert(Slot& slot, const CPOSObject& value, const ValuePath& place)
   slot.Insert(Settled(value, place));
 }
 
+void Change::Move(Slot& slot, const CPOSObject& value, const ValuePath& place) {
+  if (value.IsNull() && slot.IsMember()) LoseMember(place);
+  slot.Insert(value);
+}
+
 CPOSObject Change::Settled(const CPOSObject& value, const ValuePath& place) {
   return Settle(value, place, [this](const ValuePath& member) { LoseMember(member); });
 }
@@ -134,7 +139,18 @@ CPOSObject Change::Copy(const CPOSObject& value) const {
   return Settle(value, {}, [](const ValuePath&) {});
 }
 
+void Change::FailAt(const ValuePath& place, const std::string& message) {
+  throw fPlaces->ErrorAt(fName, place, message);
+}
+
+void Change::ReportLosses() {
+  fSession.ReportLosses(fLosses);
+  fIsReported = fHasLosses;
+}
+
 void Change::LoseMember(const ValuePath& place) {
+  if (fIsReported) return;
+  fHasLosses = true;
   fLosses.Add(LossKind::kNull, [&] {
     return Losses::First{NameOfPlace(fName, fPlaces->PlaceOf(place, Positions::kValue)),
                          "a member with the value null is dropped"};

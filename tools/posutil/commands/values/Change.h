@@ -33,14 +33,19 @@ class Change {
   // the value. A null that a dictionary cannot hold is a loss.
   void Put(Slot& slot, const KAP_T_MT::CPOSObject& value, const ValuePath& place);
   void Insert(Slot& slot, const KAP_T_MT::CPOSObject& value, const ValuePath& place);
+  // Inserts a value of the document itself, as it is; `place` is the path to what moves it.
+  void Move(Slot& slot, const KAP_T_MT::CPOSObject& value, const ValuePath& place);
   // A copy of a value without null marks: empty for null. Copy is for a comparison: it counts no
   // losses.
   KAP_T_MT::CPOSObject Settled(const KAP_T_MT::CPOSObject& value, const ValuePath& place);
   KAP_T_MT::CPOSObject Copy(const KAP_T_MT::CPOSObject& value) const;
   // Returns whether dictionaries may stand for JSON values, see IsKeptValue.
-  bool KeepsValues() const { return fSession.Loss() == LossMode::kKeep; }
-  // See Session::ReportLosses.
-  void ReportLosses() { fSession.ReportLosses(fLosses); }
+  bool KeepsValues() const { return Loss() == LossMode::kKeep; }
+  LossMode Loss() const { return fSession.Loss(); }
+  // Throws the error about a value of the change.
+  [[noreturn]] void FailAt(const ValuePath& place, const std::string& message);
+  // See Session::ReportLosses. With several documents, warns about the first one that loses.
+  void ReportLosses();
 
  private:
   Change(const Reader* reader, std::string name, std::unique_ptr<Documents> documents,
@@ -51,8 +56,10 @@ class Change {
   std::string fName;
   std::unique_ptr<Documents> fDocuments;  // holds the text
   KAP_T_MT::CPOSObject fObject;
-  std::optional<DocumentPlaces> fPlaces;  // of JSON
+  std::optional<DocumentPlaces> fPlaces;  // of a file or a JSON text
   Losses fLosses;
+  bool fHasLosses = false;
+  bool fIsReported = false;
 };
 
 }  // namespace PosUtil

@@ -20,7 +20,7 @@ class Operation {
  public:
   Operation(Change& patch, const CPOSObject& object, std::size_t index)
       : fPatch(patch), fDict(object, true), fIndex(index) {
-    if (fDict.IsNull()) FailAsMalformed("is not a dictionary");
+    if (fDict.IsNull()) FailAsMalformed("is not a dictionary", Place());
     fName = Member("op");
     fPath = Member("path");
   }
@@ -38,27 +38,27 @@ class Operation {
     if (fName == "add") return Put(document, true);
     if (fName == "replace") return Put(document, false);
     if (fName == "test") return Test(document);
-    if (fName == "remove") return ExistingSlot(document, fPath).Remove();
+    if (fName == "remove") return ExistingSlot(document).Remove();
     if (fName == "move") return Move(document);
     if (fName == "copy") return Copy(document);
-    FailAsMalformed("has the unknown op \"" + Printable(fName) + "\"");
+    FailAsMalformed("has the unknown op \"" + Printable(fName) + "\"", PlaceOf("op"));
   }
 
   void Put(CPOSObject& document, bool isNew) const {
     const CPOSObject value = Value();
-    const ValuePath place = {PathStep(fIndex), PathStep("value")};
+    const ValuePath place = PlaceOf("value");
     if (isNew) {
-      Slot slot = SlotAt(document, fPath);
+      Slot slot = SlotAt(document);
       fPatch.Insert(slot, value, place);
     } else {
-      Slot slot = ExistingSlot(document, fPath);
+      Slot slot = ExistingSlot(document);
       fPatch.Put(slot, value, place);
     }
   }
 
   void Test(CPOSObject& document) const {
     const CPOSObject value = Value();
-    const CPOSObject found = ExistingSlot(document, fPath).Value();
+    const CPOSObject found = ExistingSlot(document).Value();
     const bool isSame =
         fPatch.IsNull(value) ? fPatch.IsNull(found) : IsSame(found, fPatch.Copy(value));
     if (!isSame) throw PathError("the value is different");
@@ -66,44 +66,58 @@ class Operation {
 
   void Move(CPOSObject& document) const {
     const std::string from = Member("from");
-    if (from == fPath) return static_cast<void>(ExistingSlot(document, from));
+    if (from == fPath) return static_cast<void>(ExistingSlot(document, "from", from));
     if (fPath.starts_with(from + "/")) throw PathError("the target is inside of the value");
-    Slot source = ExistingSlot(document, from);
+    Slot source = ExistingSlot(document, "from", from);
     const CPOSObject value = source.Value();
     source.Remove();
-    SlotAt(document, fPath).Insert(value);
+    MoveTo(document, value);
   }
 
   void Copy(CPOSObject& document) const {
-    const CPOSObject value = ExistingSlot(document, Member("from")).Value();
-    SlotAt(document, fPath).Insert(value.IsNull() ? value : value.Clone());
+    const CPOSObject value = ExistingSlot(document, "from", Member("from")).Value();
+    MoveTo(document, DeepCopy(value));
   }
 
-  Slot SlotAt(CPOSObject& document, const std::string& pointer) const {
-    Path path = Path::Pointer(pointer);
-    if (!path.IsWellFormed()) FailAsMalformed("has a malformed path");
-    return {document, path};
+  void MoveTo(CPOSObject& document, const CPOSObject& value) const {
+    Slot slot = SlotAt(document);
+    fPatch.Move(slot, value, PlaceOf("path"));
   }
-  Slot ExistingSlot(CPOSObject& document, const std::string& pointer) const {
-    Slot slot = SlotAt(document, pointer);
+
+  Slot SlotAt(CPOSObject& document) const { return SlotAt(document, "path", fPath); }
+  // `member` is that of the operation with the pointer.
+  Slot SlotAt(CPOSObject& document, const char* member, const std::string& pointer) const {
+    const Path path = Path::Pointer(pointer);
+    if (!path.IsWellFormed()) {
+      FailAsMalformed("has the malformed path \"" + Printable(pointer) + "\"", PlaceOf(member));
+    }
+    return {document, path, fPatch.Loss(), Slot::Use::kChange};
+  }
+  Slot ExistingSlot(CPOSObject& document) const { return ExistingSlot(document, "path", fPath); }
+  Slot ExistingSlot(CPOSObject& document, const char* member, const std::string& pointer) const {
+    Slot slot = SlotAt(document, member, pointer);
     if (!slot.Exists()) throw PathError("there is no \"" + Printable(pointer) + "\"");
     return slot;
   }
 
   CPOSObject Value() const {
     const CPOSObject value = fDict.Get("value", true);
-    if (value.IsNull()) FailAsMalformed("has no \"value\"");
+    if (value.IsNull()) FailAsMalformed("has no \"value\"", Place());
     return value;
   }
   std::string Member(const char* key) const {
     const CPOSString text = fDict.GetString(key, true);
-    if (text.IsNull()) FailAsMalformed("has no string \"" + std::string(key) + "\"");
+    if (text.IsNull()) {
+      FailAsMalformed("has no string \"" + std::string(key) + "\"", Place());
+    }
     return text.Get();
   }
   std::string Number() const { return "operation " + std::to_string(fIndex + 1) + " of the patch"; }
   std::string Title() const { return Number() + " (" + fName + " \"" + Printable(fPath) + "\")"; }
-  [[noreturn]] void FailAsMalformed(const std::string& fault) const {
-    throw Failure(Number() + ' ' + fault);
+  ValuePath Place() const { return {PathStep(fIndex)}; }
+  ValuePath PlaceOf(const char* member) const { return {PathStep(fIndex), PathStep(member)}; }
+  [[noreturn]] void FailAsMalformed(const std::string& fault, const ValuePath& place) const {
+    fPatch.FailAt(place, Number() + ' ' + fault);
   }
 
   Change& fPatch;
@@ -117,7 +131,7 @@ class Operation {
 
 void ApplyJsonPatch(CPOSObject& document, Change& patch) {
   const CPOSArray operations(patch.Object(), true);
-  if (operations.IsNull()) throw Failure("the patch is not an array of operations");
+  if (operations.IsNull()) patch.FailAt({}, "the patch is not an array of operations");
   const std::size_t count = operations.Count();
   for (std::size_t i = 0; i < count; ++i) {
     Operation(patch, operations.GetAt(i, true), i).Apply(document);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/values/MergePatch.h"
 
-#include <utility>
+#include <string>
 #include <vector>
 
 #include "POSDict.h"
@@ -14,11 +14,13 @@ namespace {
 
 using namespace KAP_T_MT;
 
-// A dictionary, and that of the patch to merge into it.
+// A dictionary, and that of the patch to merge into it; neither is escaped.
 struct Merge {
   CPOSDict fTarget;
   CPOSDict fPatch;
   StepTree::Node fNode;
+  CPOSDict fParent;  // of the target
+  std::string fKey;
 };
 
 class Merger {
@@ -31,18 +33,30 @@ class Merger {
       return;
     }
     if (!IsDict(document)) document = CPOSDict::New();
-    fMerges.push_back({CPOSDict(document), CPOSDict(fPatch.Object()), StepTree::kRoot});
-    while (!fMerges.empty()) {
-      const Merge merge = std::move(fMerges.back());
-      fMerges.pop_back();
+    fMerges.push_back({DictIn(document), DictIn(fPatch.Object()), StepTree::kRoot, {}, {}});
+    for (std::size_t next = 0; next < fMerges.size(); ++next) {
+      const Merge merge = fMerges[next];
       for (CPOSDictIterator i(merge.fPatch); !i.IsDone(); i.Next()) Step(merge, i.CurKey());
     }
+    if (fPatch.KeepsValues()) EscapeTargets(document);
   }
 
  private:
   // A kept value is a dictionary only for the library.
   bool IsDict(const CPOSObject& value) const {
     return CPOSDict(value, true).Handle() && !(fPatch.KeepsValues() && IsKeptValue(value));
+  }
+
+  CPOSDict DictIn(const CPOSObject& value) const {
+    return CPOSDict(fPatch.KeepsValues() ? Unescaped(value) : value);
+  }
+
+  // A merge may have made a dictionary look kept, or no longer so. The inner ones come first.
+  void EscapeTargets(CPOSObject& document) {
+    for (std::size_t i = fMerges.size(); i-- > 1;) {
+      fMerges[i].fParent.Put(fMerges[i].fKey, Escaped(fMerges[i].fTarget));
+    }
+    document = Escaped(fMerges.front().fTarget);
   }
 
   void Step(const Merge& merge, const char* key) {
@@ -56,7 +70,7 @@ class Merger {
       old = CPOSDict::New();
       target.Put(key, old);
     }
-    fMerges.push_back({CPOSDict(old), CPOSDict(value), node});
+    fMerges.push_back({DictIn(old), DictIn(value), node, target, key});
   }
 
   Change& fPatch;

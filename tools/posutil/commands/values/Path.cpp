@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "POSDict.h"
+#include "base/Failure.h"
+#include "base/Printable.h"
 
 namespace PosUtil {
 
@@ -18,10 +20,14 @@ bool IsDigits(std::string_view text) {
   return !text.empty() && text.find_first_not_of(kDigits) == std::string_view::npos;
 }
 
-// As the library reads it: modulo 2^32, of which the upper half is past the end of every array.
-std::size_t DeepIndex(std::string_view digits) {
+// The upper half of 2^32 is past the end of every array.
+std::size_t DeepIndex(std::string_view digits, Indices indices) {
   std::uint32_t index = 0;
-  for (const char digit : digits) index = index * 10 + static_cast<std::uint32_t>(digit - '0');
+  for (const char digit : digits) {
+    const std::uint64_t next = std::uint64_t{index} * 10 + static_cast<std::uint64_t>(digit - '0');
+    if (indices == Indices::kExact && next > INT32_MAX) return kNoIndex;
+    index = static_cast<std::uint32_t>(next);
+  }
   return index <= INT32_MAX ? index : kNoIndex;
 }
 
@@ -104,9 +110,14 @@ std::vector<Path::Step> Path::StepsFrom(const KAP_T_MT::CPOSObject& root) const 
   return steps;
 }
 
-std::size_t IndexIn(const Path::Step& step, std::size_t count) {
+void RequireWellFormed(const Path& path) {
+  if (path.IsWellFormed()) return;
+  throw Failure("malformed path \"" + Printable(path.Text()) + "\"", kExitUsage);
+}
+
+std::size_t IndexIn(const Path::Step& step, std::size_t count, Indices indices) {
   if (step.fKind == Path::Step::kEither) return PointerIndex(step.fText, count);
-  return step.fKind == Path::Step::kIndex ? DeepIndex(step.fText) : kNoIndex;
+  return step.fKind == Path::Step::kIndex ? DeepIndex(step.fText, indices) : kNoIndex;
 }
 
 }  // namespace PosUtil

@@ -49,9 +49,14 @@ class Path {
   bool fIsWellFormed = true;
 };
 
+// Throws Failure with kExitUsage for a path that is not well formed.
+void RequireWellFormed(const Path& path);
+
 // The index that a step is in an array of `count` slots, of which it may be past the end; kNoIndex
-// for a key. "-", in a pointer, is the end of the array.
+// for a key. "-", in a pointer, is the end of the array. The library reads the index of a deep path
+// modulo 2^32; a change that did so would change another value than the path names.
 inline constexpr std::size_t kNoIndex = SIZE_MAX;
-std::size_t IndexIn(const Path::Step& step, std::size_t count);
+enum class Indices { kAsInLibrary, kExact };
+std::size_t IndexIn(const Path::Step& step, std::size_t count, Indices indices);
 
 }  // namespace PosUtil

@@ -7,6 +7,7 @@
 #include "POSDict.h"
 #include "base/Printable.h"
 #include "commands/values/Values.h"
+#include "formats/json/TaggedJson.h"
 
 namespace PosUtil {
 
@@ -14,71 +15,106 @@ namespace {
 
 using namespace KAP_T_MT;
 
-CPOSObject NewContainer(const Path::Step& step) {
-  // A number in a pointer may be a key, too; far more often it is an index.
-  const bool isArray = step.fKind == Path::Step::kIndex || IndexIn(step, 0) != kNoIndex;
-  if (isArray) return CPOSArray::New();
-  return CPOSDict::New();
-}
-
 std::string Shown(const ValuePath& steps) {
   return steps.empty() ? "the document" : "\"" + Printable(UsablePath(steps)) + "\"";
 }
 
-}  // namespace
-
-Slot::Slot(CPOSObject& root, const Path& path, Missing missing) : fRoot(&root) {
-  if (!path.IsWellFormed()) throw PathError("malformed path");
-  for (const Path::Step& step : path.StepsFrom(root)) Enter(step, missing);
+// The kind of a value; of a kept one, its text.
+std::string KindOf(const CPOSObject& value, bool keepsValues) {
+  if (!keepsValues || !IsKeptValue(value)) return KindText(value.GetType());
+  return CPOSDict(value).GetString(kJsonTag, true).Get();
 }
 
-void Slot::Enter(const Path::Step& step, Missing missing) {
+// Returns whether the text is a number, but has a sign or a leading zero.
+bool IsMisspeltIndex(const std::string& text) {
+  const bool hasSign = text.starts_with('-') || text.starts_with('+');
+  const bool isNumber =
+      text.size() > 1 && text.find_first_not_of("0123456789", hasSign ? 1 : 0) == std::string::npos;
+  return isNumber && (hasSign || text[0] == '0');
+}
+
+// Puts the value at a step of a container.
+void PutAt(const CPOSObject& container, const PathStep& step, const CPOSObject& value) {
+  step.fIsIndex ? CPOSArray(container).SetAt(step.fIndex, value)
+                : CPOSDict(container).Put(step.fKey, value);
+}
+
+}  // namespace
+
+Slot::Slot(CPOSObject& root, const Path& path, LossMode loss, Use use)
+    : fRoot(&root), fKeepsValues(loss == LossMode::kKeep), fUse(use) {
+  if (!path.IsWellFormed()) throw PathError("malformed path");
+  for (const Path::Step& step : path.StepsFrom(root)) Enter(step);
+}
+
+std::size_t Slot::IndexOf(const Path::Step& step, std::size_t count) const {
+  return IndexIn(step, count, fUse == Use::kRead ? Indices::kAsInLibrary : Indices::kExact);
+}
+
+void Slot::Enter(const Path::Step& step) {
   CPOSObject container = Value();
   if (container.IsNull()) {
-    if (missing == Missing::kRefused) throw PathError("there is no " + Shown(fSteps));
-    container = NewContainer(step);
+    if (fUse != Use::kMake) throw PathError("there is no " + Shown(fSteps));
+    // A number in a pointer may be a key, too; far more often it is an index.
+    const bool isArray = step.fKind == Path::Step::kIndex || IndexOf(step, 0) != kNoIndex;
+    if (isArray && IndexOf(step, 0) != 0) throw PathError("there is no " + Shown(fSteps));
+    container = isArray ? CPOSObject(CPOSArray::New()) : CPOSObject(CPOSDict::New());
     Put(container);
+  }
+  if (fKeepsValues) {
+    if (IsKeptValue(container)) FailAt(container, step);
+    container = Unescaped(container);
   }
   if (CPOSDict(container, true).Handle() && step.fKind != Path::Step::kIndex) {
     fSteps.emplace_back(step.fText);
   } else if (const CPOSArray array(container, true);
              !array.IsNull() && step.fKind != Path::Step::kKey) {
     const std::size_t count = array.Count();
-    const std::size_t index = IndexIn(step, count);
-    if (index > count) {
-      throw PathError(Shown(fSteps) + " is an array of " + std::to_string(count));
-    }
+    const std::size_t index = IndexOf(step, count);
+    if (index > count) FailAt(container, step);
     fSteps.emplace_back(index);
   } else {
-    FailAt(container);
+    FailAt(container, step);
   }
-  fContainer = std::move(container);
+  fContainers.push_back(std::move(container));
 }
 
-void Slot::FailAt(const CPOSObject& value) const {
-  throw PathError(Shown(fSteps) + " is " + KindText(value.GetType()));
+void Slot::FailAt(const CPOSObject& value, const Path::Step& step) const {
+  std::string reason = Shown(fSteps) + " is " + KindOf(value, fKeepsValues);
+  if (const CPOSArray array(value, true); !array.IsNull()) {
+    reason += " of " + std::to_string(array.Count());
+    if (step.fKind != Path::Step::kIndex && IsMisspeltIndex(step.fText)) {
+      reason += ", and \"" + Printable(step.fText) + "\" is not an index";
+    }
+  }
+  throw PathError(reason);
 }
 
 bool Slot::Exists() const {
   if (fSteps.empty() || IsMember()) return !Value().IsNull();
-  return fSteps.back().fIndex < CPOSArray(fContainer).Count();
+  return fSteps.back().fIndex < CPOSArray(Container()).Count();
 }
 
 CPOSObject Slot::Value() const {
   if (fSteps.empty()) return *fRoot;
-  if (IsMember()) return CPOSDict(fContainer).Get(fSteps.back().fKey, true);
-  return CPOSArray(fContainer).GetAt(fSteps.back().fIndex, true);
+  if (IsMember()) return CPOSDict(Container()).Get(fSteps.back().fKey, true);
+  return CPOSArray(Container()).GetAt(fSteps.back().fIndex, true);
 }
 
 void Slot::Put(const CPOSObject& value) {
+  PutRaw(value);
+  EscapeContainers();
+}
+
+void Slot::PutRaw(const CPOSObject& value) {
   if (fSteps.empty()) {
     *fRoot = value;
   } else if (IsMember()) {
-    CPOSDict dict(fContainer);
+    CPOSDict dict(Container());
     value.IsNull() ? dict.Remove(CKAPStringAtom(std::string_view(fSteps.back().fKey)))
                    : dict.Put(fSteps.back().fKey, value);
   } else {
-    CPOSArray array(fContainer);
+    CPOSArray array(Container());
     const std::size_t index = fSteps.back().fIndex;
     if (!value.IsNull()) return array.SetAt(index, value);
     std::vector<CPOSObject> end = ValuesFrom(array, index);
@@ -90,7 +126,7 @@ void Slot::Put(const CPOSObject& value) {
 
 void Slot::Insert(const CPOSObject& value) {
   if (fSteps.empty() || IsMember()) return Put(value);
-  CPOSArray array(fContainer);
+  CPOSArray array(Container());
   const std::size_t index = fSteps.back().fIndex;
   std::vector<CPOSObject> end = ValuesFrom(array, index);
   end.insert(end.begin(), value);
@@ -99,7 +135,21 @@ void Slot::Insert(const CPOSObject& value) {
 
 void Slot::Remove() {
   if (fSteps.empty() || IsMember()) return Put(CPOSObject());
-  CPOSArray(fContainer).Remove(fSteps.back().fIndex);
+  CPOSArray(Container()).Remove(fSteps.back().fIndex);
+}
+
+// A dictionary may have come to look kept by a change, or have ceased to; and so may those around
+// it.
+void Slot::EscapeContainers() {
+  if (!fKeepsValues) return;
+  for (std::size_t i = fContainers.size(); i-- > 0;) {
+    const CPOSObject escaped = Escaped(fContainers[i]);
+    if (i == 0) {
+      *fRoot = escaped;
+    } else {
+      PutAt(fContainers[i - 1], fSteps[i - 1], escaped);
+    }
+  }
 }
 
 }  // namespace PosUtil

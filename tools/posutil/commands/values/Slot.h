@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "base/Loss.h"
 #include "base/ValuePath.h"
 #include "commands/values/Path.h"
 #include "pos/POSObject.h"
@@ -26,13 +28,15 @@ class PathError : public std::runtime_error {
 // are not UTF-8.
 class Slot {
  public:
-  enum class Missing {
-    kRefused,  // every container on the path must exist
-    kMade,     // makes dictionaries, and arrays where an index comes next
+  enum class Use {
+    kRead,    // indices as in the library
+    kChange,  // exact indices
+    kMake,    // the same, and makes dictionaries on the way, and arrays where an index comes next
   };
 
-  // `root` must outlive the slot; a change of the whole document changes it. Throws PathError.
-  Slot(KAP_T_MT::CPOSObject& root, const Path& path, Missing missing = Missing::kRefused);
+  // `root` must outlive the slot; a change of the whole document changes it. With LossMode::kKeep a
+  // kept value is a scalar, and an escaped object is what JSON has. Throws PathError.
+  Slot(KAP_T_MT::CPOSObject& root, const Path& path, LossMode loss, Use use = Use::kRead);
 
   // The steps to this place.
   const ValuePath& Steps() const { return fSteps; }
@@ -51,11 +55,19 @@ class Slot {
   bool IsMember() const { return !fSteps.empty() && !fSteps.back().fIsIndex; }
 
  private:
-  void Enter(const Path::Step& step, Missing missing);
-  [[noreturn]] void FailAt(const KAP_T_MT::CPOSObject& value) const;
+  void Enter(const Path::Step& step);
+  std::size_t IndexOf(const Path::Step& step, std::size_t count) const;
+  // The step leads nowhere from this value.
+  [[noreturn]] void FailAt(const KAP_T_MT::CPOSObject& value, const Path::Step& step) const;
+  // The container around the value. There is none around the document.
+  const KAP_T_MT::CPOSObject& Container() const { return fContainers.back(); }
+  void PutRaw(const KAP_T_MT::CPOSObject& value);
+  void EscapeContainers();
 
   KAP_T_MT::CPOSObject* fRoot;
-  KAP_T_MT::CPOSObject fContainer;  // around the value; empty for the document
+  bool fKeepsValues;
+  Use fUse;
+  std::vector<KAP_T_MT::CPOSObject> fContainers;  // one for each step, not escaped
   ValuePath fSteps;
 };
 

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/values/ValueTree.h"
 
-#include <cstring>
-
-#include "formats/json/TaggedJson.h"
+#include <utility>
 
 namespace PosUtil {
 
@@ -25,6 +23,22 @@ std::vector<std::uint32_t> ValueTree::ChildrenOf(std::uint32_t node) const {
   std::vector<std::uint32_t> children;
   for (std::uint32_t i = node + 1; i < fNodes[node].fEnd; i = fNodes[i].fEnd) children.push_back(i);
   return children;
+}
+
+void ValueTree::At(const Place& place) {
+  POSDict* const dict = std::exchange(fNewDict, nullptr);
+  const bool isEscaped = std::exchange(fIsEscaped, false);
+  fIsKept = fHasKept && dict && fKept.IsKept(dict, place.fKey) && !isEscaped;
+  fKey = place.fKey;
+}
+
+void ValueTree::String(const char* text) {
+  if (std::exchange(fIsKept, false)) {
+    Open& open = fOpen.back();
+    open.fIdentity = "k";
+    fNodes[open.fNode].fKind = Node::kScalar;
+  }
+  AddScalar("s", text);
 }
 
 void ValueTree::Number(double value) {
@@ -49,8 +63,6 @@ void ValueTree::RawPointer(const void* pointer) { AddScalar("p", BytesOf(pointer
 void ValueTree::AddScalar(std::string_view kind, std::string_view bytes) {
   const auto node = static_cast<std::uint32_t>(fNodes.size());
   fNodes.push_back({0, node + 1, fKey, Node::kScalar});
-  fIsKeptText =
-      fHasKept && kind == "s" && fKey && std::strcmp(fKey, kJsonTag) == 0 && IsKeptText(bytes);
   SetNumber(node, std::string(kind).append(bytes));
 }
 
@@ -66,13 +78,20 @@ void ValueTree::End() {
   SetNumber(open.fNode, open.fIdentity);
 }
 
-// A dictionary with no value but a kept text stands for that one, unless it is escaped by another.
-void ValueTree::EndDict(const Place&, std::size_t count) {
-  Node& node = fNodes[fOpen.back().fNode];
-  const bool isKept = count == 1 && fIsKeptText;
-  if (isKept) node.fKind = Node::kScalar;
-  fIsKeptText = false;
-  End();
+// A dictionary in one that looks kept: that one is an escape, and its node that of the object.
+void ValueTree::BeginDict(POSDict* dict) {
+  fNewDict = dict;
+  fIsEscaped = std::exchange(fIsKept, false);
+  if (fIsEscaped) {
+    fOpen.back().fIsEscape = true;
+  } else {
+    Begin(Node::kDict);
+  }
+}
+
+void ValueTree::EndDict(const Place&, std::size_t) {
+  fNewDict = nullptr;
+  if (!std::exchange(fOpen.back().fIsEscape, false)) End();
 }
 
 // Gives the node its number, and adds it to the container around it.

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "formats/Visitor.h"
+#include "formats/json/TagDetector.h"
 
 namespace PosUtil {
 
@@ -34,7 +35,8 @@ class ValueTree final : public Visitor {
     enum Kind : char { kScalar, kArray, kDict } fKind = kScalar;
   };
 
-  // With `hasKept`, what --loss=keep has kept is a scalar. The object must outlive this.
+  // With `hasKept`, what --loss=keep has kept is a scalar, and an escaped object is the one inside.
+  // The object must outlive this.
   ValueTree(const KAP_T_MT::CPOSObject& object, const std::string& name, bool hasKept,
             ValueNumbers& numbers);
 
@@ -47,17 +49,18 @@ class ValueTree final : public Visitor {
   struct Open {
     std::uint32_t fNode;
     std::string fIdentity;
+    bool fIsEscape = false;  // the dictionary inside, which is the object, has not ended yet
   };
 
-  void At(const Place& place) override { fKey = place.fKey; }
+  void At(const Place& place) override;
   void Number(double value) override;
-  void String(const char* text) override { AddScalar("s", text); }
+  void String(const char* text) override;
   void UnicodeString(const unsigned short* units) override;
   void BinData(const char* typeName, const unsigned char* data, std::size_t size) override;
   void RawPointer(const void* pointer) override;
   void EmptySlot() override { AddScalar("-", ""); }
   void BeginArray(std::size_t) override { Begin(Node::kArray); }
-  void BeginDict(POSDict*) override { Begin(Node::kDict); }
+  void BeginDict(POSDict* dict) override;
   void EndArray(const Place&, std::size_t) override { End(); }
   void EndDict(const Place&, std::size_t count) override;
 
@@ -71,7 +74,10 @@ class ValueTree final : public Visitor {
   std::vector<Node> fNodes;
   std::vector<Open> fOpen;
   const char* fKey = nullptr;
-  bool fIsKeptText = false;  // the last scalar may be the text of a kept value
+  POSDict* fNewDict = nullptr;  // its first key decides whether it is a kept value
+  bool fIsKept = false;         // the next value is that of a kept one, or of an escape
+  bool fIsEscaped = false;      // fNewDict is not a kept value, though it looks so
+  TagDetector fKept;
 };
 
 }  // namespace PosUtil

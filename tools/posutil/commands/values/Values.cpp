@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "commands/values/Values.h"
 
+#include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "formats/json/TaggedJson.h"
 
@@ -17,6 +19,23 @@ const char* KeptText(const CPOSObject& value) {
   if (dict.IsNull()) return nullptr;
   const CPOSString text = dict.GetString(kJsonTag, true);
   return !text.IsNull() && dict.NumKeys() == 1 ? text.Get() : nullptr;
+}
+
+// How many dictionaries, one in the other, have the only member "$json" and a kept text inside; 0
+// if the innermost value is another.
+std::size_t KeptDepth(CPOSObject value) {
+  for (std::size_t depth = 1;; ++depth) {
+    const CPOSDict dict(value, true);
+    if (dict.IsNull() || dict.NumKeys() != 1) return 0;
+    value = dict.Get(kJsonTag, true);
+    if (const CPOSString text(value, true); !text.IsNull()) {
+      return IsKeptText(text.Get()) ? depth : 0;
+    }
+  }
+}
+
+bool IsContainer(const CPOSObject& value) {
+  return !value.IsNull() && !POSIsScalar(static_cast<POSType>(value.GetType()));
 }
 
 }  // namespace
@@ -48,10 +67,11 @@ void ReplaceFrom(CPOSArray& array, std::size_t begin, const std::vector<CPOSObje
   array.Remove(end);
 }
 
-CPOSObject ValueAt(const CPOSObject& root, const ValuePath& path) {
+CPOSObject ValueAt(const CPOSObject& root, const ValuePath& path, LossMode loss) {
   CPOSObject value = root;
   for (const PathStep& step : path) {
     if (value.IsNull()) return value;
+    if (loss == LossMode::kKeep) value = Unescaped(value);
     if (step.fIsIndex) {
       const CPOSArray array(value, true);
       value = array.IsNull() ? CPOSObject() : array.GetAt(step.fIndex, true);
@@ -67,6 +87,50 @@ CPOSObject ValueAt(const CPOSObject& root, const ValuePath& path) {
 bool IsSame(const CPOSObject& a, const CPOSObject& b) {
   if (a.IsNull() || b.IsNull()) return a.IsNull() == b.IsNull();
   return a.IsEqual(b) && b.IsEqual(a);
+}
+
+CPOSObject DeepCopy(const CPOSObject& value) {
+  struct Pair {
+    CPOSObject fSource;
+    CPOSObject fCopy;
+  };
+  std::vector<Pair> pairs;
+  // The members of a container follow later. Nothing changes scalars, so they are shared.
+  const auto copy = [&](const CPOSObject& source) {
+    if (!IsContainer(source)) return source;
+    CPOSObject target =
+        source.GetType() == kPOSArray ? CPOSObject(CPOSArray::New()) : CPOSObject(CPOSDict::New());
+    pairs.push_back({source, target});
+    return target;
+  };
+  CPOSObject root = copy(value);
+  while (!pairs.empty()) {
+    const Pair pair = std::move(pairs.back());
+    pairs.pop_back();
+    if (const CPOSDict source(pair.fSource, true); !source.IsNull()) {
+      CPOSDict target(pair.fCopy);
+      for (CPOSDictIterator i(source); !i.IsDone(); i.Next()) {
+        target.Put(i.CurKey(), copy(source.Get(i.CurKey(), true)));
+      }
+    } else {
+      std::vector<CPOSObject> values = ValuesFrom(CPOSArray(pair.fSource), 0);
+      std::transform(values.begin(), values.end(), values.begin(), copy);
+      CPOSArray target(pair.fCopy);
+      ReplaceFrom(target, 0, values);
+    }
+  }
+  return root;
+}
+
+CPOSObject Unescaped(const CPOSObject& value) {
+  return KeptDepth(value) > 1 ? CPOSDict(value).Get(kJsonTag, true) : value;
+}
+
+CPOSObject Escaped(const CPOSObject& value) {
+  if (KeptDepth(value) == 0) return value;
+  CPOSDict outer = CPOSDict::New();
+  outer.Put(kJsonTag, value);
+  return outer;
 }
 
 bool IsKeptNull(const CPOSObject& value) {

@@ -22,9 +22,8 @@ namespace {
 
 constexpr char kValue[] = "a value";
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
-constexpr std::size_t kExactDigits = 15;    // every integer of so many digits is a double
-constexpr std::size_t kVisibleDigits = 17;  // more digits than this may be lost
-constexpr std::size_t kLongestWord = 20;    // in messages
+constexpr std::size_t kExactDigits = 15;  // a double shows every number of so many digits
+constexpr std::size_t kLongestWord = 20;  // in messages
 
 bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
@@ -54,13 +53,16 @@ std::string Brief(std::string_view text) {
                                          : std::string(text.substr(0, kLongestWord)) + "...";
 }
 
-// Returns whether a double shows as these digits when it is rounded to as many.
+// Returns whether a double shows as these digits when it is rounded to as many. Zeros at the end
+// do not count: 0.10000000000000000 is 0.1.
 bool HasTheseDigits(std::string_view text, double value) {
+  if (DecimalText(value).View() == text) return true;  // as most programs write it
   std::string digits;
   for (const char c : text.substr(0, text.find_first_of("eE"))) {
     if (IsDigit(c) && (c != '0' || !digits.empty())) digits += c;
   }
-  if (digits.size() <= kVisibleDigits) return true;
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.size() <= kExactDigits) return true;
   std::string shown(digits.size() + 10, '\0');
   const auto end = std::to_chars(shown.data(), shown.data() + shown.size(), std::fabs(value),
                                  std::chars_format::scientific, static_cast<int>(digits.size() - 1))
@@ -102,7 +104,7 @@ void JsonScanner::ReadDocument() {
   try {
     ReadValues();
   } catch (const ValueError& error) {
-    FailAt(fToken, error.what());
+    throw UnheldValue(fInput.ErrorAt(Index(fToken), WithPath(error.what())));
   }
 }
 
@@ -318,7 +320,7 @@ void JsonScanner::ReadReal(std::string_view text) {
     value = std::strtod(std::string(text).c_str(), nullptr);
     if (std::isinf(value)) return ReadLarge(text);
     AddInexact(LossKind::kSmall, text, value);
-  } else if (text.size() > kVisibleDigits && !HasTheseDigits(text, value)) {
+  } else if (text.size() > kExactDigits && !HasTheseDigits(text, value)) {
     AddInexact(LossKind::kDigits, text, value);
   } else {
     fBuilder.Number(value);
@@ -327,7 +329,8 @@ void JsonScanner::ReadReal(std::string_view text) {
 
 void JsonScanner::ReadLarge(std::string_view text) {
   if (fMode == LossMode::kKeep) return fBuilder.Kept(text);
-  FailAt(fToken, "the number " + Brief(text) + " is too large");
+  throw UnheldValue(fInput.ErrorAt(Index(fToken), WithPath("the number " + Brief(text) +
+                                                           " is too large; --loss=keep keeps it")));
 }
 
 void JsonScanner::AddInexact(LossKind kind, std::string_view text, double value) {

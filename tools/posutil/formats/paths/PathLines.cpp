@@ -31,14 +31,17 @@ std::string Quoted(std::string_view text) {
     AppendPrintable(out, text, Quotes::kEscaped);
     return out += '"';
   }
-  for (const char c : text) {
+  while (!text.empty()) {
+    const std::string_view character = text.substr(0, Utf8CharacterLength(text));
+    text.remove_prefix(character.size());
+    const char c = character[0];
     if (c == '"' || c == '\\') out += '\\';
     if (c == '\n' || c == '\t' || c == '\r') {
       out += c == '\n' ? "\\n" : c == '\t' ? "\\t" : "\\r";
-    } else if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') {
-      (out += "\\u00") += HexText(static_cast<unsigned char>(c)).View();
+    } else if (IsUnsafe(character)) {
+      (out += "\\u") += HexText(static_cast<unsigned short>(Utf8Decode(character))).View();
     } else {
-      out += c;
+      out += character;
     }
   }
   return out += '"';
@@ -123,11 +126,11 @@ void PathLines::BeginArray(std::size_t count) {
   if (count == 0) PutLine("[]");
 }
 
-// A dictionary in one that looks kept: that one was an escaped object.
+// A dictionary in one that looks kept: that one is an escape, which JSON does not have.
 void PathLines::BeginDict(POSDict* dict) {
   fNewDict = dict;
   fIsEscaped = std::exchange(fIsKept, false);
-  if (fIsEscaped) Enter(PathStep(kJsonTag));
+  if (fIsEscaped) fLevels.push_back(Level(fLevels.back()));
 }
 
 void PathLines::EndDict(const Place& place, std::size_t count) {
