@@ -125,7 +125,7 @@ TEST_F(WaitingTest, AnotherFileTakesThePlaceOfTheInput) {
   const Running running({"convert", "--trace", trace, file, file},
                         {STDIN_FILENO, STDOUT_FILENO, fPipe[1]});
   while (!HasTemporaryFile(running.Process(), fFolder)) std::this_thread::yield();
-  fs::rename(fFolder.Put("new", "theirs"), file);
+  fs::rename(fFolder.Put("new", "[2]"), file);
   std::ifstream reader(trace);
   EXPECT_FALSE(std::string(std::istreambuf_iterator<char>(reader), {}).empty());
   EXPECT_EQ(WEXITSTATUS(running.Wait()), 3);
@@ -133,7 +133,7 @@ TEST_F(WaitingTest, AnotherFileTakesThePlaceOfTheInput) {
   const ssize_t size = ::read(fPipe[0], message, sizeof message);
   EXPECT_EQ(std::string(message, static_cast<std::size_t>(std::max<ssize_t>(size, 0))),
             "posutil: " + file + ": another process has replaced or removed the file\n");
-  EXPECT_EQ(fFolder.Content("a.json"), "theirs");
+  EXPECT_EQ(fFolder.Content("a.json"), "[2]");
   EXPECT_EQ(fFolder.Names(), (Names{"a.json", "out.typea", "trace"}));
 }
 
