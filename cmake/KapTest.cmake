@@ -34,6 +34,10 @@ function(kap_add_test)
   target_compile_definitions(${arg_NAME} PRIVATE
     KAP_LIBRARY_PATH="${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/libKAPUtils.so")
 
+  list(LENGTH arg_SOURCES count)
+  if(count GREATER 3)
+    kap_precompile(${arg_NAME} $<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>)
+  endif()
   add_dependencies(${arg_NAME} kap_test_locale)
   if("kaphost" IN_LIST arg_LIBS AND TARGET KAPUtils AND NOT arg_NO_LIBRARY)
     add_dependencies(${arg_NAME} KAPUtils)

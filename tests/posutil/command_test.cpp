@@ -37,7 +37,7 @@ TEST(GetTest, PrintsAValuePerLine) {
        {0, "< b [10 20 (x y)] >\n< e [] >\n(x y)\n", ""}},
       {"a list is a path, not several paths",
        {"[0,1]", ".-x"},
-       {1, "", "posutil: <stdin>: no value at \"[0,1]\"\nposutil: <stdin>: no value at \".-x\"\n"}},
+       {2, "", "posutil: malformed path \"[0,1]\"\n"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
