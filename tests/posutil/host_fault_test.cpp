@@ -109,7 +109,7 @@ class HostFaultTest : public testing::Test {
       EXPECT_TRUE(result.fFired);
       EXPECT_TRUE(result.fStatus == kExitFailure || (isQuiet && result.fStatus == kExitNegative))
           << result.fErr;
-      EXPECT_TRUE(result.fErr.starts_with("posutil: ")) << result.fErr;
+      EXPECT_NE(("\n" + result.fErr).find("\nposutil: "), std::string::npos) << result.fErr;
       EXPECT_EQ(result.fErr.find("KAP host: "), std::string::npos) << result.fErr;
       EXPECT_TRUE(file == "old" || file == fWholeFile) << file;
     }
