@@ -20,7 +20,7 @@ using Memory = TKAPInterfaceClient<KAPMemoryInterface>;
 using Numbers = TKAPInterfaceClient<POSNumberInterface>;
 using Strings = TKAPInterfaceClient<KAPStringInterface>;
 
-// Bug: nobody releases the atom.
+// Bug: the atom is never released.
 POSObject* Find(POSDict* dict) noexcept {
   KAPStringAtom* const key = Strings::Call<"NewStringAtom">("label");
   return Dicts::Call<"Get">(dict, key);
@@ -35,7 +35,7 @@ bool StartsWithNumber(POSArray* array) noexcept {
   return isNumber;
 }
 
-// Bug: there is no room for the zero at the end.
+// Bug: the block is one byte too small for the zero at the end.
 unsigned long Length(const char* text) noexcept {
   const std::size_t length = std::strlen(text);
   char* const copy = static_cast<char*>(Memory::Call<"Alloc">(length));

@@ -20,7 +20,7 @@ std::string Quoted(const std::string& text) {
   return quoted + "'";
 }
 
-// The specification of an option or argument has colons and brackets of its own.
+// zsh reads colons and brackets in the description of an option or argument as its own.
 std::string Escaped(const std::string& text) {
   std::string escaped;
   for (const char c : text) {
