@@ -30,7 +30,7 @@ bool Use() {
 }
 
 // Whether `use` returns true. Catches while the runtime is bound: an exception may own an error of
-// the host, which nobody could release later.
+// the host, which could not be released later.
 bool Succeeds(bool (*use)()) {
   try {
     return use();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Characters at the limits of their encodings, and the places of values behind them.
+// Characters at the limits of their encodings, and the places of values that follow them.
 
 #include "Posutil.h"
 

@@ -22,7 +22,7 @@
 //   options.fDebug.fTrace = "calls.txt";
 //   options.fDebug.fDeclared = KAPHost::Declare<KAP_T_MT::POSInterfaceSet>();
 //
-// The rest of this header is the machinery behind Declare.
+// The rest of this header implements Declare.
 
 namespace KAPHost {
 

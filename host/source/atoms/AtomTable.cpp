@@ -107,7 +107,7 @@ AtomTable::Interned AtomTable::Intern(const TextKey& key) noexcept {
   return {found ? found : added, !found};
 }
 
-// Null when a further bucket is needed and there is no memory.
+// Null when another bucket is needed and memory has run out.
 KAPStringAtom* AtomTable::Add(Bucket& bucket, KAPStringAtom& atom) noexcept {
   std::atomic<std::uint32_t>& linked = fGrowths[ShardOf(atom.fHash)].fLinked;
   const auto newBucket = [&linked] {

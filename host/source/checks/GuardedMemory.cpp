@@ -137,7 +137,7 @@ void Free(void* block) noexcept {
       Retire(static_cast<unsigned char*>(block), size);
     }
   } catch (const std::bad_alloc&) {
-    // The block is lost: without memory there is no room to remember it.
+    // The block is lost: remembering it takes memory as well.
   }
 }
 

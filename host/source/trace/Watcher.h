@@ -35,7 +35,7 @@ class Watcher {
   void* Watch(const char* interfaceName, const char* methodName, const char* procName, void* proc,
               bool isHosts);
 
-  // Handles that components hold of a former host are not known here, and are no misuse.
+  // Handles that components still hold from a former host are unknown here; not misuse.
   void AcceptUnknown(const Snapshot& held);
 
   bool HasLedger() const noexcept { return fLedger != nullptr; }

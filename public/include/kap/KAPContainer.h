@@ -154,7 +154,7 @@ class KAPContainerBaseGeneric {
   KAPContainer* Handle() const noexcept { return fContainer; }  // borrowed
   // Passes the reference to the caller; the object is empty afterwards.
   [[nodiscard]] KAPContainer* Detach() noexcept { return std::exchange(fContainer, nullptr); }
-  // Whether there is no container, and whether there is one.
+  // Whether the reference is empty, and whether it is not.
   bool IsNull() const noexcept { return !fContainer; }
   explicit operator bool() const noexcept { return fContainer != nullptr; }
 

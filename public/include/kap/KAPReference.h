@@ -40,7 +40,7 @@ class TKAPReference {
   Object* Handle() const noexcept { return fHandle; }  // borrowed
   // Passes the reference to the caller; the object is empty afterwards.
   [[nodiscard]] Object* Detach() noexcept { return std::exchange(fHandle, nullptr); }
-  // Whether there is no object, and whether there is one.
+  // Whether the reference is empty, and whether it is not.
   bool IsNull() const noexcept { return !fHandle; }
   explicit operator bool() const noexcept { return fHandle != nullptr; }
 

@@ -26,7 +26,7 @@ class CPOSDictIterator {
  public:
   explicit CPOSDictIterator(const CPOSDict& dict);  // on the first entry
 
-  // To the first entry, to the next one; whether there is no entry left.
+  // Moves to the first entry; to the next one; whether it is past the last.
   void Begin() { Client::Call<"Begin">(fIterator.Handle()); }
   void Next() { Client::Call<"Next">(fIterator.Handle()); }
   bool IsDone() const { return Client::Call<"IsDone">(fIterator.Handle()); }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Small.h"
 
-// Releases its atom in the destructor of a static object if nobody has terminated it.
+// Releases its atom in the destructor of a static object unless it was terminated.
 struct LateRelease {
   ~LateRelease() {
     if (gIsRegistered) DeleteAtom(gAtom);

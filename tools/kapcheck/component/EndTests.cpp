@@ -6,7 +6,7 @@
 #include "component/ComponentTests.h"
 #include "component/RandomCalls.h"
 
-// What a component leaves behind, and what it does and endures after its end.
+// What a component leaves, does and survives after its termination.
 
 extern "C" [[gnu::weak]] void __lsan_disable();
 
@@ -73,7 +73,7 @@ void CheckCallsAfterTermination(Trial& trial) {
   ExpectNoHostCall(trial, "when it is called after its termination");
 }
 
-// The host is no longer there when the process destroys static objects.
+// The host is gone when the process destroys static objects.
 void CheckExit(Trial& trial) {
   // What the component holds is lost with the process.
   if (__lsan_disable) __lsan_disable();

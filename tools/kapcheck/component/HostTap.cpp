@@ -40,7 +40,7 @@ struct TapNotes {
 
 namespace {
 
-// A procedure of the host behind one of the tap. `kIsMoved`: registered by MoveProcedures.
+// A procedure of the host that one of the tap calls. `kIsMoved`: registered by MoveProcedures.
 template <class Interface, std::size_t kSlot, bool kIsMoved, class Proc>
 struct TTap;
 template <class Interface, std::size_t kSlot, bool kIsMoved, class Result, class... Args>

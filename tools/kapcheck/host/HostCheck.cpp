@@ -50,7 +50,7 @@ class HostCheck {
     if (fBegun) {
       Fail(*fBegun, end.empty() ? "ends the process with status 0" : end, ending);
     } else {
-      // Between two checks or after all of them, there is no next one to go on with.
+      // A probe that ends between checks, or after the last, has no check to continue with.
       if (!fIsOver || !end.empty()) {
         Fail({"probe", Outcome::kFailed, "The probe runs to its end.", {}, {}, {}, {}, 0},
              end.empty() ? "ends the process with status 0" : end, ending);

@@ -151,7 +151,7 @@ template <class Result, class... Args>
 struct TCaller<Result (*)(Args...)> {
   static constexpr ValueKind kResult = KindOf<Result>();
   static constexpr std::size_t kCount = sizeof...(Args);
-  // One more than needed, because there is no array of no elements.
+  // One more than needed, because an array cannot be empty.
   static constexpr ValueKind kArguments[kCount + 1] = {KindOf<Args>()..., ValueKind::kNothing};
 
   static void Call(void* proc, Value* result, const Value* arguments) {
