@@ -386,6 +386,15 @@ TEST(PatchTest, TheExamplesOfTheRfc) {
        "[null,1,null]"},
       {"[null,1]", R"([{"op":"test","path":"/0","value":null}])", "[null,1]"},
       {"[[null,{}]]", R"([{"op":"test","path":"/0","value":[null,{}]}])", "[[null,{}]]"},
+      // Inserts into an array and into one inside of it, then reads of what is around them.
+      {R"({"a":[1,[2]]})",
+       R"([{"op":"add","path":"/a/0","value":0},{"op":"add","path":"/a/2/0","value":9},
+           {"op":"add","path":"/a/3","value":null},{"op":"remove","path":"/a/0"},
+           {"op":"move","from":"/a/0","path":"/a/2"},{"op":"replace","path":"/a/0/1","value":5},
+           {"op":"copy","from":"/a","path":"/b"},{"op":"add","path":"/a/0","value":7},
+           {"op":"replace","path":"/a/1","value":6},
+           {"op":"test","path":"","value":{"a":[7,6,null,1],"b":[[9,5],null,1]}}])",
+       R"({"a":[7,6,null,1],"b":[[9,5],null,1]})"},
   };
   const Folder folder;
   for (const auto& row : rows) {
@@ -402,6 +411,19 @@ TEST(PatchTest, TheExamplesOfTheRfc) {
       }
     }
   }
+}
+
+TEST(PatchTest, InsertsIntoALongArrayTakeLittleTime) {
+  std::string array = "[0";
+  for (int i = 1; i < 20000; ++i) array += ",0";
+  std::string patch = R"([{"op":"add","path":"/0","value":1})";
+  for (int i = 1; i < 4000; ++i) patch += R"(,{"op":"add","path":"/0","value":1})";
+  const Folder folder;
+  const Outcome outcome = RunPosutil({"patch", "--compact", folder.Put("a.json", array + "]"),
+                                      folder.Put("patch.json", patch + "]")},
+                                     "", {.fPrefix = {"prlimit", "--cpu=10"}});
+  EXPECT_EQ(outcome.fStatus, 0);
+  EXPECT_EQ(outcome.fOut.size(), 2 * 24000 + 2);
 }
 
 TEST(PatchTest, Messages) {

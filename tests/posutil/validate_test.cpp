@@ -360,6 +360,22 @@ TEST_F(ValidateTest, ManyDocumentsAfterALargeOne) {
   EXPECT_EQ(outcome.fOut.substr(0, 13), "<stdin>:2:2: ");
 }
 
+// An object inside of which no alternative fits, and that is a union at each level.
+TEST_F(ValidateTest, DeepUnionTakesLittleTime) {
+  Put("deep.txt",
+      "< Deep < category union set [ int Nest ] > "
+      "Nest < category dict required < a Deep > > >");
+  const int depth = 3000;
+  std::string document;
+  for (int i = 0; i < depth; ++i) document += "{\"a\":";
+  document += "\"x\"" + std::string(depth, '}');
+  const Outcome outcome = RunPosutil(
+      {"validate", "--schema", fFolder.Path("deep.txt"), "--type", "Deep", "--from", "json", "-"},
+      document, {.fPrefix = {"prlimit", "--cpu=5"}});
+  EXPECT_EQ(outcome.fStatus, 1);
+  EXPECT_EQ(outcome.fErr, "");
+}
+
 TEST_F(ValidateTest, WrongUsage) {
   Put("ada.data", "%");  // in no format
   const std::vector<std::string> rows[] = {

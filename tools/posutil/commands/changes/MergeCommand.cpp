@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "commands/Command.h"
+#include "commands/changes/MergePatch.h"
 #include "commands/changes/PatchArgument.h"
-#include "commands/values/MergePatch.h"
 
 namespace PosUtil {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "commands/changes/Change.h"
 #include "commands/changes/ChangedDocument.h"
-#include "commands/values/Change.h"
 
 namespace PosUtil {
 

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "commands/Command.h"
+#include "commands/changes/JsonPatch.h"
 #include "commands/changes/PatchArgument.h"
-#include "commands/values/JsonPatch.h"
 
 namespace PosUtil {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "commands/values/Change.h"
+#include "commands/changes/Change.h"
 
 namespace CLI {
 class App;

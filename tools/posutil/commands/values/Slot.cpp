@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/values/Slot.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -33,18 +35,35 @@ bool IsMisspeltIndex(const std::string& text) {
   return isNumber && (hasSign || text[0] == '0');
 }
 
-// Puts the value at a step of a container.
-void PutAt(const CPOSObject& container, const PathStep& step, const CPOSObject& value) {
-  step.fIsIndex ? CPOSArray(container).SetAt(step.fIndex, value)
-                : CPOSDict(container).Put(step.fKey, value);
-}
-
 }  // namespace
 
-Slot::Slot(CPOSObject& root, const Path& path, LossMode loss, Use use)
-    : fRoot(&root), fKeepsValues(loss == LossMode::kKeep), fUse(use) {
+Slot::Slot(CPOSObject& root, const Path& path, LossMode loss, Use use, ArrayEdit* edit)
+    : fRoot(&root), fKeepsValues(loss == LossMode::kKeep), fUse(use), fEdit(edit) {
   if (!path.IsWellFormed()) throw PathError("malformed path");
   for (const Path::Step& step : path.StepsFrom(root)) Enter(step);
+  // The value may be around the array in the edit. One in that array is not.
+  const bool isInEdit = !fContainers.empty() && SlotsOf(Container());
+  if (fEdit && !isInEdit) fEdit->End();
+}
+
+std::size_t Slot::CountOf(const CPOSArray& array) const {
+  const ArrayEdit::Slots* const slots = SlotsOf(array);
+  return slots ? slots->size() : array.Count();
+}
+
+template <class Change>
+void Slot::EditArray(Change change) {
+  ArrayEdit own;
+  change((fEdit ? *fEdit : own).Begin(CPOSArray(Container())));
+  own.End();
+}
+
+void Slot::PutAt(const CPOSObject& container, const PathStep& step, const CPOSObject& value) {
+  if (!step.fIsIndex) return CPOSDict(container).Put(step.fKey, value);
+  ArrayEdit::Slots* const slots = SlotsOf(container);
+  if (!slots) return CPOSArray(container).SetAt(step.fIndex, value);
+  slots->resize(std::max(slots->size(), step.fIndex + 1));
+  (*slots)[step.fIndex] = value;
 }
 
 std::size_t Slot::IndexOf(const Path::Step& step, std::size_t count) const {
@@ -69,7 +88,7 @@ void Slot::Enter(const Path::Step& step) {
     fSteps.emplace_back(step.fText);
   } else if (const CPOSArray array(container, true);
              !array.IsNull() && step.fKind != Path::Step::kKey) {
-    const std::size_t count = array.Count();
+    const std::size_t count = CountOf(array);
     const std::size_t index = IndexOf(step, count);
     if (index > count) FailAt(container, step);
     fSteps.emplace_back(index);
@@ -82,7 +101,7 @@ void Slot::Enter(const Path::Step& step) {
 void Slot::FailAt(const CPOSObject& value, const Path::Step& step) const {
   std::string reason = Shown(fSteps) + " is " + KindOf(value, fKeepsValues);
   if (const CPOSArray array(value, true); !array.IsNull()) {
-    reason += " of " + std::to_string(array.Count());
+    reason += " of " + std::to_string(CountOf(array));
     if (step.fKind != Path::Step::kIndex && IsMisspeltIndex(step.fText)) {
       reason += ", and \"" + Printable(step.fText) + "\" is not an index";
     }
@@ -92,13 +111,16 @@ void Slot::FailAt(const CPOSObject& value, const Path::Step& step) const {
 
 bool Slot::Exists() const {
   if (fSteps.empty() || IsMember()) return !Value().IsNull();
-  return fSteps.back().fIndex < CPOSArray(Container()).Count();
+  return fSteps.back().fIndex < CountOf(CPOSArray(Container()));
 }
 
 CPOSObject Slot::Value() const {
   if (fSteps.empty()) return *fRoot;
   if (IsMember()) return CPOSDict(Container()).Get(fSteps.back().fKey, true);
-  return CPOSArray(Container()).GetAt(fSteps.back().fIndex, true);
+  const std::size_t index = fSteps.back().fIndex;
+  const ArrayEdit::Slots* const slots = SlotsOf(Container());
+  if (!slots) return CPOSArray(Container()).GetAt(index, true);
+  return index < slots->size() ? (*slots)[index] : CPOSObject();
 }
 
 void Slot::Put(const CPOSObject& value) {
@@ -109,33 +131,33 @@ void Slot::Put(const CPOSObject& value) {
 void Slot::PutRaw(const CPOSObject& value) {
   if (fSteps.empty()) {
     *fRoot = value;
+  } else if (!value.IsNull()) {
+    PutAt(Container(), fSteps.back(), value);
   } else if (IsMember()) {
-    CPOSDict dict(Container());
-    value.IsNull() ? dict.Remove(CKAPStringAtom(std::string_view(fSteps.back().fKey)))
-                   : dict.Put(fSteps.back().fKey, value);
+    CPOSDict(Container()).Remove(CKAPStringAtom(std::string_view(fSteps.back().fKey)));
   } else {
-    CPOSArray array(Container());
-    const std::size_t index = fSteps.back().fIndex;
-    if (!value.IsNull()) return array.SetAt(index, value);
-    std::vector<CPOSObject> end = ValuesFrom(array, index);
-    end.resize(std::max<std::size_t>(end.size(), 1));
-    end.front() = value;
-    ReplaceFrom(array, index, end);
+    EditArray([index = fSteps.back().fIndex](ArrayEdit::Slots& slots) {
+      slots.resize(std::max(slots.size(), index + 1));
+      slots[index] = CPOSObject();
+    });
   }
 }
 
 void Slot::Insert(const CPOSObject& value) {
   if (fSteps.empty() || IsMember()) return Put(value);
-  CPOSArray array(Container());
-  const std::size_t index = fSteps.back().fIndex;
-  std::vector<CPOSObject> end = ValuesFrom(array, index);
-  end.insert(end.begin(), value);
-  ReplaceFrom(array, index, end);
+  EditArray([&, index = fSteps.back().fIndex](ArrayEdit::Slots& slots) {
+    slots.insert(slots.begin() + static_cast<std::ptrdiff_t>(index), value);
+  });
 }
 
 void Slot::Remove() {
   if (fSteps.empty() || IsMember()) return Put(CPOSObject());
-  CPOSArray(Container()).Remove(fSteps.back().fIndex);
+  const std::size_t index = fSteps.back().fIndex;
+  if (ArrayEdit::Slots* const slots = SlotsOf(Container()); !slots) {
+    CPOSArray(Container()).Remove(index);
+  } else if (index < slots->size()) {
+    slots->erase(slots->begin() + static_cast<std::ptrdiff_t>(index));
+  }
 }
 
 // A dictionary may have come to look kept by a change, or have ceased to; and so may those around

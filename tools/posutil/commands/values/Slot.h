@@ -8,6 +8,7 @@
 
 #include "base/Loss.h"
 #include "base/ValuePath.h"
+#include "commands/values/ArrayEdit.h"
 #include "commands/values/Path.h"
 #include "pos/POSObject.h"
 
@@ -35,8 +36,10 @@ class Slot {
   };
 
   // `root` must outlive the slot; a change of the whole document changes it. With LossMode::kKeep a
-  // kept value is a scalar, and an escaped object is what JSON has. Throws PathError.
-  Slot(KAP_T_MT::CPOSObject& root, const Path& path, LossMode loss, Use use = Use::kRead);
+  // kept value is a scalar, and an escaped object is what JSON has. Changes one after another share
+  // an `edit`, which must outlive the slot. Throws PathError.
+  Slot(KAP_T_MT::CPOSObject& root, const Path& path, LossMode loss, Use use = Use::kRead,
+       ArrayEdit* edit = nullptr);
 
   // The steps to this place.
   const ValuePath& Steps() const { return fSteps; }
@@ -61,12 +64,24 @@ class Slot {
   [[noreturn]] void FailAt(const KAP_T_MT::CPOSObject& value, const Path::Step& step) const;
   // The container around the value. There is none around the document.
   const KAP_T_MT::CPOSObject& Container() const { return fContainers.back(); }
+  // The slots of a container that is in the edit, else null.
+  ArrayEdit::Slots* SlotsOf(const KAP_T_MT::CPOSObject& container) const {
+    return fEdit ? fEdit->Find(container) : nullptr;
+  }
+  std::size_t CountOf(const KAP_T_MT::CPOSArray& array) const;
+  // Calls `change` with the slots of the array around the value.
+  template <class Change>
+  void EditArray(Change change);
   void PutRaw(const KAP_T_MT::CPOSObject& value);
+  // Puts the value at a step of a container.
+  void PutAt(const KAP_T_MT::CPOSObject& container, const PathStep& step,
+             const KAP_T_MT::CPOSObject& value);
   void EscapeContainers();
 
   KAP_T_MT::CPOSObject* fRoot;
   bool fKeepsValues;
   Use fUse;
+  ArrayEdit* fEdit;
   std::vector<KAP_T_MT::CPOSObject> fContainers;  // one for each step, not escaped
   ValuePath fSteps;
 };

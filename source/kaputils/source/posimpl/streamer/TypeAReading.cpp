@@ -194,7 +194,7 @@ POSObject* TypeAStreamer::ReadBinData(ICharStream& in) {
   if (!FindValue(in, &open)) throw POSException(KAP_T_MT::CPOSString::kDowncastFailed);
   const CKAPStringAtom typeName(ReadStringValue(in, open));
   const std::uint64_t length = ReadLength(in);
-  GrowingBuffer<unsigned char> bytes;
+  NPOSObjectImpl::GrowingBuffer<unsigned char> bytes;
   char digits[2];
   while (bytes.Size() < length) {
     in.GetChars(digits, sizeof digits, true, true);

@@ -3,12 +3,12 @@
 
 #include <iterator>
 
+#include "posimpl/base/GrowingBuffer.h"
 #include "posimpl/base/NestingGuard.h"
 #include "posimpl/objects/Array.h"
 #include "posimpl/objects/BinData.h"
 #include "posimpl/objects/Dict.h"
 #include "posimpl/objects/UnicodeString.h"
-#include "posimpl/streamer/GrowingBuffer.h"
 #include "posimpl/streamer/StreamerBase.h"
 
 namespace NPOSStreamerImpl::NTypeAImpl {
@@ -78,8 +78,8 @@ class TypeAStreamer : public StreamerBase {
   const char* ReadStringValue(ICharStream& in, char open);
   std::uint64_t ReadLength(ICharStream& in);
 
-  GrowingBuffer<char> fText;  // of the string that is being read
-  GrowingBuffer<unsigned short> fUnits;
+  NPOSObjectImpl::GrowingBuffer<char> fText;  // of the string that is being read
+  NPOSObjectImpl::GrowingBuffer<unsigned short> fUnits;
   const std::int32_t fFirstLevel;
   std::int32_t fLevel;                                                          // of indentation
   const StreamParams* fWritingParams[std::size(KAP_T_MT::kPOSTypes) + 1] = {};  // by type

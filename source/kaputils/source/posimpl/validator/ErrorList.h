@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "pos/POSValidatorInterfaces.h"
+#include "posimpl/base/GrowingBuffer.h"
 #include "posimpl/validator/PropertyObjects.h"
 
 namespace NPOSValidatorImpl {
@@ -13,37 +14,67 @@ namespace NPOSValidatorImpl {
 // messages it appends. Only whether it is zero decides anything.
 using ErrorCount = std::int64_t;
 
-// The messages of a check in order, one property string each. Where messages are not wanted none is
-// made, and the list takes no memory before the first one.
+// The messages of a check in order, and the contexts they stand in. Where messages are not wanted
+// none is made, and the list takes no memory before the first one.
+//
+// A context is put before its messages when they are reported, once for all levels: a message that
+// was made anew at each level made the time of a deep union grow like the third power of its depth.
 class ErrorList {
  public:
   enum class Wanted : bool { kNo, kYes };
 
   explicit ErrorList(Wanted wanted) noexcept : fWanted(wanted) {}
-  // An empty list, for a part of what `whole` is for.
-  static ErrorList ForPartOf(const ErrorList& whole) noexcept { return ErrorList(whole.fWanted); }
 
   // Appends the property string that `makeMessage` returns; it is not called where messages are not
   // wanted.
   template <class MakeMessage>
   void Append(MakeMessage makeMessage) {
-    if (fWanted == Wanted::kYes) AppendMade(makeMessage());
+    if (AreWanted()) AppendMade(makeMessage());
   }
   void Append(const char* message);
 
   bool AreWanted() const noexcept { return fWanted == Wanted::kYes; }
-  bool IsEmpty() const noexcept { return Count() == 0; }
-  std::uint32_t Count() const noexcept { return fMessages ? fMessages->Count() : 0; }
-  const char* TextAt(std::uint32_t index) const;
+
+  // A place in the list, from which a part of the check begins.
+  struct Mark {
+    std::uint32_t fMessages;
+    std::size_t fContexts;
+  };
+  Mark End() const noexcept { return {Count(), fContexts.Size()}; }
+
+  // Puts the messages from a mark on in the context, a property string that `makeContext` returns.
+  // It is not called where there are none.
+  template <class MakeContext>
+  void PutInContext(const Mark& begin, MakeContext makeContext) {
+    if (Count() > begin.fMessages) AddContext(begin, makeContext());
+  }
+  // Removes the messages from a mark on.
+  void CutTo(const Mark& end) noexcept;
+
+  // Calls `use` for each message in order: its contexts, the outermost first, a blank after each,
+  // then its text. What is longer than a message is cut. Ends the list.
+  void Report(KAP_T_MT::POSMessageProc use);
 
  private:
+  // Messages from one to before another, and how they are reported.
+  struct Context {
+    std::uint32_t fBegin;
+    std::uint32_t fEnd;
+    std::uint32_t fText;     // its place in fContextTexts; later ones are further out
+    std::uint32_t fOutside;  // while it is open, how much text the outer ones take
+    bool Precedes(const Context& other) const noexcept {
+      return fBegin != other.fBegin ? fBegin < other.fBegin : fText > other.fText;
+    }
+  };
+
+  std::uint32_t Count() const noexcept { return fMessages ? fMessages->Count() : 0; }
   void AppendMade(CPOSObject message);
+  void AddContext(const Mark& begin, CPOSObject text);
 
   const Wanted fWanted;
   std::optional<Array> fMessages;
+  std::optional<Array> fContextTexts;
+  NPOSObjectImpl::GrowingBuffer<Context> fContexts;
 };
-
-// Appends each message of the source, with the context and a blank before it.
-void AppendErrorsInContext(ErrorList& destination, const ErrorList& source, const char* context);
 
 }  // namespace NPOSValidatorImpl

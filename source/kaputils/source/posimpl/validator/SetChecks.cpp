@@ -9,14 +9,16 @@ namespace NPOSValidatorImpl {
 // The messages of the alternatives count only when none holds.
 ErrorCount CheckUnion(const TypeCheck& check) {
   const Kept<Array> set = check.fDefinition.GetKept<Array>(Attribute::kSet);
-  ErrorList collected = ErrorList::ForPartOf(check.fErrors);
-  const TypeCheck attempt = {check.fChecker, check.fDefinition, check.fObject, collected};
+  const ErrorList::Mark begin = check.fErrors.End();
   for (std::uint32_t i = 0; set && i < set->Count(); ++i) {
     const Kept<String> type = check.TypeAt(*set, i);
     const auto context = [&] { return FormatIntoPOSString("Trying %s:", type->Get()); };
-    if (attempt.CheckPart(check.fObject, type->Get(), context) == 0) return 0;
+    if (check.CheckPart(check.fObject, type->Get(), context) == 0) {
+      check.fErrors.CutTo(begin);
+      return 0;
+    }
   }
-  AppendErrorsInContext(check.fErrors, collected, "Not a valid union type:");
+  check.fErrors.PutInContext(begin, [] { return FormatIntoPOSString("Not a valid union type:"); });
   return 1;
 }
 

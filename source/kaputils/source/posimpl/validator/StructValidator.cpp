@@ -53,7 +53,7 @@ bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
   if (!message) return false;
   ErrorList errors(ErrorList::Wanted::kYes);
   if (checker.GetObjectErrors(typeName, subject, errors) == 0) return true;
-  for (std::uint32_t i = 0; i < errors.Count(); ++i) message(errors.TextAt(i));
+  errors.Report(message);
   return false;
 }
 

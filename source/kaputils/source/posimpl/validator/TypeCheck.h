@@ -48,12 +48,9 @@ struct TypeCheck {
                                                   MakeContext makeContext) const {
     const KAPContainerBaseGeneric kept =
         fChecker.MustKeep() ? part.Keep() : KAPContainerBaseGeneric();
-    ErrorList errors = ErrorList::ForPartOf(fErrors);
-    const ErrorCount count = fChecker.GetObjectErrors(typeName, part, errors);
-    if (!errors.IsEmpty()) {
-      const CPOSObject context = makeContext();
-      AppendErrorsInContext(fErrors, errors, TextOfPOSString(context.Handle()));
-    }
+    const ErrorList::Mark begin = fErrors.End();
+    const ErrorCount count = fChecker.GetObjectErrors(typeName, part, fErrors);
+    fErrors.PutInContext(begin, makeContext);
     return count;
   }
 };

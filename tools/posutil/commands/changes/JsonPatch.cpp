@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commands/values/JsonPatch.h"
+#include "commands/changes/JsonPatch.h"
 
 #include <string>
 #include <string_view>
@@ -18,8 +18,8 @@ using namespace KAP_T_MT;
 // An operation of a patch. Its members may come in any order; unknown ones mean nothing.
 class Operation {
  public:
-  Operation(Change& patch, const CPOSObject& object, std::size_t index)
-      : fPatch(patch), fDict(object, true), fIndex(index) {
+  Operation(Change& patch, const CPOSObject& object, std::size_t index, ArrayEdit& edit)
+      : fPatch(patch), fDict(object, true), fIndex(index), fEdit(edit) {
     if (fDict.IsNull()) FailAsMalformed("is not a dictionary", Place());
     fName = Member("op");
     fPath = Member("path");
@@ -91,7 +91,7 @@ class Operation {
     if (!path.IsWellFormed()) {
       FailAsMalformed("has the malformed path \"" + Printable(pointer) + "\"", PlaceOf(member));
     }
-    return {document, path, fPatch.Loss(), Slot::Use::kChange};
+    return {document, path, fPatch.Loss(), Slot::Use::kChange, &fEdit};
   }
   Slot ExistingSlot(CPOSObject& document) const { return ExistingSlot(document, "path", fPath); }
   Slot ExistingSlot(CPOSObject& document, const char* member, const std::string& pointer) const {
@@ -123,6 +123,7 @@ class Operation {
   Change& fPatch;
   const CPOSDict fDict;
   const std::size_t fIndex;
+  ArrayEdit& fEdit;
   std::string fName;
   std::string fPath;
 };
@@ -133,9 +134,11 @@ void ApplyJsonPatch(CPOSObject& document, Change& patch) {
   const CPOSArray operations(patch.Object(), true);
   if (operations.IsNull()) patch.FailAt({}, "the patch is not an array of operations");
   const std::size_t count = operations.Count();
+  ArrayEdit edit;
   for (std::size_t i = 0; i < count; ++i) {
-    Operation(patch, operations.GetAt(i, true), i).Apply(document);
+    Operation(patch, operations.GetAt(i, true), i, edit).Apply(document);
   }
+  edit.End();
 }
 
 }  // namespace PosUtil

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "commands/values/Change.h"
+#include "commands/changes/Change.h"
 
 namespace PosUtil {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commands/values/MergePatch.h"
+#include "commands/changes/MergePatch.h"
 
 #include <string>
 #include <vector>

@@ -7,14 +7,14 @@
 
 #include "kap/KAPMemory.h"
 
-namespace NPOSStreamerImpl::NTypeAImpl {
+namespace NPOSObjectImpl {
 
 // Collects elements when their number is not known in advance, in host memory that starts at 32
 // bytes and doubles. A declared length is not trusted and reserves no memory.
 template <class T>
 class GrowingBuffer {
  public:
-  void Clear() noexcept { fSize = 0; }
+  void Clear() noexcept { CutTo(0); }
   void Append(T element) {
     if (fSize == fCapacity) Reserve(1);
     fElements[fSize++] = element;
@@ -25,6 +25,9 @@ class GrowingBuffer {
     fSize += count;
   }
 
+  void CutTo(std::size_t size) noexcept { fSize = size; }
+
+  T* Data() noexcept { return fElements.get(); }
   const T* Data() const noexcept { return fElements.get(); }
   std::size_t Size() const noexcept { return fSize; }
 
@@ -46,4 +49,4 @@ class GrowingBuffer {
   std::size_t fSize = 0;
 };
 
-}  // namespace NPOSStreamerImpl::NTypeAImpl
+}  // namespace NPOSObjectImpl

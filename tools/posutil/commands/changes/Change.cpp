@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commands/values/Change.h"
+#include "commands/changes/Change.h"
 
 #include <algorithm>
 #include <string_view>

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "base/ValuePath.h"
+#include "commands/diff/ValueTree.h"
 #include "commands/values/StepTree.h"
-#include "commands/values/ValueTree.h"
 
 namespace PosUtil {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commands/values/ValueTree.h"
+#include "commands/diff/ValueTree.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commands/values/Comparison.h"
+#include "commands/diff/Comparison.h"
 
 #include <algorithm>
 #include <cstring>
