@@ -64,12 +64,16 @@ foreach(module IN LISTS modules)
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endforeach()
 
-# gdb loads the printers with the plug-in: it looks for them below its own folder, at the path of
-# the plug-in. The prefix is the one of the installation, which may differ from the configured one.
-set(kap_gdb_script KAPUtils${CMAKE_SHARED_LIBRARY_SUFFIX}-gdb.py)
+# gdb loads the printers with the plug-in. It looks for them beside the plug-in, where they can be
+# moved with it; below /usr, where nothing moves, at the path of the plug-in in gdb's own folder,
+# whose scripts gdb trusts.
+set(gdb_script ${CMAKE_SHARED_LIBRARY_PREFIX}KAPUtils${CMAKE_SHARED_LIBRARY_SUFFIX}-gdb.py)
+set(gdb_script_dir ${kap_plugin_dir})
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(gdb_script_dir ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}/kaputils)
+endif()
 install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/kaputils_gdb.py
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${kap_plugin_dir}
-  RENAME ${CMAKE_SHARED_LIBRARY_PREFIX}${kap_gdb_script} COMPONENT development)
+  DESTINATION ${gdb_script_dir} RENAME ${gdb_script} COMPONENT development)
 
 if(KAP_BUILD_TOOLS)
   install(TARGETS posutil kapcheck RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)

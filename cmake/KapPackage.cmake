@@ -4,8 +4,9 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kaputils)
 set(CPACK_PACKAGE_VENDOR "the KAPUtils authors")
-# Who maintains the packages: who makes them, as Debian's tools ask it.
-set(kap_maintainer "the KAPUtils authors <maintainers@kaputils.invalid>")
+# Who maintains the packages: who makes them, as Debian's tools ask it. Packages that nobody has put
+# a name to say so; mail to a domain under .invalid never arrives anywhere.
+set(kap_maintainer "Unnamed maintainer <unnamed@kaputils.invalid>")
 if(NOT "$ENV{DEBEMAIL}" STREQUAL "")
   set(kap_maintainer "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
 endif()
@@ -21,10 +22,15 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# The date of the sources, so that the same sources make the same packages.
+# The date of the sources, so that the same sources make the same packages: of the commit, or of
+# the list of changes where there is no repository.
 set(date "$ENV{SOURCE_DATE_EPOCH}")
-if(date STREQUAL "")
-  set(date 0)
+if(date STREQUAL "" AND EXISTS ${PROJECT_SOURCE_DIR}/.git)
+  execute_process(COMMAND git -C ${PROJECT_SOURCE_DIR} log -1 --format=%ct
+    OUTPUT_VARIABLE date ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
+endif()
+if(NOT date MATCHES "^[0-9]+$")
+  file(TIMESTAMP ${PROJECT_SOURCE_DIR}/CHANGELOG.md date "%s" UTC)
 endif()
 execute_process(COMMAND date -u +%Y -d @${date} OUTPUT_VARIABLE kap_year
   OUTPUT_STRIP_TRAILING_WHITESPACE)
@@ -69,10 +75,11 @@ dictionaries that they pass to each other, with a text notation, documents and
 schemas. A host program loads it at run time.")
 kap_package(development dev libdevel "client runtime and reference host of KAPUtils"
   "Headers, static libraries and sources for writing components of an application
-and hosts that load them, in C++ or C.")
+and hosts that load them, in C++ or C, and pretty-printers for gdb.")
 kap_package(tools tools utils "print, convert and check documents of property objects"
   "posutil reads documents in text notation, JSON or TypeA, looks values up by
-path, converts documents, and checks them against schemas.")
+path, converts documents, and checks them against schemas. kapcheck tests
+components, and hosts with the probe libkapprobe.so.")
 
 install(FILES ${PROJECT_SOURCE_DIR}/cmake/debian/overrides-dev RENAME kaputils-dev
   DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT development EXCLUDE_FROM_ALL)

@@ -30,8 +30,10 @@ extern "C" [[gnu::visibility("default")]] int TotalsInitialize(KAPGetProcAddress
 }
 
 extern "C" [[gnu::visibility("default")]] void TotalsTerminate() {
-  KAPUnregisterInterface(TotalsInterface::kName);
-  KAPClientTerminate();
+  KAPReportingError([] {
+    KAPUnregisterInterface(TotalsInterface::kName);
+    KAPClientTerminate();
+  });
 }
 
 extern "C" [[gnu::visibility("default")]] int TotalsGetVersion() { return 1; }

@@ -14,8 +14,10 @@
 //   }
 //
 //   extern "C" [[gnu::visibility("default")]] void TotalsTerminate() {
-//     KAP_T_MT::KAPUnregisterInterface(TotalsInterface::kName);
-//     KAP_T_MT::KAPClientTerminate();
+//     KAP_T_MT::KAPReportingError([] {
+//       KAP_T_MT::KAPUnregisterInterface(TotalsInterface::kName);
+//       KAP_T_MT::KAPClientTerminate();
+//     });
 //   }
 //
 // The runtime belongs to the one component that contains it: its sources are compiled into each

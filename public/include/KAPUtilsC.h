@@ -34,8 +34,9 @@
  * have the same names in the same order. Neither an exception nor a longjmp may leave a procedure.
  *
  * A C++ program may include the header as well, and call a component in C through the component's
- * own header. The kinds and seek origins are then those of the C++ headers. TKAPInterfaceClient of
- * KAP.h does more: it follows the counter by itself.
+ * own header. From C++20 on, the handles, kinds and seek origins are those of the C++ headers,
+ * where TKAPInterfaceClient of KAP.h does more: it follows the counter by itself. Before C++20 the
+ * header needs no other file, as in C.
  *
  * Each contract ends with a thread tag:
  *
@@ -44,6 +45,16 @@
  *                     object changes
  *   [exclusive]       any thread; nothing else may use the same object at the same time
  *   [binding thread]  the thread that initialises and terminates the component */
+
+/* The missing file stops the compiler here, before hundreds of errors that all mean the same. */
+#ifdef __cplusplus
+#if __cplusplus >= 202002L
+#define KAP_CPP_HEADERS
+#endif
+#elif !defined(__STDC_VERSION__) || __STDC_VERSION__ < 201112L
+#error "KAPUtilsC.h needs C11: compile with -std=c11"
+#include <compile-with-std=c11>
+#endif
 
 #include <assert.h>
 #include <stdbool.h>
@@ -59,7 +70,7 @@
 #define KAPUTILS_VERSION \
   (KAPUTILS_VERSION_MAJOR * 0x10000 + KAPUTILS_VERSION_MINOR * 0x100 + KAPUTILS_VERSION_PATCH)
 
-#ifdef __cplusplus
+#ifdef KAP_CPP_HEADERS
 #include "kap/KAPStreamInterfaces.h"
 #include "kap/KAPTypes.h"
 #include "pos/POSKinds.h"
@@ -133,7 +144,7 @@ typedef void* (*KAPGetProcAddressProc)(const char* interfaceName, const char* me
 
 /* What "GetType" returns. The numbers are part of the interface: they never change, and a new kind
  * takes the next one. */
-#ifdef __cplusplus
+#ifdef KAP_CPP_HEADERS
 using KAP_T_MT::POSType;
 using KAP_T_MT::kPOSNumber;
 using KAP_T_MT::kPOSString;
@@ -149,8 +160,8 @@ enum POSType {
 };
 #endif
 
-/* The interfaces that a host provides, one header each, and the list of them. To write a host,
- * implement these; to use one, include the header of the interface or, better, its wrapper classes.
+/* The interfaces that a host provides. To write a host, implement and register these structures; to
+ * use one, load them.
  *
  * Every procedure follows these conventions:
  *
@@ -239,8 +250,7 @@ typedef struct KAPErrorInterfaceProcs {
   /* A core error of the host: 0 is the unknown error, 1 the memory error. Core errors are never
    * destroyed; AddRef and Release accept them and change nothing. [any thread] */
   KAPError* (*GetCoreError)(int id);
-  /* Adds one reference; null is ignored. A no-op after the binding like Release, unlike the AddRef
-   * of other interfaces: copying an exception must not throw. [any thread] */
+  /* Adds one reference; null is ignored. [any thread] */
   void (*AddRef)(KAPError* error);
   /* Releases one reference; null is ignored. [any thread] */
   void (*Release)(KAPError* error);
@@ -355,7 +365,7 @@ typedef void (*KAPClientPurgeProc)(void);
  *
  *   id = NewCacheID();
  *   Add(id, item, cost, &PurgeItem);     // the cache owns the item
- *   if ((item = Attach(id))) {       // null: purged; make it again
+ *   if ((item = Attach(id))) {           // null: purged; make it again
  *     ...                                // not purged while it is marked
  *     MarkPurge(id, item);
  *   }
@@ -622,7 +632,7 @@ typedef struct KAPSharedBuffInterfaceProcs {
  * has the methods of the kinds before it as well. Positions and sizes are in bytes. */
 
 /* Where the offset of a seek counts from. */
-#ifdef __cplusplus
+#ifdef KAP_CPP_HEADERS
 using KAP_T_MT::KAPSeekOrigin;
 using KAP_T_MT::kKAPSeekFromStart;
 using KAP_T_MT::kKAPSeekFromPosition;
@@ -1260,14 +1270,16 @@ typedef struct KAPProcName {
 } KAPProcName;
 
 /* Looks up `count` procedures and stores each in `procs`, a structure of nothing but pointers to
- * procedures. Returns 1 when all exist; else 0, with null in each missing place. */
+ * procedures. Returns 1 when all exist; else 0, with null in each missing place. A null `getProc`
+ * has none. */
 KAP_CHECKED static inline int KAPLoadProcs(void* procs, const char* interfaceName,
                                            const KAPProcName* names, size_t count,
                                            KAPGetProcAddressProc getProc) {
   unsigned char* place = KAP_CAST(unsigned char*, procs);
   int complete = 1;
   for (size_t i = 0; i < count; ++i, place += sizeof(void*)) {
-    void* const proc = getProc(interfaceName, names[i].method, names[i].procedure);
+    void* const proc =
+        getProc ? getProc(interfaceName, names[i].method, names[i].procedure) : NULL;
     memcpy(place, &proc, sizeof proc); /* strict C does not convert it to a procedure */
     if (!proc) complete = 0;
   }

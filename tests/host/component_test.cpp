@@ -62,7 +62,7 @@ TEST_F(ComponentTest, ProceduresLeftRegistered) {
 TEST_F(ComponentTest, SecondLoadLeavesTheFirst) {
   Component first = fHost.Load(SMALL_COMPONENT, "Small");
   try {
-    fHost.Load(SMALL_COMPONENT, "Small");
+    const Component second = fHost.Load(SMALL_COMPONENT, "Small");
     ADD_FAILURE();
   } catch (const LoadError& error) {
     EXPECT_STREQ(error.what(), "\"" SMALL_COMPONENT "\" is already initialised");
@@ -136,7 +136,7 @@ TEST_F(ComponentTest, FailuresNameFileAndReason) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
     try {
-      fHost.Load(row.path, row.name);
+      const Component none = fHost.Load(row.path, row.name);
       ADD_FAILURE();
     } catch (const LoadError& error) {
       const std::string text = error.what();

@@ -48,12 +48,12 @@ class TraceFile {
 
 Host* gHost = nullptr;
 
-KAPStringAtom* Echo(KAPStringAtom* text, int depth) {
+KAPStringAtom* Echo(KAPStringAtom* text, int depth) noexcept {
   if (depth != 0) return gHost->Proc<EchoInterface, "Echo">()(text, depth - 1);
   gHost->Proc<KAPStringInterface, "AddRef">()(text);
   return text;
 }
-KAPError* Fail(double* out) {
+KAPError* Fail(double* out) noexcept {
   *out = 0;
   return gHost->Proc<KAPErrorInterface, "NewError">()("no echo", "test", 3, nullptr, nullptr);
 }

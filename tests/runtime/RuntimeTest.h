@@ -19,8 +19,9 @@ using EchoClient = KAP_T_MT::TKAPInterfaceClient<EchoInterface>;
 // Registers First, Second and Third as procedures that return Base + 1, + 2, + 3.
 template <int Base = 0>
 void RegisterEcho(KAPHost::Host& host) {
-  host.RegisterInterface<EchoInterface>([] { return Base + 1; }, [] { return Base + 2; },
-                                        [] { return Base + 3; });
+  host.RegisterInterface<EchoInterface>([]() noexcept { return Base + 1; },
+                                        []() noexcept { return Base + 2; },
+                                        []() noexcept { return Base + 3; });
 }
 
 // Registers another procedure in place of one of the host's own.

@@ -23,6 +23,10 @@ struct [[gnu::visibility("hidden")]] TotalsInterface
     : TKAPInterface<"TotalsInterface", TKAPMethod<"Sum", "TotalsSumProc", double(POSArray*)>,
                     TKAPMethod<"Raw", "TotalsRawProc", int(), kKAPThrows>> {};
 using Totals = TKAPInterfaceClient<TotalsInterface>;
+using Factory = KAPStreamFactoryClient;
+struct alignas(64) Wide {};
+struct [[gnu::visibility("hidden")]] alignas(64) WideClient : CKAPVirtualClientBase {};
+struct [[gnu::visibility("hidden")]] Page : CKAPClientBase {};
 double Sum(POSArray*) noexcept;
 double Throwing(POSArray*);
 int Raw();
@@ -53,6 +57,55 @@ ROWS = [
      "the interface has no method of this name"),
     ("a misspelt method, released with", 'Totals::CallReleasing<"Relase">(numbers);',
      "the interface has no method of this name"),
+    ("a null literal and an atom as arguments",
+     'const char* end = nullptr; handle = TKAPInterfaceClient<POSObjectStatics>::'
+     'Call<"CreateFromText">("1", NULL); end = "";'
+     'double sum = Totals::Call<"Sum">(nullptr); (void)sum, (void)end;', ""),
+    ("an owner where a call takes a handle",
+     'double sum = Totals::Call<"Sum">(CPOSArray()); (void)sum;', "no match"),
+    ("a missing argument", 'double sum = Totals::Call<"Sum">(); (void)sum;', "no match"),
+    ("a new handle that a call would borrow",
+     'KAPContainerClient::CallReleasing<"Release">(Made());', "a new handle needs an owner"),
+    ("a new handle that a procedure would borrow",
+     'auto* data = KAPSharedBuffClient::Call<"GetBuffer">(CKAPSharedBuff::NewBuffer(8)); (void)data;',
+     "a new handle needs an owner"),
+    ("a new buffer without an owner",
+     "auto* data = CKAPSharedBuff::GetBuffer(CKAPSharedBuff::NewBuffer(8)); (void)data;", "deleted"),
+    ("a new container that is only looked at", "(void)CKAPContainer::GetSignature(Made());",
+     "deleted"),
+    ("a new stream that is only checked", "CKAPSimpleStream::CheckMethods(Made());", "deleted"),
+    ("a reference that is not looked at", 'KAPContainerClient::Call<"AddRef">(handle);',
+     "nodiscard"),
+    ("a new atom that nobody takes", 'KAPStringClient::Call<"NewStringAtom">("text");',
+     "nodiscard"),
+    ("a class in a method", 'using M = TKAPMethod<"A", "P", void(CKAPStringAtom)>; (void)M::kTraits;',
+     "no class or reference crosses the binder"),
+    ("a reference in a method", 'using M = TKAPMethod<"A", "P", const int&(int)>; (void)M::kTraits;',
+     "no class or reference crosses the binder"),
+    ("a method that says noexcept",
+     'using M = TKAPMethod<"A", "P", int(int) noexcept>; (void)M::kTraits;', "without noexcept"),
+    ("two methods of one name",
+     'using M = TKAPMethod<"A", "P", int(int)>; using I = TKAPInterface<"I", M, M>;'
+     "if (!KAPRegisterInterface<I>(&Other, &Other)) return;",
+     "two methods of the interface have the same name"),
+    ("an error that would be lost", "(void)KAPReturningError([&] {"
+     ' return Factory::Call<"NewPositionableMemoryStream">(&handle); });', "would be lost"),
+    ("an error that would look like success",
+     "(void)KAPReportingError([&]() -> KAPError* { return nullptr; });", "KAPReturningError"),
+    ("the same with a result for failures",
+     "(void)KAPReportingError([&]() -> KAPError* { return nullptr; }, nullptr);",
+     "KAPReturningError"),
+    ("a client object with too strict an alignment", "auto made = KAPNewClient<WideClient>();",
+     "no matching"),
+    ("a client object of a class without the base", "auto made = KAPNewClient<Page>();",
+     "no matching"),
+    ("a block with too strict an alignment", "auto block = KAPNewBlock<Wide>(2);",
+     "aligned to 16 bytes"),
+    ("a buffer with too strict an alignment", "TKAPSharedBuffer<Wide> buffer(2);",
+     "aligned to 16 bytes"),
+    ("a binding that ends at once", "KAPClient(nullptr);", "nodiscard"),
+    ("an error that is not thrown", 'CKAPError("no such key", "Totals", 3);', "nodiscard"),
+    ("an exception that is not thrown", 'POSException("no such key");', "nodiscard"),
     ("a misspelt method of a container", 'KAPCheck(gTables.Method<"Reed">(handle)(handle, 1));',
      "the interface has no method of this name"),
     ("a misspelt slot", 'Totals::Replace<"Sun">(&Other);',
@@ -86,6 +139,10 @@ ROWS = [
      "CKAPCache::Add(CKAPCacheID::New(), handle, 1, nullptr);", "nodiscard"),
     ("a bool where the way of adding is an int", "KAPContainerBaseGeneric base(handle, true);",
      "deleted"),
+    ("an unsigned where it is an int", "KAPContainerBaseGeneric base(handle, 1u);", "deleted"),
+    ("braces for the tag",
+     "CKAPContainerHolder holder(handle, {}); KAPContainerBaseGeneric base(handle, {});"
+     "CKAPStringAtom atom(static_cast<KAPStringAtom*>(nullptr), {});", ""),
     ("an int where the way of adopting is a bool", "CKAPContainerHolder holder(handle, 1);",
      "deleted"),
     ("the same for an atom", "CKAPStringAtom atom(static_cast<KAPStringAtom*>(nullptr), 1);",
@@ -94,6 +151,21 @@ ROWS = [
     ("a pointer of another kind as an atom", "CKAPStringAtom atom(handle);", "no matching"),
     ("a bool as a count", "TKAPSharedBuffer<char> buffer(true);", "deleted"),
     ("a character as a count", "TKAPSharedBuffer<char> buffer('9');", "deleted"),
+    ("getters that may throw or not",
+     'const bool quiet = true; CPOSDict d = CPOSDict::New(); auto n = d.GetNumber("age", quiet);'
+     'auto s = CPOSArray::New().GetAt(0, !quiet); CPOSNumber one(s, false), two(s);', ""),
+    ("a default value of a number", 'auto age = CPOSDict().GetNumber("age", 18);', "no matching"),
+    ("a default value of a text", 'auto name = CPOSDict().GetString("name", "unknown");',
+     "no matching"),
+    ("a default value of any kind", 'auto age = CPOSDict().Get("age", 18);', "no matching"),
+    ("a default value of a slot", 'auto first = CPOSArray().GetAt(0, "x");', "POSNoThrow"),
+    ("a default value of a downcast", "CPOSNumber number(CPOSObject(), 5);", "no matching"),
+    ("an index of a dictionary", "auto first = CPOSDict()[0];", "deleted"),
+    ("texts of several kinds",
+     'std::string text = "a"; const CPOSUnicodeString wide(u"Hi"); CKAPUtilsDir dir;'
+     'dir.Rename(CKAPStringAtom("a"), "b"); auto name = dir.CreateUniqueFilename("a", text);'
+     'auto object = CPOSObject::CreateFromText(text); CPOSBinData data(text, nullptr, 0);'
+     'CKAPStringAtom key("a"); (void)std::hash<CKAPStringAtom>()(key);', ""),
 ]
 
 WARNED = [

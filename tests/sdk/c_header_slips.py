@@ -33,7 +33,8 @@ ROWS = [
      "is not in its slot"),
     ("a method without a procedure", METHODS, "int (*Get)(void);", LOAD, NOT_ONE_EACH),
     ("a procedure without a method", METHODS, PROCS + " void (*Clear)(void);", LOAD, NOT_ONE_EACH),
-    ("a misspelt procedure", METHODS, "int (*Gte)(void); void (*Set)(int value);", LOAD, "Get"),
+    ("a misspelt procedure", METHODS, "int (*Gte)(void); void (*Set)(int value);", LOAD,
+     "no member named"),
     ("a table that may not be loaded", METHODS, PROCS,
      "OwnInterfaceLoad(own, getProc); return own->Get();", "unused"),
 ]
@@ -53,6 +54,7 @@ def main():
     include, c_compiler, cxx_compiler = sys.argv[1:]
     languages = (
         ([c_compiler, "-std=c11", "-I", include], "c"),
+        ([cxx_compiler, "-std=c++14", "-Wold-style-cast", "-I", include], "cpp"),
         ([cxx_compiler, "-std=c++20", "-fvisibility=hidden", "-Wold-style-cast", "-I", include], "cpp"))
     faults = []
     with tempfile.TemporaryDirectory() as folder:
@@ -60,7 +62,10 @@ def main():
             for command, suffix in languages:
                 said = compiled(command, suffix, row, folder)
                 if (row[-1] not in said) if row[-1] else said:
-                    faults.append(f"{row[0]} ({suffix}): expected {row[-1]!r}, got\n{said}")
+                    faults.append(f"{row[0]} ({' '.join(command)}): expected {row[-1]!r}, got\n{said}")
+        said = compiled([c_compiler, "-std=gnu99", "-I", include], "c", ROWS[0], folder)
+        if "needs C11" not in said or said.count("error:") != 2:  # the second one stops the compiler
+            faults.append(f"C99: {said}")
     if faults:
         sys.exit("\n".join(faults))
     print(f"{len(ROWS)} interfaces in {len(languages)} languages")

@@ -30,7 +30,7 @@ class LoadError : public std::runtime_error {
 //   reported: the procedures are unregistered, and the library stays in memory for callers that
 //   kept an address. It also stays when it has the delete procedure of a container that lives.
 // Threads: one controlling thread at a time. Components of the same file count as one object.
-class Component {
+class [[nodiscard]] Component {
  public:
   // Opens `path`, searched for as by dlopen, without initialising. Throws LoadError.
   explicit Component(const std::string& path, const std::string& name = "KAPUtils");
@@ -42,7 +42,7 @@ class Component {
   // is terminated as well, at the latest on destruction or before another object initialises the
   // same file. False, and nothing is called, when another object has initialised the same file or
   // this one is moved from.
-  bool Initialize(KAPGetProcAddressProc getProcAddress);
+  [[nodiscard]] bool Initialize(KAPGetProcAddressProc getProcAddress);
   // A no-op when another object has initialised the same file or this one is moved from.
   void Terminate();
   // Whether this object or another one of the same file is initialised.

@@ -75,7 +75,8 @@ struct DeclaredMethod {
   const char* fInterface;
   const char* fMethod;
   const char* fProc;
-  KAP_T_MT::KAPTraits fTraits;
+  bool fReleases;  // of the traits: fNoOpUnbound, fThrows
+  bool fThrows;
   std::array<void*, kWatchedVariants> fEntries;  // the observing procedures
   WatchedProc* fProcs;                           // what each of them observes
 };
@@ -216,7 +217,8 @@ struct WatchedMethod<Interface, kSlot, Result (*)(Args...)> {
         Interface::kName,
         entry.fMethodName,
         entry.fProcName,
-        Interface::kTraits[kSlot],
+        Interface::kTraits[kSlot].fNoOpUnbound,
+        Interface::kTraits[kSlot].fThrows,
         Entries(std::make_integer_sequence<unsigned, kWatchedVariants>()),
         fProcs};
     return declared;

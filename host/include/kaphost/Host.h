@@ -89,7 +89,7 @@ struct HostOptions {
 // Unloading: code that embeds the host, such as a plug-in, must stay loaded until the process ends:
 //   the end of each thread that has used the host calls it.
 // Errors: members that allocate may throw std::bad_alloc.
-class Host {
+class [[nodiscard]] Host {
  public:
   // Throws std::logic_error when there is a host already, std::runtime_error when the trace that
   // the options name cannot be written.
@@ -119,12 +119,18 @@ class Host {
   // look-ups find the replacement. False when a name or the procedure is null.
   bool Register(const char* interfaceName, const char* methodName, const char* procName,
                 void* proc);
-  // Registers a whole interface from its declaration, the procedures in slot order.
+  // Registers a whole interface from its declaration, the procedures in slot order. What may be
+  // registered is what KAPRegisterInterface takes. False when a procedure is null.
   template <class Interface, class... Procs>
-  void RegisterInterface(Procs... procs) {
-    for (const auto& entry : Interface::Registration(procs...)) {
-      Register(Interface::kName, entry.fMethodName, entry.fProcName, entry.fProc);
+  bool RegisterInterface(Procs... procs) {
+    bool complete = false;
+    if constexpr (Interface::template CheckProcs<Procs...>()) {
+      complete = true;
+      for (const auto& entry : Interface::Registration(procs...)) {
+        complete &= Register(Interface::kName, entry.fMethodName, entry.fProcName, entry.fProc);
+      }
     }
+    return complete;
   }
   // Removes all procedures of an interface. If there were any, the unregister counter grows by one.
   void Unregister(const char* interfaceName);

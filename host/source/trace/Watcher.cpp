@@ -74,7 +74,8 @@ bool Contains(const Names& names, std::string_view name) {
 
 CheckedCall Checked(const DeclaredMethod& method, const char* interfaceName, const char* caller,
                     bool isHosts, std::span<const WatchedValue> arguments) {
-  return {interfaceName, method.fMethod, method.fTraits, caller, isHosts, arguments};
+  const KAP_T_MT::KAPTraits traits = {.fNoOpUnbound = method.fReleases, .fThrows = method.fThrows};
+  return {interfaceName, method.fMethod, traits, caller, isHosts, arguments};
 }
 
 }  // namespace

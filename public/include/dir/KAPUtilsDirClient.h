@@ -63,7 +63,7 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   [[nodiscard]] CKAPPositionableStream OpenStream(const CKAPStringAtom& name,
                                                   const char* mode) const;
 
-  // The same for texts, terminated or not. Each is made into an atom, whose constructor throws for
+  // The same for texts, terminated or not, and for a text with an atom. Each is made into an atom, whose constructor throws for
   // a null text and for one that contains a zero byte.
   template <KAPText Text>
   [[nodiscard]] static CKAPUtilsDir New(const Text& path) {
@@ -77,8 +77,8 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   void Delete(const Text& name) const {
     Delete(CKAPStringAtom(name));
   }
-  template <KAPText From, KAPText To>
-  void Rename(const From& from, const To& to) const {
+  template <class From, class To>
+  requires(KAPText<From> || KAPText<To>) void Rename(const From& from, const To& to) const {
     Rename(CKAPStringAtom(from), CKAPStringAtom(to));
   }
   template <KAPText Text>
@@ -88,6 +88,11 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   template <KAPText Text>
   [[nodiscard]] CKAPStringAtom CreateUniqueFilename(const Text& prefix) const {
     return CreateUniqueFilename(CKAPStringAtom(prefix));
+  }
+  template <class Prefix, class Second>
+  requires(KAPText<Prefix> || KAPText<Second>) [[nodiscard]] CKAPStringAtom
+      CreateUniqueFilename(const Prefix& prefix, const Second& second) const {
+    return CreateUniqueFilename(CKAPStringAtom(prefix), CKAPStringAtom(second));
   }
   template <KAPText Text>
   [[nodiscard]] CKAPPositionableStream OpenStream(const Text& name, const char* mode) const {

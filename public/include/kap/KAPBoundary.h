@@ -36,9 +36,12 @@ void KAPReportCurrentException() noexcept;
 // CKAPError::ForCaller. Call only in a catch handler.
 [[nodiscard]] KAPError* KAPCurrentExceptionAsError() noexcept;
 
-// For procedures that return an error: null on success, else a reference for the caller.
+// For procedures that return an error: null on success, else a reference for the caller. The body
+// returns nothing.
 template <class Body>
 [[nodiscard]] KAPError* KAPReturningError(Body&& body) noexcept {
+  static_assert(std::is_void_v<std::invoke_result_t<Body>>,
+                "the body's result would be lost: pass an error to KAPCheck, and store a value");
   try {
     std::forward<Body>(body)();
     return nullptr;
@@ -51,6 +54,8 @@ template <class Body>
 // `failure`.
 template <class Body, class Result = std::invoke_result_t<Body>>
 Result KAPReportingError(Body&& body, std::type_identity_t<Result> failure) noexcept {
+  static_assert(!std::is_same_v<Result, KAPError*>,
+                "a procedure that returns an error needs KAPReturningError");
   try {
     return std::forward<Body>(body)();
   } catch (...) {
@@ -62,6 +67,9 @@ Result KAPReportingError(Body&& body, std::type_identity_t<Result> failure) noex
 // The same with the zero of the type (null, false, 0, nothing) as the result of a failure.
 template <class Body>
 std::invoke_result_t<Body> KAPReportingError(Body&& body) noexcept {
+  static_assert(!std::is_same_v<std::invoke_result_t<Body>, KAPError*>,
+                "null would be a success: a procedure that returns an error needs "
+                "KAPReturningError");
   try {
     return std::forward<Body>(body)();
   } catch (...) {

@@ -59,10 +59,10 @@ class KAPBindingError : public std::runtime_error {
 // Errors: the constructor throws KAPBindingError, and no host is bound afterwards. It also throws
 //   when the runtime is bound already, and leaves that binding alone: two owners of one binding
 //   would end it twice. The destructor never throws; it reports what a LazyTerminate member throws.
-class KAPClient {
+class [[nodiscard]] KAPClient {
  public:
   // Binds the runtime to the host with this callback.
-  explicit KAPClient(KAPGetProcAddressProc getProc);
+  [[nodiscard]] explicit KAPClient(KAPGetProcAddressProc getProc);
   KAPClient(const KAPClient&) = delete;
   KAPClient& operator=(const KAPClient&) = delete;
   ~KAPClient();

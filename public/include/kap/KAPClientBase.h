@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <concepts>
 #include <memory>
 #include <utility>
 
@@ -57,9 +58,11 @@ struct KAPDeleteClient {
 template <class Client>
 using TKAPClientObject = std::unique_ptr<Client, KAPDeleteClient>;
 
-// A new client object. Throws what its constructor and CKAPMemory::Alloc throw.
-template <class Client, class... Args>
-[[nodiscard]] TKAPClientObject<Client> KAPNewClient(Args&&... args) {
+// A new client object. Throws what its constructor and CKAPMemory::Alloc throw. For other classes,
+// such as those of CKAPClientBase, there is std::make_unique.
+template <std::derived_from<CKAPVirtualClientBase> Client, class... Args>
+requires(alignof(Client) <= kKAPBlockAlignment)
+    [[nodiscard]] TKAPClientObject<Client> KAPNewClient(Args&&... args) {
   return TKAPClientObject<Client>(new Client(std::forward<Args>(args)...));
 }
 

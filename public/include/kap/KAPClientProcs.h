@@ -39,6 +39,7 @@ Client& KAPClientAt(void* address) {
 // ClientTest.FailuresBecomeErrors).
 template <class Body>
 [[nodiscard]] KAPError* KAPReturningClientError(Body&& body) noexcept {
+  static_assert(std::is_void_v<std::invoke_result_t<Body>>, "the body's result would be lost");
   try {
     std::forward<Body>(body)();
     return nullptr;

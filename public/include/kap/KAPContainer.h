@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstring>
 #include <utility>
@@ -67,6 +68,12 @@ class CKAPContainer {
     return container ? GetPrimary(container).fSignature : nullptr;
   }
 
+  // These borrow the container, and would not release a new one.
+  static void* BCGetInstance(TKAPNewHandle<KAPContainer>, const CKAPStringAtom&) = delete;
+  static void* GetInstance(TKAPNewHandle<KAPContainer>, const CKAPStringAtom&) = delete;
+  static void* PrimaryInstance(TKAPNewHandle<KAPContainer>, const CKAPStringAtom&) = delete;
+  static const char* GetSignature(TKAPNewHandle<KAPContainer>) = delete;
+
   // A container with `instance` as its primary one: one reference for the caller. The last release
   // passes the instance to `deleteInstance`, which may be null. Throws the error that the host
   // returns; the instance then stays the caller's.
@@ -124,11 +131,14 @@ class KAPContainerBaseGeneric {
   explicit KAPContainerBaseGeneric(KAPContainer* container)
       : fContainer(CKAPContainer::AddRef(container)) {}
   // Adds a reference without checking the result. Only for handles known to be live: a refused
-  // reference would still be released. The library itself does not use it. A `bool` is most likely
-  // meant for CKAPContainerHolder, where it says the opposite.
+  // reference would still be released. The library itself does not use it. Exactly an `int`: a
+  // `bool` is most likely meant for CKAPContainerHolder, where it says the opposite.
+  template <std::same_as<int> Unchecked>
   KAP_DEPRECATED("leave the int out, so that the reference is checked")
-  KAPContainerBaseGeneric(KAPContainer* container, int);
-  KAPContainerBaseGeneric(KAPContainer* container, bool) = delete;
+  KAPContainerBaseGeneric(KAPContainer* container, Unchecked)
+      : fContainer(AddRefUnchecked(container)) {}
+  template <class Other>
+  KAPContainerBaseGeneric(KAPContainer* container, Other) = delete;
   KAPContainerBaseGeneric(TKAPNewHandle<KAPContainer>, int) = delete;  // would add a second one
   // Adopts the reference; null makes an empty object.
   KAPContainerBaseGeneric(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
@@ -159,6 +169,8 @@ class KAPContainerBaseGeneric {
   explicit operator bool() const noexcept { return fContainer != nullptr; }
 
  private:
+  static KAPContainer* AddRefUnchecked(KAPContainer* container);
+
   KAPContainer* fContainer = nullptr;
 };
 
@@ -180,11 +192,13 @@ class CKAPContainerHolder {
   // The older form: adopts the reference if `skipAddRef`, else adds one. Exactly a `bool`: an `int`
   // is most likely meant for KAPContainerBaseGeneric, where it says the opposite. The reference of
   // a new handle is adopted in any case, because nothing else could release it.
+  template <std::same_as<bool> Skip>
   KAP_DEPRECATED("use KAPAdopt() for true, and leave false out")
-  CKAPContainerHolder(KAPContainer* container, bool skipAddRef)
+  CKAPContainerHolder(KAPContainer* container, Skip skipAddRef)
       : fContainer(container && !skipAddRef ? CKAPContainer::AddRef(container) : container) {}
+  template <std::same_as<bool> Skip>
   KAP_DEPRECATED("leave the bool out")
-  CKAPContainerHolder(TKAPNewHandle<KAPContainer> made, bool) noexcept
+  CKAPContainerHolder(TKAPNewHandle<KAPContainer> made, Skip) noexcept
       : fContainer(std::move(made)) {}
   template <class Other>
   CKAPContainerHolder(KAPContainer* container, Other) = delete;

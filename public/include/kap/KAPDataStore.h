@@ -57,6 +57,7 @@ class CKAPDataStore : public TKAPTypedContainer<CKAPDataStore, KAPContainerBaseG
 
   // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPDataStore* handle) { fTerm.InitVTab(handle); }
+  static void CheckMethods(TKAPNewHandle<KAPDataStore>) = delete;
 
  private:
   static constinit CKAPDataStoreTerminate fTerm;
@@ -71,6 +72,7 @@ class CKAPSizedDataStore : public TKAPTypedContainer<CKAPSizedDataStore, CKAPDat
 
   // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPDataStore* handle) { fSizedTerm.InitVTab(handle); }
+  static void CheckMethods(TKAPNewHandle<KAPDataStore>) = delete;
 
  private:
   static constinit CKAPSizedDataStoreTerminate fSizedTerm;
@@ -87,6 +89,7 @@ class CKAPDataBlockStream
 
   // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPDataBlockStream* handle) { fTerm.InitVTab(handle); }
+  static void CheckMethods(TKAPNewHandle<KAPDataBlockStream>) = delete;
 
  private:
   static constinit CKAPDataBlockStreamTerminate fTerm;

@@ -35,18 +35,19 @@ inline constexpr TOQErrorID kMemErrorID = 1;      // exhausted memory
 //   result is the empty error: an error is made while something else has failed already, and a
 //   second exception would hide the first.
 // Threads: a plain value: one thread at a time per object, any number of objects per host error.
-class CKAPError : public std::exception {
+class [[nodiscard]] CKAPError : public std::exception {
  public:
   // The empty error.
   CKAPError() noexcept = default;
   // A core error of the host.
-  explicit CKAPError(TOQErrorID id) noexcept;
+  [[nodiscard]] explicit CKAPError(TOQErrorID id) noexcept;
   template <std::same_as<bool> NotAnID>
   explicit CKAPError(NotAnID) = delete;
   // A new error; the host copies both strings. When the last reference goes, the host passes
   // `clientData` to `freeClientData`. When the host makes no error, the data stays the caller's.
-  CKAPError(const char* message, const char* component, long code, void* clientData = nullptr,
-            KAPDeleteProc freeClientData = nullptr) noexcept;
+  [[nodiscard]] CKAPError(const char* message, const char* component, long code,
+                          void* clientData = nullptr,
+                          KAPDeleteProc freeClientData = nullptr) noexcept;
   // Adopts the reference, deliberately unlike other classes: an error that a procedure returned is
   // the common case. CKAPError(other.Handle()) compiles and releases one reference twice, so write
   // which of the two is meant: the tags do.
@@ -58,6 +59,8 @@ class CKAPError : public std::exception {
   // The error of a CKAPError, the memory error for std::bad_alloc, else a new error with the
   // exception's text, component "TOQ" and code 0.
   explicit CKAPError(const std::exception& cause) noexcept;
+  // A copy adds a reference. Copying an exception must not throw, so "AddRef" of errors is a no-op
+  // after the binding, unlike that of other interfaces.
   CKAPError(const CKAPError& other) noexcept;
   CKAPError(CKAPError&& other) noexcept : fError(std::exchange(other.fError, nullptr)) {}
   CKAPError& operator=(CKAPError other) noexcept {

@@ -22,8 +22,7 @@ struct KAPErrorInterface
           // A core error of the host: 0 is the unknown error, 1 the memory error. Core errors are
           // never destroyed; AddRef and Release accept them and change nothing. [any thread]
           TKAPMethod<"GetCoreError", "KAPGetCoreErrorProc", KAPError*(int id)>,
-          // Adds one reference; null is ignored. A no-op after the binding like Release, unlike
-          // the AddRef of other interfaces: copying an exception must not throw. [any thread]
+          // Adds one reference; null is ignored. [any thread]
           TKAPMethod<"AddRef", "KAPErrorAddRefProcV2", void(KAPError* error), kKAPReleases>,
           // Releases one reference; null is ignored. [any thread]
           TKAPMethod<"Release", "KAPErrorReleaseProc", void(KAPError* error), kKAPReleases>,

@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "kap/KAPAdopt.h"
 #include "kap/KAPTypes.h"
 
 // The declaration of an interface: its name and, for each method in slot order, the method's name,
@@ -25,7 +26,9 @@
 //   double sum = TKAPInterfaceClient<TotalsInterface>::Call<"Sum">(numbers);  // its client
 //
 // A misspelt method name, a missing procedure, a procedure of another type and one that is not
-// `noexcept` do not compile; the first error says why in a sentence.
+// `noexcept` do not compile; the first error says why in a sentence. Nor do two methods of one
+// name, and parameters and results that compilers may lay out in different ways: a method has
+// pointers, numbers, enumerations and truth values.
 //
 // Tables only grow: add new methods at the end, so that slots keep their numbers. A method whose
 // function type must change gets a new procedure name, by convention with a suffix such as "V2": a
@@ -142,11 +145,87 @@ template <class Proc, class Result, class... Args>
 inline constexpr bool kKAPIsNoexceptProc<Proc, Result (*)(Args...)> =
     std::is_nothrow_invocable_v<Proc, Args...>;
 
-// Whether a type of procedures returns an error, which the caller owns and must look at.
-template <class Proc>
-inline constexpr bool kKAPReturnsError = false;
-template <class... Args>
-inline constexpr bool kKAPReturnsError<KAPError* (*)(Args...)> = true;
+// Whether a type crosses the binder: its layout is the same for every compiler and language.
+template <class Type>
+inline constexpr bool kKAPCrosses = std::is_void_v<Type> || std::is_arithmetic_v<Type> ||
+                                    std::is_enum_v<Type> || std::is_pointer_v<Type>;
+
+// The same for all the types of a method.
+template <class Signature>
+inline constexpr bool kKAPAllCross = false;
+template <class Result, class... Args>
+inline constexpr bool kKAPAllCross<Result(Args...)> = kKAPCrosses<Result> &&
+                                                      (kKAPCrosses<Args> && ...);
+
+// Whether a type of functions says `noexcept`.
+template <class Signature>
+inline constexpr bool kKAPSaysNoexcept = false;
+template <class Result, class... Args>
+inline constexpr bool kKAPSaysNoexcept<Result(Args...) noexcept> = true;
+
+// Whether a caller must use a result: an error, a new reference or a block leaks if nothing takes
+// it, and a truth value says whether the call has done anything.
+template <class Result>
+inline constexpr bool kKAPMustUse = std::is_pointer_v<Result> || std::is_same_v<Result, bool>;
+
+// Whether a type is a TKAPNewHandle.
+template <class Given>
+inline constexpr bool kKAPIsNewHandle = false;
+template <class Object>
+inline constexpr bool kKAPIsNewHandle<TKAPNewHandle<Object>> = true;
+
+// Calls do not take a new handle (TKAPNewHandle): the procedure would borrow it, and nothing would
+// release it afterwards.
+template <class Result>
+struct TKAPNoNewHandles {
+  // One error, instead of a conversion.
+  template <class... Given>
+  requires(kKAPIsNewHandle<std::remove_cvref_t<Given>> || ...) Result operator()(Given&&...) const {
+    static_assert(sizeof...(Given) == 0, "a new handle needs an owner: a call only borrows it");
+    return Result();
+  }
+};
+
+// A call of one method: a function object. `GetProc` returns the procedure. Its parameters are
+// exactly those that the method declares, so an argument of another type is an error in the line
+// that passes it, and a literal null pointer is an argument like any other.
+template <auto GetProc, class Proc = decltype(GetProc())>
+struct TKAPCall;
+
+// For a method without a result, or with one that may be ignored.
+template <auto GetProc, class Result, class... Args>
+struct TKAPCall<GetProc, Result (*)(Args...)> : TKAPNoNewHandles<Result> {
+  using TKAPNoNewHandles<Result>::operator();
+  // Calls the procedure.
+  Result operator()(Args... args) const { return GetProc()(args...); }
+};
+
+// For a method with a result that must be used.
+template <auto GetProc, class Result, class... Args>
+requires(kKAPMustUse<Result>) struct TKAPCall<GetProc, Result (*)(Args...)>
+    : TKAPNoNewHandles<Result> {
+  using TKAPNoNewHandles<Result>::operator();
+  // Calls the procedure.
+  [[nodiscard]] Result operator()(Args... args) const { return GetProc()(args...); }
+};
+
+// A call that releases something: does not throw. False when there is no procedure.
+template <auto GetProc, class Proc = decltype(GetProc())>
+struct TKAPReleasingCall;
+
+// Of a procedure with any parameters.
+template <auto GetProc, class Result, class... Args>
+struct TKAPReleasingCall<GetProc, Result (*)(Args...)> : TKAPNoNewHandles<bool> {
+  using TKAPNoNewHandles::operator();
+  // Calls the procedure, if there is one.
+  bool operator()(Args... args) const noexcept {
+    const auto proc = GetProc();
+    if (!proc) [[unlikely]]
+      return false;
+    proc(args...);
+    return true;
+  }
+};
 
 // The result of a call that does not compile, so that the error about it stays the only one.
 struct KAPNoResult {
@@ -166,6 +245,11 @@ struct KAPNoMethod {
 template <TKAPName MethodName, TKAPName ProcName, class Signature, KAPTraits Traits = KAPTraits()>
 struct TKAPMethod {
   static_assert(std::is_function_v<Signature>);
+  static_assert(!kKAPSaysNoexcept<Signature>,
+                "write the type of a method without noexcept: all procedures are");
+  static_assert(kKAPAllCross<Signature> || kKAPSaysNoexcept<Signature>,
+                "a method has pointers, numbers, enumerations and bool: no class or reference "
+                "crosses the binder");
   // The type of the procedure.
   using Proc = Signature*;
   // The names, as text and as an entry of a table, and what code needs to know besides.
@@ -191,10 +275,18 @@ struct TKAPInterface {
     while (slot < kCount && kNames[slot] != method) ++slot;
     return slot;
   }
+  static constexpr bool HasDistinctNames() {
+    constexpr std::string_view kNames[] = {Methods::kMethodName...};
+    for (std::size_t slot = 0; slot < kCount; ++slot) {
+      if (Find(kNames[slot]) != slot) return false;
+    }
+    return true;
+  }
   // Falls back to slot 0 after a failed assertion, so that a misspelt name produces one error
   // message instead of a cascade.
   template <TKAPName Method>
   static constexpr std::size_t SlotOf() {
+    static_assert(HasDistinctNames(), "two methods of the interface have the same name");
     static_assert(kHas<Method>, "the interface has no method of this name");
     return kHas<Method> ? Find(Method.View()) : 0;
   }
@@ -216,20 +308,11 @@ struct TKAPInterface {
   template <TKAPName Method>
   using Proc = ProcAt<kSlot<Method>>;
 
-  // Whether a method returns an error. False for a name that no method has.
-  template <TKAPName Method>
-  static constexpr bool kReturnsError = [] {
-    if constexpr (kHas<Method>) {
-      return kKAPReturnsError<Proc<Method>>;
-    } else {
-      return false;
-    }
-  }();
-
   // Checks at compile time that `procs` may be registered: one for each method, in slot order, of
   // the method's type and `noexcept`.
   template <class... Procs>
   static constexpr bool CheckProcs() {
+    static_assert(HasDistinctNames(), "two methods of the interface have the same name");
     static_assert(sizeof...(Procs) == kCount, "an interface needs one procedure for each method");
     if constexpr (sizeof...(Procs) == kCount) {
       constexpr bool fit = (std::is_convertible_v<Procs, typename Methods::Proc> && ...);

@@ -38,6 +38,12 @@ template <class Interface>
 class TKAPInterfaceClient : public TKAPProcTable<Interface> {
   using Table = TKAPProcTable<Interface>;
 
+  template <TKAPName Method>
+  static auto FreshSlot() {
+    Refresh();
+    return Table::template Slot<Method>();
+  }
+
  public:
   // Loads the table whether or not it is stale, without remembering the counter. False when no host
   // is bound, or when a procedure is missing while binding is under way. The argument is ignored.
@@ -53,19 +59,17 @@ class TKAPInterfaceClient : public TKAPProcTable<Interface> {
       ReloadOrThrow();
   }
 
-  // Calls a method, after loading the table if it is stale: Call<"NewStringAtom">(text).
-  template <TKAPName Method, class... Args>
-  requires(!Interface::template kReturnsError<Method>) static auto Call(Args... args) {
-    Refresh();
-    return Table::template CallLoaded<Method>(args...);
-  }
-  // The same for a method that returns an error: ignoring it would leak it.
-  template <TKAPName Method, class... Args>
-  requires(Interface::template kReturnsError<Method>)
-      [[nodiscard]] static KAPError* Call(Args... args) {
-    Refresh();
-    return Table::template CallLoaded<Method>(args...);
-  }
+  // Calls a method, after loading the table if it is stale: Call<"NewStringAtom">(text). A result
+  // that is a pointer or a truth value must be used (kKAPMustUse).
+  template <TKAPName Method>
+  static constexpr auto Call = [] {
+    static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
+    if constexpr (Interface::template kHas<Method>) {
+      return TKAPCall<&TKAPInterfaceClient::FreshSlot<Method>>();
+    } else {
+      return KAPNoMethod();
+    }
+  }();
 
  private:
   [[gnu::noinline, gnu::cold]] static void ReloadOrThrow() {

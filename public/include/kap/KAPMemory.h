@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <type_traits>
 
@@ -51,11 +52,15 @@ struct KAPFreeBlock {
 template <class T>
 using TKAPBlock = std::unique_ptr<T[], KAPFreeBlock>;
 
+// The alignment of the host's blocks.
+inline constexpr std::size_t kKAPBlockAlignment = 16;
+
 // A block for `count` elements, not initialised. A null owner, without a host call, for a count of
 // 0. Throws what CKAPMemory::Alloc and KAPCheckedSize throw.
 template <class T>
 [[nodiscard]] TKAPBlock<T> KAPNewBlock(std::size_t count) {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
+  static_assert(alignof(T) <= kKAPBlockAlignment, "a block of the host is aligned to 16 bytes");
   if (count == 0) return nullptr;
   return TKAPBlock<T>(static_cast<T*>(CKAPMemory::Alloc(KAPCheckedSize(count, sizeof(T)))));
 }
@@ -81,7 +86,8 @@ class KAPTerminatedText {
 
 // Base of classes whose objects live in host memory: `new` asks the host, `delete` returns the
 // block to it, also when a constructor throws. The size of an array of objects has no checked
-// computation here, so `new[]` does not compile.
+// computation here, so `new[]` does not compile. Nor does `new` of a class with an
+// alignment above that of the host's blocks.
 class KAPHostAllocated {
  public:
   // Throw and ignore what CKAPMemory::Alloc and Free do. The placement forms are for containers.
@@ -90,6 +96,7 @@ class KAPHostAllocated {
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void*, void*) noexcept {}
   static void* operator new[](std::size_t) = delete;
+  static void* operator new(std::size_t, std::align_val_t) = delete;
 
  protected:
   ~KAPHostAllocated() = default;

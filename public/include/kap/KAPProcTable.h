@@ -97,6 +97,21 @@ class KAPProcTable {
 // Threads: any, except Drop and Replace [binding thread].
 template <class Interface>
 class TKAPProcTable {
+ protected:
+  // The procedure of a slot, null before the table is loaded.
+  template <TKAPName Method>
+  static auto Slot() noexcept {
+    return reinterpret_cast<typename Interface::template Proc<Method>>(
+        fProcTable[Interface::template kSlot<Method>].load(std::memory_order_relaxed));
+  }
+  // The same for a method that releases something, reloaded if the table is stale.
+  template <TKAPName Method>
+  static auto ReleasingSlot() noexcept {
+    if (!fTable.IsFresh()) [[unlikely]]
+      fTable.ReloadForRelease();
+    return Slot<Method>();
+  }
+
  public:
   // Reloads the table if it is stale. Whether it is loaded and current now.
   static bool TryRefresh() noexcept {
@@ -114,41 +129,30 @@ class TKAPProcTable {
 
   // Calls a method of a table that is known to be loaded, for example after TryRefresh:
   // CallLoaded<"GetCString">(atom).
-  template <TKAPName Method, class... Args>
-  requires(!Interface::template kReturnsError<Method>) static auto CallLoaded(Args... args) {
+  template <TKAPName Method>
+  static constexpr auto CallLoaded = [] {
     static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
     if constexpr (Interface::template kHas<Method>) {
-      return Slot<Method>()(args...);
+      return TKAPCall<&TKAPProcTable::Slot<Method>>();
     } else {
-      return KAPNoResult();
+      return KAPNoMethod();
     }
-  }
-
-  // The same for a method that returns an error: ignoring it would leak it.
-  template <TKAPName Method, class... Args>
-  requires(Interface::template kReturnsError<Method>)
-      [[nodiscard]] static KAPError* CallLoaded(Args... args) {
-    return Slot<Method>()(args...);
-  }
+  }();
 
   // Calls a method that releases something, from where nothing may throw. False: not called,
   // because no host is bound or because the host no longer has the procedure; what it would have
   // released leaks then, and no code that may be gone is run.
-  template <TKAPName Method, class... Args>
-  static bool CallReleasing(Args... args) noexcept {
+  template <TKAPName Method>
+  static constexpr auto CallReleasing = [] {
     static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
     if constexpr (Interface::template kHas<Method>) {
       static_assert(Interface::kTraits[Interface::template kSlot<Method>].fNoOpUnbound,
                     "the method is not declared as a no-op after the binding");
-      if (!fTable.IsFresh()) [[unlikely]]
-        fTable.ReloadForRelease();
-      const auto proc = Slot<Method>();
-      if (!proc) [[unlikely]]
-        return false;
-      proc(args...);
+      return TKAPReleasingCall<&TKAPProcTable::ReleasingSlot<Method>>();
+    } else {
+      return KAPNoMethod();
     }
-    return true;
-  }
+  }();
 
   static void Drop() noexcept { fTable.Drop(); }  // see KAPProcTable::Drop
 
@@ -168,13 +172,6 @@ class TKAPProcTable {
   }
 
  protected:
-  // The procedure of a slot, null before the table is loaded.
-  template <TKAPName Method>
-  static auto Slot() noexcept {
-    return reinterpret_cast<typename Interface::template Proc<Method>>(
-        fProcTable[Interface::template kSlot<Method>].load(std::memory_order_relaxed));
-  }
-
   // The slots, and the table over them.
   inline static constinit std::atomic<void*> fProcTable[Interface::kCount] = {};
   inline static constinit KAPProcTable fTable{Interface::kName, Interface::kEntries,

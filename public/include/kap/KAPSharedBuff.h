@@ -47,9 +47,12 @@ class CKAPSharedBuff {
                                                   KAPGrowProc growProc = nullptr,
                                                   void* clientData = nullptr);
 
-  static unsigned char* GetBuffer(
-      KAPSharedBuffer* buffer);                         // borrowed: lives as long as the buffer
-  static std::size_t GetSize(KAPSharedBuffer* buffer);  // in bytes
+  // The bytes, borrowed: they live as long as the buffer; and how many. Neither takes over a new
+  // buffer.
+  static unsigned char* GetBuffer(KAPSharedBuffer* buffer);
+  static std::size_t GetSize(KAPSharedBuffer* buffer);
+  static unsigned char* GetBuffer(TKAPNewHandle<KAPSharedBuffer>) = delete;
+  static std::size_t GetSize(TKAPNewHandle<KAPSharedBuffer>) = delete;
 };
 
 // Frees storage that came from CKAPMemory: a `deleteProc` for NewBuffer.
@@ -81,8 +84,9 @@ class TKAPSharedBuffer : public TKAPReference<KAPSharedBuffInterface, KAPSharedB
   // Zeroed storage of the host for `count` elements; a count below 0 does not fit. A template, so
   // that 0 is a count and not a null handle.
   template <KAPCount Count>
-  explicit TKAPSharedBuffer(Count count)
-      : TKAPReference(CKAPSharedBuff::NewBuffer(SizeOf(count))) {}
+  explicit TKAPSharedBuffer(Count count) : TKAPReference(CKAPSharedBuff::NewBuffer(SizeOf(count))) {
+    static_assert(alignof(T) <= kKAPBlockAlignment, "a buffer of the host is aligned to 16 bytes");
+  }
 
   // One error, instead of a list of constructors that do not fit.
   template <class NoCount>

@@ -60,6 +60,7 @@ class CKAPSimpleStream : public TKAPTypedContainer<CKAPSimpleStream, KAPContaine
 
   // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPSimpleStream* handle) { fSimpleTerm.InitVTab(handle); }
+  static void CheckMethods(TKAPNewHandle<KAPSimpleStream>) = delete;
 
  private:
   static constinit CKAPSimpleStreamTerminate fSimpleTerm;
@@ -78,6 +79,7 @@ class CKAPRewindableStream : public TKAPTypedContainer<CKAPRewindableStream, CKA
 
   // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPRewindableStream* handle) { fRewindableTerm.InitVTab(handle); }
+  static void CheckMethods(TKAPNewHandle<KAPRewindableStream>) = delete;
 
  private:
   static constinit CKAPRewindableStreamTerminate fRewindableTerm;
@@ -108,6 +110,7 @@ class CKAPPositionableStream
 
   // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(KAPPositionableStream* handle) { fPositionableTerm.InitVTab(handle); }
+  static void CheckMethods(TKAPNewHandle<KAPPositionableStream>) = delete;
 
  private:
   static constinit CKAPPositionableStreamTerminate fPositionableTerm;

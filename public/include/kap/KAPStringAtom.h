@@ -2,6 +2,8 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
+#include <functional>
 #include <string_view>
 #include <utility>
 
@@ -45,16 +47,18 @@ class CKAPStringAtom {
   // Adds a reference; adopts it; adopts the one that comes with a new handle. Null makes an object
   // without atom and text. Exactly a handle, so that `nullptr` stays a null text.
   template <std::same_as<KAPStringAtom*> Handle>
-  explicit CKAPStringAtom(Handle atom) : CKAPStringAtom(atom, Ownership{false}) {}
-  CKAPStringAtom(KAPStringAtom* atom, KAPAdopt) : CKAPStringAtom(atom, Ownership{true}) {}
+  explicit CKAPStringAtom(Handle atom) : CKAPStringAtom(Ownership{false}, atom) {}
+  CKAPStringAtom(KAPStringAtom* atom, KAPAdopt) : CKAPStringAtom(Ownership{true}, atom) {}
   explicit CKAPStringAtom(TKAPNewHandle<KAPStringAtom> made)
       : CKAPStringAtom(std::move(made), KAPAdopt()) {}
   // The older form: adopts the reference if `adopt`, else adds one. Exactly a `bool`. The reference
   // of a new handle is adopted in any case, because nothing else could release it.
+  template <std::same_as<bool> Adopt>
   KAP_DEPRECATED("use KAPAdopt() for true, and leave false out")
-  CKAPStringAtom(KAPStringAtom* atom, bool adopt) : CKAPStringAtom(atom, Ownership{adopt}) {}
+  CKAPStringAtom(KAPStringAtom* atom, Adopt adopt) : CKAPStringAtom(Ownership{adopt}, atom) {}
+  template <std::same_as<bool> Adopt>
   KAP_DEPRECATED("leave the bool out")
-  CKAPStringAtom(TKAPNewHandle<KAPStringAtom> made, bool)
+  CKAPStringAtom(TKAPNewHandle<KAPStringAtom> made, Adopt)
       : CKAPStringAtom(std::move(made), KAPAdopt()) {}
   template <class Other>
   CKAPStringAtom(KAPStringAtom* atom, Other) = delete;
@@ -112,10 +116,20 @@ class CKAPStringAtom {
   struct Ownership {
     bool fAdopts;
   };
-  CKAPStringAtom(KAPStringAtom* atom, Ownership ownership);
+  CKAPStringAtom(Ownership ownership, KAPStringAtom* atom);
 
   KAPStringAtom* fAtom;
   const char* fText;
 };
 
 }  // namespace KAP_T_MT
+
+// Atoms as keys of unordered containers: equal texts share a pointer.
+template <>
+struct [[gnu::visibility("hidden")]] std::hash<KAP_T_MT::CKAPStringAtom>{
+    // The hash of the atom's identity, not of its text.
+    std::size_t operator()(const KAP_T_MT::CKAPStringAtom& atom)
+        const noexcept {return std::hash<const char*>()(atom.Text());
+}
+}
+;

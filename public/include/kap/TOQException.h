@@ -9,10 +9,10 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // that message, component "TOQ" and code 0, or a report.
 // Ownership: none. The message is not copied and must outlive the exception: use a literal. So
 //   making and copying one needs no memory, and works without a host.
-class TOQException : public std::exception {
+class [[nodiscard]] TOQException : public std::exception {
  public:
   // `message` is kept, not copied.
-  explicit TOQException(const char* message) noexcept : fMessage(message) {}
+  [[nodiscard]] explicit TOQException(const char* message) noexcept : fMessage(message) {}
   const char* what() const noexcept override { return fMessage; }
 
  private:

@@ -25,7 +25,7 @@ class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
 
   // The object in the slot. Past the end, or an empty slot: an empty object when `noThrow`, else
   // POSException "CPOSArray::GetAt subscript failed".
-  CPOSObject GetAt(unsigned long index, bool noThrow = false) const;
+  CPOSObject GetAt(unsigned long index, POSNoThrow noThrow = false) const;
   CPOSObject operator[](unsigned long index) const { return GetAt(index); }
 
   // How many slots there are, empty ones included.

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <string_view>
+
+#include "kap/KAPMemory.h"
 #include "pos/POSKind.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
@@ -19,6 +22,10 @@ class CPOSBinData : public TPOSKind<POSBinDataInterface, "IsPOSBinData",
   // with a report, when the object cannot be made.
   CPOSBinData(const char* typeName, const unsigned char* data, unsigned long size)
       : TPOSKind(Call<"NewPOSBinData">(typeName, data, size), KAPAdopt()) {}
+
+  // The same for a name without a terminator. TOQException for one that contains a zero byte.
+  CPOSBinData(std::string_view typeName, const unsigned char* data, unsigned long size)
+      : CPOSBinData(KAPTerminatedText(typeName).Text(), data, size) {}
 
   // The name and the bytes are borrowed: they live as long as the object. The bytes are null when
   // there are none.

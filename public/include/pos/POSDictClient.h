@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <concepts>
 #include <string_view>
 
 #include "kap/KAPStringAtom.h"
@@ -18,7 +19,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //
 //   CPOSDict person = CPOSDict::New();
 //   person.PutOrThrow("name", CPOSString("Ada"));
-//   person.PutOrThrow("born", CPOSObject::CreateFromText("[10 December 1815]", nullptr));
+//   person.PutOrThrow("born", CPOSObject::CreateFromText("[10 December 1815]"));
 //   person.DeepGetNumber("born[2]").Get();              // 1815
 //   person.GetNumber("age", true).IsNull();             // true
 //
@@ -42,93 +43,98 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
   [[nodiscard]] static CPOSDict New() { return CPOSDict(Call<"NewPOSDict">(), KAPAdopt()); }
 
   // The value of the key. operator[] throws when there is none.
-  CPOSObject Get(const CKAPStringAtom& key, bool noThrow = false) const;
-  CPOSObject Get(const char* key, bool noThrow = false) const {
+  CPOSObject Get(const CKAPStringAtom& key, POSNoThrow noThrow = false) const;
+  CPOSObject Get(const char* key, POSNoThrow noThrow = false) const {
     return Get(POSAtomOf(key), noThrow);
   }
-  CPOSObject Get(std::string_view key, bool noThrow = false) const {
+  CPOSObject Get(std::string_view key, POSNoThrow noThrow = false) const {
     return Get(CKAPStringAtom(key), noThrow);
   }
   CPOSObject operator[](const char* key) const { return Get(key); }
   CPOSObject operator[](std::string_view key) const { return Get(key); }
   CPOSObject operator[](const CKAPStringAtom& key) const { return Get(key); }
+  // A dictionary has no indexes; without these, 0 would be a null text.
+  template <std::same_as<int> Index>
+  CPOSObject Get(Index, POSNoThrow = false) const = delete;
+  template <std::same_as<int> Index>
+  CPOSObject operator[](Index) const = delete;
 
   // The value that the path leads to.
-  CPOSObject DeepGet(const CKAPStringAtom& path, bool noThrow = false) const;
-  CPOSObject DeepGet(const char* path, bool noThrow = false) const {
+  CPOSObject DeepGet(const CKAPStringAtom& path, POSNoThrow noThrow = false) const;
+  CPOSObject DeepGet(const char* path, POSNoThrow noThrow = false) const {
     return DeepGet(POSAtomOf(path), noThrow);
   }
-  CPOSObject DeepGet(std::string_view path, bool noThrow = false) const {
+  CPOSObject DeepGet(std::string_view path, POSNoThrow noThrow = false) const {
     return DeepGet(CKAPStringAtom(path), noThrow);
   }
 
   // The value of the key as one of a kind. `Key` is a text or an atom.
   template <class Key>
-  CPOSNumber GetNumber(const Key& key, bool noThrow = false) const {
+  CPOSNumber GetNumber(const Key& key, POSNoThrow noThrow = false) const {
     return {Get(key, noThrow), noThrow};
   }
   template <class Key>
-  CPOSString GetString(const Key& key, bool noThrow = false) const {
+  CPOSString GetString(const Key& key, POSNoThrow noThrow = false) const {
     return {Get(key, noThrow), noThrow};
   }
   template <class Key>
-  CPOSUnicodeString GetUnicodeString(const Key& key, bool noThrow = false) const {
+  CPOSUnicodeString GetUnicodeString(const Key& key, POSNoThrow noThrow = false) const {
     return {Get(key, noThrow), noThrow};
   }
   template <class Key>
-  CPOSBinData GetBinData(const Key& key, bool noThrow = false) const {
+  CPOSBinData GetBinData(const Key& key, POSNoThrow noThrow = false) const {
     return {Get(key, noThrow), noThrow};
   }
   template <class Key>
-  CPOSRawPointer GetRawPointer(const Key& key, bool noThrow = false) const {
+  CPOSRawPointer GetRawPointer(const Key& key, POSNoThrow noThrow = false) const {
     return {Get(key, noThrow), noThrow};
   }
   template <class Key>
-  CPOSArray GetArray(const Key& key, bool noThrow = false) const {
+  CPOSArray GetArray(const Key& key, POSNoThrow noThrow = false) const {
     return {Get(key, noThrow), noThrow};
   }
   template <class Key>
-  CPOSDict GetDict(const Key& key, bool noThrow = false) const {
+  CPOSDict GetDict(const Key& key, POSNoThrow noThrow = false) const {
     return {Get(key, noThrow), noThrow};
   }
   // An object reference, see CPOSRawPointer. For another kind the message is "downcast from
   // CPOSObject to CPOSKAPObjRef failed".
   template <class Key>
-  CPOSRawPointer GetKAPObjRef(const Key& key, bool noThrow = false) const {
+  CPOSRawPointer GetKAPObjRef(const Key& key, POSNoThrow noThrow = false) const {
     return AsKAPObjRef(Get(key, noThrow), noThrow);
   }
 
   // The value that the path leads to, as one of a kind.
   template <class Key>
-  CPOSNumber DeepGetNumber(const Key& path, bool noThrow = false) const {
+  CPOSNumber DeepGetNumber(const Key& path, POSNoThrow noThrow = false) const {
     return {DeepGet(path, noThrow), noThrow};
   }
   template <class Key>
-  CPOSString DeepGetString(const Key& path, bool noThrow = false) const {
+  CPOSString DeepGetString(const Key& path, POSNoThrow noThrow = false) const {
     return {DeepGet(path, noThrow), noThrow};
   }
   template <class Key>
-  CPOSUnicodeString DeepGetUnicodeString(const Key& path, bool noThrow = false) const {
+  CPOSUnicodeString DeepGetUnicodeString(const Key& path, POSNoThrow noThrow = false) const {
     return {DeepGet(path, noThrow), noThrow};
   }
   template <class Key>
-  CPOSBinData DeepGetBinData(const Key& path, bool noThrow = false) const {
+  CPOSBinData DeepGetBinData(const Key& path, POSNoThrow noThrow = false) const {
     return {DeepGet(path, noThrow), noThrow};
   }
   template <class Key>
-  CPOSRawPointer DeepGetRawPointer(const Key& path, bool noThrow = false) const {
+  CPOSRawPointer DeepGetRawPointer(const Key& path, POSNoThrow noThrow = false) const {
     return {DeepGet(path, noThrow), noThrow};
   }
   template <class Key>
-  CPOSArray DeepGetArray(const Key& path, bool noThrow = false) const {
+  CPOSArray DeepGetArray(const Key& path, POSNoThrow noThrow = false) const {
     return {DeepGet(path, noThrow), noThrow};
   }
   template <class Key>
-  CPOSDict DeepGetDict(const Key& path, bool noThrow = false) const {
+  CPOSDict DeepGetDict(const Key& path, POSNoThrow noThrow = false) const {
     return {DeepGet(path, noThrow), noThrow};
   }
   template <class Key>
-  CPOSRawPointer DeepGetKAPObjRef(const Key& path, bool noThrow = false) const {
+  CPOSRawPointer DeepGetKAPObjRef(const Key& path, POSNoThrow noThrow = false) const {
     return AsKAPObjRef(DeepGet(path, noThrow), noThrow);
   }
 
@@ -165,7 +171,7 @@ class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
   unsigned int NumKeys() const;
 
  private:
-  static CPOSRawPointer AsKAPObjRef(const CPOSObject& object, bool noThrow);
+  static CPOSRawPointer AsKAPObjRef(const CPOSObject& object, POSNoThrow noThrow);
 };
 
 }  // namespace KAP_T_MT

@@ -11,10 +11,10 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //
 // It carries the pointer to a message, so that throwing takes no memory but the exception's own.
 // The message must outlive the exception: a literal, as a rule.
-class POSException : public std::exception {
+class [[nodiscard]] POSException : public std::exception {
  public:
   // `message` is kept, not copied.
-  explicit POSException(const char* message) noexcept : fMessage(message) {}
+  [[nodiscard]] explicit POSException(const char* message) noexcept : fMessage(message) {}
   const char* what() const noexcept override { return fMessage; }
 
  private:

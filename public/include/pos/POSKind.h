@@ -24,7 +24,7 @@ class TPOSKind : public CPOSObject {
 
   // The downcast: another reference to the same object, as one of the kind. For an object of
   // another kind, or an empty one: an empty reference when `noThrow`, else POSException.
-  TPOSKind(const CPOSObject& object, bool noThrow) : CPOSObject(Downcast(object, noThrow)) {}
+  TPOSKind(const CPOSObject& object, POSNoThrow noThrow) : CPOSObject(Downcast(object, noThrow)) {}
   explicit TPOSKind(const CPOSObject& object) : TPOSKind(object, false) {}
 
  protected:
@@ -43,7 +43,7 @@ class TPOSKind : public CPOSObject {
  private:
   using Client = TKAPInterfaceClient<Interface>;
 
-  static CPOSObject Downcast(const CPOSObject& object, bool noThrow) {
+  static CPOSObject Downcast(const CPOSObject& object, POSNoThrow noThrow) {
     if (!object.IsNull() && Client::TryRefresh() &&
         Client::template CallLoaded<IsKind>(object.Handle())) {
       return object;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <concepts>
+#include <string_view>
 #include <utility>
 
 #include "kap/KAPContainer.h"
@@ -16,6 +18,19 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // loads, an element of an array is then a bare handle, and an object that outlives a binding holds
 // nothing of it.
 class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {};
+
+// Whether a getter returns an empty reference where it would throw: exactly a `bool`. Anything else
+// is most likely a default value, GetNumber("age", 18), which no getter has.
+class POSNoThrow {
+ public:
+  // NOLINTNEXTLINE(google-explicit-constructor): it stands for the bool
+  constexpr POSNoThrow(std::same_as<bool> auto noThrow) noexcept : fNoThrow(noThrow) {}
+  // NOLINTNEXTLINE(google-explicit-constructor): it stands for the bool
+  constexpr operator bool() const noexcept { return fNoThrow; }
+
+ private:
+  bool fNoThrow;
+};
 
 // A reference to a property object of any kind and of any component, or an empty reference.
 //
@@ -40,7 +55,10 @@ class CPOSObject : public KAPContainerBaseGeneric {
 
   // The object that `text` describes, see "CreateFromText" of POSObjectStatics; an empty
   // reference on failure. `end` may be null.
-  [[nodiscard]] static CPOSObject CreateFromText(const char* text, const char** end);
+  [[nodiscard]] static CPOSObject CreateFromText(const char* text, const char** end = nullptr);
+  // The same for a text without a terminator. TOQException for one that contains a zero byte;
+  // `*end` is unchanged then.
+  [[nodiscard]] static CPOSObject CreateFromText(std::string_view text, const char** end = nullptr);
 
   // A copy that can change without the original; the same object for a scalar, which never changes.
   // POSException "CPOSObject::Clone failed", with a report.

@@ -33,18 +33,19 @@ class CPOSValidator : public TKAPTypedContainer<CPOSValidator, KAPContainerBaseG
   // reason. False also, with a report of the validator, when the check could not be made.
   // POSException "a key, path or type name is null".
   [[nodiscard]] bool Validate(const CPOSObject& object, const CKAPStringAtom& typeName,
-                              POSMessageProc message) const;
+                              POSMessageProc message = nullptr) const;
   [[nodiscard]] bool Validate(const CPOSObject& object, const char* typeName,
-                              POSMessageProc message) const {
+                              POSMessageProc message = nullptr) const {
     return Validate(object, POSAtomOf(typeName), message);
   }
   [[nodiscard]] bool Validate(const CPOSObject& object, std::string_view typeName,
-                              POSMessageProc message) const {
+                              POSMessageProc message = nullptr) const {
     return Validate(object, CKAPStringAtom(typeName), message);
   }
 
   // Throws as the constructors do unless the container has the methods.
   static void CheckMethods(POSValidator* handle) { fTerm.InitVTab(handle); }
+  static void CheckMethods(TKAPNewHandle<POSValidator>) = delete;
 
  private:
   static constinit CPOSValidatorTerminate fTerm;
@@ -83,19 +84,20 @@ class CPOSStructValidator : public CPOSValidator {
   // Replaces the type's previous callback; null removes it. A failure is reported and changes
   // nothing.
   void RegisterCallbackProc(const CKAPStringAtom& typeName, POSExtraValidationProc callback,
-                            void* clientData);
+                            void* clientData = nullptr);
   void RegisterCallbackProc(const char* typeName, POSExtraValidationProc callback,
-                            void* clientData) {
+                            void* clientData = nullptr) {
     RegisterCallbackProc(POSAtomOf(typeName), callback, clientData);
   }
   void RegisterCallbackProc(std::string_view typeName, POSExtraValidationProc callback,
-                            void* clientData) {
+                            void* clientData = nullptr) {
     RegisterCallbackProc(CKAPStringAtom(typeName), callback, clientData);
   }
 
   // Whether the dictionary is a schema; `message` as for Validate. What the check throws reaches
   // the caller, as std::exception.
-  [[nodiscard]] static bool ValidateSchema(const CPOSDict& schema, POSMessageProc message);
+  [[nodiscard]] static bool ValidateSchema(const CPOSDict& schema,
+                                           POSMessageProc message = nullptr);
 };
 
 }  // namespace KAP_T_MT

@@ -44,9 +44,9 @@ void CKAPContainer::ThrowNoSignatureException() {
 
 void KAPContainerNoOpRelease(KAPContainer*) noexcept {}
 
-KAPContainerBaseGeneric::KAPContainerBaseGeneric(KAPContainer* container, int)
-    : fContainer(container) {
-  KAPContainerClient::Call<"AddRef">(container);
+KAPContainer* KAPContainerBaseGeneric::AddRefUnchecked(KAPContainer* container) {
+  static_cast<void>(KAPContainerClient::Call<"AddRef">(container));
+  return container;
 }
 
 namespace {

@@ -29,7 +29,7 @@ CKAPStringAtom::CKAPStringAtom(const char* text) : CKAPStringAtom() {
 CKAPStringAtom::CKAPStringAtom(std::string_view text)
     : CKAPStringAtom(KAPTerminatedText(text).Text()) {}
 
-CKAPStringAtom::CKAPStringAtom(KAPStringAtom* atom, Ownership ownership) : CKAPStringAtom() {
+CKAPStringAtom::CKAPStringAtom(Ownership ownership, KAPStringAtom* atom) : CKAPStringAtom() {
   if (!atom) return;
   if (!ownership.fAdopts) KAPStringClient::Call<"AddRef">(atom);
   fAtom = atom;

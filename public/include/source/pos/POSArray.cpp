@@ -3,7 +3,7 @@
 
 namespace KAP_T_MT {
 
-CPOSObject CPOSArray::GetAt(unsigned long index, bool noThrow) const {
+CPOSObject CPOSArray::GetAt(unsigned long index, POSNoThrow noThrow) const {
   POSObject* element = Call<"GetAt">(Handle(), index);
   if (element) return CPOSObject(element, KAPAdopt());
   if (!noThrow) throw POSException("CPOSArray::GetAt subscript failed");

@@ -5,7 +5,7 @@ namespace KAP_T_MT {
 
 namespace {
 
-CPOSObject Found(POSObject* value, bool noThrow, const char* message) {
+CPOSObject Found(POSObject* value, POSNoThrow noThrow, const char* message) {
   if (value) return CPOSObject(value, KAPAdopt());
   if (!noThrow) throw POSException(message);
   return {};
@@ -13,12 +13,12 @@ CPOSObject Found(POSObject* value, bool noThrow, const char* message) {
 
 }  // namespace
 
-CPOSObject CPOSDict::Get(const CKAPStringAtom& key, bool noThrow) const {
+CPOSObject CPOSDict::Get(const CKAPStringAtom& key, POSNoThrow noThrow) const {
   return Found(Call<"Get">(Handle(), key.Handle()), noThrow, "CPOSDict::Get failed");
 }
 
 // The array's message is deliberate.
-CPOSObject CPOSDict::DeepGet(const CKAPStringAtom& path, bool noThrow) const {
+CPOSObject CPOSDict::DeepGet(const CKAPStringAtom& path, POSNoThrow noThrow) const {
   return Found(Call<"DeepGet">(Handle(), path.Handle()), noThrow,
                "CPOSArray::GetAt subscript failed");
 }
@@ -52,7 +52,7 @@ unsigned int CPOSDict::NumKeys() const {
   return count;
 }
 
-CPOSRawPointer CPOSDict::AsKAPObjRef(const CPOSObject& object, bool noThrow) {
+CPOSRawPointer CPOSDict::AsKAPObjRef(const CPOSObject& object, POSNoThrow noThrow) {
   CPOSRawPointer reference(object, true);
   if (reference.IsNull() && !noThrow) {
     throw POSException("downcast from CPOSObject to CPOSKAPObjRef failed");

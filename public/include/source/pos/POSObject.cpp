@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "pos/POSObject.h"
 
+#include "kap/KAPMemory.h"
+
 namespace KAP_T_MT {
 
 constinit CPOSObjectTerminate CPOSObject::fTerm;
@@ -16,6 +18,14 @@ CPOSObject::CPOSObject(POSObject* handle, KAPAdopt adopt) : KAPContainerBaseGene
 CPOSObject CPOSObject::CreateFromText(const char* text, const char** end) {
   POSObject* handle = TKAPInterfaceClient<POSObjectStatics>::Call<"CreateFromText">(text, end);
   return handle ? CPOSObject(handle, KAPAdopt()) : CPOSObject();
+}
+
+CPOSObject CPOSObject::CreateFromText(std::string_view text, const char** end) {
+  const KAPTerminatedText copy(text);
+  const char* stopped = nullptr;
+  CPOSObject object = CreateFromText(copy.Text(), &stopped);
+  if (end) *end = stopped ? text.data() + (stopped - copy.Text()) : nullptr;
+  return object;
 }
 
 CPOSObject CPOSObject::Clone() const {

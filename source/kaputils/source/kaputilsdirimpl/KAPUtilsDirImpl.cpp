@@ -36,7 +36,7 @@ const KAPUtilsDirImpl& Instance(KAPUtilsDir* handle) {
 }
 
 // A reference for the duration of the call.
-CKAPStringAtom Atom(KAPStringAtom* atom) { return CKAPStringAtom(Required(atom), false); }
+CKAPStringAtom Atom(KAPStringAtom* atom) { return CKAPStringAtom(Required(atom)); }
 
 // Stores what `body` returns. Without a place for it nothing is done.
 template <class Result, class Body>
@@ -84,7 +84,7 @@ KAPError* KAPUtilsDirCreateUniqueFilename(KAPStringAtom** out, KAPUtilsDir* dire
                                           KAPStringAtom* prefix, KAPStringAtom* second) noexcept {
   return KAPReturningResult(out, [=] {
     return Instance(directory)
-        .CreateUniqueFilename(Atom(prefix), CKAPStringAtom(second, false))
+        .CreateUniqueFilename(Atom(prefix), CKAPStringAtom(second))
         .Detach();
   });
 }

@@ -29,9 +29,11 @@ struct KAPProbeResult {
   const char* fDetail;    // what the host did instead, or what it lacks; else ""
 };
 
+// Receives the outcome of a check, and the `context` that was passed to "Run".
 using KAPProbeReportProc = void (*)(void* context, const KAPProbeResult* result);
 
-struct KAPProbeInterface
+// The one interface of the probe.
+struct [[gnu::visibility("hidden")]] KAPProbeInterface
     : KAP_T_MT::TKAPInterface<
           "KAPProbeInterface",
           // Runs the checks from number `first` on, and calls `report` twice for each: before it
@@ -39,4 +41,4 @@ struct KAPProbeInterface
           // in another process. Returns the number of checks that failed. Failure: -1 when `report`
           // is null. [binding thread]
           KAP_T_MT::TKAPMethod<"Run", "KAPProbeRunProc",
-                               int(int first, KAPProbeReportProc report, void* context)>> {};
+                               int(int first, KAPProbeReportProc report, void* context)>>{};

@@ -28,6 +28,7 @@
 // Random calls use numbers from 0 to 63, and pass memory of at least 4096 bytes where a procedure
 // takes bytes. They pass null for procedures.
 
+// Exports a function of the plug-in.
 #define KAP_CHECK_EXPORT extern "C" [[gnu::visibility("default")]]
 
 // Declares one or more interfaces (TKAPInterface). Stands once in a plug-in, outside all
@@ -63,6 +64,7 @@ enum class ValueKind : int {
 
 // A value of any kind. Which member holds it follows from the kind.
 struct Value {
+  // One for each group of kinds.
   unsigned long fInteger = 0;
   double fReal = 0;
   void* fPointer = nullptr;
@@ -70,10 +72,12 @@ struct Value {
 
 // One method, in a form that kapcheck can call without knowing its type.
 struct DeclaredMethod {
+  // The names, and whether the procedure may throw.
   const char* fInterface;
   const char* fMethod;
   const char* fProc;
   bool fThrows;
+  // The result and the `fCount` arguments.
   ValueKind fResult;
   const ValueKind* fArguments;
   std::size_t fCount;
@@ -81,6 +85,7 @@ struct DeclaredMethod {
   void (*fCall)(void* proc, Value* result, const Value* arguments);
 };
 
+// What a type is.
 template <class Type>
 constexpr ValueKind KindOf() {
   if constexpr (std::is_void_v<Type>) {
@@ -117,6 +122,7 @@ constexpr ValueKind KindOf() {
   }
 }
 
+// A value as the argument of a procedure, and the result of one as a value.
 template <class Type>
 Type FromValue(const Value& value) {
   if constexpr (std::is_integral_v<Type>) {
@@ -145,15 +151,18 @@ Value ToValue(Type result) {
   return value;
 }
 
+// Calls procedures of one type.
 template <class Proc>
 struct TCaller;
 template <class Result, class... Args>
 struct TCaller<Result (*)(Args...)> {
+  // What the result and the arguments are.
   static constexpr ValueKind kResult = KindOf<Result>();
   static constexpr std::size_t kCount = sizeof...(Args);
   // One more than needed, because an array cannot be empty.
   static constexpr ValueKind kArguments[kCount + 1] = {KindOf<Args>()..., ValueKind::kNothing};
 
+  // A DeclaredMethod::fCall.
   static void Call(void* proc, Value* result, const Value* arguments) {
     const auto typed = reinterpret_cast<Result (*)(Args...)>(proc);
     [&]<std::size_t... kPlaces>(std::index_sequence<kPlaces...>) {
@@ -167,6 +176,7 @@ struct TCaller<Result (*)(Args...)> {
   }
 };
 
+// The methods of an interface, in slot order.
 template <class Interface>
 constexpr auto MethodsOf() {
   return [&]<std::size_t... kSlots>(std::index_sequence<kSlots...>) {
@@ -184,6 +194,7 @@ constexpr auto MethodsOf() {
 // The methods of all interfaces, in order.
 template <class... Interfaces>
 struct TDeclarations {
+  // The methods, one after another.
   static constexpr auto kMethods = [] {
     std::array<DeclaredMethod, (Interfaces::kCount + ...)> all{};
     std::size_t filled = 0;

@@ -72,7 +72,7 @@ POSObject* POSDictDeepGetProc(POSDict* dict, KAPStringAtom* path) noexcept {
 void POSDictPutProc(POSDict* dict, KAPStringAtom* key, POSObject* object) noexcept {
   KAPReportingError([=] {
     Dict::GetInstance(dict).Put(
-        TextOf(key), [=] { return CKAPStringAtom(key, false); }, BaseObject::Reference(object));
+        TextOf(key), [=] { return CKAPStringAtom(key); }, BaseObject::Reference(object));
   });
 }
 

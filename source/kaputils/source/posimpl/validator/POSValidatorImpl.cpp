@@ -24,7 +24,7 @@ bool POSValidatorValidateProc(POSValidator* validator, POSObject* object, KAPStr
                               POSMessageProc message) noexcept {
   return KAPReportingError([=] {
     const StructValidator& instance = StructValidator::GetInstance(validator);
-    const CKAPContainerHolder kept(instance.MustKeep() ? validator : nullptr, false);
+    const CKAPContainerHolder kept(instance.MustKeep() ? validator : nullptr);
     return instance.Validate(BaseObject::Reference(object), TextOf(typeName), message);
   });
 }
@@ -39,7 +39,7 @@ void POSStructValidatorRegisterCallbackProc(POSValidator* validator, KAPStringAt
                                             void* clientData) noexcept {
   KAPReportingError([=] {
     StructValidator::GetInstance(validator).RegisterExtraValidation(
-        CKAPStringAtom(Required(typeName), false), callback, clientData,
+        CKAPStringAtom(Required(typeName)), callback, clientData,
         StructValidator::Callback::kMayChange);
   });
 }
