@@ -3,6 +3,7 @@
 // purge those without a lock.
 
 #include <cstdio>
+#include <exception>
 
 #include "KAP.h"
 #include "kaphost/KAPHost.h"
@@ -83,11 +84,21 @@ void Work() {
   }
 }
 
+// Catches failures while the runtime is bound: a CKAPError refers to an error of the host.
+int Run(KAPHost::Host& host) {
+  const KAPClient client(host.GetProcAddress());
+  try {
+    Work();
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}
+
 }  // namespace
 
 int main() {
   KAPHost::Host host;
-  const KAPClient client(host.GetProcAddress());
-  Work();
-  return 0;
+  return Run(host);
 }

@@ -21,7 +21,7 @@ Function Symbol(void* library, const char* name) {
 
 void Work() {
   const KAPClient client(&OwnHostGetProc);
-  CPOSDict person(CPOSObject::CreateFromText("< name (Ada) born [10 December 1815] >", nullptr));
+  CPOSDict person(CPOSObject::CreateFromText("< name (Ada) born [10 December 1815] >"));
   person.PutOrThrow("age", CPOSNumber(36));
   std::printf("%s: %.0f, born %.0f\n", person.GetString("name").Get(),
               person.GetNumber("age").Get(), person.DeepGetNumber("born[2]").Get());

@@ -4,6 +4,8 @@
 // reference to the stream deletes the file.
 
 #include <cstdio>
+#include <exception>
+#include <stdexcept>
 
 #include "KAPUtilsDir.h"
 #include "kap/KAPClient.h"
@@ -45,6 +47,18 @@ void Work() {
   }
 }
 
+// Catches failures while the runtime is bound: a CKAPError refers to an error of the host.
+int Run(KAPHost::Host& host) {
+  const KAPClient client(host.GetProcAddress());
+  try {
+    Work();
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -55,11 +69,9 @@ int main(int argc, char** argv) {
   KAPHost::Host host;
   try {
     const KAPHost::Component library = host.Load(argv[1]);
-    const KAPClient client(host.GetProcAddress());
-    Work();
-  } catch (const KAPHost::LoadError& error) {
+    return Run(host);
+  } catch (const std::runtime_error& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;
   }
-  return 0;
 }

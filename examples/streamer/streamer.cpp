@@ -2,6 +2,8 @@
 // Documents: writes two objects to one stream, shows the bytes, and reads the objects back.
 
 #include <cstdio>
+#include <exception>
+#include <stdexcept>
 #include <string>
 
 #include "KAP.h"
@@ -51,6 +53,18 @@ void Work(KAPHost::Host& host) {
   }
 }
 
+// Catches failures while the runtime is bound: a CKAPError refers to an error of the host.
+int Run(KAPHost::Host& host) {
+  const KAPClient client(host.GetProcAddress());
+  try {
+    Work(host);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -61,11 +75,9 @@ int main(int argc, char** argv) {
   KAPHost::Host host;
   try {
     const KAPHost::Component library = host.Load(argv[1]);
-    const KAPClient client(host.GetProcAddress());
-    Work(host);
-  } catch (const KAPHost::LoadError& error) {
+    return Run(host);
+  } catch (const std::runtime_error& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;
   }
-  return 0;
 }

@@ -4,6 +4,8 @@
 // on the other.
 
 #include <cstdio>
+#include <exception>
+#include <stdexcept>
 
 #include "POSDict.h"
 #include "TotalsInterface.h"
@@ -17,7 +19,7 @@ namespace {
 using Totals = TKAPInterfaceClient<TotalsInterface>;
 
 void PrintSum(const char* text) {
-  const CPOSObject numbers = CPOSObject::CreateFromText(text, nullptr);
+  const CPOSObject numbers = CPOSObject::CreateFromText(text);
   std::printf("%s: %g\n", text, Totals::Call<"Sum">(numbers.Handle()));
 }
 
@@ -27,6 +29,18 @@ void Work(KAPHost::Host& host) {
   PrintSum("[1 two 3]");
   for (const std::string& report : host.TakeReports()) {
     std::printf("reported: %s\n", report.c_str());
+  }
+}
+
+// Catches failures while the runtime is bound: a CKAPError refers to an error of the host.
+int Run(KAPHost::Host& host) {
+  const KAPClient client(host.GetProcAddress());
+  try {
+    Work(host);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
   }
 }
 
@@ -41,11 +55,9 @@ int main(int argc, char** argv) {
   try {
     const KAPHost::Component library = host.Load(argv[1]);
     const KAPHost::Component totals = host.Load(argv[2], "Totals");
-    const KAPClient client(host.GetProcAddress());
-    Work(host);
-  } catch (const KAPHost::LoadError& error) {
+    return Run(host);
+  } catch (const std::runtime_error& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;
   }
-  return 0;
 }

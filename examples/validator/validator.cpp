@@ -3,6 +3,8 @@
 
 #include <cstdio>
 #include <cstring>
+#include <exception>
+#include <stdexcept>
 
 #include "KAP.h"
 #include "POSDict.h"
@@ -30,13 +32,13 @@ long CheckYear(POSObject* object, KAPStringAtom*, KAPSharedBuffer* buffer, void*
 }
 
 void Check(const CPOSValidator& validator, const char* text) {
-  const CPOSObject person = CPOSObject::CreateFromText(text, nullptr);
+  const CPOSObject person = CPOSObject::CreateFromText(text);
   std::printf("%s\n", text);
   if (validator.Validate(person, "Person", &PrintMessage)) std::printf("  valid\n");
 }
 
 void Work() {
-  const CPOSDict schema(CPOSObject::CreateFromText(kSchema, nullptr));
+  const CPOSDict schema(CPOSObject::CreateFromText(kSchema));
   if (!CPOSStructValidator::ValidateSchema(schema, &PrintMessage)) return;
   double last = 2030;
   CPOSStructValidator validator(schema);
@@ -45,6 +47,18 @@ void Work() {
   Check(validator, "< name (Ada) born 1515 >");
   Check(validator, "< name (Ada) born 2115 >");
   Check(validator, "< name 7 >");
+}
+
+// Catches failures while the runtime is bound: a CKAPError refers to an error of the host.
+int Run(KAPHost::Host& host) {
+  const KAPClient client(host.GetProcAddress());
+  try {
+    Work();
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
 }
 
 }  // namespace
@@ -57,11 +71,9 @@ int main(int argc, char** argv) {
   KAPHost::Host host;
   try {
     const KAPHost::Component library = host.Load(argv[1]);
-    const KAPClient client(host.GetProcAddress());
-    Work();
-  } catch (const KAPHost::LoadError& error) {
+    return Run(host);
+  } catch (const std::runtime_error& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;
   }
-  return 0;
 }

@@ -56,7 +56,8 @@ TEST_F(DirTest, FindsDeletesAndRenames) {
   for (const char* name : {"file", "folder", "link", "", "folder/../file"}) {
     EXPECT_TRUE(dir.FileExists(Text(name))) << name;
   }
-  dir.Rename(Text("file"), Text("folder/new"));
+  dir.Rename(Text("file"), "folder/old");
+  dir.Rename("folder/old", Text("folder/new"));
   EXPECT_EQ(fs::file_size(Path("folder/new")), 3u);
   for (const char* name : {"file", "link", "folder/new/below", tooLong.Text()}) {
     EXPECT_FALSE(dir.FileExists(Text(name))) << name;
@@ -73,7 +74,7 @@ TEST_F(DirTest, UniqueFiles) {
   const auto descriptors = OpenDescriptors();
   const CKAPUtilsDir dir = CKAPUtilsDir::New(Text(Path("")));  // ends in a slash
   const std::string names[] = {dir.CreateUniqueFilename(Text("tf")).Text(),
-                               dir.CreateUniqueFilename(Text("tf"), Text("ignored")).Text(),
+                               dir.CreateUniqueFilename("tf", Text("ignored")).Text(),
                                dir.CreateUniqueFilename(Text("./tf")).Text()};
   EXPECT_NE(names[0], names[1]);
   for (const std::string& name : names) {

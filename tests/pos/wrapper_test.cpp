@@ -87,6 +87,30 @@ TEST_F(WrapperTest, ArraysAndIterators) {
   EXPECT_EQ(keys, "ab");
 }
 
+// The bytes after such a text are not part of it.
+TEST_F(WrapperTest, TextsWithoutATerminator) {
+  for (const std::string text : {"[1 2]", "[1 2", "1 2 3", ""}) {
+    SCOPED_TRACE(text);
+    const std::string longer = text + "]";
+    const auto view = std::string_view(longer).substr(0, text.size());
+    const char *end = "", *endOfView = "";
+    const CPOSObject object = CPOSObject::CreateFromText(text.c_str(), &end);
+    const CPOSObject ofView = CPOSObject::CreateFromText(view, &endOfView);
+    EXPECT_EQ(object.IsNull(), ofView.IsNull());
+    EXPECT_TRUE(object.IsNull() || object.IsEqual(ofView));
+    EXPECT_EQ(end ? end - text.c_str() : -1, endOfView ? endOfView - longer.data() : -1);
+  }
+  const CPOSBinData data(std::string("image/png, long").substr(0, 9), nullptr, 0);
+  EXPECT_STREQ(data.GetTypeName(), "image/png");
+  for (const std::u16string_view text : {u"", u"Hi", u"\xD83D\xDE00"}) {
+    EXPECT_TRUE(CPOSUnicodeString(text).Text() == text);
+    const std::u16string longer = std::u16string(text) + u"!";
+    const std::u16string_view view = longer;
+    EXPECT_TRUE(CPOSUnicodeString(view.substr(0, text.size())).Text() == text);
+  }
+  EXPECT_THROW(CPOSUnicodeString(std::u16string_view(u"a\0b", 3)), TOQException);
+}
+
 TEST_F(WrapperTest, CloneCountsItsReferences) {
   for (const Object& object : OneOfEachKind()) {
     const BalancedScope balanced(*this);
@@ -200,16 +224,13 @@ const struct {
 } kUses[] = {
     {"object",
      [] {
-       const CPOSObject object = CPOSObject::CreateFromText("[1 < a (b) >]", nullptr);
+       const CPOSObject object = CPOSObject::CreateFromText(std::string("[1 < a (b) >]"));
        Need(!object.IsNull() && object.Clone().IsEqual(object));
      }},
     {"number", [] { Need(CPOSNumber(CPOSObject(CPOSNumber(1.5)), false).Get() == 1.5); }},
     {"string", [] { Need(Starts(CPOSString(CPOSString("text"), false).Get(), 't')); }},
     {"Unicode string",
-     [] {
-       const unsigned short units[] = {1, 2, 0};
-       Need(Starts(CPOSUnicodeString(CPOSUnicodeString(units), false).Get(), 1));
-     }},
+     [] { Need(Starts(CPOSUnicodeString(CPOSUnicodeString(u"text"), false).Get(), 't')); }},
     {"binary data",
      [] {
        const unsigned char bytes[] = {1, 2};

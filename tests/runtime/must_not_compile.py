@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""What must not compile: must_not_compile.py COMPILER INCLUDE_FOLDER
+"""What must not compile: must_not_compile.py COMPILER INCLUDE_FOLDER...
 
 Each row is a slip, the code that makes it, and the words that the compiler must say. Exactly one
 error may appear, so that the words are what the author of the slip reads first. Rows without words
@@ -35,6 +35,20 @@ TKAPNewHandle<KAPContainer> Made();
 [[maybe_unused]] constinit TDelVTabList<KAPSimpleStreamInterface> gTables;
 [[maybe_unused]] void Use(KAPContainer* handle, POSArray* numbers) {
   static_cast<void>(handle), static_cast<void>(numbers);
+  %s
+}
+"""
+
+HOST_PRELUDE = """
+#include "kaphost/Host.h"
+using namespace KAP_T_MT;
+struct [[gnu::visibility("hidden")]] TotalsInterface
+    : TKAPInterface<"TotalsInterface",
+                    TKAPMethod<"Sum", "TotalsSumProc", double(KAPContainer*)>> {};
+double Sum(KAPContainer*) noexcept;
+double Throwing(KAPContainer*);
+[[maybe_unused]] void Use(KAPHost::Host& host, KAPHost::Component& component) {
+  static_cast<void>(host), static_cast<void>(component);
   %s
 }
 """
@@ -168,6 +182,14 @@ ROWS = [
      'CKAPStringAtom key("a"); (void)std::hash<CKAPStringAtom>()(key);', ""),
 ]
 
+HOST_ROWS = [
+    ("an interface of the host", "host.RegisterInterface<TotalsInterface>(&Sum);", ""),
+    ("a procedure of the host that may throw",
+     "host.RegisterInterface<TotalsInterface>(&Throwing);", "must be noexcept"),
+    ("a component that is unloaded at once", 'host.Load("libTotals.so");', "nodiscard"),
+    ("a component that may not be initialised", "component.Initialize(nullptr);", "nodiscard"),
+]
+
 WARNED = [
     ("none of them in the headers, nor where there is a tag",
      "CKAPContainerHolder holder(handle, KAPAdopt()); CKAPError error(nullptr, KAPAdopt());", ""),
@@ -180,14 +202,14 @@ WARNED = [
 ]
 
 
-def check(compiler, include, row, folder, *options):
+def check(command, prelude, row, folder, *options):
     why, code, words = row
     source = pathlib.Path(folder) / f"{abs(hash(why))}.cpp"
-    source.write_text(PRELUDE % code, encoding="utf-8")
+    source.write_text(prelude % code, encoding="utf-8")
     # Without hidden visibility: the headers themselves must be quiet about that.
     done = subprocess.run(
-        [compiler, "-std=c++20", "-Wall", "-Wextra", "-Werror", "-fsyntax-only",
-         "-Wno-undefined-internal", *options, "-I", include, source],
+        [*command, "-std=c++20", "-Wall", "-Wextra", "-Werror", "-fsyntax-only",
+         "-Wno-undefined-internal", *options, source],
         capture_output=True, text=True, check=False)
     return judge(why, words, done.stderr)
 
@@ -202,9 +224,9 @@ def judge(why, words, output):
     return f"{why}: expected {words or 'no message'!r}\n{output}"
 
 
-def check_language(compiler, include, header):
+def check_language(command, header):
     """Below C++20, a header that needs it alone gives one #error, and the compiler stops there."""
-    command = [compiler, "-std=c++17", "-fsyntax-only", "-I", include, "-x", "c++", "-"]
+    command = [*command, "-std=c++17", "-fsyntax-only", "-x", "c++", "-"]
     done = subprocess.run(command, input=f'#include "{header}"\n', capture_output=True, text=True,
                           check=False)
     errors = [line for line in done.stderr.splitlines() if " error:" in line]
@@ -217,14 +239,17 @@ def check_language(compiler, include, header):
 
 
 def main():
-    compiler, include = sys.argv[1:]
-    headers = [str(path.relative_to(include)) for path in sorted(pathlib.Path(include).rglob("*.h"))
+    compiler, *includes = sys.argv[1:]
+    command = [compiler, *(f"-I{include}" for include in includes)]
+    headers = [str(path.relative_to(include)) for include in includes
+               for path in sorted(pathlib.Path(include).rglob("*.h"))
                if "source" not in path.relative_to(include).parts]
     with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(2) as pool:
-        faults = [*pool.map(lambda row: check(compiler, include, row, folder), ROWS),
-                  *pool.map(lambda row: check(compiler, include, row, folder,
+        faults = [*pool.map(lambda row: check(command, PRELUDE, row, folder), ROWS),
+                  *pool.map(lambda row: check(command, HOST_PRELUDE, row, folder), HOST_ROWS),
+                  *pool.map(lambda row: check(command, PRELUDE, row, folder,
                                               "-DKAP_WARN_DEPRECATED"), WARNED),
-                  *pool.map(lambda header: check_language(compiler, include, header), headers)]
+                  *pool.map(lambda header: check_language(command, header), headers)]
     print("\n".join(filter(None, faults)) or f"{len(faults)} cases")
     return 1 if any(faults) else 0
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include "kap/KAPTypes.h"
+
 // Memory of the host, and owners of it. Objects that cross the binder live in host memory, so that
 // whichever component releases them last can free them. Never mix it with the language's own
 // allocator.
