@@ -39,8 +39,8 @@ struct KAPUtilsDirInterface
           // examined counts as absent. [any thread]
           TKAPMethod<"FileExists", "KAPUtilsDirFileExists",
                      KAPError*(unsigned char* out, KAPUtilsDir* directory, KAPStringAtom* name)>,
-          // Deletes a file, an empty folder or a symbolic link itself. Makes no host call that can
-          // fail, so a caller can always clean up. "KAPUtilsDirImpl::Delete: Unknown error".
+          // Deletes a file, an empty directory or a symbolic link itself. Makes no host call that
+          // can fail, so a caller can always clean up. "KAPUtilsDirImpl::Delete: Unknown error".
           // [any thread]
           TKAPMethod<"Delete", "KAPUtilsDirDelete",
                      KAPError*(KAPUtilsDir* directory, KAPStringAtom* name)>,
@@ -89,5 +89,9 @@ struct KAPUtilsTempFileStreamFactory
           TKAPMethod<"NewTempFileStream", "_KAPUtilsNewTempFileStreamProc_NewTempFileStream",
                      KAPError*(KAPPositionableStream** out, const char* prefix, const char* second,
                                const char* mode)>> {};
+
+// Both, in the order of registration.
+using KAPUtilsDirInterfaceSet =
+    TKAPInterfaceSet<KAPUtilsDirInterface, KAPUtilsTempFileStreamFactory>;
 
 }  // namespace KAP_T_MT

@@ -13,7 +13,7 @@
 //
 // The host increments a counter whenever an interface is unregistered. A table remembers the value
 // of the counter at which it was loaded; when the counter has moved, the table is loaded again
-// before the next use. While the counter stands still a call costs four loads and a comparison.
+// before the next use. While the counter is unchanged, a call costs four loads and a comparison.
 // Caching a bare pointer would save them, but could not follow the host's changes.
 //
 // Slots and counters are atomics, so threads may call while another one reloads; loads take a lock.
@@ -53,8 +53,8 @@ class KAPProcTable {
   // Loads unconditionally, without remembering the counter: the next use loads again.
   KAPLoadOutcome Load() noexcept;
 
-  // Loads until the counter stands still, and remembers it. A failed load is not remembered, so the
-  // next use tries again.
+  // Loads again until the counter does not move during the load, then remembers its value. A failed
+  // load is not remembered, so the next use tries again.
   KAPLoadOutcome Reload() noexcept;
 
   // Reloads before a release, which must neither throw nor be skipped. When the whole table cannot

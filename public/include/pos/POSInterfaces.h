@@ -231,11 +231,11 @@ struct POSDictInterface
 //   Release(i);
 //
 // An iterator holds no reference: the dictionary must outlive it. Entries may come and go during a
-// walk, but the entry that the iterator stands on must stay.
+// walk, but the current entry of the iterator must not be removed.
 struct POSDictIteratorInterface
     : TKAPInterface<
           "POSDictIteratorInterface",
-          // An iterator that stands on the first entry. [shared read]
+          // An iterator at the first entry. [shared read]
           TKAPMethod<"NewPOSDictIterator", "POSDictIteratorNewPOSDictIteratorProc",
                      POSDictIterator*(POSDict* dict)>,
           // Goes to the first entry. Several threads may walk one dictionary, each with an iterator

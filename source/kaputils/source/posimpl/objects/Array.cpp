@@ -45,7 +45,7 @@ Array::~Array() {
   }
 }
 
-// Large blocks grow by moving pages instead of bytes, and a refusal leaves the block as it is.
+// Large blocks grow by moving pages instead of bytes; a failed call leaves the block as it is.
 void Array::growToHold(std::uint32_t count) {
   if (count <= fCapacity) return;
   const std::uint32_t capacity = CapacityFor(count, fCapacity);
