@@ -89,7 +89,7 @@ typedef struct KAPProgress KAPProgress;
 typedef KAPDataSink KAPFilter;
 
 /* Streams, property objects and the library's other objects are containers. The aliases document
- * which kind a procedure expects; the compiler does not tell them apart, so every procedure
+ * which kind a procedure expects; the compiler does not distinguish them, so every procedure
  * checks. */
 typedef KAPContainer KAPSimpleStream;
 typedef KAPContainer KAPRewindableStream;
@@ -268,10 +268,10 @@ typedef struct KAPErrorInterfaceProcs {
  * An instance name says which implementation an object belongs to ("POSObjectImpl"), an interface
  * name under which interface of the binder its methods are registered ("POSObjectInterface").
  *
- * Two words of a container record are public: at the offset that GetOffsetToPrimaryInstance returns
- * stand the primary instance and its signature. The signature is the text pointer of the instance
- * name's atom, null for a container without one. All containers of one signature have the same
- * methods, so clients look methods up once per signature. */
+ * Two words of a container record are public: the primary instance, at the offset that
+ * GetOffsetToPrimaryInstance returns, and its signature, in the word after it. The signature is the
+ * text pointer of the instance name's atom, null for a container without one. All containers of one
+ * signature have the same methods, so clients look methods up once per signature. */
 #define KAPContainerInterface_NAME "KAPContainerInterface"
 #define KAPContainerInterface_METHODS(X) \
   X(NewFullContainer, "KAPNewFullContainerV5Proc") \
@@ -556,7 +556,7 @@ typedef KAPError* (*KAPProgressUpdateProc)(void* client, float fraction, const c
     int flag);
 typedef KAPError* (*KAPProgressDeleteProc)(void* client);
 
-/* Receivers of progress: one side reports how far its work is, the other side shows it. See the
+/* Receivers of progress: one side updates its progress, the other side shows it. See the
  * conventions above. */
 #define KAPProgressInterface_NAME "KAPProgressInterface"
 #define KAPProgressInterface_METHODS(X) \
@@ -577,8 +577,8 @@ typedef struct KAPProgressInterfaceProcs {
   void (*AddRef)(KAPProgress* progress);
   /* Releases one reference; null is ignored. [any thread] */
   void (*Release)(KAPProgress* progress);
-  /* Reports that `fraction` (0 to 1) of the work is done, with a text (may be null) and a flag
-   * whose meaning the two sides agree on. An error asks the caller to stop. [exclusive] */
+  /* Sets the progress: `fraction` (0 to 1) of the work is done. `text` may be null; both sides
+   * agree on the meaning of `flag`. An error asks the caller to stop. [exclusive] */
   KAPError* (*Update)(KAPProgress* progress, float fraction, const char* text, int flag);
 } KAPProgressInterfaceProcs;
 
@@ -803,8 +803,8 @@ typedef struct KAPUtilsDirInterfaceProcs {
   /* 1 for an entry of any kind, 0 for none. Follows symbolic links; a path that cannot be examined
    * counts as absent. [any thread] */
   KAPError* (*FileExists)(unsigned char* out, KAPUtilsDir* directory, KAPStringAtom* name);
-  /* Deletes a file, an empty folder or a symbolic link itself. Makes no host call that can fail, so
-   * a caller can always clean up. "KAPUtilsDirImpl::Delete: Unknown error". [any thread] */
+  /* Deletes a file, an empty directory or a symbolic link itself. Makes no host call that can fail,
+   * so a caller can always clean up. "KAPUtilsDirImpl::Delete: Unknown error". [any thread] */
   KAPError* (*Delete)(KAPUtilsDir* directory, KAPStringAtom* name);
   /* Renames `from` to `to`, both in the directory, replacing an existing `to`.
    * "KAPUtilsDirImpl::Rename: Unknown error". [any thread] */
@@ -1087,7 +1087,7 @@ typedef struct POSDictInterfaceProcs {
  *   Release(i);
  *
  * An iterator holds no reference: the dictionary must outlive it. Entries may come and go during a
- * walk, but the entry that the iterator stands on must stay. */
+ * walk, but the current entry of the iterator must not be removed. */
 #define POSDictIteratorInterface_NAME "POSDictIteratorInterface"
 #define POSDictIteratorInterface_METHODS(X) \
   X(NewPOSDictIterator, "POSDictIteratorNewPOSDictIteratorProc") \
@@ -1096,7 +1096,7 @@ typedef struct POSDictInterfaceProcs {
   X(IsDone, "POSDictIteratorIsDoneProc") \
   X(CurKey, "POSDictIteratorCurKeyProc")
 typedef struct POSDictIteratorInterfaceProcs {
-  /* An iterator that stands on the first entry. [shared read] */
+  /* An iterator at the first entry. [shared read] */
   POSDictIterator* (*NewPOSDictIterator)(POSDict* dict);
   /* Goes to the first entry. Several threads may walk one dictionary, each with an iterator of its
    * own. [exclusive] */
@@ -1125,9 +1125,9 @@ typedef struct POSStreamerInterfaceProcs {
   /* A streamer. [any thread] */
   POSStreamer* (*NewPOSStreamer)(void);
   /* Writes a document at the stream's position. `version` null means "POSStreamerTypeA_Version1.0",
-   * the only one. What was written before a failure stays in the stream. An empty slot, an object
-   * of another component and nesting too deep for the stack of this thread are failures; raw
-   * pointers are written for debugging and cannot be read back.
+   * at present the only one. What was written before a failure stays in the stream. An empty slot,
+   * an object of another component and nesting too deep for the stack of this thread are failures;
+   * raw pointers are written for debugging and cannot be read back.
    *
    * No other thread may change the object meanwhile. The stream's own "Write" may: a value that is
    * being written stays alive and is written whole, later values are written as they are at that
@@ -1191,7 +1191,8 @@ typedef struct POSStructValidatorInterfaceProcs {
   POSValidator* (*NewPOSStructValidator)(POSDict* schema);
   /* Registers `callback`, which is then called for each object that complies with the type.
    * Replaces the type's previous callback; null removes it. A callback may itself register
-   * callbacks. Never called for intrinsic types. `clientData` is handed through. [exclusive] */
+   * callbacks. Never called for intrinsic types. `clientData` is passed to the callback.
+   * [exclusive] */
   void (*RegisterCallbackProc)(POSValidator* validator, KAPStringAtom* typeName,
       POSExtraValidationProc callback, void* clientData);
   /* Whether the dictionary is a schema, by the rules of the built-in schema of schemas; `message`
@@ -1256,7 +1257,7 @@ static_assert(sizeof(KAPDataBlock) == 32 && offsetof(KAPDataBlock, text) == 0 &&
 /* The names of one procedure of an interface. */
 typedef struct KAPProcName {
   const char* method;    /* in the interface, as a client calls it */
-  const char* procedure; /* in the binder, where it tells revisions apart */
+  const char* procedure; /* in the binder, where it distinguishes revisions */
 } KAPProcName;
 
 /* Looks up `count` procedures and stores each in `procs`, a structure of nothing but pointers to

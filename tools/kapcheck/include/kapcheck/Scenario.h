@@ -18,7 +18,7 @@
 //   KAP_CHECK_DECLARE(TotalsInterface)
 //
 // KAPCheckScenario is called on one thread while the component is initialised, any number of times
-// and also with a host that refuses some of the calls. It releases whatever it takes, whether it
+// and also with a host that fails some of the calls. It releases whatever it takes, whether it
 // succeeds or not, and throws nothing. Then the component alone accounts for what is still held.
 //
 // KAP_CHECK_DECLARE is optional. A declared procedure must cope with any argument that its types
