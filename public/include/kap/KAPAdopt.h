@@ -13,7 +13,7 @@
 // Exceptions, each with a reason in its comment:
 //   - CKAPError(handle) adopts; CKAPError(handle, KAPShare()) adds a reference.
 //   - CKAPContainerHolder and CKAPStringAtom also take a `bool`, KAPContainerBaseGeneric an `int`,
-//     where others take the tag: older forms of the ways above.
+//     where others take the tag: deprecated forms of the ways above.
 //   - CKAPCachedContainerHolder points to a container and holds no reference. CKAPCachePurge owns a
 //     purge, which has no references.
 //   - CPOSNumber and the other kinds take a CPOSObject instead of a handle.

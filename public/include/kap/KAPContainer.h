@@ -177,9 +177,9 @@ class CKAPContainerHolder {
   CKAPContainerHolder(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
   explicit CKAPContainerHolder(TKAPNewHandle<KAPContainer> made) noexcept
       : fContainer(std::move(made)) {}
-  // The older form: adopts the reference if `skipAddRef`, else adds one. Exactly a `bool`: an `int`
-  // is most likely meant for KAPContainerBaseGeneric, where it says the opposite. The reference of
-  // a new handle is adopted in any case, because nothing else could release it.
+  // The deprecated form: adopts the reference if `skipAddRef`, else adds one. Exactly a `bool`: an
+  // `int` is most likely meant for KAPContainerBaseGeneric, where it says the opposite. The
+  // reference of a new handle is adopted in any case, because nothing else could release it.
   KAP_DEPRECATED("use KAPAdopt() for true, and leave false out")
   CKAPContainerHolder(KAPContainer* container, bool skipAddRef)
       : fContainer(container && !skipAddRef ? CKAPContainer::AddRef(container) : container) {}

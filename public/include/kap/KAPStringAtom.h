@@ -49,8 +49,8 @@ class CKAPStringAtom {
   CKAPStringAtom(KAPStringAtom* atom, KAPAdopt) : CKAPStringAtom(atom, Ownership{true}) {}
   explicit CKAPStringAtom(TKAPNewHandle<KAPStringAtom> made)
       : CKAPStringAtom(std::move(made), KAPAdopt()) {}
-  // The older form: adopts the reference if `adopt`, else adds one. Exactly a `bool`. The reference
-  // of a new handle is adopted in any case, because nothing else could release it.
+  // The deprecated form: adopts the reference if `adopt`, else adds one. Exactly a `bool`. The
+  // reference of a new handle is adopted in any case, because nothing else could release it.
   KAP_DEPRECATED("use KAPAdopt() for true, and leave false out")
   CKAPStringAtom(KAPStringAtom* atom, bool adopt) : CKAPStringAtom(atom, Ownership{adopt}) {}
   KAP_DEPRECATED("leave the bool out")
