@@ -841,10 +841,11 @@ typedef struct KAPUtilsTempFileStreamFactoryProcs {
    * "CreateIndependentlyPositionableStream" makes read-only views of the file, each with a position
    * of its own. The first call also turns the stream itself into a view, at position 0: everything
    * written is then in the file, and nothing more can be written, even if the call goes on to fail.
-   * A view can still be read after the file is deleted, but makes no further views: "the temporary
-   * file was deleted". The file is opened through its descriptor. Where that is closed, or the host
-   * cannot open it, its name is used, and if the name leads to another file, the error is "the
-   * temporary file was replaced". Several threads may make views at the same time. [any thread] */
+   * A view can still be read after the file is deleted, but makes no further views. Each is opened
+   * through the descriptor of the file, so that it reads this file even if its name leads to
+   * another one by now. Where the descriptor was closed, the name is used, and if it leads to
+   * another file, the error is "the temporary file was replaced". Several threads may make views at
+   * the same time. [any thread] */
   KAPError* (*NewTempFileStream)(KAPPositionableStream** out, const char* prefix,
       const char* second, const char* mode);
 } KAPUtilsTempFileStreamFactoryProcs;
@@ -865,8 +866,9 @@ typedef struct KAPUtilsTempFileStreamFactoryProcs {
  *    Nothing else changes: a call that fails leaves every object as it was. Where a contract says
  *    that a case is quiet, it is not a failure, and nothing is reported.
  * 2. A failing call reports at least once. "Clone" and "IsEqual" go through the library's own
- *    objects directly and report once, however deep the failure is. An object of another component
- *    is asked through its own procedures, which report as well: the first report is the cause.
+ *    objects directly, so that the number of reports does not grow with the depth: the first one is
+ *    the cause, and for the element of an object that is cloned a second one says so. An object of
+ *    another component is asked through its own procedures, which report as well.
  * 3. Handles, atoms and texts passed in are borrowed for the call. A handle returned carries one
  *    new reference for the caller; "Clone" of a scalar is the one exception.
  * 4. A null handle, atom or text, and a handle of another kind, is a failure wherever the contract

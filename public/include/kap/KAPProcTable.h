@@ -26,7 +26,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // A table without its types. One per interface and component, a static object initialised at
 // compile time; it lives as long as the component. `interfaceName`, `entries`, `traits` and `slots`
 // are static as well and have `count` elements each.
-// Threads: any, except Drop and ForgetAll [binding thread].
+// Threads: any, except Drop, Replace and ForgetAll [binding thread].
 class KAPProcTable {
  public:
   // A table that is not loaded.
@@ -65,6 +65,10 @@ class KAPProcTable {
   // Makes the table stale and its releasing methods no-ops until the table is loaded again. A
   // release alone does not load it.
   void Drop() noexcept;
+
+  // Stores another procedure in a slot until the table is loaded again. A release alone does not
+  // load it.
+  void Replace(std::size_t slot, void* proc) noexcept;
 
   // The end of the binding: makes every loaded table stale and its releasing methods no-ops. Calls
   // nothing in the host.
@@ -152,7 +156,7 @@ class TKAPProcTable {
 
   static void Drop() noexcept { fTable.Drop(); }  // see KAPProcTable::Drop
 
-  // Puts another procedure into a slot until the table is loaded again.
+  // See KAPProcTable::Replace.
   template <TKAPName Method, class Proc>
   static void Replace(Proc proc) noexcept {
     static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
@@ -161,8 +165,8 @@ class TKAPProcTable {
       static_assert(std::is_convertible_v<Proc, Declared>,
                     "a procedure does not have the type that its method declares");
       if constexpr (std::is_convertible_v<Proc, Declared>) {
-        fProcTable[Interface::template kSlot<Method>].store(
-            reinterpret_cast<void*>(static_cast<Declared>(proc)), std::memory_order_relaxed);
+        fTable.Replace(Interface::template kSlot<Method>,
+                       reinterpret_cast<void*>(static_cast<Declared>(proc)));
       }
     }
   }
