@@ -4,7 +4,7 @@
 
 Each row is a slip, the code that makes it, and the words that the compiler must say. Exactly one
 error may appear, so that the words are what the author of the slip reads first. Rows without words
-must compile without a warning. Older forms compile, and warn on request.
+must compile without a warning. Deprecated forms compile, and warn on request.
 """
 import concurrent.futures
 import pathlib
@@ -81,10 +81,12 @@ ROWS = [
     ("a new handle that a call would borrow",
      'KAPContainerClient::CallReleasing<"Release">(Made());', "a new handle needs an owner"),
     ("a new handle that a procedure would borrow",
-     'auto* data = KAPSharedBuffClient::Call<"GetBuffer">(CKAPSharedBuff::NewBuffer(8)); (void)data;',
+     'auto* data = KAPSharedBuffClient::Call<"GetBuffer">(CKAPSharedBuff::NewBuffer(8));'
+     "(void)data;",
      "a new handle needs an owner"),
     ("a new buffer without an owner",
-     "auto* data = CKAPSharedBuff::GetBuffer(CKAPSharedBuff::NewBuffer(8)); (void)data;", "deleted"),
+     "auto* data = CKAPSharedBuff::GetBuffer(CKAPSharedBuff::NewBuffer(8)); (void)data;",
+     "deleted"),
     ("a new container that is only looked at", "(void)CKAPContainer::GetSignature(Made());",
      "deleted"),
     ("a new stream that is only checked", "CKAPSimpleStream::CheckMethods(Made());", "deleted"),
@@ -92,9 +94,11 @@ ROWS = [
      "nodiscard"),
     ("a new atom that nobody takes", 'KAPStringClient::Call<"NewStringAtom">("text");',
      "nodiscard"),
-    ("a class in a method", 'using M = TKAPMethod<"A", "P", void(CKAPStringAtom)>; (void)M::kTraits;',
+    ("a class in a method",
+     'using M = TKAPMethod<"A", "P", void(CKAPStringAtom)>; (void)M::kTraits;',
      "no class or reference crosses the binder"),
-    ("a reference in a method", 'using M = TKAPMethod<"A", "P", const int&(int)>; (void)M::kTraits;',
+    ("a reference in a method",
+     'using M = TKAPMethod<"A", "P", const int&(int)>; (void)M::kTraits;',
      "no class or reference crosses the binder"),
     ("a method that says noexcept",
      'using M = TKAPMethod<"A", "P", int(int) noexcept>; (void)M::kTraits;', "without noexcept"),

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""What KAPUtilsC.h must accept quietly, and what it must refuse: c_header_slips.py INCLUDE_FOLDER
+"""What KAPUtilsC.h must accept quietly, and what it must reject: c_header_slips.py INCLUDE_FOLDER
 C_COMPILER CXX_COMPILER
 
 Each row is the interface of a component that declares it in the one source that uses it, and the
@@ -55,16 +55,17 @@ def main():
     languages = (
         ([c_compiler, "-std=c11", "-I", include], "c"),
         ([cxx_compiler, "-std=c++14", "-Wold-style-cast", "-I", include], "cpp"),
-        ([cxx_compiler, "-std=c++20", "-fvisibility=hidden", "-Wold-style-cast", "-I", include], "cpp"))
+        ([cxx_compiler, "-std=c++20", "-fvisibility=hidden", "-Wold-style-cast", "-I", include],
+         "cpp"))
     faults = []
     with tempfile.TemporaryDirectory() as folder:
         for row in ROWS:
             for command, suffix in languages:
                 said = compiled(command, suffix, row, folder)
                 if (row[-1] not in said) if row[-1] else said:
-                    faults.append(f"{row[0]} ({' '.join(command)}): expected {row[-1]!r}, got\n{said}")
+                    faults.append(f"{row[0]} ({command[1]}): expected {row[-1]!r}, got\n{said}")
         said = compiled([c_compiler, "-std=gnu99", "-I", include], "c", ROWS[0], folder)
-        if "needs C11" not in said or said.count("error:") != 2:  # the second one stops the compiler
+        if "needs C11" not in said or said.count("error:") != 2:  # the second one is the last
             faults.append(f"C99: {said}")
     if faults:
         sys.exit("\n".join(faults))

@@ -28,7 +28,7 @@
 // A misspelt method name, a missing procedure, a procedure of another type and one that is not
 // `noexcept` do not compile; the first error says why in a sentence. Nor do two methods of one
 // name, and parameters and results that compilers may lay out in different ways: a method has
-// pointers, numbers, enumerations and truth values.
+// pointers, numbers, enumerations and bool.
 //
 // Tables only grow: add new methods at the end, so that slots keep their numbers. A method whose
 // function type must change gets a new procedure name, by convention with a suffix such as "V2": a
@@ -86,7 +86,7 @@ enum class KAPResource : unsigned char {
   kCount        // keep last
 };
 
-// What code needs to know about a method besides its signature.
+// What code needs to know about a method besides its function type.
 struct KAPTraits {
   // The method becomes a no-op when the binding ends. Set it for methods that release something:
   // static objects may release what they hold after the host is gone. Destructors may call only
@@ -151,20 +151,20 @@ inline constexpr bool kKAPCrosses = std::is_void_v<Type> || std::is_arithmetic_v
                                     std::is_enum_v<Type> || std::is_pointer_v<Type>;
 
 // The same for all the types of a method.
-template <class Signature>
+template <class Function>
 inline constexpr bool kKAPAllCross = false;
 template <class Result, class... Args>
 inline constexpr bool kKAPAllCross<Result(Args...)> = kKAPCrosses<Result> &&
                                                       (kKAPCrosses<Args> && ...);
 
 // Whether a type of functions says `noexcept`.
-template <class Signature>
+template <class Function>
 inline constexpr bool kKAPSaysNoexcept = false;
 template <class Result, class... Args>
 inline constexpr bool kKAPSaysNoexcept<Result(Args...) noexcept> = true;
 
 // Whether a caller must use a result: an error, a new reference or a block leaks if nothing takes
-// it, and a truth value says whether the call has done anything.
+// it, and a bool says whether the call has done anything.
 template <class Result>
 inline constexpr bool kKAPMustUse = std::is_pointer_v<Result> || std::is_same_v<Result, bool>;
 
@@ -241,17 +241,17 @@ struct KAPNoMethod {
   KAPNoResult operator()(Args&&...) const;
 };
 
-// One method of an interface. `Signature` is a function type, such as `double(POSArray*)`.
-template <TKAPName MethodName, TKAPName ProcName, class Signature, KAPTraits Traits = KAPTraits()>
+// One method of an interface. `Function` is a function type, such as `double(POSArray*)`.
+template <TKAPName MethodName, TKAPName ProcName, class Function, KAPTraits Traits = KAPTraits()>
 struct TKAPMethod {
-  static_assert(std::is_function_v<Signature>);
-  static_assert(!kKAPSaysNoexcept<Signature>,
+  static_assert(std::is_function_v<Function>);
+  static_assert(!kKAPSaysNoexcept<Function>,
                 "write the type of a method without noexcept: all procedures are");
-  static_assert(kKAPAllCross<Signature> || kKAPSaysNoexcept<Signature>,
+  static_assert(kKAPAllCross<Function> || kKAPSaysNoexcept<Function>,
                 "a method has pointers, numbers, enumerations and bool: no class or reference "
                 "crosses the binder");
   // The type of the procedure.
-  using Proc = Signature*;
+  using Proc = Function*;
   // The names, as text and as an entry of a table, and what code needs to know besides.
   static constexpr std::string_view kMethodName = MethodName.View();
   static constexpr _t_KAPFTabEntry kEntry = {MethodName.fText, ProcName.fText};

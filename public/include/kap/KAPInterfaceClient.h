@@ -60,7 +60,7 @@ class TKAPInterfaceClient : public TKAPProcTable<Interface> {
   }
 
   // Calls a method, after loading the table if it is stale: Call<"NewStringAtom">(text). A result
-  // that is a pointer or a truth value must be used (kKAPMustUse).
+  // that is a pointer or a bool must be used (kKAPMustUse).
   template <TKAPName Method>
   static constexpr auto Call = [] {
     static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
