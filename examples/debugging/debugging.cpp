@@ -26,7 +26,7 @@ void UseLabels() {
   Labels::Call<"Length">("Total");
   unsigned long count = 0;
   KAPCheck(Labels::Call<"Count">(&count, Read("[]").Handle()));
-  Labels::Call<"StartsWithNumber">(Read("[1 2]").Handle());
+  static_cast<void>(Labels::Call<"StartsWithNumber">(Read("[1 2]").Handle()));
 }
 
 // Leaves out the frames of stacks that are not in the sources of this example: they change.
