@@ -25,6 +25,9 @@ ENDS_RUN = re.compile(r"(public|protected|private):|#(?!define)")
 BASES = re.compile(r"\s*(template\b.*)?\b(struct|class)\b.*:")
 DELETED = re.compile(r"\) *(const|&|&&|noexcept)* *= delete;")
 SPECIAL = re.compile(r"~\w+\(|operator=\(|(\w+)\((const \1&|\1&&)")
+# Doxygen finds no scope for what specialises a template of the standard library.
+OF_STANDARD = re.compile(r"^(//[^\n]*\n)*template <>\nstruct [^\n]*\bstd::.*?^};$",
+                         re.MULTILINE | re.DOTALL)
 ATTRIBUTE = re.compile(r"\[\[[^\]]*\]\] ?")
 
 
@@ -98,7 +101,7 @@ def documentation(lines):
         if PARAGRAPH.match(text):
             result.append(f"{indent}///")
         result.append(f"{indent}///{text if code else literal(text.replace('   ', ' '))}")
-    return [*result, "/// ~~~"] if in_code else result
+    return [*result, f"{indent}/// ~~~"] if in_code else result
 
 
 def standing(text):
@@ -111,6 +114,7 @@ def standing(text):
 
 
 def header(lines):
+    lines = OF_STANDARD.sub("", "\n".join(lines)).splitlines()
     result, scopes, repeated, number = [], Scopes(), {}, 0
     column = None  # of the comment after the declaration in the line before
     while number < len(lines):

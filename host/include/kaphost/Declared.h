@@ -26,6 +26,7 @@
 
 namespace KAPHost {
 
+// What an argument or a result is, as far as its type says.
 enum class ValueKind : unsigned char {
   kNothing,
   kBool,
@@ -44,11 +45,12 @@ enum class ValueKind : unsigned char {
 
 // An argument or a result, without its type.
 struct WatchedValue {
-  ValueKind fKind = ValueKind::kNothing;
+  ValueKind fKind = ValueKind::kNothing;    // what it is
   ValueKind fPlaced = ValueKind::kNothing;  // of a place: what it holds
   unsigned char fSize = 0;                  // of a place: its size in bytes
-  std::uint64_t fBits = 0;
+  std::uint64_t fBits = 0;                  // the value
 
+  // The value as a pointer.
   template <class Pointer = void*>
   Pointer As() const noexcept {
     return reinterpret_cast<Pointer>(fBits);
@@ -60,10 +62,10 @@ struct DeclaredMethod;
 // One procedure that is observed. A static object: code that kept the address of an observing
 // procedure may call it as long as the process lives.
 struct WatchedProc {
-  std::atomic<void*> fTarget = nullptr;
-  std::atomic<const char*> fInterface = nullptr;  // under which it is registered
-  std::atomic<const char*> fCallee = nullptr;     // the component that has registered it
-  std::atomic<const DeclaredMethod*> fMethod = nullptr;
+  std::atomic<void*> fTarget = nullptr;                  // the procedure
+  std::atomic<const char*> fInterface = nullptr;         // under which it is registered
+  std::atomic<const char*> fCallee = nullptr;            // the component that has registered it
+  std::atomic<const DeclaredMethod*> fMethod = nullptr;  // what it implements
 };
 
 // How many procedures of one method are observed. More than one component may implement a method,
@@ -72,11 +74,11 @@ inline constexpr unsigned kWatchedVariants = 8;
 
 // A static object for each method.
 struct DeclaredMethod {
-  const char* fInterface;
-  const char* fMethod;
-  const char* fProc;
-  bool fReleases;  // of the traits: fNoOpUnbound, fThrows
-  bool fThrows;
+  const char* fInterface;                        // the names in the binder
+  const char* fMethod;                           // of the method
+  const char* fProc;                             // and of the procedure
+  bool fReleases;                                // of the traits: fNoOpUnbound
+  bool fThrows;                                  // and fThrows
   std::array<void*, kWatchedVariants> fEntries;  // the observing procedures
   WatchedProc* fProcs;                           // what each of them observes
 };
@@ -122,6 +124,7 @@ class WatchedCall {
   std::chrono::steady_clock::time_point fStart;
 };
 
+// What a value of the type is.
 template <class Type>
 constexpr ValueKind KindOf() noexcept {
   using Pointee = std::remove_pointer_t<Type>;
@@ -139,6 +142,7 @@ constexpr ValueKind KindOf() noexcept {
   return ValueKind::kPointer;
 }
 
+// The value without its type.
 template <class Type>
 WatchedValue ValueOf(Type value) noexcept {
   WatchedValue watched{.fKind = KindOf<Type>()};
@@ -201,16 +205,20 @@ template <class Result, class... Args>
   }
 }
 
+// The observing procedures of one method.
 template <class Interface, std::size_t kSlot, class Proc>
 struct WatchedMethod;
 
+// With the types of the method.
 template <class Interface, std::size_t kSlot, class Result, class... Args>
 struct WatchedMethod<Interface, kSlot, Result (*)(Args...)> {
+  // One of them.
   template <unsigned kVariant>
   static Result Call(Args... args) {
     return WatchCall<Result, Args...>(fProcs[kVariant], __builtin_return_address(0), args...);
   }
 
+  // The static object of the method.
   static const DeclaredMethod& Declared() {
     constexpr auto entry = Interface::kEntries[kSlot];
     static const DeclaredMethod declared{
@@ -234,6 +242,7 @@ struct WatchedMethod<Interface, kSlot, Result (*)(Args...)> {
   inline static constinit WatchedProc fProcs[kWatchedVariants];
 };
 
+// Adds the methods of an interface.
 template <class Interface, std::size_t... kSlots>
 void DeclareSlots(std::vector<const DeclaredMethod*>& methods, std::index_sequence<kSlots...>) {
   (methods.push_back(

@@ -10,8 +10,8 @@ namespace KAPHost {
 
 // A thing that components hold, and where it comes from; see Host::LiveThings. A plain value.
 struct LiveThing {
-  unsigned long fNumber = 0;  // grows with each thing made
-  KAP_T_MT::KAPResource fResource = KAP_T_MT::KAPResource::kNothing;
+  unsigned long fNumber = 0;                                          // grows with each thing made
+  KAP_T_MT::KAPResource fResource = KAP_T_MT::KAPResource::kNothing;  // its kind
   std::string fName;     // `container "POSObjectImpl"`, `atom "key"`, `block of 16 bytes`
   long fReferences = 0;  // of all components; 1 for a block
   std::string fMaker;    // the component that made it

@@ -24,10 +24,10 @@ class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {};
 // is most likely a default value, GetNumber("age", 18), which no getter has.
 class POSNoThrow {
  public:
-  // NOLINTNEXTLINE(google-explicit-constructor): it stands for the bool
-  constexpr POSNoThrow(std::same_as<bool> auto noThrow) noexcept : fNoThrow(noThrow) {}
-  // NOLINTNEXTLINE(google-explicit-constructor): it stands for the bool
-  constexpr operator bool() const noexcept { return fNoThrow; }
+  // Stands for the bool.
+  constexpr POSNoThrow(std::same_as<bool> auto noThrow) noexcept : fNoThrow(noThrow) {}  // NOLINT
+  // Is the bool.
+  constexpr operator bool() const noexcept { return fNoThrow; }  // NOLINT(google-explicit-*)
 
  private:
   bool fNoThrow;

@@ -22,11 +22,11 @@ enum KAPProbeOutcome : int {
 struct KAPProbeResult {
   int fIndex;              // the number of the check, from 0
   const char* fCheck;      // its name, such as "atoms.interned"
-  const char* fInterface;  // the procedure that it is about
-  const char* fMethod;
-  const char* fContract;  // the sentence of the procedure's contract that it checks
-  int fOutcome;           // a KAPProbeOutcome
-  const char* fDetail;    // what the host did instead, or what it lacks; else ""
+  const char* fInterface;  // the procedure that it is about: its interface
+  const char* fMethod;     // and its method
+  const char* fContract;   // the sentence of the procedure's contract that it checks
+  int fOutcome;            // a KAPProbeOutcome
+  const char* fDetail;     // what the host did instead, or what it lacks; else ""
 };
 
 // Receives the outcome of a check, and the `context` that was passed to "Run".

@@ -122,7 +122,7 @@ constexpr ValueKind KindOf() {
   }
 }
 
-// A value as the argument of a procedure, and the result of one as a value.
+// A value as the argument of a procedure.
 template <class Type>
 Type FromValue(const Value& value) {
   if constexpr (std::is_integral_v<Type>) {
@@ -136,6 +136,7 @@ Type FromValue(const Value& value) {
   }
 }
 
+// The result of a procedure as a value.
 template <class Type>
 Value ToValue(Type result) {
   Value value;
@@ -154,6 +155,7 @@ Value ToValue(Type result) {
 // Calls procedures of one type.
 template <class Proc>
 struct TCaller;
+// Their results and arguments, from the type.
 template <class Result, class... Args>
 struct TCaller<Result (*)(Args...)> {
   // What the result and the arguments are.
