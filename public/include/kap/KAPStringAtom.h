@@ -126,10 +126,9 @@ class CKAPStringAtom {
 
 // Atoms as keys of unordered containers: equal texts share a pointer.
 template <>
-struct [[gnu::visibility("hidden")]] std::hash<KAP_T_MT::CKAPStringAtom>{
-    // The hash of the atom's identity, not of its text.
-    std::size_t operator()(const KAP_T_MT::CKAPStringAtom& atom)
-        const noexcept {return std::hash<const char*>()(atom.Text());
-}
-}
-;
+struct std::hash<KAP_T_MT::CKAPStringAtom> {
+  // The hash of the atom's identity, not of its text.
+  std::size_t operator()(const KAP_T_MT::CKAPStringAtom& atom) const noexcept {
+    return std::hash<const char*>()(atom.Text());
+  }
+};
