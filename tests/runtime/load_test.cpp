@@ -15,7 +15,7 @@ TEST_F(LoadTest, OnceWhenTheCounterMoved) {
   auto useAll = [] {
     const CKAPContainerHolder container;
     const CKAPStringAtom joined = CKAPStringAtom("a") + CKAPStringAtom("b");
-    CKAPError("m", "c", 1);
+    const CKAPError error("m", "c", 1);
     return HostTap::TakeLookUps().size();
   };
   EXPECT_EQ(useAll(), 0u);

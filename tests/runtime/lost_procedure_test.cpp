@@ -120,7 +120,7 @@ TEST(KAPClientTest, BindsForItsLifetime) {
       {"KAPCacheInterface", kLacksInterface}};
   for (const auto& [lost, message] : rows) {
     host.HideInterface(lost);
-    EXPECT_EQ(Thrown([&] { KAPClient(host.GetProcAddress()); }), message);
+    EXPECT_EQ(Thrown([&] { const KAPClient client(host.GetProcAddress()); }), message);
     EXPECT_FALSE(KAPIsBound());
     host.StopFaults();
   }
