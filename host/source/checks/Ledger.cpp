@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <numeric>
 #include <ostream>
+#include <utility>
 
 #include "atoms/Atom.h"
 #include "checks/GuardedMemory.h"
@@ -29,7 +30,9 @@ void Ledger::Take(KAPResource resource, const void* address, const char* compone
   const std::lock_guard lock(fMutex);
   const auto [entry, isNew] = fThings.try_emplace(address);
   Thing& thing = entry->second;
-  if (isNew || thing.fIsDead || thing.fResource != resource) {
+  // The table of atoms keeps a text for a while after its last use, and the host for its own uses.
+  const bool isReused = resource == KAPResource::kAtom && !isNew && References(thing) <= 0;
+  if (isNew || thing.fIsDead || thing.fResource != resource || isReused) {
     thing = Thing{.fResource = resource, .fNumber = ++fLast, .fMade = here};
   }
   Holder& holder = HolderOf(thing, component);
@@ -42,11 +45,21 @@ void Ledger::Release(const void* address, const char* component) {
   const auto entry = fThings.find(address);
   if (entry == fThings.end() || entry->second.fIsDead) return;
   --HolderOf(entry->second, component).fReferences;
-  if (!fOptions.fKeepsDead && References(entry->second) <= 0) fThings.erase(entry);
 }
 
-void Ledger::End(const void* address, const std::string& what) {
-  Site here = Here();
+void Ledger::ReleaseIfHeld(const void* address, const char* component) {
+  const std::lock_guard lock(fMutex);
+  const auto entry = fThings.find(address);
+  if (entry == fThings.end() || entry->second.fIsDead) return;
+  for (Holder& holder : entry->second.fHolders) {
+    if (holder.fComponent == component && holder.fReferences > 0) --holder.fReferences;
+  }
+}
+
+void Ledger::End(const void* address, const std::string& what,
+                 std::shared_ptr<const Stack> stack) {
+  Site here = CurrentSite(false);
+  here.fStack = std::move(stack);
   const std::lock_guard lock(fMutex);
   const auto entry = fThings.find(address);
   if (entry == fThings.end()) return;

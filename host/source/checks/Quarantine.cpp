@@ -13,43 +13,71 @@ Quarantine::~Quarantine() {
   for (const auto& [record, entry] : fEntries) entry.fFree(const_cast<void*>(record));
 }
 
-bool Quarantine::Keep(void* record, void (*freeRecord)(void*), const char* kind,
-                      const char* name) noexcept {
-  try {
-    std::string what = kind;
-    if (name) what.append(" \"").append(name).append("\"");
-    if (fOnKeep) fOnKeep(record, what);
-    const std::lock_guard lock(fMutex);
-    fEntries.insert_or_assign(record, Entry{freeRecord, std::move(what)});
-    return true;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
+void Quarantine::Keep(void* record, void (*freeRecord)(void*), std::string what) {
+  const std::lock_guard lock(fMutex);
+  fEntries.insert_or_assign(record, Entry{freeRecord, std::move(what)});
 }
 
-void Quarantine::ReportUse(const void* record, const char* call) const noexcept {
+void Quarantine::Forget(const void* record) noexcept {
+  const std::lock_guard lock(fMutex);
+  fEntries.erase(record);
+}
+
+std::string Quarantine::NameOf(const void* record) const {
+  const std::lock_guard lock(fMutex);
+  const auto entry = fEntries.find(record);
+  return entry != fEntries.end() ? entry->second.fWhat : "object";
+}
+
+std::shared_ptr<const Stack> StackOfEnd() noexcept {
+  const HandleObserver* const observer = Current<HandleObserver>();
+  return observer && HasGateBits(kGateChecking) ? observer->StackHere() : nullptr;
+}
+
+namespace {
+
+std::string WhatIs(const char* kind, const char* name) {
+  return name ? std::string(kind).append(" \"").append(name).append("\"") : kind;
+}
+
+}  // namespace
+
+bool KeepDeadSlowly(void* record, void (*freeRecord)(void*), const char* kind, const char* name,
+                    std::shared_ptr<const Stack> stack) noexcept {
+  HandleObserver* const observer = Current<HandleObserver>();
+  Quarantine* const quarantine = Current<Quarantine>();
   try {
-    std::string message = std::string("KAP host: ") + call + " of a dead ";
-    {
-      const std::lock_guard lock(fMutex);
-      const auto entry = fEntries.find(record);
-      message += entry != fEntries.end() ? entry->second.fWhat : "object";
+    if (observer && quarantine && HasGateBits(kGateChecking)) {
+      const std::string what = WhatIs(kind, name);
+      quarantine->Keep(record, freeRecord, what);
+      observer->Died(record, what, std::move(stack));
+      return true;
     }
-    Report(message.c_str());
   } catch (const std::bad_alloc&) {
-    Report("KAP host: a dead object was used");
+    quarantine->Forget(record);
   }
+  if (observer) observer->Freed(record);
+  return false;
 }
 
-bool KeepDeadSlowly(void* record, void (*freeRecord)(void*), const char* kind,
-                    const char* name) noexcept {
-  Quarantine* quarantine = Current<Quarantine>();
-  return quarantine && quarantine->Keep(record, freeRecord, kind, name);
+void NoteHostTook(const KAPError& error, const void* proc) noexcept {
+  if (HandleObserver* const observer = Current<HandleObserver>()) observer->HostTook(error, proc);
+}
+
+void NoteHostReleased(const KAPError& error) noexcept {
+  if (HandleObserver* const observer = Current<HandleObserver>()) observer->HostReleased(error);
 }
 
 void ReportDead(const void* record, const char* call) noexcept {
   if (record == tReportedDead) return;
-  if (const Quarantine* quarantine = Current<Quarantine>()) quarantine->ReportUse(record, call);
+  const Quarantine* const quarantine = Current<Quarantine>();
+  const HandleObserver* const observer = Current<HandleObserver>();
+  if (!quarantine || !observer) return;
+  try {
+    observer->Report(std::string(call) + " of a dead " + quarantine->NameOf(record), record);
+  } catch (const std::bad_alloc&) {
+    Report("KAP host: a dead object was used");
+  }
 }
 
 }  // namespace KAPHost

@@ -56,6 +56,7 @@ void SetCurrent(HostState* state) noexcept {
   gCurrent<StreamLog> = state ? &state->fStreamLog : nullptr;
   gCurrent<Quarantine> = state ? &state->fQuarantine : nullptr;
   gCurrent<Watcher> = state ? state->fWatcher.get() : nullptr;
+  gCurrent<HandleObserver> = state && state->TheLedger() ? state->fWatcher.get() : nullptr;
   gCurrent<ClientPurges> = state ? &state->fClientPurges : nullptr;
 }
 
@@ -110,11 +111,6 @@ void HostState::RegisterServices() {
       [&]<class Interface>() { RegisterService<Interface>(fBinder); });
   if (!fWatcher) return;
   if (fWatcher->HasLedger()) RegisterGuardedMemory(fBinder);
-  if (fWatcher->HasChecks()) {
-    fQuarantine.OnKeep() = [this](const void* record, const std::string& what) {
-      fWatcher->TheLedger()->End(record, what);
-    };
-  }
   fBinder.SetWrap(wrapAs(false));
 }
 
@@ -130,7 +126,8 @@ HostState::HostState(HostOptions options)
   const bool takesPages = TakesPages(options.fMemory);
   UsePages(takesPages);
   gGate.store((options.fChecks ? unsigned{kGateChecking} : 0) |
-              (takesPages ? 0 : unsigned{kGatePlain}));
+              (takesPages ? 0 : unsigned{kGatePlain}) |
+              (TheLedger() ? unsigned{kGateFollowing} : 0));
 }
 
 HostState::~HostState() {

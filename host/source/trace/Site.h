@@ -8,6 +8,9 @@
 
 namespace KAPHost {
 
+// The host among the names of components, which are compared by address.
+inline constexpr const char* kHost = "host";
+
 // Where something happened: in which call, by whom, and what led to it.
 struct Site {
   const char* fCaller = nullptr;  // null: outside of every observed call

@@ -28,8 +28,6 @@ using HostStreamSet = KAP_T_MT::TKAPInterfaceSet<
     KAP_T_MT::KAPPositionableStreamInterface, KAP_T_MT::KAPDataStoreInterface,
     KAP_T_MT::KAPSizedDataStoreInterface, KAP_T_MT::KAPDataBlockStreamInterface>;
 
-constexpr const char* kHost = "host";
-
 // Observing leaves the error number of the system as the procedure left it.
 class KeptErrno {
  public:
@@ -91,7 +89,7 @@ Watcher::Watcher(DebugOptions options, bool checks, bool complains)
     : fOptions(std::move(options)), fComplains(complains) {
   if (!fOptions.fTrace.empty()) fTrace = TraceWriter::Open(fOptions.fTrace);
   if (checks || fOptions.fStacks || !fOptions.fLeaks.empty()) {
-    fLedger = std::make_unique<Ledger>(Ledger::Options{fOptions.fStacks, checks});
+    fLedger = std::make_unique<Ledger>(fOptions.fStacks);
   }
   if (checks) fChecker = std::make_unique<Checker>(*fLedger);
   auto methods = Declare<KAP_T_MT::KAPHostInterfaceSet, HostStreamSet>();
@@ -347,7 +345,11 @@ void Watcher::TakeResult(const WatchedCall& call, const WatchedValue& value) {
   const bool isDead = fLedger->Find(handle).fState == Ledger::State::kDead;
   if (isDead && call.fCallee != kHost) return;
   fLedger->Take(resource, handle, call.fCaller);
-  if (call.fCallee != kHost) fLedger->Release(handle, call.fCallee);
+  if (call.fCallee == kHost) {
+    fLedger->ReleaseIfHeld(handle, kHost);
+  } else {
+    fLedger->Release(handle, call.fCallee);
+  }
 }
 
 void Watcher::CountReferences(const WatchedCall& call, const WatchedValue& result) {
@@ -376,6 +378,29 @@ void Watcher::Report(const std::string& headline, const void* thing,
   if (fComplains) std::cerr << text + '\n';
   KAPHost::Report(text.c_str());
 }
+
+std::shared_ptr<const Stack> Watcher::StackHere() const noexcept {
+  return fLedger->Here().fStack;
+}
+
+void Watcher::Died(const void* record, const std::string& what,
+                   std::shared_ptr<const Stack> stack) {
+  fLedger->End(record, what, std::move(stack));
+}
+
+void Watcher::Freed(const void* record) noexcept { fLedger->Forget(record); }
+
+void Watcher::HostTook(const KAPError& error, const void* proc) noexcept {
+  if (IsCoreError(error) || fLedger->Find(&error).fState == Ledger::State::kDead) return;
+  try {
+    fLedger->Take(KAPResource::kError, &error, kHost);
+    fLedger->Release(&error, NameOfCodeAt(proc));
+  } catch (const std::bad_alloc&) {
+    // The list of what is held names the wrong holder.
+  }
+}
+
+void Watcher::HostReleased(const KAPError& error) noexcept { fLedger->ReleaseIfHeld(&error, kHost); }
 
 Site CurrentSite(bool withStack) noexcept {
   const WatchedCall* const call = tThread.fInnermost;
@@ -429,7 +454,7 @@ void NoteThing(KAPResource resource, const void* thing) noexcept {
 }
 
 void EndThing(const void* thing, const std::string& what) noexcept {
-  WithLedger([&](Ledger& ledger) { ledger.End(thing, what); });
+  WithLedger([&](Ledger& ledger) { ledger.End(thing, what, ledger.Here().fStack); });
 }
 
 void ForgetThing(const void* thing) noexcept {

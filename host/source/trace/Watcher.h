@@ -13,6 +13,7 @@
 
 #include "checks/Checker.h"
 #include "checks/Ledger.h"
+#include "checks/Quarantine.h"
 #include "kaphost/Debug.h"
 #include "kaphost/Snapshot.h"
 #include "trace/TraceWriter.h"
@@ -21,14 +22,14 @@ namespace KAPHost {
 
 // Observes calls: hands out the observing procedures, and passes what they see to the trace, the
 // ledger and the checks. A host has one only if its options ask for any of these.
-class Watcher {
+class Watcher final : public HandleObserver {
  public:
   // Throws std::runtime_error when the trace cannot be written.
   // With `complains`, reports of misuse go to standard error as well.
   Watcher(DebugOptions options, bool checks, bool complains);
   Watcher(const Watcher&) = delete;
   Watcher& operator=(const Watcher&) = delete;
-  ~Watcher();
+  ~Watcher() override;
 
   // The procedure to hand out for one that is registered; `proc` itself if it cannot be observed.
   // `isHosts` says whether it is the host's own.
@@ -50,6 +51,16 @@ class Watcher {
   // Adds to the reports: what is wrong with the call under way, lines about another call, and where
   // the thing was made and ended. Throws std::bad_alloc.
   void Report(const std::string& headline, const void* thing, const std::string& other) const;
+  void Report(const std::string& headline, const void* thing) const override {
+    Report(headline, thing, "");
+  }
+
+  std::shared_ptr<const Stack> StackHere() const noexcept override;
+  void Died(const void* record, const std::string& what,
+            std::shared_ptr<const Stack> stack) override;
+  void Freed(const void* record) noexcept override;
+  void HostTook(const KAPError& error, const void* proc) noexcept override;
+  void HostReleased(const KAPError& error) noexcept override;
 
  private:
   using Key = std::pair<std::string, std::string>;  // method and procedure
