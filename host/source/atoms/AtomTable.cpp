@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "base/Sanitizers.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "heap/Heap.h"
 
 namespace KAPHost {

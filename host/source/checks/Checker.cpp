@@ -6,11 +6,11 @@
 #include <string_view>
 
 #include "accounting/Resources.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "checks/ThreadTags.h"
 #include "errors/Errors.h"
-#include "trace/ThreadState.h"
-#include "trace/Values.h"
+#include "sites/ThreadState.h"
+#include "sites/Values.h"
 
 namespace KAPHost {
 

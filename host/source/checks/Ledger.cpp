@@ -10,7 +10,7 @@
 #include "checks/GuardedMemory.h"
 #include "containers/Containers.h"
 #include "errors/Errors.h"
-#include "trace/Values.h"
+#include "sites/Values.h"
 
 namespace KAPHost {
 

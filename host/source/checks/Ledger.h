@@ -12,7 +12,7 @@
 
 #include "kap/KAPInterface.h"
 #include "kaphost/Live.h"
-#include "trace/Site.h"
+#include "sites/Site.h"
 
 namespace KAPHost {
 

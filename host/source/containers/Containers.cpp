@@ -7,7 +7,7 @@
 
 #include "accounting/Accounting.h"
 #include "base/Reports.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "heap/Heap.h"
 
 namespace KAPHost {

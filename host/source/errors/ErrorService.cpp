@@ -13,7 +13,7 @@
 #include "base/RefCount.h"
 #include "base/Reports.h"
 #include "binder/Registration.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "errors/Errors.h"
 #include "kap/KAPErrorInterface.h"
 

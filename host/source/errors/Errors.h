@@ -5,7 +5,7 @@
 #include <new>
 
 #include "binder/Failures.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "kap/KAPTypes.h"
 
 namespace KAPHost {

@@ -4,7 +4,7 @@
 #include "base/Reports.h"
 #include "binder/Binder.h"
 #include "caches/ClientPurges.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "faults/FaultRules.h"
 #include "kaphost/Host.h"
 #include "streams/StreamLog.h"

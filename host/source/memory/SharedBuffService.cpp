@@ -5,7 +5,7 @@
 #include "accounting/Accounting.h"
 #include "base/RefCount.h"
 #include "binder/Registration.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "faults/Gate.h"
 #include "kap/KAPSharedBuffInterface.h"
 

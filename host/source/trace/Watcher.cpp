@@ -15,8 +15,8 @@
 #include "checks/Misuse.h"
 #include "errors/Errors.h"
 #include "kap/KAPHostInterfaces.h"
-#include "trace/ThreadState.h"
-#include "trace/Values.h"
+#include "sites/ThreadState.h"
+#include "sites/Values.h"
 
 namespace KAPHost {
 

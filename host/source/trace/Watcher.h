@@ -13,7 +13,7 @@
 
 #include "checks/Checker.h"
 #include "checks/Ledger.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "kaphost/Debug.h"
 #include "kaphost/Snapshot.h"
 #include "trace/TraceWriter.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "trace/Values.h"
+#include "sites/Values.h"
 
 #include <array>
 #include <bit>

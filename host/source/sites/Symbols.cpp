@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "trace/Symbols.h"
+#include "sites/Symbols.h"
 
 #ifdef KAP_HOST_SYMBOLS
 #include <elfutils/libdwfl.h>

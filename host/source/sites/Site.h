@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "trace/Stack.h"
+#include "sites/Stack.h"
 
 namespace KAPHost {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 
 #include <new>
 #include <utility>

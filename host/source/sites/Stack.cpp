@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "trace/Stack.h"
+#include "sites/Stack.h"
 
 #include <cxxabi.h>
 #include <execinfo.h>
@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "base/Modules.h"
-#include "trace/Symbols.h"
+#include "sites/Symbols.h"
 
 namespace KAPHost {
 
