@@ -7,10 +7,10 @@
 #include <utility>
 
 #include "atoms/Atom.h"
+#include "base/Quoted.h"
 #include "checks/GuardedMemory.h"
 #include "containers/Containers.h"
 #include "errors/Errors.h"
-#include "sites/Values.h"
 
 namespace KAPHost {
 
@@ -40,11 +40,12 @@ void Ledger::Take(KAPResource resource, const void* address, const char* compone
   holder.fTaken = here;
 }
 
-void Ledger::Release(const void* address, const char* component) {
+bool Ledger::Release(const void* address, const char* component) {
   const std::lock_guard lock(fMutex);
   const auto entry = fThings.find(address);
-  if (entry == fThings.end() || entry->second.fIsDead) return;
+  if (entry == fThings.end() || entry->second.fIsDead) return true;
   --HolderOf(entry->second, component).fReferences;
+  return References(entry->second) >= 0;
 }
 
 void Ledger::ReleaseIfHeld(const void* address, const char* component) {
@@ -56,8 +57,7 @@ void Ledger::ReleaseIfHeld(const void* address, const char* component) {
   }
 }
 
-void Ledger::End(const void* address, const std::string& what,
-                 std::shared_ptr<const Stack> stack) {
+void Ledger::End(const void* address, const std::string& what, std::shared_ptr<const Stack> stack) {
   Site here = CurrentSite(false);
   here.fStack = std::move(stack);
   const std::lock_guard lock(fMutex);

@@ -36,8 +36,9 @@ class Ledger {
 
   // `component` has one reference more to a thing, which is new if the ledger does not know it.
   void Take(KAPResource resource, const void* thing, const char* component);
-  // A component has one reference less.
-  void Release(const void* thing, const char* component);
+  // A component has one reference less. False when components have fewer than none together: the
+  // host holds what they release.
+  bool Release(const void* thing, const char* component);
   // The same if it has any.
   void ReleaseIfHeld(const void* thing, const char* component);
   // The thing ends now. `what` describes it in reports: `container "Name"`.

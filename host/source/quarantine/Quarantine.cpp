@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/Current.h"
+#include "base/Quoted.h"
 #include "base/Reports.h"
 
 namespace KAPHost {
@@ -14,8 +15,20 @@ Quarantine::~Quarantine() {
 }
 
 void Quarantine::Keep(void* record, void (*freeRecord)(void*), std::string what) {
-  const std::lock_guard lock(fMutex);
-  fEntries.insert_or_assign(record, Entry{freeRecord, std::move(what)});
+  Entry oldest{};
+  void* old = nullptr;
+  {
+    const std::lock_guard lock(fMutex);
+    fOrder.push_back(record);
+    fEntries.insert_or_assign(record, Entry{freeRecord, std::move(what)});
+    if (fOrder.size() <= kMost) return;
+    old = fOrder.front();
+    fOrder.pop_front();
+    if (const auto entry = fEntries.extract(old)) oldest = std::move(entry.mapped());
+  }
+  if (!oldest.fFree) return;  // it was not kept after all
+  if (HandleObserver* const observer = Current<HandleObserver>()) observer->Freed(old);
+  oldest.fFree(old);
 }
 
 void Quarantine::Forget(const void* record) noexcept {
@@ -37,7 +50,7 @@ std::shared_ptr<const Stack> StackOfEnd() noexcept {
 namespace {
 
 std::string WhatIs(const char* kind, const char* name) {
-  return name ? std::string(kind).append(" \"").append(name).append("\"") : kind;
+  return name ? std::string(kind).append(" ").append(Quoted(name)) : kind;
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -45,13 +47,15 @@ class Quarantine {
   Quarantine& operator=(const Quarantine&) = delete;
   ~Quarantine();
 
-  // Keeps a record, which it hands to `freeRecord` at its end; `what` describes it. Throws
-  // std::bad_alloc.
+  // Keeps a record, which it hands to `freeRecord` at its end or when so many others have followed
+  // that there is no room for it; `what` describes it. Throws std::bad_alloc.
   void Keep(void* record, void (*freeRecord)(void*), std::string what);
   // The record is not kept after all.
   void Forget(const void* record) noexcept;
   // What describes a record that is kept, else "object". Throws std::bad_alloc.
   std::string NameOf(const void* record) const;
+
+  static constexpr std::size_t kMost = 50'000;  // with their histories, 50 MB
 
  private:
   struct Entry {
@@ -61,6 +65,7 @@ class Quarantine {
 
   mutable std::mutex fMutex;
   std::unordered_map<const void*, Entry> fEntries;
+  std::deque<void*> fOrder;
 };
 
 // The dead record whose use in the present call is already reported, with more than is known here.
