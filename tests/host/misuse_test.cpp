@@ -363,7 +363,15 @@ TEST(LeaksTest, LiveThingsBetweenTwoMoments) {
   EXPECT_NE(things[0].fHistory.find("(misuse_test.cpp:"), std::string::npos) << things[0];
 #endif
   deleteAtom(after);
-  deleteAtom(before);
+  // One reference more to a thing that was there.
+  const auto all = host.LiveThings();
+  newAtom("before");
+  deleteAtom(newAtom("before"));
+  const auto more = KAPHost::HeldMore(all, host.LiveThings());
+  ASSERT_EQ(more.size(), 1u);
+  EXPECT_EQ(more[0].fName, "atom \"before\"");
+  EXPECT_EQ(more[0].fReferences, 1);
+  for (int i = 0; i < 2; ++i) deleteAtom(before);
   EXPECT_TRUE(host.LiveThings().empty());
 }
 

@@ -156,6 +156,15 @@ unsigned long Ledger::Last() const {
   return fLast;
 }
 
+std::vector<LiveThing> HeldMore(const std::vector<LiveThing>& before,
+                                std::vector<LiveThing> after) {
+  std::unordered_map<unsigned long, long> references;
+  for (const LiveThing& thing : before) references[thing.fNumber] = thing.fReferences;
+  for (LiveThing& thing : after) thing.fReferences -= references[thing.fNumber];
+  std::erase_if(after, [](const LiveThing& thing) { return thing.fReferences <= 0; });
+  return after;
+}
+
 std::ostream& operator<<(std::ostream& out, const LiveThing& thing) {
   out << thing.fName << ": ";
   if (thing.fResource != KAPResource::kBlock) {
