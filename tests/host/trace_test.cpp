@@ -246,7 +246,7 @@ TEST(TraceTest, LostOutput) {
       HostOptions options{.fOnReport = {}, .fOnLeak = [](const auto&) {}};
       options.fDebug.fTrace = row.trace;
       options.fDebug.fLeaks = row.leaks;
-      options.fDebug.fOnTraceLost = [&](const std::string& message) { lost.push_back(message); };
+      options.fDebug.fOnLost = [&](const std::string& message) { lost.push_back(message); };
       const Host host(options);
       ::close(reader);
       atom = host.Proc<KAPStringInterface, "NewStringAtom">()("held");

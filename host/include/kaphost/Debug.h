@@ -12,8 +12,8 @@
 
 namespace KAPHost {
 
-// What a host shows of the calls between itself and its components. Everything is off by default
-// and costs nothing then: the host hands out its procedures as they are. With `fTrace`, `fStacks`,
+// What a host shows of the calls between itself and its components. Everything is off by default;
+// then the host hands out its procedures as they are, and releases read one word more. With `fTrace`, `fStacks`,
 // `fLeaks` or HostOptions::fChecks, every look-up returns a procedure that observes the call first.
 //
 // The environment variable KAPHOST_DEBUG adds to what a program sets, see ParseDebugWords.
@@ -28,7 +28,7 @@ struct DebugOptions {
   std::string fTrace;
   // Called once, on any thread, when the trace or the leak list cannot be written to its end. The
   // default writes the message to std::cerr. Must not throw.
-  std::function<void(const std::string& message)> fOnTraceLost;
+  std::function<void(const std::string& message)> fOnLost;
   // If not empty: only calls of these interfaces, as they are registered, are traced.
   std::vector<std::string> fInterfaces;
   // If not empty: only calls that these components make or receive are traced. "host" is the host;

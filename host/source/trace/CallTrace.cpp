@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "errors/Errors.h"
+#include "faults/FaultRules.h"
 #include "sites/ThreadState.h"
 #include "sites/Values.h"
 
@@ -13,13 +14,14 @@ namespace KAPHost {
 
 namespace {
 
-// The calls that describing a value makes are not calls of a component.
+// The calls that describing a value makes are not calls of a component: they are neither observed
+// nor failed.
 class Describing {
  public:
-  Describing() { tThread.fIsDescribing = true; }
+  Describing() { tThread.fIsDescribing = tIsExempt = true; }
   Describing(const Describing&) = delete;
   Describing& operator=(const Describing&) = delete;
-  ~Describing() { tThread.fIsDescribing = false; }
+  ~Describing() { tThread.fIsDescribing = tIsExempt = false; }
 };
 
 template <class Names>

@@ -8,7 +8,6 @@
 #include "base/Modules.h"
 #include "base/Reports.h"
 #include "checks/References.h"
-#include "errors/Errors.h"
 #include "kap/KAPHostInterfaces.h"
 #include "sites/ThreadState.h"
 
@@ -81,9 +80,14 @@ WatchedProc* Watcher::Choose(const DeclaredMethod& method, const char* interface
   return unused ? unused : former;
 }
 
-// Without a trace, the user of the checks has to know.
-void Watcher::NoteUnseen(const char* interfaceName, const char* methodName, const char* why) {
-  if (fTrace) fTrace->NoteUnseen(interfaceName, methodName, why);
+// An interface without a declaration is not news to those who check, a method that they have
+// declared is.
+void Watcher::NoteUnseen(const char* interfaceName, const char* methodName, bool isDeclared) {
+  const char* const why = isDeclared ? "has too many procedures" : "is not declared";
+  if (fTrace) return fTrace->NoteUnseen(interfaceName, methodName, why);
+  if (!isDeclared) return;
+  const std::string method = std::string(interfaceName) + '.' + methodName;
+  KAPHost::Report(("KAP host: " + method + ' ' + why + ": its calls are not checked").c_str());
 }
 
 void* Watcher::Watch(const char* interfaceName, const char* methodName, const char* procName,
@@ -93,7 +97,7 @@ void* Watcher::Watch(const char* interfaceName, const char* methodName, const ch
   const std::lock_guard lock(fMutex);
   WatchedProc* const chosen = method ? Choose(*method, interfaceName, proc) : nullptr;
   if (!chosen) {
-    NoteUnseen(interfaceName, methodName, method ? "has too many procedures" : "is not declared");
+    NoteUnseen(interfaceName, methodName, method);
     return proc;
   }
   static auto* const names = new std::set<std::string>;  // calls may outlive the host
@@ -186,8 +190,10 @@ void Watcher::Died(const void* record, const std::string& what,
 
 void Watcher::Freed(const void* record) noexcept { fLedger->Forget(record); }
 
+// What is not known to be an error is one of a former host, or none at all.
 void Watcher::HostTook(const KAPError& error, const void* proc) noexcept {
-  if (IsCoreError(error) || fLedger->Find(&error).fState == Ledger::State::kDead) return;
+  const auto [state, resource] = fLedger->Find(&error);
+  if (state != Ledger::State::kAlive || resource != KAPResource::kError) return;
   try {
     fLedger->Take(KAPResource::kError, &error, kHost);
     fLedger->Release(&error, NameOfCodeAt(proc));

@@ -69,7 +69,7 @@ class Watcher final : public HandleObserver {
 
   const DeclaredMethod* Declared(std::string_view interfaceName, const Key& names) const;
   WatchedProc* Choose(const DeclaredMethod& method, const char* interfaceName, void* proc);
-  void NoteUnseen(const char* interfaceName, const char* methodName, const char* why);
+  void NoteUnseen(const char* interfaceName, const char* methodName, bool isDeclared);
   void Report(const Checker::Findings& findings) const;
   static ObservedCall Observed(const WatchedCall& call) noexcept;
 
