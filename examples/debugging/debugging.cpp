@@ -31,7 +31,7 @@ void UseLabels() {
   Labels::Call<"Text">(Read("< label (Total) >").Handle());
   double number = 0;
   CKAPError(Labels::Call<"Parse">(&number, "1x"), KAPAdopt());
-  Labels::Call<"IsSame">("Total", "Sum");
+  Labels::Call<"IsSame">("Sum", "Total");
 }
 
 // Leaves out the frames of stacks that are not in the sources of this example: they change.

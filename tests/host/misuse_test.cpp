@@ -18,9 +18,10 @@ using namespace KAP_T_MT;
 using KAPHost::Host;
 using KAPHost::HostOptions;
 
-HostOptions Checking(bool stacks = false) {
-  HostOptions options{.fOnReport = {}, .fOnLeak = [](const auto&) {}, .fChecks = true};
-  options.fDebug.fStacks = stacks;
+// At its end nothing is held, unless the test says so.
+HostOptions Checking(bool leaks = false) {
+  HostOptions options{.fOnReport = {}, .fOnLeak = {}, .fChecks = true};
+  options.fOnLeak = [leaks](const auto& held) { EXPECT_TRUE(leaks) << held; };
   options.fDebug.fDeclared = KAPHost::Declare<TKAPInterfaceSet<CarelessInterface>>();
   return options;
 }
@@ -275,7 +276,8 @@ TEST(MisuseBindingTest, BindingThreadOfEachLoad) {
 TEST(MisuseStacksTest, Report) {
   std::vector<std::string> reports;
   {
-    HostOptions options = Checking(true);
+    HostOptions options = Checking();
+    options.fDebug.fStacks = true;
     options.fOnReport = [&](const std::string& text) { reports.push_back(text); };
     Host host(options);
     const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
@@ -329,7 +331,7 @@ TEST(LeaksTest, ListNamesMakerAndHolder) {
       if (!checks && !row.line) continue;  // undefined behaviour without checks
       SCOPED_TRACE(std::string(row.how) + (checks ? ", with checks" : ""));
       {
-        HostOptions options = Checking();
+        HostOptions options = Checking(true);
         options.fChecks = checks;
         options.fDebug.fLeaks = path;
         Host host(options);
@@ -345,7 +347,9 @@ TEST(LeaksTest, ListNamesMakerAndHolder) {
 }
 
 TEST(LeaksTest, LiveThingsBetweenTwoMoments) {
-  Host host(Checking(true));
+  HostOptions options = Checking();
+  options.fDebug.fStacks = true;
+  Host host(options);
   const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
   const auto newAtom = host.Proc<KAPStringInterface, "NewStringAtom">();
   const auto deleteAtom = host.Proc<KAPStringInterface, "DeleteStringAtom">();
@@ -387,7 +391,7 @@ TEST(LeaksTest, HandlesOfAFormerHost) {
     blocks[0] = host.Proc<KAPMemoryInterface, "Alloc">()(100);
     blocks[1] = host.Proc<KAPMemoryInterface, "Alloc">()(100);
   }
-  Host host(Checking());
+  Host host(Checking(true));
   const auto free = host.Proc<KAPMemoryInterface, "Free">();
   EXPECT_GE((host.Proc<KAPMemoryInterface, "GetBlockSize">()(blocks[0])), 100u);
   blocks[0] = host.Proc<KAPMemoryInterface, "Realloc">()(blocks[0], 200);
@@ -395,19 +399,24 @@ TEST(LeaksTest, HandlesOfAFormerHost) {
   host.Proc<KAPContainerInterface, "Release">()(container);
   host.Proc<KAPStringInterface, "DeleteStringAtom">()(atom);
   EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
+  const KAPHost::Snapshot given = host.TakeSnapshot();
+  EXPECT_EQ(given.Total(KAPResource::kContainer).fNumber, -1);
+  EXPECT_EQ(given.Total(KAPResource::kAtom).fNumber, -1);
+  EXPECT_EQ(given.Total(KAPResource::kBlock).fNumber, -2);
 }
 
 // A guarded block is freed as one, whatever the host that lives by then.
 TEST(LeaksTest, BlocksOutliveTheirHost) {
   void* block = nullptr;
   {
-    const Host host(Checking());
+    const Host host(Checking(true));
     block = host.Proc<KAPMemoryInterface, "Alloc">()(100);
   }
-  const Host host;
+  const Host host({.fOnReport = {}, .fOnLeak = [](const auto&) {}});
   block = host.Proc<KAPMemoryInterface, "Realloc">()(block, 300);
   EXPECT_GE((host.Proc<KAPMemoryInterface, "GetBlockSize">()(block)), 300u);
   host.Proc<KAPMemoryInterface, "Free">()(block);
+  EXPECT_EQ(host.TakeSnapshot().Total(KAPResource::kBlock).fNumber, -1);
 }
 
 // The error of a callback is the host's until it returns it, and then its caller's.
