@@ -9,7 +9,7 @@
 namespace KAPHost {
 
 // The host among the names of components, which are compared by address.
-inline constexpr const char* kHost = "host";
+inline constexpr char kHost[] = "host";
 
 // Where something happened: in which call, by whom, and what led to it.
 struct Site {
