@@ -281,7 +281,7 @@ TEST(TraceTest, Filters) {
   }
 }
 
-// What a component registers without a declaration is said; a method of streams under the
+// The trace names what a component registers without a declaration; a method of streams under the
 // component's own name is known all the same; and an address that was looked up is not wrapped
 // again.
 TEST(TraceTest, Registrations) {

@@ -120,14 +120,17 @@ void* Alloc(std::size_t size) noexcept {
   std::memset(block.Start(), kGuard, kGuardSize);
   std::memset(block.End(), kGuard, kGuardSize);
   try {
-    const std::lock_guard lock(blocks.fMutex);
-    blocks.fLive.emplace(block.fBytes, block);
+    {
+      const std::lock_guard lock(blocks.fMutex);
+      blocks.fLive.emplace(block.fBytes, block);
+    }
+    NoteThing(KAPResource::kBlock, block.fBytes, block.Name());
   } catch (const std::bad_alloc&) {
+    TakeOut(block.fBytes);
     Deallocate(start);
     return nullptr;
   }
   Count(KAPResource::kBlock, 1, static_cast<long>(size));
-  NoteThing(KAPResource::kBlock, block.fBytes);
   return block.fBytes;
 }
 
@@ -198,11 +201,6 @@ std::size_t GuardedBlocks() noexcept {
   Blocks& blocks = TheBlocks();
   const std::lock_guard lock(blocks.fMutex);
   return blocks.fLive.size();
-}
-
-std::size_t GuardedSize(const void* block) noexcept {
-  const auto found = Find(block);
-  return found ? found->fSize : 0;
 }
 
 void RegisterGuardedMemory(Binder& binder, bool hasPlainBlocks) {

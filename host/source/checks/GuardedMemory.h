@@ -24,9 +24,6 @@ std::size_t GuardedBlocks() noexcept;
 // not known is freed as a plain one.
 void RegisterGuardedMemory(Binder& binder, bool hasPlainBlocks);
 
-// The size that was asked for; 0 for what is not a guarded block.
-std::size_t GuardedSize(const void* block) noexcept;
-
 // Checks the blocks that were made since the registration and are held, and those that were freed,
 // which it gives back. To be called at the end of a host that has a ledger.
 void EndGuardedMemory() noexcept;

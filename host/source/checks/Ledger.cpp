@@ -8,7 +8,6 @@
 
 #include "atoms/Atom.h"
 #include "base/Quoted.h"
-#include "checks/GuardedMemory.h"
 #include "containers/Containers.h"
 #include "errors/Errors.h"
 
@@ -25,7 +24,8 @@ long Ledger::References(const Thing& thing) {
                          [](long sum, const Holder& holder) { return sum + holder.fReferences; });
 }
 
-void Ledger::Take(KAPResource resource, const void* address, const char* component) {
+void Ledger::Take(KAPResource resource, const void* address, const char* component,
+                  const std::string& what) {
   const Site here = Here();
   const std::lock_guard lock(fMutex);
   const auto [entry, isNew] = fThings.try_emplace(address);
@@ -33,7 +33,7 @@ void Ledger::Take(KAPResource resource, const void* address, const char* compone
   // The table of atoms keeps a text for a while after its last use, and the host for its own uses.
   const bool isReused = resource == KAPResource::kAtom && !isNew && References(thing) <= 0;
   if (isNew || thing.fIsDead || thing.fResource != resource || isReused) {
-    thing = Thing{.fResource = resource, .fNumber = ++fLast, .fMade = here};
+    thing = Thing{.fResource = resource, .fNumber = ++fLast, .fWhat = what, .fMade = here};
   }
   Holder& holder = HolderOf(thing, component);
   ++holder.fReferences;
@@ -82,7 +82,7 @@ Ledger::Found Ledger::Find(const void* address) const {
 }
 
 std::string Ledger::Name(const Thing& thing, const void* address) {
-  if (thing.fIsDead) return thing.fWhat;
+  if (!thing.fWhat.empty()) return thing.fWhat;
   switch (thing.fResource) {
     case KAPResource::kAtom:
       return "atom " + Quoted(static_cast<const KAPStringAtom*>(address)->Text());
@@ -92,8 +92,6 @@ std::string Ledger::Name(const Thing& thing, const void* address) {
       const char* const signature = static_cast<const KAPContainer*>(address)->fSignature;
       return signature ? "container " + Quoted(signature) : "container";
     }
-    case KAPResource::kBlock:
-      return "block of " + std::to_string(GuardedSize(address)) + " bytes";
     default:
       return "buffer";
   }

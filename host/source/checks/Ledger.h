@@ -35,7 +35,9 @@ class Ledger {
   Ledger& operator=(const Ledger&) = delete;
 
   // `component` has one reference more to a thing, which is new if the ledger does not know it.
-  void Take(KAPResource resource, const void* thing, const char* component);
+  // `what` describes a thing that does not tell its name itself.
+  void Take(KAPResource resource, const void* thing, const char* component,
+            const std::string& what = {});
   // A component has one reference less. False when components have fewer than none together: the
   // host holds what they release.
   bool Release(const void* thing, const char* component);
@@ -77,7 +79,7 @@ class Ledger {
     KAPResource fResource = KAPResource::kNothing;
     unsigned long fNumber = 0;
     bool fIsDead = false;
-    std::string fWhat = {};  // once dead
+    std::string fWhat = {};  // of a block, and once dead
     Site fMade = {};
     Site fEnded = {};
     std::vector<Holder> fHolders = {};

@@ -37,10 +37,10 @@ void ReportMisuse(const std::string& headline, const void* thing) noexcept {
   }
 }
 
-void NoteThing(KAPResource resource, const void* thing) noexcept {
+void NoteThing(KAPResource resource, const void* thing, const std::string& what) noexcept {
   WithLedger([&](Ledger& ledger) {
     const char* const caller = CurrentSite(false).fCaller;
-    ledger.Take(resource, thing, caller ? caller : kHost);
+    ledger.Take(resource, thing, caller ? caller : kHost, what);
   });
 }
 
