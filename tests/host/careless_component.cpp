@@ -129,6 +129,12 @@ void Misuse(const char* how) noexcept {
          Call<KAPCacheInterface, "AddClientPurge">(purge, 1);
          Call<KAPCacheInterface, "RemoveClientPurge">(purge, 1);
        }},
+      {"write past a buffer",
+       [] {
+         KAPSharedBuffer* const buffer = NewBuffer();
+         WriteAt(reinterpret_cast<char*>(Call<KAPSharedBuffInterface, "GetBuffer">(buffer)), 8);
+         Call<KAPSharedBuffInterface, "Release">(buffer);
+       }},
       {"free a block twice",
        [] {
          char* const block = Alloc(10);

@@ -86,6 +86,10 @@ TEST_F(MisuseTest, Reports) {
        "a block of 10 bytes was written before its start"
        "\n  used by Careless in KAPMemoryInterface.Free" +
            block},
+      {"write past a buffer",
+       "a buffer of 8 bytes was written past its end"
+       "\n  used by Careless in KAPSharedBuffInterface.Release" +
+           made + "KAPSharedBuffInterface.NewBuffer"},
       {"release too often what the host holds",
        "release of a reference to atom \"Thing\" that no component has"
        "\n  used by Careless in KAPStringInterface.DeleteStringAtom" +
