@@ -96,8 +96,8 @@ struct HostOptions {
 // Errors: members that allocate may throw std::bad_alloc.
 class Host {
  public:
-  // Throws std::logic_error when there is a host already, std::runtime_error when the trace that
-  // the options name cannot be written.
+  // Throws std::logic_error when there is a host already, std::runtime_error when the trace or the
+  // leak list that the options name cannot be written.
   explicit Host(HostOptions options = {});
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
