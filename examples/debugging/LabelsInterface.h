@@ -16,4 +16,15 @@ struct LabelsInterface
           KAP_T_MT::TKAPMethod<"Length", "LabelsLengthProc", unsigned long(const char* text)>,
           // The number of labels. [shared read]
           KAP_T_MT::TKAPMethod<"Count", "LabelsCountProc",
-                               KAPError*(unsigned long* out, POSArray* array)>> {};
+                               KAPError*(unsigned long* out, POSArray* array)>,
+          // The length of the text without its first character. [any thread]
+          KAP_T_MT::TKAPMethod<"RestLength", "LabelsRestLengthProc",
+                               unsigned long(const char* text)>,
+          // The text of the label, which lives as long as the dictionary. [shared read]
+          KAP_T_MT::TKAPMethod<"Text", "LabelsTextProc", const char*(POSDict* dict)>,
+          // The number that a label stands for. [any thread]
+          KAP_T_MT::TKAPMethod<"Parse", "LabelsParseProc",
+                               KAPError*(double* out, const char* text)>,
+          // Whether two texts are the same label. [any thread]
+          KAP_T_MT::TKAPMethod<"IsSame", "LabelsIsSameProc",
+                               bool(const char* text, const char* other)>> {};

@@ -3,6 +3,7 @@
 // A component, "Labels", with a bug in each procedure. docs/debugging.md shows how each one is
 // found.
 
+#include <cstdlib>
 #include <cstring>
 
 #include "KAP.h"
@@ -51,12 +52,45 @@ KAPError* Count(unsigned long* out, POSArray* array) noexcept {
   return nullptr;
 }
 
+// Bug: the copy is not the host's memory.
+unsigned long RestLength(const char* text) noexcept {
+  char* const copy = ::strdup(text);
+  const std::size_t length = std::strlen(copy + 1);
+  Memory::Call<"Free">(copy);
+  return length;
+}
+
+// Bug: a dictionary is not an atom, whatever the cast says.
+const char* Text(POSDict* dict) noexcept {
+  return Strings::Call<"GetCString">(reinterpret_cast<KAPStringAtom*>(dict));
+}
+
+// Bug: the result is set before the text is checked.
+KAPError* Parse(double* out, const char* text) noexcept {
+  char* end = nullptr;
+  *out = std::strtod(text, &end);
+  if (*end == '\0') return nullptr;
+  return TKAPInterfaceClient<KAPErrorInterface>::Call<"NewError">("not a number", "Labels", 1L,
+                                                                  nullptr, nullptr);
+}
+
+// Bug: the first atom is released before it is compared.
+bool IsSame(const char* text, const char* other) noexcept {
+  KAPStringAtom* const first = Strings::Call<"NewStringAtom">(text);
+  KAPStringAtom* const second = Strings::Call<"NewStringAtom">(other);
+  Strings::Call<"DeleteStringAtom">(first);
+  const bool isSame = std::strcmp(Strings::Call<"GetCString">(first), other) == 0;
+  Strings::Call<"DeleteStringAtom">(second);
+  return isSame;
+}
+
 }  // namespace
 
 extern "C" [[gnu::visibility("default")]] int LabelsInitialize(KAPGetProcAddressProc getProc) {
   return KAPReportingError([=] {
     return KAPClientInit(getProc) &&
-           KAPRegisterInterface<LabelsInterface>(&Find, &StartsWithNumber, &Length, &Count);
+           KAPRegisterInterface<LabelsInterface>(&Find, &StartsWithNumber, &Length, &Count,
+                                                 &RestLength, &Text, &Parse, &IsSame);
   });
 }
 

@@ -14,4 +14,9 @@ struct CarelessInterface
           KAP_T_MT::TKAPMethod<"ReturnErrorOnly", "CarelessReturnErrorOnlyProc",
                                KAPError*(double* out)>,
           KAP_T_MT::TKAPMethod<"Throw", "CarelessThrowProc", void()>,
-          KAP_T_MT::TKAPMethod<"ReturnDead", "CarelessReturnDeadProc", KAPStringAtom*()>> {};
+          KAP_T_MT::TKAPMethod<"ReturnDead", "CarelessReturnDeadProc", KAPStringAtom*()>,
+          KAP_T_MT::TKAPMethod<"ReturnOther", "CarelessReturnOtherProc", KAPError*()>,
+          KAP_T_MT::TKAPMethod<"PlaceOther", "CarelessPlaceOtherProc",
+                               KAPError*(KAPStringAtom** out)>,
+          KAP_T_MT::TKAPMethod<"ReturnByte", "CarelessReturnByteProc",
+                               KAPError*(unsigned char* out)>> {};

@@ -107,6 +107,34 @@ void Misuse(const char* how) noexcept {
          WriteAt(block, 10);
          Free(block);
        }},
+      {"write before a block",
+       [] {
+         char* const block = Alloc(10);
+         WriteAt(block, ~std::size_t{0});
+         Free(block);
+       }},
+      {"free a block with free", [] { std::free(Alloc(10)); }},
+      {"release too often what the host holds",
+       [] {
+         KAPStringAtom* const name = NewAtom("Thing");
+         KAPContainer* const container = NewContainer();
+         DeleteAtom(name);
+         DeleteAtom(name);
+         Call<KAPStringInterface, "AddRef">(name);  // the host's reference
+         Release(container);
+       }},
+      {"bind and unbind",
+       [] {
+         const KAPClientPurgeProc purge = [] {};
+         Call<KAPCacheInterface, "AddClientPurge">(purge, 1);
+         Call<KAPCacheInterface, "RemoveClientPurge">(purge, 1);
+       }},
+      {"write past a buffer",
+       [] {
+         KAPSharedBuffer* const buffer = NewBuffer();
+         WriteAt(reinterpret_cast<char*>(Call<KAPSharedBuffInterface, "GetBuffer">(buffer)), 8);
+         Call<KAPSharedBuffInterface, "Release">(buffer);
+       }},
       {"free a block twice",
        [] {
          char* const block = Alloc(10);
@@ -155,6 +183,16 @@ KAPStringAtom* ReturnDead() noexcept {
   DeleteAtom(atom);
   return atom;
 }
+KAPError* ReturnOther() noexcept { return reinterpret_cast<KAPError*>(NewContainer()); }
+KAPError* PlaceOther(KAPStringAtom** out) noexcept {
+  static long words[8];
+  *out = reinterpret_cast<KAPStringAtom*>(words);
+  return nullptr;
+}
+KAPError* ReturnByte(unsigned char* out) noexcept {
+  *out = 0xE5;
+  return nullptr;
+}
 
 }  // namespace
 
@@ -162,8 +200,9 @@ extern "C" {
 
 __attribute__((visibility("default"))) int CarelessInitialize(KAPGetProcAddressProc getProc) {
   gGetProc = getProc;
-  for (const auto& entry : CarelessInterface::Registration(&Misuse, &LeaveUnset, &ReturnBoth,
-                                                           &ReturnErrorOnly, &Throw, &ReturnDead)) {
+  for (const auto& entry :
+       CarelessInterface::Registration(&Misuse, &LeaveUnset, &ReturnBoth, &ReturnErrorOnly, &Throw,
+                                       &ReturnDead, &ReturnOther, &PlaceOther, &ReturnByte)) {
     Call<KAPBinderInterface, "KAPRegisterProcAddress">(CarelessInterface::kName, entry.fMethodName,
                                                        entry.fProcName, entry.fProc);
   }

@@ -18,9 +18,10 @@ using namespace KAP_T_MT;
 using KAPHost::Host;
 using KAPHost::HostOptions;
 
-HostOptions Checking(bool stacks = false) {
-  HostOptions options{.fOnReport = {}, .fOnLeak = [](const auto&) {}, .fChecks = true};
-  options.fDebug.fStacks = stacks;
+// At its end nothing is held, unless the test says so.
+HostOptions Checking(bool leaks = false) {
+  HostOptions options{.fOnReport = {}, .fOnLeak = {}, .fChecks = true};
+  options.fOnLeak = [leaks](const auto& held) { EXPECT_TRUE(leaks) << held; };
   options.fDebug.fDeclared = KAPHost::Declare<TKAPInterfaceSet<CarelessInterface>>();
   return options;
 }
@@ -81,6 +82,18 @@ TEST_F(MisuseTest, Reports) {
        "a block of 10 bytes was written past its end"
        "\n  used by Careless in KAPMemoryInterface.Free" +
            block},
+      {"write before a block",
+       "a block of 10 bytes was written before its start"
+       "\n  used by Careless in KAPMemoryInterface.Free" +
+           block},
+      {"write past a buffer",
+       "a buffer of 8 bytes was written past its end"
+       "\n  used by Careless in KAPSharedBuffInterface.Release" +
+           made + "KAPSharedBuffInterface.NewBuffer"},
+      {"release too often what the host holds",
+       "release of a reference to atom \"Thing\" that no component has"
+       "\n  used by Careless in KAPStringInterface.DeleteStringAtom" +
+           made + "KAPStringInterface.NewStringAtom"},
       {"free a block twice",
        "Free of a block that is already freed"
        "\n  used by Careless in KAPMemoryInterface.Free" +
@@ -131,8 +144,58 @@ TEST_F(MisuseTest, Results) {
   EXPECT_TRUE(reports[0].starts_with("KAP host: a procedure returned a dead atom \"returned\""));
 }
 
+// The first line of the only report.
+std::string TakeHeadline(Host& host) {
+  const std::vector<std::string> reports = host.TakeReports();
+  EXPECT_EQ(reports.size(), 1u);
+  return reports.empty() ? "" : reports[0].substr(0, reports[0].find('\n'));
+}
+
+TEST_F(MisuseTest, ResultsOfOtherKinds) {
+  KAPError* const other = fHost.Proc<CarelessInterface, "ReturnOther">()();
+  EXPECT_EQ(TakeHeadline(fHost),
+            "KAP host: a procedure returned a container \"Thing\" as an error");
+  fHost.Proc<KAPContainerInterface, "Release">()(reinterpret_cast<KAPContainer*>(other));
+  KAPStringAtom* atom = nullptr;
+  EXPECT_EQ((fHost.Proc<CarelessInterface, "PlaceOther">()(&atom)), nullptr);
+  EXPECT_EQ(TakeHeadline(fHost), "KAP host: what a procedure returned as an atom is not one");
+  unsigned char byte = 0;
+  EXPECT_EQ((fHost.Proc<CarelessInterface, "ReturnByte">()(&byte)), nullptr);
+  EXPECT_EQ(byte, 0xE5);  // any byte may be a result
+  EXPECT_EQ(fHost.TakeReports(), std::vector<std::string>());
+}
+
+// A refused call leaves no result, and it has not used the object: another thread may.
+TEST_F(MisuseTest, RefusedCalls) {
+  KAPContainer* container = nullptr;
+  fHost.Proc<KAPContainerInterface, "NewContainer">()(&container);
+  KAPStringAtom* const name = fHost.Proc<KAPStringInterface, "NewStringAtom">()("name");
+  KAPContainer* out = container;
+  const auto release = fHost.Proc<KAPErrorInterface, "Release">();
+  release(fHost.Proc<KAPContainerInterface, "CloneContainer">()(
+      &out, reinterpret_cast<KAPContainer*>(name)));
+  EXPECT_EQ(out, nullptr);
+  const auto add = fHost.Proc<KAPContainerInterface, "RegisterInterface">();
+  release(add(container, reinterpret_cast<KAPStringAtom*>(container), name));
+  EXPECT_EQ(fHost.TakeReports().size(), 2u);
+  std::thread([&] { release(add(container, name, name)); }).join();
+  EXPECT_EQ(fHost.TakeReports(), std::vector<std::string>());
+  fHost.Proc<KAPStringInterface, "DeleteStringAtom">()(name);
+  fHost.Proc<KAPContainerInterface, "Release">()(container);
+  EXPECT_TRUE(fHost.TakeSnapshot().IsEmpty()) << fHost.TakeSnapshot();
+}
+
+// A block starts after its guard, so the C library or the sanitizer stops the process.
+TEST_F(MisuseTest, FreeOfAHostBlock) {
+  EXPECT_DEATH((fHost.Proc<CarelessInterface, "Misuse">()("free a block with free")),
+               "invalid pointer|not malloc");
+}
+
 // Two threads inside calls of one stream, which its thread tag forbids: one report, of the second.
-TEST(MisuseThreadsTest, ExclusiveCalls) {
+// The tag belongs to the method, whatever kind of streams it is registered for.
+class MisuseThreadsTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(MisuseThreadsTest, ExclusiveCalls) {
   struct Client {
     std::latch fReading{1};
     std::latch fDone{1};
@@ -150,27 +213,38 @@ TEST(MisuseThreadsTest, ExclusiveCalls) {
   const auto forget = [](void*) -> KAPError* { return nullptr; };
   host.Proc<KAPStreamFactoryInterface, "NewClientSimpleStream">()(&stream, &client, read, write,
                                                                   forget);
+  const std::string kind = GetParam();
+  const auto readProc = reinterpret_cast<KAPSimpleStreamInterface::Proc<"Read">>(
+      host.Find(kind.c_str(), "Read", "KAPSimpleStreamReadProc"));
+  const auto writeProc = reinterpret_cast<KAPSimpleStreamInterface::Proc<"Write">>(
+      host.Find(kind.c_str(), "Write", "KAPSimpleStreamWriteProc"));
   std::thread reader([&] {
     std::size_t count = 0;
     unsigned char byte = 0;
-    host.Proc<KAPSimpleStreamInterface, "Read">()(&count, stream, &byte, 1);
+    readProc(&count, stream, &byte, 1);
   });
   client.fReading.wait();
-  host.Proc<KAPSimpleStreamInterface, "Write">()(stream, nullptr, 0);
+  writeProc(stream, nullptr, 0);
   client.fDone.count_down();
   reader.join();
-  host.Proc<KAPSimpleStreamInterface, "Write">()(stream, nullptr, 0);
+  writeProc(stream, nullptr, 0);
   host.Proc<KAPContainerInterface, "Release">()(stream);
   EXPECT_EQ(host.TakeReports(),
             std::vector<std::string>{
                 "KAP host: two threads use container \"KAPHostSimpleStream\" at the same time, "
                 "which one of the calls forbids"
-                "\n  used by host_test in KAPSimpleStreamInterface.Write"
-                "\n  also used by host_test in KAPSimpleStreamInterface.Read"
+                "\n  used by host_test in " +
+                kind + ".Write\n  also used by host_test in " + kind +
+                ".Read"
                 "\n  made by host_test in KAPStreamFactoryInterface.NewClientSimpleStream"});
 }
 
-TEST(MisuseThreadsTest, BindingThread) {
+INSTANTIATE_TEST_SUITE_P(Streams, MisuseThreadsTest,
+                         ::testing::Values("KAPSimpleStreamInterface",
+                                           "KAPRewindableStreamInterface",
+                                           "KAPPositionableStreamInterface"));
+
+TEST(MisuseBindingTest, BindingThread) {
   Host host(Checking());
   const auto add = host.Proc<KAPCacheInterface, "AddClientPurge">();
   const auto remove = host.Proc<KAPCacheInterface, "RemoveClientPurge">();
@@ -190,11 +264,24 @@ TEST(MisuseThreadsTest, BindingThread) {
                 "\n  bound by host_test in KAPCacheInterface.AddClientPurge"});
 }
 
+// A component that is loaded anew may be bound by another thread.
+TEST(MisuseBindingTest, BindingThreadOfEachLoad) {
+  Host host(Checking());
+  const auto bind = [&] {
+    const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
+    host.Proc<CarelessInterface, "Misuse">()("bind and unbind");
+  };
+  bind();
+  std::thread(bind).join();
+  EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
+}
+
 // A report with stacks names the function, also when the component is unloaded since.
 TEST(MisuseStacksTest, Report) {
   std::vector<std::string> reports;
   {
-    HostOptions options = Checking(true);
+    HostOptions options = Checking();
+    options.fDebug.fStacks = true;
     options.fOnReport = [&](const std::string& text) { reports.push_back(text); };
     Host host(options);
     const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
@@ -248,7 +335,7 @@ TEST(LeaksTest, ListNamesMakerAndHolder) {
       if (!checks && !row.line) continue;  // undefined behaviour without checks
       SCOPED_TRACE(std::string(row.how) + (checks ? ", with checks" : ""));
       {
-        HostOptions options = Checking();
+        HostOptions options = Checking(true);
         options.fChecks = checks;
         options.fDebug.fLeaks = path;
         Host host(options);
@@ -258,13 +345,15 @@ TEST(LeaksTest, ListNamesMakerAndHolder) {
       EXPECT_EQ(
           Contents(path),
           row.line ? std::string(row.line) + "\n  made by Careless in " + row.made + '\n' : "");
+      std::remove(path.c_str());  // the next host of the process would append to it
     }
   }
-  std::remove(path.c_str());
 }
 
 TEST(LeaksTest, LiveThingsBetweenTwoMoments) {
-  Host host(Checking(true));
+  HostOptions options = Checking();
+  options.fDebug.fStacks = true;
+  Host host(options);
   const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
   const auto newAtom = host.Proc<KAPStringInterface, "NewStringAtom">();
   const auto deleteAtom = host.Proc<KAPStringInterface, "DeleteStringAtom">();
@@ -282,7 +371,15 @@ TEST(LeaksTest, LiveThingsBetweenTwoMoments) {
   EXPECT_NE(things[0].fHistory.find("(misuse_test.cpp:"), std::string::npos) << things[0];
 #endif
   deleteAtom(after);
-  deleteAtom(before);
+  // One reference more to a thing that was there.
+  const auto all = host.LiveThings();
+  newAtom("before");
+  deleteAtom(newAtom("before"));
+  const auto more = KAPHost::HeldMore(all, host.LiveThings());
+  ASSERT_EQ(more.size(), 1u);
+  EXPECT_EQ(more[0].fName, "atom \"before\"");
+  EXPECT_EQ(more[0].fReferences, 1);
+  for (int i = 0; i < 2; ++i) deleteAtom(before);
   EXPECT_TRUE(host.LiveThings().empty());
 }
 
@@ -290,15 +387,73 @@ TEST(LeaksTest, LiveThingsBetweenTwoMoments) {
 TEST(LeaksTest, HandlesOfAFormerHost) {
   KAPContainer* container = nullptr;
   KAPStringAtom* atom = nullptr;
+  void* blocks[2] = {};
   {
     const Host host({.fOnReport = {}, .fOnLeak = [](const auto&) {}});
     host.Proc<KAPContainerInterface, "NewContainer">()(&container);
     atom = host.Proc<KAPStringInterface, "NewStringAtom">()("kept");
+    blocks[0] = host.Proc<KAPMemoryInterface, "Alloc">()(100);
+    blocks[1] = host.Proc<KAPMemoryInterface, "Alloc">()(100);
   }
-  Host host(Checking());
+  Host host(Checking(true));
+  const auto free = host.Proc<KAPMemoryInterface, "Free">();
+  EXPECT_GE((host.Proc<KAPMemoryInterface, "GetBlockSize">()(blocks[0])), 100u);
+  blocks[0] = host.Proc<KAPMemoryInterface, "Realloc">()(blocks[0], 200);
+  for (void* block : blocks) free(block);
   host.Proc<KAPContainerInterface, "Release">()(container);
   host.Proc<KAPStringInterface, "DeleteStringAtom">()(atom);
   EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
+  const KAPHost::Snapshot given = host.TakeSnapshot();
+  EXPECT_EQ(given.Total(KAPResource::kContainer).fNumber, -1);
+  EXPECT_EQ(given.Total(KAPResource::kAtom).fNumber, -1);
+  EXPECT_EQ(given.Total(KAPResource::kBlock).fNumber, -2);
+}
+
+// A guarded block is freed as one, whatever the host that lives by then.
+TEST(LeaksTest, BlocksOutliveTheirHost) {
+  void* block = nullptr;
+  {
+    const Host host(Checking(true));
+    block = host.Proc<KAPMemoryInterface, "Alloc">()(100);
+  }
+  const Host host({.fOnReport = {}, .fOnLeak = [](const auto&) {}});
+  block = host.Proc<KAPMemoryInterface, "Realloc">()(block, 300);
+  EXPECT_GE((host.Proc<KAPMemoryInterface, "GetBlockSize">()(block)), 300u);
+  host.Proc<KAPMemoryInterface, "Free">()(block);
+  EXPECT_EQ(host.TakeSnapshot().Total(KAPResource::kBlock).fNumber, -1);
+}
+
+// The error of a callback is the host's until it returns it, and then its caller's.
+TEST(LeaksTest, ErrorsOfCallbacks) {
+  for (const bool checks : {true, false}) {
+    SCOPED_TRACE(checks);
+    HostOptions options = Checking();
+    options.fChecks = checks;
+    options.fDebug.fStacks = true;
+    Host host(options);
+    const auto newError = host.Proc<KAPErrorInterface, "NewError">();
+    static KAPError* (*make)(const char*, const char*, long, void*, KAPDeleteProc) = nullptr;
+    make = newError;
+    KAPDataSink* sink = nullptr;
+    int data = 0;
+    host.Proc<KAPFilterInterface, "NewClientDataSink">()(
+        &sink, &data,
+        [](void*, const unsigned char*, std::size_t) {
+          return make("w", "t", 1, nullptr, nullptr);
+        },
+        [](void*) { return make("d", "t", 1, nullptr, nullptr); });
+    KAPError* const error = host.Proc<KAPFilterInterface, "Write">()(sink, nullptr, 0);
+    auto things = host.LiveThings();
+    ASSERT_EQ(things.size(), 1u);
+    EXPECT_EQ(things[0].fName, "error \"w\"");
+    EXPECT_EQ(things[0].fReferences, 1);
+    EXPECT_EQ(things[0].fHolders, "host_test");
+    host.Proc<KAPErrorInterface, "Release">()(error);
+    EXPECT_TRUE(host.LiveThings().empty());
+    host.Proc<KAPFilterInterface, "Release">()(sink);
+    EXPECT_EQ(host.TakeReports(), std::vector<std::string>{"d"});
+    EXPECT_TRUE(host.LiveThings().empty());
+  }
 }
 
 // A handle that a procedure returns belongs to the caller, not to the component that made it.

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -161,6 +166,98 @@ TEST(TraceTest, Json) {
   EXPECT_EQ(events[9]["args"]["error"], "no echo");
 }
 
+// Bytes that are not UTF-8, wherever they come from, are shown as in the arguments.
+TEST(TraceTest, JsonOfOddBytes) {
+  const struct {
+    const char* bytes;
+    const char* shown;
+  } rows[] = {{"\xe9t\xe9", "\\xe9t\\xe9"},
+              {"\xc3\xa9", "\xc3\xa9"},
+              {"\xc3", "\\xc3"},
+              {"\xed\xa0\x80", "\\xed\\xa0\\x80"},
+              {"\xf0\x9f\x98\x80\t", "\xf0\x9f\x98\x80\t"},
+              {"\xc0\xaf", "\\xc0\\xaf"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.shown);
+    const TraceFile file(".json");
+    Traced({}, file.Path(), [&](Host& host) {
+      host.Register(row.bytes, "Nothing", "NothingProc", reinterpret_cast<void*>(&Throw));
+      host.Proc<KAPErrorInterface, "Release">()(
+          host.Proc<KAPErrorInterface, "NewError">()(row.bytes, "test", 3, nullptr, nullptr));
+    });
+    const auto events = nlohmann::json::parse(Contents(file.Path()));
+    ASSERT_EQ(events.size(), 3u);
+    EXPECT_EQ(events[0]["ph"], "i");
+    EXPECT_GE(events[0]["ts"], 0);
+    EXPECT_EQ(events[0]["args"]["text"],
+              row.shown + std::string(".Nothing is not declared: its calls are not traced"));
+    EXPECT_EQ(events[1]["args"]["error"], row.shown);
+  }
+}
+
+// A further host of a process appends to the file; a child writes one of its own.
+TEST(TraceTest, HostsAndProcesses) {
+  for (const char* suffix : {".json", ".txt"}) {
+    SCOPED_TRACE(suffix);
+    const TraceFile file(suffix);
+    pid_t child = 0;
+    Traced({}, file.Path(), UseEcho);
+    Traced({}, file.Path(), [&](Host& host) {
+      child = ::fork();
+      UseEcho(host);
+    });
+    if (child == 0) ::_exit(::testing::Test::HasFailure());
+    int status = 1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    const bool isJson = std::string_view(suffix) == ".json";
+    const std::string number = '.' + std::to_string(child);
+    std::string path = file.Path();
+    isJson ? path.insert(path.size() - 5, number) : path.append(number);
+    if (isJson) {
+      EXPECT_EQ(nlohmann::json::parse(Contents(file.Path())).size(), 24u);
+      EXPECT_EQ(nlohmann::json::parse(Contents(path)).size(), 12u);
+    } else {
+      EXPECT_EQ(Lines(Contents(file.Path())).size(), 30u);
+      EXPECT_EQ(Lines(Contents(path)).size(), 15u);
+    }
+    std::remove(path.c_str());
+  }
+}
+
+// What cannot be written ends the trace or the list, not the process, and the program learns of it
+// once.
+TEST(TraceTest, LostOutput) {
+  const TraceFile pipe(".fifo");
+  ASSERT_EQ(::mkfifo(pipe.Path().c_str(), 0600), 0);
+  const struct {
+    std::string trace;
+    std::string leaks;
+    std::string message;
+  } rows[] = {{pipe.Path(), "", "Broken pipe"},
+              {"/dev/full", "", "No space left on device"},
+              {"", "/dev/full", "No space left on device"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.trace + row.leaks);
+    std::vector<std::string> lost;
+    int reader = row.trace == pipe.Path() ? ::open(row.trace.c_str(), O_RDONLY | O_NONBLOCK) : -1;
+    KAPStringAtom* atom = nullptr;
+    {
+      HostOptions options{.fOnReport = {}, .fOnLeak = [](const auto&) {}};
+      options.fDebug.fTrace = row.trace;
+      options.fDebug.fLeaks = row.leaks;
+      options.fDebug.fOnLost = [&](const std::string& message) { lost.push_back(message); };
+      const Host host(options);
+      ::close(reader);
+      atom = host.Proc<KAPStringInterface, "NewStringAtom">()("held");
+    }
+    const Host host;
+    host.Proc<KAPStringInterface, "DeleteStringAtom">()(atom);
+    EXPECT_EQ(lost, std::vector<std::string>{"cannot write \"" + row.trace + row.leaks +
+                                             "\": " + row.message + "; the rest is lost"});
+  }
+}
+
 TEST(TraceTest, Filters) {
   const struct {
     const char* why;
@@ -184,7 +281,7 @@ TEST(TraceTest, Filters) {
   }
 }
 
-// What a component registers without a declaration is said; a method of streams under the
+// The trace names what a component registers without a declaration; a method of streams under the
 // component's own name is known all the same; and an address that was looked up is not wrapped
 // again.
 TEST(TraceTest, Registrations) {
@@ -207,22 +304,36 @@ TEST(TraceTest, Registrations) {
 // Nine components that implement one method: the ninth is not observed, and all of them work.
 TEST(TraceTest, MoreProceduresThanVariants) {
   const TraceFile file(".txt");
+  constexpr const char* kProc = "KAPRewindableStreamRewindProc";
   const std::string names[] = {"A", "B", "C", "D", "E", "F", "G", "H", "I"};
   Traced({}, file.Path(), [&](Host& host) {
+    const auto rewind = +[](KAPContainer*) -> KAPError* { return nullptr; };
     for (const std::string& name : names) {
-      host.Register(name.c_str(), "Echo", "EchoProc", reinterpret_cast<void*>(&Echo));
+      host.Register(name.c_str(), "Rewind", kProc, reinterpret_cast<void*>(rewind));
     }
     for (const std::string& name : names) {
-      const auto echo = reinterpret_cast<KAPStringAtom* (*)(KAPStringAtom*, int)>(
-          host.Find(name.c_str(), "Echo", "EchoProc"));
-      EXPECT_EQ(echo(nullptr, 0), nullptr) << name;
+      const auto found = host.Find(name.c_str(), "Rewind", kProc);
+      EXPECT_EQ(reinterpret_cast<KAPError* (*)(KAPContainer*)>(found)(nullptr), nullptr) << name;
     }
   });
   const std::vector<std::string> lines = Lines(Contents(file.Path()));
   const auto isNote = [](const std::string& line) {
-    return line.find("Echo has too many procedures: its calls are not traced") != std::string::npos;
+    return line.find("Rewind has too many procedures") != std::string::npos;
   };
-  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), isNote), 2);
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), isNote), 3);  // two are the host's own
+}
+
+// Equal names of a method and its procedure say nothing about another interface's arguments.
+TEST(TraceTest, UndeclaredInterfaceIsNotObserved) {
+  const TraceFile file(".txt");
+  Traced({}, file.Path(), [](Host& host) {
+    const auto twice = +[](double value) { return 2 * value; };
+    host.Register("Other", "Echo", "EchoProc", reinterpret_cast<void*>(twice));
+    const auto found = reinterpret_cast<double (*)(double)>(host.Find("Other", "Echo", "EchoProc"));
+    EXPECT_EQ(found(2.5), 5);
+  });
+  EXPECT_EQ(Lines(Contents(file.Path())),
+            std::vector<std::string>{"# Other.Echo is not declared: its calls are not traced"});
 }
 
 // Lines of several threads do not mix: each line of the text is one of the expected ones.
@@ -244,9 +355,10 @@ TEST(TraceTest, Threads) {
   });
   const std::regex line(
       R"(( *)((host_test > host(_test)?: \w+\.\w+\("x"(, 0)?\)( = "x"| \{( \.\.\.)?)?)|\} \w+( = "x")?))");
-  for (const std::string& text : Lines(Contents(file.Path()))) {
-    EXPECT_TRUE(std::regex_match(text, line)) << text;
-  }
+  const std::vector<std::string> lines = Lines(Contents(file.Path()));
+  for (const std::string& text : lines) EXPECT_TRUE(std::regex_match(text, line)) << text;
+  const auto isCall = [](const std::string& text) { return text.find(" > ") != std::string::npos; };
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), isCall), 4 * 200 * 5);
 }
 
 // Off is off: the host hands out its procedures as they are registered.
@@ -308,29 +420,39 @@ TEST(DebugWordsTest, Words) {
   }
 }
 
-// A wrong word of the environment harms nothing but itself, and the program is told.
+// A wrong word of the environment harms nothing but itself, and the program keeps its own trace.
 TEST(DebugWordsTest, Environment) {
   const TraceFile file(".txt");
+  const TraceFile own(".own");
+  HostOptions options;
+  options.fDebug.fTrace = own.Path();
   const struct {
     std::string words;
     const char* error;
     bool isTraced;
-  } rows[] = {{"trace=" + file.Path(), "", true},
-              {"trcae", "KAP host: \"trcae\" is not a word of KAPHOST_DEBUG", false},
-              {"trace=/no/such/folder/x", "KAP host: cannot write \"/no/such/folder/x\"", false},
-              {"help", "the words of KAPHOST_DEBUG", false}};
+    bool isOwnTraced;
+  } rows[] = {
+      {"trace=" + file.Path(), "", true, false},
+      {"trcae", "KAP host: \"trcae\" is not a word of KAPHOST_DEBUG", false, true},
+      {"trace=/no/such/folder/x", "KAP host: cannot write \"/no/such/folder/x\"", false, true},
+      {"leaks=/no/such/folder/x", "KAP host: cannot write \"/no/such/folder/x\"", false, true},
+      {"help", "the words of KAPHOST_DEBUG", false, true}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.words);
     std::remove(file.Path().c_str());
+    std::remove(own.Path().c_str());
     ::setenv("KAPHOST_DEBUG", row.words.c_str(), 1);
     ::testing::internal::CaptureStderr();
     {
-      const TestHost host;
-      host.TakeText(host.Atom("a"));
+      const Host host(options);
+      host.Proc<KAPErrorInterface, "GetCoreError">()(0);
     }
     ::unsetenv("KAPHOST_DEBUG");
-    EXPECT_TRUE(::testing::internal::GetCapturedStderr().starts_with(row.error));
-    EXPECT_EQ(Contents(file.Path()).find("NewStringAtom") != std::string::npos, row.isTraced);
+    const std::string error = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(error.substr(0, std::string_view(row.error).size()), row.error);
+    EXPECT_EQ(error.empty(), std::string_view(row.error).empty()) << error;
+    EXPECT_EQ(Contents(file.Path()).find("GetCoreError") != std::string::npos, row.isTraced);
+    EXPECT_EQ(Contents(own.Path()).find("GetCoreError") != std::string::npos, row.isOwnTraced);
   }
 }
 

@@ -171,6 +171,12 @@ TEST(TraceTest, WritesCalls) {
             (Outcome{3, "",
                      "posutil: cannot write \"/no/folder/calls\": "
                      "No such file or directory\n"}));
+  EXPECT_EQ(RunPosutil({"print", "--trace", "/dev/full", "--from", "text", "-"}, "1"),
+            (Outcome{3, "1\n",
+                     "posutil: cannot write \"/dev/full\": No space left on device; "
+                     "the rest is lost\n"}));
+  EXPECT_EQ(RunPosutil({"--trace", path, "print", path}),
+            (Outcome{2, "", "posutil: the trace would replace " + path + "\n"}));
 }
 
 }  // namespace

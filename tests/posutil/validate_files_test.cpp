@@ -136,6 +136,20 @@ TEST_F(ValidateFilesTest, ProcessesThatAreKilled) {
   for (const int descriptor : {to, null, writers[0], writers[1]}) ::close(descriptor);
 }
 
+// Each process writes a whole trace of its own.
+TEST_F(ValidateFilesTest, TraceOfWorkers) {
+  Validate({"--jobs", "2", "-r", "-q", "--trace", "calls.json", "in"});
+  const std::set<std::string> names = fFolder.Names();
+  EXPECT_GE(names.size(), 3u);  // of the parent, of a worker at least, and the documents
+  for (const std::string& name : names) {
+    if (name == "in") continue;
+    SCOPED_TRACE(name);
+    const std::string trace = fFolder.Content(name);
+    EXPECT_TRUE(trace.starts_with("[\n{\"name\": "));
+    EXPECT_EQ(trace.find("\n]\n"), trace.size() - 3);
+  }
+}
+
 TEST_F(ValidateFilesTest, TheReaderLeaves) {
   int ends[2];
   ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -7,12 +8,15 @@
 #include <csignal>
 #include <map>
 #include <new>
+#include <string_view>
 #include <vector>
 
 #include "base/Failure.h"
+#include "base/Printable.h"
 #include "commands/Command.h"
 #include "commands/declarations/Declarations.h"
 #include "commands/declarations/UsageMessage.h"
+#include "program/Library.h"
 #include "program/Session.h"
 #include "program/Version.h"
 
@@ -78,6 +82,18 @@ std::vector<std::string> Arguments(int argc, char** argv) {
   return {arguments.rbegin(), arguments.rend()};  // CLI11 reads a vector from its end
 }
 
+// A trace is written from the start: a document of the same name would be lost before it is read.
+void CheckTrace(const std::string& path, int argc, char** argv) {
+  struct stat trace {};
+  if (path.empty() || ::stat(path.c_str(), &trace) != 0 || !S_ISREG(trace.st_mode)) return;
+  for (int i = 1; i < argc; ++i) {
+    struct stat file {};
+    if (argv[i - 1] == std::string_view("--trace") || ::stat(argv[i], &file) != 0) continue;
+    if (file.st_dev != trace.st_dev || file.st_ino != trace.st_ino) continue;
+    throw Failure("the trace would replace " + Printable(argv[i]), kExitUsage);
+  }
+}
+
 ExitStatus Run(CLI::App& options, int argc, char** argv, Session& session) {
   try {
     options.parse(Arguments(argc, argv));
@@ -92,6 +108,7 @@ ExitStatus Run(CLI::App& options, int argc, char** argv, Session& session) {
   } catch (const CLI::ParseError& error) {
     throw Failure(UsageMessage(options, error), kExitUsage);
   }
+  CheckTrace(session.TracePath(), argc, argv);
   const ExitStatus status = ChosenCommand(options).Run(session);
   session.Finish();
   return status;
@@ -132,7 +149,8 @@ void EndByClosedPipe() {
 
 int Main(int argc, char** argv) {
   try {
-    return RunInSession(argc, argv);
+    const ExitStatus status = RunInSession(argc, argv);
+    return status == kExitSuccess && IsTraceLost() ? kExitFailure : status;
   } catch (const ClosedPipe&) {
     EndByClosedPipe();
     return kExitFailure;

@@ -12,8 +12,8 @@
 
 namespace KAPHost {
 
-// What a host shows of the calls between itself and its components. Everything is off by default
-// and costs nothing then: the host hands out its procedures as they are. With `fTrace`, `fStacks`,
+// What a host shows of the calls between itself and its components. Everything is off by default;
+// then the host hands out its procedures as they are, and releases read one word more. With `fTrace`, `fStacks`,
 // `fLeaks` or HostOptions::fChecks, every look-up returns a procedure that observes the call first.
 //
 // The environment variable KAPHOST_DEBUG adds to what a program sets, see ParseDebugWords.
@@ -21,8 +21,14 @@ namespace KAPHost {
 // The child of a fork may not use a host that observes calls if the parent has threads in them.
 struct DebugOptions {
   // The file to write the calls to; "-" is standard error, empty means no trace. A name that ends
-  // in ".json" gets trace events that Chrome and Perfetto open, any other a readable text.
+  // in ".json" gets trace events that Chrome and Perfetto open, any other a readable text. "%p" in
+  // the name stands for the number of the process. The first host of a process empties the file,
+  // later ones append to it. A child that was forked since goes on in a file of its own, "FILE.PID"
+  // or "FILE.PID.json"; its calls are not traced if the file is standard error.
   std::string fTrace;
+  // Called once, on any thread, when the trace or the leak list cannot be written to its end. The
+  // default writes the message to std::cerr. Must not throw.
+  std::function<void(const std::string& message)> fOnLost;
   // If not empty: only calls of these interfaces, as they are registered, are traced.
   std::vector<std::string> fInterfaces;
   // If not empty: only calls that these components make or receive are traced. "host" is the host;
@@ -31,7 +37,8 @@ struct DebugOptions {
   // Whether reports and leak reports show the stacks of the calls that they are about.
   bool fStacks = false;
   // The file for the list of what is still held when the host is destroyed; "-" is standard error,
-  // empty means no list. The list names each thing, who holds it and who made it.
+  // empty means no list. The list names each thing, who holds it and who made it. An empty file means
+  // that nothing is held. Further hosts and children of forks write as for `fTrace`.
   std::string fLeaks;
 
   // The interfaces of components that are observed as well. Those of the host always are. A call of

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cxxabi.h>
+
 #include <array>
 #include <atomic>
 #include <bit>
-#include <chrono>
 #include <cstdint>
+#include <memory>
 #include <span>
-#include <string>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -98,13 +99,15 @@ class WatchedCall {
   // The error that a rejected call returns: a new reference.
   KAPError* Refusal() const noexcept;
 
-  // How the call ends. One of them is called once.
+  // The call has ended. To be called once, one of them.
   void Return(const WatchedValue& result) noexcept;
   void Throw() noexcept;
 
  private:
   friend class Watcher;
+  friend struct Site CurrentSite(bool withStack) noexcept;
 
+  const char* FindCaller() const noexcept;
   void End(const WatchedValue* result) noexcept;
 
   class Watcher* fWatcher;  // null: the call is not observed
@@ -116,12 +119,9 @@ class WatchedCall {
   const char* fCaller = "";
   const char* fCallee = "";
   WatchedCall* fOuter = nullptr;
-  unsigned fDepth = 0;  // of the traced calls around it
-  bool fIsTraced = false;
   bool fIsRefused = false;
-  const void* fObject = nullptr;  // whose use is counted until the end
-  std::string fText;              // the arguments
-  std::chrono::steady_clock::time_point fStart;
+  const void* fObject = nullptr;               // whose use is counted until the end
+  std::unique_ptr<struct TraceEntry> fTraced;  // null: not in the trace
 };
 
 // What a value of the type is.
@@ -199,6 +199,8 @@ template <class Result, class... Args>
       call.Return(ValueOf(result));
       return result;
     }
+  } catch (const abi::__forced_unwind&) {
+    throw;  // not an exception: the thread ends
   } catch (...) {
     call.Throw();
     throw;

@@ -54,7 +54,7 @@ struct HostOptions {
   // writes the description to std::cerr. Must not throw.
   std::function<void(const Snapshot& leaked)> fOnLeak;
   // Whether the host reports misuse: calls that use a dead handle or one of another kind, host
-  // memory written past its end or freed twice, two threads in calls whose thread tags forbid it, a
+  // memory written outside of its bytes or freed twice, two threads in calls whose thread tags forbid it, a
   // result place left unset, and both a result and an error. Each report names the procedure, the
   // component and where the thing was made and ended; with DebugOptions::fStacks, with stacks.
   //
@@ -63,7 +63,12 @@ struct HostOptions {
   // time: the object is destroyed once. The second release is reported for an atom, and for another
   // object unless the first one is still destroying it.
   //
-  // Checks take time, and memory: the host keeps the records of destroyed objects until it ends.
+  // "A dead handle": of an atom, error, container or shared buffer. A result place is the first
+  // argument of a procedure that returns an error, if it points to a number or a handle of at least
+  // four bytes; the host writes into it before the call.
+  //
+  // Checks take time, and memory: the host keeps the records of the last 50 000 destroyed objects
+  // and the last 16 MiB of freed blocks. kAutomatic means kPlain then.
   bool fChecks = false;
   // Where small things come from.
   HostMemory fMemory = HostMemory::kAutomatic;
@@ -91,8 +96,8 @@ struct HostOptions {
 // Errors: members that allocate may throw std::bad_alloc.
 class [[nodiscard]] Host {
  public:
-  // Throws std::logic_error when there is a host already, std::runtime_error when the trace that
-  // the options name cannot be written.
+  // Throws std::logic_error when there is a host already, std::runtime_error when the trace or the
+  // leak list that the options name cannot be written.
   explicit Host(HostOptions options = {});
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;

@@ -3,6 +3,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "kap/KAPInterface.h"
 
@@ -18,6 +19,11 @@ struct LiveThing {
   std::string fHolders;  // the components that have references, separated by ", "
   std::string fHistory;  // lines, each indented by two spaces or more: where it was made and taken
 };
+
+// What is held more at the end of a time than at its begin, from the lists of Host::LiveThings: the
+// things made since, and those to which components have more references, with the difference as
+// `fReferences`. So a component that takes a text's atom again and again is found.
+std::vector<LiveThing> HeldMore(const std::vector<LiveThing>& before, std::vector<LiveThing> after);
 
 // Writes `container "POSObjectImpl": 1 reference of Totals` and the history.
 std::ostream& operator<<(std::ostream& out, const LiveThing& thing);

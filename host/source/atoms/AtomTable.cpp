@@ -5,11 +5,12 @@
 
 #include <bit>
 #include <limits>
+#include <memory>
 #include <new>
 #include <utility>
 
 #include "base/Sanitizers.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "heap/Heap.h"
 
 namespace KAPHost {
@@ -136,16 +137,24 @@ void AtomTable::Release(KAPStringAtom& atom, long references) noexcept {
   ReleaseLast(atom, references);
 }
 
-// The quarantine and the dead mark come before the unlock: another thread that wrongly releases the
-// same reference waits for the bucket, and must find the atom dead and its record kept.
 void AtomTable::ReleaseLast(KAPStringAtom& atom, long references) noexcept {
+  IsFollowing() ? RemoveLast<true>(atom, references) : RemoveLast<false>(atom, references);
+}
+
+// The quarantine and the dead mark come before the unlock: another thread that wrongly releases the
+// same reference waits for the bucket, and must find the atom dead and its record kept. What takes
+// long and takes locks of the loader, finding the stack, comes before the lock.
+template <bool kIsFollowed>
+void AtomTable::RemoveLast(KAPStringAtom& atom, long references) noexcept {
   Bucket* emptied = nullptr;
   bool isDead = false;
   bool isKept = false;
+  std::shared_ptr<const Stack> stack;
+  if constexpr (kIsFollowed) stack = StackOfEnd();
   {
     const BucketLock bucket(*this, atom.fHash);
     const long before = atom.fCount.load(std::memory_order_acquire);
-    isDead = before < 0;
+    isDead = kIsFollowed && before < 0;
     if (!isDead) {
       // Nobody else changes a count of only these references: no locked instruction then.
       if (before != references &&
@@ -153,9 +162,11 @@ void AtomTable::ReleaseLast(KAPStringAtom& atom, long references) noexcept {
         return;  // a look-up came first
       }
       emptied = bucket->Remove(atom);
-      isKept = KeepDead(&atom, &FreeAtom, "atom", atom.Text());
-      // Far below zero: references that are added to a dead atom do not revive it.
-      atom.fCount.store(std::numeric_limits<long>::min() / 2, std::memory_order_release);
+      if constexpr (kIsFollowed) {
+        isKept = KeepDeadSlowly(&atom, &FreeAtom, "atom", atom.Text(), std::move(stack));
+        // Far below zero: references that are added to a dead atom do not revive it.
+        atom.fCount.store(std::numeric_limits<long>::min() / 2, std::memory_order_release);
+      }
     }
   }
   if (isDead) return ReportDead(&atom, "release");

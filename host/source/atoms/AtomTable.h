@@ -120,6 +120,8 @@ class AtomTable {
 
   KAPStringAtom* Add(Bucket& bucket, KAPStringAtom& atom) noexcept;
   void ReleaseLast(KAPStringAtom& atom, long references) noexcept;
+  template <bool kIsFollowed>
+  void RemoveLast(KAPStringAtom& atom, long references) noexcept;
   bool IsCrowded(unsigned shard) const noexcept;
   void Grow(unsigned shard) noexcept;
   static unsigned SizeLog(const Array& array) noexcept {

@@ -3,14 +3,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include "accounting/Resources.h"
-#include "checks/Quarantine.h"
 #include "checks/ThreadTags.h"
 #include "errors/Errors.h"
-#include "trace/ThreadState.h"
-#include "trace/Values.h"
+#include "quarantine/Quarantine.h"
+#include "sites/ThreadState.h"
+#include "sites/Values.h"
 
 namespace KAPHost {
 
@@ -19,23 +20,22 @@ namespace {
 // What a result place holds before the call. Not a likely result.
 constexpr unsigned char kUnset = 0xE5;
 
-const char* Verb(const CheckedCall& call) {
-  if (std::string_view(call.fMethod) == "AddRef") return "AddRef";
-  return call.fTraits.fNoOpUnbound ? "release" : "use";
+const char* Verb(const ObservedCall& call) {
+  if (std::string_view(call.fMethod.fMethod) == "AddRef") return "AddRef";
+  return call.fMethod.fReleases ? "release" : "use";
 }
 
-bool IsPlace(const CheckedCall& call) {
-  return !call.fArguments.empty() && call.fArguments[0].fKind == ValueKind::kPlace &&
-         call.fArguments[0].fBits != 0;
-}
+// Any value of few bytes may be a result.
+bool IsFilled(const WatchedValue& place) { return place.fSize >= 4; }
 
 bool IsUnset(const WatchedValue& place) {
   const auto* const bytes = place.As<const unsigned char*>();
-  return std::all_of(bytes, bytes + place.fSize, [](auto byte) { return byte == kUnset; });
+  return IsFilled(place) &&
+         std::all_of(bytes, bytes + place.fSize, [](auto byte) { return byte == kUnset; });
 }
 
 // The object that a thread tag is about: the first that the call gets.
-const void* ObjectOf(const CheckedCall& call) {
+const void* ObjectOf(const ObservedCall& call) {
   for (const WatchedValue& value : call.fArguments) {
     const bool isObject = value.fKind == ValueKind::kContainer ||
                           value.fKind == ValueKind::kBuffer || value.fKind == ValueKind::kPointer;
@@ -63,7 +63,7 @@ const char* SingularOf(KAPResource resource) {
 
 }  // namespace
 
-void Checker::CheckHandle(const CheckedCall& call, const WatchedValue& value, Findings& findings,
+void Checker::CheckHandle(const ObservedCall& call, const WatchedValue& value, Findings& findings,
                           bool& refused) const {
   const KAPResource wanted = ResourceOf(value.fKind);
   const void* const handle = value.As<const void*>();
@@ -85,8 +85,9 @@ void Checker::CheckHandle(const CheckedCall& call, const WatchedValue& value, Fi
   }
 }
 
-void Checker::CheckThread(const CheckedCall& call, Findings& findings, const void*& object) {
-  switch (ThreadTagOf(call.fInterface, call.fMethod)) {
+void Checker::CheckThread(const ObservedCall& call, Findings& findings, const void*& object) {
+  // Streams and the like are registered under names of their own.
+  switch (ThreadTagOf(call.fMethod.fInterface, call.fMethod.fMethod)) {
     case ThreadTag::kAny:
       break;
     case ThreadTag::kSharedRead:
@@ -107,7 +108,7 @@ void Checker::CheckThread(const CheckedCall& call, Findings& findings, const voi
 }
 
 // An object may be used in calls inside of each other on one thread.
-void Checker::BeginUse(const CheckedCall& call, bool isExclusive, Findings& findings,
+void Checker::BeginUse(const ObservedCall& call, bool isExclusive, Findings& findings,
                        const void*& object) {
   const void* const used = ObjectOf(call);
   if (!used) return;
@@ -128,17 +129,19 @@ void Checker::BeginUse(const CheckedCall& call, bool isExclusive, Findings& find
                       object, DescribeSite("also used", other)});
 }
 
-Checker::Findings Checker::Begin(const CheckedCall& call, bool& refused, const void*& object) {
+Checker::Findings Checker::Begin(const ObservedCall& call, bool& refused, const void*& object) {
   Findings findings;
   tReportedDead = nullptr;
   for (const WatchedValue& value : call.fArguments) CheckHandle(call, value, findings, refused);
-  CheckThread(call, findings, object);
-  if (IsPlace(call)) std::memset(call.fArguments[0].As<void*>(), kUnset, call.fArguments[0].fSize);
+  if (!refused) CheckThread(call, findings, object);
+  if (const WatchedValue* const place = call.Place(); place && (refused || IsFilled(*place))) {
+    std::memset(place->As<void*>(), refused ? 0 : kUnset, place->fSize);
+  }
   return findings;
 }
 
-void Checker::CheckPlace(const CheckedCall& call, const WatchedValue& result, Findings& findings) {
-  const WatchedValue& place = call.fArguments[0];
+void Checker::CheckPlace(const WatchedValue& place, const WatchedValue& result,
+                         Findings& findings) const {
   const bool isError = result.fBits != 0;
   if (IsUnset(place)) {
     findings.push_back({isError ? "a procedure returned an error and left its result place unset"
@@ -146,35 +149,67 @@ void Checker::CheckPlace(const CheckedCall& call, const WatchedValue& result, Fi
     std::memset(place.As<void*>(), 0, place.fSize);
   } else if (isError && ValueAt(place).fBits != 0) {
     findings.push_back({"a procedure returned both a result and an error"});
+  } else if (!isError) {
+    CheckResult(ValueAt(place), findings);
   }
 }
 
-void Checker::CheckResult(const WatchedValue& result, Findings& findings) const {
-  if (ResourceOf(result.fKind) == KAPResource::kNothing || result.fBits == 0) return;
-  const void* const handle = result.As<const void*>();
-  if (fLedger.Find(handle).fState != Ledger::State::kDead) return;
-  findings.push_back({"a procedure returned a dead " + fLedger.NameOf(handle), handle});
+bool Checker::IsUsable(const WatchedValue& value) const {
+  const KAPResource wanted = ResourceOf(value.fKind);
+  const void* const handle = value.As<const void*>();
+  if (wanted == KAPResource::kNothing || !handle) return true;
+  if (wanted == KAPResource::kError && IsCoreError(*value.As<const KAPError*>())) return true;
+  const auto [state, resource] = fLedger.Find(handle);
+  return state == Ledger::State::kUnknown ? AcceptsUnknown(wanted)
+                                          : state == Ledger::State::kAlive && resource == wanted;
 }
 
-Checker::Findings Checker::End(const CheckedCall& call, const WatchedValue* result,
-                               const void* object) {
+// A handle of the host itself is new to the ledger.
+void Checker::CheckResult(const WatchedValue& result, Findings& findings) const {
+  if (IsUsable(result)) return;
+  const void* const handle = result.As<const void*>();
+  const char* const wanted = SingularOf(ResourceOf(result.fKind));
+  const auto [state, resource] = fLedger.Find(handle);
+  if (state == Ledger::State::kUnknown) {
+    findings.push_back({std::string("what a procedure returned as ") + wanted + " is not one"});
+  } else if (state == Ledger::State::kDead) {
+    findings.push_back({"a procedure returned a dead " + fLedger.NameOf(handle), handle});
+  } else {
+    findings.push_back(
+        {"a procedure returned " + Article(fLedger.NameOf(handle)) + " as " + wanted, handle});
+  }
+}
+
+Checker::Findings Checker::End(const ObservedCall& call, const WatchedValue* result) const {
   Findings findings;
   tReportedDead = nullptr;
-  if (object) {
-    const std::lock_guard lock(fMutex);
-    const auto uses = fUses.find(object);
-    const auto mine = std::find_if(uses->second.begin(), uses->second.end(),
-                                   [](const Use& use) { return use.fThread == ThreadNumber(); });
-    uses->second.erase(mine);
-    if (uses->second.empty()) fUses.erase(uses);
-  }
   if (!result) {
-    if (!call.fTraits.fThrows) findings.push_back({"an exception left a procedure"});
+    if (!call.fMethod.fThrows) findings.push_back({"an exception left a procedure"});
+    return findings;
+  }
+  const WatchedValue* const place = call.Place();
+  const bool mayPlace = place && result->fKind == ValueKind::kError;
+  if (call.fIsHosts) {
+    if (mayPlace && IsUnset(*place)) CheckPlace(*place, *result, findings);
     return findings;
   }
   CheckResult(*result, findings);
-  if (IsPlace(call) && result->fKind == ValueKind::kError) CheckPlace(call, *result, findings);
+  if (mayPlace) CheckPlace(*place, *result, findings);
   return findings;
+}
+
+void Checker::EndUse(const void* object) noexcept {
+  const std::lock_guard lock(fMutex);
+  const auto uses = fUses.find(object);
+  const auto mine = std::find_if(uses->second.rbegin(), uses->second.rend(),
+                                 [](const Use& use) { return use.fThread == ThreadNumber(); });
+  uses->second.erase(std::next(mine).base());
+  if (uses->second.empty()) fUses.erase(uses);
+}
+
+void Checker::ForgetBinding(const char* component) {
+  const std::lock_guard lock(fMutex);
+  fBindingThreads.erase(component);
 }
 
 }  // namespace KAPHost

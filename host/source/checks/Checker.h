@@ -4,25 +4,14 @@
 #include <map>
 #include <mutex>
 #include <set>
-#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "checks/Ledger.h"
-#include "kaphost/Declared.h"
+#include "checks/ObservedCall.h"
 
 namespace KAPHost {
-
-// What the checks know of a call.
-struct CheckedCall {
-  const char* fInterface;
-  const char* fMethod;
-  KAP_T_MT::KAPTraits fTraits;
-  const char* fCaller;
-  bool fIsHosts;  // the procedure is the host's own
-  std::span<const WatchedValue> fArguments;
-};
 
 // The misuse that shows in the arguments, the threads and the results of calls. Thread-safe.
 class Checker {
@@ -43,9 +32,18 @@ class Checker {
 
   // Before the call. Sets `refused` when the host must not look at an argument, which is not the
   // handle that the procedure takes, and `object` when the use of an object ends with the call.
-  Findings Begin(const CheckedCall& call, bool& refused, const void*& object);
-  // After it. `result` is null when the call threw.
-  Findings End(const CheckedCall& call, const WatchedValue* result, const void* object);
+  // Fills the result place, or clears it when the call is refused.
+  Findings Begin(const ObservedCall& call, bool& refused, const void*& object);
+  // After a call that was not refused. `result` is null when it threw.
+  Findings End(const ObservedCall& call, const WatchedValue* result) const;
+  // However the call has ended.
+  void EndUse(const void* object) noexcept;
+
+  // The next thread that makes a call for binding threads is the component's new one.
+  void ForgetBinding(const char* component);
+
+  // Whether a handle may be looked at: it is alive, and of the kind that the value has.
+  bool IsUsable(const WatchedValue& value) const;
 
  private:
   struct Use {
@@ -54,12 +52,13 @@ class Checker {
     Site fSite;
   };
 
-  void CheckHandle(const CheckedCall& call, const WatchedValue& value, Findings& findings,
+  void CheckHandle(const ObservedCall& call, const WatchedValue& value, Findings& findings,
                    bool& refused) const;
-  void CheckThread(const CheckedCall& call, Findings& findings, const void*& object);
-  void BeginUse(const CheckedCall& call, bool isExclusive, Findings& findings, const void*& object);
+  void CheckThread(const ObservedCall& call, Findings& findings, const void*& object);
+  void BeginUse(const ObservedCall& call, bool isExclusive, Findings& findings,
+                const void*& object);
   void CheckResult(const WatchedValue& result, Findings& findings) const;
-  static void CheckPlace(const CheckedCall& call, const WatchedValue& result, Findings& findings);
+  void CheckPlace(const WatchedValue& place, const WatchedValue& result, Findings& findings) const;
 
   const Ledger& fLedger;
   std::set<KAPResource> fAccepted;
@@ -67,21 +66,5 @@ class Checker {
   std::unordered_map<const void*, std::vector<Use>> fUses;
   std::map<std::string, Site> fBindingThreads;  // by component
 };
-
-// The kind of counted things that a handle refers to; kNothing for other values.
-constexpr KAPResource ResourceOf(ValueKind kind) noexcept {
-  switch (kind) {
-    case ValueKind::kAtom:
-      return KAPResource::kAtom;
-    case ValueKind::kError:
-      return KAPResource::kError;
-    case ValueKind::kContainer:
-      return KAPResource::kContainer;
-    case ValueKind::kBuffer:
-      return KAPResource::kBuffer;
-    default:
-      return KAPResource::kNothing;
-  }
-}
 
 }  // namespace KAPHost

@@ -6,9 +6,9 @@
 #include <deque>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "accounting/Accounting.h"
@@ -16,21 +16,37 @@
 #include "checks/Misuse.h"
 #include "heap/Heap.h"
 #include "kap/KAPMemoryInterface.h"
+#include "quarantine/Quarantine.h"
 
 namespace KAPHost {
 
 namespace {
 
-constexpr std::size_t kGuardSize = 16;
+constexpr std::size_t kGuardSize = 16;  // on each side; keeps the alignment
 constexpr unsigned char kGuard = 0xFB;
 constexpr unsigned char kFreed = 0xDD;
 constexpr std::size_t kMostFreed = std::size_t{16} << 20;  // bytes kept after their Free
+constexpr std::size_t kRecordSize = 640;                   // of the ledger and here, about
+
+// The bytes of a component.
+struct Block {
+  unsigned char* fBytes;
+  std::size_t fSize;
+  unsigned fHost;  // the number of the host that made it
+
+  unsigned char* Start() const { return fBytes - kGuardSize; }
+  unsigned char* End() const { return fBytes + fSize; }
+  std::size_t WholeSize() const { return fSize + 2 * kGuardSize; }
+  std::string Name() const { return "block of " + std::to_string(fSize) + " bytes"; }
+};
 
 struct Blocks {
   std::mutex fMutex;
-  std::unordered_map<const void*, std::size_t> fLive;
-  std::deque<std::pair<unsigned char*, std::size_t>> fFreed;
+  std::unordered_map<const void*, Block> fLive;
+  std::deque<Block> fFreed;
   std::size_t fFreedBytes = 0;
+  unsigned fHost = 0;
+  bool fHasPlain = false;
 };
 
 // Of the process: components may hold blocks longer than a host lives.
@@ -43,158 +59,173 @@ bool Holds(const unsigned char* bytes, std::size_t size, unsigned char value) {
   return std::all_of(bytes, bytes + size, [=](unsigned char byte) { return byte == value; });
 }
 
-bool IsIntact(const void* block, std::size_t size) {
-  return Holds(static_cast<const unsigned char*>(block) + size, kGuardSize, kGuard);
+void CheckGuards(const Block& block) {
+  const bool isBeforeIntact = Holds(block.Start(), kGuardSize, kGuard);
+  const bool isAfterIntact = Holds(block.End(), kGuardSize, kGuard);
+  if (!isBeforeIntact) {
+    ReportMisuse("a " + block.Name() + " was written before its start", block.fBytes);
+  }
+  if (!isAfterIntact) {
+    ReportMisuse("a " + block.Name() + " was written past its end", block.fBytes);
+  }
 }
 
-void CheckGuard(const void* block, std::size_t size) {
-  if (IsIntact(block, size)) return;
-  ReportMisuse("a block of " + std::to_string(size) + " bytes was written past its end", block);
+void CheckFreed(const Block& block) {
+  if (Holds(block.Start(), block.WholeSize(), kFreed)) return;
+  ReportMisuse("a " + block.Name() + " was written after it was freed", block.fBytes);
 }
 
-void CheckFreed(const unsigned char* block, std::size_t size) {
-  if (Holds(block, size + kGuardSize, kFreed)) return;
-  ReportMisuse("a block of " + std::to_string(size) + " bytes was written after it was freed",
-               block);
+// A live block, which is taken out of the list.
+std::optional<Block> TakeOut(const void* block) {
+  Blocks& blocks = TheBlocks();
+  const std::lock_guard lock(blocks.fMutex);
+  const auto entry = blocks.fLive.extract(block);
+  return entry ? std::optional(entry.mapped()) : std::nullopt;
 }
 
-// The size of a live block, which is taken out of the list; false when it is not one.
-bool TakeOut(const void* block, std::size_t& size) {
+std::optional<Block> Find(const void* block) {
   Blocks& blocks = TheBlocks();
   const std::lock_guard lock(blocks.fMutex);
   const auto found = blocks.fLive.find(block);
-  if (found == blocks.fLive.end()) return false;
-  size = found->second;
-  blocks.fLive.erase(found);
-  return true;
+  return found != blocks.fLive.end() ? std::optional(found->second) : std::nullopt;
 }
 
-void GiveBack(unsigned char* block, std::size_t size) {
-  CheckFreed(block, size);
-  ForgetThing(block);
-  Deallocate(block);
+void GiveBack(const Block& block) {
+  CheckFreed(block);
+  ForgetThing(block.fBytes);
+  Deallocate(block.Start());
 }
 
-void* Alloc(std::size_t size) noexcept {
-  if (size > ~std::size_t{0} - kGuardSize) return nullptr;
-  auto* const block = static_cast<unsigned char*>(Allocate(size + kGuardSize));
-  if (!block) return nullptr;
-  std::memset(block + size, kGuard, kGuardSize);
-  try {
-    Blocks& blocks = TheBlocks();
-    std::size_t former = 0;
-    if (TakeOut(block, former)) {
-      ReportMisuse(
-          "a block of " + std::to_string(former) + " bytes was freed without the host's Free",
-          block);
-    }
-    const std::lock_guard lock(blocks.fMutex);
-    blocks.fLive.emplace(block, size);
-  } catch (const std::bad_alloc&) {
-    Deallocate(block);
-    return nullptr;
-  }
-  Count(KAPResource::kBlock, 1, static_cast<long>(UsableSize(block)));
-  NoteThing(KAPResource::kBlock, block);
+// Of a host that has no ledger, or of a former one.
+void* PlainAlloc(std::size_t size) noexcept {
+  void* const block = Allocate(size);
+  if (block) Count(KAPResource::kBlock, 1, static_cast<long>(UsableSize(block)));
   return block;
 }
 
-// The block stays in memory for a while, filled with a pattern.
-void Retire(unsigned char* block, std::size_t size) {
-  CheckGuard(block, size);
+void PlainFree(void* block) noexcept {
   Count(KAPResource::kBlock, -1, -static_cast<long>(UsableSize(block)));
-  EndThing(block, "block of " + std::to_string(size) + " bytes");
-  std::memset(block, kFreed, size + kGuardSize);
-  std::vector<std::pair<unsigned char*, std::size_t>> old;
+  Deallocate(block);
+}
+
+bool TakesPlain() noexcept { return !HasMisuseChecks() || TheBlocks().fHasPlain; }
+
+void* Alloc(std::size_t size) noexcept {
+  if (!IsFollowing()) return PlainAlloc(size);
+  if (size > ~std::size_t{0} - 2 * kGuardSize) return nullptr;
+  auto* const start = static_cast<unsigned char*>(Allocate(size + 2 * kGuardSize));
+  if (!start) return nullptr;
+  Blocks& blocks = TheBlocks();
+  const Block block = {start + kGuardSize, size, blocks.fHost};
+  std::memset(block.Start(), kGuard, kGuardSize);
+  std::memset(block.End(), kGuard, kGuardSize);
+  try {
+    {
+      const std::lock_guard lock(blocks.fMutex);
+      blocks.fLive.emplace(block.fBytes, block);
+    }
+    NoteThing(KAPResource::kBlock, block.fBytes, block.Name());
+  } catch (const std::bad_alloc&) {
+    TakeOut(block.fBytes);
+    Deallocate(start);
+    return nullptr;
+  }
+  Count(KAPResource::kBlock, 1, static_cast<long>(size));
+  return block.fBytes;
+}
+
+// The block stays in memory for a while, filled with a pattern.
+void Retire(const Block& block) {
+  CheckGuards(block);
+  EndThing(block.fBytes, block.Name());
+  std::memset(block.Start(), kFreed, block.WholeSize());
+  std::vector<Block> old;
   {
     Blocks& blocks = TheBlocks();
     const std::lock_guard lock(blocks.fMutex);
-    blocks.fFreed.emplace_back(block, size);
-    blocks.fFreedBytes += size;
+    blocks.fFreed.push_back(block);
+    blocks.fFreedBytes += block.WholeSize() + kRecordSize;
     while (blocks.fFreedBytes > kMostFreed) {
       old.push_back(blocks.fFreed.front());
       blocks.fFreed.pop_front();
-      blocks.fFreedBytes -= old.back().second;
+      blocks.fFreedBytes -= old.back().WholeSize() + kRecordSize;
     }
   }
-  for (const auto& [oldBlock, oldSize] : old) GiveBack(oldBlock, oldSize);
+  for (const Block& one : old) GiveBack(one);
 }
 
-void Free(void* block) noexcept {
-  if (!block) return;
+void Free(void* bytes) noexcept {
+  if (!bytes) return;
   try {
-    std::size_t size = 0;
-    const bool isHeld = TakeOut(block, size);
-    if (!HasMisuseChecks()) {
-      Count(KAPResource::kBlock, -1, -static_cast<long>(UsableSize(block)));
-      ForgetThing(block);
-      Deallocate(block);
-    } else if (!isHeld) {
-      ReportMisuse(IsDeadThing(block) ? "Free of a block that is already freed"
-                                      : "Free of memory that is not the host's",
-                   block);
-    } else {
-      Retire(static_cast<unsigned char*>(block), size);
+    const auto block = TakeOut(bytes);
+    if (!block) {
+      if (TakesPlain() && !IsDeadThing(bytes)) return PlainFree(bytes);
+      return ReportMisuse(IsDeadThing(bytes) ? "Free of a block that is already freed"
+                                             : "Free of memory that is not the host's",
+                          bytes);
     }
+    Count(KAPResource::kBlock, -1, -static_cast<long>(block->fSize));
+    if (HasMisuseChecks()) return Retire(*block);
+    ForgetThing(bytes);
+    Deallocate(block->Start());
   } catch (const std::bad_alloc&) {
     // The block is lost: remembering it takes memory as well.
   }
 }
 
-// Without checks, blocks of a former host count too.
-std::size_t GetBlockSize(void* block) noexcept {
-  return IsGuarded(block) || HasMisuseChecks() ? GuardedSize(block) : UsableSize(block);
+std::size_t GetBlockSize(void* bytes) noexcept {
+  if (const auto block = Find(bytes)) return block->fSize;
+  return bytes && TakesPlain() ? UsableSize(bytes) : 0;
 }
 
-// Always moves: a pointer to the former place is then found out.
-void* Realloc(void* block, std::size_t size) noexcept {
-  if (!block) return Alloc(size);
-  const std::size_t before = GetBlockSize(block);
-  if (HasMisuseChecks() && !IsGuarded(block)) {
-    ReportMisuse(IsDeadThing(block) ? "Realloc of a block that is already freed"
+// Always moves, so that a use of the old pointer is detected.
+void* Realloc(void* bytes, std::size_t size) noexcept {
+  if (!bytes) return Alloc(size);
+  if (!Find(bytes) && (!TakesPlain() || IsDeadThing(bytes))) {
+    ReportMisuse(IsDeadThing(bytes) ? "Realloc of a block that is already freed"
                                     : "Realloc of memory that is not the host's",
-                 block);
+                 bytes);
     return nullptr;
   }
+  const std::size_t before = GetBlockSize(bytes);
   void* const moved = Alloc(size);
   if (!moved) return nullptr;
-  std::memcpy(moved, block, std::min(before, size));
-  Free(block);
+  std::memcpy(moved, bytes, std::min(before, size));
+  Free(bytes);
   return moved;
 }
 
 }  // namespace
 
-bool IsGuarded(const void* block) noexcept {
+std::size_t GuardedBlocks() noexcept {
   Blocks& blocks = TheBlocks();
   const std::lock_guard lock(blocks.fMutex);
-  return blocks.fLive.contains(block);
+  return blocks.fLive.size();
 }
 
-std::size_t GuardedSize(const void* block) noexcept {
+void RegisterGuardedMemory(Binder& binder, bool hasPlainBlocks) {
   Blocks& blocks = TheBlocks();
-  const std::lock_guard lock(blocks.fMutex);
-  const auto found = blocks.fLive.find(block);
-  return found == blocks.fLive.end() ? 0 : found->second;
-}
-
-void RegisterGuardedMemory(Binder& binder) {
+  ++blocks.fHost;
+  blocks.fHasPlain = hasPlainBlocks;
   RegisterProcs<KAP_T_MT::KAPMemoryInterface, &Alloc, &Realloc, &Free, &GetBlockSize>(binder);
 }
 
 void EndGuardedMemory() noexcept {
+  if (!HasMisuseChecks()) return;
   try {
     Blocks& blocks = TheBlocks();
-    std::deque<std::pair<unsigned char*, std::size_t>> freed;
-    std::unordered_map<const void*, std::size_t> live;
+    std::deque<Block> freed;
+    std::vector<Block> live;
     {
       const std::lock_guard lock(blocks.fMutex);
       freed.swap(blocks.fFreed);
       blocks.fFreedBytes = 0;
-      live = blocks.fLive;
+      for (const auto& [bytes, block] : blocks.fLive) {
+        if (block.fHost == blocks.fHost) live.push_back(block);
+      }
     }
-    for (const auto& [block, size] : freed) GiveBack(block, size);
-    for (const auto& [block, size] : live) CheckGuard(block, size);
+    for (const Block& block : freed) GiveBack(block);
+    for (const Block& block : live) CheckGuards(block);
   } catch (const std::bad_alloc&) {
   }
 }

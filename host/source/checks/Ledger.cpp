@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <numeric>
 #include <ostream>
+#include <utility>
 
 #include "atoms/Atom.h"
-#include "checks/GuardedMemory.h"
+#include "base/Quoted.h"
 #include "containers/Containers.h"
 #include "errors/Errors.h"
-#include "trace/Values.h"
 
 namespace KAPHost {
 
@@ -24,29 +24,42 @@ long Ledger::References(const Thing& thing) {
                          [](long sum, const Holder& holder) { return sum + holder.fReferences; });
 }
 
-void Ledger::Take(KAPResource resource, const void* address, const char* component) {
+void Ledger::Take(KAPResource resource, const void* address, const char* component,
+                  const std::string& what) {
   const Site here = Here();
   const std::lock_guard lock(fMutex);
   const auto [entry, isNew] = fThings.try_emplace(address);
   Thing& thing = entry->second;
-  if (isNew || thing.fIsDead || thing.fResource != resource) {
-    thing = Thing{.fResource = resource, .fNumber = ++fLast, .fMade = here};
+  // The table of atoms keeps a text for a while after its last use, and the host for its own uses.
+  const bool isReused = resource == KAPResource::kAtom && !isNew && References(thing) <= 0;
+  if (isNew || thing.fIsDead || thing.fResource != resource || isReused) {
+    thing = Thing{.fResource = resource, .fNumber = ++fLast, .fWhat = what, .fMade = here};
   }
   Holder& holder = HolderOf(thing, component);
   ++holder.fReferences;
   holder.fTaken = here;
 }
 
-void Ledger::Release(const void* address, const char* component) {
+bool Ledger::Release(const void* address, const char* component) {
+  const std::lock_guard lock(fMutex);
+  const auto entry = fThings.find(address);
+  if (entry == fThings.end() || entry->second.fIsDead) return true;
+  --HolderOf(entry->second, component).fReferences;
+  return References(entry->second) >= 0;
+}
+
+void Ledger::ReleaseIfHeld(const void* address, const char* component) {
   const std::lock_guard lock(fMutex);
   const auto entry = fThings.find(address);
   if (entry == fThings.end() || entry->second.fIsDead) return;
-  --HolderOf(entry->second, component).fReferences;
-  if (!fOptions.fKeepsDead && References(entry->second) <= 0) fThings.erase(entry);
+  for (Holder& holder : entry->second.fHolders) {
+    if (holder.fComponent == component && holder.fReferences > 0) --holder.fReferences;
+  }
 }
 
-void Ledger::End(const void* address, const std::string& what) {
-  Site here = Here();
+void Ledger::End(const void* address, const std::string& what, std::shared_ptr<const Stack> stack) {
+  Site here = CurrentSite(false);
+  here.fStack = std::move(stack);
   const std::lock_guard lock(fMutex);
   const auto entry = fThings.find(address);
   if (entry == fThings.end()) return;
@@ -69,7 +82,7 @@ Ledger::Found Ledger::Find(const void* address) const {
 }
 
 std::string Ledger::Name(const Thing& thing, const void* address) {
-  if (thing.fIsDead) return thing.fWhat;
+  if (!thing.fWhat.empty()) return thing.fWhat;
   switch (thing.fResource) {
     case KAPResource::kAtom:
       return "atom " + Quoted(static_cast<const KAPStringAtom*>(address)->Text());
@@ -79,8 +92,6 @@ std::string Ledger::Name(const Thing& thing, const void* address) {
       const char* const signature = static_cast<const KAPContainer*>(address)->fSignature;
       return signature ? "container " + Quoted(signature) : "container";
     }
-    case KAPResource::kBlock:
-      return "block of " + std::to_string(GuardedSize(address)) + " bytes";
     default:
       return "buffer";
   }
@@ -141,6 +152,15 @@ std::vector<LiveThing> Ledger::Live(unsigned long since) const {
 unsigned long Ledger::Last() const {
   const std::lock_guard lock(fMutex);
   return fLast;
+}
+
+std::vector<LiveThing> HeldMore(const std::vector<LiveThing>& before,
+                                std::vector<LiveThing> after) {
+  std::unordered_map<unsigned long, long> references;
+  for (const LiveThing& thing : before) references[thing.fNumber] = thing.fReferences;
+  for (LiveThing& thing : after) thing.fReferences -= references[thing.fNumber];
+  std::erase_if(after, [](const LiveThing& thing) { return thing.fReferences <= 0; });
+  return after;
 }
 
 std::ostream& operator<<(std::ostream& out, const LiveThing& thing) {

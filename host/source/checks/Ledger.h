@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -11,7 +12,7 @@
 
 #include "kap/KAPInterface.h"
 #include "kaphost/Live.h"
-#include "trace/Site.h"
+#include "sites/Site.h"
 
 namespace KAPHost {
 
@@ -29,20 +30,21 @@ using KAP_T_MT::KAPResource;
 // Thread-safe.
 class Ledger {
  public:
-  struct Options {
-    bool fStacks;
-    bool fKeepsDead;  // records of dead things stay, as the quarantine keeps the things themselves
-  };
-  explicit Ledger(Options options) : fOptions(options) {}
+  explicit Ledger(bool stacks) : fStacks(stacks) {}
   Ledger(const Ledger&) = delete;
   Ledger& operator=(const Ledger&) = delete;
 
   // `component` has one reference more to a thing, which is new if the ledger does not know it.
-  void Take(KAPResource resource, const void* thing, const char* component);
-  // A component has one reference less.
-  void Release(const void* thing, const char* component);
+  // `what` describes a thing that does not tell its name itself.
+  void Take(KAPResource resource, const void* thing, const char* component,
+            const std::string& what = {});
+  // A component has one reference less. False when components have fewer than none together: the
+  // host holds what they release.
+  bool Release(const void* thing, const char* component);
+  // The same if it has any.
+  void ReleaseIfHeld(const void* thing, const char* component);
   // The thing ends now. `what` describes it in reports: `container "Name"`.
-  void End(const void* thing, const std::string& what);
+  void End(const void* thing, const std::string& what, std::shared_ptr<const Stack> stack);
 
   // The address means nothing from now on.
   void Forget(const void* thing);
@@ -64,7 +66,8 @@ class Ledger {
   // The number of the thing made last.
   unsigned long Last() const;
 
-  Site Here() const noexcept { return CurrentSite(fOptions.fStacks); }
+  Site Here() const noexcept { return CurrentSite(fStacks); }
+  bool HasStacks() const noexcept { return fStacks; }
 
  private:
   struct Holder {
@@ -76,7 +79,7 @@ class Ledger {
     KAPResource fResource = KAPResource::kNothing;
     unsigned long fNumber = 0;
     bool fIsDead = false;
-    std::string fWhat = {};  // once dead
+    std::string fWhat = {};  // of a block, and once dead
     Site fMade = {};
     Site fEnded = {};
     std::vector<Holder> fHolders = {};
@@ -86,7 +89,7 @@ class Ledger {
   static long References(const Thing& thing);
   static std::string Name(const Thing& thing, const void* address);
 
-  const Options fOptions;
+  const bool fStacks;
   mutable std::mutex fMutex;
   std::unordered_map<const void*, Thing> fThings;
   unsigned long fLast = 0;

@@ -19,7 +19,7 @@ bool HasMisuseChecks() noexcept;
 void ReportMisuse(const std::string& headline, const void* thing) noexcept;
 
 // A thing of the caller of the call under way; its end; and that its address means nothing now.
-void NoteThing(KAPResource resource, const void* thing) noexcept;
+void NoteThing(KAPResource resource, const void* thing, const std::string& what) noexcept;
 void EndThing(const void* thing, const std::string& what) noexcept;
 void ForgetThing(const void* thing) noexcept;
 bool IsDeadThing(const void* thing) noexcept;

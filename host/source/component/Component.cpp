@@ -5,7 +5,10 @@
 
 #include <utility>
 
+#include "base/Current.h"
+#include "base/Modules.h"
 #include "component/Library.h"
+#include "trace/Watcher.h"
 
 namespace KAPHost {
 
@@ -74,6 +77,9 @@ void Component::Terminate() {
   if (!fLibrary || (fLibrary->fState != Library::State::kIdle && !IsInTurn())) return;
   fLibrary->fState = Library::State::kIdle;
   fTerminate();
+  if (Watcher* const watcher = Current<Watcher>()) {
+    watcher->ForgetBinding(NameOfCodeAt(reinterpret_cast<const void*>(fTerminate)));
+  }
 }
 
 }  // namespace KAPHost

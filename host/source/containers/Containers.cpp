@@ -7,7 +7,7 @@
 
 #include "accounting/Accounting.h"
 #include "base/Reports.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "heap/Heap.h"
 
 namespace KAPHost {
@@ -61,13 +61,13 @@ constinit const ContainerType kDeadType = {
 
 // Keeps the record with nothing in it: no instance, no names, no stream.
 [[gnu::cold]] void Bury(KAPContainer& container) noexcept {
-  const char* const signature = std::exchange(container.fSignature, nullptr);
+  const bool isKept = KeepDead(&container, &FreeRecord, "container", container.fSignature);
+  container.fSignature = nullptr;
   container.fPrimary = nullptr;
   container.fType = &kDeadType;
   container.fEquipment = nullptr;
   // First kept, then marked: a release that sees the mark finds the record.
-  KeepDead(&container, &FreeRecord, "container", signature) ? container.fCount.Bury()
-                                                            : FreeRecord(&container);
+  isKept ? container.fCount.Bury() : FreeRecord(&container);
 }
 
 // Returns the original of a clone; the caller releases a reference to it.
@@ -76,7 +76,7 @@ KAPContainer* Destroy(KAPContainer& container, long references) noexcept {
   if (container.fType->fDelete) container.fType->fDelete(container.fPrimary);
   const std::unique_ptr<ContainerEquipment> equipment(container.fEquipment);
   Count(container.fType->fSlot, -1, -references);
-  IsChecking() ? Bury(container) : FreeRecord(&container);
+  IsFollowing() ? Bury(container) : FreeRecord(&container);
   return equipment ? equipment->Original() : nullptr;
 }
 

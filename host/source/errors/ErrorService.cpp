@@ -13,7 +13,7 @@
 #include "base/RefCount.h"
 #include "base/Reports.h"
 #include "binder/Registration.h"
-#include "checks/Quarantine.h"
+#include "quarantine/Quarantine.h"
 #include "errors/Errors.h"
 #include "kap/KAPErrorInterface.h"
 
@@ -91,15 +91,13 @@ void Destroy(KAPError& error) noexcept {
     gErrors.Remove(error);
   }
   if (error.fFreeClientData) error.fFreeClientData(error.fClientData);
+  const bool isKept = KeepDead(&error, &FreeRecord, "error",
+                               error.fMessage ? error.fMessage->Text() : nullptr);
   KAPStringAtom* const message = std::exchange(error.fMessage, nullptr);
   KAPStringAtom* const component = std::exchange(error.fComponent, nullptr);
   error.fClientData = nullptr;
   // First kept, then marked: a release that sees the mark finds the record.
-  if (KeepDead(&error, &FreeRecord, "error", message ? message->Text() : nullptr)) {
-    error.fCount.Bury();
-  } else {
-    FreeRecord(&error);
-  }
+  isKept ? error.fCount.Bury() : FreeRecord(&error);
   gAtoms.Release(message);
   gAtoms.Release(component);
 }
@@ -187,6 +185,7 @@ KAPError* SystemError(const char* action, const char* path, int number) noexcept
 
 void ReportError(KAPError* error) noexcept {
   if (!error) return;
+  if (IsFollowing()) NoteHostReleased(*error);
   KAPStringAtom* message = GetErrorMessage(error);
   Report(message ? message->Text() : "(an error without a message)");
   gAtoms.Release(message);

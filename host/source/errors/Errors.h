@@ -5,6 +5,7 @@
 #include <new>
 
 #include "binder/Failures.h"
+#include "quarantine/Quarantine.h"
 #include "kap/KAPTypes.h"
 
 namespace KAPHost {
@@ -15,6 +16,15 @@ KAPError* MakeError(const char* message, long code = 0) noexcept;
 KAPError* InvalidContainer() noexcept;
 // `cannot write "path": No space left on device`, with the system's error number as its code.
 KAPError* SystemError(const char* action, const char* path, int number) noexcept;
+
+// Calls a procedure of a component. The reference to the error that it returns is the host's then,
+// until the host returns it to a component or reports it.
+template <class... Params, class... Args>
+KAPError* CallComponent(KAPError* (*proc)(Params...), Args... args) noexcept {
+  KAPError* const error = proc(args...);
+  if (error && IsFollowing()) NoteHostTook(*error, reinterpret_cast<const void*>(proc));
+  return error;
+}
 
 // Releases an error that has no caller to be returned to, and adds its message to the reports. Null
 // is ignored.

@@ -11,7 +11,7 @@ constinit std::atomic<unsigned> gGate{kGateClosed};
 
 bool FailsSlowly(KAPFault kind, std::size_t blockSize) noexcept {
   FaultRules* rules = Current<FaultRules>();
-  return !rules || rules->Fails(kind, blockSize);
+  return !rules || (!tIsExempt && rules->Fails(kind, blockSize));
 }
 
 std::size_t ReadLimitSlowly() noexcept {
@@ -113,7 +113,7 @@ bool FaultRules::Contains(const Names& names, std::string_view first,
 
 bool FaultRules::IsHidden(std::string_view interfaceName,
                           std::string_view methodName) const noexcept {
-  if (!HasGateBits(kGateArmed)) return false;
+  if (!HasGateBits(kGateArmed) || tIsExempt) return false;
   const std::lock_guard lock(fMutex);
   const bool hidden =
       Contains(fHidden, interfaceName, methodName) || Contains(fHidden, interfaceName, "");

@@ -14,6 +14,10 @@
 
 namespace KAPHost {
 
+// Set while the host makes calls of its own on a thread, to describe what components pass to each
+// other: no rule applies to them, and they do not count.
+inline thread_local constinit bool tIsExempt = false;
+
 // The rules of fault injection, and the calls counted. Thread-safe. The gate is armed while there
 // are any rules.
 class FaultRules {

@@ -11,13 +11,15 @@ namespace KAPHost {
 using KAP_T_MT::KAPFault;
 
 // One word that every call reads which can fail on purpose. It is zero in everyday use, when a host
-// lives, injects no faults, logs nothing and checks nothing: all of that costs nothing then.
+// lives, injects no faults, logs nothing, checks nothing and follows no handles: all of that costs
+// nothing then.
 enum GateBits : unsigned {
   kGateClosed = 1,
   kGateArmed = 2,
   kGateLogging = 4,
   kGateChecking = 8,
-  kGatePlain = 16
+  kGatePlain = 16,
+  kGateFollowing = 32  // a ledger knows the handles that components hold
 };
 
 extern constinit std::atomic<unsigned> gGate;

@@ -3,8 +3,8 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -27,8 +27,11 @@ namespace {
 
 constinit std::atomic<bool> gClaimed{false};
 
-bool TakesPages(HostMemory memory) {
-  return memory == HostMemory::kAutomatic ? !kIsSanitized : memory == HostMemory::kPages;
+// While the host knows who holds what, each block is one of malloc: `free` of one of them is found,
+// and a write outside of one does not reach its neighbour.
+bool TakesPages(HostMemory memory, bool hasLedger) {
+  return memory == HostMemory::kAutomatic ? !kIsSanitized && !hasLedger
+                                          : memory == HostMemory::kPages;
 }
 
 template <KAPResource kResource>
@@ -55,7 +58,9 @@ void SetCurrent(HostState* state) noexcept {
   gCurrent<Reports> = state ? &state->fReports : nullptr;
   gCurrent<StreamLog> = state ? &state->fStreamLog : nullptr;
   gCurrent<Quarantine> = state ? &state->fQuarantine : nullptr;
-  gCurrent<Watcher> = state ? state->fWatcher.get() : nullptr;
+  gCurrent<Watcher> = state ? state->fWatcher : nullptr;
+  gCurrent<Ledger> = state ? state->TheLedger() : nullptr;
+  gCurrent<HandleObserver> = state && state->TheLedger() ? state->fWatcher : nullptr;
   gCurrent<ClientPurges> = state ? &state->fClientPurges : nullptr;
 }
 
@@ -72,30 +77,50 @@ HostState::Claim::Claim() {
 
 HostState::Claim::~Claim() { gClaimed = false; }
 
-std::unique_ptr<Watcher> HostState::MakeWatcher(HostOptions& options) {
-  DebugOptions& debug = options.fDebug;
-  const std::string trace = debug.fTrace;
+bool HostState::AddEnvironment(HostOptions& options) {
   const bool checks = options.fChecks;
   try {
     if (const char* words = ::secure_getenv("KAPHOST_DEBUG")) {
-      ParseDebugWords(words, debug, options.fChecks);
+      ParseDebugWords(words, options.fDebug, options.fChecks);
     }
   } catch (const std::invalid_argument& error) {
     std::cerr << "KAP host: " << error.what();
   }
-  const bool watches =
-      options.fChecks || debug.fStacks || !debug.fTrace.empty() || !debug.fLeaks.empty();
-  if (!watches) return nullptr;
-  // A program that has not asked for checks may never look at the reports.
-  const bool complains = options.fChecks && !checks;
+  return options.fChecks && !checks;
+}
+
+// A path that the environment has set does not keep the program from working: without that file,
+// the program's own is written.
+template <class Open>
+void HostState::OpenOutput(std::string& path, const std::string& ofProgram, Open open) {
   try {
-    return std::make_unique<Watcher>(debug, options.fChecks, complains);
+    if (!path.empty()) open();
   } catch (const std::runtime_error& error) {
-    if (debug.fTrace == trace) throw;
-    std::cerr << "KAP host: " << error.what() << '\n';  // the user's, not the program's
-    debug.fTrace.clear();
-    return std::make_unique<Watcher>(debug, options.fChecks, complains);
+    if (path == ofProgram) throw;
+    std::cerr << "KAP host: " << error.what() << '\n';
+    path = ofProgram;
+    if (!path.empty()) open();
   }
+}
+
+HostState::Observing HostState::StartObserving(HostOptions& options) {
+  DebugOptions& debug = options.fDebug;
+  const std::string trace = debug.fTrace;
+  const std::string leaks = debug.fLeaks;
+  // A program that has not asked for checks may never look at the reports.
+  const bool alsoToStandardError = AddEnvironment(options);
+  Observing observing;
+  OpenOutput(debug.fLeaks, leaks, [&] {
+    observing.fLeaks = std::make_unique<OutputFile>(debug.fLeaks, debug.fOnLost);
+  });
+  std::unique_ptr<TraceWriter> writer;
+  OpenOutput(debug.fTrace, trace,
+             [&] { writer = TraceWriter::Open(debug.fTrace, debug.fOnLost); });
+  if (options.fChecks || debug.fStacks || writer || observing.fLeaks) {
+    observing.fWatcher =
+        std::make_unique<Watcher>(debug, std::move(writer), options.fChecks, alsoToStandardError);
+  }
+  return observing;
 }
 
 void HostState::RegisterServices() {
@@ -108,29 +133,29 @@ void HostState::RegisterServices() {
   if (fWatcher) fBinder.SetWrap(wrapAs(true));
   KAP_T_MT::KAPHostInterfaceSet::ForEach(
       [&]<class Interface>() { RegisterService<Interface>(fBinder); });
-  if (!fWatcher) return;
-  if (fWatcher->HasLedger()) RegisterGuardedMemory(fBinder);
-  if (fWatcher->HasChecks()) {
-    fQuarantine.OnKeep() = [this](const void* record, const std::string& what) {
-      fWatcher->TheLedger()->End(record, what);
-    };
+  const std::size_t guarded = GuardedBlocks();
+  if (TheLedger() || guarded != 0) {
+    const long held = fBefore.Total(KAPResource::kBlock).fNumber;
+    RegisterGuardedMemory(fBinder, held > static_cast<long>(guarded));
   }
+  if (!fWatcher) return;
   fBinder.SetWrap(wrapAs(false));
 }
 
 HostState::HostState(HostOptions options)
-    : fWatcher(MakeWatcher(options)),
+    : fObserving(StartObserving(options)),
+      fWatcher(fObserving.fWatcher.get()),
       fReports(std::move(options.fOnReport)),
       fOnLeak(std::move(options.fOnLeak)),
-      fLeaks(std::move(options.fDebug.fLeaks)),
       fBefore(CountAll()) {
   RegisterServices();
   if (fWatcher) fWatcher->AcceptUnknown(fBefore);
   SetCurrent(this);
-  const bool takesPages = TakesPages(options.fMemory);
+  const bool takesPages = TakesPages(options.fMemory, TheLedger());
   UsePages(takesPages);
   gGate.store((options.fChecks ? unsigned{kGateChecking} : 0) |
-              (takesPages ? 0 : unsigned{kGatePlain}));
+              (takesPages ? 0 : unsigned{kGatePlain}) |
+              (TheLedger() ? unsigned{kGateFollowing} : 0));
 }
 
 HostState::~HostState() {
@@ -145,20 +170,20 @@ HostState::~HostState() {
 
 Snapshot HostState::TakeSnapshot() const { return CountAll() - fBefore; }
 
-// A list without a line says that nothing is held.
+// An empty file means that nothing is held.
 void HostState::ListLeaks() const {
-  std::ofstream file;
-  if (fLeaks != "-") {
-    file.open(fLeaks);
-    if (!file) std::cerr << "KAP host: cannot write \"" << fLeaks << "\"\n";
+  OutputFile& file = *fObserving.fLeaks;
+  file.IsForked();
+  for (const LiveThing& thing : TheLedger()->Live(0)) {
+    std::ostringstream text;
+    text << thing;
+    file.Write(text.str());
   }
-  std::ostream& out = fLeaks == "-" ? std::cerr : file;
-  for (const LiveThing& thing : TheLedger()->Live(0)) out << thing;
 }
 
 void HostState::ReportLeaks() const noexcept {
   try {
-    if (!fLeaks.empty()) ListLeaks();
+    if (fObserving.fLeaks) ListLeaks();
     const Snapshot leaked = TakeSnapshot();
     if (leaked.IsEmpty()) return;
     if (fOnLeak) {

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "base/Reports.h"
 #include "binder/Binder.h"
 #include "caches/ClientPurges.h"
-#include "checks/Quarantine.h"
 #include "faults/FaultRules.h"
 #include "kaphost/Host.h"
+#include "quarantine/Quarantine.h"
 #include "streams/StreamLog.h"
+#include "trace/OutputFile.h"
 #include "trace/Watcher.h"
 
 namespace KAPHost {
@@ -25,7 +29,7 @@ class HostState {
   // Without what was held before this host.
   Snapshot TakeSnapshot() const;
   // Null unless something is on that needs it.
-  const Ledger* TheLedger() const { return fWatcher ? fWatcher->TheLedger() : nullptr; }
+  Ledger* TheLedger() const { return fWatcher ? fWatcher->TheLedger() : nullptr; }
 
  private:
   // Claims the process for one host.
@@ -36,16 +40,26 @@ class HostState {
     ~Claim();
   };
 
-  // Adds the words of the environment, and makes the watcher if there is anything to watch.
-  static std::unique_ptr<Watcher> MakeWatcher(HostOptions& options);
+  // What sees the calls, and the file for the list of what is held at the end; null unless asked for.
+  struct Observing {
+    std::unique_ptr<Watcher> fWatcher;
+    std::unique_ptr<OutputFile> fLeaks;
+  };
+
+  // Adds the words of the environment. Whether they have turned the checks on.
+  static bool AddEnvironment(HostOptions& options);
+  template <class Open>
+  static void OpenOutput(std::string& path, const std::string& ofProgram, Open open);
+  static Observing StartObserving(HostOptions& options);
   void RegisterServices();
   void ReportLeaks() const noexcept;
   void ListLeaks() const;
 
   const Claim fClaim;
+  const Observing fObserving;
 
  public:
-  const std::unique_ptr<Watcher> fWatcher;  // null when there is nothing to watch
+  Watcher* const fWatcher;  // null when there is nothing to watch
   FaultRules fFaultRules;
   Binder fBinder{fFaultRules};
   Reports fReports;
@@ -55,7 +69,6 @@ class HostState {
 
  private:
   const std::function<void(const Snapshot&)> fOnLeak;
-  const std::string fLeaks;
   const Snapshot fBefore;
 };
 

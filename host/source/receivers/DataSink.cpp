@@ -20,6 +20,6 @@ bool ReleaseSink(KAPDataSink& sink) noexcept {
   return released;
 }
 
-SinkClient::~SinkClient() { ReportError(fDelete(fClient)); }
+SinkClient::~SinkClient() { ReportError(CallComponent(fDelete, fClient)); }
 
 }  // namespace KAPHost

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "base/RefCount.h"
+#include "errors/Errors.h"
 #include "kap/KAPFilterInterface.h"
 
 // A sink of the host. Its callers check arguments.
@@ -51,7 +52,7 @@ class SinkClient {
   ~SinkClient();
 
   KAPError* Write(const unsigned char* data, std::size_t count) const noexcept {
-    return fWrite(fClient, data, count);
+    return CallComponent(fWrite, fClient, data, count);
   }
   void* Client() const noexcept { return fClient; }
 

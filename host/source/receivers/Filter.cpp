@@ -52,7 +52,7 @@ KAPError* IdentityFilter::GetVellumcodeFilter(KAPDataSink*&) noexcept { return n
 
 KAPError* ClientFilter::GetVellumcodeFilter(KAPDataSink*& out) noexcept {
   KAPDataSink* filter = nullptr;
-  KAPError* const error = fProcs.fGetVellumcodeFilter(&filter, fClient.Client());
+  KAPError* const error = CallComponent(fProcs.fGetVellumcodeFilter, &filter, fClient.Client());
   if (!error) out = filter;
   return error;
 }

@@ -86,7 +86,7 @@ class ClientFilter : public Filter {
   KAPError* DoWrite(const unsigned char* data, std::size_t count) noexcept final {
     return fClient.Write(data, count);
   }
-  KAPError* DoClose() noexcept final { return fProcs.fClose(fClient.Client()); }
+  KAPError* DoClose() noexcept final { return CallComponent(fProcs.fClose, fClient.Client()); }
 };
 
 class JPEGFilter final : public ClientFilter {
@@ -94,10 +94,10 @@ class JPEGFilter final : public ClientFilter {
   using ClientFilter::ClientFilter;
 
   KAPError* SetImageParameters(int width, int height, int channels) noexcept {
-    return fProcs.fImageParms(fClient.Client(), width, height, channels);
+    return CallComponent(fProcs.fImageParms, fClient.Client(), width, height, channels);
   }
   KAPError* SetCompressionParameters(float quality) noexcept {
-    return fProcs.fCompressionParms(fClient.Client(), quality);
+    return CallComponent(fProcs.fCompressionParms, fClient.Client(), quality);
   }
 };
 

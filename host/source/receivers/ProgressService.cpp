@@ -51,7 +51,7 @@ void Release(KAPProgress* progress) noexcept {
   if (found == RefCount::Release::kReleased) Count(KAPResource::kProgress, 0, -1);
   if (found != RefCount::Release::kLast) return;
   Count(KAPResource::kProgress, -1, -1);
-  if (progress->fDelete) ReportError(progress->fDelete(progress->fClient));
+  if (progress->fDelete) ReportError(CallComponent(progress->fDelete, progress->fClient));
   delete progress;
 }
 
@@ -60,7 +60,7 @@ KAPError* UpdateProgress(KAPProgress* progress, float fraction, const char* text
   if (!progress) return InvalidArgument();
   if (IsClosed()) return MemoryError();
   if (!progress->fUpdate) return nullptr;
-  return progress->fUpdate(progress->fClient, fraction, text, flag);
+  return CallComponent(progress->fUpdate, progress->fClient, fraction, text, flag);
 }
 
 }  // namespace

@@ -14,33 +14,33 @@ bool ClientStreamProcs::IsComplete(StreamCapability capability) const noexcept {
 }
 
 ClientStream::~ClientStream() {
-  if (fIsOwner) ReportError(fProcs.fDelete(fClient));
+  if (fIsOwner) ReportError(CallComponent(fProcs.fDelete, fClient));
 }
 
 KAPError* ClientStream::Read(std::size_t& outCount, unsigned char* buffer,
                              std::size_t count) noexcept {
   std::size_t read = 0;
-  if (KAPError* error = fProcs.fRead(&read, fClient, buffer, count)) return error;
+  if (KAPError* error = CallComponent(fProcs.fRead, &read, fClient, buffer, count)) return error;
   if (read > count) return MakeError("a client stream read more than it was asked for");
   outCount = read;
   return nullptr;
 }
 
 KAPError* ClientStream::Write(const unsigned char* bytes, std::size_t count) noexcept {
-  return fProcs.fWrite(fClient, bytes, count);
+  return CallComponent(fProcs.fWrite, fClient, bytes, count);
 }
 
-KAPError* ClientStream::Rewind() noexcept { return fProcs.fRewind(fClient); }
+KAPError* ClientStream::Rewind() noexcept { return CallComponent(fProcs.fRewind, fClient); }
 
 KAPError* ClientStream::Mark(long& outPosition) noexcept {
   long position = 0;
-  if (KAPError* error = fProcs.fMark(&position, fClient)) return error;
+  if (KAPError* error = CallComponent(fProcs.fMark, &position, fClient)) return error;
   outPosition = position;
   return nullptr;
 }
 
 KAPError* ClientStream::Seek(long offset, int origin) noexcept {
-  return fProcs.fSeek(fClient, offset, origin);
+  return CallComponent(fProcs.fSeek, fClient, offset, origin);
 }
 
 // The new object has the capability of this one, which is at least the requested one.
@@ -49,11 +49,11 @@ KAPError* ClientStream::CreateIndependent(std::unique_ptr<Stream>& out,
   const auto create = capability == StreamCapability::kPositionable ? fProcs.fCreatePositionable
                                                                     : fProcs.fCreateRewindable;
   void* client = nullptr;
-  if (KAPError* error = create(&client, fClient)) return error;
+  if (KAPError* error = CallComponent(create, &client, fClient)) return error;
   if (!client) return MakeError("a client stream returned no independent stream");
   out.reset(new (std::nothrow) ClientStream(Capability(), client, fProcs));
   if (out) return nullptr;
-  ReportError(fProcs.fDelete(client));
+  ReportError(CallComponent(fProcs.fDelete, client));
   return MemoryError();
 }
 

@@ -16,7 +16,7 @@ struct Word {
 };
 
 constexpr Word kWords[] = {
-    {"trace", "trace[=FILE]     writes every call to FILE; as JSON if it ends in .json",
+    {"trace", "trace[=FILE]     writes every call to FILE; as JSON if the name ends in .json",
      [](DebugOptions& options, bool&, std::string_view value) { options.fTrace = value; }, true,
      "-"},
     {"interface", "interface=NAME   traces this interface only; may be repeated",

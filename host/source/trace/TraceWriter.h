@@ -2,16 +2,19 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+
+#include "trace/OutputFile.h"
 
 namespace KAPHost {
 
 // A traced call as its writer sees it.
 struct TracedCall {
-  const void* fKey =
-      nullptr;  // the same at begin and end, different from all other calls under way
+  // The same at begin and end, different from all other calls under way.
+  const void* fKey = nullptr;
   const char* fInterface = "";
   const char* fMethod = "";
   const char* fCaller = "";
@@ -26,35 +29,36 @@ struct TracedCall {
   std::string fError;   // of a call that returned one, or what it threw
 };
 
-// Writes traced calls to a file. Each line goes out at once, so that a crash loses nothing before
-// it. Thread-safe.
+// Writes traced calls to a file. What is written goes out at once: no crash loses it. Thread-safe.
 class TraceWriter {
  public:
-  // By the ending of the name. "-" is standard error. Throws std::runtime_error.
-  static std::unique_ptr<TraceWriter> Open(const std::string& path);
+  using OnLost = std::function<void(const std::string& message)>;
+
+  // By the ending of the name; see OutputFile for the name. Throws std::runtime_error.
+  static std::unique_ptr<TraceWriter> Open(const std::string& path, OnLost onLost);
 
   TraceWriter(const TraceWriter&) = delete;
   TraceWriter& operator=(const TraceWriter&) = delete;
-  virtual ~TraceWriter();
+  virtual ~TraceWriter() = default;
 
   virtual void Begin(const TracedCall& call) = 0;
   virtual void End(const TracedCall& call) = 0;
   // Something that the reader of the trace should know.
-  virtual void Note(const std::string& text) = 0;
-  // Nothing follows.
+  virtual void Note(const std::string& text, std::chrono::nanoseconds time) = 0;
+  // Nothing follows from this host.
   virtual void Finish() = 0;
 
  protected:
-  TraceWriter(int file, const std::string& path) : fFile(file), fPath(path) {}
-
-  void Write(const std::string& text) noexcept;
+  TraceWriter(const std::string& path, OnLost onLost) : fFile(path, std::move(onLost)) {}
 
   std::mutex fMutex;
-
- private:
-  const int fFile;
-  const std::string fPath;
-  bool fIsLost = false;
+  OutputFile fFile;  // used under the mutex
 };
+
+// `1234.567` for a number of thousandths; the comma of a locale would end the value.
+std::string Thousandths(std::chrono::nanoseconds time);
+
+std::unique_ptr<TraceWriter> NewTextTrace(const std::string& path, TraceWriter::OnLost onLost);
+std::unique_ptr<TraceWriter> NewJsonTrace(const std::string& path, TraceWriter::OnLost onLost);
 
 }  // namespace KAPHost

@@ -1,100 +1,43 @@
 // SPDX-License-Identifier: MIT
 #include "trace/Watcher.h"
 
-#include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <iostream>
-#include <new>
-#include <stdexcept>
-#include <utility>
+#include <set>
 
-#include "base/Current.h"
 #include "base/Modules.h"
 #include "base/Reports.h"
-#include "checks/Misuse.h"
-#include "errors/Errors.h"
+#include "checks/References.h"
 #include "kap/KAPHostInterfaces.h"
-#include "trace/ThreadState.h"
-#include "trace/Values.h"
+#include "sites/ThreadState.h"
 
 namespace KAPHost {
 
 namespace {
 
-using namespace std::string_view_literals;
 using HostStreamSet = KAP_T_MT::TKAPInterfaceSet<
     KAP_T_MT::KAPSimpleStreamInterface, KAP_T_MT::KAPRewindableStreamInterface,
     KAP_T_MT::KAPPositionableStreamInterface, KAP_T_MT::KAPDataStoreInterface,
     KAP_T_MT::KAPSizedDataStoreInterface, KAP_T_MT::KAPDataBlockStreamInterface>;
 
-constexpr const char* kHost = "host";
-
-// Observing leaves the error number of the system as the procedure left it.
-class KeptErrno {
- public:
-  KeptErrno() = default;
-  KeptErrno(const KeptErrno&) = delete;
-  KeptErrno& operator=(const KeptErrno&) = delete;
-  ~KeptErrno() { errno = fNumber; }
-
- private:
-  const int fNumber = errno;
-};
-
-// The calls that describing a value makes are not calls of a component.
-class Describing {
- public:
-  Describing() { tThread.fIsDescribing = true; }
-  Describing(const Describing&) = delete;
-  Describing& operator=(const Describing&) = delete;
-  ~Describing() { tThread.fIsDescribing = false; }
-};
-
-// Looking for a name takes a lock of the loader, so each thread remembers some. Loading and
-// unloading forgets them.
-const char* CallerAt(const void* address) noexcept {
-  struct Known {
-    const void* fAddress;
-    unsigned long fTime;
-    const char* fName;
-  };
-  constexpr std::size_t kSize = 64;
-  static thread_local constinit Known known[kSize] = {};
-  Known& one = known[(reinterpret_cast<std::uintptr_t>(address) >> 2) % kSize];
-  const unsigned long time = ModulesTime();
-  if (one.fAddress != address || one.fTime != time) one = {address, time, NameOfCodeAt(address)};
-  return one.fName;
-}
-
-template <class Names>
-bool Contains(const Names& names, std::string_view name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-CheckedCall Checked(const DeclaredMethod& method, const char* interfaceName, const char* caller,
-                    bool isHosts, std::span<const WatchedValue> arguments) {
-  const KAP_T_MT::KAPTraits traits = {.fNoOpUnbound = method.fReleases, .fThrows = method.fThrows};
-  return {interfaceName, method.fMethod, traits, caller, isHosts, arguments};
-}
-
 }  // namespace
-
-unsigned ThreadNumber() noexcept {
-  static constinit std::atomic<unsigned> last{0};
-  if (tThread.fNumber == 0) tThread.fNumber = ++last;
-  return tThread.fNumber;
-}
 
 // ---- Which procedure observes which ----
 
-Watcher::Watcher(DebugOptions options, bool checks, bool complains)
-    : fOptions(std::move(options)), fComplains(complains) {
-  if (!fOptions.fTrace.empty()) fTrace = TraceWriter::Open(fOptions.fTrace);
+Watcher::Watcher(DebugOptions options, std::unique_ptr<TraceWriter> trace, bool checks,
+                 bool alsoToStandardError)
+    : fOptions(std::move(options)), fAlsoToStandardError(alsoToStandardError) {
   if (checks || fOptions.fStacks || !fOptions.fLeaks.empty()) {
-    fLedger = std::make_unique<Ledger>(Ledger::Options{fOptions.fStacks, checks});
+    fLedger = std::make_unique<Ledger>(fOptions.fStacks);
   }
   if (checks) fChecker = std::make_unique<Checker>(*fLedger);
+  if (trace) {
+    fTrace = std::make_unique<CallTrace>(fOptions, std::move(trace), fChecker.get(), fLedger.get());
+  }
+  // The first stack of a process loads a library. Later ones may be wanted under locks.
+  if (fOptions.fStacks) CaptureStack(nullptr);
+  const auto ofStreams = Declare<HostStreamSet>();
+  fStreamMethods.insert(ofStreams.begin(), ofStreams.end());
   auto methods = Declare<KAP_T_MT::KAPHostInterfaceSet, HostStreamSet>();
   methods.insert(methods.end(), fOptions.fDeclared.begin(), fOptions.fDeclared.end());
   for (const DeclaredMethod* method : methods) {
@@ -103,22 +46,20 @@ Watcher::Watcher(DebugOptions options, bool checks, bool complains)
   }
 }
 
-Watcher::~Watcher() {
-  if (fTrace) fTrace->Finish();
-}
+Watcher::~Watcher() = default;
 
-// A component may register methods of a declared interface under the name of another one, as those
-// of streams are: then the method and the procedure name say what it is.
+// A method has the name of its interface, except those of streams: a component may register them
+// under a name of its own. Other methods of equal names may differ in their arguments.
 const DeclaredMethod* Watcher::Declared(std::string_view interfaceName, const Key& names) const {
   const auto found = fMethods.find(names.first);
   if (found == fMethods.end()) return nullptr;
-  const DeclaredMethod* alike = nullptr;
+  const DeclaredMethod* ofStream = nullptr;
   for (const DeclaredMethod* method : found->second) {
     if (method->fProc != names.second) continue;
     if (method->fInterface == interfaceName) return method;
-    alike = method;
+    if (fStreamMethods.contains(method)) ofStream = method;
   }
-  return alike;
+  return ofStream;
 }
 
 // A procedure keeps its observing one, also from one host to the next. One that was never used
@@ -139,10 +80,14 @@ WatchedProc* Watcher::Choose(const DeclaredMethod& method, const char* interface
   return unused ? unused : former;
 }
 
-void Watcher::Note(const std::string& interfaceName, const char* methodName, const char* why) {
-  if (!fTrace) return;
-  if (!fOptions.fInterfaces.empty() && !Contains(fOptions.fInterfaces, interfaceName)) return;
-  fTrace->Note(interfaceName + '.' + methodName + ' ' + why + ": its calls are not traced");
+// An interface without a declaration is not news to those who check, a method that they have
+// declared is.
+void Watcher::NoteUnseen(const char* interfaceName, const char* methodName, bool isDeclared) {
+  const char* const why = isDeclared ? "has too many procedures" : "is not declared";
+  if (fTrace) return fTrace->NoteUnseen(interfaceName, methodName, why);
+  if (!isDeclared) return;
+  const std::string method = std::string(interfaceName) + '.' + methodName;
+  KAPHost::Report(("KAP host: " + method + ' ' + why + ": its calls are not checked").c_str());
 }
 
 void* Watcher::Watch(const char* interfaceName, const char* methodName, const char* procName,
@@ -152,7 +97,7 @@ void* Watcher::Watch(const char* interfaceName, const char* methodName, const ch
   const std::lock_guard lock(fMutex);
   WatchedProc* const chosen = method ? Choose(*method, interfaceName, proc) : nullptr;
   if (!chosen) {
-    Note(interfaceName, methodName, method ? "has too many procedures" : "is not declared");
+    NoteUnseen(interfaceName, methodName, method);
     return proc;
   }
   static auto* const names = new std::set<std::string>;  // calls may outlive the host
@@ -172,201 +117,59 @@ void Watcher::AcceptUnknown(const Snapshot& held) {
   }
 }
 
-// A procedure that ends in a call may jump to it instead, and the call returns to where the
-// procedure was called from. That is an observing function, all of which are shorter than this.
-const char* Watcher::CallerOf(const WatchedCall& call) noexcept {
-  constexpr std::uintptr_t kLongest = 1024;
-  if (const WatchedCall* const outer = call.fOuter) {
-    const auto start = reinterpret_cast<std::uintptr_t>(outer->fWatchCall);
-    const auto address = reinterpret_cast<std::uintptr_t>(call.fReturnAddress);
-    if (address - start < kLongest) return outer->fCallee;
-  }
-  return CallerAt(call.fReturnAddress);
+void Watcher::ForgetBinding(const char* component) {
+  if (fChecker) fChecker->ForgetBinding(component);
 }
 
 // ---- A call ----
 
-WatchedCall::WatchedCall(const WatchedProc& proc, const void* returnAddress, const void* watchCall,
-                         std::span<const WatchedValue> arguments) noexcept
-    : fWatcher(tThread.fIsDescribing ? nullptr : Current<Watcher>()),
-      fProc(proc),
-      fReturnAddress(returnAddress),
-      fWatchCall(watchCall),
-      fArguments(arguments) {
-  if (!fWatcher) return;
-  const KeptErrno kept;
-  fOuter = std::exchange(tThread.fInnermost, this);
-  try {
-    fWatcher->Begin(*this);
-  } catch (const std::bad_alloc&) {
-    // The call is made all the same, and what could not be noted is missing.
-  }
-}
-
-WatchedCall::~WatchedCall() {
-  if (fWatcher) tThread.fInnermost = fOuter;
-}
-
-KAPError* WatchedCall::Refusal() const noexcept { return InvalidArgument(); }
-
-void WatchedCall::Return(const WatchedValue& result) noexcept { End(&result); }
-void WatchedCall::Throw() noexcept { End(nullptr); }
-
-// A host that ends during the call, which its contract rules out, is not asked.
-void WatchedCall::End(const WatchedValue* result) noexcept {
-  if (!fWatcher || fWatcher != Current<Watcher>()) return;
-  const KeptErrno kept;
-  try {
-    fWatcher->End(*this, result);
-  } catch (const std::bad_alloc&) {
-    // The trace lacks the end of the call.
-  }
-}
-
-bool Watcher::IsTraced(const WatchedCall& call) const {
-  const auto& interfaces = fOptions.fInterfaces;
-  const auto& components = fOptions.fComponents;
-  return fTrace && (interfaces.empty() || Contains(interfaces, call.fInterface)) &&
-         (components.empty() || Contains(components, call.fCaller) ||
-          Contains(components, call.fCallee));
-}
-
-// What the checks know to be dead or of another kind is not looked at.
-std::string Watcher::Describe(const WatchedValue& value) const {
-  const KAPResource resource = ResourceOf(value.fKind);
-  if (fChecker && resource != KAPResource::kNothing && value.fBits != 0) {
-    const auto found = fLedger->Find(value.As<const void*>());
-    const bool isCore = resource == KAPResource::kError && IsCoreError(*value.As<KAPError*>());
-    if (!isCore && found.fState == Ledger::State::kDead) {
-      return "dead " + fLedger->NameOf(value.As<const void*>());
-    }
-    const bool isFormer =
-        found.fState == Ledger::State::kUnknown && fChecker->AcceptsUnknown(resource);
-    if (!isCore && !isFormer && found.fResource != resource) return "invalid handle";
-  }
-  const Describing describing;
-  return DescribeValue(value, fOptions.fKindOf);
-}
-
-std::string Watcher::Arguments(const WatchedCall& call) const {
-  std::string text;
-  for (const WatchedValue& value : call.fArguments) {
-    if (value.fKind == ValueKind::kPlace && value.fBits != 0) continue;
-    text.append(text.empty() ? "" : ", ").append(Describe(value));
-  }
-  return text;
-}
-
-TracedCall Watcher::Traced(const WatchedCall& call, std::chrono::nanoseconds sinceStart) {
-  TracedCall traced;
-  traced.fKey = &call;
-  traced.fInterface = call.fInterface;
-  traced.fMethod = call.fProc.fMethod.load()->fMethod;
-  traced.fCaller = call.fCaller;
-  traced.fCallee = call.fCallee;
-  traced.fThread = ThreadNumber();
-  traced.fDepth = call.fDepth;
-  traced.fStart = sinceStart;
-  traced.fArguments = call.fText;
-  return traced;
-}
-
-void Watcher::BeginTrace(WatchedCall& call) {
-  call.fText = Arguments(call);
-  call.fDepth = tThread.fDepth;
-  call.fStart = std::chrono::steady_clock::now();
-  fTrace->Begin(Traced(call, call.fStart - fStart));
-  call.fIsTraced = true;
-  ++tThread.fDepth;
-}
-
+// The arguments are described before the checks fill the result place and before a release ends the
+// thing.
 void Watcher::Begin(WatchedCall& call) {
-  call.fInterface = call.fProc.fInterface;
-  call.fCallee = call.fProc.fCallee;
-  call.fCaller = CallerOf(call);
-  ThreadNumber();
-  // Described before the checks fill the result place and before a release ends the thing.
-  if (IsTraced(call)) BeginTrace(call);
-  if (fChecker) {
-    const CheckedCall checked = Checked(*call.fProc.fMethod.load(), call.fInterface, call.fCaller,
-                                        call.fCallee == kHost, call.fArguments);
-    for (const auto& finding : fChecker->Begin(checked, call.fIsRefused, call.fObject)) {
-      Report(finding.fHeadline, finding.fThing, finding.fOther);
-    }
+  const ObservedCall observed = Observed(call);
+  if (fTrace && fTrace->Shows(observed)) {
+    call.fTraced = std::make_unique<TraceEntry>(fTrace->Begin(&call, observed));
+    ++tThread.fDepth;
   }
-  if (fLedger && call.fCallee == kHost && !call.fArguments.empty()) {
-    const bool releases =
-        Contains(std::array{"Release"sv, "DeleteStringAtom"sv, "DecrementWithoutDelete"sv},
-                 call.fProc.fMethod.load()->fMethod);
-    const WatchedValue& first = call.fArguments[0];
-    if (releases && ResourceOf(first.fKind) != KAPResource::kNothing && !call.fIsRefused) {
-      fLedger->Release(first.As<const void*>(), call.fCaller);
-    }
-  }
+  if (fChecker) Report(fChecker->Begin(observed, call.fIsRefused, call.fObject));
+  if (!fLedger || call.fIsRefused) return;
+  const void* const overReleased = CountReleases(*fLedger, observed);
+  if (!overReleased || !fChecker || fChecker->AcceptsUnknown(ResourceOf(call.fArguments[0].fKind)))
+    return;
+  Report("release of a reference to " + fLedger->NameOf(overReleased) + " that no component has",
+         overReleased);
 }
 
-void Watcher::EndTrace(WatchedCall& call, const WatchedValue* result,
-                       std::chrono::nanoseconds duration) const {
-  --tThread.fDepth;
-  TracedCall traced = Traced(call, call.fStart - fStart);
-  traced.fDuration = duration;
-  if (!result) {
-    traced.fResult = traced.fError = "an exception";
-  } else if (result->fKind == ValueKind::kError && result->fBits == 0) {
-    traced.fResult = "ok";
-  } else {
-    traced.fResult = Describe(*result);
-    if (result->fKind == ValueKind::kError) traced.fError = MessageOf(*result->As<KAPError*>());
-  }
-  const bool isPlace = !call.fArguments.empty() && call.fArguments[0].fKind == ValueKind::kPlace &&
-                       call.fArguments[0].fBits != 0;
-  if (isPlace && traced.fError.empty()) traced.fPlaced = Describe(ValueAt(call.fArguments[0]));
-  fTrace->End(traced);
-}
-
-// The order matters: the ledger knows a new thing before the trace describes it, and the checks
-// replace what they wrote into an unset place before anyone reads it.
+// The ledger knows a new thing before the trace describes it, and the checks replace what they
+// wrote into an unset place before anyone reads it.
 void Watcher::End(WatchedCall& call, const WatchedValue* result) {
-  const auto duration = std::chrono::steady_clock::now() - call.fStart;
-  if (fChecker && !call.fIsRefused) {
-    const CheckedCall checked = Checked(*call.fProc.fMethod.load(), call.fInterface, call.fCaller,
-                                        call.fCallee == kHost, call.fArguments);
-    for (const auto& finding : fChecker->End(checked, result, call.fObject)) {
-      Report(finding.fHeadline, finding.fThing, finding.fOther);
-    }
-  }
-  if (fLedger && result) CountReferences(call, *result);
-  if (call.fIsTraced) EndTrace(call, result, duration);
+  const auto end = std::chrono::steady_clock::now();
+  const ObservedCall observed = Observed(call);
+  if (fChecker && !call.fIsRefused) Report(fChecker->End(observed, result));
+  if (fLedger && result) CountResults(*fLedger, observed, *result, call.fIsRefused);
+  if (!call.fTraced) return;
+  --tThread.fDepth;
+  const std::unique_ptr<TraceEntry> entry = std::move(call.fTraced);
+  fTrace->End(&call, observed, *entry, result, end);
 }
 
-void Watcher::TakeResult(const WatchedCall& call, const WatchedValue& value) {
-  const KAPResource resource = ResourceOf(value.fKind);
-  const void* const handle = value.As<const void*>();
-  if (resource == KAPResource::kNothing || !handle) return;
-  if (resource == KAPResource::kError && IsCoreError(*value.As<KAPError*>())) return;
-  // A component that returns a dead handle transfers no reference.
-  const bool isDead = fLedger->Find(handle).fState == Ledger::State::kDead;
-  if (isDead && call.fCallee != kHost) return;
-  fLedger->Take(resource, handle, call.fCaller);
-  if (call.fCallee != kHost) fLedger->Release(handle, call.fCallee);
+void Watcher::Leave(WatchedCall& call) noexcept {
+  if (call.fTraced) --tThread.fDepth;
+  if (call.fObject) fChecker->EndUse(call.fObject);
 }
 
-void Watcher::CountReferences(const WatchedCall& call, const WatchedValue& result) {
-  const bool isPlace = !call.fArguments.empty() && call.fArguments[0].fKind == ValueKind::kPlace;
-  TakeResult(call, result);
-  if (isPlace && call.fArguments[0].fBits != 0 && result.fBits == 0) {
-    TakeResult(call, ValueAt(call.fArguments[0]));
-  }
-  const bool adds = call.fCallee == kHost && !call.fArguments.empty() && !call.fIsRefused &&
-                    call.fProc.fMethod.load()->fMethod == "AddRef"sv;
-  const bool isFalse = result.fKind == ValueKind::kBool && result.fBits == 0;
-  if (!adds || isFalse) return;
-  const void* const handle = call.fArguments[0].As<const void*>();
-  if (fLedger->Find(handle).fState == Ledger::State::kDead) return;
-  TakeResult(call, call.fArguments[0]);
+ObservedCall Watcher::Observed(const WatchedCall& call) noexcept {
+  return {call.fInterface, *call.fProc.fMethod.load(), call.fCaller,
+          call.fCallee,    call.fCallee == kHost,      call.fArguments};
 }
 
 // ---- Reports ----
+
+void Watcher::Report(const Checker::Findings& findings) const {
+  for (const auto& finding : findings) {
+    Report(finding.fHeadline, finding.fThing, finding.fOther);
+  }
+}
 
 void Watcher::Report(const std::string& headline, const void* thing,
                      const std::string& other) const {
@@ -374,74 +177,33 @@ void Watcher::Report(const std::string& headline, const void* thing,
   if (tThread.fInnermost) text += DescribeSite("used", fLedger->Here());
   text += other;
   if (thing) text += fLedger->History(thing);
-  if (fComplains) std::cerr << text + '\n';
+  if (fAlsoToStandardError) std::cerr << text + '\n';
   KAPHost::Report(text.c_str());
 }
 
-Site CurrentSite(bool withStack) noexcept {
-  const WatchedCall* const call = tThread.fInnermost;
-  return call ? Watcher::SiteOf(*call, withStack) : Site();
+std::shared_ptr<const Stack> Watcher::StackHere() const noexcept { return fLedger->Here().fStack; }
+
+void Watcher::Died(const void* record, const std::string& what,
+                   std::shared_ptr<const Stack> stack) {
+  fLedger->End(record, what, std::move(stack));
 }
 
-Site Watcher::SiteOf(const WatchedCall& call, bool withStack) noexcept {
-  return {call.fCaller,
-          call.fInterface,
-          call.fProc.fMethod.load()->fMethod,
-          call.fCallee == kHost ? nullptr : call.fCallee,
-          ThreadNumber(),
-          withStack ? CaptureStack(call.fReturnAddress) : nullptr};
-}
+void Watcher::Freed(const void* record) noexcept { fLedger->Forget(record); }
 
-bool HasMisuseChecks() noexcept {
-  const Watcher* const watcher = Current<Watcher>();
-  return watcher && watcher->HasChecks();
-}
-
-void ReportMisuse(const std::string& headline, const void* thing) noexcept {
-  const Watcher* const watcher = Current<Watcher>();
-  if (!watcher || !watcher->HasChecks()) return;
+// What is not known to be an error is one of a former host, or none at all.
+void Watcher::HostTook(const KAPError& error, const void* proc) noexcept {
+  const auto [state, resource] = fLedger->Find(&error);
+  if (state != Ledger::State::kAlive || resource != KAPResource::kError) return;
   try {
-    watcher->Report(headline, thing, "");
+    fLedger->Take(KAPResource::kError, &error, kHost);
+    fLedger->Release(&error, NameOfCodeAt(proc));
   } catch (const std::bad_alloc&) {
-    Report("KAP host: misuse of memory; no memory to describe it");
+    // The list of what is held names the wrong holder.
   }
 }
 
-namespace {
-
-template <class Act>
-void WithLedger(Act act) noexcept {
-  const Watcher* const watcher = Current<Watcher>();
-  if (!watcher || !watcher->HasLedger()) return;
-  try {
-    act(*watcher->TheLedger());
-  } catch (const std::bad_alloc&) {
-    // The ledger lacks the thing, and the list of what is held as well.
-  }
-}
-
-}  // namespace
-
-void NoteThing(KAPResource resource, const void* thing) noexcept {
-  const WatchedCall* const call = tThread.fInnermost;
-  WithLedger([&](Ledger& ledger) {
-    ledger.Take(resource, thing, call ? CurrentSite(false).fCaller : kHost);
-  });
-}
-
-void EndThing(const void* thing, const std::string& what) noexcept {
-  WithLedger([&](Ledger& ledger) { ledger.End(thing, what); });
-}
-
-void ForgetThing(const void* thing) noexcept {
-  WithLedger([&](Ledger& ledger) { ledger.Forget(thing); });
-}
-
-bool IsDeadThing(const void* thing) noexcept {
-  bool isDead = false;
-  WithLedger(
-      [&](const Ledger& ledger) { isDead = ledger.Find(thing).fState == Ledger::State::kDead; });
-  return isDead;
+void Watcher::HostReleased(const KAPError& error) noexcept {
+  fLedger->ReleaseIfHeld(&error, kHost);
 }
 
 }  // namespace KAPHost

@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <atomic>
+#include <cstdio>
 #include <filesystem>
 #include <string_view>
 
@@ -55,7 +57,12 @@ std::string KindOf(const KAPHost::Host& host, const char* signature, KAPContaine
   return kind ? kind : "";
 }
 
+// Of the process: the trace ends after everything else.
+std::atomic<bool> gIsTraceLost = false;
+
 }  // namespace
+
+bool IsTraceLost() noexcept { return gIsTraceLost; }
 
 std::string ReportText(const std::string& about, const std::string& report) {
   return (about.empty() ? "" : Printable(about) + ": ") +
@@ -65,6 +72,10 @@ std::string ReportText(const std::string& about, const std::string& report) {
 KAPHost::HostOptions Library::Options(const std::string& trace) {
   KAPHost::HostOptions options;
   options.fDebug.fTrace = trace;
+  options.fDebug.fOnLost = [](const std::string& message) {
+    std::fprintf(stderr, "posutil: %s\n", message.c_str());
+    gIsTraceLost = true;
+  };
   options.fDebug.fDeclared =
       KAPHost::Declare<KAP_T_MT::POSInterfaceSet, KAP_T_MT::POSStreamerInterfaceSet,
                        KAP_T_MT::POSValidatorInterfaceSet, DirInterfaceSet>();

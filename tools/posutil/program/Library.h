@@ -13,6 +13,9 @@ namespace PosUtil {
 // empty.
 std::string ReportText(const std::string& about, const std::string& report);
 
+// Whether a trace could not be written to its end, which standard error has said.
+bool IsTraceLost() noexcept;
+
 // libKAPUtils.so, loaded into a host of its own, and the client runtime bound to that host.
 // Lifetime: destroy every property object first.
 class Library {

@@ -4,9 +4,12 @@
 #include <memory>
 #include <string>
 
-#include "trace/Stack.h"
+#include "sites/Stack.h"
 
 namespace KAPHost {
+
+// The host among the names of components, which are compared by address.
+inline constexpr char kHost[] = "host";
 
 // Where something happened: in which call, by whom, and what led to it.
 struct Site {

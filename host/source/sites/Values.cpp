@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "trace/Values.h"
+#include "sites/Values.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
-#include <cstdio>
+#include <charconv>
 #include <cstring>
 
 #include "atoms/Atom.h"
+#include "base/Quoted.h"
 #include "containers/Containers.h"
 #include "errors/Errors.h"
 
@@ -14,13 +16,22 @@ namespace KAPHost {
 
 namespace {
 
-constexpr std::size_t kLongestText = 60;
+// Whatever the locale says.
+std::string Decimal(double value) {
+  std::array<char, 32> text{};
+  const auto end = std::to_chars(text.begin(), text.end(), value, std::chars_format::general, 12);
+  return {text.data(), end.ptr};
+}
 
-template <class... Args>
-std::string Printed(const char* format, Args... args) {
-  std::array<char, 40> text{};
-  std::snprintf(text.data(), text.size(), format, args...);
-  return text.data();
+std::string Hexadecimal(const char* prefix, std::uint64_t value) {
+  std::array<char, 16> text{};
+  const auto end = std::to_chars(text.begin(), text.end(), value, 16);
+  return prefix + std::string(text.data(), end.ptr);
+}
+
+template <class Type>
+std::uint64_t Extended(std::uint64_t bits) {
+  return static_cast<std::uint64_t>(static_cast<long>(static_cast<Type>(bits)));
 }
 
 std::string DescribeContainer(KAPContainer* container, const ContainerKind& kindOf) {
@@ -33,24 +44,6 @@ std::string DescribeContainer(KAPContainer* container, const ContainerKind& kind
 
 }  // namespace
 
-std::string Quoted(const char* text) {
-  std::string quoted = "\"";
-  const std::size_t size = ::strnlen(text, kLongestText + 1);
-  for (std::size_t i = 0; i < std::min(size, kLongestText); ++i) {
-    const auto letter = static_cast<unsigned char>(text[i]);
-    if (letter == '"' || letter == '\\') {
-      quoted.append(1, '\\').append(1, text[i]);
-    } else if (letter == '\n') {
-      quoted += "\\n";
-    } else if (letter < 0x20 || letter >= 0x7f) {
-      quoted += Printed("\\x%02x", unsigned{letter});
-    } else {
-      quoted += text[i];
-    }
-  }
-  return quoted + (size > kLongestText ? "\"..." : "\"");
-}
-
 std::string DescribeValue(const WatchedValue& value, const ContainerKind& kindOf) {
   switch (value.fKind) {
     case ValueKind::kNothing:
@@ -62,7 +55,7 @@ std::string DescribeValue(const WatchedValue& value, const ContainerKind& kindOf
     case ValueKind::kUnsigned:
       return std::to_string(value.fBits);
     case ValueKind::kReal:
-      return Printed("%.12g", std::bit_cast<double>(value.fBits));
+      return Decimal(std::bit_cast<double>(value.fBits));
     case ValueKind::kOther:
       return "...";
     default:
@@ -81,9 +74,9 @@ std::string DescribeValue(const WatchedValue& value, const ContainerKind& kindOf
     case ValueKind::kBuffer:
       return "buffer";
     case ValueKind::kPlace:
-      return Printed("&%lx", value.fBits);
+      return Hexadecimal("&", value.fBits);
     default:
-      return Printed("0x%lx", value.fBits);
+      return Hexadecimal("0x", value.fBits);
   }
 }
 
@@ -95,8 +88,10 @@ WatchedValue ValueAt(const WatchedValue& place) noexcept {
     value.fBits = std::bit_cast<std::uint64_t>(
         static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(value.fBits))));
   }
-  if (place.fPlaced == ValueKind::kSigned && place.fSize == sizeof(int)) {
-    value.fBits = static_cast<std::uint64_t>(static_cast<long>(static_cast<int>(value.fBits)));
+  if (place.fPlaced == ValueKind::kSigned) {
+    if (place.fSize == sizeof(int)) value.fBits = Extended<int>(value.fBits);
+    if (place.fSize == sizeof(short)) value.fBits = Extended<short>(value.fBits);
+    if (place.fSize == sizeof(char)) value.fBits = Extended<signed char>(value.fBits);
   }
   return value;
 }

@@ -18,7 +18,4 @@ std::string DescribeValue(const WatchedValue& value, const ContainerKind& kindOf
 // What a result place holds now.
 WatchedValue ValueAt(const WatchedValue& place) noexcept;
 
-// In quotation marks, with escapes, at most 60 bytes of it.
-std::string Quoted(const char* text);
-
 }  // namespace KAPHost

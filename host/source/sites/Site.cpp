@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "trace/Site.h"
+#include "sites/Site.h"
 
 namespace KAPHost {
 

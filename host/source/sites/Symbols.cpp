@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "trace/Symbols.h"
+#include "sites/Symbols.h"
 
 #ifdef KAP_HOST_SYMBOLS
 #include <elfutils/libdwfl.h>
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <utility>
 #else
 #include <dlfcn.h>
+#include <link.h>
 #endif
 
 namespace KAPHost {
@@ -40,7 +42,12 @@ DwflOwner Open(const std::string& path, std::uintptr_t base) {
 }  // namespace
 
 // The files stay open until the process ends, because reading debug information takes a second.
+//
+// No lock of the loader is taken under the mutex: a thread that unloads a component holds that one
+// and may report misuse.
 Symbol FindSymbol(const std::string& path, std::uintptr_t base, std::uintptr_t address) {
+  static auto* const mutex = new std::mutex;
+  const std::lock_guard lock(*mutex);
   static auto* const files = new std::map<std::pair<std::string, std::uintptr_t>, DwflOwner>;
   const auto [file, isNew] = files->try_emplace({path, base});
   if (isNew) file->second = Open(path, base);
@@ -57,9 +64,15 @@ Symbol FindSymbol(const std::string& path, std::uintptr_t base, std::uintptr_t a
 
 #else
 
-Symbol FindSymbol(const std::string&, std::uintptr_t, std::uintptr_t address) {
+// Another library may be where the file was. The program stays, under a name that need not be its
+// path.
+Symbol FindSymbol(const std::string& path, std::uintptr_t base, std::uintptr_t address) {
   Dl_info info{};
-  if (::dladdr(reinterpret_cast<void*>(address), &info) == 0 || !info.dli_sname) return {};
+  link_map* map = nullptr;
+  const int found = ::dladdr1(reinterpret_cast<void*>(address), &info,
+                              reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP);
+  if (found == 0 || !info.dli_sname || map->l_addr != base) return {};
+  if (map->l_prev && path != info.dli_fname) return {};
   return {info.dli_sname, "", 0};
 }
 

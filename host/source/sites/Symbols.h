@@ -13,7 +13,7 @@ struct Symbol {
   int fLine = 0;
 };
 
-// `base` is where the file at `path` was loaded; it may be unloaded since. Not thread-safe.
+// `base` is where the file at `path` was loaded; it may be unloaded since.
 Symbol FindSymbol(const std::string& path, std::uintptr_t base, std::uintptr_t address);
 
 }  // namespace KAPHost

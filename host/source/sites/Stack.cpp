@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "trace/Stack.h"
+#include "sites/Stack.h"
 
 #include <cxxabi.h>
 #include <execinfo.h>
@@ -9,11 +9,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
 #include <utility>
 
 #include "base/Modules.h"
-#include "trace/Symbols.h"
+#include "sites/Symbols.h"
 
 namespace KAPHost {
 
@@ -49,10 +48,19 @@ std::string Demangled(const std::string& symbol) {
   return text;
 }
 
-std::string Line(const void* frame, unsigned long time) {
-  // A return address may stand past the end of its function or line.
-  const auto address = reinterpret_cast<std::uintptr_t>(frame) - 1;
-  const Module module = ModuleAt(reinterpret_cast<const void*>(address), time);
+struct Frame {
+  std::uintptr_t fAddress;
+  Module fModule;
+};
+
+// A return address may stand past the end of its function or line.
+Frame FrameAt(const void* returnAddress, unsigned long time) {
+  const auto address = reinterpret_cast<std::uintptr_t>(returnAddress) - 1;
+  return {address, ModuleAt(reinterpret_cast<const void*>(address), time)};
+}
+
+std::string Line(const Frame& frame) {
+  const auto& [address, module] = frame;
   const Symbol symbol = FindSymbol(module.fPath, module.fBase, address);
   if (symbol.fFunction.empty()) {
     std::array<char, 24> offset{};
@@ -86,12 +94,10 @@ std::shared_ptr<const Stack> CaptureStack(const void* returnAddress) noexcept {
 // Frames of the host and of the client runtime say nothing: each component has a copy of the
 // runtime, and calls the host through it alone.
 std::vector<std::string> DescribeStack(const Stack& stack) {
-  static auto* const mutex = new std::mutex;
-  const std::lock_guard lock(*mutex);
   std::vector<std::string> lines;
   for (const void* frame : stack.fFrames) {
     if (lines.size() == kMostShown) break;
-    std::string line = Line(frame, stack.fTime);
+    std::string line = Line(FrameAt(frame, stack.fTime));
     if (line.starts_with("KAP_T_MT::") || line.starts_with("KAPHost::")) continue;
     lines.push_back(std::move(line));
     if (lines.back() == "main" || lines.back().starts_with("main (")) break;
