@@ -3,14 +3,18 @@
 """kapcheck_test KAPCHECK FOLDER LIBRARY: what kapcheck says about components and hosts. FOLDER has
 the small components, scenarios and hosts of this folder; LIBRARY is libKAPUtils.so.
 """
+import contextlib
 import json
 import os
 import pathlib
 import re
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
+import unittest.mock
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
@@ -41,7 +45,7 @@ COMPONENTS = [
     ("hang_at_start", {"initialise": "does not end within 10 seconds"}, AFTER_INITIALISE),
     ("fail_at_start", {"initialise": "fails; it reports: no licence"}, AFTER_INITIALISE),
     ("start_once", {"initialise": "Initialize fails after a termination"}, AFTER_INITIALISE),
-    ("print", {"output": 'standard output in the test initialise: "hello'}, set()),
+    ("print", {"output": 'standard output in the test initialise-twice: "hello'}, set()),
     ("pin_at_start", {"cycles": "dlclose when it was initialised and terminated"}, set()),
     ("leak_at_second_start", {"initialise-twice": 'two initialisations: atom "forgotten": 1'},
      set()),
@@ -151,7 +155,24 @@ def tests_of(done):
 
 
 class Kapcheck(unittest.TestCase):
+    """Each test ends without temporary files and processes of kapcheck."""
     maxDiff = None
+
+    def setUp(self):
+        place = tempfile.TemporaryDirectory()
+        self.addCleanup(place.cleanup)
+        self.folder = pathlib.Path(place.name)
+        patch = unittest.mock.patch.dict(os.environ, {"TMPDIR": place.name})
+        patch.start()
+        self.addCleanup(patch.stop)
+
+    def tearDown(self):
+        left = [path.name for path in self.folder.glob("kapcheck-*")]
+        for environment in pathlib.Path("/proc").glob("[0-9]*/environ"):
+            with contextlib.suppress(OSError):
+                if f"TMPDIR={self.folder}/kapcheck-".encode() in environment.read_bytes():
+                    left.append(environment.parent.name)
+        self.assertEqual(left, [])
 
     def compare(self, done, reasons, not_run=None):
         """Exactly these tests fail, each for its reason; and exactly these do not run."""
@@ -260,41 +281,109 @@ class Hosts(Kapcheck):
             self.assertEqual(results[name], expected, name)
 
 
+class Results(Kapcheck):
+    """What kapcheck makes of the results."""
+
+    def test_the_text_of_failures(self):
+        crash = run("component", library("need_memory"), "--only", "refused-calls,leaks")
+        crash = re.sub(r"(?m)^ *\|.*\n", "", crash.stdout)  # of a sanitizer
+        self.assertEqual(crash, """libneed_memory.so (need_memory), seed 1
+passed   leaks          releases all that it takes of the host
+FAILED   refused-calls  survives each failing host call and look-up of its initialisation
+          reason: crashes: Aborted
+          step: initialises with host call 2 failing
+1 passed, 1 failed, 0 not run
+""")
+        if IS_SANITIZED:
+            self.skipTest("a sanitizer ends the process instead")
+        misuse = run("component", library("release_twice"), "--only", "dead-handles").stdout
+        self.assertEqual(re.sub(r" \(\S+:\d+\)", "", misuse),  # in a build for the debugger
+                         """librelease_twice.so (release_twice), seed 1
+FAILED   dead-handles  uses no handle after its last release
+          reason: misuses a handle: release of a dead atom "kept by a small component"
+          |   used by librelease_twice.so in KAPStringInterface.DeleteStringAtom
+          |     release_twiceTerminate
+          |   made by librelease_twice.so in KAPStringInterface.NewStringAtom
+          |     release_twiceInitialize
+          |   ended by librelease_twice.so in KAPStringInterface.DeleteStringAtom
+          |     release_twiceTerminate
+0 passed, 1 failed, 0 not run
+""")
+
+    def test_a_failed_test_that_others_need_is_a_result(self):
+        for name, failed in ("crash_at_load", "load"), ("wrong_answer", "scenario"):
+            with self.subTest(name):
+                done = run("component", library(name), "--scenario", library("scenario"),
+                           "--only", "leaks", "--format", "json")
+                self.assertEqual((done.returncode, [test["name"] for test in tests_of(done)
+                                                    if test["result"] == "failed"]), (1, [failed]))
+        self.assertIn("(without the scenario)", done.stdout)
+
+    def test_a_plugin_that_crashes_has_a_step(self):
+        done = run("component", library("good"), "--scenario", library("scenario"), "--only",
+                   "scenario", "--format", "json", fault="at load")
+        self.compare(done, {"scenario": ABORTED + "loads the scenario"})
+
+    def test_few_descriptors_are_enough(self):
+        self.compare(run("component", library("good"), "--format", "json", "--only", "leaks",
+                         prefix=["sh", "-c", 'ulimit -n 20 && exec "$@"', "sh"]), {})
+
+    def test_an_interrupt_leaves_nothing(self):
+        with subprocess.Popen([KAPCHECK, "component", library("hang_at_start"), "--format", "json"],
+                              stdout=subprocess.PIPE, text=True) as process:
+            while not list(self.folder.glob("kapcheck-*")):
+                time.sleep(0.01)
+            process.send_signal(signal.SIGTERM)
+            output = process.communicate(timeout=60)[0]
+        self.assertEqual((process.returncode, json.loads(output)["interrupted"]),
+                         (-signal.SIGTERM, "Terminated"))
+
+
 class BadInput(Kapcheck):
     def test_status_and_message(self):
-        with tempfile.TemporaryDirectory() as folder:
-            folder = pathlib.Path(folder)
-            whole = library("good").read_bytes()
-            files = {"text": b"no library", "empty": b"", "header": whole[:64],
-                     "half": whole[:len(whole) // 2], "object": whole[:16] + b"\1" + whole[17:]}
-            for name, content in files.items():
-                (folder / f"lib{name}.so").write_bytes(content)
-            (folder / "good.so").write_bytes(whole)
-            rows = [([folder / f"lib{name}.so"], 3, "a shared library") for name in files]
-            rows += [
-                (["/no/such/liba.so"], 3, "No such file or directory"),
-                ([KAPCHECK, "--name", "kapcheck"], 3, "not a shared library"),
-                ([folder, "--name", "folder"], 3, "not a file"),
-                ([folder / "good.so"], 2, "use --name"),
-                ([], 2, "LIBRARY is required"),
-                ([library("good"), "--only", "leaks,nothing"], 2, 'no test "nothing"'),
-                ([library("good"), "--time-limit", "0"], 2, "--time-limit"),
-                ([library("good"), "--format", "xml"], 2, "--format"),
-                ([library("good"), "--scenario", "/no/such/plugin.so"], 3, "No such file"),
-            ]
-            for arguments, status, words in rows:
-                with self.subTest(arguments):
-                    done = run("component", *arguments)
-                    self.assertEqual((done.returncode, done.stdout), (status, ""), done.stderr)
-                    self.assertIn(words, done.stderr)
+        folder = self.folder
+        whole = library("good").read_bytes()
+        files = {"text": b"no library", "empty": b"", "header": whole[:64],
+                 "half": whole[:len(whole) // 2], "object": whole[:16] + b"\1" + whole[17:]}
+        for name, content in files.items():
+            (folder / f"lib{name}.so").write_bytes(content)
+        (folder / "good.so").write_bytes(whole)
+        (folder / "lib-x.so").write_bytes(whole)
+        pipe = folder / "libpipe.so"
+        os.mkfifo(pipe)
+        good = library("good")
+        rows = [([folder / f"lib{name}.so"], 3, "a shared library") for name in files]
+        rows += [
+            (["/no/such/liba.so"], 3, "No such file or directory"),
+            (["/no/\x1b[31m/liba.so"], 3, r"/no/\x1b[31m/liba.so: No such file"),
+            ([KAPCHECK, "--name", "kapcheck"], 3, "not a shared library"),
+            ([folder, "--name", "folder"], 3, "not a file"),
+            ([pipe], 3, "not a file"),
+            ([folder / "good.so"], 2, "use --name"),
+            ([folder / "lib-x.so"], 2, "use --name"),
+            ([good, "--name", "1x"], 2, "not a component's name"),
+            ([], 2, "LIBRARY is required"),
+            ([good, "--only", "leaks,nothing"], 2, 'no test "nothing"'),
+            ([good, "--time-limit", "0"], 2, "--time-limit"),
+            ([good, "--time-limit", "nan"], 2, "--time-limit"),
+            ([good, "--seed", "0"], 2, "--seed"),
+            ([good, "--format", "xml"], 2, "--format"),
+            ([good, "--scenario", "/no/such/plugin.so"], 3, "No such file"),
+            ([good, "--scenario", pipe], 3, "not a file"),
+            ([good, "--scenario", good], 3, "exports neither KAPCheckScenario nor"),
+        ]
+        for arguments, status, words in rows:
+            with self.subTest(arguments):
+                done = run("component", *arguments)
+                self.assertEqual((done.returncode, done.stdout), (status, ""), done.stderr)
+                self.assertIn(words, done.stderr)
 
     def test_another_name(self):
-        with tempfile.TemporaryDirectory() as folder:
-            path = pathlib.Path(folder) / "other.so"
-            path.write_bytes(library("good").read_bytes())
-            done = run("component", path, "--name", "good", "--only", "initialise")
-            self.assertEqual((done.returncode, done.stdout.splitlines()[-1]),
-                             (0, "1 passed, 0 failed, 0 not run"), done.stdout)
+        path = self.folder / "other.so"
+        path.write_bytes(library("good").read_bytes())
+        done = run("component", path, "--name", "good", "--only", "initialise")
+        self.assertEqual((done.returncode, done.stdout.splitlines()[-1]),
+                         (0, "1 passed, 0 failed, 0 not run"), done.stdout)
 
     def test_a_closed_output_is_an_error(self):
         with open("/dev/full", "w", encoding="utf-8") as full:

@@ -7,6 +7,7 @@
 #include "Small.h"
 
 // Breaks no rule. Has a thread as long as it is initialised.
+namespace {
 struct Worker {
   std::mutex fMutex;
   std::condition_variable fChange;
@@ -16,7 +17,8 @@ struct Worker {
     while (!fIsOver) fChange.wait(lock);
   }};
 };
-static Worker* gWorker = nullptr;  // a static object would be destroyed when the process exits
+Worker* gWorker = nullptr;  // a static object would be destroyed when the process exits
+}  // namespace
 bool Start() {
   if (!StartWell()) return false;
   gWorker = new Worker;

@@ -166,7 +166,7 @@ std::string NameFromFile(const std::string& path) {
 
 bool IsComponentName(const std::string& name) {
   const auto isLetter = [](char c) { return (c | 32) >= 'a' && (c | 32) <= 'z'; };
-  return !name.empty() && std::all_of(name.begin(), name.end(), [&](char c) {
+  return !name.empty() && std::all_of(name.begin(), name.end(), [&](const char& c) {
     return c == '_' || isLetter(c) || (c >= '0' && c <= '9' && &c != name.data());
   });
 }
