@@ -26,7 +26,7 @@ IS_SANITIZED = "ASAN_OPTIONS" in os.environ
 
 AFTER_LOAD = {"initialise", "output", "cycles", "initialise-twice", "terminate-twice", "leaks",
               "registrations", "dead-handles", "after-termination", "exit", "exceptions",
-              "missing-interfaces", "missing-procedures", "refused-calls",
+              "missing-interfaces", "missing-procedures", "process-state", "refused-calls",
               "refused-registrations", "counter", "threads", "scenario", "refused-scenario"}
 AFTER_INITIALISE = AFTER_LOAD - {"initialise"}
 DECLARED = {"random-calls", "concurrent-calls", "late-calls"}
@@ -78,6 +78,7 @@ COMPONENTS = [
     ("keep_address", {"counter": "no longer registered: KAPStringInterface, AddRef"}, set()),
     ("leave_thread", {"threads": "leaves threads running after its termination: 1"}, set()),
     ("leave_process", {"threads": "leaves processes running after its termination: 1"}, set()),
+    ("leave_file_open", {"process-state": 'nothing became "/dev/null"'}, set()),
     ("close_files", {"initialise": "closes descriptors that are not its own"}, AFTER_INITIALISE),
     ("wrong_answer", {"scenario": "the scenario fails in run 1"}, {"refused-scenario"}),
     ("leak_in_use", {"refused-scenario": 'atom "forgotten": 1'}, set()),

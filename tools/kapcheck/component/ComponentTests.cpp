@@ -30,6 +30,8 @@ constexpr ComponentTest kTests[] = {
      Needs::kInitialising, &CheckExit},
     {"threads", "leaves no thread and no process running", Needs::kInitialising, &CheckThreads,
      Watch::kCalls, true},
+    {"process-state", "leaves open files, signals, locale, environment and folder as they were",
+     Needs::kInitialising, &CheckProcessState},
     {"exceptions", "lets no exception out when there is no host or nothing works",
      Needs::kInitialising, &CheckExceptions},
     {"missing-interfaces", "survives a host without each of the interfaces", Needs::kInitialising,

@@ -51,6 +51,7 @@ void CheckHostCallsAfterTermination(Trial& trial);
 void CheckCallsAfterTermination(Trial& trial);
 void CheckExit(Trial& trial);
 void CheckThreads(Trial& trial);
+void CheckProcessState(Trial& trial);
 
 void CheckExceptions(Trial& trial);
 void CheckMissingInterfaces(Trial& trial);

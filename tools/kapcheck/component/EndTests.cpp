@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "component/ComponentTests.h"
+#include "component/ProcessState.h"
 #include "component/RandomCalls.h"
 #include "process/Progress.h"
 
@@ -95,6 +96,16 @@ void CheckCallsAfterTermination(Trial& trial) {
     caller.CallLate(lateStep);
     ExpectNoHostCall(trial, "when it is called after its termination");
   }
+}
+
+void CheckProcessState(Trial& trial) {
+  trial.Load();
+  const ProcessState before = TakeProcessState();
+  trial.MustInitialize();
+  trial.MustRunScenario();
+  trial.Terminate();
+  const std::string difference = Difference(before, TakeProcessState());
+  if (!difference.empty()) throw TestFailure("leaves the process changed: " + difference);
 }
 
 void CheckThreads(Trial& trial) {

@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <mutex>
 #include <random>
 #include <system_error>
@@ -223,6 +224,8 @@ class Child {
     ::unsetenv(kChildVariable);
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(kExitWithoutMessages);
+    // A component that takes all memory should not take other processes along.
+    std::ofstream("/proc/self/oom_score_adj") << 1000;
     ::fcntl(kMessageDescriptor, F_SETFD, FD_CLOEXEC);
     fIsChild = ::fstat(kMessageDescriptor, &fPipe) == 0;
   }
