@@ -325,6 +325,13 @@ FAILED   dead-handles  uses no handle after its last release
                    "scenario", "--format", "json", fault="at load")
         self.compare(done, {"scenario": ABORTED + "loads the scenario"})
 
+    def test_a_library_without_sections(self):
+        whole = library("good").read_bytes()
+        path = self.folder / "libgood.so"
+        path.write_bytes(whole[:40] + bytes(8) + whole[48:60] + bytes(4) + whole[64:])
+        self.compare(run("component", path, "--format", "json", "--only",
+                         "load" if IS_SANITIZED else "exports,load"), {})
+
     def test_few_descriptors_are_enough(self):
         self.compare(run("component", library("good"), "--format", "json", "--only", "leaks",
                          prefix=["sh", "-c", 'ulimit -n 20 && exec "$@"', "sh"]), {})

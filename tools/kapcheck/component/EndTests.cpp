@@ -20,13 +20,17 @@ namespace {
 constexpr int kCallsBefore = 500;
 constexpr int kCallsAfter = 1000;
 
-void UseAndTerminate(Trial& trial) {
-  trial.Load();
+void UseOnce(Trial& trial) {
   trial.Step("initialises");
   trial.MustInitialize();
   trial.MustRunScenario();
   trial.Step("terminates");
   trial.Terminate();
+}
+
+void UseAndTerminate(Trial& trial) {
+  trial.Load();
+  UseOnce(trial);
 }
 
 // Without what called the component: each stack ends where it gets to kapcheck.
@@ -98,22 +102,22 @@ void CheckCallsAfterTermination(Trial& trial) {
   }
 }
 
+// What the component uses may keep a file open from its first use on; the second use should not add
+// one.
 void CheckProcessState(Trial& trial) {
   trial.Load();
   const ProcessState before = TakeProcessState();
-  trial.MustInitialize();
-  trial.MustRunScenario();
-  trial.Terminate();
-  const std::string difference = Difference(before, TakeProcessState());
+  UseOnce(trial);
+  const ProcessState once = TakeProcessState();
+  UseOnce(trial);
+  std::string difference = Difference(once, TakeProcessState());
+  if (difference.empty()) difference = Difference(WithoutFiles(before), WithoutFiles(once));
   if (!difference.empty()) throw TestFailure("leaves the process changed: " + difference);
 }
 
 void CheckThreads(Trial& trial) {
   const std::ptrdiff_t before = CountThreads();
-  trial.Load();
-  trial.MustInitialize();
-  trial.MustRunScenario();
-  trial.Terminate();
+  UseAndTerminate(trial);
   const std::ptrdiff_t left = trial.LeftThreads();
   if (left > 0) {
     throw TestFailure("leaves threads running after its termination: " + std::to_string(left));

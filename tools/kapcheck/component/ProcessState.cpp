@@ -17,6 +17,8 @@ namespace KAPCheck {
 
 namespace {
 
+constexpr char kOpenFile[] = "open file ";
+
 void AddFiles(ProcessState& state) {
   namespace fs = std::filesystem;
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir("/proc/self/fd"), &::closedir);
@@ -26,7 +28,7 @@ void AddFiles(ProcessState& state) {
     const std::string number = entry->d_name;
     if (number == own || number[0] == '.') continue;
     std::error_code ignored;
-    state["open file " + number] = fs::read_symlink("/proc/self/fd/" + number, ignored).string();
+    state[kOpenFile + number] = fs::read_symlink("/proc/self/fd/" + number, ignored).string();
   }
 }
 
@@ -62,6 +64,11 @@ ProcessState TakeProcessState() {
       state["environment variable " + entry.substr(0, end)] = entry.substr(end + 1);
     }
   }
+  return state;
+}
+
+ProcessState WithoutFiles(ProcessState state) {
+  std::erase_if(state, [](const auto& entry) { return entry.first.starts_with(kOpenFile); });
   return state;
 }
 

@@ -12,6 +12,7 @@ namespace KAPCheck {
 using ProcessState = std::map<std::string, std::string>;
 
 ProcessState TakeProcessState();
+ProcessState WithoutFiles(ProcessState state);
 
 // What is different, such as "file 5: \"\" became \"/tmp/x\""; "" for nothing.
 std::string Difference(const ProcessState& before, const ProcessState& after);

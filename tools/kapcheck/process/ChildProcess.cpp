@@ -184,30 +184,26 @@ std::string NewToken() {
 }
 
 // Follows the process until it ends or a limit runs out.
-void Follow(pid_t process, std::array<Reading, 3>& readings, std::chrono::milliseconds limit,
-            Ending& ending) {
+void Follow(pid_t process, Clock::time_point start, std::array<Reading, 3>& readings,
+            std::chrono::milliseconds limit, Ending& ending) {
   // Wakes the poll when the process ends. Where there is none, the poll ends now and then.
   const Descriptor end(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
-  const auto start = Clock::now();
-  auto heard = start;
-  for (bool isOver = false; !isOver && gInterrupt == 0;) {
+  auto heard = Clock::now();
+  for (;;) {
     std::array<pollfd, 4> polls;
     for (std::size_t i = 0; i < 3; ++i) polls[i] = {readings[i].Get(), POLLIN, 0};
     polls[3] = {end.Get(), POLLIN, 0};
     // The process may end while one of its own children keeps the pipes open.
     ::poll(polls.data(), polls.size(), 20);
-    isOver = HasEnded(process);
+    const bool hasEnded = HasEnded(process);
     readings[0].Take();
     readings[1].Take();
     const auto now = Clock::now();
     if (readings[2].Take()) heard = now;
-    if (isOver || now - heard < limit) {
-      if (isOver || now - start < kMostTimeLimits * limit) continue;
-      ending.fWay = Ending::Way::kManyTimeLimits;
-    } else {
-      ending.fWay = Ending::Way::kTimeLimit;
-    }
-    isOver = true;
+    if (hasEnded || gInterrupt != 0) break;
+    if (now - heard >= limit) ending.fWay = Ending::Way::kTimeLimit;
+    if (now - start >= kMostTimeLimits * limit) ending.fWay = Ending::Way::kManyTimeLimits;
+    if (ending.fWay != Ending::Way::kExit) break;
   }
   ending.fSeconds = std::chrono::duration<double>(Clock::now() - start).count();
 }
@@ -279,12 +275,13 @@ Ending RunAgain(const std::vector<std::string>& arguments, const std::string& fo
   Pipe out, errors, messages;
   const std::string token = NewToken();
   Descendants descendants;
+  const auto start = Clock::now();
   const pid_t process = Start(arguments, folder, token, out, errors, messages);
   for (Pipe* pipe : {&out, &errors, &messages}) pipe->fWriter = Descriptor();
   std::array<Reading, 3> readings = {Reading{out, ending.fOutput, kMostOutput},
                                      Reading{errors, ending.fErrors, kMostOutput},
                                      Reading{messages, ending.fMessages, kMostMessages}};
-  Follow(process, readings, limit, ending);
+  Follow(process, start, readings, limit, ending);
   ending.fMessages = Messages(ending.fMessages, token);
   if (ending.fWay == Ending::Way::kExit && gInterrupt == 0) {
     ending.fLeft = descendants.CountLeft(process);
