@@ -34,7 +34,7 @@
 
 #define KAP_CHECK_EXPORT extern "C" [[gnu::visibility("default")]]
 
-// Declares one or more interfaces (TKAPInterface). Stands once in a plug-in, outside all
+// Declares one or more interfaces (TKAPInterface). Use it once in a plug-in, outside all
 // namespaces.
 #define KAP_CHECK_DECLARE(...)                                                                   \
   KAP_CHECK_EXPORT const KAPCheck::DeclaredMethod* KAPCheckDeclarations(std::size_t* outCount) { \
