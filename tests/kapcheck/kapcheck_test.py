@@ -202,7 +202,7 @@ class Components(Kapcheck):
                     if set(reasons) == {"exports"}:
                         self.skipTest("the sanitizer exports symbols")
                     reasons = {test: words for test, words in reasons.items() if test != "exports"}
-                    arguments += ["--only", ",".join({"load", "initialise", *reasons})]
+                    arguments += ["--only", ",".join({"load", "initialise-twice", *reasons})]
                     expected = None
                 self.compare(run(*arguments), reasons, expected)
 

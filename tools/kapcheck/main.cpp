@@ -137,8 +137,7 @@ PosUtil::ExitStatus Run(const CLI::App& app, const Options& options) {
 
 // The processes that kapcheck starts are kapcheck again.
 [[noreturn]] void RunChild(const std::vector<std::string>& arguments) {
-  const std::string command = arguments.at(1);
-  if (command == "run-probe") {
+  if (arguments.at(1) == "run-probe") {
     RunProbe(arguments.at(2), arguments.at(4), std::stoi(arguments.at(3)));
   }
   RunComponentTest(arguments.at(2), {arguments.at(3), arguments.at(4), arguments.at(6),

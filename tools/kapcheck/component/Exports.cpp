@@ -44,6 +44,12 @@ class ElfFile {
     if (header.e_ident[EI_CLASS] != ELFCLASS64 || header.e_machine != EM_X86_64) {
       ThrowFailure("a library for another machine");
     }
+    // The loader would not look, and crash.
+    ForEachSegment([&](const GElf_Phdr& segment) {
+      const auto size = static_cast<std::uint64_t>(status.st_size);
+      const bool isWhole = segment.p_filesz <= size && segment.p_offset <= size - segment.p_filesz;
+      if (segment.p_type == PT_LOAD && !isWhole) ThrowFailure("a shared library that is cut off");
+    });
     ReadDynamicSegment();
     // A position independent program has the type of a library, too.
     const bool isProgram = (Value(DT_FLAGS_1) & DF_1_PIE) != 0;

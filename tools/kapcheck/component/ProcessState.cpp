@@ -11,8 +11,6 @@
 #include <filesystem>
 #include <memory>
 
-extern char** environ;
-
 namespace KAPCheck {
 
 namespace {

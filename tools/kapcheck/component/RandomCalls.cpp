@@ -79,7 +79,7 @@ std::string Quoted(const char* text) { return '"' + std::string(text) + '"'; }
 
 }  // namespace
 
-Block::Block() : fBytes(nullptr) {
+Block::Block() {
   void* const pages =
       ::mmap(nullptr, 2 * kBlockSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (pages == MAP_FAILED) throw std::bad_alloc();

@@ -24,7 +24,7 @@ class Block {
   void* Handle() const;
 
  private:
-  void* fBytes;
+  void* fBytes = nullptr;
 };
 
 // A client that calls the declared interfaces with random arguments, and keeps the objects that it

@@ -164,7 +164,7 @@ void Trial::ExpectNoMisuse(const std::string& when) {
   for (const std::string& misuse : TakeMisuse()) {
     const std::string line = FirstLine(misuse);
     if (fPlainMisuse.contains(line)) continue;
-    throw TestFailure("misuses a handle " + when + ": " + line);
+    throw TestFailure(std::string("misuses a handle ").append(when).append(": ").append(line));
   }
 }
 

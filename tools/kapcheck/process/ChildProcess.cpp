@@ -22,8 +22,6 @@
 #include "files/Descriptor.h"
 #include "process/Descendants.h"
 
-extern char** environ;
-
 namespace KAPCheck {
 
 namespace {
@@ -107,6 +105,7 @@ std::vector<std::string> EnvironmentFor(const std::string& folder, const std::st
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "process/Folder.h"
 
-#include <stdlib.h>
-
+#include <cstdlib>
 #include <filesystem>
 
 #include "base/Failure.h"
