@@ -86,8 +86,8 @@ class CKAPError : public std::exception {
 
   // Whether the error has this component (byte by byte, not null) and this code. The empty error
   // has component "" and code 0; an error whose component is null matches nothing, and nothing
-  // matches a null component. When the host
-  // has lost the procedures to ask for them, throws as a stale table does (KAPInterfaceClient.h).
+  // matches a null component. When the host has lost the procedures to ask for them, throws as a
+  // stale table does (KAPInterfaceClient.h).
   bool Matches(const char* component, long code) const;
 
   KAPError* Handle() const noexcept { return fError; }  // borrowed

@@ -15,7 +15,7 @@ namespace NKAPUtilsDirImpl {
 // file or a link. So the file is opened by its name right after its creation only, for the stream,
 // and after a check that the name leads to it. Later, for a view, it is opened through the
 // descriptor that its creation left open for the life of the process; where the system does not
-// offer that, by its name, after the same check.
+// provide that, by its name, after the same check.
 class TempFile {
  public:
   // A new, empty file in the directory for temporary files, named as by "CreateUniqueFilename".

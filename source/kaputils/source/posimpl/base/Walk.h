@@ -30,7 +30,7 @@ class Walk {
   NestingStack& Stack() const noexcept { return fStack; }
 
   // A container that is cloned calls Enter at its begin and Leave at its end. One that fails does
-  // not leave, so afterwards IsInElement says whether it was inside of another one.
+  // not leave, so afterwards IsInElement says whether it was inside another one.
   void Enter() noexcept { ++fDepth; }
   void Leave() noexcept { --fDepth; }
   bool IsInElement() const noexcept { return fDepth > 1; }
