@@ -28,10 +28,10 @@ void UseLabels() {
   KAPCheck(Labels::Call<"Count">(&count, Read("[]").Handle()));
   static_cast<void>(Labels::Call<"StartsWithNumber">(Read("[1 2]").Handle()));
   Labels::Call<"RestLength">("Total");
-  Labels::Call<"Text">(Read("< label (Total) >").Handle());
+  static_cast<void>(Labels::Call<"Text">(Read("< label (Total) >").Handle()));
   double number = 0;
   CKAPError(Labels::Call<"Parse">(&number, "1x"), KAPAdopt());
-  Labels::Call<"IsSame">("Sum", "Total");
+  static_cast<void>(Labels::Call<"IsSame">("Sum", "Total"));
 }
 
 // Leaves out the frames of stacks that are not in the sources of this example: they change.

@@ -4,14 +4,13 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <sstream>
 
 #include "base/Failure.h"
 #include "base/Printable.h"
 #include "component/ComponentCheck.h"
-#include "component/ComponentTests.h"
 #include "host/HostCheck.h"
 #include "process/ChildProcess.h"
 
@@ -30,14 +29,18 @@ struct Options {
   double fTimeLimit = 60;
   std::string fFormat = "text";
   bool fIsList = false;
-  // Of a test's own process.
-  std::string fTest;
-  int fFirst = 0;
 };
 
 void AddOutputOptions(CLI::App& app, Options& options) {
-  app.add_option("--time-limit", options.fTimeLimit, "Seconds that a process may take; default: 60")
-      ->check(CLI::Range(0.001, 1e6))
+  const auto check = [](const std::string& text) -> std::string {
+    char* end = nullptr;
+    const double seconds = std::strtod(text.c_str(), &end);
+    const bool isRight = *end == '\0' && seconds >= 0.001 && seconds <= 1e6;  // false for "nan"
+    return isRight ? "" : "--time-limit: not a number of seconds from 0.001 to 1000000";
+  };
+  app.add_option("--time-limit", options.fTimeLimit,
+                 "Seconds that a step of a test may take; default: 60")
+      ->check(check)
       ->option_text("SECONDS");
   app.add_option("--format", options.fFormat, "\"text\" (the default) or \"json\"")
       ->check(CLI::IsMember({"text", "json"}))
@@ -58,7 +61,10 @@ CLI::App* DeclareComponent(CLI::App& app, Options& options) {
   own->add_option("--scenario", options.fScenario, "A plug-in that uses the component")
       ->option_text("PLUGIN");
   own->add_option("--seed", options.fSeed, "The seed of random calls; default: 1")
-      ->check(CLI::PositiveNumber)
+      ->check([](const std::string& text) -> std::string {
+        const bool isZero = text.find_first_not_of('0') == std::string::npos;
+        return isZero ? "--seed: not a positive number" : "";
+      })
       ->option_text("NUMBER");
   AddOutputOptions(*own, options);
   own->footer(
@@ -79,53 +85,23 @@ CLI::App* DeclareHost(CLI::App& app, Options& options) {
   return own;
 }
 
-// The processes that kapcheck starts are kapcheck again.
-void DeclareOwnProcesses(CLI::App& app, Options& options) {
-  CLI::App* const test = app.add_subcommand("run-component-test", "")->group("");
-  test->add_option("test", options.fTest)->required();
-  test->add_option("library", options.fLibrary)->required();
-  test->add_option("name", options.fName)->required();
-  test->add_option("seed", options.fSeed)->required();
-  test->add_option("scenario", options.fScenario);
-  CLI::App* const probe = app.add_subcommand("run-probe", "")->group("");
-  probe->add_option("probe", options.fProbe)->required();
-  probe->add_option("first", options.fFirst)->required();
-  probe->add_option("host", options.fHost);
-}
-
 // The processes of the tests work in another folder.
 std::string Absolute(const std::string& path) {
-  return path.empty() ? "" : std::filesystem::absolute(path).lexically_normal().string();
+  return path.empty() ? "" : std::filesystem::absolute(path).string();
 }
 
 std::chrono::milliseconds LimitOf(const Options& options) {
   return std::chrono::milliseconds(std::lround(std::ceil(options.fTimeLimit * 1000)));
 }
 
-void ListTests() {
-  std::size_t width = 0;
-  for (const ComponentTest& test : ComponentTests()) {
-    width = std::max(width, std::string_view(test.fName).size() + 2);
-  }
-  for (const ComponentTest& test : ComponentTests()) {
-    const std::string name = test.fName;
-    std::cout << name << std::string(width - name.size(), ' ') << test.fDescription << '\n';
-  }
-}
-
 Results RunComponent(const Options& options) {
   if (options.fLibrary.empty()) throw Failure("LIBRARY is required", PosUtil::kExitUsage);
   const std::string name = options.fName.empty() ? NameFromFile(options.fLibrary) : options.fName;
-  if (name.empty()) {
-    throw Failure(options.fLibrary +
-                      ": cannot tell the component's name from the file name; use "
-                      "--name",
-                  PosUtil::kExitUsage);
-  }
-  for (const std::string& test : options.fOnly) {
-    if (!FindComponentTest(test)) {
-      throw Failure("there is no test \"" + test + "\"; see --list", PosUtil::kExitUsage);
-    }
+  if (!IsComponentName(name)) {
+    const std::string why = options.fName.empty()
+                                ? "cannot tell the component's name from the file name; use --name"
+                                : "not a component's name: " + PosUtil::Printable(name);
+    throw Failure(PosUtil::Printable(options.fLibrary) + ": " + why, PosUtil::kExitUsage);
   }
   const Target target{Absolute(options.fLibrary), name, Absolute(options.fScenario), options.fSeed};
   return CheckComponent(target, options.fOnly, LimitOf(options));
@@ -136,25 +112,36 @@ Results RunHost(const Options& options) {
                    Absolute(options.fHost), LimitOf(options));
 }
 
+// Ends this process as the signal would have done, with what there is.
+[[noreturn]] void EndBy(int signal) {
+  std::cout.flush();
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+  std::_Exit(PosUtil::kExitFailure);
+}
+
 PosUtil::ExitStatus Print(const Options& options, const Results& results) {
   options.fFormat == "json" ? PrintJson(std::cout, results) : PrintText(std::cout, results);
+  if (results.fSignal != 0) EndBy(results.fSignal);
   return results.Count(Outcome::kFailed) == 0 ? PosUtil::kExitSuccess : PosUtil::kExitNegative;
 }
 
 PosUtil::ExitStatus Run(const CLI::App& app, const Options& options) {
-  if (app.got_subcommand("run-component-test")) {
-    EndWithParent();
-    RunComponentTest(options.fTest,
-                     {options.fLibrary, options.fName, options.fScenario, options.fSeed});
-  }
-  if (app.got_subcommand("run-probe")) {
-    EndWithParent();
-    RunProbe(options.fProbe, options.fHost, options.fFirst);
-  }
+  CatchInterrupts();
   if (app.got_subcommand("host")) return Print(options, RunHost(options));
   if (!options.fIsList) return Print(options, RunComponent(options));
-  ListTests();
+  options.fFormat == "json" ? ListJson(std::cout, ListedTests())
+                            : ListText(std::cout, ListedTests());
   return PosUtil::kExitSuccess;
+}
+
+// The processes that kapcheck starts are kapcheck again.
+[[noreturn]] void RunChild(const std::vector<std::string>& arguments) {
+  if (arguments.at(1) == "run-probe") {
+    RunProbe(arguments.at(2), arguments.at(4), std::stoi(arguments.at(3)));
+  }
+  RunComponentTest(arguments.at(2), {arguments.at(3), arguments.at(4), arguments.at(6),
+                                     std::stoul(arguments.at(5))});
 }
 
 PosUtil::ExitStatus ParseAndRun(int argc, char** argv) {
@@ -168,7 +155,6 @@ PosUtil::ExitStatus ParseAndRun(int argc, char** argv) {
       "lost output.");
   DeclareComponent(app, options);
   DeclareHost(app, options);
-  DeclareOwnProcesses(app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success&) {
@@ -182,12 +168,15 @@ PosUtil::ExitStatus ParseAndRun(int argc, char** argv) {
 
 int Main(int argc, char** argv) {
   try {
+    if (IsChild()) RunChild({argv, argv + argc});
     const PosUtil::ExitStatus status = ParseAndRun(argc, argv);
     if (!std::cout.flush()) throw Failure("<stdout>: cannot write");
     return status;
   } catch (const Failure& failure) {
     std::cerr << "kapcheck: " << failure.what() << '\n';
     return failure.Status();
+  } catch (const Interrupted& interrupted) {
+    EndBy(interrupted.Signal());
   } catch (const std::exception& error) {
     std::cerr << "kapcheck: " << error.what() << '\n';
   }

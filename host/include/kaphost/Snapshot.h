@@ -54,6 +54,9 @@ class Snapshot {
   // The sum over all names.
   Holding Total(KAPResource resource) const;
 
+  // Without the negative entries of a difference. Throws std::bad_alloc.
+  Snapshot Gained() const;
+
   // One line for each holding, such as `container "POSObjectImpl": 2 (3 references)`; empty when
   // there is none. Throws std::bad_alloc.
   std::string Describe() const;

@@ -63,6 +63,14 @@ Holding Snapshot::Total(KAPResource resource) const {
   return total;
 }
 
+Snapshot Snapshot::Gained() const {
+  Snapshot gained = *this;
+  std::erase_if(gained.fHoldings, [](const auto& entry) {
+    return entry.second.fNumber < 0 || entry.second.fExtent < 0;
+  });
+  return gained;
+}
+
 std::string Snapshot::Describe() const {
   std::string text;
   for (const auto& [key, holding] : fHoldings) text += Line(key.first, key.second, holding) + '\n';

@@ -5,24 +5,29 @@
 #include "Small.h"
 
 // A small component with a second interface, which is declared to kapcheck. Each source defines the
-// two procedures.
+// first two procedures.
 int Length(const char* text) noexcept;
 KAPError* Make(KAPContainer** out, KAPStringAtom* name) noexcept;
+
+// Writes as much as there is room for.
+inline int Fill(char* buffer, int size) noexcept {
+  for (int i = 0; buffer && i < size; ++i) buffer[i] = 'x';
+  return size;
+}
 
 inline bool StartNoting() {
   if (!StartWell()) return false;
   const auto proc = Proc<KAPBinderInterface, "KAPRegisterProcAddress">();
-  for (const auto& entry : NoteInterface::Registration(&Length, &Make)) {
-    if (!proc(NoteInterface::kName, entry.fMethodName, entry.fProcName, entry.fProc)) return false;
+  for (const auto& entry : NoteInterface::Registration(&Length, &Make, &Fill)) {
+    if (!proc || !proc(NoteInterface::kName, entry.fMethodName, entry.fProcName, entry.fProc))
+      return false;
   }
   return true;
 }
 
 inline void StopNoting() {
   if (!gIsRegistered) return;
-  if (const auto proc = Proc<KAPBinderInterface, "KAPUnregisterInterface">()) {
-    proc(NoteInterface::kName);
-  }
+  Unregister(NoteInterface::kName);
   StopWell();
 }
 

@@ -39,17 +39,23 @@ inline void DeleteAtom(KAPStringAtom* atom) {
   if (proc) proc(atom);
 }
 
+// Registers "Answer" under the name of another interface, too.
+inline bool RegisterUnder(const char* name, double (*answer)()) {
+  const auto proc = Proc<KAPBinderInterface, "KAPRegisterProcAddress">();
+  return proc && proc(name, "Answer", "AnswerProc", reinterpret_cast<void*>(answer)) != 0;
+}
+inline void Unregister(const char* name) {
+  if (const auto proc = Proc<KAPBinderInterface, "KAPUnregisterInterface">()) proc(name);
+}
+
 inline bool gIsRegistered = false;
 inline KAPStringAtom* gAtom = nullptr;
 
 // Makes an atom and registers "Answer". False when it cannot, or when it already has.
 inline bool StartWell() {
-  const auto proc = Proc<KAPBinderInterface, "KAPRegisterProcAddress">();
-  if (gIsRegistered || !proc) return false;
+  if (gIsRegistered) return false;
   gAtom = NewAtom("kept by a small component");
-  const auto entries = AnswerInterface::Registration(&Answer);
-  gIsRegistered = gAtom && proc(AnswerInterface::kName, entries[0].fMethodName,
-                                entries[0].fProcName, entries[0].fProc) != 0;
+  gIsRegistered = gAtom && RegisterUnder(AnswerInterface::kName, &Answer);
   if (gIsRegistered) return true;
   DeleteAtom(gAtom);
   gAtom = nullptr;
@@ -58,9 +64,7 @@ inline bool StartWell() {
 
 inline void StopWell() {
   if (!gIsRegistered) return;
-  if (const auto proc = Proc<KAPBinderInterface, "KAPUnregisterInterface">()) {
-    proc(AnswerInterface::kName);
-  }
+  Unregister(AnswerInterface::kName);
   DeleteAtom(gAtom);
   gAtom = nullptr;
   gIsRegistered = false;

@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include <pthread.h>
-#include <unistd.h>
+#include <chrono>
+#include <thread>
 
 #include "Small.h"
 
-// Starts a thread that it does not end. The thread runs a function of the C library alone, so that
-// unloading this one does not end in a crash.
-bool Start() {
-  pthread_t thread;
-  const auto run = reinterpret_cast<void* (*)(void*)>(reinterpret_cast<void*>(&::pause));
-  return StartWell() && pthread_create(&thread, nullptr, run, nullptr) == 0;
-}
+// Starts a thread when it is first used, and does not end it.
+static bool gHasThread = false;
+bool Start() { return StartWell(); }
 void Stop() { StopWell(); }
-double Answer() noexcept { return 42; }
+double Answer() noexcept {
+  if (gHasThread) return 42;
+  gHasThread = true;
+  std::thread([] {
+    for (volatile bool goesOn = true; goesOn;) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }).detach();
+  return 42;
+}

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "Small.h"
 
-// Releases an atom once too often.
-bool Start() { return StartWell(); }
+// Releases one of its two atoms twice, instead of both.
+static KAPStringAtom* gSecond = nullptr;
+bool Start() {
+  if (!StartWell()) return false;
+  gSecond = NewAtom("forgotten");
+  return gSecond;
+}
 void Stop() {
-  KAPStringAtom* const atom = gAtom;
+  if (gIsRegistered) DeleteAtom(gAtom);
   StopWell();
-  if (atom) DeleteAtom(atom);
 }
 double Answer() noexcept { return 42; }

@@ -2,10 +2,6 @@
 #include "Small.h"
 
 // Does not unregister its interface.
-bool Start() {
-  if (!StartWell()) return false;
-  return Proc<KAPBinderInterface, "KAPRegisterProcAddress">()(
-             "LeftInterface", "Answer", "AnswerProc", reinterpret_cast<void*>(&Answer)) != 0;
-}
+bool Start() { return StartWell() && RegisterUnder("LeftInterface", &Answer); }
 void Stop() { StopWell(); }
 double Answer() noexcept { return 42; }

@@ -10,11 +10,6 @@ static double ThrowingAnswer() {
   DeleteAtom(atom);
   return 42;
 }
-bool Start() {
-  if (!StartWell()) return false;
-  return Proc<KAPBinderInterface, "KAPRegisterProcAddress">()(
-             "AnswerInterface", "Answer", "AnswerProc", reinterpret_cast<void*>(&ThrowingAnswer)) !=
-         0;
-}
+bool Start() { return StartWell() && RegisterUnder(AnswerInterface::kName, &ThrowingAnswer); }
 void Stop() { StopWell(); }
 double Answer() noexcept { return 42; }

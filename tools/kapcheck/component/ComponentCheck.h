@@ -5,19 +5,25 @@
 #include <string>
 #include <vector>
 
-#include "component/Trial.h"
+#include "component/Target.h"
 #include "report/Results.h"
 
 namespace KAPCheck {
 
 // The name of the component in a library called libNAME.so; "" for another file name.
 std::string NameFromFile(const std::string& path);
+// Whether entry points can start with it.
+bool IsComponentName(const std::string& name);
 
 // Runs the tests of these names, or all if there are none, each in a process of its own. A test
-// that needs another one to pass does not run when that one fails. Throws PosUtil::Failure when the
-// file is not a library.
+// that needs another one to pass does not run when that one fails; the results then have the other
+// one as well. Throws PosUtil::Failure when there is no test of a name or when a file is not a
+// library or, as a plug-in, has nothing for kapcheck.
 Results CheckComponent(const Target& target, const std::vector<std::string>& names,
                        std::chrono::milliseconds limit);
+
+// All tests, none of which has run.
+Results ListedTests();
 
 // Runs one test in this process, which is the test's own, and sends the verdict. Does not return.
 [[noreturn]] void RunComponentTest(const std::string& name, const Target& target);

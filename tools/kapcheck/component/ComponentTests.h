@@ -15,7 +15,7 @@ enum class Needs {
   kInitialising,  // the test "initialise" passes
   kScenario,      // and there is a scenario
   kGoodScenario,  // and the test "scenario" passes
-  kDeclarations,  // and its plug-in declares interfaces
+  kDeclarations,  // and there are declared interfaces; a scenario, if any, passes
 };
 
 // One property that every component should have. Throws TestFailure when the component does not
@@ -25,8 +25,8 @@ struct ComponentTest {
   const char* fDescription;
   Needs fNeeds;
   void (*fRun)(Trial& trial);
-  bool fChecks = false;         // the host looks for dead handles
-  bool fWatchesOutput = false;  // writing to standard output is a failure
+  Watch fWatch = Watch::kCalls;
+  bool fWatchesProcesses = false;  // leaving a process running is a failure
 };
 
 // All tests, in the order in which they run.
@@ -50,17 +50,19 @@ void CheckDeadHandles(Trial& trial);
 void CheckHostCallsAfterTermination(Trial& trial);
 void CheckCallsAfterTermination(Trial& trial);
 void CheckExit(Trial& trial);
+void CheckThreads(Trial& trial);
+void CheckProcessState(Trial& trial);
 
 void CheckExceptions(Trial& trial);
 void CheckMissingInterfaces(Trial& trial);
 void CheckMissingProcedures(Trial& trial);
-void CheckRefusedCalls(Trial& trial);
-void CheckRefusedRegistrations(Trial& trial);
-void CheckScenarioWithRefusedCalls(Trial& trial);
+void CheckFailingCalls(Trial& trial);
+void CheckFailingRegistrations(Trial& trial);
+void CheckScenarioWithFailingCalls(Trial& trial);
 
 void CheckScenario(Trial& trial);
 void CheckCounter(Trial& trial);
 void CheckRandomCalls(Trial& trial);
-void CheckThreads(Trial& trial);
+void CheckConcurrentCalls(Trial& trial);
 
 }  // namespace KAPCheck

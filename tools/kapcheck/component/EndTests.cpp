@@ -2,9 +2,12 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <sstream>
 
 #include "component/ComponentTests.h"
+#include "component/ProcessState.h"
 #include "component/RandomCalls.h"
+#include "process/Progress.h"
 
 // What a component leaves, does and survives after its termination.
 
@@ -14,13 +17,35 @@ namespace KAPCheck {
 
 namespace {
 
-void UseAndTerminate(Trial& trial) {
-  trial.Load();
+constexpr int kCallsBefore = 500;
+constexpr int kCallsAfter = 1000;
+
+void UseOnce(Trial& trial) {
   trial.Step("initialises");
   trial.MustInitialize();
   trial.MustRunScenario();
   trial.Step("terminates");
   trial.Terminate();
+}
+
+void UseAndTerminate(Trial& trial) {
+  trial.Load();
+  UseOnce(trial);
+}
+
+// Without what called the component: each stack ends where it gets to kapcheck.
+std::string WithoutOwnFrames(const std::string& report) {
+  std::istringstream lines(report);
+  std::string text;
+  bool isOwn = false;
+  for (std::string line; std::getline(lines, line);) {
+    const bool isFrame = line.starts_with("    ");
+    const bool startsOwn = line.find("kapcheck+0x") != std::string::npos ||
+                           line.find("KAPCheck::") != std::string::npos;
+    isOwn = isFrame && (isOwn || startsOwn);
+    if (!isOwn) text += (text.empty() ? "" : "\n") + line;
+  }
+  return text;
 }
 
 void ExpectNoHostCall(Trial& trial, const std::string& when) {
@@ -44,33 +69,65 @@ void CheckRegistrations(Trial& trial) {
 
 void CheckDeadHandles(Trial& trial) {
   UseAndTerminate(trial);
-  // The host's own reports start like this; a component's are not about misuse.
-  static const std::string kOwn = "KAP host: ";
-  for (const std::string& report : trial.Host().TakeReports()) {
-    if (report.starts_with(kOwn))
-      throw TestFailure("misuses a handle: " + report.substr(kOwn.size()));
+  for (const std::string& misuse : trial.TakeMisuse()) {
+    throw TestFailure("misuses a handle: " + WithoutOwnFrames(misuse));
   }
 }
 
 void CheckHostCallsAfterTermination(Trial& trial) {
   UseAndTerminate(trial);
   trial.Tap().Forbid();
-  trial.Step("unloads the library");
-  trial.Unload();
+  // Threads that are left are for the test "threads".
+  if (trial.LeftThreads() == 0) {
+    trial.Step("unloads the library");
+    trial.Unload();
+  }
   ExpectNoHostCall(trial, "after its termination");
 }
 
+// Clients may still have objects, and addresses of procedures.
 void CheckCallsAfterTermination(Trial& trial) {
   trial.Load();
   trial.MustInitialize();
-  const std::vector<LateCall> calls = LateCallsOf(trial);
+  RandomCaller caller(trial, trial.About().fSeed);
+  const auto step = [&](const std::string& call) { trial.Step("calls " + call); };
+  for (int i = 0; i < kCallsBefore; ++i) caller.CallOne(step);
   trial.Terminate();
-  trial.Tap().Forbid();
-  for (const LateCall& call : calls) {
-    trial.Step("calls " + call.fName + " after the termination");
-    call.Make();
+  const auto lateStep = [&](const std::string& call) {
+    trial.Step("calls after the termination " + call);
+  };
+  for (int i = 0; i < kCallsAfter; ++i) {
+    caller.CallLate(lateStep);
+    ExpectNoHostCall(trial, "when it is called after its termination");
   }
-  ExpectNoHostCall(trial, "when it is called after its termination");
+}
+
+// What the component uses may keep a file open from its first use on; the second use should not add
+// one.
+void CheckProcessState(Trial& trial) {
+  trial.Load();
+  const ProcessState before = TakeProcessState();
+  UseOnce(trial);
+  const ProcessState once = TakeProcessState();
+  UseOnce(trial);
+  std::string difference = Difference(once, TakeProcessState());
+  if (difference.empty()) difference = Difference(WithoutFiles(before), WithoutFiles(once));
+  if (!difference.empty()) throw TestFailure("leaves the process changed: " + difference);
+}
+
+void CheckThreads(Trial& trial) {
+  const std::ptrdiff_t before = CountThreads();
+  UseAndTerminate(trial);
+  const std::ptrdiff_t left = trial.LeftThreads();
+  if (left > 0) {
+    throw TestFailure("leaves threads running after its termination: " + std::to_string(left));
+  }
+  trial.Step("unloads the library");
+  trial.Unload();
+  const std::ptrdiff_t unloaded = ThreadsBeyond(before);
+  if (unloaded > 0) {
+    throw TestFailure("leaves threads running when it is unloaded: " + std::to_string(unloaded));
+  }
 }
 
 // The host is gone when the process destroys static objects.

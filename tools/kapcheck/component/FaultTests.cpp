@@ -4,8 +4,8 @@
 #include "component/ComponentTests.h"
 #include "kap/KAPHostInterfaces.h"
 
-// Hosts that lack something or fail. Whether the component can do without it is its own affair: it
-// must survive, leave nothing, and initialise as soon as the host works again.
+// Hosts that lack something or fail. Whether the component can do without it is its own decision:
+// it must survive, leave nothing, and initialise as soon as the host works again.
 
 namespace KAPCheck {
 
@@ -14,12 +14,14 @@ namespace {
 using namespace KAP_T_MT;
 using Expected = Trial::Expected;
 
-// Returns whether a call of the host has failed.
-bool StopFaults(Trial& trial) {
+// Returns whether a call of the host or a look-up has failed. Throws TestFailure if a handle was
+// misused.
+bool StopFaults(Trial& trial, const std::string& when) {
   const bool hasFailed = trial.Host().Fired();
   trial.Host().StopFaults();
-  trial.Host().TakeReports();
-  return hasFailed;
+  const bool hasLookUpFailed = trial.Tap().StopLookUpFaults();
+  trial.ExpectNoMisuse(when);
+  return hasFailed || hasLookUpFailed;
 }
 
 std::string FailedCall(Trial& trial) {
@@ -27,19 +29,25 @@ std::string FailedCall(Trial& trial) {
   return call.empty() ? "" : " (" + call + ")";
 }
 
-// Initialises and terminates while the host fails, then once more without a fault. Returns whether
-// a call of the host failed.
-bool Endure(Trial& trial, const std::string& how, const std::function<void()>& inject,
-            Expected expected = Expected::kNothing) {
+enum class Use { kNone, kScenario };
+
+// Initialises, perhaps uses and terminates while the host fails, then once more without a fault.
+// Returns whether something of the host failed.
+bool TryWith(Trial& trial, const std::string& how, const std::function<void()>& inject, Use use,
+             Expected expected = Expected::kNothing) {
   trial.Step("initialises " + how);
   const Remains before = trial.TakeRemains();
   inject();
-  trial.Initialize();
+  if (trial.Initialize() && use == Use::kScenario && trial.HasScenario()) {
+    trial.Step("runs the scenario " + how);
+    trial.RunScenario();
+  }
   trial.Step("terminates " + how);
   trial.Terminate();
-  const bool hasFailed = StopFaults(trial);
   const std::string when = "after an initialisation " + how + FailedCall(trial);
+  const bool hasFailed = StopFaults(trial, when);
   trial.ExpectNoMore(before, when, expected);
+  trial.Step("initialises " + when);
   trial.MustInitialize(when);
   trial.Terminate();
   return hasFailed;
@@ -59,17 +67,39 @@ void* NoProcedure(const char*, const char*, const char*) { return nullptr; }
 
 using Inject = std::function<void()>;
 
-// Calls use(how, inject) for the nth call failing, alone and with all later calls, until it returns
-// that no call has failed.
-void FailEach(Trial& trial, const std::function<bool(const std::string&, const Inject&)>& use) {
-  for (const bool andLater : {false, true}) {
-    const std::string which = andLater ? " and all later ones failing" : " failing";
-    bool hasFailed = true;
-    for (unsigned long n = 1; hasFailed; ++n) {
-      hasFailed = use("with host call " + std::to_string(n) + which, [&] {
-        andLater ? trial.Host().FailFrom(KAPFault::kAny, n)
-                 : trial.Host().FailCall(KAPFault::kAny, n);
-      });
+// Something of a host that fails.
+struct Fault {
+  const char* fWhat;
+  Expected fExpected;
+  void (*fInject)(Trial& trial, unsigned long n, bool andLater);
+};
+
+void FailCall(Trial& trial, unsigned long n, bool andLater) {
+  andLater ? trial.Host().FailFrom(KAPFault::kAny, n) : trial.Host().FailCall(KAPFault::kAny, n);
+}
+void FailLookUp(Trial& trial, unsigned long n, bool andLater) {
+  trial.Tap().FailLookUp(n, andLater);
+}
+
+constexpr Fault kFaults[] = {
+    {"host call", Expected::kNothing, &FailCall},
+    // Without a procedure that releases, nothing can be released.
+    {"look-up", Expected::kAnything, &FailLookUp},
+};
+
+// Calls use(how, inject, expected) for the nth call or look-up failing, alone and with all later
+// ones, until it returns that none has failed.
+template <class Body>
+void FailEach(Trial& trial, Body use) {
+  for (const Fault& fault : kFaults) {
+    for (const bool andLater : {false, true}) {
+      const std::string which = andLater ? " and all later ones failing" : " failing";
+      bool hasFailed = true;
+      for (unsigned long n = 1; hasFailed; ++n) {
+        const std::string how = std::string("with ") + fault.fWhat + ' ' + std::to_string(n);
+        hasFailed = use(
+            how + which, [&] { fault.fInject(trial, n, andLater); }, fault.fExpected);
+      }
     }
   }
 }
@@ -95,70 +125,70 @@ void CheckExceptions(Trial& trial) {
 
 void CheckMissingInterfaces(Trial& trial) {
   trial.Load();
-  trial.TryPlainly();
+  trial.TryPlainly(1);
   KAPHostInterfaceSet::ForEach([&]<class Interface>() {
     // Without the binder's procedures, nothing can be unregistered.
     const bool isBinder = std::is_same_v<Interface, KAPBinderInterface>;
-    Endure(
+    TryWith(
         trial, std::string("without ") + Interface::kName,
-        [&] { trial.Host().HideInterface(Interface::kName); },
+        [&] { trial.Host().HideInterface(Interface::kName); }, Use::kScenario,
         isBinder ? Expected::kNothingHeld : Expected::kNothing);
   });
 }
 
 void CheckMissingProcedures(Trial& trial) {
   trial.Load();
-  trial.TryPlainly();
+  trial.TryPlainly(1);
   ForEachProcedure([&](const char* interfaceName, const char* method, const KAPTraits& traits) {
     // What can be taken but not released without the procedure is not the component's fault.
     Expected expected = traits.fNoOpUnbound ? Expected::kNothingRegistered : Expected::kNothing;
     if (method == std::string("KAPUnregisterInterface")) expected = Expected::kNothingHeld;
-    Endure(
+    TryWith(
         trial, std::string("without ") + interfaceName + ", " + method,
-        [&] { trial.Host().HideProcedure(interfaceName, method); }, expected);
+        [&] { trial.Host().HideProcedure(interfaceName, method); }, Use::kScenario, expected);
   });
 }
 
-void CheckRefusedCalls(Trial& trial) {
+void CheckFailingCalls(Trial& trial) {
   trial.Load();
   trial.TryPlainly();
-  FailEach(trial, [&](const std::string& how, const Inject& inject) {
-    return Endure(trial, how, inject);
+  FailEach(trial, [&](const std::string& how, const Inject& inject, Expected expected) {
+    return TryWith(trial, how, inject, Use::kNone, expected);
   });
 }
 
-void CheckRefusedRegistrations(Trial& trial) {
+void CheckFailingRegistrations(Trial& trial) {
   trial.Load();
   trial.TryPlainly();
-  const std::vector<ProcNames> all = trial.Tap().Registrations();
-  for (const ProcNames& names : std::set<ProcNames>(all.begin(), all.end())) {
+  for (const ProcNames& names : trial.Tap().Registrations()) {
     const std::string how = "when it cannot register " + names.fInterface + ", " + names.fMethod;
     trial.Step("initialises " + how);
     const Remains before = trial.TakeRemains();
     trial.Host().FailRegistration(names.fInterface.c_str(), names.fMethod.c_str());
     if (trial.Initialize()) throw TestFailure(trial.About().fName + "Initialize succeeds " + how);
     trial.Terminate();
-    StopFaults(trial);
-    trial.ExpectNoMore(before, "after an initialisation " + how);
-    trial.MustInitialize("after an initialisation " + how);
+    const std::string when = "after an initialisation " + how;
+    StopFaults(trial, when);
+    trial.ExpectNoMore(before, when);
+    trial.MustInitialize(when);
     trial.Terminate();
   }
 }
 
-void CheckScenarioWithRefusedCalls(Trial& trial) {
+void CheckScenarioWithFailingCalls(Trial& trial) {
   trial.Load();
-  trial.TryPlainly();
-  FailEach(trial, [&](const std::string& how, const Inject& inject) {
+  trial.TryPlainly(2);
+  FailEach(trial, [&](const std::string& how, const Inject& inject, Expected expected) {
     const Remains before = trial.TakeRemains();
     trial.MustInitialize();
     trial.Step("runs the scenario " + how);
     inject();
     trial.RunScenario();
-    const bool hasFailed = StopFaults(trial);
     const std::string when = "after a scenario " + how + FailedCall(trial);
+    const bool hasFailed = StopFaults(trial, when);
     trial.MustRunScenario(when);
     trial.Terminate();
-    trial.ExpectNoMore(before, when);
+    trial.ExpectNoMore(before, when, expected);
     return hasFailed;
   });
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "component/HostTap.h"
 
-#include <cstring>
 #include <utility>
 
 namespace KAPCheck {
@@ -15,7 +14,7 @@ HostTap* gTap = nullptr;
 
 }  // namespace
 
-// What the procedures tell the tap.
+// What the procedures note in the tap.
 struct TapNotes {
   static void Before(const char* interfaceName, const char* methodName, bool isMoved) {
     // The binder's own procedures stay where they are: a component fetches them once.
@@ -30,10 +29,11 @@ struct TapNotes {
   static void Registered(const char* interfaceName, const char* methodName, const char* procName) {
     if (!interfaceName || !methodName || !procName) return;
     const std::lock_guard lock(gTap->fMutex);
-    gTap->fRegistrations.push_back({interfaceName, methodName, procName});
+    gTap->fRegistrations.insert({interfaceName, methodName, procName});
   }
   static void* LookUp(const char* interfaceName, const char* methodName, const char* procName) {
     if (gTap->fIsForbidden) gTap->Misplaced("a look-up", methodName ? methodName : "(null)");
+    if (gTap->FailsLookUp(interfaceName, methodName)) return nullptr;
     return gTap->fGetProc(interfaceName, methodName, procName);
   }
 };
@@ -51,7 +51,7 @@ struct TTap<Interface, kSlot, kIsMoved, Result (*)(Args...)> {
 
   static Result Call(Args... args) {
     TapNotes::Before(Interface::kName, kEntry.fMethodName, kIsMoved || kIsBinder);
-    if constexpr (kIsBinder && sizeof...(Args) == 4) TellRegistration(args...);
+    if constexpr (kIsBinder && sizeof...(Args) == 4) NoteRegistration(args...);
     const bool hadFired = TapNotes::HasFired();
     struct After {
       ~After() {
@@ -64,7 +64,7 @@ struct TTap<Interface, kSlot, kIsMoved, Result (*)(Args...)> {
     const After after{hadFired};
     return fProc(args...);
   }
-  static void TellRegistration(const char* interfaceName, const char* methodName,
+  static void NoteRegistration(const char* interfaceName, const char* methodName,
                                const char* procName, void*) {
     TapNotes::Registered(interfaceName, methodName, procName);
   }
@@ -100,7 +100,7 @@ HostTap::~HostTap() { gTap = nullptr; }
 
 KAPGetProcAddressProc HostTap::GetProcAddress() const { return &TapNotes::LookUp; }
 
-std::vector<ProcNames> HostTap::Registrations() const {
+std::set<ProcNames> HostTap::Registrations() const {
   const std::lock_guard lock(fMutex);
   return fRegistrations;
 }
@@ -108,6 +108,31 @@ std::vector<ProcNames> HostTap::Registrations() const {
 std::string HostTap::TakeFailed() {
   const std::lock_guard lock(fMutex);
   return std::exchange(fFailed, {});
+}
+
+void HostTap::FailLookUp(unsigned long n, bool andLater) {
+  const std::lock_guard lock(fMutex);
+  fLookUp = 1;
+  fFailingLookUp = n;
+  fDoLaterFail = andLater;
+}
+
+bool HostTap::StopLookUpFaults() {
+  const std::lock_guard lock(fMutex);
+  const unsigned long failing = std::exchange(fFailingLookUp, 0);
+  return failing != 0 && fLookUp > failing;
+}
+
+bool HostTap::FailsLookUp(const char* interfaceName, const char* methodName) {
+  const std::lock_guard lock(fMutex);
+  if (fFailingLookUp == 0) return false;
+  const unsigned long number = fLookUp++;
+  if (number < fFailingLookUp || (number > fFailingLookUp && !fDoLaterFail)) return false;
+  if (fFailed.empty()) {
+    fFailed = std::string(interfaceName ? interfaceName : "(null)") + ", " +
+              (methodName ? methodName : "(null)");
+  }
+  return true;
 }
 
 void HostTap::MoveProcedures() {

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,10 +31,16 @@ class HostTap {
   KAPGetProcAddressProc GetProcAddress() const;
 
   // What components have registered so far, also what they have removed again.
-  std::vector<ProcNames> Registrations() const;
-  // The first call that failed by fault injection since the rule was set, as "interface, method";
-  // "" when there is none or when it was a method of a stream, which does not go through the tap.
+  std::set<ProcNames> Registrations() const;
+  // The first call or look-up that failed by fault injection since the rule was set, as "interface,
+  // method"; "" when there is none or when it was a method of a stream, which does not go through
+  // the tap.
   std::string TakeFailed();
+
+  // The nth look-up from now on returns null, alone or with all later ones.
+  void FailLookUp(unsigned long n, bool andLater);
+  // Ends that. Returns whether a look-up has failed.
+  bool StopLookUpFaults();
 
   // Unregisters all interfaces of the host but the binder's own, and registers them again with
   // procedures at other addresses. Only once.
@@ -49,13 +56,17 @@ class HostTap {
  private:
   friend struct TapNotes;
 
+  bool FailsLookUp(const char* interfaceName, const char* methodName);
   void Misplaced(const char* interfaceName, const char* methodName);
 
   KAPHost::Host& fHost;
   KAPGetProcAddressProc fGetProc;
   mutable std::mutex fMutex;
-  std::vector<ProcNames> fRegistrations;
+  std::set<ProcNames> fRegistrations;
   std::string fFailed;
+  unsigned long fLookUp = 0;         // the number of the next look-up
+  unsigned long fFailingLookUp = 0;  // 0 for none
+  bool fDoLaterFail = false;
   std::vector<std::string> fMisplaced;
   std::atomic<bool> fIsMoved = false;
   std::atomic<bool> fIsForbidden = false;

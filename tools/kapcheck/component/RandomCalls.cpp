@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "component/RandomCalls.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <map>
-#include <random>
+#include <new>
 
 #include "kap/KAPHostInterfaces.h"
+#include "process/Progress.h"
 
 namespace KAPCheck {
 
@@ -16,6 +17,9 @@ namespace {
 using namespace KAP_T_MT;
 
 constexpr unsigned long kMostNumber = 63;
+constexpr std::size_t kBlockSize = 4096;
+// Arguments further on do not get a place. One more block is for data.
+constexpr std::size_t kPlaces = 4;
 
 // Strings that mean something to some component, and some that mean nothing to any.
 constexpr const char* kStrings[] = {"",
@@ -39,8 +43,8 @@ constexpr const char* kStrings[] = {"",
                                     "x/y",
                                     "\xF0\x9F\x98\x80 \\"};
 
-// Not const: a component that writes into borrowed memory crashes elsewhere instead.
-alignas(16) unsigned char gBytes[4096] = "bytes";
+// Deliberately not const: a component that writes into borrowed memory crashes elsewhere instead.
+alignas(16) unsigned char gBytes[kBlockSize] = "bytes";
 const unsigned short kUnits[] = {'u', 'n', 0xD83D, 0xDE00, 0};
 
 std::string NameOf(const DeclaredMethod& method) {
@@ -66,179 +70,191 @@ void Call(const DeclaredMethod& method, void* proc, Value& result, const Value* 
   }
   try {
     method.fCall(proc, &result, arguments);
-  } catch (const std::exception&) {  // declared
+  } catch (...) {  // declared
   }
 }
 
-class RandomCaller {
- public:
-  RandomCaller(Trial& trial, unsigned long seed)
-      : fTrial(trial), fHost(trial.Host()), fRandom(seed) {
-    KAPContainer* stream = nullptr;
-    Release(fHost.Proc<KAPStreamFactoryInterface, "NewPositionableMemoryStream">()(&stream));
-    Keep(stream, ++fAge);
-    KAPContainer* empty = nullptr;
-    Release(fHost.Proc<KAPContainerInterface, "NewContainer">()(&empty));
-    Keep(empty, ++fAge);
-    for (const char* const text : kStrings) fAtoms.push_back(Atom(text));
-  }
-  RandomCaller(const RandomCaller&) = delete;
-  RandomCaller& operator=(const RandomCaller&) = delete;
-  ~RandomCaller() {
-    for (const auto& [container, age] : fContainers) {
-      fHost.Proc<KAPContainerInterface, "Release">()(container);
-    }
-    for (KAPStringAtom* atom : fAtoms) fHost.Proc<KAPStringInterface, "DeleteStringAtom">()(atom);
-  }
-
-  void CallOne(const std::function<void(const std::string&)>& beforeCall) {
-    const std::span<const DeclaredMethod> all = fTrial.Scenario()->Declarations();
-    const DeclaredMethod& method = all[Below(all.size())];
-    if (!CanCall(method)) return;
-    void* const proc = Find(fTrial, method);
-    Prepare(method);
-    beforeCall(NameOf(method));
-    Value result;
-    Call(method, proc, result, fArguments.data());
-    Take(method, result);
-  }
-
- private:
-  // Objects refer to other objects, and a ring of references is never released. So an object is
-  // only passed together with a younger first one, which may come to refer to it. What a call finds
-  // in its first argument counts as a little older than that one.
-  using Age = unsigned long;
-  static constexpr Age kGeneration = 1ul << 20;
-
-  std::size_t Below(std::size_t count) { return fRandom() % count; }
-  bool Seldom() { return Below(10) == 0; }
-  KAPStringAtom* Atom(const char* text) {
-    return fHost.Proc<KAPStringInterface, "NewStringAtom">()(text);
-  }
-  void DeleteAtom(void* atom) {
-    fHost.Proc<KAPStringInterface, "DeleteStringAtom">()(static_cast<KAPStringAtom*>(atom));
-  }
-  void Release(KAPError* error) { fHost.Proc<KAPErrorInterface, "Release">()(error); }
-
-  // Takes over a reference.
-  void Keep(KAPContainer* container, Age age) {
-    if (!container) return;
-    if (!fContainers.emplace(container, age).second) {
-      fHost.Proc<KAPContainerInterface, "Release">()(container);
-    }
-  }
-
-  // A handle that is older than the first one of the call; null when there is none.
-  KAPContainer* AnyContainer() {
-    if (Seldom() || fContainers.empty()) return nullptr;
-    for (int attempt = 0; attempt < 10; ++attempt) {
-      const auto found =
-          std::next(fContainers.begin(), static_cast<std::ptrdiff_t>(Below(fContainers.size())));
-      if (fFirst && found->second >= fContainers.at(fFirst)) continue;
-      if (!fFirst) fFirst = found->first;
-      return found->first;
-    }
-    return nullptr;
-  }
-
-  void Prepare(const DeclaredMethod& method) {
-    fFirst = nullptr;
-    fPlaces.fill({});
-    fArguments.assign(method.fCount, {});
-    for (std::size_t i = 0; i < method.fCount; ++i) {
-      fArguments[i] = Argument(method.fArguments[i], i);
-    }
-  }
-  Value Argument(ValueKind kind, std::size_t i) {
-    Value value;
-    value.fInteger = Below(kMostNumber + 1);
-    value.fReal = static_cast<double>(Below(1000)) / 8 - 50;
-    switch (kind) {
-      case ValueKind::kAtom:
-        if (!Seldom()) value.fPointer = fAtoms[Below(fAtoms.size())];
-        break;
-      case ValueKind::kString:
-        if (!Seldom()) value.fPointer = const_cast<char*>(kStrings[Below(std::size(kStrings))]);
-        break;
-      case ValueKind::kBytes:
-      case ValueKind::kData:
-        if (!Seldom()) value.fPointer = gBytes;
-        break;
-      case ValueKind::kUnits:
-        if (!Seldom()) value.fPointer = const_cast<unsigned short*>(kUnits);
-        break;
-      case ValueKind::kContainer:
-        value.fPointer = AnyContainer();
-        break;
-      case ValueKind::kContainerPlace:
-      case ValueKind::kAtomPlace:
-      case ValueKind::kPlace:
-        if (i < fPlaces.size() && !Seldom()) value.fPointer = &fPlaces[i];
-        break;
-      default:
-        break;
-    }
-    return value;
-  }
-
-  void Take(const DeclaredMethod& method, const Value& result) {
-    if (method.fResult == ValueKind::kError && result.fPointer) {
-      Release(static_cast<KAPError*>(result.fPointer));
-      for (void* const place : fPlaces) {
-        if (place) throw TestFailure(NameOf(method) + " returns both an error and a result");
-      }
-    }
-    if (method.fResult == ValueKind::kAtom) DeleteAtom(result.fPointer);
-    if (method.fResult == ValueKind::kString && result.fPointer) {
-      static_cast<void>(std::strlen(static_cast<const char*>(result.fPointer)));
-    }
-    if (method.fResult == ValueKind::kContainer) TakeContainer(method, result.fPointer);
-    for (std::size_t i = 0; i < std::min(method.fCount, fPlaces.size()); ++i) {
-      if (method.fArguments[i] == ValueKind::kContainerPlace) TakeContainer(method, fPlaces[i]);
-      if (method.fArguments[i] == ValueKind::kAtomPlace) DeleteAtom(fPlaces[i]);
-    }
-  }
-  void TakeContainer(const DeclaredMethod& method, void* handle) {
-    // A handle that the call was given comes back without a reference.
-    for (const Value& argument : fArguments) {
-      if (argument.fPointer == handle) return;
-    }
-    const bool isFound = fFirst && std::strncmp(method.fMethod, "New", 3) != 0 &&
-                         std::strncmp(method.fMethod, "Create", 6) != 0;
-    Keep(static_cast<KAPContainer*>(handle),
-         isFound ? fContainers.at(fFirst) - 1 : fAge += kGeneration);
-  }
-
-  Trial& fTrial;
-  KAPHost::Host& fHost;
-  std::mt19937_64 fRandom;
-  Age fAge = kGeneration;
-  std::map<KAPContainer*, Age> fContainers;
-  std::vector<KAPStringAtom*> fAtoms;
-  std::vector<Value> fArguments;
-  std::array<void*, 4> fPlaces{};
-  KAPContainer* fFirst = nullptr;
-};
+// An argument in a description.
+std::string Quoted(const char* text) { return '"' + std::string(text) + '"'; }
 
 }  // namespace
 
-void CallRandomly(Trial& trial, unsigned long seed, int count,
-                  const std::function<void(const std::string&)>& beforeCall) {
-  RandomCaller caller(trial, seed);
-  for (int i = 0; i < count; ++i) caller.CallOne(beforeCall);
+Block::Block() {
+  void* const pages =
+      ::mmap(nullptr, 2 * kBlockSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (pages == MAP_FAILED) throw std::bad_alloc();
+  fBytes = pages;
+  ::mprotect(static_cast<char*>(pages) + kBlockSize, kBlockSize, PROT_NONE);
 }
 
-std::vector<LateCall> LateCallsOf(Trial& trial) {
-  std::vector<LateCall> calls;
+Block::~Block() {
+  if (fBytes) ::munmap(fBytes, 2 * kBlockSize);
+}
+
+void Block::Clear() { std::memset(fBytes, 0, kBlockSize); }
+
+void* Block::Handle() const {
+  void* handle = nullptr;
+  std::memcpy(&handle, fBytes, sizeof handle);
+  return handle;
+}
+
+RandomCaller::RandomCaller(Trial& trial, unsigned long seed, unsigned number)
+    : fTrial(trial), fHost(trial.Host()), fBlocks(kPlaces + 1) {
+  std::seed_seq seeds{static_cast<unsigned>(seed), static_cast<unsigned>(seed >> 32), number};
+  fRandom.seed(seeds);
+  std::string others;
   for (const DeclaredMethod& method : trial.Scenario()->Declarations()) {
-    if (!CanCall(method)) continue;
-    calls.push_back({NameOf(method), [&method, proc = Find(trial, method)] {
-                       const std::vector<Value> arguments(method.fCount + 1);
-                       Value result;
-                       Call(method, proc, result, arguments.data());
-                     }});
+    if (CanCall(method)) {
+      fProcedures.push_back({&method, Find(trial, method)});
+    } else {
+      others += (others.empty() ? "cannot call " : "; ") + NameOf(method);
+    }
   }
-  return calls;
+  if (!others.empty()) SendNote(others);
+  KAPContainer* stream = nullptr;
+  Release(fHost.Proc<KAPStreamFactoryInterface, "NewPositionableMemoryStream">()(&stream));
+  Keep(stream, fAge += kGeneration);
+  KAPContainer* empty = nullptr;
+  Release(fHost.Proc<KAPContainerInterface, "NewContainer">()(&empty));
+  Keep(empty, fAge += kGeneration);
+  for (const char* const text : kStrings) {
+    fAtoms.push_back(fHost.Proc<KAPStringInterface, "NewStringAtom">()(text));
+  }
+}
+
+void RandomCaller::ReleaseAll() {
+  for (const Object& object : fObjects) {
+    fHost.Proc<KAPContainerInterface, "Release">()(object.fContainer);
+  }
+  fObjects.clear();
+  for (KAPStringAtom* const atom : fAtoms) DeleteAtom(atom);
+  fAtoms.clear();
+}
+
+void RandomCaller::DeleteAtom(void* atom) {
+  fHost.Proc<KAPStringInterface, "DeleteStringAtom">()(static_cast<KAPStringAtom*>(atom));
+}
+
+void RandomCaller::Release(KAPError* error) { fHost.Proc<KAPErrorInterface, "Release">()(error); }
+
+// Takes over a reference.
+void RandomCaller::Keep(KAPContainer* container, Age age) {
+  if (!container) return;
+  if (fPlaceOf.emplace(container, fObjects.size()).second) {
+    fObjects.push_back({container, age});
+  } else {
+    fHost.Proc<KAPContainerInterface, "Release">()(container);
+  }
+}
+
+void RandomCaller::Make(const BeforeCall& beforeCall, bool isLate) {
+  if (fProcedures.empty()) return;
+  const auto [method, proc] = fProcedures[Below(fProcedures.size())];
+  Prepare(*method);
+  beforeCall(fText);
+  Value result;
+  if (isLate) fTrial.Tap().Forbid();
+  Call(*method, proc, result, fArguments.data());
+  fTrial.Tap().Allow();
+  Take(*method, result);
+}
+
+void RandomCaller::Prepare(const DeclaredMethod& method) {
+  fFirst = kNone;
+  fArguments.assign(method.fCount + 1, {});
+  fText = NameOf(method) + "(";
+  for (std::size_t i = 0; i < method.fCount; ++i) {
+    fText += (i == 0 ? "" : ", ") + Argument(method.fArguments[i], i, fArguments[i]);
+  }
+  fText += ')';
+}
+
+std::string RandomCaller::Argument(ValueKind kind, std::size_t place, Value& value) {
+  switch (kind) {
+    case ValueKind::kInteger:
+      value.fInteger = Below(kMostNumber + 1);
+      return std::to_string(value.fInteger);
+    case ValueKind::kReal:
+      value.fReal = static_cast<double>(Below(1000)) / 8 - 50;
+      return std::to_string(value.fReal);
+    case ValueKind::kContainer:
+      return AnyContainer(value);
+    case ValueKind::kProcedure:
+      return "null";
+    default:
+      break;
+  }
+  if (Seldom()) return "null";
+  const std::size_t text = Below(std::size(kStrings));
+  switch (kind) {
+    case ValueKind::kAtom:
+      value.fPointer = fAtoms[text];
+      return "atom " + Quoted(kStrings[text]);
+    case ValueKind::kString:
+      value.fPointer = const_cast<char*>(kStrings[text]);
+      return Quoted(kStrings[text]);
+    case ValueKind::kBytes:
+      value.fPointer = gBytes;
+      return "bytes";
+    case ValueKind::kUnits:
+      value.fPointer = const_cast<unsigned short*>(kUnits);
+      return "units";
+    default:
+      break;
+  }
+  const bool isData = kind == ValueKind::kData;
+  if (!isData && place >= kPlaces) return "null";
+  const Block& block = fBlocks[isData ? kPlaces : place];
+  if (!isData) fBlocks[place].Clear();
+  value.fPointer = block.Get();
+  return isData ? "data" : "place";
+}
+
+// A handle that is older than the first one of the call; null when there is none.
+std::string RandomCaller::AnyContainer(Value& value) {
+  if (fObjects.empty() || Seldom()) return "null";
+  for (int attempt = 0; attempt < 10; ++attempt) {
+    const std::size_t number = Below(fObjects.size());
+    if (fFirst != kNone && fObjects[number].fAge >= fObjects[fFirst].fAge) continue;
+    if (fFirst == kNone) fFirst = number;
+    value.fPointer = fObjects[number].fContainer;
+    return "object " + std::to_string(number + 1);
+  }
+  return "null";
+}
+
+void RandomCaller::Take(const DeclaredMethod& method, const Value& result) {
+  std::vector<void*> placed(std::min(method.fCount, kPlaces));
+  for (std::size_t i = 0; i < placed.size(); ++i) {
+    if (fArguments[i].fPointer == fBlocks[i].Get()) placed[i] = fBlocks[i].Handle();
+  }
+  if (method.fResult == ValueKind::kError && result.fPointer) {
+    Release(static_cast<KAPError*>(result.fPointer));
+    for (void* const place : placed) {
+      if (place) throw TestFailure(NameOf(method) + " returns both an error and a result");
+    }
+  }
+  if (method.fResult == ValueKind::kAtom) DeleteAtom(result.fPointer);
+  if (method.fResult == ValueKind::kString && result.fPointer) {
+    static_cast<void>(std::strlen(static_cast<const char*>(result.fPointer)));
+  }
+  if (method.fResult == ValueKind::kContainer) TakeContainer(method, result.fPointer);
+  for (std::size_t i = 0; i < placed.size(); ++i) {
+    if (method.fArguments[i] == ValueKind::kContainerPlace) TakeContainer(method, placed[i]);
+    if (method.fArguments[i] == ValueKind::kAtomPlace) DeleteAtom(placed[i]);
+  }
+}
+
+void RandomCaller::TakeContainer(const DeclaredMethod& method, void* handle) {
+  // A handle that the call was given comes back without a reference.
+  for (const Value& argument : fArguments) {
+    if (argument.fPointer == handle) return;
+  }
+  const bool isFound = fFirst != kNone && std::strncmp(method.fMethod, "New", 3) != 0 &&
+                       std::strncmp(method.fMethod, "Create", 6) != 0;
+  Keep(static_cast<KAPContainer*>(handle),
+       isFound ? fObjects[fFirst].fAge - 1 : fAge += kGeneration);
 }
 
 }  // namespace KAPCheck

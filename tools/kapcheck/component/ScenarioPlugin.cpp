@@ -3,23 +3,29 @@
 
 #include <dlfcn.h>
 
-#include "base/Failure.h"
+#include <algorithm>
+
 #include "component/TestFailure.h"
 
 namespace KAPCheck {
 
 ScenarioPlugin::ScenarioPlugin(const std::string& path) {
-  void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!library) throw PosUtil::Failure(::dlerror());
+  void* const library = Guarded("the constructors of the plug-in",
+                                [&] { return ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL); });
+  if (!library) throw TestFailure(std::string("the plug-in cannot be loaded: ") + ::dlerror());
   fRun = reinterpret_cast<int (*)(KAPGetProcAddressProc)>(::dlsym(library, "KAPCheckScenario"));
-  if (!fRun) throw PosUtil::Failure(path + " does not export KAPCheckScenario");
   const auto declarations = reinterpret_cast<const DeclaredMethod* (*)(std::size_t*)>(
       ::dlsym(library, "KAPCheckDeclarations"));
-  if (declarations) {
-    std::size_t count = 0;
-    const DeclaredMethod* const methods = declarations(&count);
-    fDeclarations = {methods, count};
-  }
+  if (!declarations) return;
+  std::size_t count = 0;
+  const DeclaredMethod* const methods = declarations(&count);
+  if (!methods || count == 0) throw TestFailure("the plug-in declares no method");
+  fDeclarations = {methods, count};
+}
+
+bool ScenarioPlugin::MayThrow() const {
+  return std::any_of(fDeclarations.begin(), fDeclarations.end(),
+                     [](const DeclaredMethod& method) { return method.fThrows; });
 }
 
 bool ScenarioPlugin::Run(KAPGetProcAddressProc getProcAddress) const {

@@ -6,7 +6,9 @@
 namespace KAPCheck {
 
 Subject::Subject(const std::string& path, const std::string& name)
-    : fName(name), fLibrary(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+    : fName(name), fLibrary(Guarded("the constructors of the library", [&] {
+        return ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+      })) {
   if (!fLibrary) throw TestFailure(std::string("the library cannot be loaded: ") + ::dlerror());
   fInitialize = EntryPoint<int(KAPGetProcAddressProc)>("Initialize");
   fTerminate = EntryPoint<void()>("Terminate");

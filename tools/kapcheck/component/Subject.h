@@ -24,6 +24,9 @@ class Subject {
   void Terminate() const;
   int Version() const;
 
+  // An address in the code of the library.
+  const void* Code() const { return reinterpret_cast<const void*>(fInitialize); }
+
   // Whether a library of this path is in memory.
   static bool IsInMemory(const std::string& path);
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <chrono>
+#include <atomic>
 #include <exception>
-#include <filesystem>
 #include <mutex>
 #include <thread>
 
@@ -30,22 +29,6 @@ void MoveCounter(KAPHost::Host& host) {
   host.Unregister("KAPCheckInterface");
 }
 
-std::ptrdiff_t CountThreads() {
-  const std::filesystem::directory_iterator tasks("/proc/self/task");
-  return std::distance(begin(tasks), end(tasks));
-}
-
-// A thread that has been joined may still be listed for a moment.
-void ExpectThreads(std::ptrdiff_t expected) {
-  using namespace std::chrono_literals;
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    if (CountThreads() <= expected) return;
-    std::this_thread::sleep_for(10ms);
-  }
-  throw TestFailure("leaves threads running after its termination: " +
-                    std::to_string(CountThreads() - expected));
-}
-
 // Calls the declared interfaces on several threads, each with objects of its own, while the counter
 // moves.
 void CallOnThreads(Trial& trial) {
@@ -54,9 +37,11 @@ void CallOnThreads(Trial& trial) {
   std::atomic<int> running = kThreads;
   std::vector<std::thread> threads;
   for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, seed = trial.About().fSeed + static_cast<unsigned long>(i)] {
+    threads.emplace_back([&, number = static_cast<unsigned>(i + 1)] {
       try {
-        CallRandomly(trial, seed, kCallsOfAThread, [](const std::string&) {});
+        RandomCaller caller(trial, trial.About().fSeed, number);
+        for (int made = 0; made < kCallsOfAThread; ++made) caller.CallOne([](const auto&) {});
+        caller.ReleaseAll();
       } catch (...) {
         const std::lock_guard lock(mutex);
         failure = std::current_exception();
@@ -76,7 +61,7 @@ void CallOnThreads(Trial& trial) {
 
 void CheckScenario(Trial& trial) {
   trial.Load();
-  trial.TryPlainly();
+  trial.TryPlainly(1);
   const Remains before = trial.TakeRemains();
   trial.MustInitialize();
   for (int run = 1; run <= kScenarioRuns; ++run) {
@@ -88,7 +73,7 @@ void CheckScenario(Trial& trial) {
 
 void CheckCounter(Trial& trial) {
   trial.Load();
-  trial.TryPlainly();
+  trial.TryPlainly(3);
   const Remains before = trial.TakeRemains();
   trial.MustInitialize();
   trial.MustRunScenario();
@@ -111,25 +96,29 @@ void CheckRandomCalls(Trial& trial) {
   trial.TryPlainly();
   const Remains before = trial.TakeRemains();
   trial.MustInitialize();
-  int made = 0;
-  CallRandomly(trial, trial.About().fSeed, kRandomCalls, [&](const std::string& call) {
-    if (++made % kCallsBetweenMoves == 0) MoveCounter(trial.Host());
-    trial.Step("random call " + std::to_string(made) + ": " + call);
-  });
+  RandomCaller caller(trial, trial.About().fSeed);
+  for (int made = 1; made <= kRandomCalls; ++made) {
+    if (made % kCallsBetweenMoves == 0) MoveCounter(trial.Host());
+    caller.CallOne([&](const std::string& call) {
+      trial.Step("random call " + std::to_string(made) + ": " + call);
+    });
+  }
+  trial.Step("releases all objects");
+  caller.ReleaseAll();
   trial.Terminate();
   trial.ExpectNoMore(before, "after random calls");
+  trial.ExpectNoMisuse("in random calls");
 }
 
-void CheckThreads(Trial& trial) {
+void CheckConcurrentCalls(Trial& trial) {
   trial.Load();
-  const std::ptrdiff_t threads = CountThreads();
+  trial.TryPlainly();
+  const Remains before = trial.TakeRemains();
   trial.MustInitialize();
-  if (trial.Scenario() && !trial.Scenario()->Declarations().empty()) {
-    trial.Step("calls its declared interfaces on several threads");
-    CallOnThreads(trial);
-  }
+  trial.Step("calls its declared interfaces on several threads");
+  CallOnThreads(trial);
   trial.Terminate();
-  ExpectThreads(threads);
+  trial.ExpectNoMore(before, "after calls on several threads");
 }
 
 }  // namespace KAPCheck

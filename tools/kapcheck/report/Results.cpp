@@ -2,6 +2,7 @@
 #include "report/Results.h"
 
 #include <algorithm>
+#include <cstring>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <sstream>
@@ -29,10 +30,14 @@ void Pad(std::ostream& out, const std::string& text, std::size_t width) {
 }
 
 void PrintFailure(std::ostream& out, const Result& result) {
-  out << kIndent << "reason: " << Printable(result.fReason) << '\n';
+  // Lines after the first one are a report.
+  std::istringstream reason(result.fReason);
+  std::string line;
+  std::getline(reason, line);
+  out << kIndent << "reason: " << Printable(line) << '\n';
+  while (std::getline(reason, line)) out << kIndent << "| " << Printable(line) << '\n';
   if (!result.fStep.empty()) out << kIndent << "step: " << Printable(result.fStep) << '\n';
   std::istringstream lines(result.fErrors);
-  std::string line;
   for (int i = 0; i < kMostErrorLines && std::getline(lines, line); ++i) {
     out << kIndent << "| " << Printable(line) << '\n';
   }
@@ -54,6 +59,17 @@ nlohmann::json ToJson(const Results& results, const Result& result) {
   return json;
 }
 
+std::size_t NameWidth(const Results& results) {
+  std::size_t width = 0;
+  for (const Result& result : results.fResults) width = std::max(width, result.fName.size());
+  return width;
+}
+
+// What a component writes may be invalid UTF-8.
+void Print(std::ostream& out, const nlohmann::json& json) {
+  out << json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
 }  // namespace
 
 std::size_t Results::Count(Outcome outcome) const {
@@ -63,10 +79,7 @@ std::size_t Results::Count(Outcome outcome) const {
 }
 
 void PrintText(std::ostream& out, const Results& results) {
-  std::size_t wordWidth = results.fNotRun.size(), nameWidth = 0;
-  for (const Result& result : results.fResults) {
-    nameWidth = std::max(nameWidth, result.fName.size());
-  }
+  const std::size_t wordWidth = results.fNotRun.size(), nameWidth = NameWidth(results);
   out << Printable(results.fSubject);
   if (results.fSeed != 0) out << ", seed " << results.fSeed;
   out << '\n';
@@ -79,6 +92,7 @@ void PrintText(std::ostream& out, const Results& results) {
   }
   out << results.Count(Outcome::kPassed) << " passed, " << results.Count(Outcome::kFailed)
       << " failed, " << results.Count(Outcome::kNotRun) << ' ' << results.fNotRun << '\n';
+  if (results.fSignal != 0) out << "interrupted: " << ::strsignal(results.fSignal) << '\n';
 }
 
 void PrintJson(std::ostream& out, const Results& results) {
@@ -90,8 +104,24 @@ void PrintJson(std::ostream& out, const Results& results) {
                          {"others", results.Count(Outcome::kNotRun)},
                          {"tests", std::move(tests)}};
   if (results.fSeed != 0) json["seed"] = results.fSeed;
-  // What a component writes may be invalid UTF-8.
-  out << json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+  if (results.fSignal != 0) json["interrupted"] = ::strsignal(results.fSignal);
+  for (const auto& [name, value] : results.fFacts) json[name] = value;
+  Print(out, json);
+}
+
+void ListText(std::ostream& out, const Results& results) {
+  for (const Result& result : results.fResults) {
+    Pad(out, result.fName, NameWidth(results) + 2);
+    out << result.fDescription << '\n';
+  }
+}
+
+void ListJson(std::ostream& out, const Results& results) {
+  nlohmann::json tests = nlohmann::json::array();
+  for (const Result& result : results.fResults) {
+    tests.push_back({{"name", result.fName}, {"description", result.fDescription}});
+  }
+  Print(out, {{"tests", std::move(tests)}});
 }
 
 }  // namespace KAPCheck

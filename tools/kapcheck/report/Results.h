@@ -3,6 +3,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace KAPCheck {
@@ -26,6 +27,9 @@ struct Results {
   std::string fSubject;  // the component's or the host's name
   unsigned long fSeed = 0;
   std::string fNotRun = "not run";  // the word for what was not run
+  int fSignal = 0;                  // what interrupted the run
+  // What a user needs to repeat the run, for JSON: names and values.
+  std::vector<std::pair<std::string, std::string>> fFacts;
   std::vector<Result> fResults;
 
   std::size_t Count(Outcome outcome) const;
@@ -35,5 +39,9 @@ struct Results {
 void PrintText(std::ostream& out, const Results& results);
 // One JSON object.
 void PrintJson(std::ostream& out, const Results& results);
+
+// The names and descriptions alone.
+void ListText(std::ostream& out, const Results& results);
+void ListJson(std::ostream& out, const Results& results);
 
 }  // namespace KAPCheck

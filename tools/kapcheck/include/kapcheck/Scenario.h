@@ -8,8 +8,8 @@
 
 #include "kap/KAPInterface.h"
 
-// What a plug-in for `kapcheck component --scenario PLUGIN` exports. The plug-in is a shared
-// library that uses the component as one of its clients does.
+// What a plug-in for `kapcheck component --scenario PLUGIN` exports: one of these or both. The
+// plug-in is a shared library that uses the component as one of its clients does.
 //
 //   // A typical use of the component. Returns nonzero if all of it succeeded.
 //   KAP_CHECK_EXPORT int KAPCheckScenario(KAPGetProcAddressProc getProcAddress) { ... }
@@ -17,16 +17,20 @@
 //   // The interfaces whose procedures kapcheck may call with random arguments.
 //   KAP_CHECK_DECLARE(TotalsInterface)
 //
-// KAPCheckScenario is called on one thread while the component is initialised, any number of times
-// and also with a host that fails some of the calls. It releases whatever it takes, whether it
-// succeeds or not, and throws nothing. Then the component alone accounts for what is still held.
+// KAPCheckScenario is called on one thread while the component is initialised, any number of times,
+// and also with a host that lacks procedures or fails some of the calls. Whether it succeeds or
+// not, it releases whatever it takes, keeps no procedure of the host for the next run, leaves no
+// thread running, prints nothing to standard output, and throws nothing. Then the component alone
+// accounts for what is left. An exception of the component that it catches is a failure of the
+// component, unless the plug-in declares a method that may throw.
 //
-// KAP_CHECK_DECLARE is optional. A declared procedure must cope with any argument that its types
-// allow: null, a live handle of another kind, a string that means nothing. The interface of a
-// procedure that does not, that must not be called on several threads, or that does harm outside
-// the process, is not declared.
-// Random calls use numbers from 0 to 63, and pass memory of at least 4096 bytes where a procedure
-// takes bytes. They pass null for procedures.
+// A declared procedure must cope with any argument that its types allow: null, a live handle of
+// another kind, a string that means nothing. The interface of a procedure that does not, that must
+// not be called on several threads, or that does harm outside the process, is not declared.
+// - Numbers are from 0 to 63. A pointer to something that is not const leads to 4096 bytes of zeros
+//   for a result. Pointers to procedures are null.
+// - A result is a new reference, except that a handle which the call was given comes back without
+//   one. Strings are not released.
 
 // Exports a function of the plug-in.
 #define KAP_CHECK_EXPORT extern "C" [[gnu::visibility("default")]]
@@ -46,7 +50,7 @@ namespace [[gnu::visibility("hidden")]] KAPCheck {
 // What an argument or a result is, as far as its type tells. A place is a pointer to a result.
 enum class ValueKind : int {
   kNothing,  // void
-  kInteger,  // bool and integers of all sizes
+  kInteger,  // bool, integers of all sizes, enumerations that have a fixed type
   kReal,     // float, double
   kAtom,
   kString,  // const char*
@@ -56,7 +60,7 @@ enum class ValueKind : int {
   kError,
   kContainerPlace,
   kAtomPlace,
-  kPlace,      // a place for any other result
+  kPlace,      // a place for any other result, or for bytes
   kData,       // void*
   kProcedure,  // a pointer to a function
   kOther,      // not called: kapcheck cannot make such a value
@@ -85,12 +89,18 @@ struct DeclaredMethod {
   void (*fCall)(void* proc, Value* result, const Value* arguments);
 };
 
+// Whether each value of the integer type is one of the enumeration.
+template <class Type>
+inline constexpr bool kIsFixedEnum = std::is_enum_v<Type>&& requires {
+  Type{0};
+};
+
 // What a type is.
 template <class Type>
 constexpr ValueKind KindOf() {
   if constexpr (std::is_void_v<Type>) {
     return ValueKind::kNothing;
-  } else if constexpr (std::is_integral_v<Type>) {
+  } else if constexpr (std::is_integral_v<Type> || kIsFixedEnum<Type>) {
     return ValueKind::kInteger;
   } else if constexpr (std::is_floating_point_v<Type>) {
     return ValueKind::kReal;
@@ -113,9 +123,9 @@ constexpr ValueKind KindOf() {
   } else if constexpr (std::is_same_v<Type, void*>) {
     return ValueKind::kData;
   } else if constexpr (std::is_pointer_v<Type>) {
-    using Target = std::remove_pointer_t<Type>;
-    if constexpr (std::is_function_v<Target>) return ValueKind::kProcedure;
-    if constexpr (std::is_scalar_v<Target> && !std::is_const_v<Target>) return ValueKind::kPlace;
+    using Pointee = std::remove_pointer_t<Type>;
+    if constexpr (std::is_function_v<Pointee>) return ValueKind::kProcedure;
+    if constexpr (std::is_scalar_v<Pointee> && !std::is_const_v<Pointee>) return ValueKind::kPlace;
     return ValueKind::kOther;
   } else {
     return ValueKind::kOther;
@@ -125,7 +135,7 @@ constexpr ValueKind KindOf() {
 // A value as the argument of a procedure.
 template <class Type>
 Type FromValue(const Value& value) {
-  if constexpr (std::is_integral_v<Type>) {
+  if constexpr (std::is_integral_v<Type> || std::is_enum_v<Type>) {
     return static_cast<Type>(value.fInteger);
   } else if constexpr (std::is_floating_point_v<Type>) {
     return static_cast<Type>(value.fReal);
@@ -140,7 +150,7 @@ Type FromValue(const Value& value) {
 template <class Type>
 Value ToValue(Type result) {
   Value value;
-  if constexpr (std::is_integral_v<Type>) {
+  if constexpr (std::is_integral_v<Type> || std::is_enum_v<Type>) {
     value.fInteger = static_cast<unsigned long>(result);
   } else if constexpr (std::is_floating_point_v<Type>) {
     value.fReal = static_cast<double>(result);
