@@ -2,12 +2,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <string>
+#include <tuple>
+#include <vector>
 
 #include "kap/KAPHostInterfaces.h"
 #include "kapcheck/HostPlugin.h"
 
 // The reference host with one procedure replaced by one that breaks its contract. The environment
-// variable KAP_FAULT names the fault.
+// variable KAP_FAULT names the fault: one of the table, or "nothing:INTERFACE, METHOD" for a
+// procedure that does nothing.
 
 namespace {
 
@@ -38,6 +42,35 @@ constexpr Fault TFault(const char* name) {
             const typename Interface::template Proc<Method> typed = proc;
             return reinterpret_cast<void*>(typed);
           }};
+}
+
+// A procedure that does nothing and returns 0; it sets its result place to 0.
+template <class Proc>
+struct TNothing;
+template <class Result, class... Args>
+struct TNothing<Result (*)(Args...)> {
+  static Result Call(Args... args) {
+    if constexpr (sizeof...(Args) != 0) {
+      const auto first = std::get<0>(std::tuple(args...));
+      using First = std::remove_const_t<decltype(first)>;
+      using Value = std::remove_pointer_t<First>;
+      constexpr bool isPlace = std::is_pointer_v<Value> || std::is_same_v<Value, unsigned long>;
+      if constexpr (std::is_pointer_v<First> && isPlace) {
+        if (first) *first = Value();
+      }
+    }
+    return Result();
+  }
+};
+
+template <class Interface, std::size_t... kSlots>
+void AddNothings(std::vector<Fault>& all, std::index_sequence<kSlots...>) {
+  (all.push_back({"nothing", Interface::kName, Interface::kEntries[kSlots].fMethodName,
+                  [] {
+                    using Proc = typename Interface::template ProcAt<kSlots>;
+                    return reinterpret_cast<void*>(&TNothing<Proc>::Call);
+                  }}),
+   ...);
 }
 
 int NoRegistration(const char*, const char*, const char*, void*) { return 0; }
@@ -165,6 +198,20 @@ const Fault kFaults[] = {
              return static_cast<KAPError*>(nullptr);
            }>("progress_never_stops")};
 
+const Fault* FindFault(const std::string& name) {
+  for (const Fault& fault : kFaults) {
+    if (name == fault.fName) return &fault;
+  }
+  static std::vector<Fault> nothings;
+  KAPHostInterfaceSet::ForEach([]<class Interface>() {
+    AddNothings<Interface>(nothings, std::make_index_sequence<Interface::kCount>());
+  });
+  for (const Fault& fault : nothings) {
+    if (name == std::string("nothing:") + fault.fInterface + ", " + fault.fMethod) return &fault;
+  }
+  return nullptr;
+}
+
 const Fault* gFault = nullptr;
 
 void* GetProc(const char* interfaceName, const char* methodName, const char* procName) {
@@ -180,8 +227,6 @@ extern "C" [[gnu::visibility("default")]] KAPGetProcAddressProc KAPCheckHost(
     KAPGetProcAddressProc reference) {
   gReference = reference;
   const char* const name = std::getenv("KAP_FAULT");
-  for (const Fault& fault : kFaults) {
-    if (name && std::strcmp(name, fault.fName) == 0) gFault = &fault;
-  }
+  gFault = name ? FindFault(name) : nullptr;
   return gFault ? &GetProc : nullptr;
 }

@@ -21,6 +21,7 @@ constexpr char kIndent[] = "          ";
 
 std::string WordOf(const Results& results, Outcome outcome) {
   if (outcome == Outcome::kPassed) return "passed";
+  if (outcome == Outcome::kBlocked) return "blocked";
   return outcome == Outcome::kFailed ? "FAILED" : results.fNotRun;
 }
 
@@ -73,12 +74,15 @@ void PrintText(std::ostream& out, const Results& results) {
   for (const Result& result : results.fResults) {
     Pad(out, WordOf(results, result.fOutcome), wordWidth + 2);
     Pad(out, result.fName, nameWidth + 2);
-    out << (result.fOutcome == Outcome::kNotRun ? Printable(result.fReason) : result.fDescription);
-    out << '\n';
+    const bool isTried = result.fOutcome == Outcome::kPassed || result.fOutcome == Outcome::kFailed;
+    out << (isTried ? result.fDescription : Printable(result.fReason)) << '\n';
     if (result.fOutcome == Outcome::kFailed) PrintFailure(out, result);
   }
   out << results.Count(Outcome::kPassed) << " passed, " << results.Count(Outcome::kFailed)
-      << " failed, " << results.Count(Outcome::kNotRun) << ' ' << results.fNotRun << '\n';
+      << " failed, " << results.Count(Outcome::kNotRun) << ' ' << results.fNotRun;
+  const std::size_t blocked = results.Count(Outcome::kBlocked);
+  if (blocked != 0) out << ", " << blocked << " blocked";
+  out << '\n';
 }
 
 void PrintJson(std::ostream& out, const Results& results) {
@@ -90,6 +94,8 @@ void PrintJson(std::ostream& out, const Results& results) {
                          {"others", results.Count(Outcome::kNotRun)},
                          {"tests", std::move(tests)}};
   if (results.fSeed != 0) json["seed"] = results.fSeed;
+  const std::size_t blocked = results.Count(Outcome::kBlocked);
+  if (blocked != 0) json["blocked"] = blocked;
   // What a component writes may be invalid UTF-8.
   out << json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
