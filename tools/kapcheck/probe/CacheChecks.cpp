@@ -152,6 +152,11 @@ void CheckClientPurges() {
 }
 
 constexpr Check kChecks[] = {
+    {"caches.identities", "KAPCacheInterface", "NewCacheID", "A new identity: one reference.",
+     [] {
+       const CacheID first = MakeID(), second = MakeID();
+       Expect(first != second, "two identities are the same");
+     }},
     {"caches.attach", "KAPCacheInterface", "Attach",
      "The item, borrowed and marked: it is not purged before MarkPurge.",
      [] { CheckMarks(&Attach, &PurgeAll); }},
@@ -170,6 +175,12 @@ constexpr Check kChecks[] = {
      [] { CheckPurgesOf(&PurgeInSteps); }},
     {"caches.oldest", "KAPCacheInterface", "PurgeNextBlock", "Purges the item used longest ago.",
      &CheckOldest},
+    {"caches.purge-begins", "KAPCacheInterface", "NewCachePurge",
+     "Begins a purge; DeleteCachePurge ends it.",
+     [] {
+       const CachePurge first(Call<Cache, "NewCachePurge">()), next(Call<Cache, "NewCachePurge">());
+       Expect(first && next, "NewCachePurge returns null");
+     }},
     {"caches.purge-null", "KAPCacheInterface", "DeleteCachePurge", "Ends a purge; null is ignored.",
      [] { Call<Cache, "DeleteCachePurge">(nullptr); }},
     {"caches.references", "KAPCacheInterface", "AddRef", "Adds one reference; null is ignored.",
@@ -246,6 +257,8 @@ constexpr Check kChecks[] = {
      }},
     {"caches.static", "KAPCacheInterface", "PurgeAllStaticCaches",
      "Calls every procedure registered with AddClientPurge", &CheckClientPurges},
+    {"caches.static-added", "KAPCacheInterface", "AddClientPurge",
+     "Registers the procedure that clears a component's static caches.", &CheckClientPurges},
     {"caches.static-removed", "KAPCacheInterface", "RemoveClientPurge",
      "Removes a procedure registered with AddClientPurge; ignores any other.",
      [] {
@@ -253,6 +266,13 @@ constexpr Check kChecks[] = {
        const int before = gClears;
        Call<Cache, "PurgeAllStaticCaches">();
        Expect(gClears == before, "the procedure is called after RemoveClientPurge");
+     }},
+    {"caches.new-set", "KAPCacheInterface", "NewCacheSet",
+     "A new, empty set of identities: one reference.",
+     [] {
+       const CacheID id = MakeID();
+       const CacheSet first = MakeSet(), second = MakeSet();
+       Expect(!IsIn(first, id) && !IsIn(second, id), "a new set contains an identity");
      }},
     {"caches.sets", "KAPCacheInterface", "SearchForID", "Whether the set contains the identity.",
      [] {

@@ -198,8 +198,9 @@ constexpr Check kChecks[] = {
      [] {
        Instance instance;
        Container container = Make(instance);
-       Expect(InstanceOf(container, "KAPProbeImpl") == &instance,
-              "GetInstance does not find the instance under its name");
+       void* found = nullptr;
+       Do<Containers, "NGetInstance">(&found, container, MakeAtom("KAPProbeImpl"));
+       Expect(found == &instance, "the container has no such instance");
        container.Reset();
        Expect(instance.fDeleted == 1, "the first release deletes the instance " +
                                           std::to_string(instance.fDeleted) + " times");
@@ -290,11 +291,13 @@ constexpr Check kChecks[] = {
        container.Reset();
        Expect(second.fDeleted == 0, "a call that returns an error deletes the instance");
      }},
-    {"containers.no-instance", "KAPContainerInterface", "GetInstance",
+    {"containers.instance", "KAPContainerInterface", "GetInstance",
      "The instance of that name, borrowed; null when there is none, or when the call fails.",
      [] {
        Instance instance;
        const Container container = Make(instance);
+       Expect(InstanceOf(container, "KAPProbeImpl") == &instance,
+              "GetInstance does not find the instance under its name");
        Expect(!InstanceOf(container, "KAPProbeOther"), "GetInstance finds an unknown name");
        Expect(!Call<Containers, "GetInstance">(nullptr, nullptr), "null has an instance");
      }},

@@ -129,7 +129,8 @@ void CheckNothingStays(const std::function<void()>& body) {
 }
 
 void OnThreads(int count, const std::function<void(int)>& body) {
-  if (Call<KAPBinderInterface, "KAPIsMultiThreaded">() == 0) {
+  static const bool isMultiThreaded = Call<KAPBinderInterface, "KAPIsMultiThreaded">() != 0;
+  if (!isMultiThreaded) {
     throw NotOffered("several threads: KAPIsMultiThreaded returns 0");
   }
   std::atomic<int> waiting = count;
