@@ -149,7 +149,7 @@ class HostCheck {
   void CheckOffer() {
     const bool isHost = std::any_of(fResults.begin(), fResults.end(), [](const Result& result) {
       return result.fOutcome == Outcome::kFailed ||
-             (result.fOutcome == Outcome::kPassed && !result.fName.starts_with("binder."));
+             (result.fOutcome == Outcome::kPassed && !result.fProcedure.starts_with("KAP, "));
     });
     if (!isHost) fResults.push_back(ProbeResult("the host offers nothing but the binder"));
   }
