@@ -53,16 +53,16 @@ static int Print(const char* library) {
   CPOSArray ring(CPOSObject::CreateFromText("[1]", nullptr));
   ring.Append(ring);
   ring.Append(ring);
-  CPOSArray longArray;
-  CPOSDict longDict;
+  CPOSArray longArray = CPOSArray::New();
+  CPOSDict longDict = CPOSDict::New();
   for (int i = 0; i < 301; ++i) {
     longArray.Append(CPOSNumber(i));
     longDict.Put(std::to_string(i).c_str(), CPOSNumber(i));
   }
   // Shared 2^30 times.
-  CPOSArray shared;
+  CPOSArray shared = CPOSArray::New();
   for (int i = 0; i < 30; ++i) {
-    CPOSArray next;
+    CPOSArray next = CPOSArray::New();
     next.Append(shared);
     next.Append(shared);
     shared = next;

@@ -41,7 +41,7 @@ ROWS = [
     ("data", 'binary data "image" of 3 bytes'),
     ("pointer", "raw pointer 0x10"),
     ("*(NPOSObjectImpl::Number*)number.fContainer->fPrimary", "number 0.30000000000000004"),
-    ("ring", f'array of 3 = {{[0] = number 1, [1] = "{BACK}", [2] = "{BACK}"}}'),
+    ("ring", f'array of 3 = {{[0] = number 1, [1] = {BACK}, [2] = {BACK}}}'),
     ("dead", "destroyed container"),
     ("buffer", r"re:buffer of 100 bytes at 0x[0-9a-f]+"),
     ("progress", "progress of client 0x20"),
@@ -50,9 +50,9 @@ ROWS = [
     ("sinkWrapper", "null sink"),
     ("block", 'block of 9 bytes "some text"'),
     ("longArray", r"re:array of 301 = \{\[0\] = number 0, .*, \[199\] = number 199, \.\.\. = "
-                  r'"more elements"\}'),
+                  r"more elements\}"),
     ("longDict", r're:dictionary of 301 = \{"0" = number 0, "1" = number 1, "10" = number 10, .*'
-                 r'\.\.\. = "more elements"\}'),
+                 r'\.\.\. = more elements\}'),
     # Ends, although all of it would not.
     ("shared", r"re:array of 2 = \{\[0\] = array of 2 = .*"),
     # Pointers to nowhere and to something else are printed as gdb does.
@@ -64,9 +64,9 @@ ROWS = [
 TREE = "((NPOSObjectImpl::Dict*)longDict.fContainer->fPrimary)->fEntries.fRoot.fRoot"
 LIST = "((NPOSObjectImpl::Array*)longArray.fContainer->fPrimary)"
 DAMAGED = [
-    (f"{TREE}->fChild[0] = {TREE}", "longDict", 'damaged dictionary = {... = "unreadable"}'),
+    (f"{TREE}->fChild[0] = {TREE}", "longDict", 'damaged dictionary = {... = unreadable}'),
     (f"{LIST}->fElements = (KAPContainer**)16", "longArray",
-     'array of 301 = {... = "unreadable"}'),
+     'array of 301 = {... = unreadable}'),
     (f"{LIST}->fCount = 2000000000", "longArray", "damaged array"),
     ("number.fContainer->fSignature = (const char*)&bytes", "number", r"re:\{.*"),
 ]
