@@ -29,9 +29,9 @@ MOST_COUNTED = 10_000
 # A red-black tree is no deeper; what is deeper is damaged.
 DEEPEST_TREE = 64
 # How many objects a search for cycles looks at. A longer cycle ends at gdb's own "max-depth".
-MOST_SEARCHED = 300
+MOST_SEARCHED = 100
 # How many elements are printed without a pause: what is shared by many is printed many times.
-MOST_PRINTED = 20_000
+MOST_PRINTED = 2_000
 
 OWN_INSTANCE = "POSObjectImpl"
 KINDS = ("Number", "String", "UnicodeString", "BinData", "RawPointer", "Array", "Dict")
