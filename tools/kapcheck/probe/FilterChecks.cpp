@@ -2,16 +2,15 @@
 #include "probe/Checks.h"
 #include "probe/Services.h"
 
-// Sinks, filters and progress.
+// Sinks and filters.
 
 namespace KAPProbe {
 
 namespace {
 
 using Filters = KAPFilterInterface;
-using Progresses = KAPProgressInterface;
 
-// What the procedures of a client sink, filter or progress object have been given.
+// What the procedures of a client sink or filter have been given.
 struct Client {
   std::string fBytes;
   int fDeleted = 0;
@@ -19,9 +18,6 @@ struct Client {
   KAPError* fError = nullptr;  // what the next call returns
   int fImage[3] = {};
   float fQuality = 0;
-  float fFraction = -1;
-  std::string fText;
-  int fFlag = 0;
   KAPFilter* fReverse = nullptr;  // one reference for the host
 };
 
@@ -53,13 +49,6 @@ KAPError* QualityProc(void* client, float quality) {
   Of(client).fQuality = quality;
   return TakeError(client);
 }
-KAPError* UpdateProc(void* client, float fraction, const char* text, int flag) {
-  Of(client).fFraction = fraction;
-  Of(client).fText = text ? text : "(null)";
-  Of(client).fFlag = flag;
-  return TakeError(client);
-}
-
 KAPError* NewError() {
   return Call<KAPErrorInterface, "NewError">("refused", "Probe", 7l, nullptr, nullptr);
 }
@@ -110,13 +99,6 @@ unsigned long ClosedIn(const Sink& filter) {
   unsigned long state = ~0ul;
   Do<Filters, "GetChainState">(&state, filter);
   return state;
-}
-
-Progress ClientProgress(Client& client) {
-  Progress progress(
-      Call<Progresses, "NewClientProgress">(static_cast<void*>(&client), &UpdateProc, &DeleteProc));
-  Need<Progresses, "NewClientProgress">(progress, "returns null");
-  return progress;
 }
 
 // What every filter of a client does.
@@ -386,71 +368,8 @@ constexpr Check kFilters[] = {
      }},
 };
 
-constexpr Check kProgress[] = {
-    {"progress.null", "KAPProgressInterface", "NewNullProgress",
-     "A progress object that ignores its updates: one reference.",
-     [] {
-       const Progress progress(Call<Progresses, "NewNullProgress">());
-       Expect(progress, "NewNullProgress returns null");
-       Do<Progresses, "Update">(progress, 0.5f, "half", 1);
-     }},
-    {"progress.client", "KAPProgressInterface", "NewClientProgress",
-     "A progress object that forwards to `client`: one reference.",
-     [] {
-       Client client;
-       const Progress progress = ClientProgress(client);
-       Do<Progresses, "Update">(progress, 0.5f, "half", 3);
-       Expect(client.fFraction > 0.49f && client.fFraction < 0.51f && client.fText == "half" &&
-                  client.fFlag == 3,
-              "the client gets other arguments");
-       Do<Progresses, "Update">(progress, 1.0f, nullptr, 0);
-       Expect(client.fText == "(null)", "a null text becomes \"" + client.fText + '"');
-     }},
-    {"progress.last-release", "KAPProgressInterface", "NewClientProgress",
-     "The last release passes the client to `deleteClient`.",
-     [] {
-       Client client;
-       CheckLastRelease<Progresses>(ClientProgress(client), client.fDeleted, "deletes the client");
-     }},
-    {"progress.references", "KAPProgressInterface", "AddRef",
-     "Adds one reference; null is ignored.",
-     [] {
-       Call<Progresses, "AddRef">(nullptr);
-       Client client;
-       CheckLastRelease<Progresses>(ClientProgress(client), client.fDeleted, "deletes the client");
-     }},
-    {"progress.release", "KAPProgressInterface", "Release",
-     "Releases one reference; null is ignored.",
-     [] {
-       Call<Progresses, "Release">(nullptr);
-       Client client;
-       ClientProgress(client).Reset();
-       Expect(client.fDeleted == 1, "a new progress object outlives one release");
-     }},
-    {"progress.null-argument", "KAPProgressInterface", "NewClientProgress",
-     "Null: out of memory or an argument is null; the client stays the caller's.",
-     [] {
-       Client client;
-       void* const object = &client;
-       const Progress made[] = {
-           Progress(Call<Progresses, "NewClientProgress">(nullptr, &UpdateProc, &DeleteProc)),
-           Progress(Call<Progresses, "NewClientProgress">(object, nullptr, &DeleteProc)),
-           Progress(Call<Progresses, "NewClientProgress">(object, &UpdateProc, nullptr))};
-       Expect(!made[0] && !made[1] && !made[2], "an argument is null, and the result is not");
-       Expect(client.fDeleted == 0, "a call that returns null deletes the client");
-     }},
-    {"progress.stop", "KAPProgressInterface", "Update", "An error asks the caller to stop.",
-     [] {
-       Client client;
-       const Progress progress = ClientProgress(client);
-       client.fError = NewError();
-       Fails<Progresses, "Update">("of a client that returns an error", progress, 0.5f, "half", 0);
-     }},
-};
-
 }  // namespace
 
 std::span<const Check> FilterChecks() { return kFilters; }
-std::span<const Check> ProgressChecks() { return kProgress; }
 
 }  // namespace KAPProbe
