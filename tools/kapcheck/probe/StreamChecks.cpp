@@ -219,7 +219,7 @@ constexpr Check kChecks[] = {
     {"streams.seek", "KAPPositionableStreamInterface", "Seek",
      "Moves the position; `origin` is a KAPSeekOrigin.", &CheckSeeks},
     {"streams.wrong-handle", "KAPSimpleStreamInterface", "Read",
-     "the compiler does not tell them apart, so every procedure checks.", &CheckWrongStreams},
+     "the compiler does not distinguish them, so every procedure checks.", &CheckWrongStreams},
     {"streams.rewind", "KAPRewindableStreamInterface", "Rewind", "Moves the position to the start.",
      [] {
        const Container stream = BufferStream("0123456789");
