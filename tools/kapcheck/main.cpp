@@ -67,7 +67,7 @@ CLI::App* DeclareComponent(CLI::App& app, Options& options) {
   return own;
 }
 
-// An empty name is an unset variable rather than a wish.
+// An empty name comes from a variable that is not set.
 std::string RefuseEmpty(const std::string& name) { return name.empty() ? "the name is empty" : ""; }
 
 CLI::App* DeclareHost(CLI::App& app, Options& options) {

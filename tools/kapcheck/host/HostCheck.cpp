@@ -83,7 +83,7 @@ class HostCheck {
     if (fBegun) {
       fBegun->fSeconds = std::max(0.0, ending.fSeconds - fBegunAt);
       Fail(std::move(*fBegun), end.empty() ? "ends the process with status 0" : end);
-    } else if (!end.empty() || (!fIsOver && !fGoesOn)) {
+    } else if (!end.empty() || (!fIsOver && !(fGoesOn && fNext > first))) {
       // A probe that ends between checks, or after the last, has no check to continue with.
       Fail(ProbeResult(""), end.empty() ? "ends the process with status 0" : end);
       fIsOver = true;

@@ -62,7 +62,7 @@ void CheckUsableSizes() {
            "a block of " + std::to_string(size) + " bytes has a size of " + std::to_string(usable));
     blocks.emplace_back(std::move(block), usable);
   }
-  // What is not usable belongs to another block, or to nobody.
+  // What is not usable may belong to another block.
   int byte = 1;
   for (const auto& [block, usable] : blocks) std::memset(block.Get(), byte++, usable);
   byte = 1;

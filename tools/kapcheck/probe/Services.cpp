@@ -38,7 +38,7 @@ bool IsInInventory(const char* interfaceName, const char* methodName) {
   return false;
 }
 
-// The address space that the process uses, in bytes; 0 when nobody says.
+// The address space that the process uses, in bytes; 0 when it is unknown.
 std::size_t UsedSpace() {
   std::ifstream file("/proc/self/statm");
   std::size_t pages = 0;
