@@ -73,12 +73,17 @@ CLI::App* DeclareComponent(CLI::App& app, Options& options) {
   return own;
 }
 
+// An empty name comes from a variable that is not set.
+std::string RefuseEmpty(const std::string& name) { return name.empty() ? "the name is empty" : ""; }
+
 CLI::App* DeclareHost(CLI::App& app, Options& options) {
   CLI::App* const own = app.add_subcommand("host", "Checks a host");
   own->add_option("--host", options.fHost, "A plug-in with the host; default: the reference host")
+      ->check(RefuseEmpty)
       ->option_text("PLUGIN");
   own->add_option("--probe", options.fProbe,
                   "Path of libkapprobe.so; default: the installed one, then ../lib")
+      ->check(RefuseEmpty)
       ->option_text("FILE");
   AddOutputOptions(*own, options);
   own->footer("Example:\n  kapcheck host --host ./libmyhost.so");

@@ -8,10 +8,10 @@
 
 namespace KAPCheck {
 
-// Runs the probe against a host, in a process of its own; after a crash or at the time limit, the
-// checks that are left run in another one. `plugin` is the path of the host's plug-in
-// (kapcheck/HostPlugin.h), "" for the reference host. Throws PosUtil::Failure when the probe or the
-// plug-in is not a library.
+// Runs the probe against a host, in a process of its own; after a failed check, a crash or the time
+// limit, which holds for each check, the checks that are left run in another one. `plugin` is the
+// path of the host's plug-in (kapcheck/HostPlugin.h), "" for the reference host. Throws
+// PosUtil::Failure when the probe or the plug-in is not a library or does not export what it must.
 Results CheckHost(const std::string& probe, const std::string& plugin,
                   std::chrono::milliseconds limit);
 

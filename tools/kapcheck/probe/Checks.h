@@ -7,13 +7,13 @@
 namespace KAPProbe {
 
 // A sentence of a contract and the code that tries it. `fContract` repeats the declaration word for
-// word; a test compares them.
+// word, as far as the check tries it; a test compares them.
 struct Check {
   const char* fName;
   const char* fInterface;
   const char* fMethod;
   const char* fContract;
-  // Throws Broken or NotOffered (Services.h).
+  // Throws Broken, NotOffered or Blocked (Services.h).
   void (*fRun)();
 };
 
@@ -32,5 +32,7 @@ std::span<const Check> BufferChecks();
 std::span<const Check> CacheChecks();
 std::span<const Check> FilterChecks();
 std::span<const Check> ProgressChecks();
+std::span<const Check> ConventionChecks();
+std::span<const Check> ThreadChecks();
 
 }  // namespace KAPProbe

@@ -14,15 +14,17 @@ namespace {
 
 using Factory = KAPStreamFactoryInterface;
 
-// The data of a client stream, and what its views have been asked to do.
+// The data of client streams, and what they have been asked to do.
 struct Shared {
   std::string fBytes = "0123456789";
   std::size_t fMostRead = 3;
   KAPError* fError = nullptr;  // what the next call returns
+  bool fReadsTooMuch = false;
   int fDeleted = 0;
   int fLive = 0;
   long fSeekOffset = 0;
   int fSeekOrigin = -1;
+  int fRewindable = 0, fPositionable = 0;  // independent streams made
 };
 
 struct Client {
@@ -39,31 +41,39 @@ struct Client {
 Client& Of(void* client) { return *static_cast<Client*>(client); }
 KAPError* TakeError(void* client) { return std::exchange(Of(client).fShared.fError, nullptr); }
 
+// A result place is set even when the client returns an error: the host clears it.
 KAPError* Read(std::size_t* outCount, void* data, unsigned char* buffer, std::size_t count) {
   Client& client = Of(data);
-  *outCount = 0;
-  if (KAPError* const error = TakeError(data)) return error;
   const std::size_t left = client.fShared.fBytes.size() - client.fPosition;
   *outCount = std::min({count, left, client.fShared.fMostRead});
+  if (KAPError* const error = TakeError(data)) return error;
   std::memcpy(buffer, client.fShared.fBytes.data() + client.fPosition, *outCount);
   client.fPosition += *outCount;
+  if (client.fShared.fReadsTooMuch) *outCount = count + 1;
   return nullptr;
 }
 
 KAPError* WriteAll(void* data, const unsigned char* bytes, std::size_t count) {
   Client& client = Of(data);
+  if (KAPError* const error = TakeError(data)) return error;
   client.fShared.fBytes.replace(client.fPosition, count, reinterpret_cast<const char*>(bytes),
                                 count);
   client.fPosition += count;
-  return TakeError(data);
-}
-
-KAPError* Delete(void* data) {
-  delete static_cast<Client*>(data);
   return nullptr;
 }
 
+// An error of it is the host's: it reports and releases it.
+KAPError* Delete(void* data) {
+  KAPError* const error = TakeError(data);
+  delete static_cast<Client*>(data);
+  return error;
+}
+
+template <int Shared::*kCount>
 KAPError* Create(void** outClient, void* data) {
+  *outClient = nullptr;
+  if (KAPError* const error = TakeError(data)) return error;
+  ++(Of(data).fShared.*kCount);
   *outClient = new Client(Of(data).fShared);
   return nullptr;
 }
@@ -84,51 +94,159 @@ KAPError* ToPosition(void* data, long offset, int origin) {
   return TakeError(data);
 }
 
-Container Simple(Shared& shared) {
+// The procedures that make client streams of the three kinds, as calls of one form. The client is
+// the host's when there is no error.
+using Make = KAPError* (*)(KAPContainer** out, void* client);
+
+KAPError* NewSimple(KAPContainer** out, void* client) {
+  return Call<Factory, "NewClientSimpleStream">(out, client, &Read, &WriteAll, &Delete);
+}
+KAPError* NewRewindable(KAPContainer** out, void* client) {
+  return Call<Factory, "NewClientRewindableStream">(out, client, &Read, &WriteAll, &Delete,
+                                                    &Create<&Shared::fRewindable>, &ToStart);
+}
+KAPError* NewPositionable(KAPContainer** out, void* client) {
+  return Call<Factory, "NewClientPositionableStream">(
+      out, client, &Read, &WriteAll, &Delete, &Create<&Shared::fRewindable>, &ToStart,
+      &Create<&Shared::fPositionable>, &TellPosition, &ToPosition);
+}
+
+template <TKAPName Method, Make make>
+Container New(Shared& shared) {
   auto client = std::make_unique<Client>(shared);
   Container stream;
-  MustSucceed(Call<Factory, "NewClientSimpleStream">(
-                  stream.Place(), static_cast<void*>(client.get()), &Read, &WriteAll, &Delete),
-              "NewClientSimpleStream");
+  KAPError* const error = make(stream.Place(), client.get());
+  if (error) Need<Factory, Method>(false, Returns(error));
+  Need<Factory, Method>(stream, "returns neither a stream nor an error");
   client.release();
   return stream;
 }
+constexpr auto Simple = &New<"NewClientSimpleStream", &NewSimple>;
+constexpr auto Rewindable = &New<"NewClientRewindableStream", &NewRewindable>;
+constexpr auto Positionable = &New<"NewClientPositionableStream", &NewPositionable>;
 
-Container Rewindable(Shared& shared) {
-  auto client = std::make_unique<Client>(shared);
-  Container stream;
-  MustSucceed(
-      Call<Factory, "NewClientRewindableStream">(stream.Place(), static_cast<void*>(client.get()),
-                                                 &Read, &WriteAll, &Delete, &Create, &ToStart),
-      "NewClientRewindableStream");
-  client.release();
-  return stream;
+// What every client stream does.
+void CheckForwarding(Container (*make)(Shared&)) {
+  Shared shared;
+  Container stream = make(shared);
+  ExpectText(ReadAll(stream, 4), "0123", "what is read");
+  Write(stream, "abc");
+  ExpectText(shared.fBytes, "0123abc789", "what the client has after a write");
+  Expect(shared.fDeleted == 0, "the client is deleted while the stream lives");
+  stream.Reset();
+  Expect(shared.fDeleted == 1,
+         "the last release deletes the client " + std::to_string(shared.fDeleted) + " times");
 }
 
-Container Positionable(Shared& shared) {
-  auto client = std::make_unique<Client>(shared);
-  Container stream;
-  MustSucceed(Call<Factory, "NewClientPositionableStream">(
-                  stream.Place(), static_cast<void*>(client.get()), &Read, &WriteAll, &Delete,
-                  &Create, &ToStart, &Create, &TellPosition, &ToPosition),
-              "NewClientPositionableStream");
-  client.release();
-  return stream;
+void CheckErrorKeepsClient(Make make) {
+  Shared shared;
+  auto* const client = new Client(shared);
+  MustFail(make(nullptr, client), "making a stream without a result place");
+  Expect(shared.fLive == 1, "a call that returns an error deletes the client");
+  delete client;
 }
 
-std::string SignatureOf(KAPContainer* stream) {
-  return TextOf(Atom(Call<KAPContainerInterface, "GetSignature">(stream)));
+// The error that a client returns is the caller's, and the call has no other result.
+template <class Interface, TKAPName Method, class... Args>
+void CheckError(Shared& shared, KAPContainer* stream, const Args&... args) {
+  shared.fError = Call<KAPErrorInterface, "NewError">("no room", "Probe", 7l, nullptr, nullptr);
+  const Error error(CallStream<Interface, Method>(stream, args...));
+  Expect(error, std::string(Method.fText) + " returns no error although the client does");
+  Expect(!shared.fError, std::string(Method.fText) + " does not reach the client");
 }
+
+void CheckErrors() {
+  Shared shared;
+  const Container stream = Positionable(shared);
+  std::size_t count = 77;
+  unsigned char byte = 'x';
+  CheckError<KAPSimpleStreamInterface, "Read">(shared, stream, &count, stream.Get(), &byte,
+                                               std::size_t{1});
+  Expect(count == 0, "Read returns an error and a count");
+  const unsigned char* const bytes = &byte;
+  CheckError<KAPSimpleStreamInterface, "Write">(shared, stream, stream.Get(), bytes,
+                                                std::size_t{1});
+  CheckError<KAPRewindableStreamInterface, "Rewind">(shared, stream, stream.Get());
+  CheckError<KAPPositionableStreamInterface, "Seek">(shared, stream, stream.Get(), 0l, 0);
+  long position = 77;
+  CheckError<KAPPositionableStreamInterface, "Mark">(shared, stream, &position, stream.Get());
+  Expect(position == 0, "Mark returns an error and a position");
+  KAPContainer* view = stream;
+  CheckError<KAPRewindableStreamInterface, "CreateIndependentlyRewindableStream">(
+      shared, stream, &view, stream.Get());
+  Expect(!view, "CreateIndependentlyRewindableStream returns an error and a stream");
+  view = stream;
+  CheckError<KAPPositionableStreamInterface, "CreateIndependentlyPositionableStream">(
+      shared, stream, &view, stream.Get());
+  Expect(!view, "CreateIndependentlyPositionableStream returns an error and a stream");
+}
+
+// `count` counts the clients that are made for such views.
+void CheckViews(Container (*make)(Shared&), Container (*makeView)(KAPContainer*),
+                int Shared::*count) {
+  Shared shared;
+  {
+    Container stream = make(shared);
+    ReadAll(stream, 5);
+    const Container view = makeView(stream);
+    Expect(shared.*count == 1 && shared.fLive == 2,
+           "the client is not asked for a new client of this kind");
+    ExpectText(ReadAll(view, 2), "01", "what the new stream reads");
+    ExpectText(ReadAll(stream, 2), "56", "what the first stream reads");
+    stream.Reset();
+    ExpectText(ReadAll(view, 2), "23", "what is read after the first stream has gone");
+  }
+  Expect(shared.fLive == 0 && shared.fDeleted == 2, "each client is not deleted once");
+}
+
+void CheckPositions() {
+  Shared shared;
+  const Container stream = Positionable(shared);
+  ReadAll(stream, 5);
+  Expect(Mark(stream) == 5, "Mark returns another position than the client");
+  Seek(stream, -7, kKAPSeekFromEnd);
+  Expect(shared.fSeekOffset == -7 && shared.fSeekOrigin == kKAPSeekFromEnd,
+         "Seek reaches the client with other arguments");
+}
+
+bool HasMethod(KAPContainer* stream, const char* method, const char* proc) {
+  void* found = nullptr;
+  Do<KAPContainerInterface, "GetMethod">(&found, stream, MakeAtom(method), MakeAtom(proc), 1);
+  return found;
+}
+
+void CheckKinds() {
+  Shared shared;
+  const Container streams[] = {Simple(shared), Rewindable(shared), Positionable(shared)};
+  std::string signatures[3];
+  for (int i = 0; i < 3; ++i) {
+    signatures[i] = TextFrom<KAPContainerInterface, "GetSignature">(streams[i]);
+    Expect(HasMethod(streams[i], "Read", "KAPSimpleStreamReadProc") &&
+               HasMethod(streams[i], "Rewind", "KAPRewindableStreamRewindProc") == (i >= 1) &&
+               HasMethod(streams[i], "Seek", "KAPPositionableStreamSeekProc") == (i >= 2),
+           "a stream of kind " + std::to_string(i) + " has the methods of another kind");
+  }
+  Expect(signatures[0] != signatures[1] && signatures[1] != signatures[2] &&
+             signatures[0] != signatures[2],
+         "streams with different methods have one signature");
+}
+
+constexpr char kTakenOver[] =
+    "take over `client` on success: the last release passes it to `deleteClient`.";
 
 constexpr Check kChecks[] = {
-    {"client-streams.simple", "KAPStreamFactoryInterface", "NewClientSimpleStream",
-     "A simple stream that forwards to `client`.",
+    {"client-streams.simple", "KAPStreamFactoryInterface", "NewClientSimpleStream", kTakenOver,
+     [] { CheckForwarding(Simple); }},
+    {"client-streams.rewindable", "KAPStreamFactoryInterface", "NewClientRewindableStream",
+     kTakenOver, [] { CheckForwarding(Rewindable); }},
+    {"client-streams.positionable", "KAPStreamFactoryInterface", "NewClientPositionableStream",
+     kTakenOver, [] { CheckForwarding(Positionable); }},
+    {"client-streams.error-keeps-client", "KAPStreamFactoryInterface", "NewClientSimpleStream",
+     "On an error the client stays the caller's.",
      [] {
-       Shared shared;
-       const Container stream = Simple(shared);
-       Expect(ReadAll(stream, 4) == "0123", "the stream reads other bytes than the client has");
-       Write(stream, "abc");
-       Expect(shared.fBytes == "0123abc789", "the client gets other bytes than were written");
+       for (const Make make : {&NewSimple, &NewRewindable, &NewPositionable}) {
+         CheckErrorKeepsClient(make);
+       }
      }},
     {"client-streams.short-read", "KAPSimpleStreamInterface", "Read",
      "`*outCount`: how many; 0 at the end of the input.",
@@ -142,43 +260,33 @@ constexpr Check kChecks[] = {
               "short reads lose bytes");
        Expect(ReadSome(stream, 10).empty(), "there is no end");
      }},
-    {"client-streams.deleted", "KAPStreamFactoryInterface", "NewClientSimpleStream",
-     "The procedures for client streams take over `client` on success: the last release passes it"
-     " to `deleteClient`.",
-     [] {
-       Shared shared;
-       Container stream = Simple(shared);
-       Expect(shared.fDeleted == 0, "the client is deleted while the stream lives");
-       stream.Reset();
-       Expect(shared.fDeleted == 1,
-              "the last release deletes the client " + std::to_string(shared.fDeleted) + " times");
-     }},
-    {"client-streams.error-keeps-client", "KAPStreamFactoryInterface", "NewClientSimpleStream",
-     "On an error the client stays the caller's.",
-     [] {
-       Shared shared;
-       Client client(shared);
-       MustFail(Call<Factory, "NewClientSimpleStream">(nullptr, static_cast<void*>(&client), &Read,
-                                                       &WriteAll, &Delete),
-                "NewClientSimpleStream without a result place");
-       Expect(shared.fLive == 1, "a call that returns an error deletes the client");
-     }},
-    {"client-streams.errors", "KAPSimpleStreamInterface", "Write",
-     "Writes all `count` bytes at the position and moves the position past them, or returns an"
-     " error.",
+    {"client-streams.too-much", "KAPSimpleStreamInterface", "Read", "Reads up to `count` bytes",
      [] {
        Shared shared;
        const Container stream = Simple(shared);
-       shared.fError =
-           Call<KAPErrorInterface, "NewError">("no room", "Probe", 7l, nullptr, nullptr);
-       const unsigned char byte = 'x';
-       Error error(
-           CallStream<KAPSimpleStreamInterface, "Write">(stream, stream, &byte, std::size_t{1}));
-       Expect(error, "Write returns no error although the client does");
-       Expect((Call<KAPErrorInterface, "GetID">(error) == 7), "Write returns another error");
+       shared.fReadsTooMuch = true;
+       unsigned char buffer[2] = {};
+       std::size_t count = 0;
+       const Error error(CallStream<KAPSimpleStreamInterface, "Read">(stream, &count, stream,
+                                                                      &buffer[0], std::size_t{1}));
+       Expect(count <= 1, "a client says that it read more than requested, and so does the host");
      }},
-    {"client-streams.rewindable", "KAPStreamFactoryInterface", "NewClientRewindableStream",
-     "A rewindable stream that forwards to `client`.",
+    {"client-streams.errors", "KAPStreamFactoryInterface", "NewClientPositionableStream",
+     "A positionable stream that forwards to `client`.", &CheckErrors},
+    {"client-streams.delete-fails", "KAPStreamFactoryInterface", "NewClientSimpleStream",
+     "The host reports an error that it returns: a release has no result.",
+     [] {
+       Shared shared;
+       int freed = 0;
+       Container stream = Simple(shared);
+       shared.fError = Call<KAPErrorInterface, "NewError">(
+           "not deleted", "Probe", 7l, static_cast<void*>(&freed),
+           [](void* count) { ++*static_cast<int*>(count); });
+       stream.Reset();
+       Expect(freed == 1, "the error of a client's deletion is not released");
+     }},
+    {"client-streams.rewind", "KAPRewindableStreamInterface", "Rewind",
+     "Moves the position to the start.",
      [] {
        Shared shared;
        const Container stream = Rewindable(shared);
@@ -186,47 +294,21 @@ constexpr Check kChecks[] = {
        Rewind(stream);
        Expect(ReadAll(stream, 2) == "01", "Rewind does not reach the client");
      }},
-    {"client-streams.views", "KAPRewindableStreamInterface", "CreateIndependentlyRewindableStream",
+    {"client-streams.rewindable-views", "KAPRewindableStreamInterface",
+     "CreateIndependentlyRewindableStream",
      "A stream over the same data with a position of its own: one reference.",
      [] {
-       Shared shared;
-       {
-         Container stream = Rewindable(shared);
-         ReadAll(stream, 5);
-         const Container view = RewindableView(stream);
-         Expect(shared.fLive == 2, "the client is not asked for a new client");
-         Expect(ReadAll(view, 2) == "01", "the new stream reads through another client");
-         Expect(ReadAll(stream, 2) == "56", "reading the new stream moves the first one");
-         stream.Reset();
-         Expect(ReadAll(view, 2) == "23", "the new stream ends with the first one");
-       }
-       Expect(shared.fLive == 0 && shared.fDeleted == 2, "each client is not deleted once");
+       CheckViews(Rewindable, &RewindableView, &Shared::fRewindable);
+       CheckViews(Positionable, &RewindableView, &Shared::fRewindable);
      }},
-    {"client-streams.positionable", "KAPStreamFactoryInterface", "NewClientPositionableStream",
-     "A positionable stream that forwards to `client`.",
-     [] {
-       Shared shared;
-       const Container stream = Positionable(shared);
-       ReadAll(stream, 5);
-       Expect(Mark(stream) == 5, "Mark returns another position than the client");
-       Seek(stream, -7, kKAPSeekFromEnd);
-       Expect(shared.fSeekOffset == -7 && shared.fSeekOrigin == kKAPSeekFromEnd,
-              "Seek reaches the client with other arguments");
-       const Container view = View(stream);
-       Expect(ReadAll(view, 2) == "01", "the new stream reads other bytes");
-     }},
-    {"client-streams.signatures", "KAPContainerInterface", "GetOffsetToPrimaryInstance",
-     "All containers of one signature have the same methods, so clients look methods up once per"
-     " signature.",
-     [] {
-       Shared shared;
-       const Container simple = Simple(shared), rewindable = Rewindable(shared),
-                       positionable = Positionable(shared);
-       Expect(SignatureOf(simple) != SignatureOf(rewindable) &&
-                  SignatureOf(rewindable) != SignatureOf(positionable) &&
-                  SignatureOf(simple) != SignatureOf(positionable),
-              "streams with different methods have one signature");
-     }},
+    {"client-streams.views", "KAPPositionableStreamInterface",
+     "CreateIndependentlyPositionableStream",
+     "A stream over the same data with a position of its own: one reference.",
+     [] { CheckViews(Positionable, &View, &Shared::fPositionable); }},
+    {"client-streams.positions", "KAPPositionableStreamInterface", "Seek",
+     "Moves the position; `origin` is a KAPSeekOrigin.", &CheckPositions},
+    {"client-streams.kinds", "KAPContainerInterface", "GetSignature",
+     "All containers of one signature have the same methods", &CheckKinds},
 };
 
 }  // namespace

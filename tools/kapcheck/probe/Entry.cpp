@@ -12,16 +12,30 @@ namespace {
 
 KAPProbeOutcome Try(const Check& check, std::string& detail) {
   try {
+    SetSubject(check.fInterface, check.fMethod);
     check.fRun();
     return kKAPProbePassed;
   } catch (const NotOffered& missing) {
     detail = missing.what();
     return kKAPProbeNotOffered;
+  } catch (const Blocked& blocked) {
+    detail = blocked.what();
+    return kKAPProbeBlocked;
   } catch (const std::exception& error) {  // Broken, or what the host throws
     detail = error.what();
   } catch (...) {
     detail = "an exception leaves a procedure of the host";
   }
+  return kKAPProbeFailed;
+}
+
+// A check that leaves the host without one of its procedures fails as well.
+KAPProbeOutcome TryAndLook(const Check& check, std::string& detail) {
+  const KAPProbeOutcome outcome = Try(check, detail);
+  if (outcome == kKAPProbeFailed) return outcome;
+  const std::string missing = MissingProcedure();
+  if (missing.empty()) return outcome;
+  detail = "the host no longer finds " + missing;
   return kKAPProbeFailed;
 }
 
@@ -34,7 +48,7 @@ int Run(int first, KAPProbeReportProc report, void* context) {
         i, check.fName, check.fInterface, check.fMethod, check.fContract, kKAPProbeBegins, ""};
     report(context, &result);
     std::string detail;
-    result.fOutcome = Try(check, detail);
+    result.fOutcome = TryAndLook(check, detail);
     result.fDetail = detail.c_str();
     report(context, &result);
     failed += result.fOutcome == kKAPProbeFailed;

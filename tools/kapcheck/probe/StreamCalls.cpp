@@ -6,14 +6,16 @@
 
 namespace KAPProbe {
 
+using Simple = KAPSimpleStreamInterface;
+using Rewindable = KAPRewindableStreamInterface;
+using Positionable = KAPPositionableStreamInterface;
+
 std::string ReadSome(KAPContainer* stream, std::size_t count) {
   std::vector<unsigned char> buffer(count + 1, 0xEE);
   std::size_t done = ~std::size_t{0};
-  MustSucceed(
-      CallStream<KAPSimpleStreamInterface, "Read">(stream, &done, stream, buffer.data(), count),
-      "Read");
-  Expect(done <= count, "Read returns more bytes than were requested");
-  Expect(buffer[count] == 0xEE, "Read writes past the end of the buffer");
+  DoStream<Simple, "Read">(stream, &done, stream, buffer.data(), count);
+  Need<Simple, "Read">(done <= count, "returns more bytes than were requested");
+  Need<Simple, "Read">(buffer[count] == 0xEE, "writes past the end of the buffer");
   return {buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(done)};
 }
 
@@ -28,43 +30,40 @@ std::string ReadAll(KAPContainer* stream, std::size_t count) {
 }
 
 void Write(KAPContainer* stream, const std::string& bytes) {
-  MustSucceed(
-      CallStream<KAPSimpleStreamInterface, "Write">(
-          stream, stream, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()),
-      "Write");
+  DoStream<Simple, "Write">(stream, stream, reinterpret_cast<const unsigned char*>(bytes.data()),
+                            bytes.size());
 }
 
 long Mark(KAPContainer* stream) {
   long position = -1;
-  MustSucceed(CallStream<KAPPositionableStreamInterface, "Mark">(stream, &position, stream),
-              "Mark");
+  DoStream<Positionable, "Mark">(stream, &position, stream);
   return position;
 }
 
 void Seek(KAPContainer* stream, long offset, KAPSeekOrigin origin) {
-  MustSucceed(CallStream<KAPPositionableStreamInterface, "Seek">(stream, stream, offset,
-                                                                 static_cast<int>(origin)),
-              "Seek");
+  DoStream<Positionable, "Seek">(stream, stream, offset, static_cast<int>(origin));
 }
 
-void Rewind(KAPContainer* stream) {
-  MustSucceed(CallStream<KAPRewindableStreamInterface, "Rewind">(stream, stream), "Rewind");
-}
+void Rewind(KAPContainer* stream) { DoStream<Rewindable, "Rewind">(stream, stream); }
 
 Container View(KAPContainer* stream) {
+  constexpr TKAPName kMethod = "CreateIndependentlyPositionableStream";
   Container view;
-  MustSucceed(CallStream<KAPPositionableStreamInterface, "CreateIndependentlyPositionableStream">(
-                  stream, view.Place(), stream),
-              "CreateIndependentlyPositionableStream");
+  DoStream<Positionable, kMethod>(stream, view.Place(), stream);
+  Need<Positionable, kMethod>(view, "returns neither a stream nor an error");
   return view;
 }
 
 Container RewindableView(KAPContainer* stream) {
+  constexpr TKAPName kMethod = "CreateIndependentlyRewindableStream";
   Container view;
-  MustSucceed(CallStream<KAPRewindableStreamInterface, "CreateIndependentlyRewindableStream">(
-                  stream, view.Place(), stream),
-              "CreateIndependentlyRewindableStream");
+  DoStream<Rewindable, kMethod>(stream, view.Place(), stream);
+  Need<Rewindable, kMethod>(view, "returns neither a stream nor an error");
   return view;
+}
+
+void ExpectText(const std::string& actual, const std::string& expected, const char* what) {
+  Expect(actual == expected, std::string(what) + " is \"" + actual + "\", not \"" + expected + '"');
 }
 
 }  // namespace KAPProbe

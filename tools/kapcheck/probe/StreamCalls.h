@@ -9,16 +9,23 @@
 
 namespace KAPProbe {
 
-// Throws NotOffered when the container has no such method.
+// Calls a method of the stream and returns its result.
 template <class Interface, TKAPName Method, class... Args>
 KAPError* CallStream(KAPContainer* stream, const Args&... args) {
   constexpr auto entry = Interface::kEntries[Interface::template kSlot<Method>];
   void* proc = nullptr;
-  MustSucceed(Call<KAPContainerInterface, "GetMethod">(&proc, stream, MakeAtom(entry.fMethodName),
-                                                       MakeAtom(entry.fProcName), 0),
-              "GetMethod");
-  if (!proc) throw NotOffered(std::string("a stream without ") + entry.fMethodName);
+  Do<KAPContainerInterface, "GetMethod">(&proc, stream, MakeAtom(entry.fMethodName),
+                                         MakeAtom(entry.fProcName), 0);
+  Need<KAPContainerInterface, "GetMethod">(
+      proc, std::string("finds no method ") + entry.fMethodName + " of a stream");
   return reinterpret_cast<typename Interface::template Proc<Method>>(proc)(args...);
+}
+
+// The same for a call that must succeed.
+template <class Interface, TKAPName Method, class... Args>
+void DoStream(KAPContainer* stream, const Args&... args) {
+  KAPError* const error = CallStream<Interface, Method>(stream, args...);
+  if (error) Need<Interface, Method>(false, Returns(error));
 }
 
 // Reads up to `count` bytes with one call.
@@ -32,5 +39,8 @@ void Rewind(KAPContainer* stream);
 // A stream over the same data.
 Container View(KAPContainer* stream);
 Container RewindableView(KAPContainer* stream);
+
+// Throws Broken when the texts differ.
+void ExpectText(const std::string& actual, const std::string& expected, const char* what);
 
 }  // namespace KAPProbe

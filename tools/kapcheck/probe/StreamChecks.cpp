@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -16,19 +17,19 @@ namespace {
 
 using Factory = KAPStreamFactoryInterface;
 
-Container MemoryStream() {
+Container MemoryStream(const std::string& bytes = "") {
   Container stream;
-  MustSucceed(Call<Factory, "NewPositionableMemoryStream">(stream.Place()),
-              "NewPositionableMemoryStream");
+  Do<Factory, "NewPositionableMemoryStream">(stream.Place());
+  Need<Factory, "NewPositionableMemoryStream">(stream, "returns neither a stream nor an error");
+  if (!bytes.empty()) Write(stream, bytes);
   return stream;
 }
 
 Container BufferStream(const std::string& bytes) {
   Container stream;
-  MustSucceed(
-      Call<Factory, "NewPositionableBufferStream">(
-          stream.Place(), reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()),
-      "NewPositionableBufferStream");
+  Do<Factory, "NewPositionableBufferStream">(
+      stream.Place(), reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  Need<Factory, "NewPositionableBufferStream">(stream, "returns neither a stream nor an error");
   return stream;
 }
 
@@ -49,9 +50,21 @@ class TemporaryFile {
 
   Container Open(const char* mode) const {
     Container stream;
-    MustSucceed(Call<Factory, "NewPositionableFileStream">(stream.Place(), fPath.c_str(), mode),
-                std::string("NewPositionableFileStream with mode \"") + mode + '"');
+    Do<Factory, "NewPositionableFileStream">(stream.Place(), fPath.c_str(), mode);
+    Need<Factory, "NewPositionableFileStream">(stream, "returns neither a stream nor an error");
     return stream;
+  }
+  // How many descriptors of this process are the file; those that another program would inherit.
+  int Descriptors(bool areInherited = false) const {
+    int count = 0;
+    for (int file = 0; file < 1024; ++file) {
+      std::error_code error;
+      const auto target =
+          std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), error);
+      if (error || target != fPath) continue;
+      if (!areInherited || (::fcntl(file, F_GETFD) & FD_CLOEXEC) == 0) ++count;
+    }
+    return count;
   }
   std::string Content() const {
     std::string content;
@@ -65,10 +78,6 @@ class TemporaryFile {
  private:
   std::string fPath;
 };
-
-void ExpectText(const std::string& actual, const std::string& expected, const char* what) {
-  Expect(actual == expected, std::string(what) + " is \"" + actual + "\", not \"" + expected + '"');
-}
 
 // What every positionable stream over "0123456789" does.
 void CheckPositions(KAPContainer* stream) {
@@ -89,15 +98,28 @@ void CheckPositions(KAPContainer* stream) {
   }
 }
 
-void CheckViews(KAPContainer* stream) {
-  Seek(stream, 4, kKAPSeekFromStart);
-  for (const Container& view : {View(stream), RewindableView(stream)}) {
-    Expect(view, "the call returns neither a stream nor an error");
-    Rewind(view);
-    ExpectText(ReadAll(view, 3), "012", "what the new stream reads");
-    Expect(Mark(stream) == 4, "reading the new stream moves the position of the first one");
+// `make` returns a new stream over the same data as the one at position 4.
+void CheckView(Container first, Container (*make)(KAPContainer*), const std::string& added) {
+  Seek(first, 4, kKAPSeekFromStart);
+  Container view = make(first);
+  Rewind(view);
+  ExpectText(ReadAll(view, 3), "012", "what the new stream reads");
+  Expect(Mark(first) == 4, "reading the new stream moves the position of the first one");
+  if (!added.empty()) {
+    Write(first, added);
+    ExpectText(ReadAll(view, 4), "3" + added.substr(0, 3), "what is read after a write");
   }
-  ExpectText(ReadAll(stream, 2), "45", "what the first stream reads");
+  first.Reset();
+  Rewind(view);
+  ExpectText(ReadAll(view, 3), "012", "what is read after the first stream has gone");
+}
+
+void CheckViews(Container (*make)(KAPContainer*)) {
+  CheckView(BufferStream("0123456789"), make, "");
+  CheckView(MemoryStream("0123456789"), make, "abc");
+  const TemporaryFile file("0123456789");
+  CheckView(file.Open("rb"), make, "");
+  CheckView(file.Open("r+b"), make, "abc");
 }
 
 void CheckReadOnly() {
@@ -109,23 +131,57 @@ void CheckReadOnly() {
   ExpectText(ReadAll(stream), "0123456789", "the content after a write");
 }
 
+// What a mode reads and leaves in a file of "0123456789" when "ab" is written at position 2.
 void CheckModes() {
+  const struct {
+    const char* fMode;
+    const char* fRead;     // null: reading is an error
+    const char* fContent;  // null: writing is an error
+  } rows[] = {{"rb", "01", nullptr},           {"r+b", "01", "01ab456789"},
+              {"wb", nullptr, "ab"},           {"w+b", "", "ab"},
+              {"ab", nullptr, "0123456789ab"}, {"a+b", "01", "0123456789ab"}};
+  for (const auto& row : rows) {
+    const TemporaryFile file("0123456789");
+    {
+      const Container stream = file.Open(row.fMode);
+      const auto text = std::string(" with mode \"") + row.fMode + '"';
+      const unsigned char bytes[] = {'a', 'b'};
+      unsigned char buffer[2];
+      std::size_t count = 0;
+      Error reading(CallStream<KAPSimpleStreamInterface, "Read">(stream, &count, stream, &buffer[0],
+                                                                 std::size_t{2}));
+      Expect(!reading == (row.fRead != nullptr), "Read" + text + " succeeds or fails wrongly");
+      if (row.fRead) {
+        ExpectText({buffer, buffer + count}, row.fRead, ("what is read" + text).c_str());
+      }
+      const Error writing(
+          CallStream<KAPSimpleStreamInterface, "Write">(stream, stream, bytes, std::size_t{2}));
+      Expect(!writing == (row.fContent != nullptr), "Write" + text + " succeeds or fails wrongly");
+    }
+    ExpectText(file.Content(), row.fContent ? row.fContent : "0123456789",
+               (std::string("a file with mode ") + row.fMode).c_str());
+  }
+}
+
+void CheckSeeks() {
+  CheckPositions(BufferStream("0123456789"));
+  CheckPositions(MemoryStream("0123456789"));
   const TemporaryFile file("0123456789");
-  {
-    const Container reading = file.Open("rb");
-    CheckPositions(reading);
-    CheckViews(reading);
+  CheckPositions(file.Open("rb"));
+}
+
+void CheckWrongStreams() {
+  const Container stream = BufferStream("0123456789");
+  Container empty;
+  Do<KAPContainerInterface, "NewContainer">(empty.Place());
+  for (KAPContainer* const wrong : {static_cast<KAPContainer*>(nullptr), empty.Get()}) {
+    unsigned char byte = 0;
+    std::size_t count = 77;
+    MustFail(
+        CallStream<KAPSimpleStreamInterface, "Read">(stream, &count, wrong, &byte, std::size_t{1}),
+        "Read of what is not a stream");
+    Expect(count == 0, "Read returns an error and a count");
   }
-  {
-    const Container appending = file.Open("ab");
-    Write(appending, "+");
-  }
-  ExpectText(file.Content(), "0123456789+", "a file that was appended to");
-  {
-    const Container writing = file.Open("wb");
-    Write(writing, "new");
-  }
-  ExpectText(file.Content(), "new", "a file that was written");
 }
 
 constexpr Check kChecks[] = {
@@ -161,13 +217,9 @@ constexpr Check kChecks[] = {
        ExpectText(ReadSome(BufferStream(""), 10), "", "what an empty stream reads");
      }},
     {"streams.seek", "KAPPositionableStreamInterface", "Seek",
-     "Moves the position; `origin` is a KAPSeekOrigin.",
-     [] {
-       CheckPositions(BufferStream("0123456789"));
-       const Container memory = MemoryStream();
-       Write(memory, "0123456789");
-       CheckPositions(memory);
-     }},
+     "Moves the position; `origin` is a KAPSeekOrigin.", &CheckSeeks},
+    {"streams.wrong-handle", "KAPSimpleStreamInterface", "Read",
+     "the compiler does not distinguish them, so every procedure checks.", &CheckWrongStreams},
     {"streams.rewind", "KAPRewindableStreamInterface", "Rewind", "Moves the position to the start.",
      [] {
        const Container stream = BufferStream("0123456789");
@@ -177,22 +229,11 @@ constexpr Check kChecks[] = {
      }},
     {"streams.views", "KAPPositionableStreamInterface", "CreateIndependentlyPositionableStream",
      "A stream over the same data with a position of its own: one reference.",
-     [] {
-       CheckViews(BufferStream("0123456789"));
-       const Container memory = MemoryStream();
-       Write(memory, "0123456789");
-       CheckViews(memory);
-     }},
-    {"streams.view-lives", "KAPPositionableStreamInterface",
-     "CreateIndependentlyPositionableStream",
+     [] { CheckViews(&View); }},
+    {"streams.rewindable-views", "KAPRewindableStreamInterface",
+     "CreateIndependentlyRewindableStream",
      "A stream over the same data with a position of its own: one reference.",
-     [] {
-       Container stream = BufferStream("0123456789");
-       const Container view = View(stream);
-       stream.Reset();
-       Rewind(view);
-       ExpectText(ReadAll(view), "0123456789", "the data after the first stream has gone");
-     }},
+     [] { CheckViews(&RewindableView); }},
     {"streams.copy", "KAPStreamFactoryInterface", "NewPositionableBufferStream",
      "A read-only stream over a copy of the bytes.",
      [] {
@@ -211,16 +252,17 @@ constexpr Check kChecks[] = {
        const TemporaryFile file("");
        Container stream = file.Open("wb");
        Write(stream, "0123456789");
+       Expect(file.Descriptors(true) == 0, "a program that is started inherits the file");
        stream.Reset();
+       Expect(file.Descriptors() == 0, "the file is still open");
        ExpectText(file.Content(), "0123456789", "the file after the release");
      }},
     {"streams.no-file", "KAPStreamFactoryInterface", "NewPositionableFileStream",
-     "After an error the result places are null or 0.",
+     "A stream over the file at `path`",
      [] {
-       KAPContainer* stream = reinterpret_cast<KAPContainer*>(16);
-       MustFail(Call<Factory, "NewPositionableFileStream">(&stream, "/no/such/file", "rb"),
-                "NewPositionableFileStream of a missing file");
-       Expect(!stream, "the result place of a failed call is not null");
+       Container stream;
+       Fails<Factory, "NewPositionableFileStream">("of a missing file", stream.Place(),
+                                                   "/no/such/file", "rb");
      }},
 };
 

@@ -22,6 +22,7 @@ constexpr char kIndent[] = "          ";
 
 std::string WordOf(const Results& results, Outcome outcome) {
   if (outcome == Outcome::kPassed) return "passed";
+  if (outcome == Outcome::kBlocked) return "blocked";
   return outcome == Outcome::kFailed ? "FAILED" : results.fNotRun;
 }
 
@@ -86,12 +87,15 @@ void PrintText(std::ostream& out, const Results& results) {
   for (const Result& result : results.fResults) {
     Pad(out, WordOf(results, result.fOutcome), wordWidth + 2);
     Pad(out, result.fName, nameWidth + 2);
-    out << (result.fOutcome == Outcome::kNotRun ? Printable(result.fReason) : result.fDescription);
-    out << '\n';
+    const bool isTried = result.fOutcome == Outcome::kPassed || result.fOutcome == Outcome::kFailed;
+    out << (isTried ? result.fDescription : Printable(result.fReason)) << '\n';
     if (result.fOutcome == Outcome::kFailed) PrintFailure(out, result);
   }
   out << results.Count(Outcome::kPassed) << " passed, " << results.Count(Outcome::kFailed)
-      << " failed, " << results.Count(Outcome::kNotRun) << ' ' << results.fNotRun << '\n';
+      << " failed, " << results.Count(Outcome::kNotRun) << ' ' << results.fNotRun;
+  const std::size_t blocked = results.Count(Outcome::kBlocked);
+  if (blocked != 0) out << ", " << blocked << " blocked";
+  out << '\n';
   if (results.fSignal != 0) out << "interrupted: " << ::strsignal(results.fSignal) << '\n';
 }
 
@@ -104,6 +108,8 @@ void PrintJson(std::ostream& out, const Results& results) {
                          {"others", results.Count(Outcome::kNotRun)},
                          {"tests", std::move(tests)}};
   if (results.fSeed != 0) json["seed"] = results.fSeed;
+  const std::size_t blocked = results.Count(Outcome::kBlocked);
+  if (blocked != 0) json["blocked"] = blocked;
   if (results.fSignal != 0) json["interrupted"] = ::strsignal(results.fSignal);
   for (const auto& [name, value] : results.fFacts) json[name] = value;
   Print(out, json);

@@ -8,14 +8,19 @@
 
 namespace KAPCheck {
 
-enum class Outcome { kPassed, kFailed, kNotRun };
+enum class Outcome {
+  kPassed,
+  kFailed,
+  kNotRun,
+  kBlocked  // a check of a host needs what another check has found to fail
+};
 
 // The result of one test or check.
 struct Result {
   std::string fName;
   Outcome fOutcome = Outcome::kPassed;
   std::string fDescription;  // what the test is about, or the sentence of the contract
-  std::string fReason;       // why it failed or did not run
+  std::string fReason;       // why it failed, did not run or is blocked
   std::string fStep;         // what was going on when the process crashed, ended or hung
   std::string fProcedure;    // "interface, method" of a host's check
   std::string fErrors;       // what the process wrote to standard error

@@ -16,6 +16,7 @@ enum KAPProbeOutcome : int {
   kKAPProbeFailed = 1,      // the host breaks the contract
   kKAPProbeNotOffered = 2,  // the host lacks a procedure that the check needs
   kKAPProbeBegins = 3,      // the check is about to run
+  kKAPProbeBlocked = 4,     // another procedure, which the check needs, does not do its part
 };
 
 // The strings live until the probe is terminated, except `fDetail`, which lives during the call.
@@ -26,7 +27,8 @@ struct KAPProbeResult {
   const char* fMethod;     // and its method
   const char* fContract;   // the sentence of the procedure's contract that it checks
   int fOutcome;            // a KAPProbeOutcome
-  const char* fDetail;     // what the host did instead, or what it lacks; else ""
+  // What the host did instead, or what it lacks, or which procedure blocks the check; else "".
+  const char* fDetail;
 };
 
 // Receives the outcome of a check, and the `context` that was passed to "Run".
@@ -38,7 +40,8 @@ struct [[gnu::visibility("hidden")]] KAPProbeInterface
           "KAPProbeInterface",
           // Runs the checks from number `first` on, and calls `report` twice for each: before it
           // begins, and with its outcome. A host that crashes in a check thus knows where to go on
-          // in another process. Returns the number of checks that failed. Failure: -1 when `report`
-          // is null. [binding thread]
+          // in another process. What a failed check leaves behind may fail those after it, so a
+          // host that wants exact results goes on in another process then, too. Returns the number
+          // of checks that failed. Failure: -1 when `report` is null. [binding thread]
           KAP_T_MT::TKAPMethod<"Run", "KAPProbeRunProc",
                                int(int first, KAPProbeReportProc report, void* context)>>{};
