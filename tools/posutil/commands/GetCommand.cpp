@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iterator>
 #include <string>
@@ -27,21 +26,17 @@ class GetCommand final : public Command {
  public:
   GetCommand() : Command(2, "get", "Prints the values at paths of a document") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fDocument.Declare(options);
     fDocument.DeclareAll(options);
-    options.add_option("PATH", fPaths, "Keys and indices, as in a.b[2].c or /a/b/2/c")
-        ->required()
-        ->option_text("...");
+    options.Arguments("PATH", fPaths, "Keys and indices, as in a.b[2].c or /a/b/2/c");
     DeclareTo(options, fFormat, "Format of the values");
-    options.add_option("--type", fType, "Fails unless every value is of this kind")
-        ->check(CLI::IsMember(TypeNames()))
-        ->option_text(CLI::detail::join(TypeNames(), "|"));
+    options.Text("--type", fType, "Fails unless every value is of this kind").OneOf(TypeNames());
     fDefaultOption =
-        options.add_option("--default", fDefault, "Printed in place of a value that is missing")
-            ->option_text("TEXT");
-    options.add_flag("-0", fEndsWithZero, "Ends each value with a zero byte, not a line end");
-    options.footer(
+        options.Text("--default", fDefault, "Printed in place of a value that is missing")
+            .ShownAs("TEXT");
+    options.Flag("-0", fEndsWithZero, "Ends each value with a zero byte, not a line end");
+    options.Footer(
         "Prints each value on a line of its own. Without --to, numbers and strings appear as\n"
         "they are, other values as JSON. With --to, every value is unambiguous and takes one\n"
         "line. For a path without a value, prints a message on standard error and exits with\n"
@@ -85,7 +80,7 @@ class GetCommand final : public Command {
       const auto [value, place] = Find(root, path, session.Loss());
       if (!value.IsNull() && HasType(value)) {
         PrintValue(value, name, place, session);
-      } else if (value.IsNull() && fDefaultOption->count() > 0) {
+      } else if (value.IsNull() && fDefaultOption.IsGiven()) {
         session.Out().Put(ShowArgument(fDefault));
       } else {
         const std::string where = "\"" + Printable(path.Text()) + "\"";
@@ -163,7 +158,7 @@ class GetCommand final : public Command {
   std::string fFormat;
   std::string fType;
   std::string fDefault;
-  const CLI::Option* fDefaultOption = nullptr;
+  Option fDefaultOption;
   bool fEndsWithZero = false;
 } gGetCommand;
 

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <optional>
 #include <thread>
@@ -8,7 +7,6 @@
 
 #include "base/Printable.h"
 #include "commands/Command.h"
-#include "commands/declarations/Declarations.h"
 #include "commands/documents/FilesArgument.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/verdicts/Schema.h"
@@ -27,24 +25,25 @@ class ValidateCommand final : public Command {
  public:
   ValidateCommand() : Command(10, "validate", "Checks documents against a type of a schema") {}
 
-  void Declare(CLI::App& options) override {
-    MarkFile(options.add_option("--schema", fSchema, "The schema, - for standard input"))
-        ->required()
-        ->option_text("SCHEMA");
+  void Declare(Options& options) override {
+    options.Text("--schema", fSchema, "The schema, - for standard input")
+        .File()
+        .Required()
+        .ShownAs("SCHEMA");
     DeclareFrom(options, "--schema-from", fSchemaFormat, "SCHEMA");
-    options.add_option("--type", fType, "The type that the documents must have")
-        ->required()
-        ->option_text("NAME");
-    options.add_flag("--all", fAll, "Checks every document in each FILE");
-    options.add_flag("--no-schema-check", fTrustsSchema, "Skips the check of the schema");
+    options.Text("--type", fType, "The type that the documents must have")
+        .Required()
+        .ShownAs("NAME");
+    options.Flag("--all", fAll, "Checks every document in each FILE");
+    options.Flag("--no-schema-check", fTrustsSchema, "Skips the check of the schema");
     fDocuments.Declare(options, "FILE");
     fDocuments.DeclareRecursive(options);
     options
-        .add_option("--jobs,-j", fJobs,
-                    "Files to check at the same time, 0 for one for each processor; default: 1")
-        ->option_text("N");
+        .Number("--jobs,-j", fJobs,
+                "Files to check at the same time, 0 for one for each processor; default: 1")
+        .ShownAs("N");
     fResults.Declare(options);
-    options.footer(
+    options.Footer(
         "Each message starts with the place of the value, FILE:LINE:COLUMN, and ends with the\n"
         "value. A note has the place of the rule in SCHEMA. Exit status: 0 if all documents are\n"
         "valid, 1 if one is not valid, 3 if one cannot be read or checked. An error does not stop\n"

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <vector>
 
@@ -17,12 +16,10 @@ class RemoveCommand final : public Command {
  public:
   RemoveCommand() : Command(6, "remove", "Removes values from a document") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fDocument.Declare(options);
-    options.add_option("PATH", fPaths, "The values, as in a.b[2].c or /a/b/2/c")
-        ->required()
-        ->option_text("...");
-    options.footer(
+    options.Arguments("PATH", fPaths, "The values, as in a.b[2].c or /a/b/2/c");
+    options.Footer(
         "Writes the document without the values, in the format and layout that it has. Every\n"
         "PATH is that in the document as it was: removing [0] and [1] removes the first two. With\n"
         "--in-place, nothing else may be lost: --loss=error is the default then. Exit status 1 if\n"

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <string>
 #include <string_view>
 
 #include "base/Failure.h"
 #include "base/ValueError.h"
 #include "commands/Command.h"
-#include "commands/declarations/Declarations.h"
 #include "commands/diff/Comparison.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/values/Values.h"
@@ -106,20 +104,16 @@ class DiffCommand final : public Command {
  public:
   DiffCommand() : Command(8, "diff", "Compares two documents") {}
 
-  void Declare(CLI::App& options) override {
-    MarkFile(options.add_option("A", fA, "The first document, - for standard input"))
-        ->required()
-        ->option_text(" ");
-    MarkFile(options.add_option("B", fB, "The second document"))->required()->option_text(" ");
+  void Declare(Options& options) override {
+    options.Argument("A", fA, "The first document, - for standard input").File();
+    options.Argument("B", fB, "The second document").File();
     DeclareFrom(options, "--from", fFormat, "A");
     DeclareFrom(options, "--from-b", fFormatB, "B");
     DeclareLoss(options, fLoss);
     options
-        .add_option("--format", fOutput,
-                    "Lines with a path and a value (the default), or a JSON Patch")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->option_text("text|json");
-    options.footer(
+        .Text("--format", fOutput, "Lines with a path and a value (the default), or a JSON Patch")
+        .OneOf({"text", "json"});
+    options.Footer(
         "Prints - PATH = VALUE for what only A has, and + PATH = VALUE for what only B has. The\n"
         "documents may have different formats: values count, not their text. Strings and Unicode\n"
         "strings differ; 1 and 1.0 do not. In an array, what is left between the equal values at\n"

@@ -1,27 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "commands/documents/DocumentArgument.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <system_error>
 
-#include "commands/declarations/Declarations.h"
 #include "files/InputFile.h"
 #include "formats/DocumentLayout.h"
 #include "formats/DocumentPlaces.h"
 
 namespace PosUtil {
 
-void DocumentArgument::Declare(CLI::App& options, const char* name) {
-  MarkFile(options.add_option(name, fFile, "The document, - for standard input"))
-      ->required()
-      ->option_text(" ");
+void DocumentArgument::Declare(Options& options, const char* name) {
+  options.Argument(name, fFile, "The document, - for standard input").File();
   DeclareFrom(options, "--from", fFormat, name);
   DeclareLoss(options, fLoss);
 }
 
-void DocumentArgument::DeclareAll(CLI::App& options) {
-  options.add_flag("--all", fAll, "Reads every document in the input");
+void DocumentArgument::DeclareAll(Options& options) {
+  options.Flag("--all", fAll, "Reads every document in the input");
 }
 
 std::string DocumentArgument::Name() const { return InputName(fFile); }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/ValueError.h"
+#include "commands/declarations/Options.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/documents/LayoutOption.h"
 
@@ -16,11 +17,11 @@ namespace PosUtil {
 class DocumentArgument {
  public:
   // Declares the file, under this name, --from and --loss.
-  void Declare(CLI::App& options, const char* name = "FILE");
+  void Declare(Options& options, const char* name = "FILE");
   // Declares --all.
-  void DeclareAll(CLI::App& options);
+  void DeclareAll(Options& options);
   // Declares --compact and --indent.
-  void DeclareLayout(CLI::App& options) { fLayout.Declare(options); }
+  void DeclareLayout(Options& options) { fLayout.Declare(options); }
 
   // Throws Failure if neither --from nor the file determines the format.
   const Reader& Format() const { return FormatOfInput(fFormat, fFile, "--from"); }

@@ -5,12 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "commands/declarations/Options.h"
 #include "formats/Format.h"
 #include "program/Session.h"
-
-namespace CLI {
-class App;
-}
 
 namespace PosUtil {
 
@@ -18,10 +15,10 @@ namespace PosUtil {
 class FilesArgument {
  public:
   // Declares the files, under this name, --from and --loss.
-  void Declare(CLI::App& options, const char* name);
+  void Declare(Options& options, const char* name);
 
   // Declares --recursive.
-  void DeclareRecursive(CLI::App& options);
+  void DeclareRecursive(Options& options);
 
   // Call it first.
   void SetLoss(Session& session) const;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands/documents/FormatOption.h"
 
-#include <CLI/CLI.hpp>
 #include <utility>
 #include <vector>
 
@@ -20,11 +19,9 @@ std::vector<std::string> Names() {
   return names;
 }
 
-void DeclareFormat(CLI::App& options, const char* name, std::string& format,
+void DeclareFormat(Options& options, const char* name, std::string& format,
                    const std::string& description, const std::vector<std::string>& names) {
-  options.add_option(name, format, description)
-      ->check(CLI::IsMember(names))
-      ->option_text(CLI::detail::join(names, "|"));
+  options.Text(name, format, description).OneOf(names);
 }
 
 std::string ListOfEndings() {
@@ -62,30 +59,29 @@ class CheckedDocuments final : public Documents {
 
 }  // namespace
 
-void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file) {
+void DeclareFrom(Options& options, const char* option, std::string& format, const char* file) {
   DeclareFormat(options, option, format,
                 "Format of " + std::string(file) + "; default: by its ending (" + ListOfEndings() +
                     "), then by its content",
                 Names<Reader>());
 }
 
-void DeclareTo(CLI::App& options, std::string& format, const char* description) {
+void DeclareTo(Options& options, std::string& format, const char* description) {
   DeclareFormat(options, "--to", format, description, Names<Writer>());
 }
 
-void DeclareToOfFile(CLI::App& options, std::string& format, const char* description) {
+void DeclareToOfFile(Options& options, std::string& format, const char* description) {
   std::vector<std::string> names = Names<Reader>();
   std::erase_if(names, [](const std::string& name) { return !FindFormat<Writer>(name); });
   DeclareFormat(options, "--to", format, description, names);
 }
 
-void DeclareLoss(CLI::App& options, std::string& loss) {
+void DeclareLoss(Options& options, std::string& loss) {
   options
-      .add_option("--loss", loss,
-                  "What JSON loses as property objects: warn about it (the default), make it an "
-                  "error, or keep the values in dictionaries")
-      ->check(CLI::IsMember({"warn", "error", "keep"}))
-      ->option_text("warn|error|keep");
+      .Text("--loss", loss,
+            "What JSON loses as property objects: warn about it (the default), make it an "
+            "error, or keep the values in dictionaries")
+      .OneOf({"warn", "error", "keep"});
 }
 
 LossMode LossModeOf(const std::string& loss, LossMode byDefault) {

@@ -9,13 +9,10 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "commands/declarations/Options.h"
 #include "commands/verdicts/Schema.h"
 #include "commands/verdicts/VerdictPrinter.h"
 #include "program/Session.h"
-
-namespace CLI {
-class App;
-}
 
 namespace PosUtil {
 
@@ -23,7 +20,7 @@ namespace PosUtil {
 class VerdictOptions {
  public:
   // Declares --format, --quiet, --max-errors and --all-branches.
-  void Declare(CLI::App& options);
+  void Declare(Options& options);
 
   CheckOptions Check() const;
   // Whether messages need the text of what is checked.
