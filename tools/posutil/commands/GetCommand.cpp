@@ -11,8 +11,8 @@
 #include "base/Utf.h"
 #include "base/ValueError.h"
 #include "commands/Command.h"
+#include "commands/declarations/LiteralArguments.h"
 #include "commands/documents/DocumentArgument.h"
-#include "commands/documents/LiteralArguments.h"
 #include "commands/values/Slot.h"
 #include "commands/values/Values.h"
 
@@ -50,18 +50,17 @@ class GetCommand final : public Command {
   void Prepare(std::vector<std::string>& arguments) const override { HideBrackets(arguments); }
 
   ExitStatus Run(Session& session) override {
-    for (const std::string& path : fPaths) RequireWellFormed(Path(ShowArgument(path)));
+    for (const std::string& path : fPaths) RequireWellFormed(Path(path));
     fDocument.SetLoss(session);
     const auto documents = fDocument.Open(session.Out(), session);
     ExitStatus status = kExitSuccess;
-    std::size_t number = 0;
-    while (const CPOSObject root = documents->Next()) {
+    fDocument.ForEach(*documents, session.Out(), [&](const CPOSObject& root, std::size_t number) {
       try {
-        if (!PrintValues(root, fDocument.Name(++number), session)) status = kExitNegative;
+        if (!PrintValues(root, fDocument.Name(number), session)) status = kExitNegative;
       } catch (const ValueFailure& failure) {
         fDocument.FailWithPlace(failure, number, *documents, session);
       }
-    }
+    });
     return status;
   }
 
@@ -76,18 +75,18 @@ class GetCommand final : public Command {
   bool PrintValues(CPOSObject root, const std::string& name, Session& session) const {
     bool hasAll = true;
     for (const std::string& argument : fPaths) {
-      const Path path(ShowArgument(argument));
+      const Path path(argument);
       const auto [value, place] = Find(root, path, session.Loss());
-      if (!value.IsNull() && HasType(value)) {
+      if (!value.IsNull() && HasType(value, session.Loss())) {
         PrintValue(value, name, place, session);
       } else if (value.IsNull() && fDefaultOption.IsGiven()) {
-        session.Out().Put(ShowArgument(fDefault));
+        session.Out().Put(fDefault);
       } else {
         const std::string where = "\"" + Printable(path.Text()) + "\"";
         session.Complain(Printable(name) + ": " +
                          (value.IsNull() ? "no value at " + where
-                                         : where + " is " + KindText(value.GetType()) + ", not " +
-                                               KindText(WantedType())));
+                                         : where + " is " + KindText(value, session.Loss()) +
+                                               ", not " + KindText(WantedType())));
         hasAll = false;
         continue;
       }
@@ -110,8 +109,8 @@ class GetCommand final : public Command {
                                            [this](const auto& row) { return fType == row.fName; });
     return found->fType;
   }
-  bool HasType(const CPOSObject& value) const {
-    return fType.empty() || value.GetType() == WantedType();
+  bool HasType(const CPOSObject& value, LossMode loss) const {
+    return fType.empty() || TypeOf(value, loss) == WantedType();
   }
 
   void PrintValue(const CPOSObject& value, const std::string& name, const ValuePath& place,

@@ -34,14 +34,14 @@ class PathsCommand final : public Command {
     PathLines::Options options = {.fAsPointers = fAsPointers,
                                   .fRestoresKept = session.Loss() == LossMode::kKeep,
                                   .fStyle = session.OutStyle()};
-    std::size_t number = 0;
-    while (const KAP_T_MT::CPOSObject object = documents->Next()) {
-      const std::string margin = std::to_string(++number) + ": ";
+    const auto print = [&](const KAP_T_MT::CPOSObject& object, std::size_t number) {
+      const std::string margin = std::to_string(number) + ": ";
       if (fDocument.ReadsAll()) options.fMargin = margin;
       PathLines lines(options, {}, session.Out());
       Visit(object, fDocument.Name(number), lines);
       session.TheLibrary().CheckReports(fDocument.Name(number));
-    }
+    };
+    fDocument.ForEach(*documents, session.Out(), print);
     return kExitSuccess;
   }
 

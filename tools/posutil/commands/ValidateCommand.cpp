@@ -99,9 +99,13 @@ class ValidateCommand final : public Command {
     Progress& progress = session.TheProgress();
     progress.Begin("checking", files.size());
     std::size_t documents = 0;  // of the current file, as far as there are verdicts
+    std::size_t done = 0;
     VerdictOrder order(files.size(), [&](VerdictRecord record) {
       if (record.fKind == VerdictRecord::kVerdict) documents = record.fName.fDocument;
-      if (record.fKind == VerdictRecord::kEnd) documents = 0;
+      if (record.fKind == VerdictRecord::kEnd) {
+        documents = 0;
+        pool.SetDone(++done);
+      }
       Replay(std::move(record), session, report);
     });
     do {
@@ -168,7 +172,7 @@ class ValidateCommand final : public Command {
       if (!documents) documents = fDocuments.Open(file, extent, fResults.WantedText(), session);
       const CPOSObject object = documents->Next();
       if (object.IsNull()) return std::nullopt;
-      DocumentPlaces places(fDocuments.FormatOf(file), documents->LastText());
+      DocumentPlaces places(fDocuments.FormatOf(file, extent), documents->LastText());
       return schema.Check(object, type, name.fFile, places, report.Check());
     };
     while (report.Add(name, checkNext) && fAll) ++name.fDocument;

@@ -24,7 +24,9 @@ class DocumentArgument {
   void DeclareLayout(Options& options) { fLayout.Declare(options); }
 
   // Throws Failure if neither --from nor the file determines the format.
-  const Reader& Format() const { return FormatOfInput(fFormat, fFile, "--from"); }
+  const Reader& Format() const {
+    return FormatOfInput(fFormat, fFile, "--from", fAll ? Extent::kAll : Extent::kOne);
+  }
   // The name of the file in messages.
   std::string Name() const;
   // Call it first. `byDefault` is for a missing --loss.
@@ -43,6 +45,11 @@ class DocumentArgument {
   std::unique_ptr<Documents> Open(Output& out, Session& session) const;
   // The name of a document in messages; they count from 1.
   std::string Name(std::size_t number) const;
+
+  // Calls `use` for each document and its number; `out` is what it writes to. If it throws Failure,
+  // the output and the warnings of the documents before are complete.
+  using Use = std::function<void(KAP_T_MT::CPOSObject& document, std::size_t number)>;
+  void ForEach(Documents& documents, Output& out, const Use& use) const;
 
   // Throws the failure to write a value of the document, with its place in the text. `documents`
   // has read this document last.
@@ -63,6 +70,7 @@ class DocumentArgument {
  private:
   std::unique_ptr<Documents> OpenAs(Extent extent, Text text, Session& session) const;
   bool CanBeReadAgain() const;
+  static void EndAfterFailure(Documents& documents, Output& out);
 
   std::string fFile;
   std::string fFormat;

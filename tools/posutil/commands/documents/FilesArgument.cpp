@@ -84,13 +84,13 @@ void FilesArgument::CheckFormat(const std::string& file) const {
   }
 }
 
-const Reader& FilesArgument::FormatOf(const std::string& file) const {
-  return FormatOfInput(fFormat, file, "--from");
+const Reader& FilesArgument::FormatOf(const std::string& file, Extent extent) const {
+  return FormatOfInput(fFormat, file, "--from", extent);
 }
 
 std::unique_ptr<Documents> FilesArgument::Open(const std::string& file, Extent extent, Text text,
                                                Session& session) const {
-  return OpenDocuments(FormatOf(file), file, extent, session, text);
+  return OpenDocuments(FormatOf(file, extent), file, extent, session, text);
 }
 
 }  // namespace PosUtil

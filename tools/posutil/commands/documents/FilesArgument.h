@@ -35,7 +35,7 @@ class FilesArgument {
   // without --recursive and for a file whose format is unknown.
   std::vector<Found> Expand(const std::string& excluded) const;
   const std::vector<std::string>& Files() const { return fFiles; }
-  const Reader& FormatOf(const std::string& file) const;
+  const Reader& FormatOf(const std::string& file, Extent extent = Extent::kOne) const;
   // Opens the file for reading. Throws Failure, also for the reports of the library.
   std::unique_ptr<Documents> Open(const std::string& file, Extent extent, Text text,
                                   Session& session) const;

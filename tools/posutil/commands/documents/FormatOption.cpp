@@ -49,6 +49,7 @@ class CheckedDocuments final : public Documents {
       throw;
     }
   }
+  void ReportLosses() override { fDocuments->ReportLosses(); }
   DocumentText LastText() const override { return fDocuments->LastText(); }
 
  private:
@@ -90,10 +91,14 @@ LossMode LossModeOf(const std::string& loss, LossMode byDefault) {
   return loss == "keep" ? LossMode::kKeep : LossMode::kError;
 }
 
-const Reader& FormatOfInput(const std::string& format, const std::string& file,
-                            const char* option) {
+const Reader& FormatOfInput(const std::string& format, const std::string& file, const char* option,
+                            Extent extent) {
   const Reader* const reader = format.empty() ? Reader::ForFile(file) : FindFormat<Reader>(format);
   if (reader) return *reader;
+  if (Reader::IsBlank(file)) {
+    if (extent == Extent::kAll) return *FindFormat<Reader>("json");
+    throw Failure(Printable(InputName(file)) + ": the input is empty");
+  }
   throw Failure(Printable(InputName(file)) +
                     ": cannot tell the format from the file name or the content; use " + option,
                 kExitUsage);
