@@ -50,7 +50,7 @@ class VerdictReport {
   CheckOptions Check() const;
 
   // `makeVerdict` checks a document, or returns nothing if there is none; if it throws Failure, the
-  // document counts as unchecked. Returns whether it has made a verdict.
+  // document counts as unchecked. Returns whether the input may have another document.
   template <class MakeVerdict>
   bool Add(const CheckedName& name, MakeVerdict makeVerdict) {
     std::optional<Verdict> verdict;
@@ -59,7 +59,8 @@ class VerdictReport {
     } catch (const PlacedFailure& error) {
       fSession.ComplainPlainly(error.what());
       CountUnchecked(name, error.what());
-      return false;  // an input is of no use after an error in it
+      // An input is of no use after another error in it.
+      return dynamic_cast<const LossFailure*>(&error);
     } catch (const Failure& failure) {
       fSession.Complain(failure.what());
       CountUnchecked(name, failure.what());
