@@ -2,6 +2,7 @@
 #include <string>
 #include <string_view>
 
+#include "POSDict.h"
 #include "base/Failure.h"
 #include "base/ValueError.h"
 #include "commands/Command.h"
@@ -17,6 +18,24 @@ namespace PosUtil {
 namespace {
 
 using namespace KAP_T_MT;
+
+// The value at a path, or an empty object. With LossMode::kKeep, see Unescaped, the path is that in
+// JSON.
+CPOSObject ValueAt(const CPOSObject& root, const ValuePath& path, LossMode loss) {
+  CPOSObject value = root;
+  for (const PathStep& step : path) {
+    if (value.IsNull()) return value;
+    if (loss == LossMode::kKeep) value = Unescaped(value);
+    if (step.fIsIndex) {
+      const CPOSArray array(value, true);
+      value = array.IsNull() ? CPOSObject() : array.GetAt(step.fIndex, true);
+    } else {
+      const CPOSDict dict(value, true);
+      value = dict.IsNull() ? CPOSObject() : dict.Get(step.fKey, true);
+    }
+  }
+  return value;
+}
 
 // The two documents, and how their differences are printed.
 class DiffOutput {
