@@ -3,7 +3,7 @@
 
 #include "base/Failure.h"
 #include "base/Printable.h"
-#include "commands/documents/LiteralArguments.h"
+#include "commands/declarations/LiteralArguments.h"
 #include "files/Destination.h"
 
 namespace PosUtil {

@@ -5,7 +5,7 @@
 #include "base/Printable.h"
 #include "commands/Command.h"
 #include "commands/changes/ChangedDocument.h"
-#include "commands/documents/LiteralArguments.h"
+#include "commands/declarations/LiteralArguments.h"
 #include "commands/values/Slot.h"
 
 namespace PosUtil {
@@ -36,7 +36,7 @@ class RemoveCommand final : public Command {
 
   ExitStatus Run(Session& session) override {
     fDocument.Begin(session);
-    for (const std::string& path : fPaths) RequireWellFormed(Path(ShowArgument(path)));
+    for (const std::string& path : fPaths) RequireWellFormed(Path(path));
     fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document, const std::string& name) {
       RemoveFrom(document, name, session);
     });
@@ -49,11 +49,11 @@ class RemoveCommand final : public Command {
     std::string missing;
     for (const std::string& path : fPaths) {
       try {
-        slots.emplace_back(document, Path(ShowArgument(path)), session.Loss(), Slot::Use::kChange);
+        slots.emplace_back(document, Path(path), session.Loss());
         if (!slots.back().Exists()) throw PathError("");
       } catch (const PathError&) {
         missing += (missing.empty() ? "" : "\nposutil: ") + Printable(name) + ": no value at \"" +
-                   Printable(ShowArgument(path)) + "\"";
+                   Printable(path) + "\"";
       }
     }
     if (!missing.empty()) throw Failure(missing, kExitNegative);

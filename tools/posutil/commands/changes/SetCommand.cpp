@@ -6,7 +6,7 @@
 #include "commands/Command.h"
 #include "commands/changes/ChangedDocument.h"
 #include "commands/changes/ValueArgument.h"
-#include "commands/documents/LiteralArguments.h"
+#include "commands/declarations/LiteralArguments.h"
 #include "commands/values/Slot.h"
 
 namespace PosUtil {
@@ -39,7 +39,7 @@ class SetCommand final : public Command {
 
   ExitStatus Run(Session& session) override {
     fDocument.Begin(session);
-    const Path path(ShowArgument(fPath));
+    const Path path(fPath);
     RequireWellFormed(path);
     Change value = fValue.Read(session);
     fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document, const std::string& name) {

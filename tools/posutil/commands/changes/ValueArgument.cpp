@@ -10,7 +10,6 @@
 #include "base/Printable.h"
 #include "base/SyntaxError.h"
 #include "base/Utf.h"
-#include "commands/documents/LiteralArguments.h"
 #include "files/Source.h"
 #include "formats/json/TaggedJson.h"
 #include "formats/notation/NotationReader.h"
@@ -64,15 +63,14 @@ void ValueArgument::Declare(Options& options) {
 }
 
 Change ValueArgument::Read(Session& session) const {
-  const std::string text = ShowArgument(fText);
   session.TheLibrary();
   if (fIsString || fIsUnicode || fIsNumber || fIsNotation) {
-    const CPOSObject object = Object(text);
+    const CPOSObject object = Object(fText);
     session.TheLibrary().CheckReports(kName);
     return {object, session};
   }
   try {
-    return {kName, text, session};
+    return {kName, fText, session};
   } catch (const UnheldValue& error) {
     throw PlacedFailure(error.what(), kExitUsage);
   } catch (const SyntaxError& error) {
