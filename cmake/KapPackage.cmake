@@ -72,7 +72,8 @@ kap_package(development dev libdevel "client runtime and reference host of KAPUt
 and hosts that load them, in C++ or C.")
 kap_package(tools tools utils "print, convert and check documents of property objects"
   "posutil reads documents in text notation, JSON or TypeA, looks values up by
-path, converts documents, and checks them against schemas.")
+path, converts, changes and compares documents, and checks them against
+schemas. kapcheck checks components and hosts.")
 
 install(FILES ${PROJECT_SOURCE_DIR}/cmake/debian/overrides-dev RENAME kaputils-dev
   DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT development EXCLUDE_FROM_ALL)

@@ -2,7 +2,7 @@
 """bench_tables.py [--page PAGE] [--slopes FILE] RESULT.json...: prints the tables of a run, or puts
 them into PAGE.
 
-PAGE is a Markdown file. Each table replaces what stands between the lines "<!-- bench: NAME -->"
+PAGE is a Markdown file. Each table replaces the text between the lines "<!-- bench: NAME -->"
 and "<!-- bench end -->". Results in a folder "single" are those of processes with one thread. FILE
 is what scripts/slopes printed.
 """

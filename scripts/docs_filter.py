@@ -102,7 +102,7 @@ def documentation(lines):
 
 
 def standing(text):
-    """What is true of every declaration of this kind, whatever comment it stands below."""
+    """What is true of every declaration of this kind, whatever comment precedes it."""
     if DELETED.search(text):
         return ["/// Does not compile."]
     if SPECIAL.search(text):

@@ -3,7 +3,7 @@
 
 #include "kap/KAPTypes.h"
 
-// A host of one's own: the binder, and the interfaces without which no component binds itself
+// A host of one's own: the binder, and the four interfaces that every component needs to bind
 // (strings, errors, memory, containers). Enough for property objects, their text notation and
 // directories.
 //

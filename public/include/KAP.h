@@ -33,7 +33,7 @@
 // constructors ask the host for an object instead: those of CKAPCacheID, CKAPContainerHolder and
 // CKAPPositionableStream. They are deprecated in favour of New(). Other streams, data stores and
 // validators have no default constructor, because their references are never empty; in a class,
-// hold a std::optional of one. Older forms like these warn when KAP_WARN_DEPRECATED is defined
+// hold a std::optional of one. Deprecated forms like these warn when KAP_WARN_DEPRECATED is defined
 // before the first header. kap/KAPAdopt.h explains how a class takes a handle.
 
 #include "kap/KAPAdopt.h"

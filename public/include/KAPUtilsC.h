@@ -89,7 +89,7 @@ typedef struct KAPProgress KAPProgress;
 typedef KAPDataSink KAPFilter;
 
 /* Streams, property objects and the library's other objects are containers. The aliases document
- * which kind a procedure expects; the compiler does not tell them apart, so every procedure
+ * which kind a procedure expects; the compiler does not distinguish them, so every procedure
  * checks. */
 typedef KAPContainer KAPSimpleStream;
 typedef KAPContainer KAPRewindableStream;
@@ -268,10 +268,10 @@ typedef struct KAPErrorInterfaceProcs {
  * An instance name says which implementation an object belongs to ("POSObjectImpl"), an interface
  * name under which interface of the binder its methods are registered ("POSObjectInterface").
  *
- * Two words of a container record are public: at the offset that GetOffsetToPrimaryInstance returns
- * stand the primary instance and its signature. The signature is the text pointer of the instance
- * name's atom, null for a container without one. All containers of one signature have the same
- * methods, so clients look methods up once per signature. */
+ * Two words of a container record are public: the primary instance, at the offset that
+ * GetOffsetToPrimaryInstance returns, and its signature, in the word after it. The signature is the
+ * text pointer of the instance name's atom, null for a container without one. All containers of one
+ * signature have the same methods, so clients look methods up once per signature. */
 #define KAPContainerInterface_NAME "KAPContainerInterface"
 #define KAPContainerInterface_METHODS(X) \
   X(NewFullContainer, "KAPNewFullContainerV5Proc") \
@@ -556,7 +556,7 @@ typedef KAPError* (*KAPProgressUpdateProc)(void* client, float fraction, const c
     int flag);
 typedef KAPError* (*KAPProgressDeleteProc)(void* client);
 
-/* Receivers of progress: one side reports how far its work is, the other side shows it. See the
+/* Receivers of progress: one side updates its progress, the other side shows it. See the
  * conventions above. */
 #define KAPProgressInterface_NAME "KAPProgressInterface"
 #define KAPProgressInterface_METHODS(X) \
@@ -577,8 +577,8 @@ typedef struct KAPProgressInterfaceProcs {
   void (*AddRef)(KAPProgress* progress);
   /* Releases one reference; null is ignored. [any thread] */
   void (*Release)(KAPProgress* progress);
-  /* Reports that `fraction` (0 to 1) of the work is done, with a text (may be null) and a flag
-   * whose meaning the two sides agree on. An error asks the caller to stop. [exclusive] */
+  /* Sets the progress: `fraction` (0 to 1) of the work is done. `text` may be null; both sides
+   * agree on the meaning of `flag`. An error asks the caller to stop. [exclusive] */
   KAPError* (*Update)(KAPProgress* progress, float fraction, const char* text, int flag);
 } KAPProgressInterfaceProcs;
 
@@ -803,8 +803,8 @@ typedef struct KAPUtilsDirInterfaceProcs {
   /* 1 for an entry of any kind, 0 for none. Follows symbolic links; a path that cannot be examined
    * counts as absent. [any thread] */
   KAPError* (*FileExists)(unsigned char* out, KAPUtilsDir* directory, KAPStringAtom* name);
-  /* Deletes a file, an empty folder or a symbolic link itself. Makes no host call that can fail, so
-   * a caller can always clean up. "KAPUtilsDirImpl::Delete: Unknown error". [any thread] */
+  /* Deletes a file, an empty directory or a symbolic link itself. Makes no host call that can fail,
+   * so a caller can always clean up. "KAPUtilsDirImpl::Delete: Unknown error". [any thread] */
   KAPError* (*Delete)(KAPUtilsDir* directory, KAPStringAtom* name);
   /* Renames `from` to `to`, both in the directory, replacing an existing `to`.
    * "KAPUtilsDirImpl::Rename: Unknown error". [any thread] */
@@ -841,10 +841,11 @@ typedef struct KAPUtilsTempFileStreamFactoryProcs {
    * "CreateIndependentlyPositionableStream" makes read-only views of the file, each with a position
    * of its own. The first call also turns the stream itself into a view, at position 0: everything
    * written is then in the file, and nothing more can be written, even if the call goes on to fail.
-   * A view can still be read after the file is deleted, but makes no further views: "the temporary
-   * file was deleted". The file is opened through its descriptor. Where that is closed, or the host
-   * cannot open it, its name is used, and if the name leads to another file, the error is "the
-   * temporary file was replaced". Several threads may make views at the same time. [any thread] */
+   * A view can still be read after the file is deleted, but makes no further views. Each is opened
+   * through the descriptor of the file, so that it reads this file even if its name leads to
+   * another one by now. Where the descriptor was closed, the name is used, and if it leads to
+   * another file, the error is "the temporary file was replaced". Several threads may make views at
+   * the same time. [any thread] */
   KAPError* (*NewTempFileStream)(KAPPositionableStream** out, const char* prefix,
       const char* second, const char* mode);
 } KAPUtilsTempFileStreamFactoryProcs;
@@ -865,8 +866,9 @@ typedef struct KAPUtilsTempFileStreamFactoryProcs {
  *    Nothing else changes: a call that fails leaves every object as it was. Where a contract says
  *    that a case is quiet, it is not a failure, and nothing is reported.
  * 2. A failing call reports at least once. "Clone" and "IsEqual" go through the library's own
- *    objects directly and report once, however deep the failure is. An object of another component
- *    is asked through its own procedures, which report as well: the first report is the cause.
+ *    objects directly, so that the number of reports does not grow with the depth: the first one is
+ *    the cause, and for the element of an object that is cloned a second one says so. An object of
+ *    another component is asked through its own procedures, which report as well.
  * 3. Handles, atoms and texts passed in are borrowed for the call. A handle returned carries one
  *    new reference for the caller; "Clone" of a scalar is the one exception.
  * 4. A null handle, atom or text, and a handle of another kind, is a failure wherever the contract
@@ -1087,7 +1089,7 @@ typedef struct POSDictInterfaceProcs {
  *   Release(i);
  *
  * An iterator holds no reference: the dictionary must outlive it. Entries may come and go during a
- * walk, but the entry that the iterator stands on must stay. */
+ * walk, but the current entry of the iterator must not be removed. */
 #define POSDictIteratorInterface_NAME "POSDictIteratorInterface"
 #define POSDictIteratorInterface_METHODS(X) \
   X(NewPOSDictIterator, "POSDictIteratorNewPOSDictIteratorProc") \
@@ -1096,7 +1098,7 @@ typedef struct POSDictInterfaceProcs {
   X(IsDone, "POSDictIteratorIsDoneProc") \
   X(CurKey, "POSDictIteratorCurKeyProc")
 typedef struct POSDictIteratorInterfaceProcs {
-  /* An iterator that stands on the first entry. [shared read] */
+  /* An iterator at the first entry. [shared read] */
   POSDictIterator* (*NewPOSDictIterator)(POSDict* dict);
   /* Goes to the first entry. Several threads may walk one dictionary, each with an iterator of its
    * own. [exclusive] */
@@ -1125,9 +1127,9 @@ typedef struct POSStreamerInterfaceProcs {
   /* A streamer. [any thread] */
   POSStreamer* (*NewPOSStreamer)(void);
   /* Writes a document at the stream's position. `version` null means "POSStreamerTypeA_Version1.0",
-   * the only one. What was written before a failure stays in the stream. An empty slot, an object
-   * of another component and nesting too deep for the stack of this thread are failures; raw
-   * pointers are written for debugging and cannot be read back.
+   * at present the only one. What was written before a failure stays in the stream. An empty slot,
+   * an object of another component and nesting too deep for the stack of this thread are failures;
+   * raw pointers are written for debugging and cannot be read back.
    *
    * No other thread may change the object meanwhile. The stream's own "Write" may: a value that is
    * being written stays alive and is written whole, later values are written as they are at that
@@ -1191,7 +1193,8 @@ typedef struct POSStructValidatorInterfaceProcs {
   POSValidator* (*NewPOSStructValidator)(POSDict* schema);
   /* Registers `callback`, which is then called for each object that complies with the type.
    * Replaces the type's previous callback; null removes it. A callback may itself register
-   * callbacks. Never called for intrinsic types. `clientData` is handed through. [exclusive] */
+   * callbacks. Never called for intrinsic types. `clientData` is passed to the callback.
+   * [exclusive] */
   void (*RegisterCallbackProc)(POSValidator* validator, KAPStringAtom* typeName,
       POSExtraValidationProc callback, void* clientData);
   /* Whether the dictionary is a schema, by the rules of the built-in schema of schemas; `message`
@@ -1256,7 +1259,7 @@ static_assert(sizeof(KAPDataBlock) == 32 && offsetof(KAPDataBlock, text) == 0 &&
 /* The names of one procedure of an interface. */
 typedef struct KAPProcName {
   const char* method;    /* in the interface, as a client calls it */
-  const char* procedure; /* in the binder, where it tells revisions apart */
+  const char* procedure; /* in the binder, where it distinguishes revisions */
 } KAPProcName;
 
 /* Looks up `count` procedures and stores each in `procs`, a structure of nothing but pointers to

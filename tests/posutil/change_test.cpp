@@ -262,7 +262,7 @@ TEST(ChangeTest, ManyDocuments) {
       (Outcome{0, "{}\n{}\n", "<VALUE>:1:1: warning: a member with the value null is dropped\n"}));
 }
 
-// Of a document, a patch and the result. The examples of RFC 7386, appendix A.
+// Of a document, a patch and the result. The examples of RFC 7396, appendix A.
 TEST(MergeTest, TheExamplesOfTheRfc) {
   const struct {
     const char* document;

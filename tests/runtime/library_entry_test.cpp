@@ -21,13 +21,12 @@ Texts NamesOf() {
   return names;
 }
 
-using DirInterfaceSet = KAP_T_MT::TKAPInterfaceSet<KAP_T_MT::KAPUtilsDirInterface,
-                                                   KAP_T_MT::KAPUtilsTempFileStreamFactory>;
+using KAP_T_MT::KAPUtilsDirInterfaceSet;
 
 const Texts kInterfaces = NamesOf<KAP_T_MT::POSInterfaceSet, KAP_T_MT::POSStreamerInterfaceSet,
-                                  KAP_T_MT::POSValidatorInterfaceSet, DirInterfaceSet>();
+                                  KAP_T_MT::POSValidatorInterfaceSet, KAPUtilsDirInterfaceSet>();
 // The groups in the reverse order, each from its first to its last.
-const Texts kWithdrawn = NamesOf<DirInterfaceSet, KAP_T_MT::POSValidatorInterfaceSet,
+const Texts kWithdrawn = NamesOf<KAPUtilsDirInterfaceSet, KAP_T_MT::POSValidatorInterfaceSet,
                                  KAP_T_MT::POSStreamerInterfaceSet, KAP_T_MT::POSInterfaceSet>();
 const Texts kAtoms = {
     "POSObjectImpl",   "POSObjectInterface",   "POSDictIteratorImpl", "POSDictIteratorInterface",

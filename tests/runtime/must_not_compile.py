@@ -4,7 +4,7 @@
 
 Each row is a slip, the code that makes it, and the words that the compiler must say. Exactly one
 error may appear, so that the words are what the author of the slip reads first. Rows without words
-must compile without a warning. Older forms compile, and warn on request.
+must compile without a warning. Deprecated forms compile, and warn on request.
 """
 import concurrent.futures
 import pathlib

@@ -75,17 +75,22 @@ TEST_F(StringAtomTest, Join) {
 // Until the table is loaded again, releasing an atom makes no host call.
 TEST_F(StringAtomTest, Close) {
   KAPStringAtom* unreleased = nullptr;
+  KAPStringAtom* second = nullptr;
   {
     const CKAPStringAtom atom("x");
     unreleased = atom.Handle();
     CKAPStringAtom::Close();
+    HostTap::Clear();
+    second = CKAPStringAtom("y").Handle();  // one made afterwards is not released either
+    EXPECT_EQ(HostTap::TextsOf("DeleteStringAtom"), std::vector<std::string>());
     HostTap::Clear();
   }
   EXPECT_EQ(HostTap::TakeCalls(), Log());
   MoveCounter(fHost);
   HostTap::Clear();
   CKAPStringAtom(unreleased, true);
-  EXPECT_EQ(HostTap::TextsOf("DeleteStringAtom"), std::vector<std::string>{"x"});
+  CKAPStringAtom(second, true);
+  EXPECT_EQ(HostTap::TextsOf("DeleteStringAtom"), (std::vector<std::string>{"x", "y"}));
 }
 
 TEST_F(StringAtomTest, ToHex) {

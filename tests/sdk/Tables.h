@@ -10,8 +10,8 @@
 //
 //   KAPStringInterface 0 NewStringAtom KAPNewStringAtomProc KAPStringAtom*(const char*)
 //
-// The types are written out from the declarations, without the aliases, as one compiler after the
-// other sees them.
+// The types are written out from the declarations, without the aliases, so that they do not depend
+// on the compiler.
 std::vector<std::string> DeclaredTables();
 
 // What has changed: a description of each published line whose slot is gone or has other

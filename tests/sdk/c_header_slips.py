@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""What KAPUtilsC.h must accept quietly, and what it must refuse: c_header_slips.py INCLUDE_FOLDER
+"""What KAPUtilsC.h must accept quietly, and what it must reject: c_header_slips.py INCLUDE_FOLDER
 C_COMPILER CXX_COMPILER
 
 Each row is the interface of a component that declares it in the one source that uses it, and the
@@ -53,7 +53,8 @@ def main():
     include, c_compiler, cxx_compiler = sys.argv[1:]
     languages = (
         ([c_compiler, "-std=c11", "-I", include], "c"),
-        ([cxx_compiler, "-std=c++20", "-fvisibility=hidden", "-Wold-style-cast", "-I", include], "cpp"))
+        ([cxx_compiler, "-std=c++20", "-fvisibility=hidden", "-Wold-style-cast", "-I", include],
+         "cpp"))
     faults = []
     with tempfile.TemporaryDirectory() as folder:
         for row in ROWS:

@@ -29,11 +29,12 @@ KAPUTILS_INTERFACES(KAP_SAME_TABLE)
 
 // Every interface of the sets is in the C header. The other interfaces are methods of containers.
 #define KAP_COUNT(Interface) +1
-static_assert(KAPUTILS_INTERFACES(KAP_COUNT) ==
-              KAP_T_MT::KAPHostInterfaceSet::kCount + KAP_T_MT::POSInterfaceSet::kCount +
-                  KAP_T_MT::POSStreamerInterfaceSet::kCount +
-                  KAP_T_MT::POSValidatorInterfaceSet::kCount + 2 /* directories */ +
-                  3 /* streams */ + 3 /* data stores */);
+static_assert(KAPUTILS_INTERFACES(KAP_COUNT) == KAP_T_MT::KAPHostInterfaceSet::kCount +
+                                                    KAP_T_MT::POSInterfaceSet::kCount +
+                                                    KAP_T_MT::POSStreamerInterfaceSet::kCount +
+                                                    KAP_T_MT::POSValidatorInterfaceSet::kCount +
+                                                    KAP_T_MT::KAPUtilsDirInterfaceSet::kCount +
+                                                    3 /* streams */ + 3 /* data stores */);
 
 // In C++ the enumerations are those of the C++ headers; c_header_test.c checks those of C.
 #define KAP_SAME_NUMBER(name, number) \

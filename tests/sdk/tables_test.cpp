@@ -53,7 +53,7 @@ TEST(TablesTest, AdditionsPassAndChangesAreNamed) {
   }
 }
 
-// A release adds what is new. It must not publish a change by the way.
+// A release adds what is new. It must not publish a changed line as a side effect.
 TEST(TablesTest, AReleaseAddsAndNeverReplaces) {
   const std::string path = testing::TempDir() + "published_tables.txt";
   const Lines published = {"A 0 Get AGetProc int()"};

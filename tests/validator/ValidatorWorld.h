@@ -28,7 +28,7 @@ class ValidatorWorld : public World {
   // As above, but what is thrown is {"thrown: ..."}.
   Outcome CheckSchema(const Object& schema);
 
-  // Hears messages; on each thread its own.
+  // Receives messages, separately on each thread.
   static void Hear(const char* message) { gHeard.emplace_back(message); }
   static Outcome TakeHeard() { return std::exchange(gHeard, {}); }
 

@@ -54,7 +54,8 @@ class Component {
 
  private:
   void* Symbol(const std::string& symbol) const;
-  // Whether this object was the last to initialise the library, which is not terminated since.
+  // Whether this object was the last to initialise the library, which has not been terminated
+  // since.
   bool IsInTurn() const;
 
   std::string fPath;

@@ -15,8 +15,8 @@
 
 #include "kap/KAPInterface.h"
 
-// Procedures that observe calls, made from the declarations of interfaces. A program tells its host
-// which interfaces it knows besides the host's own:
+// Procedures that observe calls, made from the declarations of interfaces. A program declares the
+// interfaces that its host observes in addition to its own:
 //
 //   KAPHost::HostOptions options;
 //   options.fDebug.fTrace = "calls.txt";
@@ -67,7 +67,7 @@ struct WatchedProc {
 };
 
 // How many procedures of one method are observed. More than one component may implement a method,
-// such as those of streams. A procedure beyond is not observed, and the trace says so.
+// such as those of streams. Further procedures are not observed, and the trace says so.
 inline constexpr unsigned kWatchedVariants = 8;
 
 // A static object for each method.
@@ -92,7 +92,7 @@ class WatchedCall {
 
   // Whether the procedure must not be called, because an argument is not a handle.
   bool IsRefused() const noexcept { return fIsRefused; }
-  // What a refused procedure returns for an error: a new reference.
+  // The error that a rejected call returns: a new reference.
   KAPError* Refusal() const noexcept;
 
   // How the call ends. One of them is called once.

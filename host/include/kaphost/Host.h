@@ -47,8 +47,8 @@ enum class HostMemory {
 // How a host is set up. A plain value; the defaults suit a program that loads components.
 struct HostOptions {
   // Called with each message that a component reports, on the reporting thread. Must not throw. The
-  // message is kept for Host::Reports all the same: a host that runs for long calls TakeReports now
-  // and then.
+  // message is kept for Host::Reports all the same: a long-running host should call TakeReports
+  // regularly.
   std::function<void(const std::string& message)> fOnReport;
   // Called when the host is destroyed while components still hold something of it. The default
   // writes the description to std::cerr. Must not throw.

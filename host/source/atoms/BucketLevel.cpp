@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
 
-// Null when out of memory. Large pages are a wish that the system may refuse.
+// Null when out of memory. Large pages are optional: the system may not provide them.
 void* Map(std::size_t bytes) noexcept {
   const std::size_t alignment = std::min(bytes, kLargePage);
   void* const mapped = mmap(nullptr, bytes + alignment, PROT_READ | PROT_WRITE,

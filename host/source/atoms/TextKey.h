@@ -57,7 +57,7 @@ class TextKey {
   const char* fText;
   std::size_t fLength;
   std::uint32_t fHash;
-  std::uint16_t fTag;  // tells most texts apart whose hashes lead to the same place
+  std::uint16_t fTag;  // distinguishes most texts whose hashes select the same bucket
 
  private:
   using Words = std::array<std::uint64_t, 2>;

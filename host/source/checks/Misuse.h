@@ -9,8 +9,8 @@ namespace KAPHost {
 
 using KAP_T_MT::KAPResource;
 
-// What checks report and remember, for the code whose own objects are concerned. All of it does
-// nothing without a host that checks.
+// Used by code whose objects are checked, to report misuse and keep records. Every function is a
+// no-op unless the host checks.
 
 bool HasMisuseChecks() noexcept;
 

@@ -19,8 +19,8 @@ class Library {
   Library& operator=(const Library&) = delete;
   // Unloads the library. When procedures of it are still registered, client purges included,
   // unregisters them, reports each interface and leaves the library in memory: a caller may keep
-  // the address of a procedure, and nothing else can stand at that address. It also stays while a
-  // container lives whose delete procedure it has; the leak report names the container.
+  // the address of a procedure, and no other code can be loaded at that address. It also stays
+  // while a container lives whose delete procedure it has; the leak report names the container.
   ~Library();
 
   // Null when there is no such symbol; dlerror says why.

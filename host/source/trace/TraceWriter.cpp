@@ -161,7 +161,7 @@ std::unique_ptr<TraceWriter> TraceWriter::Open(const std::string& path) {
 
 TraceWriter::~TraceWriter() { ::close(fFile); }
 
-// The first failure is told, and the rest of the trace is dropped.
+// The first failure is reported, and the rest of the trace is dropped.
 void TraceWriter::Write(const std::string& text) noexcept {
   std::size_t written = 0;
   while (!fIsLost && written < text.size()) {

@@ -343,7 +343,7 @@ void Watcher::TakeResult(const WatchedCall& call, const WatchedValue& value) {
   const void* const handle = value.As<const void*>();
   if (resource == KAPResource::kNothing || !handle) return;
   if (resource == KAPResource::kError && IsCoreError(*value.As<KAPError*>())) return;
-  // A component that returns what is dead gives nothing.
+  // A component that returns a dead handle transfers no reference.
   const bool isDead = fLedger->Find(handle).fState == Ledger::State::kDead;
   if (isDead && call.fCallee != kHost) return;
   fLedger->Take(resource, handle, call.fCaller);

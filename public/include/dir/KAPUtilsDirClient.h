@@ -33,8 +33,7 @@ inline bool GetGlobalKAPUtilsDirInterfaceProcs() noexcept {
 class CKAPUtilsDir : public KAPContainerBaseGeneric {
  public:
   CKAPUtilsDir() noexcept = default;
-  // Adds a reference, and adopts one. Neither looks at what the handle is: the first operation
-  // does.
+  // Adds a reference, and adopts one. Neither checks the handle; the first operation does.
   explicit CKAPUtilsDir(KAPUtilsDir* handle) : KAPContainerBaseGeneric(handle) {}
   CKAPUtilsDir(KAPUtilsDir* handle, KAPAdopt adopt) noexcept
       : KAPContainerBaseGeneric(handle, adopt) {}
@@ -46,8 +45,8 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   [[nodiscard]] static CKAPUtilsDir GetCurrent();
   [[nodiscard]] static CKAPUtilsDir New(const CKAPStringAtom& path);
 
-  // Whether the directory has a file of that name, deletes one, gives one another name. What the
-  // procedures of these names say holds.
+  // Test for, delete and rename a file. The contracts are those of the procedures with the same
+  // names.
   [[nodiscard]] bool FileExists(const CKAPStringAtom& name) const;
   void Delete(const CKAPStringAtom& name) const;
   void Rename(const CKAPStringAtom& from, const CKAPStringAtom& to) const;

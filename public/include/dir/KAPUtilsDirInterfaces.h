@@ -39,8 +39,8 @@ struct KAPUtilsDirInterface
           // examined counts as absent. [any thread]
           TKAPMethod<"FileExists", "KAPUtilsDirFileExists",
                      KAPError*(unsigned char* out, KAPUtilsDir* directory, KAPStringAtom* name)>,
-          // Deletes a file, an empty folder or a symbolic link itself. Makes no host call that can
-          // fail, so a caller can always clean up. "KAPUtilsDirImpl::Delete: Unknown error".
+          // Deletes a file, an empty directory or a symbolic link itself. Makes no host call that
+          // can fail, so a caller can always clean up. "KAPUtilsDirImpl::Delete: Unknown error".
           // [any thread]
           TKAPMethod<"Delete", "KAPUtilsDirDelete",
                      KAPError*(KAPUtilsDir* directory, KAPStringAtom* name)>,
@@ -81,13 +81,17 @@ struct KAPUtilsTempFileStreamFactory
           // position of its own. The first call also turns the stream itself into a view, at
           // position 0: everything written is then in the file, and nothing more can be written,
           // even if the call goes on to fail. A view can still be read after the file is deleted,
-          // but makes no further views: "the temporary file was deleted". The file is opened
-          // through its descriptor. Where that is closed, or the host cannot open it, its name is
-          // used, and if the name leads to another file, the error is "the temporary file was
-          // replaced". Several threads may make views at the same time.
+          // but makes no further views. Each is opened through the descriptor of the file, so that
+          // it reads this file even if its name leads to another one by now. Where the descriptor
+          // was closed, the name is used, and if it leads to another file, the error is "the
+          // temporary file was replaced". Several threads may make views at the same time.
           // [any thread]
           TKAPMethod<"NewTempFileStream", "_KAPUtilsNewTempFileStreamProc_NewTempFileStream",
                      KAPError*(KAPPositionableStream** out, const char* prefix, const char* second,
                                const char* mode)>> {};
+
+// Both, in the order of registration.
+using KAPUtilsDirInterfaceSet =
+    TKAPInterfaceSet<KAPUtilsDirInterface, KAPUtilsTempFileStreamFactory>;
 
 }  // namespace KAP_T_MT

@@ -13,13 +13,13 @@
 // Exceptions, each with a reason in its comment:
 //   - CKAPError(handle) adopts; CKAPError(handle, KAPShare()) adds a reference.
 //   - CKAPContainerHolder and CKAPStringAtom also take a `bool`, KAPContainerBaseGeneric an `int`,
-//     where others take the tag: older forms of the ways above.
+//     where others take the tag: deprecated forms of the ways above.
 //   - CKAPCachedContainerHolder points to a container and holds no reference. CKAPCachePurge owns a
 //     purge, which has no references.
 //   - CPOSNumber and the other kinds take a CPOSObject instead of a handle.
 
-// Marks what has a better way, which `text` names. Quiet unless KAP_WARN_DEPRECATED is defined: the
-// old ways keep working, and no build with warnings as errors stops because of them.
+// Marks a deprecated declaration; `text` names the replacement. Warns only if KAP_WARN_DEPRECATED
+// is defined, so that builds with warnings as errors keep working.
 #ifdef KAP_WARN_DEPRECATED
 #define KAP_DEPRECATED(text) [[deprecated(text)]]
 #else
@@ -34,8 +34,9 @@ struct KAPAdopt {};
 // Marks a constructor that adds a reference, where the constructor without a tag does not.
 struct KAPShare {};
 
-// A handle that carries one new reference for the caller: what a function returns that makes
-// something. Give it to an owner, which adopts it, or to a plain handle, whose owner you are then:
+// A handle that carries one new reference for the caller, the result of functions that create an
+// object. Pass it to an owner, which adopts it, or assign it to a plain handle, which you must then
+// release:
 //
 //   *out = CKAPStreamFactory::NewPositionableMemoryStream();
 //
@@ -57,7 +58,7 @@ class [[nodiscard]] TKAPNewHandle {
   // The plain handle, with the reference. A handle with a name needs std::move.
   // NOLINTNEXTLINE(google-explicit-constructor): it stands wherever a plain handle does
   constexpr operator Object*() && noexcept { return fHandle; }
-  // A condition would look at the handle and leak it.
+  // Testing it in a condition would leak the handle.
   operator bool() && = delete;      // NOLINT(google-explicit-constructor): never called
   operator bool() const& = delete;  // NOLINT(google-explicit-constructor): never called
   // Whether nothing was made.

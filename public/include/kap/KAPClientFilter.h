@@ -24,8 +24,8 @@ class KAPClientDataSink : public CKAPVirtualClientBase {
 };
 
 // Receives bytes, transforms them and writes the result to a target. Deliberate: the host never
-// tells the object its target. Give it one when it is made, and let it keep a reference; a target
-// that is set later with CKAPFilter::SetDataSink does not reach it.
+// passes the target to the object. Pass it to the constructor and keep a reference; a target that
+// is set later with CKAPFilter::SetDataSink does not reach it.
 //
 //   struct Upper : KAPClientFilter {
 //     explicit Upper(CKAPDataSink target) : fTarget(std::move(target)) {}

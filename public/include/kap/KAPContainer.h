@@ -76,7 +76,7 @@ class CKAPContainer {
                                                       KAPDeleteProc deleteInstance);
 
   // Adds a reference and returns the handle. CKAPError "invalid container" for null or when the
-  // host refuses the reference. An unchecked reference would be released without ever having been
+  // host adds no reference. An unchecked reference would be released without ever having been
   // added.
   static KAPContainer* AddRef(KAPContainer* container) {
     if (!container || !KAPContainerClient::Call<"AddRef">(container)) [[unlikely]]
@@ -112,7 +112,7 @@ void KAPContainerNoOpRelease(KAPContainer* container) noexcept;
 // A reference to a container, or to none. Base of the typed wrappers: property objects, streams,
 // data stores, directories.
 // Ownership: holds one reference, released on destruction; copies share the container.
-// Errors: CKAPError "invalid container" when the host refuses a reference; a table that cannot be
+// Errors: CKAPError "invalid container" when the host adds no reference; a table that cannot be
 //   loaded throws as KAPInterfaceClient.h says. In both cases the object is empty or, in an
 //   assignment, unchanged. Destruction never throws, and does nothing after the binding.
 // Threads: a plain value: one thread at a time per reference, any number of references per
@@ -123,9 +123,9 @@ class KAPContainerBaseGeneric {
   // Adds a reference. Null also fails: "invalid container".
   explicit KAPContainerBaseGeneric(KAPContainer* container)
       : fContainer(CKAPContainer::AddRef(container)) {}
-  // Adds a reference without checking the result. Only for handles known to be live: a refused
-  // reference would still be released. The library itself does not use it. A `bool` is most likely
-  // meant for CKAPContainerHolder, where it says the opposite.
+  // Adds a reference without checking the result. Only for handles known to be live: a reference
+  // that was not added would still be released. The library itself does not use it. A `bool` is
+  // most likely meant for CKAPContainerHolder, where it says the opposite.
   KAP_DEPRECATED("leave the int out, so that the reference is checked")
   KAPContainerBaseGeneric(KAPContainer* container, int);
   KAPContainerBaseGeneric(KAPContainer* container, bool) = delete;
@@ -177,9 +177,9 @@ class CKAPContainerHolder {
   CKAPContainerHolder(KAPContainer* container, KAPAdopt) noexcept : fContainer(container) {}
   explicit CKAPContainerHolder(TKAPNewHandle<KAPContainer> made) noexcept
       : fContainer(std::move(made)) {}
-  // The older form: adopts the reference if `skipAddRef`, else adds one. Exactly a `bool`: an `int`
-  // is most likely meant for KAPContainerBaseGeneric, where it says the opposite. The reference of
-  // a new handle is adopted in any case, because nothing else could release it.
+  // The deprecated form: adopts the reference if `skipAddRef`, else adds one. Exactly a `bool`: an
+  // `int` is most likely meant for KAPContainerBaseGeneric, where it says the opposite. The
+  // reference of a new handle is adopted in any case, because nothing else could release it.
   KAP_DEPRECATED("use KAPAdopt() for true, and leave false out")
   CKAPContainerHolder(KAPContainer* container, bool skipAddRef)
       : fContainer(container && !skipAddRef ? CKAPContainer::AddRef(container) : container) {}

@@ -17,10 +17,10 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // An instance name says which implementation an object belongs to ("POSObjectImpl"), an interface
 // name under which interface of the binder its methods are registered ("POSObjectInterface").
 //
-// Two words of a container record are public: at the offset that GetOffsetToPrimaryInstance returns
-// stand the primary instance and its signature. The signature is the text pointer of the instance
-// name's atom, null for a container without one. All containers of one signature have the same
-// methods, so clients look methods up once per signature.
+// Two words of a container record are public: the primary instance, at the offset that
+// GetOffsetToPrimaryInstance returns, and its signature, in the word after it. The signature is the
+// text pointer of the instance name's atom, null for a container without one. All containers of one
+// signature have the same methods, so clients look methods up once per signature.
 struct KAPContainerInterface
     : TKAPInterface<
           "KAPContainerInterface",

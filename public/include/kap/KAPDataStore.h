@@ -41,7 +41,9 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// The method tables of all implementations, released when the binding ends.
+// The method tables of all implementations of data stores and their streams, deleted when the
+// runtime is unbound. They hold no objects: each reference releases its own, a no-op once the
+// runtime is unbound.
 class CKAPDataStoreTerminate : public TDelVTabList<KAPDataStoreInterface> {};
 class CKAPSizedDataStoreTerminate : public TDelVTabList<KAPSizedDataStoreInterface> {};
 class CKAPDataBlockStreamTerminate : public TDelVTabList<KAPDataBlockStreamInterface> {};

@@ -25,7 +25,7 @@
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
 using TOQErrorID = int;                           // identifies a core error, which every host has
-inline constexpr TOQErrorID kUnknownErrorID = 0;  // a failure that nothing more is known of
+inline constexpr TOQErrorID kUnknownErrorID = 0;  // an unknown failure
 inline constexpr TOQErrorID kMemErrorID = 1;      // exhausted memory
 
 // A reference to a host error, or the empty error, which refers to none. Thrown by value, caught by
@@ -43,13 +43,13 @@ class CKAPError : public std::exception {
   explicit CKAPError(TOQErrorID id) noexcept;
   template <std::same_as<bool> NotAnID>
   explicit CKAPError(NotAnID) = delete;
-  // A new error; the host copies both strings. When the last reference goes, the host passes
+  // A new error; the host copies both strings. When the last reference is released, the host passes
   // `clientData` to `freeClientData`. When the host makes no error, the data stays the caller's.
   CKAPError(const char* message, const char* component, long code, void* clientData = nullptr,
             KAPDeleteProc freeClientData = nullptr) noexcept;
   // Adopts the reference, deliberately unlike other classes: an error that a procedure returned is
-  // the common case. CKAPError(other.Handle()) compiles and releases one reference twice, so write
-  // which of the two is meant: the tags do.
+  // the common case. CKAPError(other.Handle()) compiles and releases one reference twice, so pass a
+  // tag that states which of the two is meant.
   KAP_DEPRECATED("use CKAPError(error, KAPAdopt()) or CKAPError(error, KAPShare())")
   explicit CKAPError(KAPError* adopted) noexcept : fError(adopted) {}
   CKAPError(KAPError* error, KAPAdopt) noexcept : fError(error) {}
@@ -85,8 +85,9 @@ class CKAPError : public std::exception {
   void* ClientData() const noexcept;
 
   // Whether the error has this component (byte by byte, not null) and this code. The empty error
-  // has component "" and code 0; an error whose component is null matches nothing. When the host
-  // has lost the procedures to ask for them, throws as a stale table does (KAPInterfaceClient.h).
+  // has component "" and code 0; an error whose component is null matches nothing, and nothing
+  // matches a null component. When the host has lost the procedures to ask for them, throws as a
+  // stale table does (KAPInterfaceClient.h).
   bool Matches(const char* component, long code) const;
 
   KAPError* Handle() const noexcept { return fError; }  // borrowed

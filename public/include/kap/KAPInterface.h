@@ -83,7 +83,7 @@ enum class KAPResource : unsigned char {
   kCount        // keep last
 };
 
-// What code needs to know about a method besides its signature.
+// What code needs to know about a method besides its function type.
 struct KAPTraits {
   // The method becomes a no-op when the binding ends. Set it for methods that release something:
   // static objects may release what they hold after the host is gone. Destructors may call only
@@ -142,7 +142,7 @@ template <class Proc, class Result, class... Args>
 inline constexpr bool kKAPIsNoexceptProc<Proc, Result (*)(Args...)> =
     std::is_nothrow_invocable_v<Proc, Args...>;
 
-// Whether a type of procedures returns an error, which the caller owns and must look at.
+// Whether procedures of this type return an error, which the caller owns and must check.
 template <class Proc>
 inline constexpr bool kKAPReturnsError = false;
 template <class... Args>
@@ -162,12 +162,12 @@ struct KAPNoMethod {
   KAPNoResult operator()(Args&&...) const;
 };
 
-// One method of an interface. `Signature` is a function type, such as `double(POSArray*)`.
-template <TKAPName MethodName, TKAPName ProcName, class Signature, KAPTraits Traits = KAPTraits()>
+// One method of an interface. `Function` is a function type, such as `double(POSArray*)`.
+template <TKAPName MethodName, TKAPName ProcName, class Function, KAPTraits Traits = KAPTraits()>
 struct TKAPMethod {
-  static_assert(std::is_function_v<Signature>);
+  static_assert(std::is_function_v<Function>);
   // The type of the procedure.
-  using Proc = Signature*;
+  using Proc = Function*;
   // The names, as text and as an entry of a table, and what code needs to know besides.
   static constexpr std::string_view kMethodName = MethodName.View();
   static constexpr _t_KAPFTabEntry kEntry = {MethodName.fText, ProcName.fText};

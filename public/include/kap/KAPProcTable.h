@@ -13,7 +13,7 @@
 //
 // The host increments a counter whenever an interface is unregistered. A table remembers the value
 // of the counter at which it was loaded; when the counter has moved, the table is loaded again
-// before the next use. While the counter stands still a call costs four loads and a comparison.
+// before the next use. While the counter is unchanged, a call costs four loads and a comparison.
 // Caching a bare pointer would save them, but could not follow the host's changes.
 //
 // Slots and counters are atomics, so threads may call while another one reloads; loads take a lock.
@@ -26,7 +26,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // A table without its types. One per interface and component, a static object initialised at
 // compile time; it lives as long as the component. `interfaceName`, `entries`, `traits` and `slots`
 // are static as well and have `count` elements each.
-// Threads: any, except Drop and ForgetAll [binding thread].
+// Threads: any, except Drop, Replace and ForgetAll [binding thread].
 class KAPProcTable {
  public:
   // A table that is not loaded.
@@ -53,8 +53,8 @@ class KAPProcTable {
   // Loads unconditionally, without remembering the counter: the next use loads again.
   KAPLoadOutcome Load() noexcept;
 
-  // Loads until the counter stands still, and remembers it. A failed load is not remembered, so the
-  // next use tries again.
+  // Loads again until the counter does not move during the load, then remembers its value. A failed
+  // load is not remembered, so the next use tries again.
   KAPLoadOutcome Reload() noexcept;
 
   // Reloads before a release, which must neither throw nor be skipped. When the whole table cannot
@@ -65,6 +65,10 @@ class KAPProcTable {
   // Makes the table stale and its releasing methods no-ops until the table is loaded again. A
   // release alone does not load it.
   void Drop() noexcept;
+
+  // Stores another procedure in a slot until the table is loaded again. A release alone does not
+  // load it.
+  void Replace(std::size_t slot, void* proc) noexcept;
 
   // The end of the binding: makes every loaded table stale and its releasing methods no-ops. Calls
   // nothing in the host.
@@ -152,7 +156,7 @@ class TKAPProcTable {
 
   static void Drop() noexcept { fTable.Drop(); }  // see KAPProcTable::Drop
 
-  // Puts another procedure into a slot until the table is loaded again.
+  // See KAPProcTable::Replace.
   template <TKAPName Method, class Proc>
   static void Replace(Proc proc) noexcept {
     static_assert(Interface::template kHas<Method>, "the interface has no method of this name");
@@ -161,8 +165,8 @@ class TKAPProcTable {
       static_assert(std::is_convertible_v<Proc, Declared>,
                     "a procedure does not have the type that its method declares");
       if constexpr (std::is_convertible_v<Proc, Declared>) {
-        fProcTable[Interface::template kSlot<Method>].store(
-            reinterpret_cast<void*>(static_cast<Declared>(proc)), std::memory_order_relaxed);
+        fTable.Replace(Interface::template kSlot<Method>,
+                       reinterpret_cast<void*>(static_cast<Declared>(proc)));
       }
     }
   }

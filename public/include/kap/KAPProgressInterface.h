@@ -11,7 +11,7 @@ using KAPProgressUpdateProc = KAPError* (*)(void* client, float fraction, const 
                                             int flag);
 using KAPProgressDeleteProc = KAPError* (*)(void* client);
 
-// Receivers of progress: one side reports how far its work is, the other side shows it. See
+// Receivers of progress: one side updates its progress, the other side shows it. See
 // KAPHostInterfaces.h for the conventions and KAPProgress.h for the classes.
 struct KAPProgressInterface
     : TKAPInterface<
@@ -32,9 +32,8 @@ struct KAPProgressInterface
           // Releases one reference; null is ignored. [any thread]
           TKAPMethod<"Release", "KAPProgressReleaseProc", void(KAPProgress* progress),
                      kKAPReleases>,
-          // Reports that `fraction` (0 to 1) of the work is done, with a text (may be null) and a
-          // flag whose meaning the two sides agree on. An error asks the caller to stop.
-          // [exclusive]
+          // Sets the progress: `fraction` (0 to 1) of the work is done. `text` may be null; both
+          // sides agree on the meaning of `flag`. An error asks the caller to stop. [exclusive]
           TKAPMethod<"Update", "KAPProgressUpdateProc",
                      KAPError*(KAPProgress* progress, float fraction, const char* text,
                                int flag)>> {};

@@ -11,7 +11,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // A reference to an object that a host interface counts with methods of its own, `Add` and `Drop`,
 // or to none. Base of the wrappers of everything that is not a container: buffers, cache
 // identities, sinks, progress. Containers have KAPContainerBaseGeneric, since their AddRef may
-// refuse. KAPAdopt.h lists the ways to construct one.
+// fail. KAPAdopt.h lists the ways to construct one.
 // Ownership: holds one reference, released on destruction.
 // Errors: adding a reference throws when the interface's table cannot be loaded
 //   (KAPInterfaceClient.h). Destruction never throws, and does nothing after the binding.

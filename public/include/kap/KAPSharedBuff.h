@@ -55,8 +55,8 @@ class CKAPSharedBuff {
 // Frees storage that came from CKAPMemory: a `deleteProc` for NewBuffer.
 void KAPDeleteSharedBuff(void* storage) noexcept;
 
-// What may say how many elements there are: the integers, without the types of truth values and
-// characters, which std::in_range does not take.
+// The types accepted as an element count: integer types except bool and character types, which
+// std::in_range rejects.
 template <class Count>
 concept KAPCount =
     std::integral<Count> && !std::same_as<Count, bool> && !std::same_as<Count, char> &&

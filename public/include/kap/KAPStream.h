@@ -39,7 +39,8 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// The method tables of all implementations of streams, released when the binding ends.
+// The method tables of all implementations of streams, deleted when the runtime is unbound. They
+// hold no streams: each reference releases its own, a no-op once the runtime is unbound.
 class CKAPSimpleStreamTerminate : public TDelVTabList<KAPSimpleStreamInterface> {};
 class CKAPRewindableStreamTerminate : public TDelVTabList<KAPRewindableStreamInterface> {};
 class CKAPPositionableStreamTerminate : public TDelVTabList<KAPPositionableStreamInterface> {};

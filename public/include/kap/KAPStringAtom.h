@@ -14,8 +14,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Typed calls of the host's string atoms.
 using KAPStringClient = TKAPInterfaceClient<KAPStringInterface>;
 
-// What stands for a text where an atom is made from it: `const char*`, std::string and
-// std::string_view, literals included.
+// The types accepted as the text of a new atom: `const char*`, std::string and std::string_view,
+// literals included.
 template <class Text>
 concept KAPText = std::convertible_to<const Text&, std::string_view>;
 
@@ -49,8 +49,8 @@ class CKAPStringAtom {
   CKAPStringAtom(KAPStringAtom* atom, KAPAdopt) : CKAPStringAtom(atom, Ownership{true}) {}
   explicit CKAPStringAtom(TKAPNewHandle<KAPStringAtom> made)
       : CKAPStringAtom(std::move(made), KAPAdopt()) {}
-  // The older form: adopts the reference if `adopt`, else adds one. Exactly a `bool`. The reference
-  // of a new handle is adopted in any case, because nothing else could release it.
+  // The deprecated form: adopts the reference if `adopt`, else adds one. Exactly a `bool`. The
+  // reference of a new handle is adopted in any case, because nothing else could release it.
   KAP_DEPRECATED("use KAPAdopt() for true, and leave false out")
   CKAPStringAtom(KAPStringAtom* atom, bool adopt) : CKAPStringAtom(atom, Ownership{adopt}) {}
   KAP_DEPRECATED("leave the bool out")
@@ -86,8 +86,8 @@ class CKAPStringAtom {
   }
 
   // The concatenation. Deliberate: CKAPError "Memory Copy Error" when a side has no text, even if
-  // the other side alone would do (test: StringAtomTest.Join). TOQException "Math overflow
-  // exception" when the lengths do not add up.
+  // the other operand has text (test: StringAtomTest.Join). TOQException "Math overflow exception"
+  // when the lengths do not add up.
   CKAPStringAtom operator+(const CKAPStringAtom& other) const;
 
   // "0x" and the pointer's 64 bits as 16 lower-case hexadecimal digits.

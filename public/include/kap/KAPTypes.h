@@ -32,7 +32,8 @@ struct KAPProgress;             // a reference-counted receiver of progress
 using KAPFilter = KAPDataSink;  // a sink with a target; accepted wherever a sink is
 
 // Streams, property objects and the library's other objects are containers. The aliases document
-// which kind a procedure expects; the compiler does not tell them apart, so every procedure checks.
+// which kind a procedure expects; the compiler does not distinguish them, so every procedure
+// checks.
 using KAPSimpleStream = KAPContainer;
 using KAPRewindableStream = KAPContainer;
 using KAPPositionableStream = KAPContainer;

@@ -15,7 +15,7 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 //
 // See CPOSObject for ownership, errors and threads. A change that fails is reported to the binder
 // and leaves the array as it was. That is all that SetAt and Append do about a failure;
-// SetAtOrThrow and AppendOrThrow also look whether the change happened, and throw if not.
+// SetAtOrThrow and AppendOrThrow also check that the change happened and throw if it did not.
 class CPOSArray : public TPOSKind<POSArrayInterface, "IsPOSArray",
                                   "downcast from CPOSObject to CPOSArray failed"> {
  public:

@@ -28,11 +28,12 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 // Errors of keys and paths: POSException "a key, path or type name is null"; what the constructor
 //   of CKAPStringAtom throws.
 // Errors of the getters: with `noThrow`, a value that is missing or of another kind is an empty
-//   reference; a library that is gone throws all the same. Without `noThrow` a missing key is
-//   POSException "CPOSDict::Get failed", a path that leads nowhere POSException "CPOSArray::GetAt
-//   subscript failed" (deliberately the array's message), another kind the downcast's message.
+//   reference; if the library is no longer registered, they throw even then. Without `noThrow` a
+//   missing key is POSException "CPOSDict::Get failed", a path that leads nowhere POSException
+//   "CPOSArray::GetAt subscript failed" (deliberately the array's message), another kind the
+//   downcast's message.
 // Errors of changes: reported to the binder; the dictionary stays as it was. That is all that Put
-//   does about a failure; PutOrThrow also looks whether the change happened, and throws if not.
+//   does about a failure; PutOrThrow also checks that the change happened and throws if it did not.
 // See CPOSObject for ownership and threads.
 class CPOSDict : public TPOSKind<POSDictInterface, "IsPOSDict",
                                  "downcast from CPOSObject to CPOSDict failed"> {

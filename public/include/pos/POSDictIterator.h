@@ -14,8 +14,8 @@ class CPOSDict;
 //
 // Ownership: holds one reference to the iterator, released on destruction; copies share it, so
 //   moving one moves all of them. Holds no reference to the dictionary, which must outlive the
-//   iterator. Entries may come and go during the walk, but the one that the iterator stands on must
-//   stay.
+//   iterator. Entries may come and go during the walk, but the current entry of the iterator must
+//   not be removed.
 // Errors: CKAPError "invalid container", with a report, when the iterator cannot be made; the other
 //   calls report to the binder, and IsDone is true then, so that a loop ends. When the interface is
 //   gone, every call throws the CKAPError with the empty message (kap/KAPInterfaceClient.h), and

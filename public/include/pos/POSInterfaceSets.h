@@ -7,8 +7,8 @@
 #include "pos/POSValidatorInterfaces.h"
 
 // Every interface of property objects that the library registers, in the order of registration. The
-// library registers and unregisters from these lists. A program that wants to know what there is
-// visits them:
+// library registers and unregisters from these lists. A program can visit them to list the
+// interfaces:
 //
 //   POSInterfaceSet::ForEach([]<class Interface>() { std::puts(Interface::kName); });
 

@@ -21,8 +21,9 @@
 //    Nothing else changes: a call that fails leaves every object as it was. Where a contract says
 //    that a case is quiet, it is not a failure, and nothing is reported.
 // 2. A failing call reports at least once. "Clone" and "IsEqual" go through the library's own
-//    objects directly and report once, however deep the failure is. An object of another component
-//    is asked through its own procedures, which report as well: the first report is the cause.
+//    objects directly, so that the number of reports does not grow with the depth: the first one is
+//    the cause, and for the element of an object that is cloned a second one says so. An object of
+//    another component is asked through its own procedures, which report as well.
 // 3. Handles, atoms and texts passed in are borrowed for the call. A handle returned carries one
 //    new reference for the caller; "Clone" of a scalar is the one exception.
 // 4. A null handle, atom or text, and a handle of another kind, is a failure wherever the contract
@@ -231,11 +232,11 @@ struct POSDictInterface
 //   Release(i);
 //
 // An iterator holds no reference: the dictionary must outlive it. Entries may come and go during a
-// walk, but the entry that the iterator stands on must stay.
+// walk, but the current entry of the iterator must not be removed.
 struct POSDictIteratorInterface
     : TKAPInterface<
           "POSDictIteratorInterface",
-          // An iterator that stands on the first entry. [shared read]
+          // An iterator at the first entry. [shared read]
           TKAPMethod<"NewPOSDictIterator", "POSDictIteratorNewPOSDictIteratorProc",
                      POSDictIterator*(POSDict* dict)>,
           // Goes to the first entry. Several threads may walk one dictionary, each with an iterator

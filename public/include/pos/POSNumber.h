@@ -5,8 +5,8 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// A reference to a number, which never changes: to count up, make a new number and put it in the
-// place of the old one. See CPOSObject for ownership, errors and threads.
+// A reference to a number, which never changes: to change a value, create a new number and store it
+// instead. See CPOSObject for ownership, errors and threads.
 class CPOSNumber : public TPOSKind<POSNumberInterface, "IsPOSNumber",
                                    "downcast from CPOSObject to CPOSNumber failed"> {
  public:

@@ -11,8 +11,9 @@
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 
-// The method tables of all implementations of property objects, emptied when the runtime unbinds
-// itself. A wrapper asks for its table at each call instead of keeping it: the answer costs a few
+// The method tables of all implementations of property objects, deleted when the runtime is
+// unbound. They hold no objects: each reference releases its own, a no-op once the runtime is
+// unbound. A wrapper looks its table up at each call instead of keeping it: the look-up costs a few
 // loads, an element of an array is then a bare handle, and an object that outlives a binding holds
 // nothing of it.
 class CPOSObjectTerminate : public TDelVTabList<POSObjectInterface> {};

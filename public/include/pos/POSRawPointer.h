@@ -25,8 +25,8 @@ class CPOSRawPointer : public TPOSKind<POSRawPointerInterface, "IsPOSRawPointer"
       : TPOSKind(Call<"NewPOSRawPointer">(pointer, release), KAPAdopt()) {}
 
   // An object reference to `container`, with a new reference; to one that was just made, with the
-  // reference that it comes with. CKAPError "invalid container" for null, and when the host refuses
-  // the reference or the object cannot be made.
+  // reference that it comes with. CKAPError "invalid container" for null, and when the host adds no
+  // reference or the object cannot be made.
   [[nodiscard]] static CPOSRawPointer NewKAPObjRef(KAPContainer* container);
   [[nodiscard]] static CPOSRawPointer NewKAPObjRef(TKAPNewHandle<KAPContainer> made);
 

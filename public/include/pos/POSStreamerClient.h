@@ -30,7 +30,7 @@ class CPOSStreamer : public KAPContainerBaseGeneric {
     return CPOSStreamer(Client::Call<"NewPOSStreamer">(), KAPAdopt());
   }
   // A reference to an existing streamer: adds one, adopts one; null makes an empty reference when
-  // it is adopted. Neither looks at what the handle is: the first call does.
+  // it is adopted. Neither checks the handle; the first operation does.
   explicit CPOSStreamer(POSStreamer* handle) : KAPContainerBaseGeneric(handle) {}
   CPOSStreamer(POSStreamer* handle, KAPAdopt adopt) noexcept
       : KAPContainerBaseGeneric(handle, adopt) {}

@@ -16,10 +16,10 @@ struct POSStreamerInterface
           // A streamer. [any thread]
           TKAPMethod<"NewPOSStreamer", "POSStreamerNewPOSStreamerProc", POSStreamer*()>,
           // Writes a document at the stream's position. `version` null means
-          // "POSStreamerTypeA_Version1.0", the only one. What was written before a failure stays in
-          // the stream. An empty slot, an object of another component and nesting too deep for the
-          // stack of this thread are failures; raw pointers are written for debugging and cannot be
-          // read back.
+          // "POSStreamerTypeA_Version1.0", at present the only one. What was written before a
+          // failure stays in the stream. An empty slot, an object of another component and nesting
+          // too deep for the stack of this thread are failures; raw pointers are written for
+          // debugging and cannot be read back.
           //
           // No other thread may change the object meanwhile. The stream's own "Write" may: a value
           // that is being written stays alive and is written whole, later values are written as

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
+
 #include "pos/POSKind.h"
 
 namespace [[gnu::visibility("hidden")]] KAP_T_MT {
@@ -19,11 +21,11 @@ class CPOSUnicodeString : public TPOSKind<POSUnicodeStringInterface, "IsPOSUnico
   // The units and a zero unit, borrowed: they live as long as the object.
   const unsigned short* Get() const { return Call<"Get">(Handle()); }
 
-  // Counts the units up to the first zero unit. `text` must not be null.
+  // Counts the units up to the first zero unit, modulo 2^32. `text` must not be null.
   static unsigned int GetLength(const unsigned short* text) noexcept {
-    unsigned int length = 0;
+    std::size_t length = 0;
     while (text[length] != 0) ++length;
-    return length;
+    return static_cast<unsigned int>(length);
   }
 };
 

@@ -75,8 +75,8 @@ class CPOSStructValidator : public CPOSValidator {
   // The schema is kept, not copied, and not checked. CKAPError "invalid container", with a report,
   // when there can be no validator.
   explicit CPOSStructValidator(const CPOSDict& schema);
-  // From a handle, as CPOSValidator. They do not look at what validator it is: RegisterCallbackProc
-  // reports one of another component, and changes nothing.
+  // From a handle, as CPOSValidator. They do not check the implementation: for a validator of
+  // another component, RegisterCallbackProc reports a failure and changes nothing.
   using CPOSValidator::CPOSValidator;
 
   // Registers `callback`, which is then called for each object that complies with the type.

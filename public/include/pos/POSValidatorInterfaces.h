@@ -51,7 +51,7 @@ struct POSStructValidatorInterface
                      POSValidator*(POSDict* schema)>,
           // Registers `callback`, which is then called for each object that complies with the type.
           // Replaces the type's previous callback; null removes it. A callback may itself register
-          // callbacks. Never called for intrinsic types. `clientData` is handed through.
+          // callbacks. Never called for intrinsic types. `clientData` is passed to the callback.
           // [exclusive]
           TKAPMethod<"RegisterCallbackProc", "POSStructValidatorRegisterCallbackProc",
                      void(POSValidator* validator, KAPStringAtom* typeName,

@@ -3,7 +3,7 @@
 
 #include "Small.h"
 
-// Writes to a block without a look at whether there is one.
+// Writes to a block without checking that it exists.
 bool Start() {
   if (!StartWell()) return false;
   const auto alloc = Proc<KAPMemoryInterface, "Alloc">();

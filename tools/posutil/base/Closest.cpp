@@ -39,7 +39,7 @@ std::size_t Slips(std::string_view word, std::string_view candidate) {
 }  // namespace
 
 std::string Closest(std::string_view word, const std::vector<std::string>& candidates) {
-  // More slips than a third of the word make another word.
+  // With more errors than a third of its length, it counts as another word.
   std::size_t least = std::min<std::size_t>(3, word.size() / 3) + 1;
   std::string closest;
   for (const std::string& candidate : candidates) {

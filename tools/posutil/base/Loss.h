@@ -33,7 +33,7 @@ class Losses {
   };
 
   // Returns a line for each kind, in the order of LossKind, and forgets the losses. `severity`
-  // stands after the place: "warning: ".
+  // follows the place: "warning: ".
   std::vector<std::string> TakeLines(const char* severity);
 
  private:

@@ -30,7 +30,7 @@ class DocumentPlaces {
   const Reader& fReader;
   const DocumentText fText;
   std::optional<Positions> fPositions;
-  // Before every kInterval-th byte of the document, as far as the answers have reached: questions
+  // Before every kInterval-th byte of the document, up to the furthest place asked for; requests
   // come in any order.
   static constexpr std::size_t kInterval = 4096;
   std::vector<LineCounter> fCounters;

@@ -94,6 +94,7 @@ void* CKAPError::ClientData() const noexcept {
 }
 
 bool CKAPError::Matches(const char* component, long code) const {
+  if (!component) return false;
   if (!fError) return *component == '\0' && code == 0;
   if (!CanAsk()) {
     KAPThrowLoadFailure(gFinishedInit ? KAPLoadOutcome::kMissingProcedure

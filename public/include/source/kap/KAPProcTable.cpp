@@ -87,9 +87,15 @@ void KAPProcTable::Drop() noexcept {
   fDropped.store(true);
 }
 
+void KAPProcTable::Replace(std::size_t slot, void* proc) noexcept {
+  fSlots[slot].store(proc, std::memory_order_relaxed);
+  fDropped.store(true);
+}
+
 void KAPProcTable::ForgetAll() noexcept {
   for (KAPProcTable* table = fListedTables.load(); table; table = table->fNextListed) {
     table->Forget();
+    table->fDropped.store(false);
   }
 }
 

@@ -53,7 +53,8 @@ void CKAPStaticCacheBase::RemoveClientPurge() noexcept {
 // The host calls it too, so it must not throw; a cache that fails must not keep the others from
 // being cleared.
 void CKAPStaticCacheBase::ClearAll() noexcept {
-  for (CKAPStaticCacheBase* cache = fList; cache; cache = cache->fNext) {
+  for (CKAPStaticCacheBase *cache = fList, *next; cache; cache = next) {
+    next = cache->fNext;  // an item that is cleared may own its cache
     KAPReportingError([cache] { cache->Clear(); });
   }
 }

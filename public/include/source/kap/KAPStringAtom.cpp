@@ -12,10 +12,7 @@ namespace KAP_T_MT {
 
 namespace {
 
-std::size_t LengthOf(const char* text) {
-  if (!text) CKAPError::ThrowError("Memory Copy Error", "", 0);
-  return std::strlen(text);
-}
+std::size_t LengthOf(const char* text) noexcept { return text ? std::strlen(text) : 0; }
 
 }  // namespace
 
@@ -46,6 +43,7 @@ CKAPStringAtom CKAPStringAtom::operator+(const CKAPStringAtom& other) const {
   const std::size_t length = LengthOf(fText);
   const std::size_t size = KAPCheckedSize(LengthOf(other.fText), 1, KAPCheckedSize(length, 1, 1));
   const TKAPBlock<char> joined = KAPNewBlock<char>(size);
+  if (!fText || !other.fText) CKAPError::ThrowError("Memory Copy Error", "", 0);
   std::memcpy(joined.get(), fText, length);
   std::memcpy(joined.get() + length, other.fText, size - length);
   return CKAPStringAtom(joined.get());
@@ -61,10 +59,7 @@ CKAPStringAtom CKAPStringAtom::ToHex(const void* pointer) {
 
 void CKAPStringAtom::ThrowBadAlloc() { CKAPMemory::ThrowMemError(); }
 
-void CKAPStringAtom::Close() noexcept {
-  KAPStringClient::Drop();  // or a release would load the table again once the counter has moved
-  KAPStringClient::Replace<"DeleteStringAtom">(&NoOpDelete);
-}
+void CKAPStringAtom::Close() noexcept { KAPStringClient::Replace<"DeleteStringAtom">(&NoOpDelete); }
 
 void CKAPStringAtom::NoOpDelete(KAPStringAtom*) noexcept {}
 

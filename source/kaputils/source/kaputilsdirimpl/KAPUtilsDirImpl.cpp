@@ -24,7 +24,7 @@ void DeleteKAPUtilsDirImpl(void* instance) noexcept {
 
 namespace {
 
-// Deliberate: directories are filed under the names of validators, hence the type is asked as well.
+// Deliberate: directories use the instance name of validators, so the type is checked too.
 KAPUtilsDir* Contain(TKAPClientObject<KAPUtilsDirImpl> directory) {
   const KAPUtilsAtoms& atoms = KAPUtilsAtoms::Get();
   return KAPContain(KAPInstanceOwner(std::move(directory)), atoms.POSValidatorImpl,

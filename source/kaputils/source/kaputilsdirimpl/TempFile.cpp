@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "kaputilsdirimpl/TempFile.h"
 
+#include <unistd.h>
+
 #include <utility>
 
 #include "SafeStringAPIs.h"
 #include "dir/KAPUtilsDirInterfaces.h"
-#include "kap/KAPError.h"
 #include "kap/KAPInterfaceClient.h"
 #include "kap/TOQException.h"
 #include "kapimpl/base/ContainedObject.h"
@@ -17,6 +18,12 @@ namespace NKAPUtilsDirImpl {
 using KAP_T_MT::CKAPPositionableStream;
 using KAP_T_MT::CKAPUtilsDir;
 using KAP_T_MT::TOQException;
+
+namespace {
+
+constexpr const char* kForReading = "rb";
+
+}  // namespace
 
 TempFile TempFile::Create(const CKAPStringAtom& prefix) {
   // Throws what fails; GetTempDir returns an empty reference then.
@@ -43,33 +50,38 @@ bool TempFile::IsSame(const struct stat& file) const noexcept {
 
 // Something else in the process may have closed the descriptor, and its number may mean another
 // file by now; hence the comparison.
-bool TempFile::HasDescriptor() const {
+bool TempFile::HasDescriptor(struct stat& file) const noexcept {
+  return ::fstat(fDescriptor, &file) == 0 && IsSame(file);
+}
+
+bool TempFile::IsAt(const char* path) const noexcept {
   struct stat file = {};
-  if (::fstat(fDescriptor, &file) != 0 || !IsSame(file)) return false;
-  if (fCountsLinks && file.st_nlink == 0) throw TOQException("the temporary file was deleted");
-  return true;
+  return ::stat(path, &file) == 0 && IsSame(file);
 }
 
 CKAPPositionableStream TempFile::Open(const char* mode) const {
-  char path[32];
-  KAP_T_MT::sprintf_safe(path, sizeof path, "/proc/self/fd/%d", fDescriptor);
-  struct stat file = {};
-  if (HasDescriptor() && ::stat(path, &file) == 0 && IsSame(file)) {
-    try {
-      return CKAPPositionableStream(path, mode);
-    } catch (const KAP_T_MT::CKAPError&) {  // the system or the host may not open what is in /proc
-    }
-  }
-  return OpenByName(mode);
-}
-
-CKAPPositionableStream TempFile::OpenByName(const char* mode) const {
   const CKAPStringAtom name = fDirectory.GetFilePathSpec(fName);
   struct stat file = {};
-  if (::lstat(name.Text(), &file) != 0 || !IsSame(file)) {
+  if (::lstat(name.Text(), &file) == 0 && !IsSame(file)) {
     throw TOQException("the temporary file was replaced");
   }
   return CKAPPositionableStream(name.Text(), mode);
+}
+
+// By the number of the process: the host may open files in another one.
+CKAPPositionableStream TempFile::Reopen() const {
+  struct stat file = {};
+  const bool isGone = !HasDescriptor(file) || (fCountsLinks && file.st_nlink == 0);
+  if (isGone) return Open(kForReading);
+  char path[64];
+  KAP_T_MT::sprintf_safe(path, sizeof path, "/proc/%d/fd/%d", static_cast<int>(::getpid()),
+                         fDescriptor);
+  return IsAt(path) ? CKAPPositionableStream(path, kForReading) : Open(kForReading);
+}
+
+void TempFile::CloseDescriptor() const noexcept {
+  struct stat file = {};
+  if (HasDescriptor(file)) ::close(fDescriptor);
 }
 
 }  // namespace NKAPUtilsDirImpl

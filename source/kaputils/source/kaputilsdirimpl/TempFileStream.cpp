@@ -17,8 +17,6 @@ using KAP_T_MT::TKAPClientObject;
 
 namespace {
 
-constexpr const char* kForReading = "rb";
-
 // A new file that no stream has taken over yet. Deleted unless one does.
 class UnclaimedFile {
  public:
@@ -26,7 +24,9 @@ class UnclaimedFile {
   UnclaimedFile(const UnclaimedFile&) = delete;
   UnclaimedFile& operator=(const UnclaimedFile&) = delete;
   ~UnclaimedFile() {
-    if (!fClaimed) KAP_T_MT::KAPReportingError([this] { fFile.Delete(); });
+    if (fClaimed) return;
+    KAP_T_MT::KAPReportingError([this] { fFile.Delete(); });
+    fFile.CloseDescriptor();
   }
   void Claim() noexcept { fClaimed = true; }
 
@@ -49,7 +49,7 @@ KAPPositionableStream* TempFileStream::New(const CKAPStringAtom& prefix,
   CheckPrefix(prefix);
   const TempFile created = TempFile::Create(prefix);
   UnclaimedFile file(created);
-  auto stream = KAPNewClient<TempFileStream>(created, mode.Text(), true);
+  auto stream = KAPNewClient<TempFileStream>(created, mode.Text());
   file.Claim();
   KAPPositionableStream* handle =
       KAP_T_MT::CKAPStreamFactory::NewClientPositionableStream(std::move(stream));
@@ -57,8 +57,11 @@ KAPPositionableStream* TempFileStream::New(const CKAPStringAtom& prefix,
   return handle;
 }
 
-TempFileStream::TempFileStream(TempFile file, const char* mode, bool deleteOnRelease)
-    : fFile(std::move(file)), fFileStream(fFile.Open(mode)), fDeleteOnRelease(deleteOnRelease) {}
+TempFileStream::TempFileStream(TempFile file, const char* mode)
+    : fFile(std::move(file)), fFileStream(fFile.Open(mode)), fDeleteOnRelease(true) {}
+
+TempFileStream::TempFileStream(TempFile file)
+    : fFile(std::move(file)), fFileStream(fFile.Reopen()), fDeleteOnRelease(false) {}
 
 // The object lives on the heap and may outlast the exceptions that were in flight when it was made:
 // only those in flight now count.
@@ -100,10 +103,10 @@ TKAPClientObject<KAP_T_MT::KAPClientPositionableStream>
 TempFileStream::CreateIndependentlyPositionableStream() {
   const std::lock_guard lock(fLock);
   if (!fReopenedForReading) {
-    fFileStream = fFile.Open(kForReading);
+    fFileStream = fFile.Reopen();
     fReopenedForReading = true;
   }
-  return KAPNewClient<TempFileStream>(fFile, kForReading, false);
+  return KAPNewClient<TempFileStream>(fFile);
 }
 
 }  // namespace NKAPUtilsDirImpl

@@ -19,8 +19,10 @@ class TempFileStream : public KAP_T_MT::KAPClientPositionableStream {
   // fail at; there is no file then.
   static KAPPositionableStream* New(const CKAPStringAtom& prefix, const CKAPStringAtom& mode);
 
-  // Over an existing file, which goes with the stream if `deleteOnRelease`; not when this throws.
-  TempFileStream(TempFile file, const char* mode, bool deleteOnRelease);
+  // Over a new file, which goes with the stream; not when this throws.
+  TempFileStream(TempFile file, const char* mode);
+  // A view of a file.
+  explicit TempFileStream(TempFile file);
   TempFileStream(const TempFileStream&) = delete;
   TempFileStream& operator=(const TempFileStream&) = delete;
   // Throws when the file cannot be deleted, and reports it while another exception is in flight.

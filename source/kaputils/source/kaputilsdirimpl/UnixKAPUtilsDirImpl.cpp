@@ -56,7 +56,7 @@ CKAPStringAtom makeFullPath(const CKAPStringAtom& directory, const CKAPStringAto
 }
 
 // The full path for a call of the system. On the stack, so that a file can be deleted when the host
-// has no memory left. A longer path is cut, to one that the system still refuses as too long.
+// has no memory left. A longer path is truncated to a length that the system still rejects.
 class SystemPath {
  public:
   SystemPath(const CKAPStringAtom& directory, const CKAPStringAtom& name) noexcept {

@@ -41,7 +41,7 @@ class KAPUtilsDirImpl : public KAP_T_MT::CKAPVirtualClientBase {
 
   // Creates the file; false if it exists. Deliberate: it is looked for in the directory, but
   // created under the bare name, which for a relative name means the working directory. There are
-  // two steps, and others may create the file between them. No registered procedure leads here.
+  // two steps, and others may create the file between them. No registered procedure calls it.
   bool createNewFile(const CKAPStringAtom& name) const;
 
  private:

@@ -18,7 +18,7 @@
 //   KAP_CHECK_DECLARE(TotalsInterface)
 //
 // KAPCheckScenario is called on one thread while the component is initialised, any number of times
-// and also with a host that refuses some of the calls. It releases whatever it takes, whether it
+// and also with a host that fails some of the calls. It releases whatever it takes, whether it
 // succeeds or not, and throws nothing. Then the component alone accounts for what is still held.
 //
 // KAP_CHECK_DECLARE is optional. A declared procedure must cope with any argument that its types
@@ -30,7 +30,7 @@
 
 #define KAP_CHECK_EXPORT extern "C" [[gnu::visibility("default")]]
 
-// Declares one or more interfaces (TKAPInterface). Stands once in a plug-in, outside all
+// Declares one or more interfaces (TKAPInterface). Use it once in a plug-in, outside all
 // namespaces.
 #define KAP_CHECK_DECLARE(...)                                                                   \
   KAP_CHECK_EXPORT const KAPCheck::DeclaredMethod* KAPCheckDeclarations(std::size_t* outCount) { \

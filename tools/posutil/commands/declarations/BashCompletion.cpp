@@ -5,8 +5,8 @@ namespace PosUtil {
 
 namespace {
 
-// Bash splits a word at each "=". The value of an option is no command. An empty COMPREPLY stands
-// for names of files (-o default).
+// Bash splits a word at each "=". The value of an option is not a command. An empty COMPREPLY
+// stands for names of files (-o default).
 constexpr char kStart[] = R"(# shellcheck shell=bash
 # SPDX-License-Identifier: MIT
 _posutil() {

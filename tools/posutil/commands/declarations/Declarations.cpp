@@ -17,7 +17,7 @@ bool IsWord(const std::string& text) {
   });
 }
 
-// Of "N|tab" the word "tab": a value in capitals stands for others.
+// From "N|tab", only "tab": a word in capitals is a placeholder.
 std::vector<std::string> ChoicesIn(const std::string& values) {
   std::vector<std::string> choices;
   if (values.find('|') == std::string::npos) return choices;

@@ -109,7 +109,7 @@ class Usage {
     return names;
   }
 
-  // The option that a text of the parser is about: the parser has no other way to say it.
+  // The option that a message of the parser names; only its text says which.
   const CLI::Option* OptionIn(const std::string& text) const {
     const CLI::Option* found = nullptr;
     std::size_t longest = 0;

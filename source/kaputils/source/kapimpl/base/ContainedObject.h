@@ -32,7 +32,7 @@ inline void* KAPFindInstance(KAPContainer* handle, const KAP_T_MT::CKAPStringAto
 
 // The root of objects whose classes share an instance name: directories and validators do. All of
 // them derive from CKAPVirtualClientBase and no other object has such a name, so a dynamic_cast can
-// tell a handle of the wrong kind.
+// detect a handle of the wrong kind.
 using KAPInstanceRoot = KAP_T_MT::CKAPVirtualClientBase;
 using KAPInstanceOwner = KAP_T_MT::TKAPClientObject<KAPInstanceRoot>;
 

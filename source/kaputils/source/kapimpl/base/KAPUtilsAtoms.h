@@ -19,7 +19,8 @@ class KAPUtilsAtoms : public KAP_T_MT::KAPHostAllocated {
     return *fInstAtoms;
   }
 
-  // Makes the atoms unless they exist. All or nothing; throws std::bad_alloc when the host refuses.
+  // Makes the atoms unless they exist. All or nothing; throws std::bad_alloc when the host has no
+  // memory.
   static void Create();
   static void Destroy() noexcept;
 

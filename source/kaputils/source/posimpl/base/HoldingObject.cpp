@@ -9,7 +9,7 @@
 
 namespace NPOSObjectImpl {
 
-// The rounds of releases that are nested in each other on this thread.
+// The nested releases of this thread.
 class HoldingObject::Releases {
  public:
   static Releases& OnThisThread() noexcept;
@@ -17,21 +17,21 @@ class HoldingObject::Releases {
   void Delete(HoldingObject* object) noexcept {
     const bool isOwnRelease = std::exchange(fNext, nullptr) == object;
     if (isOwnRelease || fDepth == 0) {
-      DeleteInRound(object);
+      DeleteNested(object);
     } else {
-      RunSeparately([=, this] { DeleteInRound(object); });
+      RunSeparately([=, this] { DeleteNested(object); });
     }
   }
 
-  // Runs `body` with separate rounds, as many as fit on the stack. If none fits, all objects are
-  // filed.
+  // Runs `body` with a release depth of its own, as far as the stack allows. If nothing fits, every
+  // object is deferred.
   template <class Body>
   void RunSeparately(Body body) noexcept {
     const NestingLevel level;
     if (level.Fits()) {
       const Releases outside = std::exchange(*this, Releases());
       body();
-      *this = outside;  // nothing is filed any more: the outermost round of `body` has ended
+      *this = outside;  // no object is deferred: the outermost release of `body` has ended
     } else {
       const Releases outside = *this;
       fDepth = fDepthLimit = kMaxDepth;
@@ -49,11 +49,11 @@ class HoldingObject::Releases {
   // Few objects are nested deeper, and only these pay for a look at the stack.
   static constexpr int kDepthUnmeasured = 4;
   // Measured: 250 bytes in an optimised build, 600 in one for debugging; sanitizers need more.
-  static constexpr unsigned long kStackOfRound = 2048;
+  static constexpr unsigned long kStackOfLevel = 2048;
 
   constexpr Releases() noexcept = default;
 
-  void DeleteInRound(HoldingObject* object) noexcept {
+  void DeleteNested(HoldingObject* object) noexcept {
     if (fDepth >= fDepthLimit && !RaisesLimit()) {
       object->fNextToDelete = fToDelete;
       fToDelete = object;
@@ -62,23 +62,23 @@ class HoldingObject::Releases {
     ++fDepth;
     delete object;
     if (fDepth == 1) {
-      DeleteFiled();
+      DeleteDeferred();
       fDepthLimit = kDepthUnmeasured;
     }
     --fDepth;
   }
 
-  // Measures how many more rounds fit, once for each outermost round.
+  // Measures how many more levels fit, once for each outermost release.
   [[gnu::noinline]] bool RaisesLimit() noexcept {
     if (fDepthLimit != kDepthUnmeasured) return false;
     NestingStack& stack = NestingStack::OnThisThread();
     const NestingLevel level(stack);  // finds the ends of the stack
-    const unsigned long rounds = stack.HowManyFit(kStackOfRound);
-    fDepthLimit += static_cast<int>(std::min<unsigned long>(rounds, kMaxDepth - kDepthUnmeasured));
+    const unsigned long levels = stack.HowManyFit(kStackOfLevel);
+    fDepthLimit += static_cast<int>(std::min<unsigned long>(levels, kMaxDepth - kDepthUnmeasured));
     return fDepth < fDepthLimit;
   }
 
-  void DeleteFiled() noexcept {
+  void DeleteDeferred() noexcept {
     while (HoldingObject* object = fToDelete) {
       fToDelete = object->fNextToDelete;
       delete object;
@@ -97,7 +97,7 @@ class HoldingObject::Releases {
   return tReleases;
 }
 
-void HoldingObject::DeleteOrFile(HoldingObject* object) noexcept {
+void HoldingObject::DeleteOrDefer(HoldingObject* object) noexcept {
   Releases::OnThisThread().Delete(object);
 }
 

@@ -10,27 +10,28 @@ namespace NPOSObjectImpl {
 // levels deep.
 //
 // Releasing one runs from the host to the library, which releases what the object holds, to the
-// host, and so on, one round for each level. To keep the stack bounded, a round that is nested too
-// deep in others only files its object in a list. The outermost round deletes the filed objects
-// before it returns. The list runs through the objects: releasing needs no memory.
+// host, and so on, one nested release for each level. To keep the stack bounded, a release that is
+// nested too deep defers the deletion of its object: it appends the object to a list. The outermost
+// release deletes the deferred objects before it returns. The list runs through the objects:
+// releasing needs no memory.
 //
-// Other components may release objects during a round: a release procedure, the deletion of an
+// Other components may release objects during a release: a release procedure, the deletion of an
 // object of theirs, an instance that they added to a container of ours. Their code relies on the
 // object being destroyed when "Release" returns. So any release that our destructors do not
-// announce (ReleaseOfHeld) has separate rounds: an outermost round and a list of its own. Nested
-// code of other components therefore takes stack. Only where the stack ends are its objects filed
-// for a round outside.
+// announce (ReleaseOfHeld) counts as an outermost one, with a depth and a list of its own. Nested
+// code of other components therefore takes stack. Only where the stack ends are its objects
+// deferred to a release outside.
 class HoldingObject : public BaseObject {
  protected:
   HoldingObject() noexcept = default;
 
   template <class Kind>
   static void Delete(void* instance) noexcept {
-    DeleteOrFile(static_cast<HoldingObject*>(static_cast<BaseObject*>(instance)));
+    DeleteOrDefer(static_cast<HoldingObject*>(static_cast<BaseObject*>(instance)));
   }
 
   // A destructor's way to release what its object holds: Expect, then the release, for each. Only
-  // releases that are announced in this way may be filed.
+  // releases that are announced in this way may be deferred.
   class ReleaseOfHeld {
    public:
     ReleaseOfHeld() noexcept : fNext(NextOnThisThread()), fOwnName(OwnName()) {}
@@ -39,7 +40,7 @@ class HoldingObject : public BaseObject {
     ~ReleaseOfHeld() { fNext = nullptr; }
 
     void Expect(const POSObject* held) noexcept {
-      // Without atoms the host is gone, and perhaps what is held, too.
+      // Without the atoms the host is gone, and perhaps the held objects too.
       fNext = held && fOwnName ? static_cast<const BaseObject*>(
                                      KAP_T_MT::CKAPContainer::PrimaryInstance(held, fOwnName))
                                : nullptr;
@@ -87,7 +88,7 @@ class HoldingObject : public BaseObject {
   }
   [[gnu::noinline]] static POSObject* CloneKept(POSObject* held, Walk& walk);
   [[gnu::noinline]] static bool AreEqualKept(POSObject* a, POSObject* b, Walk& walk);
-  static void DeleteOrFile(HoldingObject* object) noexcept;
+  static void DeleteOrDefer(HoldingObject* object) noexcept;
 
   HoldingObject* fNextToDelete = nullptr;
 };

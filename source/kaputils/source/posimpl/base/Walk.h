@@ -28,6 +28,13 @@ class Walk {
   }
 
   NestingStack& Stack() const noexcept { return fStack; }
+
+  // A container that is cloned calls Enter at its begin and Leave at its end. One that fails does
+  // not leave, so afterwards IsInElement says whether it was inside another one.
+  void Enter() noexcept { ++fDepth; }
+  void Leave() noexcept { --fDepth; }
+  bool IsInElement() const noexcept { return fDepth > 1; }
+
   bool Keeps() const noexcept { return fSignature == kKeeps; }
   void Stop() noexcept { fStopped = true; }
   bool Stopped() const noexcept { return fStopped; }
@@ -48,6 +55,7 @@ class Walk {
 
   NestingStack& fStack;
   const char* const fSignature;  // of the objects that are called without being kept
+  unsigned fDepth = 0;
   bool fStopped = false;
 };
 

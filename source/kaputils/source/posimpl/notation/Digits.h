@@ -19,7 +19,8 @@ constexpr unsigned HexValue(char c) noexcept {
   return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a' + 10) : 16;
 }
 
-// Reads a number of exactly `count` hexadecimal digits. False when one of them is not one.
+// Reads a number of exactly `count` hexadecimal digits. False if a character is not a hexadecimal
+// digit.
 constexpr bool ReadHex(const char* digits, std::size_t count, unsigned* number) noexcept {
   *number = 0;
   for (std::size_t i = 0; i < count; ++i) {

@@ -9,10 +9,10 @@ namespace NPOSObjectImpl {
 
 constexpr std::size_t kNumberTextSize = 64;  // holds every number that WriteNumber writes
 
-// Writes what "%.32g" gives in the C locale, without a terminator; returns the end.
+// Writes what "%.32g" writes in the C locale, without a terminator; returns the end.
 char* WriteNumber(double value, char* text) noexcept;
 
-// What strtod gives in the C locale: the value of the longest part that is a number, 0 when there
+// What strtod returns in the C locale: the value of the longest part that is a number, 0 when there
 // is none, infinite or 0 with its sign when the value is too large or too small.
 double ParseNumber(const char* begin, const char* end) noexcept;
 

@@ -45,7 +45,7 @@ Array::~Array() {
   }
 }
 
-// Large blocks grow by moving pages instead of bytes, and a refusal leaves the block as it is.
+// Large blocks grow by moving pages instead of bytes; a failed call leaves the block as it is.
 void Array::growToHold(std::uint32_t count) {
   if (count <= fCapacity) return;
   const std::uint32_t capacity = CapacityFor(count, fCapacity);
@@ -75,12 +75,14 @@ void Array::Remove(std::uint64_t index) noexcept {
 
 // Both by index: the procedures of an element of another component may change the arrays.
 BaseObject* Array::Clone(Walk& walk) {
+  walk.Enter();
   const NestingGuard guard(walk.Stack());
   std::unique_ptr<Array> clone(new Array);
   clone->growToHold(fCount);
   for (std::uint32_t i = 0; i < fCount && !walk.Stopped(); ++i) {
     clone->Append(Adopt(CloneOf(fElements[i], walk)));
   }
+  walk.Leave();
   return walk.Stopped() ? nullptr : clone.release();
 }
 

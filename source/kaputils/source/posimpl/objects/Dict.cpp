@@ -45,6 +45,7 @@ void Dict::Remove(std::string_view key) noexcept { fEntries.Remove(SortableText(
 }
 
 BaseObject* Dict::Clone(Walk& walk) {
+  walk.Enter();
   const NestingGuard guard(walk.Stack());
   std::unique_ptr<Dict> clone(new Dict);
   DictEntry* last = nullptr;
@@ -58,6 +59,7 @@ BaseObject* Dict::Clone(Walk& walk) {
     }
     last = clone->fEntries.InsertLast(last, std::move(copy));
   }
+  walk.Leave();
   return walk.Stopped() ? nullptr : clone.release();
 }
 

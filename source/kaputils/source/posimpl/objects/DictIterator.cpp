@@ -13,7 +13,7 @@ POSDictIterator* DictIterator::NewContainer(const Dict& dict) {
                     [](void* instance) { delete static_cast<DictIterator*>(instance); });
 }
 
-// Nothing else is filed under the name, so the type need not be asked.
+// No other object has this instance name, so the type need not be checked.
 DictIterator& DictIterator::GetInstance(POSDictIterator* handle) {
   void* instance = KAPFindInstance(handle, KAPUtilsAtoms::Get().POSDictIteratorImpl);
   if (!instance) throw POSException("instance was not an POSDictIterator");

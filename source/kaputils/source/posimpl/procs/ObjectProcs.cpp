@@ -15,10 +15,22 @@ using KAP_T_MT::KAPReportingError;
 
 namespace {
 
+// An element that cannot be cloned is reported with its cause, once however deep it is, and then as
+// the failure of the whole.
+BaseObject* Clone(BaseObject& original, Walk& walk) {
+  try {
+    return original.Clone(walk);
+  } catch (...) {
+    if (!walk.IsInElement()) throw;
+    KAP_T_MT::KAPReportCurrentException();
+  }
+  throw POSException("CPOSObject::Clone failed");
+}
+
 POSObject* POSObjectCloneProc(POSObject* object) noexcept {
   return KAPReportingError([=]() -> POSObject* {
     BaseObject& original = BaseObject::GetInstance(object);
-    BaseObject* clone = Walk::Run([&](Walk& walk) { return original.Clone(walk); });
+    BaseObject* clone = Walk::Run([&](Walk& walk) { return Clone(original, walk); });
     // For an object that is its own clone the result is the handle passed in, deliberately without
     // a reference.
     return clone == &original ? object : BaseObject::Contain(std::unique_ptr<BaseObject>(clone));

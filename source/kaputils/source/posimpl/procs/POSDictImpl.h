@@ -6,8 +6,8 @@
 
 namespace NPOSObjectImpl {
 
-// Registers the interfaces of POSInterfaceSet in its order; false at the first that the binder
-// refuses, and those before it stay registered.
+// Registers the interfaces of POSInterfaceSet in its order. Returns false at the first registration
+// that fails; those before it stay registered.
 bool RegisterPOSDictImpl();
 void UnregisterPOSDictImpl();
 

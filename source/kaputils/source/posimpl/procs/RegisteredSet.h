@@ -10,8 +10,8 @@ namespace NPOSObjectImpl {
 template <class Interface>
 bool RegisterProcs() = delete;
 
-// Registers the interfaces of a TKAPInterfaceSet in its order. Stops and returns false when the
-// binder refuses one; those before it stay registered.
+// Registers the interfaces of a TKAPInterfaceSet in its order. Returns false at the first
+// registration that fails; those before it stay registered.
 template <class Set>
 bool RegisterSet() {
   bool registered = true;

@@ -7,6 +7,7 @@
 #include "kap/KAPSharedBuff.h"
 #include "kap/KAPStream.h"
 #include "kapimpl/base/Finishing.h"
+#include "kapimpl/base/Required.h"
 #include "posimpl/streamer/CharStream.h"
 
 namespace NPOSStreamerImpl::NTypeAImpl {
@@ -53,7 +54,7 @@ class ICharStream final : public CharStream {
 
   KAP_T_MT::CKAPPositionableStream fStream;
   const KAP_T_MT::TKAPSharedBuffer<char> fBuffer{kCapacity};
-  char* const fBytes = fBuffer.Data();
+  char* const fBytes = Required(fBuffer.Data());
   char* fNext = fBytes;
   char* fEnd = fBytes;
   const Finishing fFinishing;

@@ -8,6 +8,7 @@
 #include "kap/KAPSharedBuff.h"
 #include "kap/KAPStream.h"
 #include "kapimpl/base/Finishing.h"
+#include "kapimpl/base/Required.h"
 #include "posimpl/base/BaseObject.h"
 #include "posimpl/base/SortableStringAtom.h"
 #include "posimpl/objects/Dict.h"
@@ -77,7 +78,7 @@ class OCharStream {
 
   KAP_T_MT::CKAPPositionableStream fStream;
   const KAP_T_MT::TKAPSharedBuffer<char> fBuffer{kCapacity};
-  char* const fBytes = fBuffer.Data();
+  char* const fBytes = Required(fBuffer.Data());
   std::size_t fUsed = 0;
   unsigned long fWritten = 0;
   ContainerInUse* fContainer = nullptr;  // the innermost

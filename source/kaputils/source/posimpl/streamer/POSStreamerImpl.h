@@ -9,8 +9,7 @@ namespace NPOSStreamerImpl {
 
 // What the handle of a streamer stands for: documents, which are a version's name, a space and
 // an object in that version's format. Has no state: a stream may release the streamer that uses it.
-// Failures are POSExceptions, or errors of the
-// host.
+// Failures are POSExceptions, or errors of the host.
 class KAPImpl final : public KAP_T_MT::CKAPVirtualClientBase {
  public:
   static constexpr const char* kNotInstance = "instance was not an POSStreamer";
@@ -25,7 +24,7 @@ class KAPImpl final : public KAP_T_MT::CKAPVirtualClientBase {
 // The deletion procedure of streamers; null is ignored.
 void DeletePOSStreamerImpl(void* streamer) noexcept;
 
-// Registers the interfaces of POSStreamerInterfaceSet; false when the binder refuses one.
+// Registers the interfaces of POSStreamerInterfaceSet. Returns false if a registration fails.
 bool RegisterPOSStreamerImpl();
 void UnregisterPOSStreamerImpl();
 

@@ -8,8 +8,9 @@
 //              | "{" type-name length bytes in hexadecimal "}"  |  "$" pointer " "
 //              | "[" value* "]"  |  "<" (key value)* ">"
 //
-// A backslash and three octal digits stand for a byte that cannot be printed, a backslash and a
-// letter for what would end the value. White space may stand before any value.
+// A backslash and three octal digits stand for a byte that cannot be printed. A backslash and a
+// letter stand for a backslash, the closing character and, in strings, line feed, carriage return
+// and tab; StreamParams decides which. White space may precede any value.
 
 #include "posimpl/streamer/TypeAStreamer.h"
 

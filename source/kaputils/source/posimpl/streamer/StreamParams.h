@@ -34,8 +34,8 @@ class StreamParams {
   static constexpr char kPlain = '\0';  // written as it is
   static constexpr char kOctal = '\1';  // written as a backslash and three octal digits
 
-  // `escapes` holds characters and letters by turns. White space that is not escaped is read as a
-  // space, in all of them.
+  // `escapes` alternates: a character, then the letter that is written for it. White space that is
+  // not escaped is read as a space, in all of them.
   constexpr StreamParams(KAP_T_MT::POSType type, char open, char close,
                          std::string_view escapes) noexcept
       : kType(type), kOpen(open), kClose(close) {

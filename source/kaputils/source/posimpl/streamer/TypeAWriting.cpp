@@ -139,12 +139,12 @@ void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
 }
 
 // An array that contains itself would fill half a gigabyte with indentation before the stack ends.
-// So what is nested deeper than usual is looked through before anything of it is written. The
-// levels written so far show how much stack a level takes, and so which depth is out of reach; a
-// quarter is added because the levels to come may take less.
+// So values nested deeper than usual are examined before they are written. The levels written so
+// far show how much stack a level takes, and so which depth is out of reach; a quarter is added
+// because the levels to come may take less.
 //
-// Looking must not take much longer than writing, because only a "Write" can stop it. Where it ends
-// early, what is nested twice as deep is looked through again, for longer if much was written.
+// The examination must not take much longer than writing, because only a "Write" can stop it. Where
+// it ends early, values nested twice as deep are examined again, for longer if much was written.
 void TypeAStreamer::CheckDeep(const OCharStream& out, const BaseObject& object) {
   const unsigned written = LevelsWritten();
   if (!std::has_single_bit(written)) return;

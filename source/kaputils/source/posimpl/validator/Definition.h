@@ -12,29 +12,31 @@ namespace NPOSValidatorImpl {
 
 struct Category;
 
-// The attributes of definitions.
-enum class Attribute : unsigned char {
-  kKeyType,
-  kIllegalChars,
-  kMax,
-  kMaxExcl,
-  kMaxLen,
-  kMemberType,
-  kMin,
-  kMinExcl,
-  kMinLen,
-  kOneOf,
-  kOptional,
-  kRequired,
-  kSet,
-  kValueType
-};
-inline constexpr KeywordName kAttributeNames[] = {
-    &Keywords::KeyType, &Keywords::IllegalChars, &Keywords::Max,      &Keywords::MaxExcl,
-    &Keywords::MaxLen,  &Keywords::MemberType,   &Keywords::Min,      &Keywords::MinExcl,
-    &Keywords::MinLen,  &Keywords::OneOf,        &Keywords::Optional, &Keywords::Required,
-    &Keywords::Set,     &Keywords::ValueType,
-};
+// The attributes of definitions, by the names of their keywords: one list makes the enumerators
+// (kMinLen) and, at the same positions, the keywords.
+#define KAP_ATTRIBUTES(X) \
+  X(KeyType)              \
+  X(IllegalChars)         \
+  X(Max)                  \
+  X(MaxExcl)              \
+  X(MaxLen)               \
+  X(MemberType)           \
+  X(Min)                  \
+  X(MinExcl)              \
+  X(MinLen)               \
+  X(OneOf)                \
+  X(Optional)             \
+  X(Required)             \
+  X(Set)                  \
+  X(ValueType)
+
+#define KAP_ATTRIBUTE(keyword) k##keyword,
+enum class Attribute : unsigned char { KAP_ATTRIBUTES(KAP_ATTRIBUTE) };
+#undef KAP_ATTRIBUTE
+
+#define KAP_ATTRIBUTE(keyword) &Keywords::keyword,
+inline constexpr KeywordName kAttributeNames[] = {KAP_ATTRIBUTES(KAP_ATTRIBUTE)};
+#undef KAP_ATTRIBUTE
 
 // The definition of a type. What the attributes hold is read where it is needed and never ahead of
 // it: an error in a definition is an error of the check that meets it. An absent attribute is null;

@@ -3,8 +3,8 @@
 
 namespace NPOSValidatorImpl {
 
-// Registers the interfaces of POSValidatorInterfaceSet in its order; false at the first that the
-// binder refuses, and the one before it stays registered.
+// Registers the interfaces of POSValidatorInterfaceSet in its order. Returns false at the first
+// registration that fails; those before it stay registered.
 bool RegisterPOSValidatorImpl();
 void UnregisterPOSValidatorImpl();
 

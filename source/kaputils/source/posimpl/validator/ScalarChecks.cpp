@@ -18,7 +18,7 @@ struct Bound {
   const char* fMessage;
 };
 
-// "mininum" is deliberate: hosts compare messages.
+// "mininum" is deliberate: programs compare messages.
 constexpr Bound kBounds[] = {
     {Attribute::kMin, [](double bound, double value) { return bound > value; },
      "Number below mininum value %f"},
