@@ -41,7 +41,8 @@ class Documents {
 
   // Reads the next document. Returns an empty object after the last one; with Extent::kOne the
   // first call never does.
-  // Throws Failure. The caller checks the reports of the library.
+  // Throws Failure; after an UnheldValue or a LossFailure, the next call goes on. The caller checks
+  // the reports of the library.
   virtual KAP_T_MT::CPOSObject Next() = 0;
 
   // Prints the warnings about the documents so far, if they wait for the last one.

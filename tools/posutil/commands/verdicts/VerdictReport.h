@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "base/SyntaxError.h"
 #include "commands/declarations/Options.h"
 #include "commands/verdicts/Schema.h"
 #include "commands/verdicts/VerdictPrinter.h"
@@ -60,7 +61,7 @@ class VerdictReport {
       fSession.ComplainPlainly(error.what());
       CountUnchecked(name, error.what());
       // An input is of no use after another error in it.
-      return dynamic_cast<const LossFailure*>(&error);
+      return dynamic_cast<const LossFailure*>(&error) || dynamic_cast<const UnheldValue*>(&error);
     } catch (const Failure& failure) {
       fSession.Complain(failure.what());
       CountUnchecked(name, failure.what());

@@ -36,6 +36,7 @@ class JsonDocuments final : public DocumentSequence {
 
   KAP_T_MT::CPOSObject Next() override {
     try {
+      if (std::exchange(fMustSkip, false)) fScanner.SkipDocument();
       KAP_T_MT::CPOSObject object = DocumentSequence::Next();
       // With several documents, warnings wait for the last one, but an error keeps this one from
       // being written.
@@ -43,7 +44,8 @@ class JsonDocuments final : public DocumentSequence {
         ReportLosses();
       }
       return object;
-    } catch (const Failure&) {
+    } catch (const Failure& failure) {
+      fMustSkip = dynamic_cast<const UnheldValue*>(&failure);
       // The documents before are written. With an error for each loss, the failure may be one.
       if (kExtent == Extent::kAll && fSession.Loss() != LossMode::kError) ReportLosses();
       throw;
@@ -73,6 +75,7 @@ class JsonDocuments final : public DocumentSequence {
   JsonBuilder fBuilder;
   Losses fLosses;
   JsonScanner fScanner;
+  bool fMustSkip = false;
 };
 
 class JsonReader final : public Reader {

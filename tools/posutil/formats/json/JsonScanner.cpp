@@ -106,6 +106,30 @@ void JsonScanner::ReadDocument() {
   }
 }
 
+void JsonScanner::SkipDocument() {
+  fBuilder.Drop();
+  while (!fIsObject.empty()) {
+    if (!SkipSpace()) FailExpecting("the end of the document");
+    fToken = fNext;
+    switch (*fNext) {
+      case '"':
+        ScanString();
+        continue;
+      case '[':
+      case '{':
+        fIsObject.push_back(false);
+        break;
+      case ']':
+      case '}':
+        fIsObject.pop_back();
+        break;
+      default:
+        break;
+    }
+    ++fNext;
+  }
+}
+
 void JsonScanner::ReadValues() {
   bool isFirst = ReadValue(kValue);
   while (!fIsObject.empty()) {
