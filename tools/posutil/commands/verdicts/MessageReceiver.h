@@ -53,9 +53,10 @@ class MessageReceiver {
       fUnion = at == std::string::npos ? "" : fMessages.back().substr(0, at + kUnion.size());
     }
     if (fUnion->empty() || !message.starts_with(*fUnion)) return false;
+    if (fExtra == fLimit) return true;
     const std::size_t alternative = message.find(": ", message.rfind(kUnion) + kUnion.size());
     std::size_t& count = fCounts[std::string(message.substr(0, alternative))];
-    if (count++ < kMostInAlternative && fExtra < fLimit) {
+    if (count++ < kMostInAlternative) {
       fMessages.emplace_back(message);
       ++fExtra;
     }
@@ -64,6 +65,7 @@ class MessageReceiver {
 
   static constexpr std::string_view kUnion = "Not a valid union type: ";
   static constexpr std::size_t kMostInAlternative = 1000;
+
   static inline thread_local MessageReceiver* gCurrent = nullptr;
 
   const std::size_t fLimit;

@@ -8,8 +8,7 @@ namespace PosUtil {
 
 class StreamOutput::Client final : public KAP_T_MT::KAPClientPositionableStream {
  public:
-  Client(Output& out, SavedException& saved)
-      : fOut(out), fBegin(out.Position()), fSaved(saved) {}
+  Client(Output& out, SavedException& saved) : fOut(out), fBegin(out.Position()), fSaved(saved) {}
 
   void Write(const unsigned char* buffer, std::size_t size) override {
     fSaved.Save([&] {
