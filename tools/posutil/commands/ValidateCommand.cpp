@@ -59,6 +59,20 @@ class ValidateCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
+    bool isReady = false;
+    try {
+      return CheckAll(session, isReady);
+    } catch (const Failure& failure) {
+      if (!isReady) fResults.PrintFailure(failure.what(), session);
+      throw;
+    }
+  }
+
+ private:
+  using Files = std::vector<FilesArgument::Found>;
+
+  // Sets `isReady` when only the documents are left.
+  ExitStatus CheckAll(Session& session, bool& isReady) {
     fDocuments.SetLoss(session);
     const Reader& schemaFormat = FormatOfInput(fSchemaFormat, fSchema, "--schema-from");
     const Files files = fDocuments.Expand(fSchema);
@@ -71,6 +85,7 @@ class ValidateCommand final : public Command {
     const Schema schema(schemaObject, InputName(fSchema), schemaPlaces, session.TheLibrary());
     if (!fTrustsSchema) schema.RequireItself(fResults.MaxMessages());
     schema.RequireType(fType);
+    isReady = true;
 
     if (Jobs(files) > 1) return CheckInParallel(files, schema, session);
     VerdictReport report(fResults, session);
@@ -81,9 +96,6 @@ class ValidateCommand final : public Command {
     }
     return report.Finish();
   }
-
- private:
-  using Files = std::vector<FilesArgument::Found>;
 
   std::size_t Jobs(const Files& files) const {
     constexpr std::size_t kMost = 256;

@@ -87,6 +87,12 @@ class JsonPrinter final : public VerdictPrinter {
     fOut.Put('}');
   }
 
+  void PrintFailure(const std::string& reason) override {
+    fOut.Put("{\"files\":[]");
+    PutMember("error", reason);
+    fOut.Put("}\n");
+  }
+
   void End(const VerdictCounts& counts) override {
     fOut.Put("\n]");
     PutCount("valid", counts.fValid);

@@ -17,6 +17,11 @@ std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Session& session) con
   return fIsQuiet ? nullptr : VerdictPrinter::New(fForm, session.OutStyle(), session.Out());
 }
 
+void VerdictOptions::PrintFailure(const std::string& reason, Session& session) const {
+  if (const auto printer = NewPrinter(session)) printer->PrintFailure(reason);
+  session.Out().Flush();
+}
+
 CheckOptions VerdictOptions::Check() const {
   return {fIsQuiet ? Messages::kUnwanted : Messages::kWanted,
           fShowsAllBranches ? Branches::kAll : Branches::kClosest, MaxMessages()};

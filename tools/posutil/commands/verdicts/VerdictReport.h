@@ -30,6 +30,8 @@ class VerdictOptions {
   std::size_t MaxMessages() const { return fMaxErrors == 0 ? SIZE_MAX : fMaxErrors; }
   // Null with --quiet.
   std::unique_ptr<VerdictPrinter> NewPrinter(Session& session) const;
+  // Prints that nothing can be checked, where the form has a place for it.
+  void PrintFailure(const std::string& reason, Session& session) const;
 
  private:
   std::string fForm = VerdictPrinter::kText;
