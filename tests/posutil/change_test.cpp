@@ -413,6 +413,16 @@ TEST(PatchTest, TheExamplesOfTheRfc) {
   }
 }
 
+// The library's own copy would use up the stack.
+TEST(PatchTest, CopiesWhatNestsDeep) {
+  const Folder folder;
+  const std::string patch = folder.Put(
+      "p.json", R"([{"op":"copy","from":"/a","path":"/b"},{"op":"add","path":"/b/0","value":1}])");
+  const std::string inner = std::string(200'000, '[') + std::string(200'000, ']');
+  EXPECT_TRUE(Change("patch", "json", "{\"a\":[" + inner + "]}", {"--compact", patch}) ==
+              (Outcome{0, "{\"a\":[" + inner + "],\"b\":[1," + inner + "]}\n", ""}));
+}
+
 TEST(PatchTest, InsertsIntoALongArrayTakeLittleTime) {
   std::string array = "[0";
   for (int i = 1; i < 20000; ++i) array += ",0";

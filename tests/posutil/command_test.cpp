@@ -90,6 +90,9 @@ TEST(UsageTest, WrongUsage) {
       {{"check-schema", "--max-errors", "x", "a"},
        "--max-errors: \"x\" is not a number",
        "check-schema "},
+      {{"check-schema", "--max-errors", "-1", "a"},
+       "--max-errors: \"-1\" is below 0",
+       "check-schema "},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::PrintToString(row.arguments));
@@ -135,6 +138,8 @@ TEST(VersionTest, DecodesTheLibrarysNumber) {
 TEST(InputTest, Unreadable) {
   EXPECT_EQ(RunPosutil({"print", "/nowhere/a\n.json"}),
             (Outcome{3, "", "posutil: /nowhere/a\\x0a.json: No such file or directory\n"}));
+  EXPECT_EQ(RunPosutil({"get", "--from", "json", "[nowhere]", "a"}),
+            (Outcome{3, "", "posutil: [nowhere]: No such file or directory\n"}));
   EXPECT_EQ(RunPosutil({"print", "--from", "json", "/"}),
             (Outcome{3, "", "posutil: /: Is a directory\n"}));
 }

@@ -42,6 +42,11 @@ TEST(ConvertTest, AFileThatReplacesItselfLosesNothing) {
   EXPECT_EQ(refused.fStatus, 3);
   EXPECT_EQ(FirstMessage(refused), file + ":1:6: true is read as the string \"true\"");
   EXPECT_EQ(folder.Content("a.json"), "{\"a\":true}");
+  EXPECT_EQ(RunPosutil({"convert", "--from=json", "-", file}, "",
+                       {.fPrefix = {"sh", "-c", "exec \"$0\" \"$@\" < " + file}})
+                .fStatus,
+            3);
+  EXPECT_EQ(folder.Content("a.json"), "{\"a\":true}");
   EXPECT_EQ(RunPosutil({"convert", "--loss=keep", file, file}), (Outcome{0, "", ""}));
   EXPECT_EQ(folder.Content("a.json"), "{\n  \"a\": true\n}\n");
   EXPECT_EQ(RunPosutil({"convert", "--loss=warn", file, file}).fStatus, 0);
@@ -61,7 +66,7 @@ TEST(ConvertTest, WrongUsageTouchesNothing) {
     SCOPED_TRACE(testing::PrintToString(row));
     std::vector<std::string> arguments = {"convert"};
     arguments.insert(arguments.end(), row.begin(), row.end());
-    EXPECT_EQ(RunPosutil(arguments).fStatus, 2);
+    EXPECT_EQ(RunPosutil(arguments, "%").fStatus, 2);
   }
   EXPECT_EQ(folder.Names(), (Names{"in.json"}));
 }

@@ -71,7 +71,7 @@ TEST(EncodingTest, SurrogatesInJson) {
       {R"("\udc00")", half},
       {R"("\u12")", hex},
       {R"("\u12G4")", hex},
-      {R"("a\u)", "3" + hex.substr(1)},
+      {R"("a\u)", "5: unexpected end of input in a string"},
       {R"("\)", "3: unexpected end of input in a string"},
   };
   for (const auto& [in, err] : rows) {

@@ -25,6 +25,8 @@ struct Fault {
   std::string fAction;
 };
 
+const char kChanged[] = "[\n  2\n]\n";  // by set
+
 // A conversion of a small document to an existing file, with a fault.
 class FaultTest : public testing::Test {
  protected:
@@ -170,12 +172,12 @@ TEST_F(FaultTest, KilledWhileItsChildWorks) {
   }
 }
 
-// The same for the child that gives the old file the name of an older one.
+// The same where the old file gets the name of an older one.
 TEST_F(FaultTest, KilledWhileItsChildKeepsTheOldFile) {
   const std::string out = fFolder.Path("out.json");
-  for (const Fault& fault : {Fault{"link", 2, 1, "orphan"}, Fault{"rename", 1, 1, "orphan"}}) {
+  for (const Fault& fault : {Fault{"link", 2, 1, "orphan"}, Fault{"rename", 1, 1, "orphan"},
+                             Fault{"rename", 2, 1, "orphan"}}) {
     SCOPED_TRACE(fault.fCall);
-    std::filesystem::remove(out + ".old");  // by now another name of the same file
     fFolder.Put("out.json", kOld);
     fFolder.Put("out.json.old", "older");
     std::filesystem::remove(fMarks.Path("fired"));
@@ -187,8 +189,31 @@ TEST_F(FaultTest, KilledWhileItsChildKeepsTheOldFile) {
     while (fFolder.Content("out.json.old") != kOld) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    EXPECT_EQ(fFolder.Content("out.json"), kOld);
+    EXPECT_EQ(fFolder.Content("out.json"), kChanged);
     EXPECT_EQ(fFolder.Names(), (Names{"in.json", "out.json", "out.json.old"}));
+  }
+}
+
+// A failure leaves the file and its older copy; only a file system without links is none.
+TEST_F(FaultTest, KeepsTheOldFileOnlyIfTheNewOneIsThere) {
+  const std::string out = fFolder.Path("out.json");
+  for (const bool isNamed : {false, true}) {
+    for (const Fault& fault : {Fault{"rename", 1, 1, "13"}, Fault{"rename", 2, 1, "13"},
+                               Fault{"fork", 1, 1, "11"}, Fault{"link", 1, 1, "95"}}) {
+      SCOPED_TRACE(fault.fCall + std::to_string(fault.fFirst) + (isNamed ? " named" : ""));
+      fFolder.Put("out.json", kOld);
+      fFolder.Put("out.json.old", "older");
+      std::filesystem::remove(fMarks.Path("fired"));
+      const int status = RunPosutil({"set", "--in-place=.old", out, "[0]", "2"}, "",
+                                    With(fault, fMarks.Path("fired"), isNamed))
+                             .fStatus;
+      ASSERT_TRUE(HasFired());
+      const bool isDone = fault.fCall != std::string("rename");
+      EXPECT_EQ(status, isDone ? 0 : 3);
+      EXPECT_EQ(fFolder.Content("out.json"), isDone ? kChanged : kOld);
+      EXPECT_EQ(fFolder.Content("out.json.old"), isDone ? kOld : "older");
+      EXPECT_EQ(fFolder.Names(), (Names{"in.json", "out.json", "out.json.old"}));
+    }
   }
 }
 

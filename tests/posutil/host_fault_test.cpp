@@ -52,7 +52,8 @@ int RunHere(Command& command, const std::vector<std::string>& arguments, const F
   int status = kExitFailure;
   try {
     CLI::App program;
-    command.Declare(*program.add_subcommand(command.kName));
+    Options options(*program.add_subcommand(command.kName));
+    command.Declare(options);
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     reversed.emplace_back(command.kName);
     program.parse(reversed);

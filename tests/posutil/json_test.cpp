@@ -133,6 +133,10 @@ TEST(JsonTest, Losses) {
                      errors + "Use --loss=warn to accept this, --loss=keep to keep the "
                               "values.\n"}));
   EXPECT_EQ(Lines("[1]", {"--loss=error"}), (Outcome{0, "[1]\n", ""}));
+  // Subnormal numbers have few digits, or one.
+  EXPECT_EQ(Lines("[5e-324,4.94e-324,1e-310,7e-324,1.2345e-320]"),
+            (Outcome{0, "[5e-324,5e-324,1e-310,5e-324,1.2347e-320]\n",
+                     "<stdin>:1:26: warning: the number 7e-324 is read as 5e-324 (1 more)\n"}));
   // A member that null has removed is gone, whatever follows it.
   EXPECT_EQ(Lines(R"({"a":1,"a":null,"b":1,"c":null,"c":2,"d":null,"e":3})").fOut,
             "{\"b\":1,\"c\":2,\"e\":3}\n");
@@ -187,6 +191,8 @@ TEST(JsonTest, KeepsWhatObjectsDoNotHave) {
   EXPECT_EQ(RunPosutil({"get", "--loss=keep", "--from", "json", "--to", "text", "-", "a"},
                        R"({"a":[true,{"$json":"true"}]})"),
             (Outcome{0, "[< ($json) true > < ($json) < ($json) true > >]\n", ""}));
+  EXPECT_EQ(Convert(R"([{"$json":"true"}])", "json", {"--loss=keep"}).fOut,
+            "[\n  {\n    \"$json\": \"true\"\n  }\n]\n");
   EXPECT_EQ(Lines(R"([{"a":1,"b":2,"a":3}])", {"--loss=keep"}),
             (Outcome{3, "",
                      "<stdin>:1:15: the key \"a\" is repeated, and --loss=keep cannot keep both "
@@ -277,16 +283,20 @@ TEST(JsonTest, SyntaxErrorsShowTheirPlace) {
        "1:6: unexpected number; expected ':' (at a)\n  {\"a\" 1}\n       ^\n"},
       {"the wrong bracket", "[1}",
        "1:3: unexpected '}'; expected ',' or ']' (at [1])\n  [1}\n    ^\n"},
-      {"a leading zero", "[01]",
-       "1:3: unexpected number; expected ',' or ']' (at [1])\n  [01]\n    ^\n"},
+      {"a leading zero", "[01]", "1:2: malformed number (at [0])\n  [01]\n   ^\n"},
+      {"not two documents", "1.5-3", "1:1: malformed number\n  1.5-3\n  ^\n"},
       {"digits missing", "[1.e1]", "1:2: malformed number (at [0])\n  [1.e1]\n   ^\n"},
-      {"an unfinished number", "-", "1:1: unexpected end of input in a number\n  -\n  ^\n"},
+      {"an unfinished number", "-", "1:2: unexpected end of input in a number\n  -\n   ^\n"},
       {"an unfinished string", "[\"a",
        "1:4: unexpected end of input in a string (at [0])\n"
        "  [\"a\n     ^\n"},
       {"a line end in a string", "[\"a\n\"]",
        "1:4: a control character in a string; write it as an escape such as \\u000a (at [0])\n"
        "  [\"a\n     ^\n"},
+      {"an unfinished escape", "\"a\\u12",
+       "1:7: unexpected end of input in a string\n  \"a\\u12\n        ^\n"},
+      {"a byte order mark", "\xEF\xBB\xBF{\"a\":tru}",
+       "1:6: unexpected 'tru'; expected a value (at a)\n  {\"a\":tru}\n       ^\n"},
       {"an unknown escape", "\"\\q\"", "1:2: unknown escape in a string\n  \"\\q\"\n   ^\n"},
       {"too few digits", "\"\\u12\"",
        "1:2: expected four hexadecimal digits after \\u\n  \"\\u12\"\n   ^\n"},

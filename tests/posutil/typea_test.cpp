@@ -34,6 +34,7 @@ TEST(TypeATest, RoundTripsEveryKind) {
   EXPECT_EQ(Print(typeA.fOut, "typea"), (Outcome{0, typeA.fOut + "\n", ""}));
   EXPECT_EQ(Print(kTag + "[#1 \"x\"] \t\r\n\n", "tree"),
             (Outcome{0, "array of 2\n[0]: 1\n[1]: \"x\"\n", ""}));
+  EXPECT_EQ(Print("\n " + kTag + "#5 "), (Outcome{0, "5\n", ""}));
 }
 
 TEST(TypeATest, ErrorsShowTheirPlace) {
@@ -44,17 +45,22 @@ TEST(TypeATest, ErrorsShowTheirPlace) {
       {"", "1:1: the document ends inside the version name (after 0 bytes)\n  \n  ^\n"},
       {" \n", "1:1: the document ends inside"},
       {"POSStreamerTypeA_Version2.0 #1 ",
-       "1:28: a document must start with POSStreamerTypeA_Version1.0 and a space (after 28 bytes)\n"
-       "  POSStreamerTypeA_Version2.0 #1 \n                             ^\n"},
+       "1:1: a document must start with POSStreamerTypeA_Version1.0 and a space (after 28 bytes)\n"
+       "  POSStreamerTypeA_Version2.0 #1...\n  ^\n"},
       {kTag + "?", "1:29: no value starts with this character (after 29 bytes)\n"},
       {kTag + "[\n\t#1 \n\t%]", "3:2: no value starts with this character (after 37 bytes)\n"},
       {kTag + "\"é\\q\"", "1:31: unknown escape sequence (after 33 bytes)\n"},
       {kTag + "{\"a\" #2 00}", "1:39: binary data is shorter than its declared length"},
       {kTag + "{\"a\" #1 000}", "1:39: binary data is longer than its declared length"},
-      {kTag + "{#1 }", "1:32: expected a string"},
+      {kTag + "{#1 }", "1:30: expected a string"},
+      {kTag + "< `0041` #2 >", "1:31: expected a string"},
+      {kTag + "`0041zz`", "1:29: malformed Unicode string"},
+      {kTag + "[ #1#2 ]", "1:31: malformed number"},
       {kTag + "<\"a\">", "1:33: key without a value"},
       {kTag + "$0x1 ", "1:29: cannot read a raw pointer"},
-      {kTag + std::string(1, '\0'), "1:29: a zero character instead of a value"},
+      {kTag + std::string(1, '\0'), "1:29: a zero character, which ends a text"},
+      {kTag + "[\"\\\\000\" \"a\\400b\"]", "1:40: a zero character, which ends a text"},
+      {kTag + "[\"" + std::string(65'503, 'x') + "\\000\"]", "1:65534: a zero character"},
       {kTag + "#1,5 ", "1:29: malformed number"},
       {kTag + "#1 \n#2 ", "2:1: unexpected text after the document (see --all)\n  #2 \n  ^\n"},
       {kTag + "\"" + std::string(300000, 'x') + "\n\n" + std::string(70000, 'y') + "\\q",
@@ -148,6 +154,45 @@ TEST(AllTest, JsonWithAnySpaceBetweenDocuments) {
       (Outcome{1, "1\nx\n", "posutil: <stdin>, document 2: no value at \"a\"\n"}));
 }
 
+// Whatever the sizes of the buffers.
+TEST(AllTest, DocumentsBeforeAFailureAreWhole) {
+  std::string strings;
+  for (int i = 0; i < 9; ++i) strings += '"' + std::string(20'000, 'x') + "\"\n";
+  const struct {
+    const char* why;
+    std::vector<std::string> arguments;
+    std::string in;
+    std::string out;
+    std::string err;
+  } rows[] = {
+      {"a syntax error", {"print", "--to=json", "-"}, "1\n2\n[tru]", "1\n2\n", "<stdin>:3:2: "},
+      {"long documents", {"print", "--to=json", "-"}, strings + "x", strings, "<stdin>:10:1: "},
+      {"a long document that is not whole",
+       {"print", "--to=text", "-"},
+       "1\n[" + std::string(200'000, '1') + "e-200000,null]",
+       "1\n",
+       "<stdin>:2:2: warning: "},
+      {"a value that the writer cannot hold",
+       {"print", "--to=text", "-"},
+       "[true]\n[null]",
+       "[true]\n",
+       "<stdin>:1:2: warning: true is read as the string \"true\"\n<stdin>:2:2: [0]: "},
+      {"get", {"get", "-", "[0]"}, "[1][2]x", "1\n2\n", "<stdin>:1:7: "},
+      {"paths", {"paths", "-"}, "[1][2]x", "1: [0] = 1\n2: [0] = 2\n", "<stdin>:1:7: "},
+      {"no documents", {"get", "-", "[0]"}, " \n", "", ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.why);
+    std::vector<std::string> arguments = row.arguments;
+    arguments.emplace_back("--all");
+    if (!row.out.empty()) arguments.emplace_back("--from=json");
+    const Outcome outcome = RunPosutil(arguments, row.in);
+    EXPECT_EQ(outcome.fStatus, row.err.empty() ? 0 : 3);
+    EXPECT_EQ(outcome.fOut, row.out);
+    EXPECT_TRUE(outcome.fErr.starts_with(row.err)) << outcome.fErr;
+  }
+}
+
 // Endless input: the reader gets each document at once and may leave.
 TEST(AllTest, DocumentsFlow) {
   int in[2];
@@ -177,7 +222,7 @@ TEST(AllTest, ErrorsNameTheirPlace) {
             "<stdin>:2:29: the document: text notation cannot hold binary data");
   const Outcome second =
       RunPosutil({"print", "--all", "--from", "typea", "-"}, kTag + "#1 \n\nx y");
-  EXPECT_EQ(second.fErr.rfind("<stdin>:3:2: a document must start with", 0), 0U) << second.fErr;
+  EXPECT_EQ(second.fErr.rfind("<stdin>:3:1: a document must start with", 0), 0U) << second.fErr;
   EXPECT_EQ(FirstMessage(RunPosutil({"print", "--all", "--from", "json", "-"}, "[1]\n[2]\n\n [3")),
             "<stdin>:4:4: unexpected end of input; expected ',' or ']' (at [1])");
   const Folder folder;

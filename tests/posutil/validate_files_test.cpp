@@ -122,17 +122,18 @@ TEST_F(ValidateFilesTest, ProcessesThatAreKilled) {
   const std::string out = fFolder.Put("out", "");
   const int to = ::open(out.c_str(), O_RDWR | O_CLOEXEC);
   const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-  const Running running({"validate", "--schema", fFolder.Path("in/schema.txt"), "--type", "P",
-                         "--jobs", "2", pipes[0], pipes[1], fFolder.Path("in/a.json"),
-                         fFolder.Path("in/a.json"), fFolder.Path("in/a.json")},
-                        {null, to, to});
+  std::vector<std::string> arguments = {"validate", "--schema", fFolder.Path("in/schema.txt"),
+                                        "--type",   "P",        "--jobs",
+                                        "2",        pipes[0],   pipes[1]};
+  arguments.insert(arguments.end(), 600, fFolder.Path("in/a.json"));
+  const Running running(arguments, {null, to, to});
   const int writers[] = {OpenToWrite(pipes[0]), OpenToWrite(pipes[1])};
   for (const pid_t child : Children(running.Process())) ::kill(child, SIGKILL);
   EXPECT_EQ(WEXITSTATUS(running.Wait()), 3);
   const std::string ended = ": the process that checked it has ended\n";
   EXPECT_EQ(fFolder.Content("out"),
             "posutil: " + pipes[0] + ended + "posutil: " + pipes[1] + ended +
-                "3 files checked: 3 valid, 0 not valid, 0 messages; 2 files not checked\n");
+                "600 files checked: 600 valid, 0 not valid, 0 messages; 2 files not checked\n");
   for (const int descriptor : {to, null, writers[0], writers[1]}) ::close(descriptor);
 }
 
@@ -148,6 +149,28 @@ TEST_F(ValidateFilesTest, TraceOfWorkers) {
     EXPECT_TRUE(trace.starts_with("[\n{\"name\": "));
     EXPECT_EQ(trace.find("\n]\n"), trace.size() - 3);
   }
+}
+
+// The results of the other files wait for it, and the other process waits before there are many.
+TEST_F(ValidateFilesTest, ASlowFirstFile) {
+  const std::string pipe = fFolder.Path("slow.json");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  const std::string out = fFolder.Put("out", "");
+  const int to = ::open(out.c_str(), O_RDWR | O_CLOEXEC);
+  std::vector<std::string> arguments = {
+      "validate", "--schema", fFolder.Path("in/schema.txt"), "--type", "P", "--jobs", "2", pipe};
+  arguments.insert(arguments.end(), 600, fFolder.Path("in/b/wrong.txt"));
+  const Running running(arguments, {null, to, to});
+  const int writer = OpenToWrite(pipe);
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EQ(::write(writer, "{}", 2), 2);
+  ::close(writer);
+  EXPECT_EQ(WEXITSTATUS(running.Wait()), 1);
+  const std::string content = fFolder.Content("out");
+  EXPECT_TRUE(content.starts_with(pipe + ":1:1: Missing required member name\n")) << content;
+  EXPECT_TRUE(content.ends_with("601 files checked: 0 valid, 601 not valid, 1201 messages\n"));
+  for (const int descriptor : {to, null}) ::close(descriptor);
 }
 
 TEST_F(ValidateFilesTest, TheReaderLeaves) {

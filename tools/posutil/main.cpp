@@ -41,23 +41,28 @@ void DeclareColour(CLI::App& options, Session& session) {
 void DeclareAll(CLI::App& options, Session& session) {
   options.require_subcommand(1);
   options.set_help_flag("--help,-h", "Prints this help");
-  MarkFile(options.add_option("--library", session.LibraryPath(),
-                              "Path of libKAPUtils.so; default: the installed one, then ../lib"))
-      ->option_text("FILE");
-  MarkFile(options.add_option(
-               "--trace", session.TracePath(),
-               "Writes the calls between host and library to FILE; a timeline if it ends in .json"))
-      ->option_text("FILE");
+  Options common(options);
+  common
+      .Text("--library", session.LibraryPath(),
+            "Path of libKAPUtils.so; default: the installed one, then ../lib")
+      .File()
+      .ShownAs("FILE");
+  common
+      .Text("--trace", session.TracePath(),
+            "Writes the calls between host and library to FILE; a timeline if it ends in .json")
+      .File()
+      .ShownAs("FILE");
   DeclareColour(options, session);
   options.set_version_flag("--version", ProgramVersion(), "Prints the version of the program");
-  options.footer(
+  common.Footer(
       "posutil COMMAND --help describes a command.\n\n"
       "Exit status: 0 success, 1 a negative result, 2 wrong usage, 3 unreadable or malformed\n"
       "input, lost output, or a report of the library.");
   for (Command* command : Command::All()) {
     CLI::App* const own = options.add_subcommand(command->kName, command->kDescription);
     own->fallthrough();
-    command->Declare(*own);
+    Options declared(*own);
+    command->Declare(declared);
   }
 }
 

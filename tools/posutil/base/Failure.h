@@ -31,6 +31,12 @@ class PlacedFailure : public Failure {
   using Failure::Failure;
 };
 
+// A document that was read, but has lost something: the next one can be read.
+class LossFailure : public PlacedFailure {
+ public:
+  using PlacedFailure::PlacedFailure;
+};
+
 // The reader of the output has left: the program ends as if the signal of a closed pipe had killed
 // it. Not a Failure, deliberately: a command that goes on after a failure must not go on after
 // this.

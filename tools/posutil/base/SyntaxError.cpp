@@ -41,8 +41,11 @@ class Widths {
 
   // In columns of a terminal. A system without this locale counts each character as one.
   std::size_t Of(unsigned int code) const {
-    return fLocale ? static_cast<std::size_t>(std::max(::wcwidth(static_cast<wchar_t>(code)), 0))
-                   : 1;
+    if (!fLocale) return 1;
+    const int width = ::wcwidth(static_cast<wchar_t>(code));
+    if (width >= 0) return static_cast<std::size_t>(width);
+    // Newer than the system: emoji are wide.
+    return code >= 0x1F300 && code <= 0x1FAFF ? 2 : 1;
   }
 
  private:

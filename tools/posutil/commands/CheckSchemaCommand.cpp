@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <optional>
 
 #include "commands/Command.h"
@@ -16,10 +15,10 @@ class CheckSchemaCommand final : public Command {
  public:
   CheckSchemaCommand() : Command(11, "check-schema", "Checks schemas") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fSchemas.Declare(options, "SCHEMA");
     fResults.Declare(options);
-    options.footer(
+    options.Footer(
         "Each message starts with the place of the fault, SCHEMA:LINE:COLUMN. Exit status: 0 if\n"
         "all schemas are valid, 1 if one is not valid, 3 if one cannot be read or checked. An\n"
         "error does not stop the check of the other schemas.\n\n"

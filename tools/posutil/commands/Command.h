@@ -6,11 +6,8 @@
 
 #include "base/Failure.h"
 #include "base/Registered.h"
+#include "commands/declarations/Options.h"
 #include "program/Session.h"
-
-namespace CLI {
-class App;
-}
 
 namespace PosUtil {
 
@@ -21,7 +18,7 @@ class Command : public Registered<Command> {
       : Registered(order), kName(name), kDescription(description) {}
 
   // Declares the options and arguments, and the rest of the help text.
-  virtual void Declare(CLI::App& options) = 0;
+  virtual void Declare(Options& options) = 0;
   // May change the arguments of the program before the parser sees them. The program's name is not
   // among them.
   virtual void Prepare(std::vector<std::string>& /*arguments*/) const {}

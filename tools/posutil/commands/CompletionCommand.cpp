@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
@@ -20,15 +19,12 @@ class CompletionCommand final : public Command {
   CompletionCommand()
       : Command(91, "completion", "Prints a script that completes arguments in a shell") {}
 
-  void Declare(CLI::App& options) override {
-    fProgram = options.get_parent();
+  void Declare(Options& options) override {
+    fProgram = &options.Program();
     std::vector<std::string> shells;
     for (const auto& [name, script] : kShells) shells.emplace_back(name);
-    options.add_option("SHELL", fShell, "The shell")
-        ->required()
-        ->check(CLI::IsMember(shells))
-        ->option_text(Joined(shells, "|"));
-    options.footer(
+    options.Argument("SHELL", fShell, "The shell").OneOf(shells);
+    options.Footer(
         "An installed posutil has brought the scripts along. Without an installation, let the\n"
         "shell read one when it starts; zsh after compinit.\n\n"
         "Examples:\n"

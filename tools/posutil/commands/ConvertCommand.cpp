@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <optional>
 
 #include "commands/Command.h"
-#include "commands/declarations/Declarations.h"
 #include "commands/documents/DocumentArgument.h"
 #include "files/Destination.h"
 
@@ -15,15 +13,13 @@ class ConvertCommand final : public Command {
  public:
   ConvertCommand() : Command(4, "convert", "Converts a document to another format") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fDocuments.Declare(options, "IN");
-    MarkFile(options.add_option("OUT", fFile, "The file to write, - for standard output"))
-        ->required()
-        ->option_text(" ");
+    options.Argument("OUT", fFile, "The file to write, - for standard output").File();
     DeclareToOfFile(options, fFormat, "Format of OUT; default: by its ending");
     fDocuments.DeclareAll(options);
     fDocuments.DeclareLayout(options);
-    options.footer(
+    options.Footer(
         "A complete new file replaces OUT; a failure or an interruption leaves OUT unchanged. IN\n"
         "and OUT may be the same file. A value that the format of OUT cannot hold is an error;\n"
         "the message has the path to it.\n"

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iterator>
 #include <string>
@@ -12,8 +11,8 @@
 #include "base/Utf.h"
 #include "base/ValueError.h"
 #include "commands/Command.h"
+#include "commands/declarations/LiteralArguments.h"
 #include "commands/documents/DocumentArgument.h"
-#include "commands/documents/LiteralArguments.h"
 #include "commands/values/Slot.h"
 #include "commands/values/Values.h"
 
@@ -27,21 +26,17 @@ class GetCommand final : public Command {
  public:
   GetCommand() : Command(2, "get", "Prints the values at paths of a document") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fDocument.Declare(options);
     fDocument.DeclareAll(options);
-    options.add_option("PATH", fPaths, "Keys and indices, as in a.b[2].c or /a/b/2/c")
-        ->required()
-        ->option_text("...");
+    options.Arguments("PATH", fPaths, "Keys and indices, as in a.b[2].c or /a/b/2/c");
     DeclareTo(options, fFormat, "Format of the values");
-    options.add_option("--type", fType, "Fails unless every value is of this kind")
-        ->check(CLI::IsMember(TypeNames()))
-        ->option_text(CLI::detail::join(TypeNames(), "|"));
+    options.Text("--type", fType, "Fails unless every value is of this kind").OneOf(TypeNames());
     fDefaultOption =
-        options.add_option("--default", fDefault, "Printed in place of a value that is missing")
-            ->option_text("TEXT");
-    options.add_flag("-0", fEndsWithZero, "Ends each value with a zero byte, not a line end");
-    options.footer(
+        options.Text("--default", fDefault, "Printed in place of a value that is missing")
+            .ShownAs("TEXT");
+    options.Flag("-0", fEndsWithZero, "Ends each value with a zero byte, not a line end");
+    options.Footer(
         "Prints each value on a line of its own. Without --to, numbers and strings appear as\n"
         "they are, other values as JSON. With --to, every value is unambiguous and takes one\n"
         "line. For a path without a value, prints a message on standard error and exits with\n"
@@ -55,18 +50,17 @@ class GetCommand final : public Command {
   void Prepare(std::vector<std::string>& arguments) const override { HideBrackets(arguments); }
 
   ExitStatus Run(Session& session) override {
-    for (const std::string& path : fPaths) RequireWellFormed(Path(ShowArgument(path)));
+    for (const std::string& path : fPaths) RequireWellFormed(Path(path));
     fDocument.SetLoss(session);
     const auto documents = fDocument.Open(session.Out(), session);
     ExitStatus status = kExitSuccess;
-    std::size_t number = 0;
-    while (const CPOSObject root = documents->Next()) {
+    fDocument.ForEach(*documents, session.Out(), [&](const CPOSObject& root, std::size_t number) {
       try {
-        if (!PrintValues(root, fDocument.Name(++number), session)) status = kExitNegative;
+        if (!PrintValues(root, fDocument.Name(number), session)) status = kExitNegative;
       } catch (const ValueFailure& failure) {
         fDocument.FailWithPlace(failure, number, *documents, session);
       }
-    }
+    });
     return status;
   }
 
@@ -81,18 +75,18 @@ class GetCommand final : public Command {
   bool PrintValues(CPOSObject root, const std::string& name, Session& session) const {
     bool hasAll = true;
     for (const std::string& argument : fPaths) {
-      const Path path(ShowArgument(argument));
+      const Path path(argument);
       const auto [value, place] = Find(root, path, session.Loss());
-      if (!value.IsNull() && HasType(value)) {
+      if (!value.IsNull() && HasType(value, session.Loss())) {
         PrintValue(value, name, place, session);
-      } else if (value.IsNull() && fDefaultOption->count() > 0) {
-        session.Out().Put(ShowArgument(fDefault));
+      } else if (value.IsNull() && fDefaultOption.IsGiven()) {
+        session.Out().Put(fDefault);
       } else {
         const std::string where = "\"" + Printable(path.Text()) + "\"";
         session.Complain(Printable(name) + ": " +
                          (value.IsNull() ? "no value at " + where
-                                         : where + " is " + KindText(value.GetType()) + ", not " +
-                                               KindText(WantedType())));
+                                         : where + " is " + KindText(value, session.Loss()) +
+                                               ", not " + KindText(WantedType())));
         hasAll = false;
         continue;
       }
@@ -115,8 +109,8 @@ class GetCommand final : public Command {
                                            [this](const auto& row) { return fType == row.fName; });
     return found->fType;
   }
-  bool HasType(const CPOSObject& value) const {
-    return fType.empty() || value.GetType() == WantedType();
+  bool HasType(const CPOSObject& value, LossMode loss) const {
+    return fType.empty() || TypeOf(value, loss) == WantedType();
   }
 
   void PrintValue(const CPOSObject& value, const std::string& name, const ValuePath& place,
@@ -163,7 +157,7 @@ class GetCommand final : public Command {
   std::string fFormat;
   std::string fType;
   std::string fDefault;
-  const CLI::Option* fDefaultOption = nullptr;
+  Option fDefaultOption;
   bool fEndsWithZero = false;
 } gGetCommand;
 

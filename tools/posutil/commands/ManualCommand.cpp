@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
 #include "commands/declarations/ManualPage.h"
@@ -12,9 +11,9 @@ class ManualCommand final : public Command {
  public:
   ManualCommand() : Command(92, "manual", "Prints the manual page of this program") {}
 
-  void Declare(CLI::App& options) override {
-    fProgram = options.get_parent();
-    options.footer(
+  void Declare(Options& options) override {
+    fProgram = &options.Program();
+    options.Footer(
         "The page describes every command. Its format is that of man.\n\n"
         "Example:\n"
         "  posutil manual | man -l -");

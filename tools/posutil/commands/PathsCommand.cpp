@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "commands/Command.h"
@@ -14,11 +13,11 @@ class PathsCommand final : public Command {
  public:
   PathsCommand() : Command(3, "paths", "Prints a line for each value, with its path") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fDocument.Declare(options);
     fDocument.DeclareAll(options);
-    options.add_flag("--pointer", fAsPointers, "Prints the paths as JSON Pointers");
-    options.footer(
+    options.Flag("--pointer", fAsPointers, "Prints the paths as JSON Pointers");
+    options.Footer(
         "Prints PATH = VALUE for every number, string, binary data, empty slot and empty\n"
         "container, in the order of keys and indices. VALUE is JSON; get, set and remove take\n"
         "PATH. A key that a path cannot name, such as a.b, makes the path a JSON Pointer. With\n"
@@ -35,14 +34,14 @@ class PathsCommand final : public Command {
     PathLines::Options options = {.fAsPointers = fAsPointers,
                                   .fRestoresKept = session.Loss() == LossMode::kKeep,
                                   .fStyle = session.OutStyle()};
-    std::size_t number = 0;
-    while (const KAP_T_MT::CPOSObject object = documents->Next()) {
-      const std::string margin = std::to_string(++number) + ": ";
+    const auto print = [&](const KAP_T_MT::CPOSObject& object, std::size_t number) {
+      const std::string margin = std::to_string(number) + ": ";
       if (fDocument.ReadsAll()) options.fMargin = margin;
       PathLines lines(options, {}, session.Out());
       Visit(object, fDocument.Name(number), lines);
       session.TheLibrary().CheckReports(fDocument.Name(number));
-    }
+    };
+    fDocument.ForEach(*documents, session.Out(), print);
     return kExitSuccess;
   }
 

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 
 #include "commands/Command.h"
 #include "commands/documents/DocumentArgument.h"
@@ -12,12 +11,12 @@ class PrintCommand final : public Command {
  public:
   PrintCommand() : Command(1, "print", "Prints a document") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fDocument.Declare(options);
     fDocument.DeclareAll(options);
     fDocument.DeclareLayout(options);
     DeclareTo(options, fFormat, "Format of the output; default: tree, an outline for people");
-    options.footer(
+    options.Footer(
         "In JSON, {\"$unicode\": \"text\"} is a Unicode string and\n"
         "{\"$binary\": \"type\", \"base64\": \"AAEC\"} is binary data. JSON's true and false "
         "become\n"

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <optional>
 #include <thread>
@@ -8,7 +7,6 @@
 
 #include "base/Printable.h"
 #include "commands/Command.h"
-#include "commands/declarations/Declarations.h"
 #include "commands/documents/FilesArgument.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/verdicts/Schema.h"
@@ -27,24 +25,25 @@ class ValidateCommand final : public Command {
  public:
   ValidateCommand() : Command(10, "validate", "Checks documents against a type of a schema") {}
 
-  void Declare(CLI::App& options) override {
-    MarkFile(options.add_option("--schema", fSchema, "The schema, - for standard input"))
-        ->required()
-        ->option_text("SCHEMA");
+  void Declare(Options& options) override {
+    options.Text("--schema", fSchema, "The schema, - for standard input")
+        .File()
+        .Required()
+        .ShownAs("SCHEMA");
     DeclareFrom(options, "--schema-from", fSchemaFormat, "SCHEMA");
-    options.add_option("--type", fType, "The type that the documents must have")
-        ->required()
-        ->option_text("NAME");
-    options.add_flag("--all", fAll, "Checks every document in each FILE");
-    options.add_flag("--no-schema-check", fTrustsSchema, "Skips the check of the schema");
+    options.Text("--type", fType, "The type that the documents must have")
+        .Required()
+        .ShownAs("NAME");
+    options.Flag("--all", fAll, "Checks every document in each FILE");
+    options.Flag("--no-schema-check", fTrustsSchema, "Skips the check of the schema");
     fDocuments.Declare(options, "FILE");
     fDocuments.DeclareRecursive(options);
     options
-        .add_option("--jobs,-j", fJobs,
-                    "Files to check at the same time, 0 for one for each processor; default: 1")
-        ->option_text("N");
+        .Number("--jobs,-j", fJobs,
+                "Files to check at the same time, 0 for one for each processor; default: 1")
+        .ShownAs("N");
     fResults.Declare(options);
-    options.footer(
+    options.Footer(
         "Each message starts with the place of the value, FILE:LINE:COLUMN, and ends with the\n"
         "value. A note has the place of the rule in SCHEMA. Exit status: 0 if all documents are\n"
         "valid, 1 if one is not valid, 3 if one cannot be read or checked. An error does not stop\n"
@@ -60,6 +59,20 @@ class ValidateCommand final : public Command {
   }
 
   ExitStatus Run(Session& session) override {
+    bool isReady = false;
+    try {
+      return CheckAll(session, isReady);
+    } catch (const Failure& failure) {
+      if (!isReady) fResults.PrintFailure(failure.what(), session);
+      throw;
+    }
+  }
+
+ private:
+  using Files = std::vector<FilesArgument::Found>;
+
+  // Sets `isReady` when only the documents are left.
+  ExitStatus CheckAll(Session& session, bool& isReady) {
     fDocuments.SetLoss(session);
     const Reader& schemaFormat = FormatOfInput(fSchemaFormat, fSchema, "--schema-from");
     const Files files = fDocuments.Expand(fSchema);
@@ -72,6 +85,7 @@ class ValidateCommand final : public Command {
     const Schema schema(schemaObject, InputName(fSchema), schemaPlaces, session.TheLibrary());
     if (!fTrustsSchema) schema.RequireItself(fResults.MaxMessages());
     schema.RequireType(fType);
+    isReady = true;
 
     if (Jobs(files) > 1) return CheckInParallel(files, schema, session);
     VerdictReport report(fResults, session);
@@ -82,9 +96,6 @@ class ValidateCommand final : public Command {
     }
     return report.Finish();
   }
-
- private:
-  using Files = std::vector<FilesArgument::Found>;
 
   std::size_t Jobs(const Files& files) const {
     constexpr std::size_t kMost = 256;
@@ -100,9 +111,13 @@ class ValidateCommand final : public Command {
     Progress& progress = session.TheProgress();
     progress.Begin("checking", files.size());
     std::size_t documents = 0;  // of the current file, as far as there are verdicts
+    std::size_t done = 0;
     VerdictOrder order(files.size(), [&](VerdictRecord record) {
       if (record.fKind == VerdictRecord::kVerdict) documents = record.fName.fDocument;
-      if (record.fKind == VerdictRecord::kEnd) documents = 0;
+      if (record.fKind == VerdictRecord::kEnd) {
+        documents = 0;
+        pool.SetDone(++done);
+      }
       Replay(std::move(record), session, report);
     });
     do {
@@ -169,7 +184,7 @@ class ValidateCommand final : public Command {
       if (!documents) documents = fDocuments.Open(file, extent, fResults.WantedText(), session);
       const CPOSObject object = documents->Next();
       if (object.IsNull()) return std::nullopt;
-      DocumentPlaces places(fDocuments.FormatOf(file), documents->LastText());
+      DocumentPlaces places(fDocuments.FormatOf(file, extent), documents->LastText());
       return schema.Check(object, type, name.fFile, places, report.Check());
     };
     while (report.Add(name, checkNext) && fAll) ++name.fDocument;

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "commands/Command.h"
@@ -19,7 +18,7 @@ class VersionCommand final : public Command {
  public:
   VersionCommand() : Command(90, "version", "Prints the versions of the program and the library") {}
 
-  void Declare(CLI::App& options) override { options.footer("Example:\n  posutil version"); }
+  void Declare(Options& options) override { options.Footer("Example:\n  posutil version"); }
 
   ExitStatus Run(Session& session) override {
     const Library& library = session.TheLibrary();

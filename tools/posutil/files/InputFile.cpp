@@ -20,6 +20,8 @@ namespace PosUtil {
 
 namespace {
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // The inputs that cannot be read twice and from which Peek has read, open at the next byte.
 class PeekedInputs {
  public:
@@ -88,6 +90,20 @@ bool InputFile::MayWait() const {
 }
 
 std::size_t InputFile::Read(char* to, std::size_t size) {
+  std::size_t count = ReadNext(to, size);
+  if (std::exchange(fHasStarted, true)) return count;
+  while (count > 0 && count < kByteOrderMark.size() && kByteOrderMark.starts_with({to, count})) {
+    const std::size_t more = ReadNext(to + count, size - count);
+    if (more == 0) return count;
+    count += more;
+  }
+  if (!std::string_view(to, count).starts_with(kByteOrderMark)) return count;
+  count -= kByteOrderMark.size();
+  std::memmove(to, to + kByteOrderMark.size(), count);
+  return count > 0 ? count : ReadNext(to, size);
+}
+
+std::size_t InputFile::ReadNext(char* to, std::size_t size) {
   if (fPeeked.empty()) return ReadFile(to, size);
   const std::size_t count = std::min(size, fPeeked.size());
   std::memcpy(to, fPeeked.data(), count);
@@ -108,7 +124,8 @@ std::string InputFile::Peek(const std::string& fileName, std::size_t size) {
   std::string bytes = std::move(file.fPeeked);
   const off_t begin = file.fIsRegular ? ::lseek(file.fFile.Get(), 0, SEEK_CUR) : -1;
   char part[4096];
-  while (bytes.size() < size) {
+  const auto hasMark = [&] { return bytes.starts_with(kByteOrderMark); };
+  while (bytes.size() < size + (hasMark() ? kByteOrderMark.size() : 0)) {
     const std::size_t count = file.ReadFile(part, sizeof part);
     if (count == 0) break;
     bytes.append(part, count);
@@ -116,6 +133,7 @@ std::string InputFile::Peek(const std::string& fileName, std::size_t size) {
   if (begin < 0 || ::lseek(file.fFile.Get(), begin, SEEK_SET) < 0) {
     PeekedInputs::TheOnly().Keep(fileName, {std::move(file.fFile), bytes});
   }
+  if (hasMark()) bytes.erase(0, kByteOrderMark.size());
   return bytes;
 }
 

@@ -26,7 +26,8 @@ class InputFile {
 
   // Returns whether a read now would wait for bytes.
   bool MayWait() const;
-  // Reads up to `size` bytes and returns how many; 0 at the end.
+  // Reads up to `size` bytes, at least 3, and returns how many; 0 at the end. Skips a byte order
+  // mark at the start.
   std::size_t Read(char* to, std::size_t size);
 
   // Returns at least `size` bytes from the start of the input if it has as many. The next InputFile
@@ -34,6 +35,7 @@ class InputFile {
   static std::string Peek(const std::string& fileName, std::size_t size);
 
  private:
+  std::size_t ReadNext(char* to, std::size_t size);
   std::size_t ReadFile(char* to, std::size_t size) const;
 
   std::string fName;
@@ -41,6 +43,7 @@ class InputFile {
   bool fIsRegular = false;
   std::size_t fSize = 0;
   std::string fPeeked;  // comes before what the file has left
+  bool fHasStarted = false;
 };
 
 // The name of the file in messages.

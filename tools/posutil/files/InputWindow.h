@@ -42,6 +42,7 @@ class InputWindow {
   // From now on discards nothing from this byte on, until the next call.
   // The index must not be before that of an earlier call.
   void KeepFrom(std::size_t index);
+  void KeepNothing() { fKeptFrom = SIZE_MAX; }
   // The bytes as a part of the input, and the index of the first kept one.
   TextPart Part() const { return {fBefore, {fBuffer.get(), fSize}}; }
   std::size_t KeptFrom() const { return fKeptFrom - fDiscarded; }

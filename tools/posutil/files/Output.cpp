@@ -31,7 +31,7 @@ void WaitForRoom(int descriptor) {
 
 void Output::PutRepeated(char character, std::size_t count) {
   while (count > 0) {
-    if (fUsed == kCapacity) Flush();
+    if (fUsed == kCapacity) MakeRoom();
     const std::size_t chunk = std::min(count, kCapacity - fUsed);
     std::memset(fBuffer.get() + fUsed, character, chunk);
     fUsed += chunk;
@@ -40,13 +40,37 @@ void Output::PutRepeated(char character, std::size_t count) {
 }
 
 void Output::PutLong(std::string_view text) {
-  Flush();
-  if (text.size() >= kCapacity) return Write(text.data(), text.size());
-  Put(text);
+  MakeRoom();
+  if (text.size() < kCapacity) return Put(text);
+  if (fHolds) {
+    fHeld += text;
+  } else {
+    Write(text.data(), text.size());
+  }
+}
+
+void Output::MakeRoom() {
+  if (!fHolds) return Flush();
+  const std::size_t complete = std::exchange(fComplete, 0);
+  Write(fBuffer.get(), complete);
+  fHeld.append(fBuffer.get() + complete, std::exchange(fUsed, 0) - complete);
+}
+
+void Output::EndDocument() {
+  if (!fHeld.empty()) Flush();
+  fComplete = fUsed;
+}
+
+void Output::DropIncomplete() {
+  fHeld.clear();
+  fUsed = fComplete;
 }
 
 void Output::Flush() {
+  const std::string held = std::exchange(fHeld, {});
   const std::size_t size = std::exchange(fUsed, 0);
+  fComplete = 0;
+  Write(held.data(), held.size());
   Write(fBuffer.get(), size);
 }
 

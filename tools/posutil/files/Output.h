@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "terminal/Progress.h"
@@ -11,21 +12,20 @@ namespace PosUtil {
 
 // A buffered writer to a file descriptor.
 // Errors: Failure when a write fails, ClosedPipe for a closed pipe. The destructor does not flush,
-// deliberately: the output of a failed command
-//   must not look complete.
+//   deliberately: the output of a failed command must not look complete.
 class Output {
  public:
   explicit Output(int descriptor) : fDescriptor(descriptor) {}
 
   int Descriptor() const { return fDescriptor; }
   // The number of bytes put so far.
-  std::size_t Position() const { return fFlushed + fUsed; }
+  std::size_t Position() const { return fFlushed + fHeld.size() + fUsed; }
 
   // Writes advance `progress` from now on.
   void SetProgress(Progress& progress) { fProgress = &progress; }
 
   void Put(char character) {
-    if (fUsed == kCapacity) Flush();
+    if (fUsed == kCapacity) MakeRoom();
     fBuffer[fUsed++] = character;
   }
   void Put(std::string_view text) {
@@ -35,6 +35,13 @@ class Output {
   }
   void PutRepeated(char character, std::size_t count);
 
+  // For several documents: from now on, only whole ones are written, until a Flush. It costs the
+  // memory of the largest.
+  void HoldDocuments() { fHolds = true; }
+  // A document ends here. What comes after the last one can be dropped.
+  void EndDocument();
+  void DropIncomplete();
+
   void Flush();
   // Flushes and closes: some file systems report lost data only on close.
   void Finish();
@@ -43,12 +50,16 @@ class Output {
   static constexpr std::size_t kCapacity = 64 * 1024;
 
   void PutLong(std::string_view text);
+  void MakeRoom();
   void Write(const char* data, std::size_t size);
 
   int fDescriptor;
   Progress* fProgress = nullptr;
   std::size_t fFlushed = 0;
   std::size_t fUsed = 0;
+  bool fHolds = false;
+  std::size_t fComplete = 0;  // of the bytes in the buffer: those of whole documents
+  std::string fHeld;          // the start of a document whose rest is in the buffer
   std::unique_ptr<char[]> fBuffer{new char[kCapacity]};
 };
 

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <utility>
 
 #include "base/Failure.h"
 #include "base/HexText.h"
@@ -68,6 +69,60 @@ int LinkAndRename(const char* file, int folder, const char* hidden, const char* 
   const int error = errno;
   ::unlinkat(folder, hidden, 0);
   return error;
+}
+
+// Puts the new file at the place of the old one, and that one at the place of an older copy. Both
+// have hidden names before. Runs in a child, like LinkAndRename.
+struct Renames {
+  int fFolder;
+  const char* fNew;
+  const char* fName;
+  const char* fOld;
+  const char* fKept;
+
+  // Returns 0, or errno.
+  int Run() const noexcept {
+    int error = 0;
+    if (::renameat(fFolder, fNew, fFolder, fName) != 0) {
+      error = errno;
+      ::unlinkat(fFolder, fNew, 0);
+      ::unlinkat(fFolder, fOld, 0);
+    } else if (!KeepOld()) {
+      error = errno;
+      ::renameat(fFolder, fOld, fFolder, fName);  // back
+    }
+    return error;
+  }
+  bool KeepOld() const noexcept { return ::renameat(fFolder, fOld, fFolder, fKept) == 0; }
+};
+
+// A hidden name, which nothing has in the end.
+struct HiddenName {
+  HiddenName(int folder, const std::string& target) : fFolder(folder), fName(NameBeside(target)) {}
+  HiddenName(const HiddenName&) = delete;
+  HiddenName& operator=(const HiddenName&) = delete;
+  ~HiddenName() { ::unlinkat(fFolder, fName.c_str(), 0); }
+
+  const int fFolder;
+  const std::string fName;
+};
+
+bool IsFolder(int folder, const std::string& name) {
+  struct stat status {};
+  return ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISDIR(status.st_mode);
+}
+
+// Copies the contents, the rights and the times of a file. Returns false with errno on failure.
+bool Copy(int from, int to) {
+  char bytes[64 * 1024];
+  while (const ssize_t count = ::read(from, bytes, sizeof bytes)) {
+    if (count < 0 || ::write(to, bytes, static_cast<std::size_t>(count)) != count) return false;
+  }
+  struct stat status {};
+  if (!CopyAccessRights(from, to) || ::fstat(from, &status) != 0) return false;
+  const timespec times[] = {status.st_atim, status.st_mtim};
+  return ::futimens(to, times) == 0 && ::fsync(to) == 0;
 }
 
 constexpr int kDied = -1;
@@ -154,9 +209,11 @@ void TemporaryFile::Replace() {
   if (fReplaced && !CopyAccessRights(fReplaced.Get(), fFile.Get())) Fail();
   // Else a crash of the system could leave an empty file under the old name.
   if (::fsync(fFile.Get()) != 0) Fail();
-  CheckReplaced();  // before it gets the name of an older copy
-  if (!fKeptSuffix.empty() && fReplaced) KeepReplaced();
   CheckReplaced();
+  const bool keepsOld = fReplaced && !fKeptSuffix.empty();
+  if (keepsOld && !fPlace.Holds(fPlace.fName + fKeptSuffix, fReplaced.Get())) {
+    return ReplaceAndKeep();
+  }
   if (!fHasName) return fReplaced ? ReplaceByLink() : LinkToFree();
   const int folder = fPlace.fFolder.Get();
   const char* const name = fPlace.fName.c_str();
@@ -174,25 +231,46 @@ void TemporaryFile::CheckReplaced() const {
   }
 }
 
-// As a second link: the rights, the times and the owner stay, and the file is at its place until
-// the new one is there.
-void TemporaryFile::KeepReplaced() {
-  const std::string name = fPlace.fName + fKeptSuffix;
-  const std::string file = PathOf(fReplaced);
-  const int folder = fPlace.fFolder.Get();
-  if (fPlace.Holds(name, fReplaced.Get()) || Link(file.c_str(), folder, name.c_str())) return;
-  if (errno != EEXIST) ThrowFileError(fFileName + fKeptSuffix);
+// The old file first gets a hidden name, and the name of an older copy only when the new file is at
+// its place: a failure before that leaves the copy. The place is looked at only if the child died,
+// as in ReplaceByLink.
+void TemporaryFile::ReplaceAndKeep() {
   const BlockedSignals blocked;
-  const std::string hidden = NameBeside(name);
-  int error = RunInChild(
-      [&]() noexcept { return LinkAndRename(file.c_str(), folder, hidden.c_str(), name.c_str()); });
-  if (error == kDied) {
-    if (fPlace.Holds(hidden, fReplaced.Get())) ::unlinkat(folder, hidden.c_str(), 0);
-    error = fPlace.Holds(name, fReplaced.Get()) ? 0 : EINTR;
+  const int folder = fPlace.fFolder.Get();
+  const std::string kept = fPlace.fName + fKeptSuffix;
+  const HiddenName old(folder, kept);
+  if (IsFolder(folder, kept)) {
+    errno = EISDIR;
+    ThrowFileError(fFileName + fKeptSuffix);
   }
+  GiveReplacedName(old.fName);
+  CheckReplaced();
+  const bool isNamed = std::exchange(fHasName, true);  // perhaps, if the child dies
+  if (!isNamed) fTemporaryName = NameBeside(fPlace.fName);
+  const std::string file = PathOf(fFile);
+  const Renames renames = {folder, fTemporaryName.c_str(), fPlace.fName.c_str(), old.fName.c_str(),
+                           kept.c_str()};
+  int error = RunInChild([&]() noexcept {
+    return isNamed || Link(file.c_str(), folder, renames.fNew) ? renames.Run() : errno;
+  });
+  if (error == kDied) {
+    error = !fPlace.Holds(fFile.Get()) ? EINTR : renames.KeepOld() || errno == ENOENT ? 0 : errno;
+  }
+  RemoveName();
   if (error == 0) return;
   errno = error;
-  ThrowFileError(fFileName + fKeptSuffix);
+  Fail();
+}
+
+// As a second link: the rights, the times and the owner stay. Some file systems have none, and some
+// systems do not link a file of another user.
+void TemporaryFile::GiveReplacedName(const std::string& name) const {
+  const std::string file = PathOf(fReplaced);
+  if (Link(file.c_str(), fPlace.fFolder.Get(), name.c_str())) return;
+  const Descriptor from(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor to(
+      ::openat(fPlace.fFolder.Get(), name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
+  if (!from || !to || !Copy(from.Get(), to.Get())) ThrowFileError(fFileName + fKeptSuffix);
 }
 
 // A file that somebody has made meanwhile stays: its replacement has not been checked.

@@ -26,7 +26,7 @@ class TemporaryFile {
   int NewDescriptor() const;
 
   // Replace then gives the replaced file a name of its own: that of the place with this suffix. A
-  // file of that name is replaced. Without a replaced file, no-op.
+  // file of that name is replaced, if all else succeeds. Without a replaced file, no-op.
   void KeepReplacedAs(const std::string& suffix) { fKeptSuffix = suffix; }
 
   // Replace then fails if the replaced file is no longer at the place, since the new file comes
@@ -44,7 +44,8 @@ class TemporaryFile {
   void LinkToFree() const;
   void ReplaceByLink();
   void RemoveName();
-  void KeepReplaced();
+  void ReplaceAndKeep();
+  void GiveReplacedName(const std::string& name) const;
   void CheckReplaced() const;
   [[noreturn]] void Fail() const { ThrowFileError(fFileName); }
 

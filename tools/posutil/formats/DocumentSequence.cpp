@@ -4,7 +4,10 @@
 namespace PosUtil {
 
 KAP_T_MT::CPOSObject DocumentSequence::Next() {
-  if (kExtent == Extent::kAll ? !SkipSpace() : fIsRead) return {};
+  if (kExtent == Extent::kOne && fIsRead) return {};
+  KeepNothing();  // however much space comes before the document
+  const bool hasMore = SkipSpace();
+  if (kExtent == Extent::kAll && !hasMore) return {};
   fIsRead = true;
   if (fText == Text::kKept) KeepFromHere();
   KAP_T_MT::CPOSObject object = ReadDocument();

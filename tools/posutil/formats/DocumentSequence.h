@@ -17,8 +17,9 @@ class DocumentSequence : public Documents {
  protected:
   // Skips white space. Returns false at the end of the input.
   virtual bool SkipSpace() = 0;
-  // Keeps the text from the next byte on, for LastText.
+  // Keep the text from the next byte on, for LastText, or none.
   virtual void KeepFromHere() = 0;
+  virtual void KeepNothing() = 0;
   // Reads a document. Throws Failure.
   virtual KAP_T_MT::CPOSObject ReadDocument() = 0;
   // The error at the next byte.

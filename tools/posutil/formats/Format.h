@@ -41,8 +41,12 @@ class Documents {
 
   // Reads the next document. Returns an empty object after the last one; with Extent::kOne the
   // first call never does.
-  // Throws Failure. The caller checks the reports of the library.
+  // Throws Failure; after an UnheldValue or a LossFailure, the next call goes on. The caller checks
+  // the reports of the library.
   virtual KAP_T_MT::CPOSObject Next() = 0;
+
+  // Prints the warnings about the documents so far, if they wait for the last one.
+  virtual void ReportLosses() {}
 
   // The text that holds the last document. It is there only with Text::kKept.
   virtual DocumentText LastText() const = 0;
@@ -75,6 +79,8 @@ class Reader : public Registered<Reader> {
   // file; null if that shows no format. Remembers the answer. Throws Failure for a file that it
   // cannot read. Any thread.
   static const Reader* ForFile(const std::string& fileName);
+  // Returns whether the file is short and has nothing but white space.
+  static bool IsBlank(const std::string& fileName);
 
   const char* const kName;
   const std::string_view kEndings;

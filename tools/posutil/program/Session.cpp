@@ -39,7 +39,7 @@ void Session::ReportLosses(Losses& losses) {
   }
   if (text.empty()) return;
   if (isError) {
-    throw PlacedFailure(text + "\nUse --loss=warn to accept this, --loss=keep to keep the values.");
+    throw LossFailure(text + "\nUse --loss=warn to accept this, --loss=keep to keep the values.");
   }
   PutMessage(fErrorStyle.Message(text, fErrorStyle.fWarning, Style::Lines::kAll));
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "POSDict.h"
+#include "commands/changes/DeepCopy.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/values/StepTree.h"
 #include "commands/values/Values.h"
@@ -57,10 +58,6 @@ void EmptyNullSlots(CPOSArray& array) {
   if (first == values.end()) return;
   std::replace_if(first, values.end(), IsNullMark, CPOSObject());
   ReplaceFrom(array, 0, values);
-}
-
-bool IsContainer(const CPOSObject& value) {
-  return !value.IsNull() && !POSIsScalar(static_cast<POSType>(value.GetType()));
 }
 
 // A copy of the value without null marks. Calls `lose` with the path to each member that it drops.

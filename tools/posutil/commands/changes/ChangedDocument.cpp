@@ -1,25 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "commands/changes/ChangedDocument.h"
 
-#include <CLI/CLI.hpp>
-
 #include "base/Failure.h"
 #include "base/Printable.h"
-#include "commands/documents/LiteralArguments.h"
+#include "commands/declarations/LiteralArguments.h"
 #include "files/Destination.h"
 
 namespace PosUtil {
 
-void ChangedDocument::Declare(CLI::App& options) {
+void ChangedDocument::Declare(Options& options) {
   fDocument.Declare(options);
   fDocument.DeclareAll(options);
   fDocument.DeclareLayout(options);
-  // As a flag: its value is only what comes after "=", never the next argument.
   options
-      .add_flag("--in-place", fInPlace,
-                "Replaces FILE by the result; with SUFFIX, keeps the old file under its name and "
-                "SUFFIX")
-      ->option_text("[=SUFFIX]");
+      .FlagWithText(
+          "--in-place", fInPlace,
+          "Replaces FILE by the result; with SUFFIX, keeps the old file under its name and "
+          "SUFFIX")
+      .ShownAs("[=SUFFIX]");
 }
 
 void ChangedDocument::Prepare(std::vector<std::string>& arguments) {

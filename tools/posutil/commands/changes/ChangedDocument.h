@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "commands/declarations/Options.h"
 #include "commands/documents/DocumentArgument.h"
 
 namespace PosUtil {
@@ -13,7 +14,7 @@ namespace PosUtil {
 class ChangedDocument {
  public:
   // Declares FILE, its options and --in-place.
-  void Declare(CLI::App& options);
+  void Declare(Options& options);
 
   // What Command::Prepare does for these options.
   static void Prepare(std::vector<std::string>& arguments);

@@ -7,13 +7,20 @@
 #include "POSDict.h"
 #include "base/Failure.h"
 #include "base/Printable.h"
-#include "commands/values/Values.h"
+#include "commands/changes/DeepCopy.h"
 
 namespace PosUtil {
 
 namespace {
 
 using namespace KAP_T_MT;
+
+// Returns whether two values are the same; empty objects are. The library's equality ignores the
+// members that only the second dictionary has.
+bool IsSame(const CPOSObject& a, const CPOSObject& b) {
+  if (a.IsNull() || b.IsNull()) return a.IsNull() == b.IsNull();
+  return a.IsEqual(b) && b.IsEqual(a);
+}
 
 // An operation of a patch. Its members may come in any order; unknown ones mean nothing.
 class Operation {
@@ -91,7 +98,7 @@ class Operation {
     if (!path.IsWellFormed()) {
       FailAsMalformed("has the malformed path \"" + Printable(pointer) + "\"", PlaceOf(member));
     }
-    return {document, path, fPatch.Loss(), Slot::Use::kChange, &fEdit};
+    return {document, path, fPatch.Loss(), Slot::Use::kFind, &fEdit};
   }
   Slot ExistingSlot(CPOSObject& document) const { return ExistingSlot(document, "path", fPath); }
   Slot ExistingSlot(CPOSObject& document, const char* member, const std::string& pointer) const {

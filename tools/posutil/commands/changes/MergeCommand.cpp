@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
@@ -15,9 +14,9 @@ class MergeCommand final : public Command {
  public:
   MergeCommand() : Command(7, "merge", "Merges a patch into a document") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fPatch.Declare(options, "A document with the members to set");
-    options.footer(
+    options.Footer(
         "Writes the document merged with the patch (a JSON Merge Patch, RFC 7386), in the format\n"
         "and layout that it has: each member of a dictionary in the patch replaces that of the\n"
         "document, dictionaries are merged in turn, and null removes a member. The patch may have\n"

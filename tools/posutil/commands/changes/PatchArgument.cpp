@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "commands/changes/PatchArgument.h"
 
-#include <CLI/CLI.hpp>
-
 #include "base/Failure.h"
 #include "base/Printable.h"
-#include "commands/declarations/Declarations.h"
 
 namespace PosUtil {
 
-void PatchArgument::Declare(CLI::App& options, const char* description) {
+void PatchArgument::Declare(Options& options, const char* description) {
   fDocument.Declare(options);
-  MarkFile(options.add_option("PATCH", fPatch, description))->required()->option_text(" ");
+  options.Argument("PATCH", fPatch, description).File();
   DeclareFrom(options, "--patch-from", fPatchFormat, "PATCH");
 }
 

@@ -5,6 +5,7 @@
 
 #include "commands/changes/Change.h"
 #include "commands/changes/ChangedDocument.h"
+#include "commands/declarations/Options.h"
 
 namespace PosUtil {
 
@@ -12,7 +13,7 @@ namespace PosUtil {
 class PatchArgument {
  public:
   // Declares FILE, PATCH and their options.
-  void Declare(CLI::App& options, const char* description);
+  void Declare(Options& options, const char* description);
   // Applies the patch to the document, or to each with --all, and writes the result. Throws
   // Failure.
   void Run(Session& session, void (*apply)(KAP_T_MT::CPOSObject& document, Change& patch)) const;

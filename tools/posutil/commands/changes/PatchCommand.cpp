@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
@@ -15,9 +14,9 @@ class PatchCommand final : public Command {
  public:
   PatchCommand() : Command(9, "patch", "Applies a JSON Patch to a document") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fPatch.Declare(options, "The operations, as diff --format json prints them");
-    options.footer(
+    options.Footer(
         "Writes the document after all operations of the patch (a JSON Patch, RFC 6902), in the\n"
         "format and layout that it has. If an operation fails, nothing is written: exit status 1\n"
         "if it does not fit the document, 3 if it is malformed. With --in-place, nothing may be\n"

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <vector>
 
 #include "base/Printable.h"
 #include "commands/Command.h"
 #include "commands/changes/ChangedDocument.h"
-#include "commands/documents/LiteralArguments.h"
+#include "commands/declarations/LiteralArguments.h"
 #include "commands/values/Slot.h"
 
 namespace PosUtil {
@@ -17,12 +16,10 @@ class RemoveCommand final : public Command {
  public:
   RemoveCommand() : Command(6, "remove", "Removes values from a document") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fDocument.Declare(options);
-    options.add_option("PATH", fPaths, "The values, as in a.b[2].c or /a/b/2/c")
-        ->required()
-        ->option_text("...");
-    options.footer(
+    options.Arguments("PATH", fPaths, "The values, as in a.b[2].c or /a/b/2/c");
+    options.Footer(
         "Writes the document without the values, in the format and layout that it has. Every\n"
         "PATH is that in the document as it was: removing [0] and [1] removes the first two. With\n"
         "--in-place, nothing else may be lost: --loss=error is the default then. Exit status 1 if\n"
@@ -39,7 +36,7 @@ class RemoveCommand final : public Command {
 
   ExitStatus Run(Session& session) override {
     fDocument.Begin(session);
-    for (const std::string& path : fPaths) RequireWellFormed(Path(ShowArgument(path)));
+    for (const std::string& path : fPaths) RequireWellFormed(Path(path));
     fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document, const std::string& name) {
       RemoveFrom(document, name, session);
     });
@@ -52,11 +49,11 @@ class RemoveCommand final : public Command {
     std::string missing;
     for (const std::string& path : fPaths) {
       try {
-        slots.emplace_back(document, Path(ShowArgument(path)), session.Loss(), Slot::Use::kChange);
+        slots.emplace_back(document, Path(path), session.Loss());
         if (!slots.back().Exists()) throw PathError("");
       } catch (const PathError&) {
         missing += (missing.empty() ? "" : "\nposutil: ") + Printable(name) + ": no value at \"" +
-                   Printable(ShowArgument(path)) + "\"";
+                   Printable(path) + "\"";
       }
     }
     if (!missing.empty()) throw Failure(missing, kExitNegative);

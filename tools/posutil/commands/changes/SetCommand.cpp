@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
@@ -7,7 +6,7 @@
 #include "commands/Command.h"
 #include "commands/changes/ChangedDocument.h"
 #include "commands/changes/ValueArgument.h"
-#include "commands/documents/LiteralArguments.h"
+#include "commands/declarations/LiteralArguments.h"
 #include "commands/values/Slot.h"
 
 namespace PosUtil {
@@ -18,13 +17,11 @@ class SetCommand final : public Command {
  public:
   SetCommand() : Command(5, "set", "Sets a value of a document") {}
 
-  void Declare(CLI::App& options) override {
+  void Declare(Options& options) override {
     fDocument.Declare(options);
-    options.add_option("PATH", fPath, "Where to put the value, as in a.b[2].c or /a/b/2/c")
-        ->required()
-        ->option_text(" ");
+    options.Argument("PATH", fPath, "Where to put the value, as in a.b[2].c or /a/b/2/c");
     fValue.Declare(options);
-    options.footer(
+    options.Footer(
         "Writes the document with the value at PATH, in the format and layout that it has. Makes\n"
         "the dictionaries and arrays that are missing on the way. The index after the last one,\n"
         "or - in a JSON Pointer, extends an array. With --in-place, nothing may be lost:\n"
@@ -42,7 +39,7 @@ class SetCommand final : public Command {
 
   ExitStatus Run(Session& session) override {
     fDocument.Begin(session);
-    const Path path(ShowArgument(fPath));
+    const Path path(fPath);
     RequireWellFormed(path);
     Change value = fValue.Read(session);
     fDocument.Run(session, [&](KAP_T_MT::CPOSObject& document, const std::string& name) {

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "commands/changes/ValueArgument.h"
 
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 
 #include "POSDict.h"
 #include "base/Failure.h"
 #include "base/Printable.h"
 #include "base/SyntaxError.h"
 #include "base/Utf.h"
-#include "commands/documents/LiteralArguments.h"
 #include "files/Source.h"
 #include "formats/json/TaggedJson.h"
 #include "formats/notation/NotationReader.h"
@@ -52,30 +51,26 @@ CPOSObject Notation(const std::string& text) {
 
 }  // namespace
 
-void ValueArgument::Declare(CLI::App& options) {
-  options.add_option("VALUE", fText, "The new value, in JSON")->required()->option_text(" ");
-  CLI::Option* const forms[] = {
-      options.add_flag("--string", fIsString, "VALUE is a string as it is"),
-      options.add_flag("--unicode", fIsUnicode, "VALUE is a Unicode string as it is"),
-      options.add_flag("--number", fIsNumber, "VALUE is a number"),
-      options.add_flag("--text", fIsNotation, "VALUE is text notation")};
-  for (CLI::Option* const form : forms) {
-    for (CLI::Option* const other : forms) {
-      if (form != other) form->excludes(other);
-    }
+void ValueArgument::Declare(Options& options) {
+  options.Argument("VALUE", fText, "The new value, in JSON");
+  Option forms[] = {options.Flag("--string", fIsString, "VALUE is a string as it is"),
+                    options.Flag("--unicode", fIsUnicode, "VALUE is a Unicode string as it is"),
+                    options.Flag("--number", fIsNumber, "VALUE is a number"),
+                    options.Flag("--text", fIsNotation, "VALUE is text notation")};
+  for (Option* form = std::begin(forms); form != std::end(forms); ++form) {
+    for (Option* other = std::begin(forms); other != form; ++other) form->NotWith(*other);
   }
 }
 
 Change ValueArgument::Read(Session& session) const {
-  const std::string text = ShowArgument(fText);
   session.TheLibrary();
   if (fIsString || fIsUnicode || fIsNumber || fIsNotation) {
-    const CPOSObject object = Object(text);
+    const CPOSObject object = Object(fText);
     session.TheLibrary().CheckReports(kName);
     return {object, session};
   }
   try {
-    return {kName, text, session};
+    return {kName, fText, session};
   } catch (const UnheldValue& error) {
     throw PlacedFailure(error.what(), kExitUsage);
   } catch (const SyntaxError& error) {

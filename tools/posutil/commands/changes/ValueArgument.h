@@ -4,10 +4,7 @@
 #include <string>
 
 #include "commands/changes/Change.h"
-
-namespace CLI {
-class App;
-}
+#include "commands/declarations/Options.h"
 
 namespace PosUtil {
 
@@ -15,7 +12,7 @@ namespace PosUtil {
 class ValueArgument {
  public:
   // Declares VALUE and its options.
-  void Declare(CLI::App& options);
+  void Declare(Options& options);
   // Throws Failure; with kExitUsage if VALUE has not the form that it must have.
   Change Read(Session& session) const;
 

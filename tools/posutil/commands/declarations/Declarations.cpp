@@ -43,7 +43,7 @@ void Declare(const CLI::App& app, std::vector<DeclaredOption>& options,
 
 }  // namespace
 
-CLI::Option* MarkFile(CLI::Option* option) { return option->type_name(kFileType); }
+void MarkFile(CLI::Option& option) { option.type_name(kFileType); }
 
 std::string Joined(const std::vector<std::string>& words, const std::string& between) {
   return CLI::detail::join(words, between);

@@ -39,7 +39,7 @@ struct Declarations {
 };
 
 // Marks an option or argument as the name of a file, for DeclaredOption::fTakesFile.
-CLI::Option* MarkFile(CLI::Option* option);
+void MarkFile(CLI::Option& option);
 
 std::string Joined(const std::vector<std::string>& words, const std::string& between);
 

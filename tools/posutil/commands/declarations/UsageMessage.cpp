@@ -8,7 +8,7 @@
 #include "base/Closest.h"
 #include "base/Printable.h"
 #include "commands/declarations/Declarations.h"
-#include "commands/documents/LiteralArguments.h"
+#include "commands/declarations/LiteralArguments.h"
 
 namespace PosUtil {
 

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include <CLI/CLI.hpp>
 #include <string>
 #include <string_view>
 
+#include "POSDict.h"
 #include "base/Failure.h"
 #include "base/ValueError.h"
 #include "commands/Command.h"
-#include "commands/declarations/Declarations.h"
 #include "commands/diff/Comparison.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/values/Values.h"
@@ -19,6 +18,24 @@ namespace PosUtil {
 namespace {
 
 using namespace KAP_T_MT;
+
+// The value at a path, or an empty object. With LossMode::kKeep, see Unescaped, the path is that in
+// JSON.
+CPOSObject ValueAt(const CPOSObject& root, const ValuePath& path, LossMode loss) {
+  CPOSObject value = root;
+  for (const PathStep& step : path) {
+    if (value.IsNull()) return value;
+    if (loss == LossMode::kKeep) value = Unescaped(value);
+    if (step.fIsIndex) {
+      const CPOSArray array(value, true);
+      value = array.IsNull() ? CPOSObject() : array.GetAt(step.fIndex, true);
+    } else {
+      const CPOSDict dict(value, true);
+      value = dict.IsNull() ? CPOSObject() : dict.Get(step.fKey, true);
+    }
+  }
+  return value;
+}
 
 // The two documents, and how their differences are printed.
 class DiffOutput {
@@ -106,20 +123,16 @@ class DiffCommand final : public Command {
  public:
   DiffCommand() : Command(8, "diff", "Compares two documents") {}
 
-  void Declare(CLI::App& options) override {
-    MarkFile(options.add_option("A", fA, "The first document, - for standard input"))
-        ->required()
-        ->option_text(" ");
-    MarkFile(options.add_option("B", fB, "The second document"))->required()->option_text(" ");
+  void Declare(Options& options) override {
+    options.Argument("A", fA, "The first document, - for standard input").File();
+    options.Argument("B", fB, "The second document").File();
     DeclareFrom(options, "--from", fFormat, "A");
     DeclareFrom(options, "--from-b", fFormatB, "B");
     DeclareLoss(options, fLoss);
     options
-        .add_option("--format", fOutput,
-                    "Lines with a path and a value (the default), or a JSON Patch")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->option_text("text|json");
-    options.footer(
+        .Text("--format", fOutput, "Lines with a path and a value (the default), or a JSON Patch")
+        .OneOf({"text", "json"});
+    options.Footer(
         "Prints - PATH = VALUE for what only A has, and + PATH = VALUE for what only B has. The\n"
         "documents may have different formats: values count, not their text. Strings and Unicode\n"
         "strings differ; 1 and 1.0 do not. In an array, what is left between the equal values at\n"

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "formats/Visitor.h"
@@ -13,15 +12,38 @@
 
 namespace PosUtil {
 
-// Numbers for values: the same number for the same value, in all documents.
+class ValueTree;
+
+// A value, which stays where it is: in its document, or as nodes of a tree.
+struct ValueReference {
+  enum Kind : char { kNumber, kString, kUnicode, kBinary, kPointer, kEmpty, kArray, kDict, kKept };
+
+  Kind fKind;
+  std::string_view fBytes = {};      // of a text or binary data
+  const char* fType = "";            // of binary data
+  std::uint64_t fBits = 0;           // a number, a pointer or the node of a container
+  const ValueTree* fTree = nullptr;  // of a container
+};
+
+// Numbers for values: the same number for the same value, in all documents. The values must outlive
+// this: copies would take more memory than the documents.
 class ValueNumbers {
  public:
-  std::uint32_t Of(const std::string& value) {
-    return fNumbers.try_emplace(value, static_cast<std::uint32_t>(fNumbers.size())).first->second;
-  }
+  std::uint32_t Of(const ValueReference& value);
 
  private:
-  std::unordered_map<std::string, std::uint32_t> fNumbers;
+  struct Entry {
+    ValueReference fValue;
+    std::size_t fHash;
+  };
+
+  void Grow();
+  std::uint32_t& SlotFor(const ValueReference& value, std::size_t hash);
+
+  static constexpr std::uint32_t kFree = UINT32_MAX;
+
+  std::vector<Entry> fEntries;                                                  // by number
+  std::vector<std::uint32_t> fSlots = std::vector<std::uint32_t>(1024, kFree);  // by hash
 };
 
 // The values of a document, each with its number, so that a comparison of two values takes one step
@@ -45,10 +67,10 @@ class ValueTree final : public Visitor {
   std::vector<std::uint32_t> ChildrenOf(std::uint32_t node) const;
 
  private:
-  // A container that has not ended yet, and what identifies it: the numbers of its values.
+  // A container that has not ended yet.
   struct Open {
     std::uint32_t fNode;
-    std::string fIdentity;
+    ValueReference::Kind fKind;
     bool fIsEscape = false;  // the dictionary inside, which is the object, has not ended yet
   };
 
@@ -58,16 +80,15 @@ class ValueTree final : public Visitor {
   void UnicodeString(const unsigned short* units) override;
   void BinData(const char* typeName, const unsigned char* data, std::size_t size) override;
   void RawPointer(const void* pointer) override;
-  void EmptySlot() override { AddScalar("-", ""); }
+  void EmptySlot() override { AddScalar({ValueReference::kEmpty}); }
   void BeginArray(std::size_t) override { Begin(Node::kArray); }
   void BeginDict(POSDict* dict) override;
   void EndArray(const Place&, std::size_t) override { End(); }
   void EndDict(const Place&, std::size_t count) override;
 
-  void AddScalar(std::string_view kind, std::string_view bytes);
+  void AddScalar(const ValueReference& value);
   void Begin(Node::Kind kind);
   void End();
-  void SetNumber(std::uint32_t node, const std::string& identity);
 
   ValueNumbers& fNumbers;
   const bool fHasKept;

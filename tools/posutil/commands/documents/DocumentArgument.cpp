@@ -1,27 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "commands/documents/DocumentArgument.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <system_error>
 
-#include "commands/declarations/Declarations.h"
 #include "files/InputFile.h"
 #include "formats/DocumentLayout.h"
 #include "formats/DocumentPlaces.h"
 
 namespace PosUtil {
 
-void DocumentArgument::Declare(CLI::App& options, const char* name) {
-  MarkFile(options.add_option(name, fFile, "The document, - for standard input"))
-      ->required()
-      ->option_text(" ");
+void DocumentArgument::Declare(Options& options, const char* name) {
+  options.Argument(name, fFile, "The document, - for standard input").File();
   DeclareFrom(options, "--from", fFormat, name);
   DeclareLoss(options, fLoss);
 }
 
-void DocumentArgument::DeclareAll(CLI::App& options) {
-  options.add_flag("--all", fAll, "Reads every document in the input");
+void DocumentArgument::DeclareAll(Options& options) {
+  options.Flag("--all", fAll, "Reads every document in the input");
 }
 
 std::string DocumentArgument::Name() const { return InputName(fFile); }
@@ -32,7 +28,8 @@ std::string DocumentArgument::Name(std::size_t number) const {
 
 bool DocumentArgument::IsFile(const std::string& file) const {
   std::error_code error;  // a file that does not exist is not this one
-  return file != "-" && fFile != "-" && std::filesystem::equivalent(file, fFile, error);
+  const std::string own = fFile == "-" ? "/dev/stdin" : fFile;
+  return file != "-" && std::filesystem::equivalent(file, own, error);
 }
 
 std::unique_ptr<Documents> DocumentArgument::Open(Output& out, Session& session) const {
@@ -44,6 +41,30 @@ std::unique_ptr<Documents> DocumentArgument::Open(Output& out, Session& session)
 std::unique_ptr<Documents> DocumentArgument::OpenAs(Extent extent, Text text,
                                                     Session& session) const {
   return OpenDocuments(Format(), fFile, extent, session, text);
+}
+
+void DocumentArgument::ForEach(Documents& documents, Output& out, const Use& use) const {
+  if (fAll) out.HoldDocuments();
+  try {
+    std::size_t number = 0;
+    while (KAP_T_MT::CPOSObject object = documents.Next()) {
+      use(object, ++number);
+      out.EndDocument();
+    }
+  } catch (const Failure&) {
+    if (fAll) EndAfterFailure(documents, out);
+    throw;
+  }
+}
+
+void DocumentArgument::EndAfterFailure(Documents& documents, Output& out) {
+  try {
+    out.DropIncomplete();
+    out.Flush();
+    documents.ReportLosses();
+  } catch (const Failure&) {
+    // The first failure is the one to report.
+  }
 }
 
 bool DocumentArgument::CanBeReadAgain() const {
@@ -75,9 +96,10 @@ void DocumentArgument::Write(const Writer& writer, std::string_view end, Style s
       hasOwnLayout ? OpenAs(Extent::kOne, Text::kKept, session) : Open(out, session);
   // The line of a document ends with it, not before the next one: a reader may wait for it.
   const bool endsLines = fAll && writer.kBetween.starts_with('\n');
-  std::size_t number = 0;
-  while (KAP_T_MT::CPOSObject object = documents->Next()) {
-    if (++number > 1) out.Put(writer.kBetween.substr(endsLines ? 1 : 0));
+  std::size_t count = 0;
+  ForEach(*documents, out, [&](KAP_T_MT::CPOSObject& object, std::size_t number) {
+    count = number;
+    if (number > 1) out.Put(writer.kBetween.substr(endsLines ? 1 : 0));
     if (change) {
       if (hasOwnLayout) ApplyLayout(Format(), documents->LastText(), options);
       change(object, Name(number));
@@ -94,8 +116,8 @@ void DocumentArgument::Write(const Writer& writer, std::string_view end, Style s
     }
     if (endsLines) out.Put('\n');
     session.TheLibrary().CheckReports(Name(number));
-  }
-  if (!endsLines && number > 0) out.Put(end);
+  });
+  if (!endsLines && count > 0) out.Put(end);
 }
 
 }  // namespace PosUtil

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/ValueError.h"
+#include "commands/declarations/Options.h"
 #include "commands/documents/FormatOption.h"
 #include "commands/documents/LayoutOption.h"
 
@@ -16,14 +17,16 @@ namespace PosUtil {
 class DocumentArgument {
  public:
   // Declares the file, under this name, --from and --loss.
-  void Declare(CLI::App& options, const char* name = "FILE");
+  void Declare(Options& options, const char* name = "FILE");
   // Declares --all.
-  void DeclareAll(CLI::App& options);
+  void DeclareAll(Options& options);
   // Declares --compact and --indent.
-  void DeclareLayout(CLI::App& options) { fLayout.Declare(options); }
+  void DeclareLayout(Options& options) { fLayout.Declare(options); }
 
   // Throws Failure if neither --from nor the file determines the format.
-  const Reader& Format() const { return FormatOfInput(fFormat, fFile, "--from"); }
+  const Reader& Format() const {
+    return FormatOfInput(fFormat, fFile, "--from", fAll ? Extent::kAll : Extent::kOne);
+  }
   // The name of the file in messages.
   std::string Name() const;
   // Call it first. `byDefault` is for a missing --loss.
@@ -42,6 +45,11 @@ class DocumentArgument {
   std::unique_ptr<Documents> Open(Output& out, Session& session) const;
   // The name of a document in messages; they count from 1.
   std::string Name(std::size_t number) const;
+
+  // Calls `use` for each document and its number; `out` is what it writes to. If it throws Failure,
+  // the output and the warnings of the documents before are complete.
+  using Use = std::function<void(KAP_T_MT::CPOSObject& document, std::size_t number)>;
+  void ForEach(Documents& documents, Output& out, const Use& use) const;
 
   // Throws the failure to write a value of the document, with its place in the text. `documents`
   // has read this document last.
@@ -62,6 +70,7 @@ class DocumentArgument {
  private:
   std::unique_ptr<Documents> OpenAs(Extent extent, Text text, Session& session) const;
   bool CanBeReadAgain() const;
+  static void EndAfterFailure(Documents& documents, Output& out);
 
   std::string fFile;
   std::string fFormat;

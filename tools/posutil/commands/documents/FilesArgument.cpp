@@ -1,30 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "commands/documents/FilesArgument.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
 
 #include "base/Failure.h"
 #include "base/Printable.h"
-#include "commands/declarations/Declarations.h"
 #include "commands/documents/FormatOption.h"
 
 namespace PosUtil {
 
 namespace fs = std::filesystem;
 
-void FilesArgument::Declare(CLI::App& options, const char* name) {
-  MarkFile(options.add_option(name, fFiles, "The documents, - for standard input"))
-      ->required()
-      ->option_text("...");
+void FilesArgument::Declare(Options& options, const char* name) {
+  options.Arguments(name, fFiles, "The documents, - for standard input").File();
   DeclareFrom(options, "--from", fFormat, name);
   DeclareLoss(options, fLoss);
 }
 
-void FilesArgument::DeclareRecursive(CLI::App& options) {
-  options.add_flag("--recursive,-r", fIsRecursive, "Takes folders, for the files below them");
+void FilesArgument::DeclareRecursive(Options& options) {
+  options.Flag("--recursive,-r", fIsRecursive, "Takes folders, for the files below them");
 }
 
 std::vector<FilesArgument::Found> FilesArgument::Expand(const std::string& excluded) const {
@@ -88,13 +84,13 @@ void FilesArgument::CheckFormat(const std::string& file) const {
   }
 }
 
-const Reader& FilesArgument::FormatOf(const std::string& file) const {
-  return FormatOfInput(fFormat, file, "--from");
+const Reader& FilesArgument::FormatOf(const std::string& file, Extent extent) const {
+  return FormatOfInput(fFormat, file, "--from", extent);
 }
 
 std::unique_ptr<Documents> FilesArgument::Open(const std::string& file, Extent extent, Text text,
                                                Session& session) const {
-  return OpenDocuments(FormatOf(file), file, extent, session, text);
+  return OpenDocuments(FormatOf(file, extent), file, extent, session, text);
 }
 
 }  // namespace PosUtil

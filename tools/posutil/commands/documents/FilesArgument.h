@@ -5,12 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "commands/declarations/Options.h"
 #include "formats/Format.h"
 #include "program/Session.h"
-
-namespace CLI {
-class App;
-}
 
 namespace PosUtil {
 
@@ -18,10 +15,10 @@ namespace PosUtil {
 class FilesArgument {
  public:
   // Declares the files, under this name, --from and --loss.
-  void Declare(CLI::App& options, const char* name);
+  void Declare(Options& options, const char* name);
 
   // Declares --recursive.
-  void DeclareRecursive(CLI::App& options);
+  void DeclareRecursive(Options& options);
 
   // Call it first.
   void SetLoss(Session& session) const;
@@ -38,7 +35,7 @@ class FilesArgument {
   // without --recursive and for a file whose format is unknown.
   std::vector<Found> Expand(const std::string& excluded) const;
   const std::vector<std::string>& Files() const { return fFiles; }
-  const Reader& FormatOf(const std::string& file) const;
+  const Reader& FormatOf(const std::string& file, Extent extent = Extent::kOne) const;
   // Opens the file for reading. Throws Failure, also for the reports of the library.
   std::unique_ptr<Documents> Open(const std::string& file, Extent extent, Text text,
                                   Session& session) const;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands/documents/FormatOption.h"
 
-#include <CLI/CLI.hpp>
 #include <utility>
 #include <vector>
 
@@ -20,11 +19,9 @@ std::vector<std::string> Names() {
   return names;
 }
 
-void DeclareFormat(CLI::App& options, const char* name, std::string& format,
+void DeclareFormat(Options& options, const char* name, std::string& format,
                    const std::string& description, const std::vector<std::string>& names) {
-  options.add_option(name, format, description)
-      ->check(CLI::IsMember(names))
-      ->option_text(CLI::detail::join(names, "|"));
+  options.Text(name, format, description).OneOf(names);
 }
 
 std::string ListOfEndings() {
@@ -52,6 +49,7 @@ class CheckedDocuments final : public Documents {
       throw;
     }
   }
+  void ReportLosses() override { fDocuments->ReportLosses(); }
   DocumentText LastText() const override { return fDocuments->LastText(); }
 
  private:
@@ -62,30 +60,29 @@ class CheckedDocuments final : public Documents {
 
 }  // namespace
 
-void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file) {
+void DeclareFrom(Options& options, const char* option, std::string& format, const char* file) {
   DeclareFormat(options, option, format,
                 "Format of " + std::string(file) + "; default: by its ending (" + ListOfEndings() +
                     "), then by its content",
                 Names<Reader>());
 }
 
-void DeclareTo(CLI::App& options, std::string& format, const char* description) {
+void DeclareTo(Options& options, std::string& format, const char* description) {
   DeclareFormat(options, "--to", format, description, Names<Writer>());
 }
 
-void DeclareToOfFile(CLI::App& options, std::string& format, const char* description) {
+void DeclareToOfFile(Options& options, std::string& format, const char* description) {
   std::vector<std::string> names = Names<Reader>();
   std::erase_if(names, [](const std::string& name) { return !FindFormat<Writer>(name); });
   DeclareFormat(options, "--to", format, description, names);
 }
 
-void DeclareLoss(CLI::App& options, std::string& loss) {
+void DeclareLoss(Options& options, std::string& loss) {
   options
-      .add_option("--loss", loss,
-                  "What JSON loses as property objects: warn about it (the default), make it an "
-                  "error, or keep the values in dictionaries")
-      ->check(CLI::IsMember({"warn", "error", "keep"}))
-      ->option_text("warn|error|keep");
+      .Text("--loss", loss,
+            "What JSON loses as property objects: warn about it (the default), make it an "
+            "error, or keep the values in dictionaries")
+      .OneOf({"warn", "error", "keep"});
 }
 
 LossMode LossModeOf(const std::string& loss, LossMode byDefault) {
@@ -94,10 +91,14 @@ LossMode LossModeOf(const std::string& loss, LossMode byDefault) {
   return loss == "keep" ? LossMode::kKeep : LossMode::kError;
 }
 
-const Reader& FormatOfInput(const std::string& format, const std::string& file,
-                            const char* option) {
+const Reader& FormatOfInput(const std::string& format, const std::string& file, const char* option,
+                            Extent extent) {
   const Reader* const reader = format.empty() ? Reader::ForFile(file) : FindFormat<Reader>(format);
   if (reader) return *reader;
+  if (Reader::IsBlank(file)) {
+    if (extent == Extent::kAll) return *FindFormat<Reader>("json");
+    throw Failure(Printable(InputName(file)) + ": the input is empty");
+  }
   throw Failure(Printable(InputName(file)) +
                     ": cannot tell the format from the file name or the content; use " + option,
                 kExitUsage);

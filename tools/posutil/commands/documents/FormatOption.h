@@ -5,33 +5,32 @@
 #include <string>
 
 #include "base/Loss.h"
+#include "commands/declarations/Options.h"
 #include "formats/Format.h"
 #include "program/Session.h"
-
-namespace CLI {
-class App;
-}
 
 namespace PosUtil {
 
 // Declares an option, such as --from, that takes the name of a format to read. `file` is the name
 // of the argument that it describes.
-void DeclareFrom(CLI::App& options, const char* option, std::string& format, const char* file);
+void DeclareFrom(Options& options, const char* option, std::string& format, const char* file);
 
 // Declares an option --to that takes the name of a format to write.
-void DeclareTo(CLI::App& options, std::string& format, const char* description);
+void DeclareTo(Options& options, std::string& format, const char* description);
 
 // Declares an option --to for a file: it takes only formats that have a reader too.
-void DeclareToOfFile(CLI::App& options, std::string& format, const char* description);
+void DeclareToOfFile(Options& options, std::string& format, const char* description);
 
 // Declares --loss, which sets how JSON is read and written. Empty means the default.
-void DeclareLoss(CLI::App& options, std::string& loss);
+void DeclareLoss(Options& options, std::string& loss);
 LossMode LossModeOf(const std::string& loss, LossMode byDefault = LossMode::kWarn);
 
 // The reader for the name of a format or, if the name is empty, for the ending of `file`; for an
 // input, the content is the last resort. Throws Failure if none determines it; `option` is the
-// option that the message suggests.
-const Reader& FormatOfInput(const std::string& format, const std::string& file, const char* option);
+// option that the message suggests. An input without content can be that of no documents only with
+// Extent::kAll; else it is no wrong usage.
+const Reader& FormatOfInput(const std::string& format, const std::string& file, const char* option,
+                            Extent extent = Extent::kOne);
 const Reader& FormatOfOutput(const std::string& format, const std::string& file,
                              const char* option);
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands/documents/LayoutOption.h"
 
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <optional>
 
@@ -24,20 +23,19 @@ std::optional<Indent> IndentOf(const std::string& text) {
 
 }  // namespace
 
-void LayoutOption::Declare(CLI::App& options) {
-  CLI::Option* const compact =
-      options.add_flag("--compact,-c", fIsCompact, "Writes each document on one line");
+void LayoutOption::Declare(Options& options) {
+  const Option compact =
+      options.Flag("--compact,-c", fIsCompact, "Writes each document on one line");
   options
-      .add_option(
-          "--indent", fIndent,
-          "Spaces for each level, 0 to " + std::to_string(kWidest) + ", or a tab; default: 2")
-      ->check([](const std::string& text) {
+      .Text("--indent", fIndent,
+            "Spaces for each level, 0 to " + std::to_string(kWidest) + ", or a tab; default: 2")
+      .Check([](const std::string& text) {
         return IndentOf(text)
                    ? ""
                    : "neither a number from 0 to " + std::to_string(kWidest) + " nor tab";
       })
-      ->excludes(compact)
-      ->option_text("N|tab");
+      .NotWith(compact)
+      .ShownAs("N|tab");
 }
 
 void LayoutOption::Apply(const Writer& writer, bool onOneLine, WriteOptions& options) const {

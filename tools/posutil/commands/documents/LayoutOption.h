@@ -3,18 +3,15 @@
 
 #include <string>
 
+#include "commands/declarations/Options.h"
 #include "formats/Format.h"
-
-namespace CLI {
-class App;
-}
 
 namespace PosUtil {
 
 // The options of a command that writes documents: --compact and --indent.
 class LayoutOption {
  public:
-  void Declare(CLI::App& options);
+  void Declare(Options& options);
 
   // Returns whether one of the options is there.
   bool IsGiven() const { return fIsCompact || !fIndent.empty(); }

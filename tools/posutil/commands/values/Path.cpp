@@ -3,10 +3,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdint>
 #include <utility>
 
-#include "POSDict.h"
 #include "base/Failure.h"
 #include "base/Printable.h"
 
@@ -20,23 +18,16 @@ bool IsDigits(std::string_view text) {
   return !text.empty() && text.find_first_not_of(kDigits) == std::string_view::npos;
 }
 
-// The upper half of 2^32 is past the end of every array.
-std::size_t DeepIndex(std::string_view digits, Indices indices) {
-  std::uint32_t index = 0;
-  for (const char digit : digits) {
-    const std::uint64_t next = std::uint64_t{index} * 10 + static_cast<std::uint64_t>(digit - '0');
-    if (indices == Indices::kExact && next > INT32_MAX) return kNoIndex;
-    index = static_cast<std::uint32_t>(next);
-  }
-  return index <= INT32_MAX ? index : kNoIndex;
+std::size_t IndexOf(std::string_view digits) {
+  std::size_t index = 0;
+  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), index);
+  return result.ec == std::errc() ? index : kNoIndex;
 }
 
 std::size_t PointerIndex(std::string_view text, std::size_t count) {
   if (text == "-") return count;
   const bool isIndex = IsDigits(text) && (text.size() == 1 || text[0] != '0');
-  std::size_t index = 0;
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), index);
-  return isIndex && result.ec == std::errc() ? index : kNoIndex;
+  return isIndex ? IndexOf(text) : kNoIndex;
 }
 
 // Decodes "~0" and "~1". Returns false for another "~".
@@ -98,10 +89,9 @@ void Path::ParseDeep() {
   }
 }
 
-std::vector<Path::Step> Path::StepsFrom(const KAP_T_MT::CPOSObject& root) const {
+std::vector<Path::Step> Path::StepsFrom(bool isDict) const {
   std::vector<Step> steps = fSteps;
   if (fIsPointer) return steps;
-  const bool isDict = root.GetType() == KAP_T_MT::kPOSDict;
   if (isDict && steps.front().fKind == Step::kIndex) {
     steps.insert(steps.begin(), {Step::kKey, ""});
   } else if (!isDict && fText.empty()) {
@@ -115,9 +105,9 @@ void RequireWellFormed(const Path& path) {
   throw Failure("malformed path \"" + Printable(path.Text()) + "\"", kExitUsage);
 }
 
-std::size_t IndexIn(const Path::Step& step, std::size_t count, Indices indices) {
+std::size_t IndexIn(const Path::Step& step, std::size_t count) {
   if (step.fKind == Path::Step::kEither) return PointerIndex(step.fText, count);
-  return step.fKind == Path::Step::kIndex ? DeepIndex(step.fText, indices) : kNoIndex;
+  return step.fKind == Path::Step::kIndex ? IndexOf(step.fText) : kNoIndex;
 }
 
 }  // namespace PosUtil

@@ -7,16 +7,14 @@
 #include <string_view>
 #include <vector>
 
-#include "pos/POSObject.h"
-
 namespace PosUtil {
 
 // A path as a user gives it: a deep path such as a.b[2].c or, if it begins with "/", a JSON Pointer
 // (RFC 6901).
 //
-// Deep paths have the meaning that they have in the library. It reads them in dictionaries only;
-// here an index at the start also leads into an array that is the document, and the empty path to a
-// document that is not a dictionary.
+// Deep paths have the meaning that they have in the library, but for huge indices. It reads them in
+// dictionaries only; here an index at the start also leads into an array that is the document, and
+// the empty path to a document that is not a dictionary.
 class Path {
  public:
   explicit Path(std::string text) : Path(std::move(text), false) {}
@@ -36,7 +34,8 @@ class Path {
   const std::string& Text() const { return fText; }
   // Returns whether the text has the form of a path. A malformed one leads nowhere.
   bool IsWellFormed() const { return fIsWellFormed; }
-  std::vector<Step> StepsFrom(const KAP_T_MT::CPOSObject& root) const;
+  // The steps from a document, which may be a dictionary.
+  std::vector<Step> StepsFrom(bool isDict) const;
 
  private:
   Path(std::string text, bool isPointer);
@@ -54,9 +53,8 @@ void RequireWellFormed(const Path& path);
 
 // The index that a step is in an array of `count` slots, of which it may be past the end; kNoIndex
 // for a key. "-", in a pointer, is the end of the array. The library reads the index of a deep path
-// modulo 2^32; a change that did so would change another value than the path names.
+// modulo 2^32, which would be another value than the path names.
 inline constexpr std::size_t kNoIndex = SIZE_MAX;
-enum class Indices { kAsInLibrary, kExact };
-std::size_t IndexIn(const Path::Step& step, std::size_t count, Indices indices);
+std::size_t IndexIn(const Path::Step& step, std::size_t count);
 
 }  // namespace PosUtil

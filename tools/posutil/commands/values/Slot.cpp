@@ -9,7 +9,6 @@
 #include "POSDict.h"
 #include "base/Printable.h"
 #include "commands/values/Values.h"
-#include "formats/json/TaggedJson.h"
 
 namespace PosUtil {
 
@@ -19,12 +18,6 @@ using namespace KAP_T_MT;
 
 std::string Shown(const ValuePath& steps) {
   return steps.empty() ? "the document" : "\"" + Printable(UsablePath(steps)) + "\"";
-}
-
-// The kind of a value; of a kept one, its text.
-std::string KindOf(const CPOSObject& value, bool keepsValues) {
-  if (!keepsValues || !IsKeptValue(value)) return KindText(value.GetType());
-  return CPOSDict(value).GetString(kJsonTag, true).Get();
 }
 
 // Returns whether the text is a number, but has a sign or a leading zero.
@@ -40,7 +33,8 @@ bool IsMisspeltIndex(const std::string& text) {
 Slot::Slot(CPOSObject& root, const Path& path, LossMode loss, Use use, ArrayEdit* edit)
     : fRoot(&root), fKeepsValues(loss == LossMode::kKeep), fUse(use), fEdit(edit) {
   if (!path.IsWellFormed()) throw PathError("malformed path");
-  for (const Path::Step& step : path.StepsFrom(root)) Enter(step);
+  const bool isDict = root.GetType() == kPOSDict && !(fKeepsValues && IsKeptValue(root));
+  for (const Path::Step& step : path.StepsFrom(isDict)) Enter(step);
   // The value may be around the array in the edit. One in that array is not.
   const bool isInEdit = !fContainers.empty() && SlotsOf(Container());
   if (fEdit && !isInEdit) fEdit->End();
@@ -66,17 +60,13 @@ void Slot::PutAt(const CPOSObject& container, const PathStep& step, const CPOSOb
   (*slots)[step.fIndex] = value;
 }
 
-std::size_t Slot::IndexOf(const Path::Step& step, std::size_t count) const {
-  return IndexIn(step, count, fUse == Use::kRead ? Indices::kAsInLibrary : Indices::kExact);
-}
-
 void Slot::Enter(const Path::Step& step) {
   CPOSObject container = Value();
   if (container.IsNull()) {
     if (fUse != Use::kMake) throw PathError("there is no " + Shown(fSteps));
     // A number in a pointer may be a key, too; far more often it is an index.
-    const bool isArray = step.fKind == Path::Step::kIndex || IndexOf(step, 0) != kNoIndex;
-    if (isArray && IndexOf(step, 0) != 0) throw PathError("there is no " + Shown(fSteps));
+    const bool isArray = step.fKind == Path::Step::kIndex || IndexIn(step, 0) != kNoIndex;
+    if (isArray && IndexIn(step, 0) != 0) throw PathError("there is no " + Shown(fSteps));
     container = isArray ? CPOSObject(CPOSArray::New()) : CPOSObject(CPOSDict::New());
     Put(container);
   }
@@ -89,7 +79,7 @@ void Slot::Enter(const Path::Step& step) {
   } else if (const CPOSArray array(container, true);
              !array.IsNull() && step.fKind != Path::Step::kKey) {
     const std::size_t count = CountOf(array);
-    const std::size_t index = IndexOf(step, count);
+    const std::size_t index = IndexIn(step, count);
     if (index > count) FailAt(container, step);
     fSteps.emplace_back(index);
   } else {
@@ -99,7 +89,8 @@ void Slot::Enter(const Path::Step& step) {
 }
 
 void Slot::FailAt(const CPOSObject& value, const Path::Step& step) const {
-  std::string reason = Shown(fSteps) + " is " + KindOf(value, fKeepsValues);
+  std::string reason =
+      Shown(fSteps) + " is " + KindText(value, fKeepsValues ? LossMode::kKeep : LossMode::kWarn);
   if (const CPOSArray array(value, true); !array.IsNull()) {
     reason += " of " + std::to_string(CountOf(array));
     if (step.fKind != Path::Step::kIndex && IsMisspeltIndex(step.fText)) {

@@ -30,15 +30,14 @@ class PathError : public std::runtime_error {
 class Slot {
  public:
   enum class Use {
-    kRead,    // indices as in the library
-    kChange,  // exact indices
-    kMake,    // the same, and makes dictionaries on the way, and arrays where an index comes next
+    kFind,
+    kMake,  // makes dictionaries on the way, and arrays where an index comes next
   };
 
   // `root` must outlive the slot; a change of the whole document changes it. With LossMode::kKeep a
   // kept value is a scalar, and an escaped object is what JSON has. Changes one after another share
   // an `edit`, which must outlive the slot. Throws PathError.
-  Slot(KAP_T_MT::CPOSObject& root, const Path& path, LossMode loss, Use use = Use::kRead,
+  Slot(KAP_T_MT::CPOSObject& root, const Path& path, LossMode loss, Use use = Use::kFind,
        ArrayEdit* edit = nullptr);
 
   // The steps to this place.
@@ -59,7 +58,6 @@ class Slot {
 
  private:
   void Enter(const Path::Step& step);
-  std::size_t IndexOf(const Path::Step& step, std::size_t count) const;
   // The step leads nowhere from this value.
   [[noreturn]] void FailAt(const KAP_T_MT::CPOSObject& value, const Path::Step& step) const;
   // The container around the value. There is none around the document.

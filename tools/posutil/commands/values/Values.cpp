@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "formats/json/JsonNumber.h"
 #include "formats/json/TaggedJson.h"
 
 namespace PosUtil {
@@ -13,7 +14,7 @@ namespace {
 
 using namespace KAP_T_MT;
 
-// The text of the only member "$json"; null for any other value.
+// The text of the only member "$json", which lives as long as the value; null for any other value.
 const char* KeptText(const CPOSObject& value) {
   const CPOSDict dict(value, true);
   if (dict.IsNull()) return nullptr;
@@ -34,17 +35,28 @@ std::size_t KeptDepth(CPOSObject value) {
   }
 }
 
+}  // namespace
+
 bool IsContainer(const CPOSObject& value) {
   return !value.IsNull() && !POSIsScalar(static_cast<POSType>(value.GetType()));
 }
-
-}  // namespace
 
 std::string KindText(int type) {
   const char* const name = POSTypeName(type);
   if (!name) return "a value of an unknown kind";
   if (type == kPOSBinData) return name;
   return (type == kPOSArray ? "an " : "a ") + std::string(name);
+}
+
+std::optional<int> TypeOf(const CPOSObject& value, LossMode loss) {
+  if (loss != LossMode::kKeep || !IsKeptValue(value)) return value.GetType();
+  const char first = *KeptText(value);
+  return first == '-' || IsDigit(first) ? std::optional<int>(kPOSNumber) : std::nullopt;
+}
+
+std::string KindText(const CPOSObject& value, LossMode loss) {
+  const auto type = TypeOf(value, loss);
+  return type ? KindText(*type) : KeptText(value);
 }
 
 std::vector<CPOSObject> ValuesFrom(const CPOSArray& array, std::size_t begin) {
@@ -65,61 +77,6 @@ void ReplaceFrom(CPOSArray& array, std::size_t begin, const std::vector<CPOSObje
   if (values.empty() || !values.back().IsNull()) return;
   array.SetAt(end, CPOSNumber(0.0));  // only a value makes an array longer
   array.Remove(end);
-}
-
-CPOSObject ValueAt(const CPOSObject& root, const ValuePath& path, LossMode loss) {
-  CPOSObject value = root;
-  for (const PathStep& step : path) {
-    if (value.IsNull()) return value;
-    if (loss == LossMode::kKeep) value = Unescaped(value);
-    if (step.fIsIndex) {
-      const CPOSArray array(value, true);
-      value = array.IsNull() ? CPOSObject() : array.GetAt(step.fIndex, true);
-    } else {
-      const CPOSDict dict(value, true);
-      value = dict.IsNull() ? CPOSObject() : dict.Get(step.fKey, true);
-    }
-  }
-  return value;
-}
-
-// The library's equality ignores the members that only the second dictionary has.
-bool IsSame(const CPOSObject& a, const CPOSObject& b) {
-  if (a.IsNull() || b.IsNull()) return a.IsNull() == b.IsNull();
-  return a.IsEqual(b) && b.IsEqual(a);
-}
-
-CPOSObject DeepCopy(const CPOSObject& value) {
-  struct Pair {
-    CPOSObject fSource;
-    CPOSObject fCopy;
-  };
-  std::vector<Pair> pairs;
-  // The members of a container follow later. Nothing changes scalars, so they are shared.
-  const auto copy = [&](const CPOSObject& source) {
-    if (!IsContainer(source)) return source;
-    CPOSObject target =
-        source.GetType() == kPOSArray ? CPOSObject(CPOSArray::New()) : CPOSObject(CPOSDict::New());
-    pairs.push_back({source, target});
-    return target;
-  };
-  CPOSObject root = copy(value);
-  while (!pairs.empty()) {
-    const Pair pair = std::move(pairs.back());
-    pairs.pop_back();
-    if (const CPOSDict source(pair.fSource, true); !source.IsNull()) {
-      CPOSDict target(pair.fCopy);
-      for (CPOSDictIterator i(source); !i.IsDone(); i.Next()) {
-        target.Put(i.CurKey(), copy(source.Get(i.CurKey(), true)));
-      }
-    } else {
-      std::vector<CPOSObject> values = ValuesFrom(CPOSArray(pair.fSource), 0);
-      std::transform(values.begin(), values.end(), values.begin(), copy);
-      CPOSArray target(pair.fCopy);
-      ReplaceFrom(target, 0, values);
-    }
-  }
-  return root;
 }
 
 CPOSObject Unescaped(const CPOSObject& value) {

@@ -17,6 +17,10 @@ using namespace KAP_T_MT;
 using Messages = std::span<const ParsedMessage>;
 
 constexpr std::size_t kLongestFound = 60;
+// Values that nest deeper have messages that end early. Calls nest as deep, and each check again
+// reads the rest of the value.
+constexpr std::size_t kDeepest = 1000;
+constexpr std::size_t kMostChecksAgain = 1000;
 constexpr std::string_view kMissing = "Missing required member ";
 constexpr std::string_view kUnknown = "Unknown member ";
 constexpr std::string_view kNotEnumerated = "not one of the enumerated values";
@@ -98,7 +102,10 @@ std::string Shown(const CPOSObject& value) {
     const std::string_view text = string.Get();
     const std::size_t length = Utf8Boundary(text, std::min(text.size(), kLongestFound));
     std::string shown = "\"";
-    AppendPrintable(shown, text.substr(0, length), Quotes::kEscaped);
+    for (const char c : text.substr(0, length)) {
+      if (c == '"' || c == '\\') shown += '\\';
+      shown += c;
+    }
     return shown + (length < text.size() ? "\"..." : "\"");
   }
   if (const CPOSArray array(value, true); array) {
@@ -108,6 +115,15 @@ std::string Shown(const CPOSObject& value) {
   if (CPOSUnicodeString(value, true)) return "a Unicode string";
   if (CPOSBinData(value, true)) return "binary data";
   return value.IsNull() ? "an empty slot" : "";
+}
+
+// The text without the first bytes of a character at its end.
+std::string WithoutTornCharacter(std::string_view text) {
+  std::size_t last = text.size();
+  while (last > 0 && text.size() - last < 4 && (text[last - 1] & 0xC0) == 0x80) --last;
+  if (last > 0 && (text[last - 1] & 0x80)) --last;
+  return std::string(
+      text.substr(0, Utf8CharacterLength(text.substr(last)) > 0 ? text.size() : last));
 }
 
 // Follows the steps of a message through the object and the schema.
@@ -121,6 +137,13 @@ class Walk {
   Walk(const CheckedDocument& checked, const ParsedMessage& message, std::size_t depth)
       : fSchema(checked.fSchema), fObject(checked.fObject), fType(checked.fType) {
     for (const MessageStep& step : std::span(message.fSteps).first(depth)) Follow(step);
+  }
+
+  // Of a union, the number of its alternatives, as far as the schema shows it.
+  std::size_t Alternatives() const {
+    const CPOSDict definition = Definition();
+    const CPOSArray set = definition.IsNull() ? CPOSArray() : definition.GetArray("set", true);
+    return set.IsNull() ? 0 : set.Count();
   }
 
   CPOSDict fSchema;
@@ -299,20 +322,59 @@ void Explainer::Explain(const std::vector<std::string>& texts, Verdict& verdict)
   verdict.fUnshown = fUnexplained;
 }
 
+// Returns whether a message is cut before it shows what is wrong here, or which alternatives there
+// are. Only a check of a value further inside than that of the message shows more.
+bool Explainer::NeedsCheckAgain(Messages messages, std::size_t depth) const {
+  if (!fChecked.fCheckAgain || depth > kDeepest || fChecksAgain == kMostChecksAgain ||
+      fExplained.size() == fMaxMessages) {
+    return false;
+  }
+  return std::any_of(messages.begin(), messages.end(), [depth](const ParsedMessage& message) {
+    const std::size_t count = message.fSteps.size();
+    if (!message.fIsCut || depth <= message.fBase) return false;
+    return count <= depth ||
+           (message.fSteps[depth].fKind == MessageStep::kUnion && count <= depth + 2);
+  });
+}
+
+// The messages about the value to which the first `depth` steps lead; none if they cannot be had.
+std::vector<ParsedMessage> Explainer::CheckAgain(const ParsedMessage& first, std::size_t depth) {
+  ++fChecksAgain;
+  const Walk walk(fChecked, first, depth);
+  std::vector<ParsedMessage> messages;
+  if (walk.fObject.IsNull() || walk.fType.empty()) return messages;
+  const std::size_t limit = std::clamp<std::size_t>(fMaxMessages, 100, 10'000);
+  const MessageTexts texts = fChecked.fCheckAgain(walk.fObject, walk.fType, limit);
+  fUnexplained += texts.fOthers;
+  for (const std::string& text : texts.fFirst) {
+    ParsedMessage message = ParseMessage(text, walk.fObject);
+    message.fSteps.insert(message.fSteps.begin(), first.fSteps.begin(),
+                          first.fSteps.begin() + static_cast<std::ptrdiff_t>(depth));
+    message.fText = "... " + text;
+    message.fBase = depth;
+    messages.push_back(std::move(message));
+  }
+  return messages;
+}
+
 void Explainer::Add(Messages messages, std::size_t depth, std::size_t others) {
+  if (NeedsCheckAgain(messages, depth)) {
+    const std::vector<ParsedMessage> again = CheckAgain(messages.front(), depth);
+    if (!again.empty()) return Add(again, depth, others);
+  }
   for (const Messages& group : Groups(messages, depth)) {
     const ParsedMessage& first = group.front();
     if (depth >= first.fSteps.size() || fBranches == Branches::kAll) {
       for (const ParsedMessage& message : group) AddMessage(message, others);
     } else if (IsUnion(group, depth)) {
-      AddClosest(group, depth + 1, others);
+      AddClosest(group, depth + 1);
     } else {
       Add(group, depth + 1, others);
     }
   }
 }
 
-void Explainer::AddClosest(Messages messages, std::size_t depth, std::size_t others) {
+void Explainer::AddClosest(Messages messages, std::size_t depth) {
   const std::vector<Messages> groups = Groups(messages, depth);
   std::size_t closest = 0;
   Distance least(true, SIZE_MAX, SIZE_MAX);
@@ -321,7 +383,9 @@ void Explainer::AddClosest(Messages messages, std::size_t depth, std::size_t oth
     if (distance < least) closest = i;
     least = std::min(least, distance);
   }
-  Add(groups[closest], depth + 1, others + groups.size() - 1);
+  const std::size_t all =
+      std::max(groups.size(), Walk(fChecked, messages.front(), depth).Alternatives());
+  Add(groups[closest], depth + 1, all - 1);
 }
 
 void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
@@ -329,6 +393,7 @@ void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
     ++fUnexplained;
     return;
   }
+  if (message.fIsCut) return AddCut(message);
   const Walk walk(fChecked, message);
   VerdictMessage explained;
   explained.fText = message.fText;
@@ -341,6 +406,18 @@ void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
   }
   explained.fOtherAlternatives = others;
   fExplained.push_back(std::move(explained));
+}
+
+// Such messages differ only in what is cut.
+void Explainer::AddCut(const ParsedMessage& message) {
+  const Walk walk(fChecked, message, message.fSteps.size());
+  VerdictMessage explained;
+  explained.fText = WithoutTornCharacter(message.fText) + "...";
+  explained.fPath = JsonPointer(walk.fPath);
+  explained.fPlace = fChecked.fPlaces->PlaceOf(walk.fPath, walk.fPart);
+  const bool isRepeated = !fExplained.empty() && fExplained.back().fPath == explained.fPath &&
+                          fExplained.back().fText == explained.fText;
+  if (!isRepeated) fExplained.push_back(std::move(explained));
 }
 
 }  // namespace PosUtil

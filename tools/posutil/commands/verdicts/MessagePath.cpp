@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <optional>
+#include <utility>
 
 #include "POSDict.h"
 
@@ -25,17 +26,23 @@ class Parser {
  public:
   Parser(std::string_view text, CPOSObject object) : fRest(text), fObject(std::move(object)) {}
 
+  // Members first: their names may look like other contexts.
   std::optional<MessageStep> Next() {
-    if (Take("Not a valid union type: ")) return MessageStep{MessageStep::kUnion};
-    if (Take("Trying ")) return MessageStep{MessageStep::kAlternative, 0, {}, TakeUntil(": ")};
+    if (auto step = NextIndex()) return step;
+    if (auto step = NextMember()) return step;
+    if (std::exchange(fIsInUnion, false) && Take("Trying ")) {
+      return MessageStep{MessageStep::kAlternative, 0, {}, TakeUntil(": ")};
+    }
     if (Take("Failed intersection type ")) {
       return MessageStep{MessageStep::kIntersection, 0, {}, TakeUntil(": ")};
     }
-    if (auto step = NextIndex()) return step;
-    return NextMember();
+    fIsInUnion = Take("Not a valid union type: ");
+    return fIsInUnion ? std::optional(MessageStep{MessageStep::kUnion}) : std::nullopt;
   }
 
   std::string_view Rest() const { return fRest; }
+  // Returns whether the text has ended inside of the last step.
+  bool IsTorn() const { return fIsTorn; }
 
  private:
   bool Take(std::string_view start) {
@@ -45,6 +52,7 @@ class Parser {
   }
   std::string TakeUntil(std::string_view end) {
     const std::size_t length = fRest.find(end);
+    fIsTorn |= length == std::string_view::npos;
     std::string taken(fRest.substr(0, length));
     fRest.remove_prefix(length == std::string_view::npos ? fRest.size() : length + end.size());
     return taken;
@@ -81,15 +89,24 @@ class Parser {
 
   std::string_view fRest;
   CPOSObject fObject;
+  bool fIsInUnion = false;
+  bool fIsTorn = false;
 };
 
 }  // namespace
 
 ParsedMessage ParseMessage(const std::string& text, const CPOSObject& object) {
-  ParsedMessage message = {text, {}, {}};
+  ParsedMessage message = {.fText = text, .fIsCut = text.size() >= kLongestMessage};
   Parser parser(text, object);
-  while (auto step = parser.Next()) message.fSteps.push_back(std::move(*step));
+  while (auto step = parser.Next()) {
+    if (message.fIsCut && parser.IsTorn()) break;
+    message.fSteps.push_back(std::move(*step));
+  }
   message.fRest = parser.Rest();
+  auto& steps = message.fSteps;
+  if (message.fIsCut && !steps.empty() && steps.back().fKind == MessageStep::kUnion) {
+    steps.pop_back();
+  }
   return message;
 }
 

@@ -24,9 +24,14 @@ struct MessageStep {
 // A message of the library, taken apart.
 struct ParsedMessage {
   std::string fText;  // as a whole
-  std::vector<MessageStep> fSteps;
-  std::string fRest;  // what is wrong, after the contexts
+  std::vector<MessageStep> fSteps = {};
+  std::string fRest = {};  // what is wrong, after the contexts
+  bool fIsCut = false;     // the steps are the complete ones; fRest has no meaning
+  std::size_t fBase = 0;   // the number of first steps that the text does not have
 };
+
+// The library cuts a longer message.
+inline constexpr std::size_t kLongestMessage = 1023;
 
 // Names of members may hold any text, so the parser asks the checked object where a name ends.
 ParsedMessage ParseMessage(const std::string& text, const KAP_T_MT::CPOSObject& object);

@@ -3,11 +3,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
 #include <utility>
 
 #include "base/Failure.h"
 #include "base/Printable.h"
 #include "commands/verdicts/MessageReceiver.h"
+#include "formats/Visitor.h"
 
 namespace PosUtil {
 
@@ -30,24 +32,87 @@ std::size_t LimitFor(const CheckOptions& options) {
   return shown > SIZE_MAX / kForEachShown ? SIZE_MAX : std::max(shown * kForEachShown, kAtLeast);
 }
 
-// `check` takes the procedure for messages and returns whether the object is valid. The check of a
-// schema throws what other checks report; both become the same Failure.
+// Finds the empty slots of a document, which the library cannot check.
+class EmptySlots final : public Visitor {
+ public:
+  EmptySlots(const CheckedDocument& checked, const CheckOptions& options, Verdict& verdict)
+      : fChecked(checked), fOptions(options), fVerdict(verdict) {}
+
+  // Returns whether there is one; each is a message.
+  bool Find(const std::string& name) {
+    Visit(fChecked.fObject, name, *this);
+    return fCount > 0;
+  }
+
+  void At(const Place& place) override {
+    fPath.resize(place.fDepth, PathStep(0));
+    if (place.fDepth > 0) {
+      fPath.back() = place.fKey ? PathStep(std::string(place.fKey)) : PathStep(place.fIndex);
+    }
+  }
+  void Number(double) override {}
+  void String(const char*) override {}
+  void UnicodeString(const unsigned short*) override {}
+  void BinData(const char*, const unsigned char*, std::size_t) override {}
+  void RawPointer(const void*) override {}
+  void EmptySlot() override {
+    ++fCount;
+    if (fOptions.fMessages == Messages::kUnwanted) return;
+    if (fVerdict.fMessages.size() == fOptions.fMaxMessages) return void(++fVerdict.fUnshown);
+    fVerdict.fMessages.push_back({.fText = "An empty slot (null) of an array has no type",
+                                  .fPath = JsonPointer(fPath),
+                                  .fPlace = fChecked.fPlaces->PlaceOf(fPath, Positions::kValue)});
+  }
+  void BeginArray(std::size_t) override {}
+  void BeginDict(POSDict*) override {}
+  void EndArray(const Place&, std::size_t) override {}
+  void EndDict(const Place&, std::size_t) override {}
+
+ private:
+  const CheckedDocument& fChecked;
+  const CheckOptions& fOptions;
+  Verdict& fVerdict;
+  ValuePath fPath;
+  std::size_t fCount = 0;
+};
+
+// Runs `check`, which returns whether the object is valid. The check of a schema throws what other
+// checks report; both become the same Failure.
+template <class Check>
+bool RunCheck(const std::string& name, Library& library, MessageReceiver& receiver, Check check) {
+  try {
+    const bool isValid = check();
+    receiver.Rethrow();
+    library.CheckReports(name);
+    return isValid;
+  } catch (const Failure&) {
+    throw;
+  } catch (const std::exception& error) {
+    receiver.Rethrow();
+    library.CheckReports(name);
+    throw Failure(ReportText(name, error.what()));
+  }
+}
+
+// `check` takes the procedure for messages.
 template <class Check>
 Verdict MakeCheck(const std::string& name, Library& library, const CheckOptions& options,
                   const CheckedDocument& checked, Check check) {
   MessageReceiver receiver(LimitFor(options));
   Verdict verdict;
   try {
-    verdict.fIsValid =
-        check(options.fMessages == Messages::kWanted ? &MessageReceiver::Receive : nullptr);
-  } catch (const std::exception& error) {
-    receiver.Rethrow();
-    library.CheckReports(name);
-    throw Failure(ReportText(name, error.what()));
+    verdict.fIsValid = RunCheck(name, library, receiver, [&] {
+      return check(options.fMessages == Messages::kWanted ? &MessageReceiver::Receive : nullptr);
+    });
+  } catch (const Failure& failure) {
+    const bool isSlot = std::string_view(failure.what()).ends_with("GetAt subscript failed");
+    if (!isSlot || !EmptySlots(checked, options, verdict).Find(name)) throw;
+    return verdict;
   }
-  receiver.Rethrow();
-  library.CheckReports(name);
-  Explainer(checked, options.fBranches, options.fMaxMessages).Explain(receiver.Take(), verdict);
+  RunCheck(name, library, receiver, [&] {
+    Explainer(checked, options.fBranches, options.fMaxMessages).Explain(receiver.Take(), verdict);
+    return true;
+  });
   verdict.fUnshown += receiver.Dropped();
   return verdict;
 }
@@ -75,7 +140,7 @@ Schema::Schema(const CPOSObject& object, std::string name, DocumentPlaces& place
       fValidator(fTypes) {}
 
 Verdict Schema::CheckItself(const CheckOptions& options) const {
-  const CheckedDocument checked = {fTypes, "StructSchema", &fPlaces, {}, nullptr};
+  const CheckedDocument checked = {fTypes, "StructSchema", &fPlaces, {}, nullptr, {}};
   return MakeCheck(fName, fLibrary, options, checked, [this](POSMessageProc message) {
     return CPOSStructValidator::ValidateSchema(fTypes, message);
   });
@@ -105,7 +170,15 @@ void Schema::RequireType(const std::string& type) const {
 Verdict Schema::Check(const CPOSObject& object, const CKAPStringAtom& type,
                       const std::string& objectName, DocumentPlaces& places,
                       const CheckOptions& options) const {
-  const CheckedDocument checked = {object, type.Text(), &places, fTypes, &fPlaces};
+  const auto checkAgain = [this](const CPOSObject& value, const std::string& innerType,
+                                 std::size_t limit) {
+    MessageReceiver receiver(limit);
+    const CKAPStringAtom typeAtom(innerType.c_str());
+    static_cast<void>(fValidator.Validate(value, typeAtom, &MessageReceiver::Receive));
+    receiver.Rethrow();
+    return MessageTexts{receiver.Take(), receiver.Dropped()};
+  };
+  const CheckedDocument checked = {object, type.Text(), &places, fTypes, &fPlaces, checkAgain};
   return MakeCheck(objectName, fLibrary, options, checked, [&](POSMessageProc message) {
     return fValidator.Validate(object, type, message);
   });

@@ -6,19 +6,12 @@
 
 namespace PosUtil {
 
-namespace {
-
-constexpr std::size_t kLongest = 2000;  // a message fits on a page
-
-}  // namespace
-
 std::string MessageLines(const std::string& name, const std::string& ruleName,
                          const VerdictMessage& message) {
   std::string lines = message.fPlace ? NameOfPlace(name, *message.fPlace) : Printable(name);
   lines += ": ";
-  AppendPrintable(lines, std::string_view(message.fText).substr(0, kLongest));
-  if (message.fText.size() > kLongest) lines += "...";
-  if (!message.fFound.empty()) lines += "; found " + message.fFound;
+  AppendPrintable(lines, message.fText);
+  if (!message.fFound.empty()) AppendPrintable(lines += "; found ", message.fFound);
   if (message.fOtherAlternatives > 0) {
     lines +=
         " (the closest of " + std::to_string(message.fOtherAlternatives + 1) + " alternatives)";

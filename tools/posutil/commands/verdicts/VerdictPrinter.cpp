@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "commands/verdicts/VerdictPrinter.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "base/Printable.h"
+#include "base/Utf.h"
 #include "formats/json/JsonText.h"
 
 namespace PosUtil {
@@ -83,6 +87,12 @@ class JsonPrinter final : public VerdictPrinter {
     fOut.Put('}');
   }
 
+  void PrintFailure(const std::string& reason) override {
+    fOut.Put("{\"files\":[]");
+    PutMember("error", reason);
+    fOut.Put("}\n");
+  }
+
   void End(const VerdictCounts& counts) override {
     fOut.Put("\n]");
     PutCount("valid", counts.fValid);
@@ -138,11 +148,16 @@ class JsonPrinter final : public VerdictPrinter {
     PutText(text);
   }
 
-  // Names and messages may hold bytes that JSON cannot hold.
-  void PutText(const std::string& text) {
-    std::string printable;
-    AppendPrintable(printable, text);
-    PutJsonString(fOut, printable.c_str());
+  // Names and messages may hold bytes that JSON cannot hold: they become escapes.
+  void PutText(std::string_view text) {
+    std::string valid;
+    while (!text.empty()) {
+      const std::size_t length = Utf8CharacterLength(text);
+      const std::string_view next = text.substr(0, std::max<std::size_t>(length, 1));
+      length > 0 ? void(valid += next) : AppendPrintable(valid, next);
+      text.remove_prefix(next.size());
+    }
+    PutJsonString(fOut, valid.c_str());
   }
 
   bool fIsFirst = true;

@@ -46,6 +46,8 @@ class VerdictPrinter {
   // For a document without a verdict. `reason` is on standard error too.
   virtual void PrintUnchecked(const CheckedName& name, const std::string& reason) = 0;
   virtual void End(const VerdictCounts& counts) = 0;
+  // Instead of all this: nothing can be checked. `reason` is on standard error too.
+  virtual void PrintFailure(const std::string& /*reason*/) {}
 
  protected:
   Output& fOut;

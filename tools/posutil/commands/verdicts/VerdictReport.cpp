@@ -1,24 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "commands/verdicts/VerdictReport.h"
 
-#include <CLI/CLI.hpp>
-
 namespace PosUtil {
 
-void VerdictOptions::Declare(CLI::App& options) {
-  options.add_option("--format", fForm, "Format of the results; default: text")
-      ->check(CLI::IsMember({VerdictPrinter::kText, VerdictPrinter::kJson}))
-      ->option_text("text|json");
-  options
-      .add_option("--max-errors", fMaxErrors, "The most messages to print, 0 for all; default: 100")
-      ->option_text("N");
-  options.add_flag("--all-branches", fShowsAllBranches,
-                   "Explains every alternative of a union, not only the closest one");
-  options.add_flag("--quiet,-q", fIsQuiet, "Prints no results; only the exit status");
+void VerdictOptions::Declare(Options& options) {
+  options.Text("--format", fForm, "Format of the results; default: text")
+      .OneOf({VerdictPrinter::kText, VerdictPrinter::kJson});
+  options.Number("--max-errors", fMaxErrors, "The most messages to print, 0 for all; default: 100")
+      .ShownAs("N");
+  options.Flag("--all-branches", fShowsAllBranches,
+               "Explains every alternative of a union, not only the closest one");
+  options.Flag("--quiet,-q", fIsQuiet, "Prints no results; only the exit status");
 }
 
 std::unique_ptr<VerdictPrinter> VerdictOptions::NewPrinter(Session& session) const {
   return fIsQuiet ? nullptr : VerdictPrinter::New(fForm, session.OutStyle(), session.Out());
+}
+
+void VerdictOptions::PrintFailure(const std::string& reason, Session& session) const {
+  if (const auto printer = NewPrinter(session)) printer->PrintFailure(reason);
+  session.Out().Flush();
 }
 
 CheckOptions VerdictOptions::Check() const {

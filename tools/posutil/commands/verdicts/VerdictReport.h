@@ -9,13 +9,11 @@
 #include <utility>
 
 #include "base/Failure.h"
+#include "base/SyntaxError.h"
+#include "commands/declarations/Options.h"
 #include "commands/verdicts/Schema.h"
 #include "commands/verdicts/VerdictPrinter.h"
 #include "program/Session.h"
-
-namespace CLI {
-class App;
-}
 
 namespace PosUtil {
 
@@ -23,7 +21,7 @@ namespace PosUtil {
 class VerdictOptions {
  public:
   // Declares --format, --quiet, --max-errors and --all-branches.
-  void Declare(CLI::App& options);
+  void Declare(Options& options);
 
   CheckOptions Check() const;
   // Whether messages need the text of what is checked.
@@ -32,6 +30,8 @@ class VerdictOptions {
   std::size_t MaxMessages() const { return fMaxErrors == 0 ? SIZE_MAX : fMaxErrors; }
   // Null with --quiet.
   std::unique_ptr<VerdictPrinter> NewPrinter(Session& session) const;
+  // Prints that nothing can be checked, where the form has a place for it.
+  void PrintFailure(const std::string& reason, Session& session) const;
 
  private:
   std::string fForm = VerdictPrinter::kText;
@@ -53,7 +53,7 @@ class VerdictReport {
   CheckOptions Check() const;
 
   // `makeVerdict` checks a document, or returns nothing if there is none; if it throws Failure, the
-  // document counts as unchecked. Returns whether it has made a verdict.
+  // document counts as unchecked. Returns whether the input may have another document.
   template <class MakeVerdict>
   bool Add(const CheckedName& name, MakeVerdict makeVerdict) {
     std::optional<Verdict> verdict;
@@ -62,7 +62,8 @@ class VerdictReport {
     } catch (const PlacedFailure& error) {
       fSession.ComplainPlainly(error.what());
       CountUnchecked(name, error.what());
-      return false;  // an input is of no use after an error in it
+      // An input is of no use after another error in it.
+      return dynamic_cast<const LossFailure*>(&error) || dynamic_cast<const UnheldValue*>(&error);
     } catch (const Failure& failure) {
       fSession.Complain(failure.what());
       CountUnchecked(name, failure.what());

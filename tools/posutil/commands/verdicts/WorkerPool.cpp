@@ -11,7 +11,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <new>
 
 #include "base/Failure.h"
@@ -22,21 +24,23 @@ namespace {
 
 static_assert(std::atomic<std::size_t>::is_always_lock_free, "the processes share one");
 
-std::atomic<std::size_t>* NewShared() {
-  void* const memory = ::mmap(nullptr, sizeof(std::atomic<std::size_t>), PROT_READ | PROT_WRITE,
-                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  if (memory == MAP_FAILED) throw std::bad_alloc();
-  return new (memory) std::atomic<std::size_t>(0);
-}
+constexpr timespec kPause = {0, 2'000'000};  // of a worker that is far ahead
 
 }  // namespace
 
-void WorkerPool::Unmap::operator()(std::atomic<std::size_t>* shared) const noexcept {
+WorkerPool::Shared* WorkerPool::NewShared() {
+  void* const memory =
+      ::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  return new (memory) Shared;
+}
+
+void WorkerPool::Unmap::operator()(Shared* shared) const noexcept {
   ::munmap(shared, sizeof *shared);
 }
 
 WorkerPool::WorkerPool(std::size_t workers, std::size_t tasks)
-    : fMost(workers), fTasks(tasks), fNextTask(NewShared()) {
+    : fMost(workers), fTasks(tasks), fShared(NewShared()) {
   StartAll(workers);
   if (!IsWorker() && fWorkers.empty()) {
     throw Failure(std::string("cannot start a process: ") + std::strerror(errno));
@@ -51,7 +55,7 @@ void WorkerPool::StartAll(std::size_t workers) {
 }
 
 bool WorkerPool::Restart() {
-  const std::size_t taken = fNextTask->load(std::memory_order_relaxed);
+  const std::size_t taken = fShared->fNextTask.load(std::memory_order_relaxed);
   if (taken >= fTasks || taken == fTaken) return false;
   fTaken = taken;
   StartAll(std::min(fMost, fTasks - taken));
@@ -96,8 +100,10 @@ void WorkerPool::Collect() {
 }
 
 std::optional<std::size_t> WorkerPool::NextTask() {
-  const std::size_t task = fNextTask->fetch_add(1, std::memory_order_relaxed);
-  return task < fTasks ? std::optional(task) : std::nullopt;
+  const std::size_t task = fShared->fNextTask.fetch_add(1, std::memory_order_relaxed);
+  if (task >= fTasks) return std::nullopt;
+  while (task >= fShared->fLimit.load(std::memory_order_relaxed)) ::nanosleep(&kPause, nullptr);
+  return task;
 }
 
 void WorkerPool::ReceiveAll(const Receive& receive) {
@@ -121,6 +127,8 @@ void WorkerPool::ReceiveAll(const Receive& receive) {
       waiting[i].fd = -1;  // poll skips it
       fWorkers[i].fPipe = Descriptor();
       --open;
+      fHasLost = true;
+      fShared->fLimit.store(SIZE_MAX, std::memory_order_relaxed);
     }
   }
   Collect();

@@ -45,6 +45,11 @@ class WorkerPool {
   // For the parent: calls `receive` with the bytes that the workers send, until all have ended.
   using Receive = std::function<void(std::size_t worker, std::string_view bytes)>;
   void ReceiveAll(const Receive& receive);
+  // For the parent: the first tasks, this many, need no more memory. Workers wait before they run
+  // far ahead of them.
+  void SetDone(std::size_t tasks) {
+    if (!fHasLost) fShared->fLimit.store(tasks + kMostAhead, std::memory_order_relaxed);
+  }
   // The number of workers that run.
   std::size_t Count() const { return fWorkers.size(); }
   // After ReceiveAll: whether a worker was killed or returned an exit status other than 0.
@@ -55,9 +60,18 @@ class WorkerPool {
     pid_t fProcess;
     Descriptor fPipe;
   };
-  struct Unmap {
-    void operator()(std::atomic<std::size_t>* shared) const noexcept;
+  // In memory that all processes share.
+  struct Shared {
+    std::atomic<std::size_t> fNextTask = 0;
+    std::atomic<std::size_t> fLimit = kMostAhead;  // no worker begins this task or a later one
   };
+  struct Unmap {
+    void operator()(Shared* shared) const noexcept;
+  };
+  static Shared* NewShared();
+
+  // Results of tasks wait in memory for those of the tasks before.
+  static constexpr std::size_t kMostAhead = 256;
 
   void StartAll(std::size_t workers);
   bool Start();
@@ -68,7 +82,8 @@ class WorkerPool {
   const std::size_t fTasks;
   std::size_t fTaken = 0;  // at the last Restart
   bool fHasFailed = false;
-  std::unique_ptr<std::atomic<std::size_t>, Unmap> fNextTask;
+  bool fHasLost = false;  // a worker has ended, perhaps with a task that will never be done
+  std::unique_ptr<Shared, Unmap> fShared;
   std::vector<Worker> fWorkers;  // of the parent
   Descriptor fResults;           // of a worker
 };

@@ -247,6 +247,14 @@ std::string JsonBuilder::Path() const {
   return path;
 }
 
+void JsonBuilder::Drop() {
+  fLevels.clear();
+  fKeysSeen.clear();
+  fKey = nullptr;
+  fLastIsKept = false;
+  fLastPlain = Handle();
+}
+
 KAP_T_MT::CPOSObject JsonBuilder::Take() { return {NotNull(fRoot.Detach()), KAP_T_MT::KAPAdopt()}; }
 
 }  // namespace PosUtil

@@ -38,6 +38,8 @@ class JsonBuilder {
   std::string Path() const;
   // The object. Call it after the last piece; the next document may follow.
   KAP_T_MT::CPOSObject Take();
+  // Forgets the document so far.
+  void Drop();
   // With this, an object that looks like a kept value stays different from one.
   void EscapeKept() { fEscapesKept = true; }
 

@@ -36,21 +36,23 @@ class JsonDocuments final : public DocumentSequence {
 
   KAP_T_MT::CPOSObject Next() override {
     try {
+      if (std::exchange(fMustSkip, false)) fScanner.SkipDocument();
       KAP_T_MT::CPOSObject object = DocumentSequence::Next();
       // With several documents, warnings wait for the last one, but an error keeps this one from
       // being written.
       if (object.IsNull() || kExtent == Extent::kOne || fSession.Loss() == LossMode::kError) {
-        fSession.ReportLosses(fLosses);
+        ReportLosses();
       }
       return object;
-    } catch (const Failure&) {
+    } catch (const Failure& failure) {
+      fMustSkip = dynamic_cast<const UnheldValue*>(&failure);
       // The documents before are written. With an error for each loss, the failure may be one.
-      if (kExtent == Extent::kAll && fSession.Loss() != LossMode::kError) {
-        fSession.ReportLosses(fLosses);
-      }
+      if (kExtent == Extent::kAll && fSession.Loss() != LossMode::kError) ReportLosses();
       throw;
     }
   }
+
+  void ReportLosses() override { fSession.ReportLosses(fLosses); }
 
   DocumentText LastText() const override {
     return {fInput.Part(), fInput.KeptFrom(), fInput.BeforeKept()};
@@ -59,6 +61,7 @@ class JsonDocuments final : public DocumentSequence {
  private:
   bool SkipSpace() override { return fScanner.SkipSpace(); }
   void KeepFromHere() override { fScanner.KeepFromHere(); }
+  void KeepNothing() override { fInput.KeepNothing(); }
   KAP_T_MT::CPOSObject ReadDocument() override {
     fScanner.ReadDocument();
     return fBuilder.Take();
@@ -72,6 +75,7 @@ class JsonDocuments final : public DocumentSequence {
   JsonBuilder fBuilder;
   Losses fLosses;
   JsonScanner fScanner;
+  bool fMustSkip = false;
 };
 
 class JsonReader final : public Reader {

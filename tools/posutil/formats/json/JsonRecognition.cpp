@@ -19,13 +19,10 @@ namespace {
 using Recognition = Reader::Recognition;
 
 constexpr std::string_view kSpace = " \t\r\n";
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 class Recognizer {
  public:
-  Recognizer(std::string_view text, bool isAll) : fText(text), fIsAll(isAll) {
-    if (fText.starts_with(kByteOrderMark)) fAt = kByteOrderMark.size();
-  }
+  Recognizer(std::string_view text, bool isAll) : fText(text), fIsAll(isAll) {}
 
   Recognition Run() {
     for (;;) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -21,8 +22,7 @@ namespace PosUtil {
 namespace {
 
 constexpr char kValue[] = "a value";
-constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
-constexpr std::size_t kExactDigits = 15;  // a double shows every number of so many digits
+constexpr std::size_t kExactDigits = 15;  // a normal double shows every number of so many digits
 constexpr std::size_t kLongestWord = 20;  // in messages
 
 bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
@@ -53,6 +53,9 @@ std::string Brief(std::string_view text) {
                                          : std::string(text.substr(0, kLongestWord)) + "...";
 }
 
+// Such doubles have fewer digits, down to one.
+bool IsSubnormal(double value) { return value != 0 && std::fabs(value) < DBL_MIN; }
+
 // Returns whether a double shows as these digits when it is rounded to as many. Zeros at the end
 // do not count: 0.10000000000000000 is 0.1.
 bool HasTheseDigits(std::string_view text, double value) {
@@ -62,7 +65,7 @@ bool HasTheseDigits(std::string_view text, double value) {
     if (IsDigit(c) && (c != '0' || !digits.empty())) digits += c;
   }
   digits.erase(digits.find_last_not_of('0') + 1);
-  if (digits.size() <= kExactDigits) return true;
+  if (digits.size() <= kExactDigits && !IsSubnormal(value)) return true;
   std::string shown(digits.size() + 10, '\0');
   const auto end = std::to_chars(shown.data(), shown.data() + shown.size(), std::fabs(value),
                                  std::chars_format::scientific, static_cast<int>(digits.size() - 1))
@@ -83,12 +86,7 @@ JsonScanner::JsonScanner(InputWindow& input, JsonBuilder& builder, LossMode mode
       fLosses(losses),
       fToken(input.Data()),
       fNext(fToken),
-      fEnd(fToken + input.Size()) {
-  if (Has(1) && *fNext == kByteOrderMark[0] && Has(3) &&
-      std::string_view(fNext, 3) == kByteOrderMark) {
-    fNext += 3;
-  }
-}
+      fEnd(fToken + input.Size()) {}
 
 bool JsonScanner::SkipSpace() {
   for (;;) {
@@ -105,6 +103,30 @@ void JsonScanner::ReadDocument() {
     ReadValues();
   } catch (const ValueError& error) {
     throw UnheldValue(fInput.ErrorAt(Index(fToken), WithPath(error.what())));
+  }
+}
+
+void JsonScanner::SkipDocument() {
+  fBuilder.Drop();
+  while (!fIsObject.empty()) {
+    if (!SkipSpace()) FailExpecting("the end of the document");
+    fToken = fNext;
+    switch (*fNext) {
+      case '"':
+        ScanString();
+        continue;
+      case '[':
+      case '{':
+        fIsObject.push_back(false);
+        break;
+      case ']':
+      case '}':
+        fIsObject.pop_back();
+        break;
+      default:
+        break;
+    }
+    ++fNext;
   }
 }
 
@@ -251,11 +273,12 @@ void JsonScanner::ReadEscape() {
 
 unsigned JsonScanner::ScanUnit(std::size_t offset) {
   unsigned unit = 0;
-  const char* const end = Has(offset + 4) ? fNext + offset + 4 : fEnd;
+  const bool hasAll = Has(offset + 4);
   const char* const begin = fNext + offset;
-  if (end - begin != 4 || std::from_chars(begin, end, unit, 16).ptr != end) {
-    FailAt(fNext + offset - 2, "expected four hexadecimal digits after \\u");
-  }
+  const char* const end = hasAll ? begin + 4 : fEnd;
+  const char* const stop = std::from_chars(begin, end, unit, 16).ptr;
+  if (stop == end && !hasAll) FailAt(fEnd, "unexpected end of input in a string");
+  if (stop != end) FailAt(begin - 2, "expected four hexadecimal digits after \\u");
   return unit;
 }
 
@@ -292,7 +315,12 @@ void JsonScanner::ReadNumber() {
   }
   fNext = fToken + (number.fEnd - fToken);
   if (!number.fIsValid) {
-    FailAt(fToken, fNext == fEnd ? "unexpected end of input in a number" : "malformed number");
+    if (fNext == fEnd) FailAt(fEnd, "unexpected end of input in a number");
+    FailAt(fToken, "malformed number");
+  }
+  // Two documents may follow each other without space, but 01 is not two of them.
+  if (IsDigit(*fNext) || IsLetter(*fNext) || *fNext == '+' || *fNext == '-' || *fNext == '.') {
+    FailAt(fToken, "malformed number");
   }
   const std::string_view text(fToken, static_cast<std::size_t>(fNext - fToken));
   if (!number.fIsWhole) return ReadReal(text);
@@ -320,7 +348,7 @@ void JsonScanner::ReadReal(std::string_view text) {
     value = std::strtod(std::string(text).c_str(), nullptr);
     if (std::isinf(value)) return ReadLarge(text);
     AddInexact(LossKind::kSmall, text, value);
-  } else if (text.size() > kExactDigits && !HasTheseDigits(text, value)) {
+  } else if ((text.size() > kExactDigits || IsSubnormal(value)) && !HasTheseDigits(text, value)) {
     AddInexact(LossKind::kDigits, text, value);
   } else {
     fBuilder.Number(value);

@@ -31,6 +31,8 @@ class JsonScanner {
   // Passes the next document to the builder. Reads no further than its last byte, except for a
   // number: only the byte after it shows its end.
   void ReadDocument();
+  // After an UnheldValue: skips the rest of the document, whatever it is.
+  void SkipDocument();
   // Makes the window keep the text from the next byte on.
   void KeepFromHere() { fInput.KeepFrom(Index(fNext)); }
   // The error at the next token.

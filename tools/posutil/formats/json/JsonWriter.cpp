@@ -2,6 +2,7 @@
 // The JSON writer. See TaggedJson.h for values that one side does not have; an empty slot is null.
 
 #include <cmath>
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,7 +35,7 @@ class JsonVisitor final : public Visitor {
   void At(const Place& place) override {
     if (fNewDict && OpenDict(place.fKey) == Form::kKept) return;  // its value takes its place
     if (place.fIndex > 0) fOut.Put(',');
-    if (place.fDepth > 0) fLayout.BeginItem(fOut, place.fDepth);
+    if (place.fDepth > 0) fLayout.BeginItem(fOut, Depth(place));
     if (place.fKey) PutKey(place.fKey);
   }
 
@@ -75,6 +76,7 @@ class JsonVisitor final : public Visitor {
     if (fNewDict) OpenDict("");
     const Form form = fForms.back();
     fForms.pop_back();
+    fKeptForms -= form == Form::kKept;
     if (form != Form::kKept) End(form == Form::kEscaped ? "}}" : "}", place, count);
   }
 
@@ -87,6 +89,7 @@ class JsonVisitor final : public Visitor {
     const Form form = *key == '$' ? FormOf(dict, key) : Form::kOrdinary;
     fIsVerbatim = form == Form::kKept;
     fForms.push_back(form);
+    fKeptForms += form == Form::kKept;
     if (form == Form::kEscaped) {
       fOut.Put('{');
       PutKey(kObjectTag);
@@ -101,6 +104,9 @@ class JsonVisitor final : public Visitor {
     if (isKept) return fIsVerbatim ? Form::kOrdinary : Form::kKept;
     return fTags.LooksLikeTag(dict, key) ? Form::kEscaped : Form::kOrdinary;
   }
+
+  // A kept value takes the place of the dictionary around it.
+  std::size_t Depth(const Place& place) const { return place.fDepth - fKeptForms; }
 
   void PutKey(const char* key) {
     PutString(&Style::fKey, key);
@@ -120,7 +126,7 @@ class JsonVisitor final : public Visitor {
   }
 
   void End(std::string_view brackets, const Place& place, std::size_t count) {
-    if (count > 0) fLayout.BeginEnd(fOut, place.fDepth);
+    if (count > 0) fLayout.BeginEnd(fOut, Depth(place));
     fOut.Put(brackets);
   }
 
@@ -132,6 +138,7 @@ class JsonVisitor final : public Visitor {
   POSDict* fNewDict = nullptr;
   bool fIsVerbatim = false;  // the next value is that of a kept one
   std::vector<Form> fForms;  // of the open dictionaries
+  std::size_t fKeptForms = 0;
   TagDetector fTags;
   TagDetector fKept;
 };

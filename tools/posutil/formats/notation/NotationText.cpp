@@ -45,7 +45,9 @@ class FaultFinder {
   std::string Check(const Token& token) {
     const std::string_view bytes = fText.substr(token.fBegin, token.fEnd - token.fBegin);
     if (fIsComplete) {
-      return token.fKind == Token::kEnd ? "" : "unexpected text after the object";
+      return token.fKind == Token::kEnd
+                 ? ""
+                 : "unexpected text after the object; text notation holds one";
     }
     switch (token.fKind) {
       case Token::kEnd:

@@ -8,15 +8,15 @@ namespace PosUtil {
 
 class StreamOutput::Client final : public KAP_T_MT::KAPClientPositionableStream {
  public:
-  Client(Output& out, SavedException& saved) : fOut(out), fSaved(saved) {}
+  Client(Output& out, SavedException& saved) : fOut(out), fBegin(out.Position()), fSaved(saved) {}
 
   void Write(const unsigned char* buffer, std::size_t size) override {
     fSaved.Save([&] {
-      CheckTypeASize(fOut.Position() + size, "the output");
+      CheckTypeASize(fOut.Position() - fBegin + size, "the output");
       fOut.Put({reinterpret_cast<const char*>(buffer), size});
     });
   }
-  long Mark() override { return static_cast<long>(fOut.Position()); }
+  long Mark() override { return static_cast<long>(fOut.Position() - fBegin); }
 
   std::size_t Read(unsigned char*, std::size_t) override {
     throw Failure("the output stream is write-only");
@@ -25,6 +25,7 @@ class StreamOutput::Client final : public KAP_T_MT::KAPClientPositionableStream 
 
  private:
   Output& fOut;
+  const std::size_t fBegin;  // of the document
   SavedException& fSaved;
 };
 

@@ -16,6 +16,9 @@ namespace PosUtil {
 
 namespace {
 
+constexpr char kUnknownVersion[] = "StreamerBase::LookupStreamer unrecognized version";
+constexpr char kNotAString[] = "downcast from CPOSObject to CPOSString failed";
+
 // What some reports of the library mean to a user who looks at the document. The others need no
 // explanation.
 constexpr struct {
@@ -23,15 +26,14 @@ constexpr struct {
   const char* fMeaning;
 } kMeanings[] = {
     {"getNextChar unexpected EOF", "the document ends inside the version name"},
-    {"StreamerBase::LookupStreamer unrecognized version",
-     "a document must start with POSStreamerTypeA_Version1.0 and a space"},
+    {kUnknownVersion, "a document must start with POSStreamerTypeA_Version1.0 and a space"},
     {"POSObjectStreamerImpl::Deserialize failure", "a zero character instead of a value"},
     {"unexpected EOF", "the document ends inside a value"},
     {"Cannot determine streaming params", "no value starts with this character"},
     {"Unexpected escape sequence", "unknown escape sequence"},
     {"GetChars ran out of input", "binary data is shorter than its declared length"},
     {"Unexpected chars after binary data", "binary data is longer than its declared length"},
-    {"downcast from CPOSObject to CPOSString failed", "expected a string"},
+    {kNotAString, "expected a string"},
     {"downcast from CPOSObject to CPOSNumber failed", "expected the length of the binary data"},
     {"missing dictionary value", "key without a value"},
     {"Cannot meaningfully read in a raw pointer (write is for debugging only)",
@@ -50,14 +52,17 @@ class TypeADocuments final : public DocumentSequence {
   TypeADocuments(const std::string& fileName, Extent extent, Text text, Session& session)
       : DocumentSequence(extent, text),
         fLibrary(session.TheLibrary()),
-        fInput(fileName, session.TheProgress(), session.Idle()) {}
+        fInput(fileName, extent, session.TheProgress(), session.Idle()) {}
 
   DocumentText LastText() const override { return fInput.Kept(); }
 
  private:
   bool SkipSpace() override { return fInput.SkipSpace(); }
   void KeepFromHere() override { fInput.KeepFromHere(); }
+  void KeepNothing() override { fInput.KeepNothing(); }
   KAP_T_MT::CPOSObject ReadDocument() override {
+    fBegin = fInput.Position();
+    fInput.BeginDocument();
     KAP_T_MT::CPOSObject object = fStreamer.Deserialize(fInput.Stream());
     if (object.IsNull()) ThrowUnreadable();
     return object;
@@ -78,13 +83,33 @@ class TypeADocuments final : public DocumentSequence {
 
   // The fault is the last byte read, unless the token began earlier.
   std::size_t FaultOf(const std::string& report, std::size_t count) const {
-    if (report == "malformed number") return fInput.FindBack('#', count - 1);
-    if (report == "Unexpected escape sequence") return fInput.FindBack('\\', count - 2);
-    return count - 1;
+    const std::size_t last = count - 1;
+    if (report == kUnknownVersion) return fBegin;
+    if (report == "malformed number") return StartOfNumber(last);
+    if (report == "Unexpected escape sequence") return fInput.FindBack("\\", last - 1);
+    if (report == "malformed Unicode string") {
+      return fInput.FindBack("`", fInput.At(last) == '`' ? last - 1 : last);
+    }
+    return report == kNotAString ? StartOfValue(last) : last;
+  }
+
+  // The number ends at the byte at `last`, or in the space there.
+  std::size_t StartOfNumber(std::size_t last) const {
+    const std::size_t end = fInput.FindBack("#", last);
+    const std::size_t before = fInput.FindBack(" \t\r\n[<{", end);
+    return fInput.At(before + 1) == '#' ? before + 1 : end;
+  }
+
+  // Of a value that is not a container; where that is one, its end.
+  std::size_t StartOfValue(std::size_t last) const {
+    const char end = fInput.At(last);
+    if (end == '`') return fInput.FindBack("`", last - 1);
+    return end == ']' || end == '>' || end == '}' ? last : StartOfNumber(last);
   }
 
   Library& fLibrary;
   StreamInput fInput;
+  std::size_t fBegin = 0;  // of the document
   const KAP_T_MT::CPOSStreamer fStreamer = KAP_T_MT::CPOSStreamer::New();
 };
 
@@ -100,7 +125,10 @@ class TypeAReader final : public Reader {
   Recognition Recognize(std::string_view text, bool isAll) const override {
     text.remove_prefix(Skip(text, 0, kSpace));
     if (text.starts_with(kTag)) return Recognition::kYes;
-    return !isAll && kTag.starts_with(text) ? Recognition::kPerhaps : Recognition::kNo;
+    if (!kTag.starts_with(text)) return Recognition::kNo;
+    // A short start may be a word of text notation.
+    const bool isCut = text.size() >= kTag.find('_');
+    return !isAll ? Recognition::kPerhaps : isCut ? Recognition::kYes : Recognition::kNo;
   }
 
   Token NextToken(std::string_view text, std::size_t at) const override {

@@ -8,7 +8,7 @@
 namespace PosUtil {
 
 // Arguments that the parser would not take as they are: it reads [0] as a list and -5 as an option.
-// A command hides them before the parser sees them, and shows the ones that it receives.
+// A command hides them before the parser sees them; Options shows them again.
 void HideBrackets(std::vector<std::string>& arguments);
 void HideNegativeNumbers(std::vector<std::string>& arguments);
 // The parser takes a flag's value of true, false, {} or nothing for that of the flag itself.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "commands/documents/LiteralArguments.h"
+#include "commands/declarations/LiteralArguments.h"
 
 #include <charconv>
 
