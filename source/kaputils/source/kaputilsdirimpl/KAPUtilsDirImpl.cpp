@@ -83,9 +83,7 @@ KAPError* KAPUtilsDirGetFilePathSpec(KAPStringAtom** out, KAPUtilsDir* directory
 KAPError* KAPUtilsDirCreateUniqueFilename(KAPStringAtom** out, KAPUtilsDir* directory,
                                           KAPStringAtom* prefix, KAPStringAtom* second) noexcept {
   return KAPReturningResult(out, [=] {
-    return Instance(directory)
-        .CreateUniqueFilename(Atom(prefix), CKAPStringAtom(second))
-        .Detach();
+    return Instance(directory).CreateUniqueFilename(Atom(prefix), CKAPStringAtom(second)).Detach();
   });
 }
 
