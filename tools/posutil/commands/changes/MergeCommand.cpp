@@ -17,7 +17,7 @@ class MergeCommand final : public Command {
   void Declare(Options& options) override {
     fPatch.Declare(options, "A document with the members to set");
     options.Footer(
-        "Writes the document merged with the patch (a JSON Merge Patch, RFC 7386), in the format\n"
+        "Writes the document merged with the patch (a JSON Merge Patch, RFC 7396), in the format\n"
         "and layout that it has: each member of a dictionary in the patch replaces that of the\n"
         "document, dictionaries are merged in turn, and null removes a member. The patch may have\n"
         "another format; only JSON has null. With --in-place, nothing else may be lost:\n"
