@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "base/Sanitizers.h"
-#include "quarantine/Quarantine.h"
 #include "heap/Heap.h"
+#include "quarantine/Quarantine.h"
 
 namespace KAPHost {
 

@@ -7,8 +7,8 @@
 
 #include "accounting/Accounting.h"
 #include "base/Reports.h"
-#include "quarantine/Quarantine.h"
 #include "heap/Heap.h"
+#include "quarantine/Quarantine.h"
 
 namespace KAPHost {
 

@@ -13,9 +13,9 @@
 #include "base/RefCount.h"
 #include "base/Reports.h"
 #include "binder/Registration.h"
-#include "quarantine/Quarantine.h"
 #include "errors/Errors.h"
 #include "kap/KAPErrorInterface.h"
+#include "quarantine/Quarantine.h"
 
 // The errors, and the procedures of KAPErrorInterface.
 
@@ -91,8 +91,8 @@ void Destroy(KAPError& error) noexcept {
     gErrors.Remove(error);
   }
   if (error.fFreeClientData) error.fFreeClientData(error.fClientData);
-  const bool isKept = KeepDead(&error, &FreeRecord, "error",
-                               error.fMessage ? error.fMessage->Text() : nullptr);
+  const bool isKept =
+      KeepDead(&error, &FreeRecord, "error", error.fMessage ? error.fMessage->Text() : nullptr);
   KAPStringAtom* const message = std::exchange(error.fMessage, nullptr);
   KAPStringAtom* const component = std::exchange(error.fComponent, nullptr);
   error.fClientData = nullptr;

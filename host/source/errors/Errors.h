@@ -5,8 +5,8 @@
 #include <new>
 
 #include "binder/Failures.h"
-#include "quarantine/Quarantine.h"
 #include "kap/KAPTypes.h"
+#include "quarantine/Quarantine.h"
 
 namespace KAPHost {
 

@@ -110,12 +110,10 @@ HostState::Observing HostState::StartObserving(HostOptions& options) {
   // A program that has not asked for checks may never look at the reports.
   const bool alsoToStandardError = AddEnvironment(options);
   Observing observing;
-  OpenOutput(debug.fLeaks, leaks, [&] {
-    observing.fLeaks = std::make_unique<OutputFile>(debug.fLeaks, debug.fOnLost);
-  });
+  OpenOutput(debug.fLeaks, leaks,
+             [&] { observing.fLeaks = std::make_unique<OutputFile>(debug.fLeaks, debug.fOnLost); });
   std::unique_ptr<TraceWriter> writer;
-  OpenOutput(debug.fTrace, trace,
-             [&] { writer = TraceWriter::Open(debug.fTrace, debug.fOnLost); });
+  OpenOutput(debug.fTrace, trace, [&] { writer = TraceWriter::Open(debug.fTrace, debug.fOnLost); });
   if (options.fChecks || debug.fStacks || writer || observing.fLeaks) {
     observing.fWatcher =
         std::make_unique<Watcher>(debug, std::move(writer), options.fChecks, alsoToStandardError);
