@@ -154,6 +154,7 @@ void CheckUnowned() {
   Expect(!isDeleted, "a container with a reference is deleted");
   KAPContainer* const unowned = container.Detach();
   Call<Containers, "DecrementWithoutDelete">(unowned);
+  Need<Containers, "DecrementWithoutDelete">(instance.fDeleted == 0, "deletes the container");
   Call<Containers, "DeleteUnownedContainer">(unowned);
   Expect(instance.fDeleted == 1, "a container without a reference is not deleted");
 }
