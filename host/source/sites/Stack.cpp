@@ -43,7 +43,7 @@ std::string Shortened(const std::string& function) {
 std::string Demangled(const std::string& symbol) {
   int status = 0;
   char* const name = abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status);
-  const std::string text = status == 0 && name ? Shortened(name) : symbol;
+  std::string text = status == 0 && name ? Shortened(name) : symbol;
   std::free(name);
   return text;
 }

@@ -31,7 +31,7 @@ complete -o default -o bashdefault -F _posutil posutil
 std::string ValueBranch(const std::string& command, const DeclaredOption& option) {
   if (option.fValue.empty() || option.fIsValueOptional) return "";
   std::vector<std::string> patterns;
-  for (const std::string& name : option.fNames) patterns.push_back(command + ":" + name);
+  for (const std::string& name : option.fNames) patterns.push_back((command + ":").append(name));
   return "    " + Joined(patterns, " | ") + ") words='" + Joined(option.fChoices, " ") + "' ;;\n";
 }
 
