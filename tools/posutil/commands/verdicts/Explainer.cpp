@@ -19,7 +19,7 @@ using Messages = std::span<const ParsedMessage>;
 constexpr std::size_t kLongestFound = 60;
 // Values that nest deeper have messages that end early. Calls nest as deep, and each check again
 // reads the rest of the value.
-constexpr std::size_t kDeepest = 1000;
+constexpr std::size_t kDeepest = 400;
 constexpr std::size_t kMostChecksAgain = 1000;
 constexpr std::string_view kMissing = "Missing required member ";
 constexpr std::string_view kUnknown = "Unknown member ";

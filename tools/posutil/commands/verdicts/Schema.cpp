@@ -176,6 +176,8 @@ Verdict Schema::Check(const CPOSObject& object, const CKAPStringAtom& type,
     const CKAPStringAtom typeAtom(innerType.c_str());
     static_cast<void>(fValidator.Validate(value, typeAtom, &MessageReceiver::Receive));
     receiver.Rethrow();
+    // There is less stack than for the first check, so it may fail where that one did not.
+    if (!fLibrary.TakeReports().empty()) return MessageTexts();
     return MessageTexts{receiver.Take(), receiver.Dropped()};
   };
   const CheckedDocument checked = {object, type.Text(), &places, fTypes, &fPlaces, checkAgain};
