@@ -10,7 +10,7 @@
 # KAP_LIBRARY_PATH is defined as the absolute path of libKAPUtils.so. The locale "de_DE.UTF-8",
 # which has a decimal comma, is available.
 find_package(GTest REQUIRED)
-set(KAP_TEST_TIMEOUT 300 CACHE STRING "Seconds after which a test is ended")
+set(KAP_TEST_TIMEOUT 900 CACHE STRING "Seconds after which a test is ended")
 
 set(kap_locales ${PROJECT_BINARY_DIR}/locale)
 add_custom_command(OUTPUT ${kap_locales}/de_DE.UTF-8/LC_NUMERIC
