@@ -177,13 +177,16 @@ TEST(ThreadsChecksTest, TwoLastReleases) {
   other.join();
   long atoms = 0;
   for (const std::string& report : host.TakeReports()) {
-    if (report.starts_with("KAP host: release of a dead atom \"text\"")) {
-      ++atoms;
-    } else {
-      EXPECT_TRUE(report.starts_with("KAP host: release of a dead error \"message\"")) << report;
-    }
+    // While the other thread is still releasing, the accounts of components see it first, and the
+    // atom may be dead by the time it is released.
+    const bool isOfAtom = report.starts_with("KAP host: release of a dead atom \"text\"") ||
+                          report.starts_with("KAP host: release of a reference to atom \"text\"");
+    atoms += isOfAtom ? 1 : 0;
+    EXPECT_TRUE(isOfAtom || report.starts_with("KAP host: release of a dead error \"message\"") ||
+                report.starts_with("KAP host: release of a reference to error \"message\""))
+        << report;
   }
-  EXPECT_EQ(atoms, kTurns);
+  EXPECT_GE(atoms, kTurns);
 }
 
 // New types of containers appear on all threads at once.
