@@ -30,7 +30,7 @@ void UseLabels() {
   Labels::Call<"RestLength">("Total");
   static_cast<void>(Labels::Call<"Text">(Read("< label (Total) >").Handle()));
   double number = 0;
-  CKAPError(Labels::Call<"Parse">(&number, "1x"), KAPAdopt());
+  const CKAPError error(Labels::Call<"Parse">(&number, "1x"), KAPAdopt());
   static_cast<void>(Labels::Call<"IsSame">("Sum", "Total"));
 }
 

@@ -40,7 +40,7 @@ bool StartsWithNumber(POSArray* array) noexcept {
 unsigned long Length(const char* text) noexcept {
   const std::size_t length = std::strlen(text);
   char* const copy = static_cast<char*>(Memory::Call<"Alloc">(length));
-  std::strcpy(copy, text);
+  std::memcpy(copy, text, length + 1);
   Memory::Call<"Free">(copy);
   return length;
 }

@@ -46,7 +46,8 @@ class CPOSUnicodeString : public TPOSKind<POSUnicodeStringInterface, "IsPOSUnico
  private:
   // The interface's units are another type than char16_t, hence a copy.
   static TKAPBlock<unsigned short> Terminated(std::u16string_view text) {
-    if (text.find(u'\0') != text.npos) throw TOQException("a text cannot hold a zero unit");
+    if (text.find(u'\0') != std::u16string_view::npos)
+      throw TOQException("a text cannot hold a zero unit");
     auto units = KAPNewBlock<unsigned short>(text.size() + 1);
     *std::copy(text.begin(), text.end(), units.get()) = 0;
     return units;
