@@ -163,6 +163,7 @@ void MarkPlace(WatchedValue& first) noexcept {
   using Placed = std::remove_pointer_t<First>;
   if constexpr (std::is_same_v<Result, KAPError*> && std::is_pointer_v<First> &&
                 std::is_scalar_v<Placed> && !std::is_const_v<Placed>) {
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): the place of a pointer is meant
     first = {ValueKind::kPlace, KindOf<Placed>(), sizeof(Placed), first.fBits};
   }
 }

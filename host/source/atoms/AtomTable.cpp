@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "atoms/AtomTable.h"
 
-#include <time.h>
+#include <time.h>  // NOLINT(modernize-deprecated-headers): nanosleep is POSIX
 
 #include <bit>
 #include <limits>

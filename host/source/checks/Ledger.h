@@ -36,30 +36,30 @@ class Ledger {
 
   // `component` has one reference more to a thing, which is new if the ledger does not know it.
   // `what` describes a thing that does not tell its name itself.
-  void Take(KAPResource resource, const void* thing, const char* component,
+  void Take(KAPResource resource, const void* address, const char* component,
             const std::string& what = {});
   // A component has one reference less. False when components have fewer than none together: the
   // host holds what they release.
-  bool Release(const void* thing, const char* component);
+  bool Release(const void* address, const char* component);
   // The same if it has any.
-  void ReleaseIfHeld(const void* thing, const char* component);
+  void ReleaseIfHeld(const void* address, const char* component);
   // The thing ends now. `what` describes it in reports: `container "Name"`.
-  void End(const void* thing, const std::string& what, std::shared_ptr<const Stack> stack);
+  void End(const void* address, const std::string& what, std::shared_ptr<const Stack> stack);
 
   // The address means nothing from now on.
-  void Forget(const void* thing);
+  void Forget(const void* address);
 
   enum class State { kUnknown, kAlive, kDead };
   struct Found {
     State fState = State::kUnknown;
     KAPResource fResource = KAPResource::kNothing;
   };
-  Found Find(const void* thing) const;
+  Found Find(const void* address) const;
 
   // `container "Name"`.
-  std::string NameOf(const void* thing) const;
+  std::string NameOf(const void* address) const;
   // Where it was made and, if it is dead, where it ended, as lines of a report; "" if unknown.
-  std::string History(const void* thing) const;
+  std::string History(const void* address) const;
 
   // What is held and was made after the thing of that number, in the order of making.
   std::vector<LiveThing> Live(unsigned long since) const;

@@ -46,6 +46,7 @@ struct alignas(128) Page {
   static Page& Of(void* block) noexcept {
     const auto address = reinterpret_cast<std::uintptr_t>(block);
     auto* const pages = reinterpret_cast<Page*>(address & ~(kExtentSize - 1));
+    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): no block lies in extent 0
     return pages[address / kPageSize % kPagesPerExtent];
   }
   unsigned char* Start() noexcept {

@@ -37,7 +37,7 @@ std::uint64_t Extended(std::uint64_t bits) {
 std::string DescribeContainer(KAPContainer* container, const ContainerKind& kindOf) {
   if (!container->fCount.IsAlive()) return "dying container";
   const char* const signature = container->fSignature;
-  const std::string kind = kindOf ? kindOf(signature, container) : std::string();
+  std::string kind = kindOf ? kindOf(signature, container) : std::string();
   if (!kind.empty()) return kind;
   return signature ? "container " + Quoted(signature) : "container";
 }

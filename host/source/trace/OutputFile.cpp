@@ -4,11 +4,11 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <iostream>
 #include <map>
 #include <mutex>

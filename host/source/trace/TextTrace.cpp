@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::string Padded(std::string text, std::size_t width) {
+std::string Padded(const std::string& text, std::size_t width) {
   return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
