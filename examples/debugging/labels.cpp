@@ -54,9 +54,9 @@ KAPError* Count(unsigned long* out, POSArray* array) noexcept {
 
 // Bug: the copy is not the host's memory.
 unsigned long RestLength(const char* text) noexcept {
-  char* const copy = ::strdup(text);
-  const std::size_t length = std::strlen(copy + 1);
-  Memory::Call<"Free">(copy);
+  const std::unique_ptr<char, decltype(&std::free)> copy(::strdup(text), &std::free);
+  const std::size_t length = std::strlen(copy.get() + 1);
+  Memory::Call<"Free">(copy.get());
   return length;
 }
 

@@ -18,7 +18,7 @@ namespace PosUtil {
 class PathLines final : public Visitor {
  public:
   struct Options {
-    std::string_view fMargin{};  // starts each line
+    std::string_view fMargin = "";  // starts each line; NOLINT(readability-redundant-string-init)
     bool fAsPointers = false;
     bool fRestoresKept = false;  // what --loss=keep has kept is one value
     Style fStyle = {};
