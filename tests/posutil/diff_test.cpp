@@ -130,8 +130,8 @@ TEST_F(DiffTest, PatchesTurnTheFirstIntoTheSecond) {
 }
 
 TEST_F(DiffTest, DeepAndLongDocumentsTakeLinearTime) {
-  const std::size_t depth = 50000;
-  const auto nested = [depth](const std::string& value) {
+  constexpr std::size_t depth = 50000;
+  const auto nested = [](const std::string& value) {
     std::string json;
     for (std::size_t i = 0; i < depth; ++i) json += "[1,";
     json += value;

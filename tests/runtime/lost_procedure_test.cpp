@@ -102,7 +102,7 @@ TEST(KAPClientTest, BindsForItsLifetime) {
   {
     const KAPClient client(host.GetProcAddress());
     EXPECT_STREQ(CKAPStringAtom("bound").Text(), "bound");
-    EXPECT_THROW(KAPClient(host.GetProcAddress()), KAPBindingError);
+    EXPECT_THROW(static_cast<void>(KAPClient(host.GetProcAddress())), KAPBindingError);
     EXPECT_TRUE(KAPIsBound());
   }
   EXPECT_FALSE(KAPIsBound());
@@ -124,7 +124,7 @@ TEST(KAPClientTest, BindsForItsLifetime) {
     EXPECT_FALSE(KAPIsBound());
     host.StopFaults();
   }
-  EXPECT_THROW(KAPClient(nullptr), KAPBindingError);
+  EXPECT_THROW(static_cast<void>(KAPClient(nullptr)), KAPBindingError);
 }
 
 // What a member throws when the binding ends is reported, and the binding ends all the same.
@@ -141,7 +141,7 @@ TEST(KAPClientTest, EndsInSpiteOfAMember) {
     bool Initialize() override { return false; }
     void Terminate() override {}
   } refusing;
-  EXPECT_THROW(KAPClient(host.GetProcAddress()), KAPBindingError);
+  EXPECT_THROW(static_cast<void>(KAPClient(host.GetProcAddress())), KAPBindingError);
   EXPECT_EQ(host.TakeReport(), "cannot release");
 }
 

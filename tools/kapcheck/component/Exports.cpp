@@ -70,7 +70,9 @@ class ElfFile {
       if (symbol.st_shndx == SHN_UNDEF || isLocal || isHidden) continue;
       const std::string name = Text(symbol.st_name);
       const bool isVersion = symbol.st_shndx == SHN_ABS && versions.contains(name);
-      if (!isVersion) names.insert(name);
+      // clang gives them the default visibility, whatever the flags.
+      const bool isTemplateParameter = name.starts_with("_ZTA");
+      if (!isVersion && !isTemplateParameter) names.insert(name);
     }
     return {names.begin(), names.end()};
   }
