@@ -4,8 +4,8 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kaputils)
 set(CPACK_PACKAGE_VENDOR "the KAPUtils authors")
-# Who maintains the packages: who makes them, as Debian's tools ask it. Packages that nobody has put
-# a name to say so; mail to a domain under .invalid never arrives anywhere.
+# Who maintains the packages: who makes them, as Debian's tools ask it. Without a
+# name, the packages say so; a domain below .invalid never receives mail.
 set(kap_maintainer "Unnamed maintainer <unnamed@kaputils.invalid>")
 if(NOT "$ENV{DEBEMAIL}" STREQUAL "")
   set(kap_maintainer "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")

@@ -12,9 +12,9 @@ read memory alone and call nothing in the program, so they also work on a core f
   CPOSDict ...         the same for what the wrapper holds
   Number, Dict ...     the objects behind the handles
 
-What is behind a handle, only the debug information of the reference host says: another host has
-other records. For containers, that of any component is enough. What is damaged or already freed is
-printed as gdb does it, or as "destroyed".
+Most handles need the debug information of the reference host: another host has other records. For
+containers, that of any component is enough. Damaged and freed objects are printed as gdb does it,
+or as "destroyed".
 """
 import time
 

@@ -13,8 +13,9 @@
 namespace KAPHost {
 
 // What a host shows of the calls between itself and its components. Everything is off by default;
-// then the host hands out its procedures as they are, and releases read one word more. With `fTrace`, `fStacks`,
-// `fLeaks` or HostOptions::fChecks, every look-up returns a procedure that observes the call first.
+// then the host hands out its procedures as they are, and releases read one word more. With
+// `fTrace`, `fStacks`, `fLeaks` or HostOptions::fChecks, every look-up returns a procedure that
+// observes the call first.
 //
 // The environment variable KAPHOST_DEBUG adds to what a program sets, see ParseDebugWords.
 //
@@ -37,8 +38,8 @@ struct DebugOptions {
   // Whether reports and leak reports show the stacks of the calls that they are about.
   bool fStacks = false;
   // The file for the list of what is still held when the host is destroyed; "-" is standard error,
-  // empty means no list. The list names each thing, who holds it and who made it. An empty file means
-  // that nothing is held. Further hosts and children of forks write as for `fTrace`.
+  // empty means no list. The list names each thing, who holds it and who made it. An empty file
+  // means that nothing is held. Further hosts and children of forks write as for `fTrace`.
   std::string fLeaks;
 
   // The interfaces of components that are observed as well. Those of the host always are. A call of

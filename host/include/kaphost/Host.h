@@ -54,9 +54,10 @@ struct HostOptions {
   // writes the description to std::cerr. Must not throw.
   std::function<void(const Snapshot& leaked)> fOnLeak;
   // Whether the host reports misuse: calls that use a dead handle or one of another kind, host
-  // memory written outside of its bytes or freed twice, two threads in calls whose thread tags forbid it, a
-  // result place left unset, and both a result and an error. Each report names the procedure, the
-  // component and where the thing was made and ended; with DebugOptions::fStacks, with stacks.
+  // memory written outside of its bytes or freed twice, two threads in calls whose thread tags
+  // forbid it, a result place left unset, and both a result and an error. Each report names the
+  // procedure, the component and where the thing was made and ended; with DebugOptions::fStacks,
+  // with stacks.
   //
   // Without checks such a call is undefined behaviour. With checks, the host does not carry out a
   // call with a handle of another kind, and two threads may release one last reference at the same

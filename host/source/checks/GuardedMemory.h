@@ -13,9 +13,9 @@ class Binder;
 // a free of anything that is not such a block, which is not freed then.
 //
 // A guarded block does not start where the allocator's block starts: `free` of one ends the process
-// at once, with the culprit on the stack, where an unguarded one would go unnoticed. So a later host without a
-// ledger registers them as well if there are guarded blocks by then: they free any block, and make
-// plain ones.
+// at once, with the culprit on the stack, where an unguarded one would go unnoticed. So a later
+// host without a ledger registers them as well if there are guarded blocks by then: they free any
+// block, and make plain ones.
 
 // How many guarded blocks components hold.
 std::size_t GuardedBlocks() noexcept;

@@ -19,7 +19,7 @@ struct ObservedCall {
   bool fIsHosts;  // the procedure is the host's own
   std::span<const WatchedValue> fArguments;
 
-  // Where the procedure writes its result; null if there is no such place.
+  // Where the procedure writes its result; null if it writes none.
   const WatchedValue* Place() const noexcept {
     if (fArguments.empty()) return nullptr;
     const WatchedValue& first = fArguments[0];

@@ -40,7 +40,8 @@ class HostState {
     ~Claim();
   };
 
-  // What sees the calls, and the file for the list of what is held at the end; null unless asked for.
+  // What sees the calls, and the file for the list of what is held at the end; null unless asked
+  // for.
   struct Observing {
     std::unique_ptr<Watcher> fWatcher;
     std::unique_ptr<OutputFile> fLeaks;

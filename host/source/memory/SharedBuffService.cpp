@@ -20,7 +20,7 @@
 // A buffer record. Storage of the host follows it in the same allocation.
 struct KAPSharedBuffer {
   KAPHost::RefCount fCount;
-  bool fIsGuarded;  // bytes follow the storage that nobody may write
+  bool fIsGuarded;  // guard bytes follow the storage
   std::size_t fSize;
   void* fData;
   KAPDeleteProc fDelete;

@@ -47,8 +47,8 @@ class Quarantine {
   Quarantine& operator=(const Quarantine&) = delete;
   ~Quarantine();
 
-  // Keeps a record, which it hands to `freeRecord` at its end or when so many others have followed
-  // that there is no room for it; `what` describes it. Throws std::bad_alloc.
+  // Keeps a record, and passes it to `freeRecord` when later records need the room or when the
+  // quarantine ends; `what` describes it. Throws std::bad_alloc.
   void Keep(void* record, void (*freeRecord)(void*), std::string what);
   // The record is not kept after all.
   void Forget(const void* record) noexcept;

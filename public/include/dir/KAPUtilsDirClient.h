@@ -62,8 +62,8 @@ class CKAPUtilsDir : public KAPContainerBaseGeneric {
   [[nodiscard]] CKAPPositionableStream OpenStream(const CKAPStringAtom& name,
                                                   const char* mode) const;
 
-  // The same for texts, terminated or not, and for a text with an atom. Each is made into an atom, whose constructor throws for
-  // a null text and for one that contains a zero byte.
+  // The same for texts, terminated or not, and for a text with an atom. Each is made into an atom,
+  // whose constructor throws for a null text and for one that contains a zero byte.
   template <KAPText Text>
   [[nodiscard]] static CKAPUtilsDir New(const Text& path) {
     return New(CKAPStringAtom(path));

@@ -209,7 +209,7 @@ requires(kKAPMustUse<Result>) struct TKAPCall<GetProc, Result (*)(Args...)>
   [[nodiscard]] Result operator()(Args... args) const { return GetProc()(args...); }
 };
 
-// A call that releases something: does not throw. False when there is no procedure.
+// A call that releases something. Does not throw. Returns false if the procedure is missing.
 template <auto GetProc, class Proc = decltype(GetProc())>
 struct TKAPReleasingCall;
 

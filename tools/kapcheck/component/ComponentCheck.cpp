@@ -212,7 +212,7 @@ void RunComponentTest(const std::string& name, const Target& target) {
   std::optional<Trial> trial;
   try {
     const ComponentTest* const test = FindComponentTest(name);
-    if (!test) throw TestFailure("there is no such test");
+    if (!test) throw TestFailure("unknown test");
     trial.emplace(target, test->fWatch);
     test->fRun(*trial);
     SendPass();

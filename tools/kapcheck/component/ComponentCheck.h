@@ -17,8 +17,8 @@ bool IsComponentName(const std::string& name);
 
 // Runs the tests of these names, or all if there are none, each in a process of its own. A test
 // that needs another one to pass does not run when that one fails; the results then have the other
-// one as well. Throws PosUtil::Failure when there is no test of a name or when a file is not a
-// library or, as a plug-in, has nothing for kapcheck.
+// one as well. Throws PosUtil::Failure if a name is not that of a test, if a file is not a library,
+// or if a plug-in exports nothing for kapcheck.
 Results CheckComponent(const Target& target, const std::vector<std::string>& names,
                        std::chrono::milliseconds limit);
 

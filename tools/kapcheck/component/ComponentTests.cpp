@@ -32,7 +32,7 @@ constexpr ComponentTest kTests[] = {
      Watch::kCalls, true},
     {"process-state", "leaves open files, signals, locale, environment and folder as they were",
      Needs::kInitialising, &CheckProcessState},
-    {"exceptions", "lets no exception out when there is no host or nothing works",
+    {"exceptions", "throws nothing across the boundary, without a host or with a failing one",
      Needs::kInitialising, &CheckExceptions},
     {"missing-interfaces", "survives a host without each of the interfaces", Needs::kInitialising,
      &CheckMissingInterfaces, Watch::kMisuse},

@@ -136,7 +136,7 @@ class ElfFile {
     return found == fDynamic.end() ? 0 : found->second;
   }
 
-  // What is at the address of a tag, and after it in the same segment; empty if there is no such.
+  // The bytes from the address of a tag to the end of its segment; empty without the tag.
   Bytes At(std::int64_t tag) {
     const std::uint64_t address = Value(tag);
     Bytes bytes;

@@ -185,7 +185,7 @@ class HostCheck {
   std::string fProbe, fPlugin;
   std::chrono::milliseconds fLimit;
   int fNext = 0;
-  bool fIsOver = false;       // there are no checks left
+  bool fIsOver = false;       // the last check has run
   bool fGoesOn = false;       // they are left to another process
   bool fIsAccounted = false;  // the reference host's accounting is looked at
   std::string fHeld, fOutput;
@@ -205,8 +205,8 @@ void* FindInReference(const char* interfaceName, const char* methodName, const c
   return gReference(interfaceName, methodName, procName);
 }
 
-// Reports the checks that run in this process. Ends the process with a failed check: what that
-// leaves behind must not fail the next ones.
+// Reports the checks that run in this process. A failed check ends the process: its leftovers
+// must not fail later checks.
 class Reporter {
  public:
   explicit Reporter(KAPHost::Host& reference) : fReference(reference) {}
@@ -234,7 +234,7 @@ class Reporter {
       Send({{"goes on", true}});
       ::_exit(0);
     }
-    // A blocked check may leave something behind.
+    // A blocked check may not have released everything.
     if (result.fOutcome == kKAPProbeBlocked) fIsClean = false;
     if (!begins) LookAtAccounting(result.fCheck);
   }

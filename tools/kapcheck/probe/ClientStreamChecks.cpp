@@ -94,8 +94,8 @@ KAPError* ToPosition(void* data, long offset, int origin) {
   return TakeError(data);
 }
 
-// The procedures that make client streams of the three kinds, as calls of one form. The client is
-// the host's when there is no error.
+// The procedures that make client streams of the three kinds, as calls of one form. On success the
+// host owns the client.
 using Make = KAPError* (*)(KAPContainer** out, void* client);
 
 KAPError* NewSimple(KAPContainer** out, void* client) {

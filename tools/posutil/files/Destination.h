@@ -27,8 +27,8 @@ class Destination {
   void KeepOldAs(const std::string& suffix) {
     if (fTemporary) fTemporary->KeepReplacedAs(suffix);
   }
-  // If so, Commit fails if the old file is no longer at its place: for an output that comes from
-  // it.
+  // If so, Commit fails if another file has taken the place of the old one: for an output that is
+  // made from it.
   void RequireOld() {
     if (fTemporary) fTemporary->RequireReplaced();
   }

@@ -29,8 +29,8 @@ class TemporaryFile {
   // file of that name is replaced, if all else succeeds. Without a replaced file, no-op.
   void KeepReplacedAs(const std::string& suffix) { fKeptSuffix = suffix; }
 
-  // Replace then fails if the replaced file is no longer at the place, since the new file comes
-  // from its contents. Without a replaced file, no-op.
+  // Replace then fails if another file has taken the place of the replaced one, since the new
+  // file is made from its contents. Without a replaced file, no-op.
   void RequireReplaced() { fMustHold = true; }
 
   // Puts the file at its place, with the owner, group and rights that the replaced file has now;

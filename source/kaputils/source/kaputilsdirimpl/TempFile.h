@@ -13,8 +13,8 @@ namespace NKAPUtilsDirImpl {
 //
 // In a directory for temporary files that has no sticky bit, any user may replace it with another
 // file or a link. So the file is opened by its name right after its creation only, for the stream,
-// and after a check that the name leads to it. Later, for a view, it is opened through the
-// descriptor that its creation left open for the life of the process; where the system does not
+// and after a check that the name leads to nothing else. Later, for a view, it is opened through
+// the descriptor that its creation left open for the life of the process; where the system does not
 // provide that, by its name, after the same check.
 class TempFile {
  public:

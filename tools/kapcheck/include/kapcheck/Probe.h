@@ -40,7 +40,7 @@ struct [[gnu::visibility("hidden")]] KAPProbeInterface
           "KAPProbeInterface",
           // Runs the checks from number `first` on, and calls `report` twice for each: before it
           // begins, and with its outcome. A host that crashes in a check thus knows where to go on
-          // in another process. What a failed check leaves behind may fail those after it, so a
+          // in another process. The leftovers of a failed check may fail later checks, so a
           // host that wants exact results goes on in another process then, too. Returns the number
           // of checks that failed. Failure: -1 when `report` is null. [binding thread]
           KAP_T_MT::TKAPMethod<"Run", "KAPProbeRunProc",

@@ -27,8 +27,8 @@ LossMode LossModeOf(const std::string& loss, LossMode byDefault = LossMode::kWar
 
 // The reader for the name of a format or, if the name is empty, for the ending of `file`; for an
 // input, the content is the last resort. Throws Failure if none determines it; `option` is the
-// option that the message suggests. An input without content can be that of no documents only with
-// Extent::kAll; else it is no wrong usage.
+// option that the message suggests. With Extent::kAll an empty input holds no documents; otherwise
+// it is an error of the input, not of the usage.
 const Reader& FormatOfInput(const std::string& format, const std::string& file, const char* option,
                             Extent extent = Extent::kOne);
 const Reader& FormatOfOutput(const std::string& format, const std::string& file,

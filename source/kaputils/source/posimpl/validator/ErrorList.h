@@ -42,12 +42,9 @@ class ErrorList {
   };
   Mark End() const noexcept { return {Count(), fContexts.Size()}; }
 
-  // Puts the messages from a mark on in the context, a property string that `makeContext` returns.
-  // It is not called where there are none.
-  template <class MakeContext>
-  void PutInContext(const Mark& begin, MakeContext makeContext) {
-    if (Count() > begin.fMessages) AddContext(begin, makeContext());
-  }
+  bool HasMessagesFrom(const Mark& begin) const noexcept { return Count() > begin.fMessages; }
+  // Puts the messages from a mark on in the context, a property string.
+  void AddContext(const Mark& begin, CPOSObject text);
   // Removes the messages from a mark on.
   void CutTo(const Mark& end) noexcept;
 
@@ -69,12 +66,19 @@ class ErrorList {
 
   std::uint32_t Count() const noexcept { return fMessages ? fMessages->Count() : 0; }
   void AppendMade(CPOSObject message);
-  void AddContext(const Mark& begin, CPOSObject text);
 
   const Wanted fWanted;
   std::optional<Array> fMessages;
   std::optional<Array> fContextTexts;
   NPOSObjectImpl::GrowingBuffer<Context> fContexts;
 };
+
+// Puts the messages that were appended from a mark on in the context, a property string that
+// `makeContext` returns. It is not called where there are none.
+template <class MakeContext>
+void AppendErrorsInContext(ErrorList& errors, const ErrorList::Mark& begin,
+                           MakeContext makeContext) {
+  if (errors.HasMessagesFrom(begin)) errors.AddContext(begin, makeContext());
+}
 
 }  // namespace NPOSValidatorImpl

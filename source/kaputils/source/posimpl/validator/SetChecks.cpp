@@ -18,7 +18,8 @@ ErrorCount CheckUnion(const TypeCheck& check) {
       return 0;
     }
   }
-  check.fErrors.PutInContext(begin, [] { return FormatIntoPOSString("Not a valid union type:"); });
+  AppendErrorsInContext(check.fErrors, begin,
+                        [] { return FormatIntoPOSString("Not a valid union type:"); });
   return 1;
 }
 

@@ -50,7 +50,7 @@ struct TypeCheck {
         fChecker.MustKeep() ? part.Keep() : KAPContainerBaseGeneric();
     const ErrorList::Mark begin = fErrors.End();
     const ErrorCount count = fChecker.GetObjectErrors(typeName, part, fErrors);
-    fErrors.PutInContext(begin, makeContext);
+    AppendErrorsInContext(fErrors, begin, makeContext);
     return count;
   }
 };
