@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include <sched.h>
-
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -26,6 +26,8 @@ void* FindInBinder(const char* interfaceName, const char* methodName, const char
       std::strncmp(interfaceName, "KAP", 4) == 0 || std::strncmp(interfaceName, "KAPProbe", 8) == 0;
   return isBinder ? gReference(interfaceName, methodName, procName) : nullptr;
 }
+
+constexpr std::chrono::microseconds kPause{200};
 
 // The procedure of the reference host.
 template <class Interface, TKAPName Method>
@@ -192,15 +194,17 @@ const Fault kFaults[] = {
              Base<Containers, "AddRef">()(container);
              return true;
            }>("reference_always"),
-    // A count without atomic increments.
+    // A count without atomic increments. The pauses make threads meet, also on a busy machine: all
+    // of them read the first count, and each holds its reference when the others write theirs.
     TFault<Containers, "AddRef",
            [](KAPContainer* container) {
              auto* const count =
                  const_cast<volatile int*>(Base<Containers, "DebugGetRefCountAddr">()(container));
              if (!count || *count <= 0) return false;
              const int before = *count;
-             ::sched_yield();
+             std::this_thread::sleep_for(kPause);
              *count = before + 1;
+             std::this_thread::sleep_for(kPause);
              return true;
            }>("references_race"),
     TFault<Containers, "NewFullContainer",
