@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <cstdio>
+#include <functional>
 
 #include "KAPUtilsDir.h"
 #include "POSStreamer.h"
@@ -203,6 +204,20 @@ TEST_F(WrapperTest, InterfaceThatCannotBeLoaded) {
   EXPECT_EQ(Thrown([&] { CPOSNumber(6.0); }), DowncastMessage("CPOSNumber"));
   StopFaults();
   EXPECT_EQ(CPOSNumber(number, false).Get(), 5);
+
+  // Even where a failure would not throw.
+  const CPOSDict dict = CPOSDict::New();
+  const CPOSArray array = CPOSArray::New();
+  const std::pair<std::string, std::function<void()>> calls[] = {
+      {"POSDict", [&] { (void)dict.Get("a", true); }},
+      {"POSDict", [&] { (void)dict.DeepGet("a.b", true); }},
+      {"POSArray", [&] { (void)array.GetAt(0, true); }}};
+  for (const auto& [name, call] : calls) {
+    MoveUnregisterCounter();
+    HideInterface((name + "Interface").c_str());
+    EXPECT_EQ(Thrown(call), DowncastMessage(("C" + name).c_str()));
+    StopFaults();
+  }
 }
 
 int gPointee;

@@ -3,7 +3,7 @@
 
 #include "StreamerWorld.h"
 
-// Streams whose "Write" changes the object that is being written.
+// Streams whose "Write" changes or releases what is being written.
 
 namespace {
 
@@ -17,6 +17,7 @@ class ChangingTest : public StreamerTest {
     int calls = 0;
     int at = 0;
     std::function<void()> change = {};
+    std::function<void()> release = {};  // releases the stream
   };
 
   // What the library writes to the sink, without the tag.
@@ -40,7 +41,10 @@ class ChangingTest : public StreamerTest {
                                                           +write, deleteClient, create, rewind,
                                                           create, mark, seek)),
               "");
-    Serialize(Own(stream), object);
+    Object owned = Own(stream);
+    sink.release = [&owned] { owned.reset(); };
+    Serialize(owned, object);
+    sink.release = {};
     return sink.bytes;
   }
 
@@ -68,6 +72,17 @@ TEST_F(ChangingTest, ValueUnderWayIsWrittenWhole) {
   sink = {.at = 3, .change = [&] { Empty(dict); }};  // in the middle of the key
   EXPECT_EQ(Outcome(Written(dict, sink)),
             "<a \"" + x + "\" " + std::string(300, 'k') + " \"" + y + "\">");
+}
+
+TEST_F(ChangingTest, ObjectAndStreamAreReleased) {
+  const std::string x(300, 'x');
+  Object array = Read("[]");
+  for (const char c : {'x', 'y'}) Append(array, Long(c, 300));
+  Sink sink = {.at = 1, .change = [&] {
+                 array.reset();
+                 sink.release();
+               }};
+  EXPECT_EQ(Outcome(Written(array, sink)), "[\"" + x + "\" \"" + std::string(300, 'y') + "\"]");
 }
 
 // Values after a change are written as they are at that time.

@@ -117,15 +117,31 @@ TEST_F(FailingTest, DeepNesting) {
   }
 }
 
-// The depth is checked before half a gigabyte of indentation is written.
-TEST_F(FailingTest, AnArrayInItself) {
-  const Object array = Read("[1]");
+// What contains itself is found before its other values are written many times, or half a gigabyte
+// of indentation.
+TEST_F(FailingTest, AContainerInItself) {
+  constexpr std::size_t kOthers = 1000;
+  const Object array = Read("[]");
+  for (std::size_t i = 0; i < kOthers; ++i) {
+    Call<POSArrayInterface, "Append">(array.get(), Number(1).get());
+  }
+  const Object dict = Read("<a 1>");
+  const auto sizeOf = [&](const Object& object) {
+    const Object stream = NewMemory();
+    Serialize(stream, object);
+    EXPECT_EQ(TakeReport(), "property object is nested too deep");
+    return Contents(stream).size();
+  };
   Call<POSArrayInterface, "Append">(array.get(), array.get());
-  const Object stream = NewMemory();
-  Serialize(stream, array);
-  EXPECT_EQ(TakeReport(), "property object is nested too deep");
-  EXPECT_LT(Contents(stream).size(), 10000u);
-  Call<POSArrayInterface, "Remove">(array.get(), 1ul);
+  EXPECT_LT(sizeOf(array), 5 * kOthers * 9);
+  Call<POSArrayInterface, "Remove">(array.get(), kOthers);
+
+  Put(dict, "b", dict);
+  EXPECT_LT(sizeOf(dict), 1000u);
+  Put(dict, "b", array);
+  Call<POSArrayInterface, "Append">(array.get(), dict.get());
+  EXPECT_LT(sizeOf(dict), 5 * kOthers * 9);
+  Call<POSArrayInterface, "Remove">(array.get(), kOthers);
 }
 
 // Many more paths than anything can follow lead to what is nested deeper: a stream that fails ends

@@ -120,6 +120,25 @@ TEST_F(CallbackTest, ThatChangesTheDocument) {
             "1 1 2 2 4 4 <b 2 d 4> ");
 }
 
+// The last references to all that a check works on.
+TEST_F(CallbackTest, ThatReleasesEverything) {
+  struct State {
+    Object validator;
+    Object object;
+    int calls = 0;
+  } state = {Validator("< A < category array membertype N > N < category int > >"), Read("[1 2]")};
+  const auto release = [](POSObject*, KAPStringAtom*, KAPSharedBuffer*, void* data) {
+    auto& all = *static_cast<State*>(data);
+    all.validator.reset();
+    all.object.reset();
+    return static_cast<long>(++all.calls);
+  };
+  RegisterCallback(state.validator, "N", release, &state);
+  EXPECT_TRUE((Call<POSValidatorInterface, "Validate">(state.validator.get(), state.object.get(),
+                                                       Key("A").get(), nullptr)));
+  EXPECT_EQ(state.calls, 2);
+}
+
 // Whichever call of a callback empties the document and the schema: no crash, and a message about
 // everything that a later step needs and does not find.
 TEST_F(CallbackTest, ThatEmptiesEverything) {

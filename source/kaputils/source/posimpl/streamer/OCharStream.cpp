@@ -27,6 +27,12 @@ void ContainerInUse::Keep() {
   fKept.emplace(fEntry->GetKey(), NPOSObjectImpl::BaseObject::Share(fEntry->Value()));
 }
 
+bool OCharStream::IsWriting(const POSObject* container) const noexcept {
+  const ContainerInUse* use = fContainer;
+  while (use && use->fContainer != container) use = use->fOuter;
+  return use != nullptr;
+}
+
 // Most texts fit into the buffer and need no escapes. While they are copied nothing else can run,
 // so the owner is not even mentioned to the stream: that took a tenth of the time of a record.
 void OCharStream::PutText(const StreamParams& params, const char* text, POSObject* owner) {

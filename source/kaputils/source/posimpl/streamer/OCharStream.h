@@ -64,6 +64,8 @@ class OCharStream {
 
   // How many characters the stream has taken.
   unsigned long CountWritten() const noexcept { return fWritten; }
+  // Whether the value at work is inside this container.
+  bool IsWriting(const POSObject* container) const noexcept;
 
  private:
   friend class ContainerInUse;

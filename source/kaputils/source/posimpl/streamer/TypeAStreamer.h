@@ -29,8 +29,9 @@ class TypeAStreamer : public StreamerBase {
   explicit TypeAStreamer(int level) noexcept : fFirstLevel(level), fLevel(level) {}
 
  private:
-  // The levels that are written before the depth of the rest is checked. Their indentation is
-  // small.
+  // The levels that are written before one is looked for that contains itself, and before the depth
+  // of the rest is checked. Their indentation is small.
+  static constexpr unsigned kLevelsUnsearched = 4;
   static constexpr unsigned kLevelsUnchecked = 64;
 
   // ---- Writing: the content of each kind ----
@@ -56,13 +57,14 @@ class TypeAStreamer : public StreamerBase {
   template <class Content>
   static void WriteValue(OCharStream& out, const StreamParams& params, Content content);
   void NewLine(OCharStream& out) const;
-  void CheckDepth(const OCharStream& out, const NPOSObjectImpl::BaseObject& object) {
+  void CheckDepth(const OCharStream& out, const POSObject* handle,
+                  const NPOSObjectImpl::BaseObject& object) {
     const unsigned written = LevelsWritten();
     if (written == 0) fFirstFrame = NPOSObjectImpl::NestingStack::Here();
-    if (written >= kLevelsUnchecked) [[unlikely]]
-      CheckDeep(out, object);
+    if (written >= kLevelsUnsearched) [[unlikely]]
+      CheckDeep(out, handle, object);
   }
-  [[gnu::noinline]] void CheckDeep(const OCharStream& out,
+  [[gnu::noinline]] void CheckDeep(const OCharStream& out, const POSObject* handle,
                                    const NPOSObjectImpl::BaseObject& object);
   unsigned LevelsWritten() const noexcept { return static_cast<unsigned>(fLevel - fFirstLevel); }
 

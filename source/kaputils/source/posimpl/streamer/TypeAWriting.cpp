@@ -143,11 +143,17 @@ void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
 // far show how much stack a level takes, and so which depth is out of reach; a quarter is added
 // because the levels to come may take less.
 //
+// A container with many values before itself would write them at each of these levels, so a few
+// levels look whether the container is being written already.
+//
 // The examination must not take much longer than writing, because only a "Write" can stop it. Where
 // it ends early, values nested twice as deep are examined again, for longer if much was written.
-void TypeAStreamer::CheckDeep(const OCharStream& out, const BaseObject& object) {
+void TypeAStreamer::CheckDeep(const OCharStream& out, const POSObject* handle,
+                              const BaseObject& object) {
   const unsigned written = LevelsWritten();
   if (!std::has_single_bit(written)) return;
+  if (out.IsWriting(handle)) NPOSObjectImpl::NestingGuard::ThrowTooDeep();
+  if (written < kLevelsUnchecked) return;
   const std::uintptr_t taken = fFirstFrame - NPOSObjectImpl::NestingStack::Here();
   const NPOSObjectImpl::NestingLevel level(fStack);
   const unsigned long fit = fStack.HowManyFit(taken / written);
@@ -219,7 +225,7 @@ void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
 // The stream may change the array while it writes: each element is taken as it is then.
 void TypeAStreamer::WriteArray(OCharStream& out, const StreamParams& params, POSObject* object,
                                const Array& array) {
-  CheckDepth(out, array);
+  CheckDepth(out, object, array);
   const NPOSObjectImpl::NestingGuard guard(fStack);
   const ContainerInUse inUse(out, object);
   WriteValue(out, params, [&] { WriteElements(out, array); });
@@ -242,7 +248,7 @@ void TypeAStreamer::WriteElements(OCharStream& out, const Array& array) {
 
 void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params, POSObject* object,
                               const Dict& dict) {
-  CheckDepth(out, dict);
+  CheckDepth(out, object, dict);
   const NPOSObjectImpl::NestingGuard guard(fStack);
   ContainerInUse inUse(out, object);
   WriteValue(out, params, [&] { WriteEntries(out, dict, inUse); });

@@ -86,7 +86,7 @@ ErrorCount TypeChecker::GetErrorsOf(const Type& type, AtomText typeName, const S
     return 1;
   }
   const bool isLong = fDepth > kDepthUnremembered || fChecks > kChecksUnremembered;
-  if (isLong && fExtraValidations.empty()) [[unlikely]] {
+  if (isLong && !fHasCallbacks) [[unlikely]] {
     return GetRememberedErrors(typeName, type.fDefinition, object, errors);
   }
   const ErrorCount count = GetTypeDefinitionComplianceErrors(type.fDefinition, object, errors);
@@ -134,7 +134,7 @@ ErrorCount TypeChecker::GetExtraValidationErrors(AtomText typeName, const Subjec
                                                  ErrorList& errors) const {
   if (fExtraValidations.empty()) return 0;
   const ProcEntry* entry = fExtraValidations.Find(SortableText(typeName));
-  if (!entry || !entry->Callback()) return 0;
+  if (!entry) return 0;
   const CKAPStringAtom name = entry->GetKey().Atom();
   const KAPContainerBaseGeneric reference = object.Reference();
   const KAP_T_MT::TKAPSharedBuffer<char> reason(kMessageSize);
