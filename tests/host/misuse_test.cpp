@@ -276,6 +276,36 @@ TEST(MisuseBindingTest, BindingThreadOfEachLoad) {
   EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
 }
 
+struct LeftInterface
+    : TKAPInterface<"LeftInterface", TKAPMethod<"GetVersion", "LeftGetVersionProc", int()>> {};
+
+// The library stays in memory, so that the call does not crash.
+TEST(MisuseUnloadedTest, CallOfAProcedureLeftRegistered) {
+  HostOptions options = Checking();
+  options.fDebug.fDeclared = KAPHost::Declare<TKAPInterfaceSet<LeftInterface>>();
+  Host host(options);
+  const auto leave = [&] {
+    const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
+    void* const file = dlopen(CARELESS_COMPONENT, RTLD_NOW | RTLD_NOLOAD);
+    host.Register("LeftInterface", "GetVersion", "LeftGetVersionProc",
+                  dlsym(file, "CarelessGetVersion"));
+    dlclose(file);
+    const auto getVersion = host.Proc<LeftInterface, "GetVersion">();
+    EXPECT_EQ(getVersion(), 1);
+    EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
+    return getVersion;
+  };
+  for (int i = 0; i < 2; ++i) {  // a component that registers it again makes up for it
+    const auto getVersion = leave();
+    EXPECT_EQ(host.TakeReports().size(), 1u);
+    EXPECT_EQ(getVersion(), 1);
+    EXPECT_EQ(
+        host.TakeReports(),
+        std::vector<std::string>{"KAP host: call of a procedure whose component was unloaded"
+                                 "\n  used by host_test in LeftInterface.GetVersion of Careless"});
+  }
+}
+
 // A report with stacks names the function, also when the component is unloaded since.
 TEST(MisuseStacksTest, Report) {
   std::vector<std::string> reports;

@@ -105,6 +105,7 @@ void* Watcher::Watch(const char* interfaceName, const char* methodName, const ch
   chosen->fMethod = method;
   chosen->fInterface = names->insert(interfaceName).first->c_str();
   chosen->fCallee = isHosts ? kHost : NameOfCodeAt(proc);
+  chosen->fIsLeft = false;
   chosen->fTarget.store(proc, std::memory_order_release);
   return method->fEntries[static_cast<std::size_t>(chosen - method->fProcs)];
 }
@@ -114,6 +115,13 @@ void Watcher::AcceptUnknown(const Snapshot& held) {
   for (const KAPResource resource :
        {KAPResource::kAtom, KAPResource::kError, KAPResource::kContainer, KAPResource::kBuffer}) {
     if (held.Total(resource) != Holding()) fChecker->AcceptUnknown(resource);
+  }
+}
+
+void Watcher::NoteLeft(const Span& span) {
+  const std::lock_guard lock(fMutex);
+  for (WatchedProc* const proc : fTaken) {
+    if (span.Contains(proc->fTarget.load())) proc->fIsLeft = true;
   }
 }
 
@@ -131,7 +139,10 @@ void Watcher::Begin(WatchedCall& call) {
     call.fTraced = std::make_unique<TraceEntry>(fTrace->Begin(&call, observed));
     ++tThread.fDepth;
   }
-  if (fChecker) Report(fChecker->Begin(observed, call.fIsRefused, call.fObject));
+  if (fChecker) {
+    if (call.fProc.fIsLeft) Report("call of a procedure whose component was unloaded", nullptr);
+    Report(fChecker->Begin(observed, call.fIsRefused, call.fObject));
+  }
   if (!fLedger || call.fIsRefused) return;
   const void* const overReleased = CountReleases(*fLedger, observed);
   if (!overReleased || !fChecker || fChecker->AcceptsUnknown(ResourceOf(call.fArguments[0].fKind)))
