@@ -186,6 +186,8 @@ TEST_F(TypesTest, SeveralTypesAtEachLevel) {
               row.valid);
     if (row.valid) {
       EXPECT_EQ(Validate(validator, "A0", object), kValid);
+    } else if (&row == &rows[0] || &row == &rows[4]) {  // the others take as long
+      EXPECT_GT(Validate(validator, "A0", object).size(), 100'000u);
     }
   }
 }

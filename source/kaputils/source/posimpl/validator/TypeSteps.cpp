@@ -122,7 +122,7 @@ ErrorCount TypeChecker::GetRememberedErrors(AtomText typeName, const Definition&
     return GetTypeDefinitionComplianceErrors(definition, object, errors);
   const Outcomes::Known known = fOutcomes->Find(handle, typeName);
   if (known == Outcomes::Known::kValid) return 0;
-  if (known == Outcomes::Known::kInvalid && !errors.AreWanted()) return 1;
+  if (known == Outcomes::Known::kInvalid && (!errors.AreWanted() || errors.IsLong())) return 1;
   const ErrorCount count = GetTypeDefinitionComplianceErrors(definition, object, errors);
   fOutcomes->Remember(handle, typeName, count == 0);
   return count;
