@@ -238,7 +238,24 @@ TEST_F(FaultTest, KeepsTheOldFileOnlyIfTheNewOneIsThere) {
   }
 }
 
-// Signals remove a named temporary file.
+TEST_F(FaultTest, SignalsRemoveANamedFile) {
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGXCPU, SIGUSR1}) {
+    SCOPED_TRACE(signal);
+    EXPECT_EQ(Convert({"write", 2, 1, std::to_string(-signal)}, true).fStatus, -signal);
+    EXPECT_TRUE(HasFired() && !IsNew());
+    ExpectWhole();
+  }
+  // One that is ignored ends nothing.
+  std::filesystem::remove(fMarks.Path("fired"));
+  Setting setting = With({"write", 2, 1, std::to_string(-SIGHUP)}, fMarks.Path("fired"), true);
+  setting.fPrefix = {"env", "--ignore-signal=HUP"};
+  EXPECT_EQ(RunPosutil({"convert", fFolder.Path("in.json"), fFolder.Path("out.json")}, "", setting),
+            (Outcome{0, "", ""}));
+  EXPECT_TRUE(HasFired() && IsNew());
+  ExpectWhole();
+}
+
+// Posutil ignores the signal of the limit, and its destructors remove a named file.
 TEST_F(FaultTest, AFileSizeLimit) {
   for (const bool isNamed : {false, true}) {
     fFolder.Put("out.json", kOld);
@@ -273,7 +290,8 @@ void ExpectNoLeak(const Outcome& outcome) {
 // the number of runs small.
 TEST_F(FaultTest, OutOfMemory) {
   for (const long count : {1L, 1'000'000'000L}) {
-    for (long n = 1;; n += 1 + n / 8) {
+    long n = 1;
+    for (;; n += 1 + n / 8) {
       SCOPED_TRACE(std::to_string(n) + " of " + std::to_string(count));
       const Outcome outcome = Convert({"malloc", n, count, std::to_string(ENOMEM)});
       ExpectWhole();
@@ -282,6 +300,7 @@ TEST_F(FaultTest, OutOfMemory) {
       EXPECT_EQ(IsNew(), outcome.fStatus == 0);
       if (outcome.fStatus != 0) ExpectMessageAboutMemory(outcome);
     }
+    EXPECT_GT(n, 100);
   }
 }
 
@@ -312,7 +331,14 @@ TEST_F(FaultTest, CommandsOutOfMemory) {
       "person.txt", "< name (Ada Lovelace) born [10 December 1815] greeting `0041` factor 0.5 >");
   const std::vector<std::string> rows[] = {
       {"print", person},
+      {"paths", person},
       {"get", person, "name", "born[1]", "born", "greeting"},
+      {"set", person, "born[0]", "11"},
+      {"remove", person, "born[0]"},
+      {"merge", person, fFolder.Put("merge.json", R"({"born":null,"age":[1]})")},
+      {"patch", person, fFolder.Put("patch.json", R"([{"op":"remove","path":"/born/0"}])")},
+      {"diff", person, person},
+      {"completion", "bash"},
       {"convert", person, "-", "--to", "typea"},
       {"validate", "--schema", schema, "--type", "Person", person},
       {"check-schema", "--format", "json", schema},
@@ -320,7 +346,8 @@ TEST_F(FaultTest, CommandsOutOfMemory) {
   for (const auto& row : rows) {
     const Outcome whole = RunPosutil(row);
     ASSERT_EQ(whole, (Outcome{0, whole.fOut, ""}));
-    for (long n = 1;; n += 1 + n / 8) {
+    long n = 1;
+    for (;; n += 1 + n / 8) {
       SCOPED_TRACE(row[0] + " " + std::to_string(n));
       std::filesystem::remove(fMarks.Path("fired"));
       const Fault fault = {"malloc", n, 1, std::to_string(ENOMEM)};
@@ -333,6 +360,7 @@ TEST_F(FaultTest, CommandsOutOfMemory) {
         ExpectMessageAboutMemory(outcome);
       }
     }
+    EXPECT_GT(n, 10) << row[0];
   }
 }
 
