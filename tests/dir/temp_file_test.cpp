@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -57,6 +58,7 @@ TEST_F(DirTest, TempFileLivesAsLongAsItsStream) {
 }
 
 TEST_F(DirTest, ViewsOfATempFile) {
+  const std::set<int> before = Descriptors();
   std::optional<CKAPPositionableStream> stream = NewStream();
   const std::string text(100, 't');
   Write(*stream, text);
@@ -68,6 +70,12 @@ TEST_F(DirTest, ViewsOfATempFile) {
   EXPECT_EQ(Read(*stream, 60), text.substr(0, 60));
   const CKAPRewindableStream other = stream->CreateIndependentlyRewindableStream();
   EXPECT_EQ(stream->Mark(), 60);  // reopened only once
+  // All are closed on exec; that of the folder being listed is closed already.
+  for (const int descriptor : Descriptors()) {
+    const int flags = ::fcntl(descriptor, F_GETFD);
+    EXPECT_TRUE(before.contains(descriptor) || flags < 0 || flags & FD_CLOEXEC)
+        << LinkOf(descriptor);
+  }
   CKAPPositionableStream ofView = view->CreateIndependentlyPositionableStream();
   view.reset();
   EXPECT_EQ(Names().size(), 1u);
