@@ -22,10 +22,20 @@ Outcome Lines(const std::string& json, const std::vector<std::string>& options =
   return Convert(json, "json", arguments);
 }
 
+// Strings with characters that need a look after 0 to 40 that do not.
+std::string UnusualCharactersAtEveryPlace() {
+  std::string json = "[";
+  for (std::size_t i = 0; i <= 40; ++i) {
+    json += (i > 0 ? ",\"" : "\"") + std::string(i, 'x') + "\\\"\u00E9\\u0001" +
+            std::string(i, 'y') + "\"";
+  }
+  return json + "]";
+}
+
 TEST(JsonTest, RoundTrips) {
   const struct {
     const char* why;
-    const char* in;
+    std::string in;
     std::string out;
   } rows[] = {
       {"whole numbers without an exponent", "[0,-1,100000,1e5,9007199254740991]",
@@ -40,11 +50,15 @@ TEST(JsonTest, RoundTrips) {
       {"large integers that a double holds",
        "[-9223372036854775808,18446744073709549568,999999999999999,1000000000000000]",
        "[-9223372036854775808,18446744073709549568,999999999999999,1000000000000000]"},
+      {"the limits of 32 bits", "[4294967295,4294967296,-4294967296]",
+       "[4294967295,4294967296,-4294967296]"},
       {"an integer beyond 64 bits", "100000000000000000000", "1e+20"},
       {"members in the order of their keys", R"({"b":1,"a":{"d":[],"c":{}}})",
        R"({"a":{"c":{},"d":[]},"b":1})"},
       {"escapes", R"("\"\\\/\b\f\n\r\t\u001f\u007fé\ud83d\uDE00")",
        "\"\\\"\\\\/\\b\\f\\n\\r\\t\\u001f\x7F\u00E9\U0001F600\""},
+      {"characters at every place", UnusualCharactersAtEveryPlace(),
+       UnusualCharactersAtEveryPlace()},
       {"empty slots, at the end too", "[null,1,null,null,2,null,null]",
        "[null,1,null,null,2,null,null]"},
       {"nothing but empty slots", "[[null],[null,null]]", "[[null],[null,null]]"},

@@ -54,13 +54,14 @@ class GetCommand final : public Command {
     fDocument.SetLoss(session);
     const auto documents = fDocument.Open(session.Out(), session);
     ExitStatus status = kExitSuccess;
-    fDocument.ForEach(*documents, session.Out(), [&](const CPOSObject& root, std::size_t number) {
+    const auto print = [&](const CPOSObject& root, std::size_t number) {
       try {
         if (!PrintValues(root, fDocument.Name(number), session)) status = kExitNegative;
       } catch (const ValueFailure& failure) {
         fDocument.FailWithPlace(failure, number, *documents, session);
       }
-    });
+    };
+    fDocument.ForEach(*documents, session.Out(), session, print);
     return status;
   }
 

@@ -53,8 +53,8 @@ void JsonBuilder::Number(double value) {
   Attach(NewNumber(value));
 }
 
-void JsonBuilder::String(std::string_view text) {
-  RejectZero(text, "the string contains a zero character");
+void JsonBuilder::String(std::string_view text, bool hasEscapes) {
+  if (hasEscapes) RejectZero(text, "the string contains a zero character");
   if (!fLevels.empty()) {
     TagForm& form = fLevels.back().fForm;
     if (form == TagForm::kObject) form = TagForm::kNone;
@@ -152,8 +152,8 @@ void JsonBuilder::Close(const Handle& value) {
   Attach(value);
 }
 
-bool JsonBuilder::Key(std::string_view key) {
-  RejectZero(key, "a key contains a zero character");
+bool JsonBuilder::Key(std::string_view key, bool hasEscapes) {
+  if (hasEscapes) RejectZero(key, "a key contains a zero character");
   Level& object = fLevels.back();
   fKey = &fKeys.Get(key);
   const bool isRepeated = IsRepeated(object, fKey->Handle());
