@@ -180,7 +180,7 @@ void TypeAStreamer::NewLine(OCharStream& out) const {
 
 // Nothing in a number's text needs an escape, wherever it stands.
 void TypeAStreamer::WriteNumberValue(OCharStream& out, const StreamParams& params, double value) {
-  // By value: what a guarded function refers to would be in memory.
+  // By value: a capture by reference would keep both in memory, on a guarded stack.
   out.PutInPlace<NPOSObjectImpl::kNumberTextSize + 2>([&params, value](char* place) {
     *place++ = params.kOpen;
     place = NPOSObjectImpl::WriteNumber(value, place);
