@@ -47,7 +47,10 @@ class TypeAStreamer : public StreamerBase {
   static void WriteUnicode(OCharStream& out, const unsigned short* units);
   void WriteBinData(OCharStream& out, const NPOSObjectImpl::BinData& data);
   static void WriteRawPointer(OCharStream& out, const void* pointer);
-  // Out of line: the frames of containers would burden those of scalars.
+  // Out of line: the frames of containers and rare scalars would burden those of the others.
+  [[gnu::noinline]] void WriteRareObject(OCharStream& out, const StreamParams& params,
+                                         POSObject* object,
+                                         const NPOSObjectImpl::BaseObject& instance);
   [[gnu::noinline]] void WriteArray(OCharStream& out, const StreamParams& params, POSObject* object,
                                     const NPOSObjectImpl::Array& array);
   [[gnu::noinline]] void WriteDict(OCharStream& out, const StreamParams& params, POSObject* object,

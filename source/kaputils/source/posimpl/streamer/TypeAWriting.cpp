@@ -107,7 +107,8 @@ void TypeAStreamer::SerializeObject(const KAP_T_MT::CKAPPositionableStream& stre
 
 void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
   const BaseObject* instance = BaseObject::GetInstanceNoThrow(object);
-  if (!instance) throw POSException(kCannotBeWritten);
+  if (!instance) [[unlikely]]
+    throw POSException(kCannotBeWritten);
   const StreamParams& params = ParamsFor(instance->GetType());
   switch (params.kType) {
     case KAP_T_MT::kPOSNumber:
@@ -115,27 +116,36 @@ void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
     case KAP_T_MT::kPOSString:
       return out.PutText(params, static_cast<const NPOSObjectImpl::String*>(instance)->Get(),
                          object);
+    case KAP_T_MT::kPOSArray:
+      return WriteArray(out, params, object, *static_cast<const Array*>(instance));
+    case KAP_T_MT::kPOSDict:
+      return WriteDict(out, params, object, *static_cast<const Dict*>(instance));
+    default:
+      return WriteRareObject(out, params, object, *instance);
+  }
+}
+
+void TypeAStreamer::WriteRareObject(OCharStream& out, const StreamParams& params, POSObject* object,
+                                    const BaseObject& instance) {
+  switch (params.kType) {
     case KAP_T_MT::kPOSUnicodeString: {
       const ScalarInUse inUse(out, object);
       return WriteValue(out, params, [&] {
-        WriteUnicode(out, static_cast<const UnicodeString*>(instance)->Get());
+        WriteUnicode(out, static_cast<const UnicodeString&>(instance).Get());
       });
     }
     case KAP_T_MT::kPOSBinData: {
       const ScalarInUse inUse(out, object);
       return WriteValue(out, params,
-                        [&] { WriteBinData(out, *static_cast<const BinData*>(instance)); });
+                        [&] { WriteBinData(out, static_cast<const BinData&>(instance)); });
     }
     case KAP_T_MT::kPOSRawPointer: {
-      const void* const pointer = static_cast<const RawPointer*>(instance)->GetRawPointer();
+      const void* const pointer = static_cast<const RawPointer&>(instance).GetRawPointer();
       return WriteValue(out, params, [&] { WriteRawPointer(out, pointer); });
     }
-    case KAP_T_MT::kPOSArray:
-      return WriteArray(out, params, object, *static_cast<const Array*>(instance));
-    case KAP_T_MT::kPOSDict:
-      return WriteDict(out, params, object, *static_cast<const Dict*>(instance));
+    default:
+      throw POSException(kCannotBeWritten);
   }
-  throw POSException(kCannotBeWritten);
 }
 
 // An array that contains itself would fill half a gigabyte with indentation before the stack ends.
@@ -176,7 +186,8 @@ void TypeAStreamer::NewLine(OCharStream& out) const {
 
 // Nothing in a number's text needs an escape, wherever it stands.
 void TypeAStreamer::WriteNumberValue(OCharStream& out, const StreamParams& params, double value) {
-  out.PutInPlace<NPOSObjectImpl::kNumberTextSize + 2>([&](char* place) {
+  // By value: a capture by reference would keep both in memory, on a guarded stack.
+  out.PutInPlace<NPOSObjectImpl::kNumberTextSize + 2>([&params, value](char* place) {
     *place++ = params.kOpen;
     place = NPOSObjectImpl::WriteNumber(value, place);
     *place++ = params.kClose;
