@@ -72,6 +72,9 @@ class Reader : public Registered<Reader> {
   // which lies outside of tokens, and the key that a token stands for.
   virtual Token NextToken(std::string_view text, std::size_t at) const = 0;
   virtual std::string KeyOf(std::string_view token) const = 0;
+  // The key of a dictionary in the text that stands for the value of this key; empty if the format
+  // has none.
+  virtual std::string WrapperKey() const { return ""; }
 
   // The reader for the ending of the file name, or null.
   static const Reader* ForEnding(const std::string& fileName);
