@@ -24,7 +24,7 @@ enum class Extent { kNone, kReferences, kBytes, kCost };
 struct ResourceText {
   const char* fLabel;
   const char* fNoun;  // one of them, in messages
-  bool fIsNamed;  // counted by name, else all of them together
+  bool fIsNamed;      // counted by name, else all of them together
   Extent fExtent;
 };
 
