@@ -79,7 +79,7 @@ class Reader : public Registered<Reader> {
   // The reader for the ending of the file name, or null.
   static const Reader* ForEnding(const std::string& fileName);
   // The reader for the ending of the file name or, if no reader has it, for the beginning of the
-  // file; null if that shows no format. Remembers the answer. Throws Failure for a file that it
+  // file; null if that shows no format. Remembers the result. Throws Failure for a file that it
   // cannot read. Any thread.
   static const Reader* ForFile(const std::string& fileName);
   // Returns whether the file is short and has nothing but white space.
