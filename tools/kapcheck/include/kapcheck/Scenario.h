@@ -35,8 +35,8 @@
 // Exports a function of the plug-in.
 #define KAP_CHECK_EXPORT extern "C" [[gnu::visibility("default")]]
 
-// Declares one or more interfaces (TKAPInterface) or sets of them (TKAPInterfaceSet). Use it once in
-// a plug-in, outside all namespaces.
+// Declares one or more interfaces (TKAPInterface) or sets of them (TKAPInterfaceSet). Use it once
+// in a plug-in, outside all namespaces.
 #define KAP_CHECK_DECLARE(...)                                                                   \
   KAP_CHECK_EXPORT const KAPCheck::DeclaredMethod* KAPCheckDeclarations(std::size_t* outCount) { \
     using Table = KAPCheck::TDeclarations<__VA_ARGS__>;                                          \
