@@ -138,14 +138,14 @@ std::string WithoutTornCharacter(std::string_view text) {
 }
 
 // Follows the steps of a message through the object and the schema.
-class Walk {
+class MessageWalk {
  public:
-  Walk(const CheckedDocument& checked, const ParsedMessage& message)
-      : Walk(checked, message, message.fSteps.size()) {
+  MessageWalk(const CheckedDocument& checked, const ParsedMessage& message)
+      : MessageWalk(checked, message, message.fSteps.size()) {
     Finish(message.fRest);
   }
   // Only the first `depth` steps.
-  Walk(const CheckedDocument& checked, const ParsedMessage& message, std::size_t depth)
+  MessageWalk(const CheckedDocument& checked, const ParsedMessage& message, std::size_t depth)
       : fSchema(checked.fSchema), fObject(checked.fObject), fType(checked.fType) {
     for (const MessageStep& step : std::span(message.fSteps).first(depth)) Follow(step);
   }
@@ -310,7 +310,7 @@ Distance DistanceOf(const CheckedDocument& checked, Messages messages, std::size
     }
     return least;
   }
-  const Walk walk(checked, messages.front(), depth);
+  const MessageWalk walk(checked, messages.front(), depth);
   bool isOtherKind = false;
   std::size_t wrong = 0;
   for (const Messages& group : Groups(messages, depth)) {
@@ -351,7 +351,7 @@ bool Explainer::NeedsCheckAgain(Messages messages, std::size_t depth) const {
 // The messages about the value to which the first `depth` steps lead; none if they cannot be had.
 std::vector<ParsedMessage> Explainer::CheckAgain(const ParsedMessage& first, std::size_t depth) {
   ++fChecksAgain;
-  const Walk walk(fChecked, first, depth);
+  const MessageWalk walk(fChecked, first, depth);
   std::vector<ParsedMessage> messages;
   if (walk.fObject.IsNull() || walk.fType.empty()) return messages;
   const std::size_t limit = std::clamp<std::size_t>(fMaxMessages, 100, 10'000);
@@ -395,7 +395,7 @@ void Explainer::AddClosest(Messages messages, std::size_t depth) {
     least = std::min(least, distance);
   }
   const std::size_t all =
-      std::max(groups.size(), Walk(fChecked, messages.front(), depth).Alternatives());
+      std::max(groups.size(), MessageWalk(fChecked, messages.front(), depth).Alternatives());
   Add(groups[closest], depth + 1, all - 1);
 }
 
@@ -405,7 +405,7 @@ void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
     return;
   }
   if (message.fIsCut) return AddCut(message);
-  const Walk walk(fChecked, message);
+  const MessageWalk walk(fChecked, message);
   VerdictMessage explained;
   explained.fText = message.fText;
   if (walk.fShowsValue) explained.fFound = Shown(walk.fObject);
@@ -421,7 +421,7 @@ void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
 
 // Such messages differ only in what is cut.
 void Explainer::AddCut(const ParsedMessage& message) {
-  const Walk walk(fChecked, message, message.fSteps.size());
+  const MessageWalk walk(fChecked, message, message.fSteps.size());
   VerdictMessage explained;
   explained.fText = WithoutTornCharacter(message.fText) + "...";
   explained.fPath = JsonPointer(walk.fPath);
