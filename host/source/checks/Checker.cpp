@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "accounting/Resources.h"
-#include "checks/ThreadTags.h"
+#include "checks/ThreadTagRows.h"
 #include "errors/Errors.h"
 #include "quarantine/Quarantine.h"
 #include "sites/ThreadState.h"
@@ -23,6 +23,16 @@ constexpr unsigned char kUnset = 0xE5;
 const char* Verb(const ObservedCall& call) {
   if (std::string_view(call.fMethod.fMethod) == "AddRef") return "AddRef";
   return call.fMethod.fReleases ? "release" : "use";
+}
+
+static_assert(std::is_sorted(std::begin(kThreadTagRows), std::end(kThreadTagRows)));
+
+// kAny for a method that has no row: interfaces that other components declare.
+ThreadTag ThreadTagOf(const char* interfaceName, const char* methodName) noexcept {
+  const ThreadTagRow wanted{interfaceName, methodName, ThreadTag::kAny};
+  const auto* const end = std::end(kThreadTagRows);
+  const auto* const row = std::lower_bound(std::begin(kThreadTagRows), end, wanted);
+  return row != end && !(wanted < *row) ? row->fTag : ThreadTag::kAny;
 }
 
 // Any value of few bytes may be a result.
