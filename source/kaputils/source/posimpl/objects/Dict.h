@@ -32,9 +32,6 @@ class DictEntry : public NPOSImpl::redblack_node, public KAP_T_MT::KAPHostAlloca
   CPOSObject fValue;
 };
 
-// A hash index beside the tree, by the text pointers of the keys, took half of the time of "Get"
-// and more off dictionaries of over 10 keys, but made inserting 1 000 keys slower than nlohmann's
-// (bench_dict). It could not be built at the first "Get": reading does not change a dictionary.
 using DictTree = NPOSImpl::redblack_tree<DictEntry>;
 
 // A map from texts to property objects, in the byte order of the texts. Changes swap first and
