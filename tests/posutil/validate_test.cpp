@@ -265,7 +265,7 @@ TEST_F(ValidateTest, PlacesOfValuesAndRules) {
       "< Pair < category array membertype [int string] >\n"
       "Both < category intersection set [Low\n High] > Low < category int max 5 >\n"
       "High < category int minexcl 5 >\n"
-      "Short < category string maxlen 1 > Wrapped < category dict required < $unicode Short > >\n"
+      "Short < category string maxlen 1 > Wrapped < category dict required < ($unicode) Short > >\n"
       "Map < category dict keytype Short valuetype Low >\n"
       "kA < category string oneof [a] > kB < category string oneof [b] >\n"
       "A < category dict required < kind kA x int y int > >\n"
