@@ -354,7 +354,8 @@ TEST(TraceTest, Threads) {
     for (std::thread& thread : threads) thread.join();
   });
   const std::regex line(
-      R"(( *)((host_test > host(_test)?: \w+\.\w+\("x"(, 0)?\)( = "x"| \{( \.\.\.)?)?)|\} \w+( = "x")?))");
+      R"(( *)((host_test > host(_test)?: \w+\.\w+\("x"(, 0)?\)( = "x"| \{( \.\.\.)?)?))"
+      R"(|\} \w+( = "x")?))");
   const std::vector<std::string> lines = Lines(Contents(file.Path()));
   for (const std::string& text : lines) EXPECT_TRUE(std::regex_match(text, line)) << text;
   const auto isCall = [](const std::string& text) { return text.find(" > ") != std::string::npos; };

@@ -108,19 +108,6 @@ TEST(UsageTest, NamesOfCommandsAsArguments) {
             (Outcome{0, "1\n2\n", ""}));
 }
 
-TEST(UsageTest, HelpGivesExamples) {
-  EXPECT_EQ(RunPosutil({"--help"}).fStatus, 0);
-  for (const std::string command :
-       {"print", "get", "paths", "convert", "set", "remove", "merge", "diff", "patch", "validate",
-        "check-schema", "version", "completion", "manual"}) {
-    const Outcome help = RunPosutil({command, "--help"});
-    EXPECT_EQ(help.fStatus, 0);
-    EXPECT_EQ(help.fErr, "");
-    EXPECT_NE(help.fOut.find("posutil " + command), std::string::npos) << help.fOut;
-    EXPECT_NE(help.fOut.find("Example"), std::string::npos) << help.fOut;
-  }
-}
-
 TEST(VersionTest, DecodesTheLibrarysNumber) {
   const Outcome version = RunPosutil({"version"});
   // The option does not need the library.

@@ -265,7 +265,7 @@ TEST_F(ValidateTest, PlacesOfValuesAndRules) {
       "< Pair < category array membertype [int string] >\n"
       "Both < category intersection set [Low\n High] > Low < category int max 5 >\n"
       "High < category int minexcl 5 >\n"
-      "Short < category string maxlen 1 >\n"
+      "Short < category string maxlen 1 > Wrapped < category dict required < ($unicode) Short > >\n"
       "Map < category dict keytype Short valuetype Low >\n"
       "kA < category string oneof [a] > kB < category string oneof [b] >\n"
       "A < category dict required < kind kA x int y int > >\n"
@@ -310,6 +310,10 @@ TEST_F(ValidateTest, PlacesOfValuesAndRules) {
                            ": note: the rule\n1 file checked: 0 valid, 1 not valid, 1 message\n",
                        ""}));
   }
+  const Outcome wrapped =
+      Run({"validate", "--schema", "kinds.txt", "--type", "Wrapped", "--from", "json", "-"},
+          R"({"$object": {"$unicode": "a b"}})");
+  EXPECT_EQ(wrapped.fOut.substr(0, 23), "<stdin>:1:26: $unicode ") << wrapped.fOut;
   EXPECT_EQ(
       Run({"validate", "--all-branches", "--schema", "kinds.txt", "--type", "Shape", "--format",
            "json", "--from", "json", "-"},

@@ -14,6 +14,7 @@ namespace KAPHost {
 // procedure that adds and releases references to the very object neither keeps it alive nor
 // destroys it twice. An object with 2^31 - 1 references keeps that count and is never destroyed,
 // since the references beyond are unknown; a component that leaks one reference a call gets there.
+// Both rule out fetch_add, which changes a count before it looks at it.
 //
 // Threads: any.
 class RefCount {

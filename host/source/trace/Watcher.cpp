@@ -13,15 +13,6 @@
 
 namespace KAPHost {
 
-namespace {
-
-using HostStreamSet = KAP_T_MT::TKAPInterfaceSet<
-    KAP_T_MT::KAPSimpleStreamInterface, KAP_T_MT::KAPRewindableStreamInterface,
-    KAP_T_MT::KAPPositionableStreamInterface, KAP_T_MT::KAPDataStoreInterface,
-    KAP_T_MT::KAPSizedDataStoreInterface, KAP_T_MT::KAPDataBlockStreamInterface>;
-
-}  // namespace
-
 // ---- Which procedure observes which ----
 
 Watcher::Watcher(DebugOptions options, std::unique_ptr<TraceWriter> trace, bool checks,
@@ -36,9 +27,11 @@ Watcher::Watcher(DebugOptions options, std::unique_ptr<TraceWriter> trace, bool 
   }
   // The first stack of a process loads a library. Later ones may be wanted under locks.
   if (fOptions.fStacks) CaptureStack(nullptr);
-  const auto ofStreams = Declare<HostStreamSet>();
+  const auto ofStreams =
+      Declare<KAP_T_MT::KAPStreamInterfaceSet, KAP_T_MT::KAPDataStoreInterfaceSet>();
   fStreamMethods.insert(ofStreams.begin(), ofStreams.end());
-  auto methods = Declare<KAP_T_MT::KAPHostInterfaceSet, HostStreamSet>();
+  auto methods = Declare<KAP_T_MT::KAPHostInterfaceSet>();
+  methods.insert(methods.end(), ofStreams.begin(), ofStreams.end());
   methods.insert(methods.end(), fOptions.fDeclared.begin(), fOptions.fDeclared.end());
   for (const DeclaredMethod* method : methods) {
     fMethods[method->fMethod].push_back(method);

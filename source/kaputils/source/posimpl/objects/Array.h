@@ -10,8 +10,9 @@
 namespace NPOSObjectImpl {
 
 // A growable sequence of slots, each a reference to a property object or empty. A slot is a bare
-// handle, so that the host's "Realloc" may move it. Changes swap first and release last, since a
-// release may call back.
+// handle, so that the host's "Realloc" may move it: appending 100 000 values took 2.2 times the
+// floor with copying and 1.6 with "Realloc" when that was new (bench_scalars). Changes swap first
+// and release last, since a release may call back.
 class Array final : public TObjectKind<Array, HoldingObject> {
  public:
   static constexpr POSType kType = KAP_T_MT::kPOSArray;
