@@ -77,7 +77,8 @@ class Results:
         self.programs = {}  # case: the program
         self.loads = []  # the load average at the start of each program
         families = {}
-        for path in sorted(paths, key=lambda path: program_place(path.stem)):
+        for path in sorted(paths, key=lambda path: program_place(program_of(path))):
+            program = program_of(path)
             with open(path, encoding="utf-8") as file:
                 text = file.read()
             if not text:  # the filter matched no benchmark of the program
@@ -85,13 +86,16 @@ class Results:
             content = json.loads(text)
             self.loads += content.get("context", {}).get("load_avg", [])[:1]
             for run in content["benchmarks"]:
-                self.programs[split_name(run["run_name"])[0]] = path.stem
-                place = (program_place(path.stem), run["family_index"],
+                self.programs[split_name(run["run_name"])[0]] = program
+                place = (program_place(program), run["family_index"],
                          run["per_family_instance_index"], run["run_name"])
                 if run["run_type"] == "iteration":
                     families.setdefault(place, []).append(run)
         for _, runs in sorted(families.items()):
             self._add(runs)
+        cases = list(dict.fromkeys(case for case, _ in self.rows))
+        self.rows = dict(sorted(self.rows.items(), key=lambda row: (cases.index(row[0][0]),
+                                                                    row[0][1])))
 
     def _add(self, runs):
         case, n, series = split_name(runs[0]["run_name"])
@@ -130,6 +134,11 @@ class Results:
                                self.ratio(case, n, series), ours.low / result.high,
                                ours.high / result.low)
         yield from self.missing_goals
+
+
+def program_of(path):
+    """A program may have several files: <program>.json, <program>.<part>.json."""
+    return path.stem.partition(".")[0]
 
 
 def program_place(name):
