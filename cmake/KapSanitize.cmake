@@ -7,7 +7,13 @@ set(kap_sanitizer_environment)
 
 if(KAP_SANITIZE)
   list(JOIN KAP_SANITIZE "," names)
-  add_compile_options(-fsanitize=${names} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
+  # A fuzz target is run millions of times, so that more optimisation pays for its compilation.
+  set(optimisation -O1)
+  if("fuzzer-no-link" IN_LIST KAP_SANITIZE)
+    set(optimisation -O2)
+  endif()
+  add_compile_options(-fsanitize=${names} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    ${optimisation} -g1)
   add_link_options(-fsanitize=${names})
   if("undefined" IN_LIST KAP_SANITIZE)
     add_compile_options(-fsanitize=float-cast-overflow)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 #include "kaphost/KAPHost.h"
@@ -9,14 +10,14 @@
 void Expect(bool isTrue, const char* what);
 
 // Runs functions that must not leak anything of the host. Nothing else uses the host meanwhile: the
-// snapshot after one run is the one before the next, because it takes longer than a small input.
+// digest after one run is the one before the next, because it takes as long as a small input.
 class BalancedRuns {
  public:
-  explicit BalancedRuns(KAPHost::Host& host) : fHost(host), fBefore(host.TakeSnapshot()) {}
+  explicit BalancedRuns(KAPHost::Host& host) : fHost(host), fBefore(host.TakeDigest()) {}
 
   void Run(const std::function<void()>& run);
 
  private:
   KAPHost::Host& fHost;
-  KAPHost::Snapshot fBefore;
+  std::uint64_t fBefore;
 };

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <string>
 
@@ -92,6 +94,13 @@ class Maker {
 
   Choices fChoices;
 };
+
+// A cycle in a schema is followed until the stack ends. Of the usual eight megabytes, an eighth is
+// enough for everything else.
+const int gStackLimited = [] {
+  const rlimit limit = {1 << 20, RLIM_INFINITY};
+  return ::setrlimit(RLIMIT_STACK, &limit);
+}();
 
 long Pass(POSObject*, KAPStringAtom*, KAPSharedBuffer*, void*) { return 1; }
 

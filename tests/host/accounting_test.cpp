@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest-spi.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "TestHost.h"
 
@@ -89,6 +92,44 @@ TEST_F(AccountingTest, SnapshotsShowWhatChanged) {
   Strings<"DeleteStringAtom">(kept);
   Containers<"Release">(container);
   EXPECT_TRUE(fHost->TakeSnapshot().IsEmpty()) << fHost->TakeSnapshot();
+}
+
+// Each step changes what is held by one number of one thing.
+TEST_F(AccountingTest, DigestsStandForSnapshots) {
+  std::vector<Snapshot> snapshots;
+  std::vector<std::uint64_t> digests;
+  const auto take = [&] {
+    snapshots.push_back(fHost->TakeSnapshot());
+    digests.push_back(fHost->TakeDigest());
+  };
+  take();
+  KAPStringAtom* const a = Strings<"NewStringAtom">("a");
+  take();
+  KAPStringAtom* const b = Strings<"NewStringAtom">("b");
+  take();
+  Strings<"AddRef">(a);
+  take();
+  Strings<"DeleteStringAtom">(a);
+  Strings<"AddRef">(b);
+  take();
+  KAPContainer* const container = NewContainer("a");
+  take();
+  Containers<"AddRef">(container);
+  take();
+  Containers<"Release">(container);
+  Strings<"DeleteStringAtom">(b);
+  take();
+  Strings<"DeleteStringAtom">(b);
+  Containers<"Release">(container);
+  Strings<"DeleteStringAtom">(a);
+  take();
+  for (std::size_t i = 0; i < digests.size(); ++i) {
+    for (std::size_t j = 0; j < digests.size(); ++j) {
+      EXPECT_EQ(digests[i] == digests[j], snapshots[i] == snapshots[j]) << i << ' ' << j;
+    }
+  }
+  EXPECT_EQ(digests.front(), 0u);
+  EXPECT_EQ(digests.back(), 0u);
 }
 
 // More types than the accounting distinguishes: none is lost, and the next host has all slots.

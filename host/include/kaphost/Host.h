@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -157,6 +158,9 @@ class [[nodiscard]] Host {
 
   // What components hold now that they did not hold when the host was made.
   Snapshot TakeSnapshot() const;
+  // A number for a snapshot of now, in a fraction of its time: 0 for an empty one, the same for
+  // equal ones and, but for a coincidence, another one for others.
+  std::uint64_t TakeDigest() const;
 
   // What components hold now, thing by thing, in the order of making; with `since`, only what was
   // made after the thing of that number. Empty unless checks, stacks or the leak list are on.

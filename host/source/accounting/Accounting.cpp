@@ -5,6 +5,7 @@
 #include <mutex>
 #include <new>
 
+#include "base/Counting.h"
 #include "base/ThreadEnd.h"
 
 namespace KAPHost {
@@ -58,7 +59,7 @@ void CountFirst(unsigned slot, long number, long extent) noexcept {
 std::mutex& AccountsMutex() noexcept { return gMutex; }
 
 Holding TotalOf(unsigned slot) noexcept {
-  const std::lock_guard lock(gMutex);
+  const ThreadLock lock(gMutex);
   Holding sum = gRetired[slot];
   AddEntry(sum, gSpare[slot]);
   gAccounts.ForEach([&](const ThreadAccount& account) { AddEntry(sum, account.fEntries[slot]); });

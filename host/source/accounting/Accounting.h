@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <string_view>
 
 #include "accounting/Resources.h"
 #include "base/IntrusiveList.h"
@@ -61,9 +62,18 @@ Holding TotalOf(unsigned slot) noexcept;
 // Guards the list of accounts, for the time of a fork.
 std::mutex& AccountsMutex() noexcept;
 
+// Receives what is held, in any number of additions for each name.
+class HoldingSum {
+ public:
+  virtual void Add(KAPResource resource, std::string_view name, Holding holding) = 0;
+
+ protected:
+  ~HoldingSum() = default;
+};
+
 // Adds what is held of a resource that is counted by name. Each such resource has a specialisation,
 // where its things are kept.
 template <KAPResource kResource>
-void AddNamed(Snapshot& snapshot);
+void AddNamed(HoldingSum& sum);
 
 }  // namespace KAPHost

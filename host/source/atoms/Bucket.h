@@ -34,6 +34,8 @@ class alignas(64) Bucket {
                                           std::memory_order_acquire, std::memory_order_relaxed);
   }
   void Unlock() noexcept { SetState(State() & ~kLocked); }
+  // Without atoms and not locked at this moment. Needs no lock.
+  bool IsUnused() const noexcept { return State() == 0; }
 
   // The rest requires the lock.
 

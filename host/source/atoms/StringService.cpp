@@ -41,14 +41,14 @@ void RegisterService<KAP_T_MT::KAPStringInterface>(Binder& binder) {
 }
 
 template <>
-void AddNamed<KAPResource::kAtom>(Snapshot& snapshot) {
+void AddNamed<KAPResource::kAtom>(HoldingSum& sum) {
   const std::lock_guard lock(AtomCredits::Mutex());
   const auto credits = AtomCredits::All();
   gAtoms.ForEach([&](const KAPStringAtom& atom) {
     long references = atom.fCount.load(std::memory_order_relaxed);
     const auto cached = credits.find(&atom);
     if (cached != credits.end()) references -= cached->second;
-    if (references != 0) snapshot.Add(KAPResource::kAtom, atom.Text(), {references, 0});
+    if (references != 0) sum.Add(KAPResource::kAtom, atom.Text(), {references, 0});
   });
 }
 

@@ -217,17 +217,17 @@ void RegisterService<KAP_T_MT::KAPContainerInterface>(Binder& binder) {
 // Types of one signature share a line; types without a slot of their own share theirs. References
 // that the types hold to their names are not held by components.
 template <>
-void AddNamed<KAPResource::kContainer>(Snapshot& snapshot) {
+void AddNamed<KAPResource::kContainer>(HoldingSum& sum) {
   gContainerTypes.ForEach([&](const ContainerType& type) {
     if (type.fSlot >= kFirstTypeSlot && type.fSlot < kOtherTypesSlot) {
-      snapshot.Add(KAPResource::kContainer, type.fSignature, TotalOf(type.fSlot));
+      sum.Add(KAPResource::kContainer, type.fSignature, TotalOf(type.fSlot));
     }
     for (const KAPStringAtom* atom : {type.fInstanceName, type.fInterfaceName}) {
-      if (atom) snapshot.Add(KAPResource::kAtom, atom->Text(), {-1, 0});
+      if (atom) sum.Add(KAPResource::kAtom, atom->Text(), {-1, 0});
     }
   });
-  snapshot.Add(KAPResource::kContainer, "(no signature)", TotalOf(SlotOf(KAPResource::kContainer)));
-  snapshot.Add(KAPResource::kContainer, "(other types)", TotalOf(kOtherTypesSlot));
+  sum.Add(KAPResource::kContainer, "(no signature)", TotalOf(SlotOf(KAPResource::kContainer)));
+  sum.Add(KAPResource::kContainer, "(other types)", TotalOf(kOtherTypesSlot));
 }
 
 }  // namespace KAPHost

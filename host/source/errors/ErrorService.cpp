@@ -146,10 +146,10 @@ void* GetErrorInfo(KAPError* error) noexcept { return !error ? nullptr : error->
 std::string_view View(const KAPStringAtom* atom) { return atom ? atom->Text() : "(no text)"; }
 
 // An error's own references to its texts are not held by components.
-void LeaveOutTexts(Snapshot& snapshot, KAPError& error) {
+void LeaveOutTexts(HoldingSum& sum, KAPError& error) {
   for (KAPStringAtom** text : {&error.fMessage, &error.fComponent}) {
     const KAPStringAtom* atom = std::atomic_ref(*text).load();
-    if (atom) snapshot.Add(KAPResource::kAtom, atom->Text(), {-1, 0});
+    if (atom) sum.Add(KAPResource::kAtom, atom->Text(), {-1, 0});
   }
 }
 
@@ -201,13 +201,13 @@ void RegisterService<KAP_T_MT::KAPErrorInterface>(Binder& binder) {
 }
 
 template <>
-void AddNamed<KAPResource::kError>(Snapshot& snapshot) {
+void AddNamed<KAPResource::kError>(HoldingSum& sum) {
   const std::lock_guard lock(gErrorMutex);
   gErrors.ForEach([&](KAPError& error) {
-    snapshot.Add(KAPResource::kError, View(error.fMessage), {1, error.fCount.Get()});
-    LeaveOutTexts(snapshot, error);
+    sum.Add(KAPResource::kError, View(error.fMessage), {1, error.fCount.Get()});
+    LeaveOutTexts(sum, error);
   });
-  for (KAPError& error : gCoreErrors) LeaveOutTexts(snapshot, error);
+  for (KAPError& error : gCoreErrors) LeaveOutTexts(sum, error);
 }
 
 }  // namespace KAPHost

@@ -50,6 +50,8 @@ std::vector<std::string> Host::TakeReports() { return fState->fReports.Take(); }
 
 Snapshot Host::TakeSnapshot() const { return fState->TakeSnapshot(); }
 
+std::uint64_t Host::TakeDigest() const { return fState->TakeDigest(); }
+
 std::vector<LiveThing> Host::LiveThings(unsigned long since) const {
   const Ledger* const ledger = fState->TheLedger();
   return ledger ? ledger->Live(since) : std::vector<LiveThing>();

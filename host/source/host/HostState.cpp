@@ -2,10 +2,13 @@
 #include "host/HostState.h"
 
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "accounting/Accounting.h"
@@ -35,21 +38,55 @@ bool TakesPages(HostMemory memory, bool hasLedger) {
 }
 
 template <KAPResource kResource>
-void AddAll(Snapshot& snapshot) {
+void AddOne(HoldingSum& sum) {
   if constexpr (TextOf(kResource).fIsNamed) {
-    AddNamed<kResource>(snapshot);
+    AddNamed<kResource>(sum);
   } else {
-    snapshot.Add(kResource, "", TotalOf(SlotOf(kResource)));
+    sum.Add(kResource, "", TotalOf(SlotOf(kResource)));
   }
 }
 
-Snapshot CountAll() {
-  Snapshot snapshot;
+void AddAll(HoldingSum& sum) {
   [&]<std::size_t... kValues>(std::index_sequence<kValues...>) {
-    (AddAll<static_cast<KAPResource>(kValues)>(snapshot), ...);
+    (AddOne<static_cast<KAPResource>(kValues)>(sum), ...);
   }
   (std::make_index_sequence<kResources>());
-  return snapshot;
+}
+
+Snapshot CountAll() {
+  struct SnapshotSum final : HoldingSum {
+    void Add(KAPResource resource, std::string_view name, Holding holding) override {
+      fSnapshot.Add(resource, name, holding);
+    }
+    Snapshot fSnapshot;
+  } sum;
+  AddAll(sum);
+  return std::move(sum.fSnapshot);
+}
+
+// Each number counts with an odd factor that depends on what it is of.
+class DigestSum final : public HoldingSum {
+ public:
+  void Add(KAPResource resource, std::string_view name, Holding holding) override {
+    const std::uint64_t key = std::hash<std::string_view>()(name) + static_cast<unsigned>(resource);
+    fDigest += static_cast<std::uint64_t>(holding.fNumber) * Factor(key) +
+               static_cast<std::uint64_t>(holding.fExtent) * Factor(~key);
+  }
+  std::uint64_t Get() const { return fDigest; }
+
+ private:
+  static std::uint64_t Factor(std::uint64_t key) {
+    key = (key ^ key >> 32) * 0x9E3779B97F4A7C15;
+    return (key ^ key >> 29) * 0xBF58476D1CE4E5B9 | 1;
+  }
+
+  std::uint64_t fDigest = 0;
+};
+
+std::uint64_t DigestOfAll() {
+  DigestSum sum;
+  AddAll(sum);
+  return sum.Get();
 }
 
 void SetCurrent(HostState* state) noexcept {
@@ -145,7 +182,8 @@ HostState::HostState(HostOptions options)
       fWatcher(fObserving.fWatcher.get()),
       fReports(std::move(options.fOnReport)),
       fOnLeak(std::move(options.fOnLeak)),
-      fBefore(CountAll()) {
+      fBefore(CountAll()),
+      fDigestBefore(DigestOfAll()) {
   RegisterServices();
   if (fWatcher) fWatcher->AcceptUnknown(fBefore);
   SetCurrent(this);
@@ -167,6 +205,8 @@ HostState::~HostState() {
 }
 
 Snapshot HostState::TakeSnapshot() const { return CountAll() - fBefore; }
+
+std::uint64_t HostState::TakeDigest() const { return DigestOfAll() - fDigestBefore; }
 
 // An empty file means that nothing is held.
 void HostState::ListLeaks() const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -28,6 +29,7 @@ class HostState {
 
   // Without what was held before this host.
   Snapshot TakeSnapshot() const;
+  std::uint64_t TakeDigest() const;
   // Null unless something is on that needs it.
   Ledger* TheLedger() const { return fWatcher ? fWatcher->TheLedger() : nullptr; }
 
@@ -71,6 +73,7 @@ class HostState {
  private:
   const std::function<void(const Snapshot&)> fOnLeak;
   const Snapshot fBefore;
+  const std::uint64_t fDigestBefore;
 };
 
 }  // namespace KAPHost

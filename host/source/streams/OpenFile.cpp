@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <mutex>
 
-#include "accounting/Accounting.h"
 #include "errors/Errors.h"
 
 namespace KAPHost {
@@ -116,16 +115,16 @@ KAPError* OpenFile::MakeError(const char* action, int number) const noexcept {
 
 std::mutex& OpenFile::Mutex() noexcept { return gFilesMutex; }
 
-void OpenFile::AddAll(Snapshot& snapshot) {
+void OpenFile::AddAll(HoldingSum& sum) {
   const std::lock_guard lock(gFilesMutex);
   gFiles.ForEach([&](const OpenFile& file) {
-    snapshot.Add(KAPResource::kFile, file.fPath, {1, 0});
+    sum.Add(KAPResource::kFile, file.fPath, {1, 0});
   });
 }
 
 template <>
-void AddNamed<KAPResource::kFile>(Snapshot& snapshot) {
-  OpenFile::AddAll(snapshot);
+void AddNamed<KAPResource::kFile>(HoldingSum& sum) {
+  OpenFile::AddAll(sum);
 }
 
 }  // namespace KAPHost

@@ -6,9 +6,9 @@
 #include <mutex>
 #include <string>
 
+#include "accounting/Accounting.h"
 #include "base/IntrusiveList.h"
 #include "kap/KAPTypes.h"
-#include "kaphost/Snapshot.h"
 
 namespace KAPHost {
 
@@ -45,7 +45,7 @@ class OpenFile {
   // `cannot <action> "<path>": ...`
   KAPError* MakeError(const char* action, int number) const noexcept;
 
-  static void AddAll(Snapshot& snapshot);
+  static void AddAll(HoldingSum& sum);
   // Guards the list of open files, for the time of a fork.
   static std::mutex& Mutex() noexcept;
 
