@@ -129,8 +129,9 @@ def count(results):
     met = sum(goal.is_met() for goal in found)
     absent = sum(goal.value is None for goal in found)
     near = sum(goal.is_near() for goal in found)
-    return (f"Of {len(found)} goals, {met} are met, {len(found) - met - absent} missed and "
-            f"{absent} not measured. {near} of the verdicts are within the noise (`~`).\n")
+    text = (f"Of {len(found)} goals, {met} are met, {len(found) - met - absent} missed and "
+            f"{absent} not measured. {near} of the verdicts are within the noise (`~`).")
+    return textwrap.fill(text, 100) + "\n"
 
 
 def ratios(results):

@@ -20,7 +20,8 @@ const struct {
 } kTexts[] = {{"short", "", ""},
               {"middle", "key ", ""},
               {"long, different at the end", std::string(40, 'x'), ""},
-              {"long, different at the start", "", std::string(40, 'x')}};
+              {"long, different at the start", "", std::string(40, 'x')},
+              {"long, different in the middle", std::string(40, 'x'), std::string(40, 'x')}};
 
 // Texts that differ in a few digits fill shards and buckets evenly, whatever the seed: otherwise
 // atoms would be found, but slowly.
