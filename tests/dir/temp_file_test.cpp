@@ -159,6 +159,45 @@ TEST_F(DirTest, TempFileWithoutItsDescriptor) {
   }
 }
 
+// What the descriptor's number means by now is another file, which is not closed.
+TEST_F(DirTest, TempFileThatLosesItsDescriptorWhileItIsMade) {
+  static const DirWorld* world;
+  world = this;
+  static int reused;
+  using Factory = KAPStreamFactoryInterface;
+  const auto& entry = Factory::kEntries[Factory::kSlot<"NewPositionableFileStream">];
+  const Factory::Proc<"NewPositionableFileStream"> fail = [](auto...) {
+    for (const int descriptor : Descriptors()) {
+      if (LinkOf(descriptor) == world->Path(world->Names().at(0))) reused = descriptor;
+    }
+    ::dup2(STDERR_FILENO, reused);
+    return CKAPError("cannot be opened", "c", 1).Detach();
+  };
+  void* const former = Find(Factory::kName, entry.fMethodName, entry.fProcName);
+  Register(Factory::kName, entry.fMethodName, entry.fProcName, reinterpret_cast<void*>(fail));
+  MoveCounter();
+  EXPECT_TRUE(Fails([] { NewStream(); }));
+  EXPECT_EQ(Names(), Texts());
+  EXPECT_TRUE(Descriptors().contains(reused));
+  ::close(reused);
+  Register(Factory::kName, entry.fMethodName, entry.fProcName, former);
+}
+
+// A host that breaks its contract: neither a stream nor an error.
+TEST_F(DirTest, TempFileWithoutAStream) {
+  using Factory = KAPStreamFactoryInterface;
+  const auto& entry = Factory::kEntries[Factory::kSlot<"NewClientPositionableStream">];
+  const Factory::Proc<"NewClientPositionableStream"> none = [](auto...) {
+    return static_cast<KAPError*>(nullptr);
+  };
+  Register(Factory::kName, entry.fMethodName, entry.fProcName, reinterpret_cast<void*>(none));
+  MoveCounter();
+  KAPPositionableStream* out = nullptr;
+  EXPECT_EQ((Do<KAPUtilsTempFileStreamFactory, "NewTempFileStream">(
+                &out, "tf", static_cast<const char*>(nullptr), "w+b")),
+            "invalid container");
+}
+
 // The host reports it, and the stream is gone either way.
 TEST_F(DirTest, TempFileThatCannotBeDeleted) {
   std::optional<CKAPPositionableStream> stream = NewStream();

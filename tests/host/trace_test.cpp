@@ -12,6 +12,7 @@
 #include <sstream>
 #include <thread>
 
+#include "LeaveProcess.h"
 #include "TestHost.h"
 
 // What the trace shows of calls, as text and as trace events.
@@ -206,7 +207,7 @@ TEST(TraceTest, HostsAndProcesses) {
       child = ::fork();
       UseEcho(host);
     });
-    if (child == 0) ::_exit(::testing::Test::HasFailure());
+    if (child == 0) LeaveProcess(::testing::Test::HasFailure());
     int status = 1;
     ::waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);

@@ -104,6 +104,20 @@ TEST_F(ChangingTest, LaterValuesAsTheyAreThen) {
   EXPECT_TRUE(Outcome(Written(dict, sink)).ends_with("y\" bb 5 d 4>"));
 }
 
+// The stream may also take the bytes between two elements.
+TEST_F(ChangingTest, EmptiedAtTheEndOfALine) {
+  for (std::size_t size = 0; size < 8; ++size) {
+    SCOPED_TRACE(size);
+    const Object array = Read("[]");
+    Append(array, Long('x', size));
+    for (int i = 0; i < 200; ++i) Append(array, Number(1));
+    Sink sink = {.at = 3, .change = [&] { Empty(array); }};
+    const std::string outcome = Outcome(Written(array, sink));
+    EXPECT_TRUE(outcome.starts_with("[\"" + std::string(size, 'x') + "\" 1 1")) << outcome;
+    EXPECT_TRUE(outcome.ends_with("1 1]") && outcome.size() < 300) << outcome;
+  }
+}
+
 // Whenever the outermost container, or one inside it, is emptied: what is written can be read.
 TEST_F(ChangingTest, WheneverItIsEmptied) {
   const std::string data(400, '\2');

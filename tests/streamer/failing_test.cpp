@@ -32,6 +32,15 @@ class FailingTest : public StreamerTest {
     return fired;
   }
 
+  // Under the key, or at the end of an array.
+  void Hold(const Object& container, const char* key, const Object& held) const {
+    if (Call<POSArrayInterface, "IsPOSArray">(container.get())) {
+      Call<POSArrayInterface, "Append">(container.get(), held.get());
+    } else {
+      Put(container, key, held);
+    }
+  }
+
   const Object fObject = Everything();
   const std::string fDocument = Document(fObject);
 };
@@ -144,15 +153,26 @@ TEST_F(FailingTest, AContainerInItself) {
   Call<POSArrayInterface, "Remove">(array.get(), kOthers);
 }
 
+// The check of the depth meets the slot first.
+TEST_F(FailingTest, ASkippedSlotFarDown) {
+  Object object = Read("[]");
+  Call<POSArrayInterface, "SetAt">(object.get(), 1ul, Number(1).get());
+  for (int level = 0; level < 100; ++level) {
+    const Object inner = std::exchange(object, Read("[]"));
+    Hold(object, "", inner);
+  }
+  Serialize(NewMemory(), object);
+  EXPECT_EQ(TakeReport(), "CPOSArray::GetAt subscript failed");
+}
+
 // Many more paths than anything can follow lead to what is nested deeper: a stream that fails ends
 // the writing all the same.
 TEST_F(FailingTest, AStreamThatFailsAmongManyPaths) {
   Object object = Read("[]");
   for (int level = 0; level < 130; ++level) {
-    const Object inner = std::exchange(object, Read("[]"));
-    for (int i = 0; i < (level < 50 ? 2 : 1); ++i) {
-      Call<POSArrayInterface, "Append">(object.get(), inner.get());
-    }
+    const Object inner = std::exchange(object, Read(level % 2 == 0 ? "[]" : "<>"));
+    Hold(object, "a", inner);
+    if (level < 50) Hold(object, "b", inner);
   }
   const Object stream = NewMemory();
   FailFrom(HostCall::kWrite, 100);
@@ -166,11 +186,7 @@ TEST_F(FailingTest, DeepDocumentThatFits) {
   Object deep = Read("[]");
   for (int levels = 1; levels < 2000; ++levels) {
     const Object inner = std::exchange(deep, levels % 3 == 0 ? Read("<>") : Read("[]"));
-    if (levels % 3 == 0) {
-      Put(deep, "a", inner);
-    } else {
-      Call<POSArrayInterface, "Append">(deep.get(), inner.get());
-    }
+    Hold(deep, "a", inner);
   }
   EXPECT_TRUE(IsEqual(Deserialize(NewBuffer(Document(deep))), deep));
 }

@@ -65,6 +65,23 @@ TEST_F(CallbackTest, AfterASuccessfulCheckOfTheType) {
   EXPECT_EQ(callsOf("any", "1", kValid), "");
 }
 
+// Even where outcomes are remembered without it, and whether or not messages are wanted.
+TEST_F(CallbackTest, ForEachOfManyChecksOfOneObject) {
+  const Object validator = Validator(
+      "< N < category int > A < category union set [N B] > B < category array membertype A > >");
+  int calls = 0;
+  const auto count = [](POSObject*, KAPStringAtom*, KAPSharedBuffer*, void* data) {
+    return static_cast<long>(++*static_cast<int*>(data));
+  };
+  RegisterCallback(validator, "N", count, &calls);
+  const Object object = FarDown(Number(1), 3000);
+  EXPECT_EQ(Validate(validator, "A", object), kValid);
+  EXPECT_EQ(std::exchange(calls, 0), 3000);
+  EXPECT_TRUE((Call<POSValidatorInterface, "Validate">(validator.get(), object.get(),
+                                                       Key("A").get(), nullptr)));
+  EXPECT_EQ(calls, 3000);
+}
+
 TEST_F(CallbackTest, ALaterOneReplaces) {
   const Object validator = Validator("< N < category int > >");
   const Object one = Number(1);
