@@ -66,11 +66,12 @@ void DeclareAll(CLI::App& options, Session& session) {
   }
 }
 
+// The parser requires one.
 Command& ChosenCommand(const CLI::App& options) {
-  for (Command* command : Command::All()) {
-    if (options.got_subcommand(command->kName)) return *command;
-  }
-  throw Failure("no command", kExitUsage);
+  const auto& commands = Command::All();
+  return **std::find_if(commands.begin(), commands.end(), [&](const Command* command) {
+    return options.got_subcommand(command->kName);
+  });
 }
 
 std::vector<std::string> Arguments(int argc, char** argv) {
