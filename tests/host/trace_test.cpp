@@ -135,7 +135,7 @@ TEST_P(TextTraceTest, Lines) {
       }));
 }
 
-INSTANTIATE_TEST_SUITE_P(Checks, TextTraceTest, ::testing::Bool());
+INSTANTIATE_TEST_SUITE_P(Trace, TextTraceTest, ::testing::Bool());
 
 struct PlacesInterface
     : TKAPInterface<"PlacesInterface", TKAPMethod<"Real", "RealProc", KAPError*(float* out)>,
