@@ -105,6 +105,21 @@ TEST_F(FaultTest, NoProcessLeft) {
   ExpectWhole();
 }
 
+// One process does the work of two; with none, nothing is checked.
+TEST_F(FaultTest, NoProcessForTheWork) {
+  const std::string schema = fFolder.Put("schema.txt", "< L < category array membertype any > >");
+  const std::pair<long, Outcome> rows[] = {
+      {2, {0, "3 files checked: 3 valid, 0 not valid, 0 messages\n", ""}},
+      {1, {3, "", "posutil: cannot start a process: Resource temporarily unavailable\n"}}};
+  for (const auto& [first, outcome] : rows) {
+    const std::string in = fFolder.Path("in.json");
+    EXPECT_EQ(
+        RunPosutil({"validate", "--schema", schema, "--type", "L", "--jobs", "3", in, in, in}, "",
+                   With({"fork", first, 100, std::to_string(EAGAIN)}, fMarks.Path("fired"), false)),
+        outcome);
+  }
+}
+
 // Without random bytes a leftover of an earlier run takes no name away.
 TEST_F(FaultTest, NoRandomBytes) {
   const Fault none = {"getrandom", 1, 1'000'000'000L, std::to_string(EAGAIN)};

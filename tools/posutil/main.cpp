@@ -79,13 +79,12 @@ void DeclareAll(CLI::App& options, Session& session, Command* chosen) {
   for (Command* command : Command::All()) DeclareCommand(options, *command);
 }
 
+// The parser requires one.
 Command& ChosenCommand(const CLI::App& options) {
-  for (const CLI::App* const own : options.get_subcommands()) {
-    for (Command* command : Command::All()) {
-      if (own->get_name() == command->kName) return *command;
-    }
-  }
-  throw Failure("no command", kExitUsage);
+  const std::string name = options.get_subcommands().front()->get_name();
+  const auto& commands = Command::All();
+  return **std::find_if(commands.begin(), commands.end(),
+                        [&](const Command* command) { return command->kName == name; });
 }
 
 std::vector<std::string> Arguments(int argc, char** argv) {

@@ -128,7 +128,7 @@ class Writer : public Registered<Writer> {
   ~Writer() = default;
 };
 
-// The reader or writer of the name, or null.
+// The reader or writer of the name, or null. Each reader has a writer of its name.
 template <class Format>
 const Format* FindFormat(std::string_view name) {
   for (const Format* format : Format::All()) {

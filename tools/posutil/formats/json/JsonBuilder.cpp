@@ -190,8 +190,7 @@ bool JsonBuilder::IsRepeated(const Level& object, KAPStringAtom* key) {
 void JsonBuilder::ForgetKey(const Level& object) {
   if (HasManyKeys(object)) return;
   const auto first = fKeysSeen.begin() + static_cast<std::ptrdiff_t>(object.fFirstKey);
-  const auto found = std::find(first, fKeysSeen.end(), fKey->Handle());
-  if (found != fKeysSeen.end()) fKeysSeen.erase(found);
+  fKeysSeen.erase(std::remove(first, fKeysSeen.end(), fKey->Handle()), fKeysSeen.end());
 }
 
 // The value that comes now is not a string, so the object around it is not a tag; but with `isKept`
