@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Model.h"
+#include "sequence/Model.h"
 
 #include <algorithm>
 
