@@ -30,6 +30,20 @@ struct Setting {
   std::vector<std::string> fEnvironment = {};  // NAME=VALUE, added to the environment of the test
 };
 
+// Prefixes: a limit of processor time, which builds without optimisation get more of, because they
+// may count what they execute; and another user, who cannot write such counts.
+inline std::vector<std::string> WithinSeconds(int seconds) {
+#ifndef __OPTIMIZE__
+  seconds *= 20;
+#endif
+  return {"prlimit", "--cpu=" + std::to_string(seconds)};
+}
+inline std::vector<std::string> AsAnotherUser() {
+  return {"env",           "LLVM_PROFILE_FILE=/dev/null",  //
+          "setpriv",       "--reuid=65534",
+          "--regid=65534", "--clear-groups"};
+}
+
 struct Descriptors {
   int fIn;
   int fOut;

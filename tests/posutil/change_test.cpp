@@ -431,7 +431,7 @@ TEST(PatchTest, InsertsIntoALongArrayTakeLittleTime) {
   const Folder folder;
   const Outcome outcome = RunPosutil({"patch", "--compact", folder.Put("a.json", array + "]"),
                                       folder.Put("patch.json", patch + "]")},
-                                     "", {.fPrefix = {"prlimit", "--cpu=10"}});
+                                     "", {.fPrefix = WithinSeconds(10)});
   EXPECT_EQ(outcome.fStatus, 0);
   EXPECT_EQ(outcome.fOut.size(), 2 * 24000 + 2);
 }
@@ -577,10 +577,8 @@ TEST(InPlaceTest, AFolderThatCannotBeWritten) {
   const std::string file = folder.Put("a.json", "[1]");
   fs::permissions(file, fs::perms(0666));
   fs::permissions(folder.Path(""), fs::perms(0755));
-  EXPECT_EQ(
-      RunPosutil({"set", "--in-place", file, "[0]", "2"}, "",
-                 {.fPrefix = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"}}),
-      (Outcome{3, "", "posutil: " + file + ": Permission denied\n"}));
+  EXPECT_EQ(RunPosutil({"set", "--in-place", file, "[0]", "2"}, "", {.fPrefix = AsAnotherUser()}),
+            (Outcome{3, "", "posutil: " + file + ": Permission denied\n"}));
   EXPECT_EQ(folder.Content("a.json"), "[1]");
 }
 

@@ -143,7 +143,7 @@ TEST_F(DiffTest, DeepAndLongDocumentsTakeLinearTime) {
       {nested("1"), nested("2")}, {numbers + "]", "[-1," + numbers.substr(1) + "]"}};
   for (const auto& [a, b] : rows) {
     const Outcome outcome = RunPosutil({"diff", fFolder.Put("a", a), fFolder.Put("b", b)}, "",
-                                       {.fPrefix = {"prlimit", "--cpu=20"}});
+                                       {.fPrefix = WithinSeconds(20)});
     EXPECT_EQ(outcome.fStatus, 1);
     EXPECT_EQ(outcome.fErr, "");
   }

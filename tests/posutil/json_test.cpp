@@ -348,7 +348,7 @@ TEST(JsonTest, LongInputsTakeLinearTime) {
   for (const auto& [name, in, out] : rows) {
     SCOPED_TRACE(name);
     const Outcome outcome = RunPosutil({"print", "--from", "json", "--to", "text", "-"}, in,
-                                       {.fPrefix = {"prlimit", "--cpu=6"}});
+                                       {.fPrefix = WithinSeconds(6)});
     EXPECT_EQ(outcome.fStatus, 0);
     EXPECT_EQ(outcome.fOut.substr(0, out.size()), out);
   }
