@@ -39,6 +39,11 @@ class Array final : public TObjectKind<Array, HoldingObject> {
     if (fCount == fCapacity) return SetAt(fCount, std::move(object));
     fElements[fCount++] = object.Detach();
   }
+  // The same for the only reference to a new object, which it takes over even when it throws.
+  void AppendNew(POSObject* made) {
+    if (fCount == fCapacity) return SetAt(fCount, Adopt(made));
+    fElements[fCount++] = made;
+  }
   void Remove(std::uint64_t index) noexcept;  // no-op past the end
 
   // All slots, for a walk; valid until the array changes.
