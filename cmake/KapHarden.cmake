@@ -2,7 +2,8 @@
 
 # KAP_HARDEN: builds everything with the hardening that Debian gives its packages: checked C library
 # calls, guarded stacks, control-flow marks, addresses resolved at load time and then read-only,
-# programs at random addresses. On in release builds; the sanitizers bring their own.
+# programs at random addresses. On in release builds; the sanitizers bring their own. The control-
+# flow marks have no effect yet: the C library's own start-up files lack them.
 set(harden_default OFF)
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT KAP_SANITIZE)
   set(harden_default ON)

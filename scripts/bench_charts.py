@@ -107,7 +107,7 @@ def goals(results, folder):
     """A row for each case and peer, and in it a point for each n: the ratio divided by the goal."""
     rows = {}
     for goal in results.goals():
-        if goal.peer:
+        if goal.peer and goal.value is not None:
             rows.setdefault(f"{goal.case} / {goal.peer}", []).append(goal)
     if not rows:
         return

@@ -42,6 +42,18 @@ def write_documents(integers_path, records_path):
         path.write_text(json.dumps(make(chance), separators=(",", ":")), encoding="ascii")
 
 
+def documents(place):
+    """The document of each case; those that are made are in the folder `place`."""
+    made = {"print_integers": place / "integers.json", "print_records": place / "records.json"}
+    # In a process of its own: the peak memory of a command includes that of the process that
+    # starts it.
+    maker = multiprocessing.Process(target=write_documents, args=[*made.values()])
+    maker.start()
+    maker.join()
+    return made | {"print_validusage": pathlib.Path(VALIDATION_RULES),
+                   "print_languages": pathlib.Path(LANGUAGES)}
+
+
 def run(command):
     """The wall time in ns and the peak memory in bytes."""
     start = time.perf_counter_ns()
@@ -58,18 +70,8 @@ def main():
     folder, repetitions, output = pathlib.Path(sys.argv[1]), int(sys.argv[2]), sys.argv[3]
     posutil = folder / "posutil"
     with tempfile.TemporaryDirectory() as temporary:
-        place = pathlib.Path(temporary)
-        documents = {"print_integers": place / "integers.json",
-                     "print_records": place / "records.json",
-                     "print_validusage": pathlib.Path(VALIDATION_RULES),
-                     "print_languages": pathlib.Path(LANGUAGES)}
-        # In a process of its own: the peak memory of a command includes that of the process that
-        # starts it.
-        maker = multiprocessing.Process(target=write_documents, args=[*documents.values()][:2])
-        maker.start()
-        maker.join()
         commands = {"start/ours": ([posutil, "version"], {"target_ms": START_TARGET_MS})}
-        for case, document in documents.items():
+        for case, document in documents(pathlib.Path(temporary)).items():
             size = {"document_bytes": document.stat().st_size}
             target = {"target": TARGET} if case != "print_languages" else {}
             commands[f"{case}/ours"] = ([posutil, "print", "--to", "json", document], size)

@@ -1,16 +1,18 @@
 # SPDX-License-Identifier: MIT
-"""bench_tables.py [--page PAGE] [--slopes FILE] RESULT.json...: prints the tables of a run, or puts
-them into PAGE.
+"""bench_tables.py [--page PAGE] [--slopes FILE] [--profiles FILE] RESULT.json...: prints the tables
+of a run, or puts them into PAGE.
 
 PAGE is a Markdown file. Each table replaces the text between the lines "<!-- bench: NAME -->"
-and "<!-- bench end -->". Results in a folder "single" are those of processes with one thread. FILE
-is what scripts/slopes printed.
+and "<!-- bench end -->". Results in a folder "single" are those of processes with one thread. The
+files are what scripts/slopes and bench_profiles.py wrote.
 """
 import argparse
 import itertools
+import json
 import pathlib
 import platform
 import re
+import statistics
 import subprocess
 import textwrap
 import time
@@ -18,6 +20,7 @@ import time
 from bench_results import Results
 
 LARGEST_GROWTH = 1.3
+WIDE_SPREAD = 0.1
 LEAST_DOCUMENT = 5_000_000  # bytes
 BLOCK = re.compile(r"(<!-- bench: (\w+) -->\n).*?(<!-- bench end -->)", re.DOTALL)
 PACKAGES = {"g++": "g++", "Google Benchmark": "libbenchmark-dev", "nlohmann": "nlohmann-json3-dev",
@@ -69,8 +72,15 @@ def machine(results):
         if found.returncode == 0:
             versions.append(f"{name} {re.sub('^[0-9]+:|[-+].*', '', found.stdout)}")
     loads = f"{min(results.loads):.1f} to {max(results.loads):.1f}" if results.loads else "unknown"
+    least, most = results.repetitions()
+    repetitions = f"{least}" if least == most else f"{least} to {most}"
+    spreads = [result.spread() for row in results.rows.values() for result in row.values()]
+    wide = sum(spread > WIDE_SPREAD for spread in spreads)
     lines = [f"Measured on {time.strftime('%-d %B %Y', time.gmtime())}.",
              f"{cores} cores, {model.group(1) if model else platform.machine()}.",
+             f"{repetitions} repetitions of each benchmark. The quartiles lie within "
+             f"{statistics.median(spreads) * 100:.1f} % of the median for half of the "
+             f"{len(spreads)} series, and beyond {WIDE_SPREAD * 100:.0f} % for {wide}.",
              f"Load average at the start of each program: {loads}; 1 is the run itself.",
              f"{', '.join(versions)}."]
     return "".join(textwrap.fill(line, 100, initial_indent="- ", subsequent_indent="  ") + "\n"
@@ -83,11 +93,23 @@ def goals(results):
     key = lambda goal: (goal.case, goal.peer, goal.limit)
     for (case, peer, limit), same in itertools.groupby(sorted_by_case(results.goals()), key):
         same = list(same)
-        missed = sum(not goal.is_met() for goal in same)
-        verdict = "met" if not missed else "missed" if missed == len(same) else "in part"
         unit = "" if peer else " ms"
         yield [f"`{case}`", ", ".join(number(goal.n) for goal in same), peer, f"{limit:g}{unit}",
-               ", ".join(figure(goal.value) for goal in same) + unit, verdict]
+               ", ".join(map(reached, same)) + unit, verdict(same)]
+
+
+def reached(goal):
+    if goal.value is None:
+        return "–"
+    return figure(goal.value) + ("~" if goal.is_near() else "")
+
+
+def verdict(same):
+    measured = [goal for goal in same if goal.value is not None]
+    missed = sum(not goal.is_met() for goal in measured)
+    if not measured:
+        return "not measured"
+    return "met" if not missed else "missed" if missed == len(measured) else "in part"
 
 
 def sorted_by_case(goals_):
@@ -105,7 +127,11 @@ def sorted_by_case(goals_):
 def count(results):
     found = list(results.goals())
     met = sum(goal.is_met() for goal in found)
-    return f"Of {len(found)} goals, {met} are met and {len(found) - met} missed.\n"
+    absent = sum(goal.value is None for goal in found)
+    near = sum(goal.is_near() for goal in found)
+    text = (f"Of {len(found)} goals, {met} are met, {len(found) - met - absent} missed and "
+            f"{absent} not measured. {near} of the verdicts are within the noise (`~`).")
+    return textwrap.fill(text, 100) + "\n"
 
 
 def ratios(results):
@@ -116,8 +142,8 @@ def ratios(results):
             groups.setdefault(tuple(sorted(row.keys() - {"ours"}, key=list(row).index)), []).append(
                 (case, n, row["ours"]))
     for others, rows in groups.items():
-        yield [["case", "n", "ours"] + [f"/ {each}" for each in others]] + [
-            [f"`{case}`", number(n), time_of(ours)] +
+        yield [["case", "n", "ours", "±"] + [f"/ {each}" for each in others]] + [
+            [f"`{case}`", number(n), time_of(ours), f"{ours.spread() * 100:.0f} %"] +
             [figure(results.ratio(case, n, each)) for each in others] for case, n, ours in rows]
 
 
@@ -193,7 +219,15 @@ def slopes(path):
             yield cells[:1] + cells[-4:]
 
 
-def blocks(results, alone, slopes_file):
+def profiles(path):
+    """A row for each case and n that bench_profiles.py profiled."""
+    yield ["case", "n", "share of the samples"]
+    for row in json.loads(path.read_text(encoding="utf-8")) if path else ():
+        shares = ", ".join(f"{share} {name}" for name, share in row["shares"])
+        yield [f"`{row['case']}`", number(row["n"]), shares]
+
+
+def blocks(results, alone, slopes_file, profiles_file):
     """The text of each block by its name. A table without rows is left out."""
     def optional(rows):
         rows = list(rows)
@@ -205,6 +239,7 @@ def blocks(results, alone, slopes_file):
     yield "slopes", optional(slopes(slopes_file))
     yield "single", optional(single(results, alone))
     yield "memory", optional(memory(results))
+    yield "profiles", optional(profiles(profiles_file))
     yield "ratios", "\n".join(table(rows) for rows in ratios(results))
 
 
@@ -213,12 +248,13 @@ def main():
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--page", type=pathlib.Path)
     parser.add_argument("--slopes", type=pathlib.Path)
+    parser.add_argument("--profiles", type=pathlib.Path)
     parser.add_argument("results", nargs="+", type=pathlib.Path)
     arguments = parser.parse_args()
     is_single = lambda path: path.parent.name == "single"
     results = Results([path for path in arguments.results if not is_single(path)])
     alone = Results([path for path in arguments.results if is_single(path)])
-    texts = dict(blocks(results, alone, arguments.slopes))
+    texts = dict(blocks(results, alone, arguments.slopes, arguments.profiles))
     if not arguments.page:
         print("\n".join(text for text in texts.values() if text))
         return

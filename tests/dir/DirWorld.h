@@ -31,6 +31,12 @@ class DirWorld : public TestHost {
     ::unsetenv("TMPDIR");
   }
 
+  // After which every table is stale.
+  void MoveCounter() {
+    Register("Passing", "Method", "Proc", this);
+    Unregister("Passing");
+  }
+
   std::string Path(const std::string& name) const { return fFolder + "/" + name; }
   bool Remove(const std::string& name) const { return fs::remove(Path(name)); }
   Texts Names() const {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -32,6 +33,8 @@ std::set<int> Descriptors() {
   for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
     descriptors.insert(std::stoi(entry.path().filename()));
   }
+  // Without that of the listing, which is closed again.
+  std::erase_if(descriptors, [](int each) { return ::fcntl(each, F_GETFD) < 0; });
   return descriptors;
 }
 
@@ -57,6 +60,7 @@ TEST_F(DirTest, TempFileLivesAsLongAsItsStream) {
 }
 
 TEST_F(DirTest, ViewsOfATempFile) {
+  const std::set<int> before = Descriptors();
   std::optional<CKAPPositionableStream> stream = NewStream();
   const std::string text(100, 't');
   Write(*stream, text);
@@ -68,6 +72,9 @@ TEST_F(DirTest, ViewsOfATempFile) {
   EXPECT_EQ(Read(*stream, 60), text.substr(0, 60));
   const CKAPRewindableStream other = stream->CreateIndependentlyRewindableStream();
   EXPECT_EQ(stream->Mark(), 60);  // reopened only once
+  for (const int each : Descriptors()) {
+    EXPECT_TRUE(before.contains(each) || ::fcntl(each, F_GETFD) & FD_CLOEXEC) << LinkOf(each);
+  }
   CKAPPositionableStream ofView = view->CreateIndependentlyPositionableStream();
   view.reset();
   EXPECT_EQ(Names().size(), 1u);
@@ -150,6 +157,45 @@ TEST_F(DirTest, TempFileWithoutItsDescriptor) {
       EXPECT_EQ(view ? Read(*view) : "text", "text");
     }
   }
+}
+
+// What the descriptor's number means by now is another file, which is not closed.
+TEST_F(DirTest, TempFileThatLosesItsDescriptorWhileItIsMade) {
+  static const DirWorld* world;
+  world = this;
+  static int reused;
+  using Factory = KAPStreamFactoryInterface;
+  const auto& entry = Factory::kEntries[Factory::kSlot<"NewPositionableFileStream">];
+  const Factory::Proc<"NewPositionableFileStream"> fail = [](auto...) {
+    for (const int descriptor : Descriptors()) {
+      if (LinkOf(descriptor) == world->Path(world->Names().at(0))) reused = descriptor;
+    }
+    ::dup2(STDERR_FILENO, reused);
+    return CKAPError("cannot be opened", "c", 1).Detach();
+  };
+  void* const former = Find(Factory::kName, entry.fMethodName, entry.fProcName);
+  Register(Factory::kName, entry.fMethodName, entry.fProcName, reinterpret_cast<void*>(fail));
+  MoveCounter();
+  EXPECT_TRUE(Fails([] { NewStream(); }));
+  EXPECT_EQ(Names(), Texts());
+  EXPECT_TRUE(Descriptors().contains(reused));
+  ::close(reused);
+  Register(Factory::kName, entry.fMethodName, entry.fProcName, former);
+}
+
+// A host that breaks its contract: neither a stream nor an error.
+TEST_F(DirTest, TempFileWithoutAStream) {
+  using Factory = KAPStreamFactoryInterface;
+  const auto& entry = Factory::kEntries[Factory::kSlot<"NewClientPositionableStream">];
+  const Factory::Proc<"NewClientPositionableStream"> none = [](auto...) {
+    return static_cast<KAPError*>(nullptr);
+  };
+  Register(Factory::kName, entry.fMethodName, entry.fProcName, reinterpret_cast<void*>(none));
+  MoveCounter();
+  KAPPositionableStream* out = nullptr;
+  EXPECT_EQ((Do<KAPUtilsTempFileStreamFactory, "NewTempFileStream">(
+                &out, "tf", static_cast<const char*>(nullptr), "w+b")),
+            "invalid container");
 }
 
 // The host reports it, and the stream is gone either way.

@@ -13,6 +13,8 @@ struct CarelessInterface
           KAP_T_MT::TKAPMethod<"ReturnBoth", "CarelessReturnBothProc", KAPError*(double* out)>,
           KAP_T_MT::TKAPMethod<"ReturnErrorOnly", "CarelessReturnErrorOnlyProc",
                                KAPError*(double* out)>,
+          KAP_T_MT::TKAPMethod<"ReturnErrorAndZero", "CarelessReturnErrorAndZeroProc",
+                               KAPError*(double* out)>,
           KAP_T_MT::TKAPMethod<"Throw", "CarelessThrowProc", void()>,
           KAP_T_MT::TKAPMethod<"ReturnDead", "CarelessReturnDeadProc", KAPStringAtom*()>,
           KAP_T_MT::TKAPMethod<"ReturnOther", "CarelessReturnOtherProc", KAPError*()>,

@@ -85,13 +85,15 @@ TEST_F(AccountingTest, SnapshotsShowWhatChanged) {
   EXPECT_EQ((after - before).Describe(),
             "atom \"kept\": 1 reference\ncontainer \"kept\": 0 (1 reference)\n");
   EXPECT_EQ((before - after).Of(KAPResource::kAtom, "kept"), (Holding{-1, 0}));
+  EXPECT_TRUE((before - after).Gained().IsEmpty());
+  EXPECT_EQ((after - before).Gained(), after - before);
 
   Strings<"DeleteStringAtom">(kept);
   Containers<"Release">(container);
   EXPECT_EQ(fHost->TakeSnapshot(), before);
   Strings<"DeleteStringAtom">(kept);
   Containers<"Release">(container);
-  EXPECT_TRUE(fHost->TakeSnapshot().IsEmpty()) << fHost->TakeSnapshot();
+  EXPECT_EQ(testing::PrintToString(fHost->TakeSnapshot()), "nothing");
 }
 
 // Each step changes what is held by one number of one thing.

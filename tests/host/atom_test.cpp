@@ -46,4 +46,16 @@ TEST_F(AtomTest, EveryByteCounts) {
   for (KAPStringAtom* atom : atoms) Delete(atom);
 }
 
+#ifdef __SANITIZE_ADDRESS__
+// Nothing keeps an atom alive after its last reference, so that AddressSanitizer finds its use.
+TEST_F(AtomTest, AUseAfterTheEndIsFound) {
+  KAPStringAtom* atom = nullptr;
+  for (int i = 0; i < 8; ++i) {  // so often that a cache would have it
+    atom = fHost.Atom("word");
+    Delete(atom);
+  }
+  EXPECT_DEATH(fHost.Strings<"AddRef">(atom), "heap-use-after-free");
+}
+#endif
+
 }  // namespace

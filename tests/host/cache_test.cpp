@@ -134,6 +134,8 @@ TEST_F(CacheTest, Sets) {
   EXPECT_EQ(gPurged, "");
   Cache<"RemoveID">(set, std::exchange(fIDs[1], nullptr));
   EXPECT_EQ(gPurged, "b");
+  for (int i = 0; i < 2; ++i) Cache<"RemoveID">(set, fIDs[2]);
+  EXPECT_FALSE(Cache<"SearchForID">(set, fIDs[2]));
   Cache<"DeleteCacheSet">(set);
 }
 

@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 #include "CarelessInterface.h"
 #include "kap/KAPHostInterfaces.h"
@@ -52,6 +53,10 @@ std::size_t gLeakedCount = 0;
 
 void Leak(void* thing) { gLeaked[gLeakedCount++ % std::size(gLeaked)] = thing; }
 
+// Guarded ones would make every later host guard its blocks.
+void* gLeakedBlocks[2];
+std::size_t gLeakedBlockCount = 0;
+
 // Volatile: the compiler knows what is wrong otherwise.
 void WriteAt(char* block, std::size_t index) { static_cast<volatile char*>(block)[index] = 'x'; }
 
@@ -89,6 +94,12 @@ void Misuse(const char* how) noexcept {
          KAPSharedBuffer* const buffer = NewBuffer();
          Call<KAPSharedBuffInterface, "Release">(buffer);
          Call<KAPSharedBuffInterface, "Release">(buffer);
+       }},
+      {"refer to a dead buffer",
+       [] {
+         KAPSharedBuffer* const buffer = NewBuffer();
+         Call<KAPSharedBuffInterface, "Release">(buffer);
+         Call<KAPSharedBuffInterface, "AddRef">(buffer);
        }},
       {"pass an error as a container",
        [] {
@@ -141,6 +152,18 @@ void Misuse(const char* how) noexcept {
          Free(block);
          Free(block);
        }},
+      {"reallocate a freed block",
+       [] {
+         char* const block = Alloc(10);
+         Free(block);
+         Call<KAPMemoryInterface, "Realloc">(static_cast<void*>(block), 20ul);
+       }},
+      {"reallocate memory of malloc",
+       [] {
+         void* const block = std::malloc(10);
+         Call<KAPMemoryInterface, "Realloc">(block, 20ul);
+         std::free(block);
+       }},
       {"free memory of malloc",
        [] {
          void* const block = std::malloc(10);
@@ -151,7 +174,11 @@ void Misuse(const char* how) noexcept {
       {"leak a container", [] { Leak(NewContainer()); }},
       {"leak an error", [] { Leak(NewError()); }},
       {"leak a buffer", [] { Leak(NewBuffer()); }},
-      {"leak a block", [] { Leak(Alloc(24)); }},
+      {"leak a block", [] { gLeakedBlocks[gLeakedBlockCount++ % 2] = Alloc(24); }},
+      {"free the leaked blocks",
+       [] {
+         for (void*& block : gLeakedBlocks) Free(std::exchange(block, nullptr));
+       }},
       {"leak a stream",
        [] {
          KAPContainer* stream = nullptr;
@@ -177,6 +204,10 @@ KAPError* ReturnBoth(double* out) noexcept {
   return NewError();
 }
 KAPError* ReturnErrorOnly(double*) noexcept { return NewError(); }
+KAPError* ReturnErrorAndZero(double* out) noexcept {
+  *out = 0;
+  return NewError();
+}
 void Throw() { throw 5; }
 KAPStringAtom* ReturnDead() noexcept {
   KAPStringAtom* const atom = NewAtom("returned");
@@ -200,9 +231,9 @@ extern "C" {
 
 __attribute__((visibility("default"))) int CarelessInitialize(KAPGetProcAddressProc getProc) {
   gGetProc = getProc;
-  for (const auto& entry :
-       CarelessInterface::Registration(&Misuse, &LeaveUnset, &ReturnBoth, &ReturnErrorOnly, &Throw,
-                                       &ReturnDead, &ReturnOther, &PlaceOther, &ReturnByte)) {
+  for (const auto& entry : CarelessInterface::Registration(
+           &Misuse, &LeaveUnset, &ReturnBoth, &ReturnErrorOnly, &ReturnErrorAndZero, &Throw,
+           &ReturnDead, &ReturnOther, &PlaceOther, &ReturnByte)) {
     Call<KAPBinderInterface, "KAPRegisterProcAddress">(CarelessInterface::kName, entry.fMethodName,
                                                        entry.fProcName, entry.fProc);
   }

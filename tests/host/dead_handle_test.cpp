@@ -81,27 +81,40 @@ TEST_F(DeadHandleTest, DeleteProceduresCannotAdd) {
   };
   fHost.Containers<"Release">(container);
   KAPDataSink* sink = nullptr;
+  KAPDataSink* null = nullptr;
+  KAPDataSink* other = nullptr;
+  fHost.Call<KAPFilterInterface, "NewNullDataSink">(&null);
+  fHost.Call<KAPFilterInterface, "NewIdentityFilter">(&other, null);
   fHost.Call<KAPFilterInterface, "NewClientDataSink">(&sink, &data, &Write, &DeleteClient);
   gOnDelete = [&] {
     KAPDataSink* filter = sink;
     EXPECT_EQ((fHost.Do<KAPFilterInterface, "NewIdentityFilter">(&filter, sink)),
               "the target is being destroyed");
+    EXPECT_EQ((fHost.Do<KAPFilterInterface, "SetDataSink">(other, sink)),
+              "the target is being destroyed");
   };
   fHost.Call<KAPFilterInterface, "Release">(sink);
+  for (KAPDataSink* each : {other, null}) fHost.Call<KAPFilterInterface, "Release">(each);
   // A set that holds the last reference to an identity, whose item adds another one.
   KAPCacheSet* const set = fHost.Call<KAPCacheInterface, "NewCacheSet">();
   KAPCacheID* const id = fHost.Call<KAPCacheInterface, "NewCacheID">();
-  KAPCacheID* const other = fHost.Call<KAPCacheInterface, "NewCacheID">();
+  KAPCacheSet* const second = fHost.Call<KAPCacheInterface, "NewCacheSet">();
+  KAPCacheID* const another = fHost.Call<KAPCacheInterface, "NewCacheID">();
   fHost.Call<KAPCacheInterface, "SearchForID">(set, id);
   fHost.Call<KAPCacheInterface, "Add">(id, &data, 1ul, &Delete);
   fHost.Call<KAPCacheInterface, "Release">(id);
   gOnDelete = [&] {
     EXPECT_FALSE((fHost.Call<KAPCacheInterface, "Add">(id, &data, 1ul, &Delete)));
-    EXPECT_FALSE((fHost.Call<KAPCacheInterface, "SearchForID">(set, other)));
+    EXPECT_FALSE((fHost.Call<KAPCacheInterface, "SearchForID">(set, another)));
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_FALSE((fHost.Call<KAPCacheInterface, "SearchForID">(second, id)));
+    }
+    fHost.Call<KAPCacheInterface, "AddRefCacheSet">(set);
     fHost.Call<KAPCacheInterface, "DeleteCacheSet">(set);
   };
   fHost.Call<KAPCacheInterface, "DeleteCacheSet">(set);
-  fHost.Call<KAPCacheInterface, "Release">(other);
+  fHost.Call<KAPCacheInterface, "DeleteCacheSet">(second);
+  fHost.Call<KAPCacheInterface, "Release">(another);
   EXPECT_EQ(gDeleted, 3);
   fHost.Strings<"DeleteStringAtom">(name);
 }

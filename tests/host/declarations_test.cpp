@@ -12,10 +12,6 @@ namespace {
 
 using namespace KAP_T_MT;
 
-// The methods of streams, which the reference host also registers by interface name.
-using StreamMethods = TKAPInterfaceSet<KAPSimpleStreamInterface, KAPRewindableStreamInterface,
-                                       KAPPositionableStreamInterface>;
-
 template <class Result, class First>
 constexpr bool kIsResultPlace =
     std::is_same_v<Result, KAPError*>&& std::is_scalar_v<First> && !std::is_const_v<First>;
@@ -36,7 +32,8 @@ class DeclarationsTest : public HostTest {
       (std::make_index_sequence<Interface::kCount>());
     };
     KAPHostInterfaceSet::ForEach(visitAll);
-    StreamMethods::ForEach(visitAll);
+    // The reference host also registers these by interface name.
+    KAPStreamInterfaceSet::ForEach(visitAll);
   }
   template <class Interface, std::size_t kSlot, class Visitor>
   void VisitOne(Visitor visit) {

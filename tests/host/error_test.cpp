@@ -49,6 +49,7 @@ TEST_F(ErrorTest, WithoutTexts) {
   KAPError* error = fHost.Errors<"NewError">(nullptr, nullptr, 0L, nullptr, nullptr);
   EXPECT_EQ(fHost.Errors<"GetErrorMessage">(error), nullptr);
   EXPECT_EQ(fHost.Errors<"GetComponent">(error), nullptr);
+  EXPECT_EQ(fHost.TakeSnapshot().Of(KAPResource::kError, "(no text)"), (Holding{1, 1}));
   fHost.Errors<"Release">(error);
 }
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -7,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <random>
 #include <set>
 #include <string>
 #include <thread>
@@ -138,6 +141,45 @@ TEST_F(HeapTest, ThreadsFreeEachOthersBlocks) {
   }
   // Without reuse it would be 1100.
   EXPECT_LT(pages.size(), 200u);
+}
+
+// Blocks of random sizes, in pages and beyond them, which any thread resizes and frees.
+TEST_F(HeapTest, RandomSizesOnThreads) {
+  struct Block {
+    unsigned char* fBytes = nullptr;
+    std::size_t fSize = 0;
+    unsigned char fByte = 0;
+  };
+  const auto isFilled = [](const Block& block, std::size_t size) {
+    return std::all_of(block.fBytes, block.fBytes + size,
+                       [&](unsigned char byte) { return byte == block.fByte; });
+  };
+  void* (*const resize)(void*, std::size_t) = fHost.Proc<KAP_T_MT::KAPMemoryInterface, "Realloc">();
+  std::array<std::atomic<Block*>, 32> places{};
+  std::atomic<unsigned> damaged{0};
+  const auto free = [&](const std::unique_ptr<Block>& block) {
+    if (!block) return;
+    damaged += isFilled(*block, block->fSize) ? 0 : 1;
+    fFree(block->fBytes);
+  };
+  RunOnThreads([&](int thread) {
+    std::mt19937 random(static_cast<unsigned>(thread));
+    for (int i = 0; i < 4000; ++i) {
+      auto& place = places[random() % places.size()];
+      std::unique_ptr<Block> block(place.exchange(nullptr));
+      if (!block) block = std::make_unique<Block>();
+      const std::size_t size = 1 + random() % (random() % 2 == 0 ? 64 : 2000);
+      block->fBytes = static_cast<unsigned char*>(resize(block->fBytes, size));
+      damaged += isFilled(*block, std::min(size, block->fSize)) ? 0 : 1;
+      block->fSize = size;
+      block->fByte = static_cast<unsigned char>(random());
+      std::memset(block->fBytes, block->fByte, size);
+      free(std::unique_ptr<Block>(place.exchange(block.release())));
+      if (random() % 4 == 0) free(std::unique_ptr<Block>(place.exchange(nullptr)));
+    }
+  });
+  for (auto& place : places) free(std::unique_ptr<Block>(place.exchange(nullptr)));
+  EXPECT_EQ(damaged, 0u);
 }
 
 // The bytes that the mapping around an address keeps: those that the system may take do not count.

@@ -71,6 +71,12 @@ TEST_F(MisuseTest, Reports) {
            made +
            "KAPSharedBuffInterface.NewBuffer"
            "\n  ended by Careless in KAPSharedBuffInterface.Release"},
+      {"refer to a dead buffer",
+       "AddRef of a dead buffer"
+       "\n  used by Careless in KAPSharedBuffInterface.AddRef" +
+           made +
+           "KAPSharedBuffInterface.NewBuffer"
+           "\n  ended by Careless in KAPSharedBuffInterface.Release"},
       {"pass an error as a container",
        "an error \"careless\" was passed as a container"
        "\n  used by Careless in KAPContainerInterface.Release" +
@@ -98,6 +104,13 @@ TEST_F(MisuseTest, Reports) {
        "Free of a block that is already freed"
        "\n  used by Careless in KAPMemoryInterface.Free" +
            block + "\n  ended by Careless in KAPMemoryInterface.Free"},
+      {"reallocate a freed block",
+       "Realloc of a block that is already freed"
+       "\n  used by Careless in KAPMemoryInterface.Realloc" +
+           block + "\n  ended by Careless in KAPMemoryInterface.Free"},
+      {"reallocate memory of malloc",
+       "Realloc of memory that is not the host's"
+       "\n  used by Careless in KAPMemoryInterface.Realloc"},
       {"free memory of malloc",
        "Free of memory that is not the host's"
        "\n  used by Careless in KAPMemoryInterface.Free"},
@@ -133,6 +146,10 @@ TEST_F(MisuseTest, Results) {
                                        " of Careless"});
     EXPECT_EQ(result, row.method == std::string("ReturnBoth") ? 1 : 0);
   }
+  double result = 7;
+  fHost.Proc<KAPErrorInterface, "Release">()(
+      fHost.Proc<CarelessInterface, "ReturnErrorAndZero">()(&result));
+  EXPECT_EQ(fHost.TakeReports(), std::vector<std::string>());
   EXPECT_THROW((fHost.Proc<CarelessInterface, "Throw">()()), int);
   EXPECT_EQ(fHost.TakeReports(),
             std::vector<std::string>{"KAP host: an exception left a procedure"
@@ -189,6 +206,38 @@ TEST_F(MisuseTest, RefusedCalls) {
 TEST_F(MisuseTest, FreeOfAHostBlock) {
   EXPECT_DEATH((fHost.Proc<CarelessInterface, "Misuse">()("free a block with free")),
                "invalid pointer|not malloc");
+}
+
+// The oldest of many freed blocks is given back: only then is it known that nothing wrote to it.
+TEST_F(MisuseTest, ManyFreedBlocks) {
+  fHost.Proc<CarelessInterface, "Misuse">()("write to a freed block");
+  EXPECT_EQ(fHost.TakeReports(), std::vector<std::string>());
+  for (int i = 0; i < 20; ++i) {
+    fHost.Proc<KAPMemoryInterface, "Free">()(fHost.Proc<KAPMemoryInterface, "Alloc">()(1 << 20));
+  }
+  const std::vector<std::string> reports = fHost.TakeReports();
+  ASSERT_EQ(reports.size(), 1u);
+  EXPECT_TRUE(
+      reports[0].starts_with("KAP host: a block of 10 bytes was written after it was freed"));
+  for (const std::size_t size : {~0ul, ~0ul >> 1}) {
+    EXPECT_EQ((fHost.Proc<KAPMemoryInterface, "Alloc">()(size)), nullptr);
+    void* const block = fHost.Proc<KAPMemoryInterface, "Alloc">()(10);
+    EXPECT_EQ((fHost.Proc<KAPMemoryInterface, "Realloc">()(block, size)), nullptr);
+    fHost.Proc<KAPMemoryInterface, "Free">()(block);
+  }
+}
+
+// The memory of the oldest of many dead objects is used again.
+TEST_F(MisuseTest, ManyDeadObjects) {
+  KAPSharedBuffer* buffer = nullptr;
+  for (int i = 0; i < 50'010; ++i) {
+    buffer =
+        fHost.Proc<KAPSharedBuffInterface, "NewBuffer">()(8, nullptr, nullptr, nullptr, nullptr);
+    fHost.Proc<KAPSharedBuffInterface, "Release">()(buffer);
+  }
+  EXPECT_EQ(fHost.TakeReports(), std::vector<std::string>());
+  fHost.Proc<KAPSharedBuffInterface, "Release">()(buffer);
+  EXPECT_EQ(fHost.TakeReports().size(), 1u);
 }
 
 // Two threads inside calls of one stream, which its thread tag forbids: one report, of the second.
@@ -276,6 +325,36 @@ TEST(MisuseBindingTest, BindingThreadOfEachLoad) {
   EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
 }
 
+struct LeftInterface
+    : TKAPInterface<"LeftInterface", TKAPMethod<"GetVersion", "LeftGetVersionProc", int()>> {};
+
+// The library stays in memory, so that the call does not crash.
+TEST(MisuseUnloadedTest, CallOfAProcedureLeftRegistered) {
+  HostOptions options = Checking();
+  options.fDebug.fDeclared = KAPHost::Declare<TKAPInterfaceSet<LeftInterface>>();
+  Host host(options);
+  const auto leave = [&] {
+    const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
+    void* const file = dlopen(CARELESS_COMPONENT, RTLD_NOW | RTLD_NOLOAD);
+    host.Register("LeftInterface", "GetVersion", "LeftGetVersionProc",
+                  dlsym(file, "CarelessGetVersion"));
+    dlclose(file);
+    const auto getVersion = host.Proc<LeftInterface, "GetVersion">();
+    EXPECT_EQ(getVersion(), 1);
+    EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
+    return getVersion;
+  };
+  for (int i = 0; i < 2; ++i) {  // a component that registers it again makes up for it
+    const auto getVersion = leave();
+    EXPECT_EQ(host.TakeReports().size(), 1u);
+    EXPECT_EQ(getVersion(), 1);
+    EXPECT_EQ(
+        host.TakeReports(),
+        std::vector<std::string>{"KAP host: call of a procedure whose component was unloaded"
+                                 "\n  used by host_test in LeftInterface.GetVersion of Careless"});
+  }
+}
+
 // A report with stacks names the function, also when the component is unloaded since.
 TEST(MisuseStacksTest, Report) {
   std::vector<std::string> reports;
@@ -307,6 +386,29 @@ std::string Contents(const std::string& path) {
   std::stringstream text;
   text << file.rdbuf();
   return text.str();
+}
+
+// A trace does not follow what is no handle, or a dead one. Before the tests that leak: the hosts
+// after them accept handles of theirs.
+TEST(MisuseTraceTest, BadHandles) {
+  const std::string path = ::testing::TempDir() + "misuse_trace." + std::to_string(::getpid());
+  {
+    HostOptions options = Checking();
+    options.fDebug.fTrace = path;
+    Host host(options);
+    const auto release = host.Proc<KAPErrorInterface, "Release">();
+    KAPError* const error =
+        host.Proc<KAPErrorInterface, "NewError">()("gone", "c", 3, nullptr, nullptr);
+    long words[8] = {};
+    for (KAPError* each : {error, error, reinterpret_cast<KAPError*>(words)}) release(each);
+    EXPECT_EQ(host.TakeReports().size(), 2u);
+  }
+  const std::string trace = Contents(path);
+  const std::string call = "host_test > host: KAPErrorInterface.Release(";
+  for (const char* const handle : {"error \"gone\")", "dead error \"gone\")", "invalid handle)"}) {
+    EXPECT_NE(trace.find(call + handle), std::string::npos) << trace;
+  }
+  std::remove(path.c_str());
 }
 
 TEST(LeaksTest, ListNamesMakerAndHolder) {
@@ -348,6 +450,9 @@ TEST(LeaksTest, ListNamesMakerAndHolder) {
       std::remove(path.c_str());  // the next host of the process would append to it
     }
   }
+  Host host({.fOnReport = {}, .fOnLeak = [](const auto&) {}});
+  const KAPHost::Component careless = host.Load(CARELESS_COMPONENT, "Careless");
+  host.Proc<CarelessInterface, "Misuse">()("free the leaked blocks");
 }
 
 TEST(LeaksTest, LiveThingsBetweenTwoMoments) {

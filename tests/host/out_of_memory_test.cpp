@@ -172,6 +172,11 @@ const std::pair<const char*, bool (*)(SmallHost&)> kUses[] = {
        host.Call<KAPSharedBuffInterface, "Release">(buffer);
        return id && set && purge && isAdded && isKnown && buffer;
      }},
+    {"errors of the host",
+     [](SmallHost& host) {
+       return host.TakeMessage(host.Do<KAPSimpleStreamInterface, "Write">(
+                  nullptr, static_cast<const unsigned char*>(nullptr), 0ul)) == "invalid container";
+     }},
     {"the binder", [](SmallHost& host) {
        const int done =
            host.Do<KAPBinderInterface, "KAPRegisterProcAddress">("Interface", "M", "P", &gData);

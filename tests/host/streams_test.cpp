@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <random>
 
 namespace {
@@ -78,6 +79,9 @@ TEST_F(FileStreamsTest, Bounds) {
     EXPECT_EQ(Mark(stream), std::to_string(LONG_MAX));
     EXPECT_EQ(Rewind(stream), "");
     EXPECT_EQ((fHost.Do<Simple, "Write">(stream, nullptr, 1ul)), "invalid argument");
+    std::size_t count = 9;
+    EXPECT_EQ((fHost.Do<Simple, "Read">(&count, stream, nullptr, 0ul)), "");
+    EXPECT_EQ(count, 0u);
     EXPECT_EQ(Read(stream, 10), "12345");
     Release(stream);
   }
@@ -89,8 +93,9 @@ TEST_F(FileStreamsTest, Modes) {
   const struct {
     const char* mode;
     std::string read, write, after;  // of a file that holds "old"; "+" is written
-  } rows[] = {{"r", "old", badWrite, "old"}, {"rb+", "old", "", "old+"}, {"w", badRead, "", "+"},
-              {"w+b", "", "", "+"},          {"a", badRead, "", "old+"}, {"a+", "old", "", "old+"}};
+  } rows[] = {{"r", "old", badWrite, "old"}, {"rbe+", "old", "", "old+"},
+              {"w", badRead, "", "+"},       {"w+b", "", "", "+"},
+              {"a", badRead, "", "old+"},    {"a+", "old", "", "old+"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.mode);
     KAPContainer* stream = NewFile(fPath, "w");
@@ -108,7 +113,7 @@ TEST_F(FileStreamsTest, Modes) {
     Release(stream);
   }
   const std::pair<const char*, int> failures[] = {
-      {"wx", EEXIST}, {"q", EINVAL}, {"r?", EINVAL}, {"r", ENOENT}};
+      {"wx", EEXIST}, {"rx", EINVAL}, {"q", EINVAL}, {"r?", EINVAL}, {"r", ENOENT}};
   for (const auto& [mode, code] : failures) {
     if (code == ENOENT) std::filesystem::remove(fPath);
     KAPContainer* stream = reinterpret_cast<KAPContainer*>(this);
@@ -139,14 +144,34 @@ TEST_F(FileStreamsTest, RefusedStreams) {
 
 // Bytes that the system does not take are an error of the call that writes them, or of the release.
 TEST_F(StreamsTest, FullDisk) {
-  KAPContainer* const stream = NewFile("/dev/full", "w+");
   const char* const message = "cannot write \"/dev/full\": No space left on device";
-  EXPECT_EQ(Write(stream, "waits"), "");
-  EXPECT_EQ(Write(stream, std::string(20000, 'x')), message);
-  EXPECT_EQ(Mark(stream), "5");
+  const std::string large(20000, 'x');
+  const std::function<std::string(KAPContainer*)> uses[] = {
+      [&](KAPContainer* stream) { return Write(stream, large); },
+      [&](KAPContainer* stream) { return Read(stream, 1); },
+      [&](KAPContainer* stream) { return Read(stream, large.size()); },
+      [&](KAPContainer* stream) {
+        EXPECT_EQ(Seek(stream, 100), "");
+        const std::string error = Write(stream, "far");
+        EXPECT_EQ(Seek(stream, 5), "");
+        return error;
+      },
+      [&](KAPContainer* stream) {
+        KAPContainer* out = stream;
+        return fHost.Do<Positionable, "CreateIndependentlyPositionableStream">(&out, stream);
+      }};
+  for (const auto& use : uses) {
+    KAPContainer* const stream = NewFile("/dev/full", "w+");
+    EXPECT_EQ(Write(stream, "waits"), "");
+    EXPECT_EQ(use(stream), message);
+    EXPECT_EQ(Mark(stream), "5");
+    Release(stream);
+    EXPECT_EQ(fHost.Reports(), std::vector<std::string>{message});
+    EXPECT_EQ(fHost.TakeReport(), message);
+  }
+  KAPContainer* const stream = NewFile("/dev/full", "w");
+  EXPECT_EQ(Write(stream, large), message);  // nothing waits
   Release(stream);
-  EXPECT_EQ(fHost.Reports(), std::vector<std::string>{message});
-  EXPECT_EQ(fHost.TakeReport(), message);
 }
 
 // A pipe has no positions, and a read returns what there is.
@@ -160,8 +185,11 @@ TEST_F(StreamsTest, Pipes) {
   EXPECT_EQ(Write(out, "12345"), "");
   EXPECT_EQ(Seek(out, 0), "cannot seek in \"" + paths[1] + "\": Illegal seek");
   Release(out);
+  KAPContainer* const more = NewFile(paths[1], "a");
+  EXPECT_EQ(Write(more, "6"), "");
+  Release(more);
   EXPECT_EQ(Read(in, 3), "123");
-  EXPECT_EQ(Read(in, 3), "45");
+  EXPECT_EQ(Read(in, 9), "456");
   Release(in);
   for (const int end : ends) close(end);
 }
@@ -205,12 +233,16 @@ TEST_F(StreamsTest, FaultsLimitsAndLog) {
   EXPECT_EQ(Read(stream, 9), "2");
   fHost.StopFaults();
   EXPECT_EQ(Read(stream, 9), "345");
+  EXPECT_EQ((fHost.Do<Simple, "Read">(nullptr, stream, nullptr, 1ul)), "invalid argument");
+  EXPECT_EQ((fHost.Do<Positionable, "Mark">(nullptr, stream)), "invalid argument");
+  EXPECT_EQ(Rewind(nullptr), "invalid container");
   fHost.LogStreamCalls(false);
   EXPECT_EQ(Rewind(stream), "");
   EXPECT_EQ(testing::PrintToString(fHost.TakeStreamCalls()),
             "{ buffer: Read(4) = 2, buffer: Seek(-1, 1), buffer: Rewind() failed, "
             "buffer: Mark() failed, buffer: Mark() = 1, buffer: Read(9) = 1, "
-            "buffer: Read(9) = 3 }");
+            "buffer: Read(9) = 3, buffer: Read(1) failed, buffer: Mark() failed, "
+            "not a stream: Rewind() failed }");
   Release(stream);
 }
 

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <thread>
 
+#include "LeaveProcess.h"
 #include "TestHost.h"
 
 // What the trace shows of calls, as text and as trace events.
@@ -66,15 +67,17 @@ void Throw() { throw 5; }
 
 // Makes a host that traces to `path`, lets `act` use it, and ends it.
 template <class Act>
-void Traced(DebugOptions debug, const std::string& path, Act act) {
+void Traced(DebugOptions debug, const std::string& path, Act act, bool checks = false) {
   debug.fTrace = path;
   debug.fDeclared = KAPHost::Declare<EchoSet>();
   Host host({.fOnReport = {},
              .fOnLeak = [](const auto& held) { ADD_FAILURE() << held; },
+             .fChecks = checks,
              .fDebug = debug});
   gHost = &host;
   host.RegisterInterface<EchoInterface>(&Echo, &Fail, &Throw);
   act(host);
+  EXPECT_EQ(host.TakeReports(), std::vector<std::string>());
   gHost = nullptr;
 }
 
@@ -102,9 +105,12 @@ void UseEcho(Host& host) {
   EXPECT_THROW((host.Proc<EchoInterface, "Throw">()()), int);
 }
 
-TEST(TraceTest, Text) {
+// Checks change nothing where nothing is wrong.
+class TextTraceTest : public ::testing::TestWithParam<bool> {};
+
+TEST_P(TextTraceTest, Lines) {
   const TraceFile file(".txt");
-  Traced({}, file.Path(), UseEcho);
+  Traced({}, file.Path(), UseEcho, GetParam());
   const std::string host = "host_test > host: ";
   const std::string echo = "host_test > host_test: EchoInterface.";
   EXPECT_EQ(
@@ -128,6 +134,54 @@ TEST(TraceTest, Text) {
           host + R"(KAPContainerInterface.Release(container "KAPHostPositionableStream"))",
           echo + "Throw() = an exception",
       }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Trace, TextTraceTest, ::testing::Bool());
+
+struct PlacesInterface
+    : TKAPInterface<"PlacesInterface", TKAPMethod<"Real", "RealProc", KAPError*(float* out)>,
+                    TKAPMethod<"Int", "IntProc", KAPError*(int* out)>,
+                    TKAPMethod<"Short", "ShortProc", KAPError*(short* out)>,
+                    TKAPMethod<"Char", "CharProc", KAPError*(signed char* out)>> {};
+
+template <class Type>
+KAPError* Place(Type* out) noexcept {
+  if (out) *out = static_cast<Type>(-1.5);
+  return nullptr;
+}
+
+// A result is read with the size of its place.
+TEST(TraceTest, ResultPlaces) {
+  const TraceFile file(".txt");
+  {
+    HostOptions options;
+    options.fDebug.fTrace = file.Path();
+    options.fDebug.fDeclared = KAPHost::Declare<TKAPInterfaceSet<PlacesInterface>>();
+    Host host(options);
+    host.RegisterInterface<PlacesInterface>(&Place<float>, &Place<int>, &Place<short>,
+                                            &Place<signed char>);
+    struct {
+      float fReal;
+      int fInt;
+      short fShort;
+      signed char fChar;
+    } places{};
+    host.Proc<PlacesInterface, "Real">()(&places.fReal);
+    host.Proc<PlacesInterface, "Int">()(&places.fInt);
+    host.Proc<PlacesInterface, "Short">()(&places.fShort);
+    host.Proc<PlacesInterface, "Char">()(&places.fChar);
+    host.Proc<PlacesInterface, "Int">()(nullptr);
+    host.Proc<KAPErrorInterface, "Release">()(
+        host.Proc<KAPErrorInterface, "NewError">()(nullptr, "c", 3, nullptr, nullptr));
+  }
+  const std::string call = "host_test > host_test: PlacesInterface.";
+  EXPECT_EQ(Lines(Contents(file.Path())),
+            (std::vector<std::string>{
+                call + "Real() = ok -> -1.5", call + "Int() = ok -> -1",
+                call + "Short() = ok -> -1", call + "Char() = ok -> -1", call + "Int(null) = ok",
+                "host_test > host: KAPErrorInterface.NewError(null, \"c\", 3, null, null) = "
+                "error \"\"",
+                "host_test > host: KAPErrorInterface.Release(error \"\")"}));
 }
 
 // Each event has what the trace event format requires of a complete event.
@@ -176,7 +230,15 @@ TEST(TraceTest, JsonOfOddBytes) {
               {"\xc3", "\\xc3"},
               {"\xed\xa0\x80", "\\xed\\xa0\\x80"},
               {"\xf0\x9f\x98\x80\t", "\xf0\x9f\x98\x80\t"},
-              {"\xc0\xaf", "\\xc0\\xaf"}};
+              {"\xc0\xaf", "\\xc0\\xaf"},
+              {"\xc3\xc3", "\\xc3\\xc3"},
+              {"\xe0\xa0\x80", "\xe0\xa0\x80"},
+              {"\xe0\x9f\xbf", "\\xe0\\x9f\\xbf"},
+              {"\xed\x9f\xbf", "\xed\x9f\xbf"},
+              {"\xf0\x8f\xbf\xbf", "\\xf0\\x8f\\xbf\\xbf"},
+              {"\xf4\x8f\xbf\xbf", "\xf4\x8f\xbf\xbf"},
+              {"\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
+              {"\xf5\x80\x80\x80", "\\xf5\\x80\\x80\\x80"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.shown);
     const TraceFile file(".json");
@@ -197,7 +259,7 @@ TEST(TraceTest, JsonOfOddBytes) {
 
 // A further host of a process appends to the file; a child writes one of its own.
 TEST(TraceTest, HostsAndProcesses) {
-  for (const char* suffix : {".json", ".txt"}) {
+  for (const char* suffix : {".json", ".txt", ".%p.txt"}) {
     SCOPED_TRACE(suffix);
     const TraceFile file(suffix);
     pid_t child = 0;
@@ -206,22 +268,26 @@ TEST(TraceTest, HostsAndProcesses) {
       child = ::fork();
       UseEcho(host);
     });
-    if (child == 0) ::_exit(::testing::Test::HasFailure());
+    if (child == 0) LeaveProcess(::testing::Test::HasFailure());
     int status = 1;
     ::waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
     const bool isJson = std::string_view(suffix) == ".json";
-    const std::string number = '.' + std::to_string(child);
-    std::string path = file.Path();
-    isJson ? path.insert(path.size() - 5, number) : path.append(number);
-    if (isJson) {
-      EXPECT_EQ(nlohmann::json::parse(Contents(file.Path())).size(), 24u);
-      EXPECT_EQ(nlohmann::json::parse(Contents(path)).size(), 12u);
-    } else {
-      EXPECT_EQ(Lines(Contents(file.Path())).size(), 30u);
-      EXPECT_EQ(Lines(Contents(path)).size(), 15u);
+    const auto pathOf = [&](pid_t process) {
+      std::string path = file.Path();
+      const std::string number = std::to_string(process);
+      if (const auto at = path.find("%p"); at != std::string::npos)
+        return path.replace(at, 2, number);
+      if (process == ::getpid()) return path;
+      return isJson ? path.insert(path.size() - 5, '.' + number) : path + '.' + number;
+    };
+    const std::pair<pid_t, std::size_t> rows[] = {{::getpid(), 2}, {child, 1}};
+    for (const auto& [process, hosts] : rows) {
+      const std::string text = Contents(pathOf(process));
+      EXPECT_EQ(isJson ? nlohmann::json::parse(text).size() : Lines(text).size(),
+                hosts * (isJson ? 12 : 15));
+      std::remove(pathOf(process).c_str());
     }
-    std::remove(path.c_str());
   }
 }
 
@@ -321,6 +387,14 @@ TEST(TraceTest, MoreProceduresThanVariants) {
     return line.find("Rewind has too many procedures") != std::string::npos;
   };
   EXPECT_EQ(std::count_if(lines.begin(), lines.end(), isNote), 3);  // two are the host's own
+  // Without a trace, the checks report it.
+  Host host({.fOnReport = {}, .fOnLeak = {}, .fChecks = true});
+  for (const std::string& name : names) {
+    host.Register(name.c_str(), "Rewind", kProc, &host);
+  }
+  const std::vector<std::string> reports = host.TakeReports();
+  ASSERT_EQ(reports.size(), 3u);
+  EXPECT_EQ(reports[2], "KAP host: I.Rewind has too many procedures: its calls are not checked");
 }
 
 // Equal names of a method and its procedure say nothing about another interface's arguments.
@@ -354,7 +428,8 @@ TEST(TraceTest, Threads) {
     for (std::thread& thread : threads) thread.join();
   });
   const std::regex line(
-      R"(( *)((host_test > host(_test)?: \w+\.\w+\("x"(, 0)?\)( = "x"| \{( \.\.\.)?)?)|\} \w+( = "x")?))");
+      R"(( *)((host_test > host(_test)?: \w+\.\w+\("x"(, 0)?\)( = "x"| \{( \.\.\.)?)?))"
+      R"(|\} \w+( = "x")?))");
   const std::vector<std::string> lines = Lines(Contents(file.Path()));
   for (const std::string& text : lines) EXPECT_TRUE(std::regex_match(text, line)) << text;
   const auto isCall = [](const std::string& text) { return text.find(" > ") != std::string::npos; };
@@ -367,6 +442,7 @@ TEST(TraceTest, Off) {
   host.RegisterInterface<EchoInterface>(&Echo, &Fail, &Throw);
   EXPECT_EQ((host.Proc<EchoInterface, "Throw">()), &Throw);
   EXPECT_TRUE(host.LiveThings().empty());
+  EXPECT_EQ(host.LastThing(), 0u);
 }
 
 TEST(TraceTest, UnwritableFile) {
@@ -420,6 +496,20 @@ TEST(DebugWordsTest, Words) {
   }
 }
 
+// Checks that the environment turns on report to standard error: the program expects no reports.
+TEST(DebugWordsTest, ChecksOfTheEnvironment) {
+  ::setenv("KAPHOST_DEBUG", "checks", 1);
+  ::testing::internal::CaptureStderr();
+  {
+    Host host;
+    KAPStringAtom* const atom = host.Proc<KAPStringInterface, "NewStringAtom">()("gone");
+    for (int i = 0; i < 2; ++i) host.Proc<KAPStringInterface, "DeleteStringAtom">()(atom);
+  }
+  ::unsetenv("KAPHOST_DEBUG");
+  const std::string error = ::testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(error.starts_with("KAP host: release of a dead atom \"gone\"\n")) << error;
+}
+
 // A wrong word of the environment harms nothing but itself, and the program keeps its own trace.
 TEST(DebugWordsTest, Environment) {
   const TraceFile file(".txt");
@@ -436,6 +526,8 @@ TEST(DebugWordsTest, Environment) {
       {"trcae", "KAP host: \"trcae\" is not a word of KAPHOST_DEBUG", false, true},
       {"trace=/no/such/folder/x", "KAP host: cannot write \"/no/such/folder/x\"", false, true},
       {"leaks=/no/such/folder/x", "KAP host: cannot write \"/no/such/folder/x\"", false, true},
+      {"trace=/dev/full", "KAP host: cannot write \"/dev/full\": No space left on device; the rest",
+       false, false},
       {"help", "the words of KAPHOST_DEBUG", false, true}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.words);

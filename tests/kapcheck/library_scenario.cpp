@@ -51,8 +51,5 @@ KAP_CHECK_EXPORT int KAPCheckScenario(KAPGetProcAddressProc getProcAddress) {
 }
 
 // Not the directories: random names must not delete files.
-KAP_CHECK_DECLARE(POSObjectInterface, POSObjectStatics, POSNumberInterface, POSStringInterface,
-                  POSUnicodeStringInterface, POSBinDataInterface, POSRawPointerInterface,
-                  POSArrayInterface, POSDictInterface, POSDictIteratorInterface,
-                  POSStreamerInterface, POSValidatorInterface, POSStructValidatorInterface,
+KAP_CHECK_DECLARE(POSInterfaceSet, POSStreamerInterfaceSet, POSValidatorInterfaceSet,
                   KAPUtilsTempFileStreamFactory)

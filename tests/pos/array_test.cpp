@@ -61,6 +61,14 @@ TEST_F(ArrayTest, RandomChangesAgreeWithAVector) {
   EXPECT_EQ(Show(Own(Call<POSObjectInterface, "Clone">(fArray.get()))), Show(fArray));
 }
 
+TEST_F(ArrayTest, SkippedSlotsEqualOnlyEachOther) {
+  SetAt(1, Number(1));
+  const Object full = Read("[1 1]");
+  EXPECT_TRUE(IsEqual(fArray, Own(Call<POSObjectInterface, "Clone">(fArray.get()))));
+  EXPECT_FALSE(IsEqual(fArray, full));
+  EXPECT_FALSE(IsEqual(full, fArray));
+}
+
 // ---- A release procedure that calls back ----
 
 struct CallBack {

@@ -43,11 +43,11 @@ TEST_F(PosTest, RandomChangesAgreeWithAMap) {
   constexpr unsigned kSeed = 20240502;
   SCOPED_TRACE("seed " + std::to_string(kSeed));
   std::mt19937 random(kSeed);
-  // Few characters and common beginnings, so that keys meet again and differ early, around 16 bytes
-  // and late.
+  // Few characters and common beginnings, so that keys meet again and differ early, around the end
+  // of the prefix that each entry holds (32 bytes), soon after it and late.
   const auto randomKey = [&] {
-    static constexpr std::size_t kBeginnings[] = {0, 13, 14, 200};
-    std::string key(kBeginnings[random() % 4], 'p');
+    static constexpr std::size_t kBeginnings[] = {0, 29, 30, 46, 200};
+    std::string key(kBeginnings[random() % 5], 'p');
     for (auto n = random() % 6; n > 0; --n) key += "ab\x01\xff"[random() % 4];
     return key;
   };
@@ -76,6 +76,11 @@ TEST_F(PosTest, RandomChangesAgreeWithAMap) {
       all += (all.empty() ? "" : " ") + (k.empty() ? "()" : k) + " " + std::to_string(value);
     }
     ASSERT_EQ(Show(dict), "<" + all + ">");
+    const Object more = Own(Call<POSObjectInterface, "Clone">(dict.get()));
+    const std::string another = randomKey();
+    if (!model.contains(another)) Put(more, another.c_str(), Number(-1));
+    ASSERT_TRUE(IsEqual(dict, more));  // equals what holds more, but not the other way round
+    ASSERT_EQ(IsEqual(more, dict), model.contains(another));
   }
 }
 

@@ -89,6 +89,14 @@ TEST_F(ForeignTest, AreHeldComparedAndFound) {
   EXPECT_FALSE(World::IsEqual(array, ArrayWith(New(4))));
   EXPECT_FALSE(World::IsEqual(array, Read("[1 3]")));
   EXPECT_FALSE(World::IsEqual(Read("[1 3]"), array));
+  const auto around = [&](const char* before, const char* after) {
+    Object outer = ArrayWith(New(3));
+    for (const char* text : {before, after}) Hold(outer, Read(text));
+    return outer;
+  };
+  EXPECT_TRUE(World::IsEqual(around("< b 1 >", "[2]"), around("< b 1 >", "[2]")));
+  EXPECT_FALSE(World::IsEqual(around("< b 1 >", "[2]"), around("< b 1 >", "[3]")));
+  EXPECT_FALSE(World::IsEqual(around("< b 1 >", "[2]"), around("< b 2 >", "[2]")));
 
   const Object dict = Read("<>");
   Put(dict, "f", three);

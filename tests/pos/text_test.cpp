@@ -101,6 +101,7 @@ TEST_F(TextTest, SyntaxErrors) {
       {"no digit", "`004g`", 6},
       {"a sign is not a digit", "`00+1`", 6},
       {"101 characters of a word", Times(101, "a"), 101},
+      {"150 characters of a word", Times(150, "a"), 150},
       {"101 between parentheses", "(" + Times(101, "a") + ")", 103},
       {"401 digits", "`" + Times(401, "0") + "`", 403},
       {"404 digits", "`" + Times(404, "0") + "`", 406},

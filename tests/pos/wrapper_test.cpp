@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <cstdio>
+#include <functional>
 
 #include "KAPUtilsDir.h"
 #include "POSStreamer.h"
@@ -100,6 +101,11 @@ TEST_F(WrapperTest, TextsWithoutATerminator) {
     EXPECT_TRUE(object.IsNull() || object.IsEqual(ofView));
     EXPECT_EQ(end ? end - text.c_str() : -1, endOfView ? endOfView - longer.data() : -1);
   }
+  const std::string_view key = std::string_view("a.b").substr(0, 1), absent = key.substr(1);
+  const CPOSDict dict(CPOSObject::CreateFromText("< a 1 >", nullptr), false);
+  EXPECT_EQ(dict[key].Handle(), dict["a"].Handle());
+  EXPECT_EQ(dict[CKAPStringAtom(key)].Handle(), dict["a"].Handle());
+  EXPECT_FALSE(dict.HasKey(absent) || dict.DeepHasKey(std::string_view("a.b")));
   const CPOSBinData data(std::string("image/png, long").substr(0, 9), nullptr, 0);
   EXPECT_STREQ(data.GetTypeName(), "image/png");
   for (const std::u16string_view text : {u"", u"Hi", u"\xD83D\xDE00"}) {
@@ -118,6 +124,28 @@ TEST_F(WrapperTest, CloneCountsItsReferences) {
     const CPOSObject again = original.Clone().Clone();
     EXPECT_TRUE(original.IsEqual(again));
   }
+}
+
+// A wrapper adds a reference to a handle, and takes over that of a new one.
+TEST_F(WrapperTest, WaysToTakeAHandle) {
+  const auto check = [this]<class Wrapper>(const Wrapper& wrapper) {
+    const BalancedScope balanced(*this);
+    const Wrapper added(wrapper.Handle());
+    EXPECT_EQ(Wrapper(TKAPNewHandle(Wrapper(added).Detach())).Handle(), wrapper.Handle());
+  };
+  check(CPOSObject(CPOSNumber(1)));
+  check(CPOSStreamer::New());
+  check(CKAPUtilsDir::GetTempDir());
+}
+
+TEST_F(WrapperTest, NamesOfKinds) {
+  const char* const names[] = {"number",      "string", "Unicode string", "binary data",
+                               "raw pointer", "array",  "dictionary"};
+  const auto* name = std::begin(names);
+  for (const Object& object : OneOfEachKind()) {
+    EXPECT_STREQ(POSTypeName(CPOSObject(object.get()).GetType()), *name++);
+  }
+  EXPECT_TRUE(!POSTypeName(0) && !POSTypeName(8));
 }
 
 // Deliberate: each "true" leaves a reference.
@@ -177,6 +205,8 @@ TEST_F(WrapperTest, ObjectReferences) {
 TEST_F(WrapperTest, EmptyObjects) {
   const CPOSObject empty;
   EXPECT_TRUE(CPOSNumber(empty, true).IsNull());
+  EXPECT_EQ(CPOSUnicodeString(empty, true).Text(), u"");
+  EXPECT_NE(TakeReport(), "");
   EXPECT_EQ(Thrown([&] { CPOSNumber(empty, false); }), DowncastMessage("CPOSNumber"));
   EXPECT_EQ(Thrown([&] { (void)empty.Clone(); }), "CKAPError invalid container");
   EXPECT_EQ(Thrown([&] { (void)empty.GetType(); }), "CKAPError invalid container");
@@ -203,6 +233,20 @@ TEST_F(WrapperTest, InterfaceThatCannotBeLoaded) {
   EXPECT_EQ(Thrown([&] { CPOSNumber(6.0); }), DowncastMessage("CPOSNumber"));
   StopFaults();
   EXPECT_EQ(CPOSNumber(number, false).Get(), 5);
+
+  // Even where a failure would not throw.
+  const CPOSDict dict = CPOSDict::New();
+  const CPOSArray array = CPOSArray::New();
+  const std::pair<std::string, std::function<void()>> calls[] = {
+      {"POSDict", [&] { (void)dict.Get("a", true); }},
+      {"POSDict", [&] { (void)dict.DeepGet("a.b", true); }},
+      {"POSArray", [&] { (void)array.GetAt(0, true); }}};
+  for (const auto& [name, call] : calls) {
+    MoveUnregisterCounter();
+    HideInterface((name + "Interface").c_str());
+    EXPECT_EQ(Thrown(call), DowncastMessage(("C" + name).c_str()));
+    StopFaults();
+  }
 }
 
 int gPointee;

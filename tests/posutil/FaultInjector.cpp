@@ -4,9 +4,9 @@
 //
 //   CALL FIRST COUNT ACTION
 //
-// where COUNT calls, starting with number FIRST, take ACTION: an error number to fail with,
-// "kill" for SIGKILL before the call, or "orphan" to kill the parent before the call. KAP_FIRED
-// names a file to create when that happens. With KAP_NAMED=1 there are no unnamed files. The count
+// where COUNT calls, starting with number FIRST, take ACTION: an error number to fail with, the
+// negative number of a signal to get before the call, "kill" for SIGKILL, or "orphan" to kill the
+// parent before the call. KAP_FIRED names a file to create when that happens. With KAP_NAMED=1 there are no unnamed files. The count
 // starts at the call of signal() at the start of main: before that nothing can report a fault.
 
 #include <fcntl.h>
@@ -54,6 +54,8 @@ bool Fails(const char* call) {
     ::kill(::getpid(), SIGKILL);
   } else if (std::strcmp(gAction, "orphan") == 0) {
     ::kill(::getppid(), SIGKILL);
+  } else if (gAction[0] == '-') {
+    ::kill(::getpid(), -std::atoi(gAction));
   } else {
     errno = std::atoi(gAction);
     return true;

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-// How posutil ended and what it wrote. Its host prints a leak report on standard error, so that a
-// comparison of that text also checks the accounting.
+// How posutil ended and what it wrote. A comparison of its messages also checks the accounting: the
+// host's leak report is one. A build without assertions makes that report only after a failure.
 struct Outcome {
   int fStatus = -1;  // the negative number of a signal that ended it
   std::string fOut;

@@ -67,6 +67,7 @@ TEST(SetTest, Places) {
        "[1]",
        "/01",
        {1, "", no + "\"/01\": the document is an array of 1, and \"01\" is not an index\n"}},
+      {"not a number", "[1]", "/-1x", {1, "", no + "\"/-1x\": the document is an array of 1\n"}},
       {"a sign",
        R"({"a":[1]})",
        "/a/-1",
@@ -101,6 +102,11 @@ TEST(SetTest, Values) {
       {"JSON that no object holds",
        {"1e400"},
        {2, "", "<VALUE>:1:1: the number 1e400 is too large; --loss=keep keeps it\n  1e400\n  ^\n"}},
+      {"a string that looks like an option",
+       {"--string", "--", "--in-place=.old"},
+       {0, "< a (--in-place=.old) >\n", ""}},
+      {"a word as a number", {"--number", "x"}, {2, "", "posutil: VALUE is not a number: x\n"}},
+      {"infinity", {"--number", "inf"}, {2, "", "posutil: VALUE is not a number: inf\n"}},
       {"not a number", {"--number", "1x"}, {2, "", "posutil: VALUE is not a number: 1x\n"}},
       {"not text notation",
        {"--text", "< b >"},
@@ -160,6 +166,7 @@ TEST(ChangeTest, KeptValuesAreScalars) {
        R"({"a":{}})",
        {"/a/$json/$json", "\"1\""},
        {0, R"({"a":{"$json":{"$json":"1"}}})", ""}},
+      {"set", R"({"a":{}})", {"/a/$json", "\"x\""}, {0, R"({"a":{"$json":"x"}})", ""}},
       {"set",
        R"({"$json":{"$json":"1"}})",
        {"$json.b", "2"},
@@ -222,6 +229,7 @@ TEST(ChangeTest, KeepsFormatAndLayout) {
       {"json", "{\n  \"b\": [1]}\n", "{\n  \"a\": 9,\n  \"b\": [\n    1\n  ]\n}\n"},
       {"json", "{\n\t\"b\": 1}\n", "{\n\t\"a\": 9,\n\t\"b\": 1\n}\n"},
       {"json", "\n\n{\n    \"b\": {}}", "{\n    \"a\": 9,\n    \"b\": {}\n}\n"},
+      {"json", "{\n \t\"b\": 1}", "{\n  \"a\": 9,\n  \"b\": 1\n}\n"},
       {"json", "{\n\"b\": []}", "{\n\"a\": 9,\n\"b\": []\n}\n"},
       {"json", "{}", "{\"a\":9}\n"},
       {"json", "{\n}", "{\n  \"a\": 9\n}\n"},
@@ -248,6 +256,7 @@ TEST(ChangeTest, ManyDocuments) {
             (Outcome{0, "{\"0\":9,\"a\":1}\n[9]\n{\"0\":9}\n", ""}));
   EXPECT_EQ(Change("set", "json", "[1]", {"--indent=1", "[1]", "2"}),
             (Outcome{0, "[\n 1,\n 2\n]\n", ""}));
+  EXPECT_EQ(Change("set", "json", "[\n]", {"[0]", "1"}), (Outcome{0, "[\n  1\n]\n", ""}));
   EXPECT_EQ(Change("set", "json", "[\n1]", {"--compact", "[1]", "2"}), (Outcome{0, "[1,2]\n", ""}));
   // The value is not shared.
   const Folder folder;
@@ -377,6 +386,8 @@ TEST(PatchTest, TheExamplesOfTheRfc) {
       {"[1,2]", R"([{"op":"add","path":"/3","value":3}])", ""},
       {"[1,2]", R"([{"op":"add","path":"/01","value":3}])", ""},
       {"[1,2]", R"([{"op":"replace","path":"/2","value":3}])", ""},
+      {"[1]", R"([{"op":"add","path":"/0","value":0},{"op":"add","path":"/2/x","value":1}])", ""},
+      {"[null,1,2]", R"([{"op":"move","from":"/0","path":"/2"}])", "[1,2,null]"},
       {"[1,2]", R"([{"op":"remove","path":"/-"}])", ""},
       {R"({"a":{"b":1}})", R"([{"op":"test","path":"/a","value":{"b":1,"c":2}}])", ""},
       {R"({"a":{"b":1,"c":2}})", R"([{"op":"test","path":"/a","value":{"b":1}}])", ""},

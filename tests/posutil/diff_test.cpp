@@ -78,10 +78,16 @@ TEST_F(DiffTest, PatchesAndTrouble) {
   EXPECT_EQ(Diff("[1", "[1]").fStatus, 3);
   EXPECT_EQ(Diff("[true]", R"(["true"])", {"--loss=error"}).fStatus, 3);
   EXPECT_EQ(Diff("[true]", R"(["true"])", {"--loss=warn"}).fStatus, 0);
+  EXPECT_EQ(Diff("[null,true]", "[1,2]", {"--loss=warn"}).fOut,
+            "- [0] = null\n+ [0] = 1\n- [1] = \"true\"\n+ [1] = 2\n");
+  EXPECT_EQ(Diff("[1]", "[null]", {"--loss=warn", "--format", "json"}),
+            (Outcome{1, "[\n  {\"op\":\"replace\",\"path\":\"/0\",\"value\":null}\n]\n", ""}));
   EXPECT_EQ(RunPosutil({"diff", fFolder.Put("a", "[1]"), fFolder.Path("nowhere")}).fStatus, 3);
   EXPECT_EQ(RunPosutil({"diff", "-", "-"}).fStatus, 2);
   EXPECT_EQ(RunPosutil({"diff", fFolder.Put("a", "[1]"), "-"}, "[2]"),
             (Outcome{1, "- [0] = 1\n+ [0] = 2\n", ""}));
+  EXPECT_EQ(RunPosutil({"diff", "-", fFolder.Put("a", "[1]")}, "[2]"),
+            (Outcome{1, "- [0] = 2\n+ [0] = 1\n", ""}));
 }
 
 // A patch of what text notation has and JSON does not.

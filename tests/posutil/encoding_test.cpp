@@ -90,9 +90,11 @@ TEST(EncodingTest, PlacesAfterEveryKindOfToken) {
   } rows[] = {
       {"text", "json", "< a1 +1 b -1 C_2 .5 _d 1.5 (e\\)f) [x1 `0041`(\\\\\xFF)] >",
        "45: e)f[2]: invalid UTF-8"},
-      {"json", "text", R"({"x":"\"","\u0061\"\\\/\b\f\n\r\t\ud83d\ude00\u20ac":[1,null]})",
-       "57: a\"\\/\\x08\\x0c\\x0a\\x0d\\x09\U0001F600\u20AC[1]: text notation cannot hold an empty "
-       "slot"},
+      {"json", "text", R"({"x":"\"","\u0061\"\\\/\b\f\n\r\t\ud83d\ude00\u20ac\ue000":[1,null]})",
+       "63: a\"\\/\\x08\\x0c\\x0a\\x0d\\x09\U0001F600\u20AC\uE000[1]: text notation cannot hold an "
+       "empty slot"},
+      {"json", "text", R"({"$object":{"$unicode":")" + std::string(101, 'x') + "\"}}",
+       "24: $unicode: text notation limits strings to 100 characters"},
       {"typea", "json",
        R"(POSStreamerTypeA_Version1.0 <"\n" #1 "a\tb\r\"\\\001 c" <"b" {"t" #1 0A} )"
        R"("u" `0041` "v" "\377" > >)",

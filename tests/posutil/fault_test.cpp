@@ -105,6 +105,21 @@ TEST_F(FaultTest, NoProcessLeft) {
   ExpectWhole();
 }
 
+// One process does the work of two; with none, nothing is checked.
+TEST_F(FaultTest, NoProcessForTheWork) {
+  const std::string schema = fFolder.Put("schema.txt", "< L < category array membertype any > >");
+  const std::pair<long, Outcome> rows[] = {
+      {2, {0, "3 files checked: 3 valid, 0 not valid, 0 messages\n", ""}},
+      {1, {3, "", "posutil: cannot start a process: Resource temporarily unavailable\n"}}};
+  for (const auto& [first, outcome] : rows) {
+    const std::string in = fFolder.Path("in.json");
+    EXPECT_EQ(
+        RunPosutil({"validate", "--schema", schema, "--type", "L", "--jobs", "3", in, in, in}, "",
+                   With({"fork", first, 100, std::to_string(EAGAIN)}, fMarks.Path("fired"), false)),
+        outcome);
+  }
+}
+
 // Without random bytes a leftover of an earlier run takes no name away.
 TEST_F(FaultTest, NoRandomBytes) {
   const Fault none = {"getrandom", 1, 1'000'000'000L, std::to_string(EAGAIN)};
@@ -161,6 +176,25 @@ TEST_F(FaultTest, KilledAtTheNthCall) {
   }
 }
 
+TEST_F(FaultTest, KilledAtTheNthCallWhereTheOldFileIsKept) {
+  const std::string out = fFolder.Path("out.json");
+  for (const char* const call : {"open", "write", "fsync", "fork", "link", "rename"}) {
+    for (int n = 1;; ++n) {
+      SCOPED_TRACE(std::string(call) + " " + std::to_string(n));
+      fFolder.Put("out.json", kOld);
+      std::filesystem::remove(fFolder.Path("out.json.old"));
+      std::filesystem::remove(fMarks.Path("fired"));
+      RunPosutil({"set", "--in-place=.old", out, "[0]", "2"}, "",
+                 With({call, n, 1, "kill"}, fMarks.Path("fired"), false));
+      const bool isDone = fFolder.Content("out.json") == kChanged;
+      EXPECT_EQ(fFolder.Content("out.json"), isDone ? kChanged : kOld);
+      EXPECT_EQ(fFolder.Content("out.json.old"), isDone ? kOld : "");
+      EXPECT_EQ(fFolder.Names().size(), isDone ? 3u : 2u);
+      if (!HasFired()) break;
+    }
+  }
+}
+
 // Posutil dies while its child replaces the file: the child completes that.
 TEST_F(FaultTest, KilledWhileItsChildWorks) {
   for (const char* const call : {"link", "rename"}) {
@@ -175,8 +209,8 @@ TEST_F(FaultTest, KilledWhileItsChildWorks) {
 // The same where the old file gets the name of an older one.
 TEST_F(FaultTest, KilledWhileItsChildKeepsTheOldFile) {
   const std::string out = fFolder.Path("out.json");
-  for (const Fault& fault : {Fault{"link", 2, 1, "orphan"}, Fault{"rename", 1, 1, "orphan"},
-                             Fault{"rename", 2, 1, "orphan"}}) {
+  for (const Fault& fault : {Fault{"link", 1, 1, "orphan"}, Fault{"link", 2, 1, "orphan"},
+                             Fault{"rename", 1, 1, "orphan"}, Fault{"rename", 2, 1, "orphan"}}) {
     SCOPED_TRACE(fault.fCall);
     fFolder.Put("out.json", kOld);
     fFolder.Put("out.json.old", "older");
@@ -194,7 +228,8 @@ TEST_F(FaultTest, KilledWhileItsChildKeepsTheOldFile) {
   }
 }
 
-// A failure leaves the file and its older copy; only a file system without links is none.
+// A failure leaves the file and its older copy. Without links, the old file is copied, and only a
+// new file without a name cannot get one.
 TEST_F(FaultTest, KeepsTheOldFileOnlyIfTheNewOneIsThere) {
   const std::string out = fFolder.Path("out.json");
   for (const bool isNamed : {false, true}) {
@@ -208,7 +243,8 @@ TEST_F(FaultTest, KeepsTheOldFileOnlyIfTheNewOneIsThere) {
                                     With(fault, fMarks.Path("fired"), isNamed))
                              .fStatus;
       ASSERT_TRUE(HasFired());
-      const bool isDone = fault.fCall != std::string("rename");
+      const std::string call = fault.fCall;
+      const bool isDone = call == "fork" || (call == "link" && isNamed);
       EXPECT_EQ(status, isDone ? 0 : 3);
       EXPECT_EQ(fFolder.Content("out.json"), isDone ? kChanged : kOld);
       EXPECT_EQ(fFolder.Content("out.json.old"), isDone ? kOld : "older");
@@ -217,7 +253,24 @@ TEST_F(FaultTest, KeepsTheOldFileOnlyIfTheNewOneIsThere) {
   }
 }
 
-// Signals remove a named temporary file.
+TEST_F(FaultTest, SignalsRemoveANamedFile) {
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGXCPU, SIGUSR1}) {
+    SCOPED_TRACE(signal);
+    EXPECT_EQ(Convert({"write", 2, 1, std::to_string(-signal)}, true).fStatus, -signal);
+    EXPECT_TRUE(HasFired() && !IsNew());
+    ExpectWhole();
+  }
+  // One that is ignored ends nothing.
+  std::filesystem::remove(fMarks.Path("fired"));
+  Setting setting = With({"write", 2, 1, std::to_string(-SIGHUP)}, fMarks.Path("fired"), true);
+  setting.fPrefix = {"env", "--ignore-signal=HUP"};
+  EXPECT_EQ(RunPosutil({"convert", fFolder.Path("in.json"), fFolder.Path("out.json")}, "", setting),
+            (Outcome{0, "", ""}));
+  EXPECT_TRUE(HasFired() && IsNew());
+  ExpectWhole();
+}
+
+// Posutil ignores the signal of the limit, and its destructors remove a named file.
 TEST_F(FaultTest, AFileSizeLimit) {
   for (const bool isNamed : {false, true}) {
     fFolder.Put("out.json", kOld);
@@ -252,7 +305,8 @@ void ExpectNoLeak(const Outcome& outcome) {
 // the number of runs small.
 TEST_F(FaultTest, OutOfMemory) {
   for (const long count : {1L, 1'000'000'000L}) {
-    for (long n = 1;; n += 1 + n / 8) {
+    long n = 1;
+    for (;; n += 1 + n / 8) {
       SCOPED_TRACE(std::to_string(n) + " of " + std::to_string(count));
       const Outcome outcome = Convert({"malloc", n, count, std::to_string(ENOMEM)});
       ExpectWhole();
@@ -261,6 +315,7 @@ TEST_F(FaultTest, OutOfMemory) {
       EXPECT_EQ(IsNew(), outcome.fStatus == 0);
       if (outcome.fStatus != 0) ExpectMessageAboutMemory(outcome);
     }
+    EXPECT_GT(n, 100);
   }
 }
 
@@ -291,7 +346,14 @@ TEST_F(FaultTest, CommandsOutOfMemory) {
       "person.txt", "< name (Ada Lovelace) born [10 December 1815] greeting `0041` factor 0.5 >");
   const std::vector<std::string> rows[] = {
       {"print", person},
+      {"paths", person},
       {"get", person, "name", "born[1]", "born", "greeting"},
+      {"set", person, "born[0]", "11"},
+      {"remove", person, "born[0]"},
+      {"merge", person, fFolder.Put("merge.json", R"({"born":null,"age":[1]})")},
+      {"patch", person, fFolder.Put("patch.json", R"([{"op":"remove","path":"/born/0"}])")},
+      {"diff", person, person},
+      {"completion", "bash"},
       {"convert", person, "-", "--to", "typea"},
       {"validate", "--schema", schema, "--type", "Person", person},
       {"check-schema", "--format", "json", schema},
@@ -299,7 +361,8 @@ TEST_F(FaultTest, CommandsOutOfMemory) {
   for (const auto& row : rows) {
     const Outcome whole = RunPosutil(row);
     ASSERT_EQ(whole, (Outcome{0, whole.fOut, ""}));
-    for (long n = 1;; n += 1 + n / 8) {
+    long n = 1;
+    for (;; n += 1 + n / 8) {
       SCOPED_TRACE(row[0] + " " + std::to_string(n));
       std::filesystem::remove(fMarks.Path("fired"));
       const Fault fault = {"malloc", n, 1, std::to_string(ENOMEM)};
@@ -312,6 +375,7 @@ TEST_F(FaultTest, CommandsOutOfMemory) {
         ExpectMessageAboutMemory(outcome);
       }
     }
+    EXPECT_GT(n, 10) << row[0];
   }
 }
 

@@ -117,6 +117,11 @@ class HostFaultTest : public testing::Test {
     return result.fFired && !HasFailure();
   }
 
+  static bool UsesLibrary(const Command& command) {
+    const std::string name = command.kName;
+    return name != "completion" && name != "manual" && name != "version";
+  }
+
   void Sweep(Command& command, const std::vector<std::string>& arguments) {
     fFolder.Put("out.typea", "old");
     const Result whole = RunAway(command, arguments, {});
@@ -127,6 +132,7 @@ class HostFaultTest : public testing::Test {
       unsigned long n = 1;
       while (RunOne(command, arguments, whole, {n, andAllAfterIt}))
         n += andAllAfterIt ? 1 + n / 8 : 1;
+      EXPECT_GT(n, UsesLibrary(command) ? 10u : 0u);
     }
   }
 
@@ -138,6 +144,8 @@ class HostFaultTest : public testing::Test {
 TEST_F(HostFaultTest, NthCallFails) {
   const std::string json = fFolder.Put("in.json", R"({"a":[1,{"$unicode":"A"}],"b":"x"})");
   const std::string text = fFolder.Put("in.txt", "< a [1 `0041`] b (x) >");
+  const std::string typea = fFolder.Put(
+      "in.typea", "POSStreamerTypeA_Version1.0 <\"a\" [#1 \"x\" [] ] \"b\" {\"t\" #1 ff}>");
   const std::string schema = fFolder.Put(
       "schema.txt",
       "< T < category dict required < a A b string > > A < category array membertype any > >");
@@ -148,6 +156,7 @@ TEST_F(HostFaultTest, NthCallFails) {
   const std::string out = fFolder.Path("out.typea");
   const std::multimap<std::string, std::vector<std::string>> rows = {
       {"print", {json}},
+      {"print", {typea}},
       {"get", {text, "a[1]", "b", "a"}},
       {"paths", {json}},
       {"set", {json, "a[1]", R"([1,null])"}},
@@ -157,6 +166,7 @@ TEST_F(HostFaultTest, NthCallFails) {
       {"diff", {text, json}},
       {"convert", {json, out}},
       {"convert", {text, out}},
+      {"convert", {typea, out}},
       {"validate", {"--schema", schema, "--type", "T", text}},
       {"check-schema", {schema}},
       {"completion", {"bash"}},

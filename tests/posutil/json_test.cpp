@@ -22,10 +22,20 @@ Outcome Lines(const std::string& json, const std::vector<std::string>& options =
   return Convert(json, "json", arguments);
 }
 
+// Strings with characters that need a look after 0 to 40 that do not.
+std::string UnusualCharactersAtEveryPlace() {
+  std::string json = "[";
+  for (std::size_t i = 0; i <= 40; ++i) {
+    json += (i > 0 ? ",\"" : "\"") + std::string(i, 'x') + "\\\"\u00E9\\u0001" +
+            std::string(i, 'y') + "\"";
+  }
+  return json + "]";
+}
+
 TEST(JsonTest, RoundTrips) {
   const struct {
     const char* why;
-    const char* in;
+    std::string in;
     std::string out;
   } rows[] = {
       {"whole numbers without an exponent", "[0,-1,100000,1e5,9007199254740991]",
@@ -40,11 +50,15 @@ TEST(JsonTest, RoundTrips) {
       {"large integers that a double holds",
        "[-9223372036854775808,18446744073709549568,999999999999999,1000000000000000]",
        "[-9223372036854775808,18446744073709549568,999999999999999,1000000000000000]"},
+      {"the limits of 32 bits", "[4294967295,4294967296,-4294967296]",
+       "[4294967295,4294967296,-4294967296]"},
       {"an integer beyond 64 bits", "100000000000000000000", "1e+20"},
       {"members in the order of their keys", R"({"b":1,"a":{"d":[],"c":{}}})",
        R"({"a":{"c":{},"d":[]},"b":1})"},
       {"escapes", R"("\"\\\/\b\f\n\r\t\u001f\u007fé\ud83d\uDE00")",
        "\"\\\"\\\\/\\b\\f\\n\\r\\t\\u001f\x7F\u00E9\U0001F600\""},
+      {"characters at every place", UnusualCharactersAtEveryPlace(),
+       UnusualCharactersAtEveryPlace()},
       {"empty slots, at the end too", "[null,1,null,null,2,null,null]",
        "[null,1,null,null,2,null,null]"},
       {"nothing but empty slots", "[[null],[null,null]]", "[[null],[null,null]]"},
@@ -53,6 +67,11 @@ TEST(JsonTest, RoundTrips) {
        "{\"$unicode\":\"a\u00E9\U0001F600\"}"},
       {"binary data", R"([{"$binary":"t","base64":"AAEC/w=="},{"base64":"","$binary":""}])",
        R"([{"$binary":"t","base64":"AAEC/w=="},{"$binary":"","base64":""}])"},
+      {"a dictionary that holds binary data like a tag",
+       R"({"$object":{"$object":{"$binary":"t","base64":"AA=="}}})",
+       R"({"$object":{"$object":{"$binary":"t","base64":"AA=="}}})"},
+      {"members that only begin like tags", R"([{"$x":1},{"base64":"AA==","c":1}])",
+       R"([{"$x":1},{"base64":"AA==","c":1}])"},
       {"a byte order mark", "\xEF\xBB\xBF[]", "[]"},
   };
   for (const auto& row : rows) {
@@ -78,6 +97,7 @@ TEST(JsonTest, DictionariesThatLookLikeTags) {
       {"< ($binary) t >", R"({"$binary":"t"})"},
       {"< ($binary) t base64 A >", R"({"$binary":"t","base64":"A"})"},
       {"< ($binary) t base64 (AB==) >", R"({"$binary":"t","base64":"AB=="})"},
+      {"< ($binary) t base64 (A*==) >", R"({"$binary":"t","base64":"A*=="})"},
       {"< ($binary) t base64 (AA==) >", R"({"$object":{"$binary":"t","base64":"AA=="}})"},
       {"< ($binary) t base64 (AA==) c 1 >", R"({"$binary":"t","base64":"AA==","c":1})"},
       {"< base64 (AA==) >", R"({"base64":"AA=="})"},
@@ -235,7 +255,7 @@ TEST(JsonTest, RandomTagsRoundTrip) {
 
 TEST(JsonTest, RejectsWhatObjectsCannotHold) {
   const struct {
-    const char* in;
+    std::string in;
     std::string message;
   } rows[] = {
       {"null", "1:1: null is not an object\n  null\n  ^\n"},
@@ -243,6 +263,9 @@ TEST(JsonTest, RejectsWhatObjectsCannotHold) {
        "1:14: the string contains a zero character (at a[1].b)\n"
        "  {\"a\":[1,{\"b\":\"x\\u0000\"}]}\n               ^\n"},
       {"{\n\"b\\u0000\":1}", "2:1: a key contains a zero character\n  \"b\\u0000\":1}\n  ^\n"},
+      {"1" + std::string(400, '0'),
+       "1:1: the number 10000000000000000000... is too large; --loss=keep keeps it\n  1" +
+           std::string(29, '0') + "...\n  ^\n"},
       {R"([1,{"a":-1e999}])",
        "1:9: the number -1e999 is too large; --loss=keep keeps it (at [1].a)\n  "
        "[1,{\"a\":-1e999}]\n          ^\n"},
@@ -275,6 +298,15 @@ TEST(JsonTest, SyntaxErrorsShowTheirPlace) {
        "1:2: unexpected zero character; expected a value or ']' (at [0])\n  [\\x00]\n   ^\n"},
       {"a word", "[1, tru]",
        "1:5: unexpected 'tru'; expected a value (at [1])\n  [1, tru]\n      ^\n"},
+      {"a word at the end", "[tru",
+       "1:2: unexpected 'tru'; expected a value or ']' (at [0])\n  [tru\n   ^\n"},
+      {"a long word", "[trust_me_this_is_a_word]",
+       "1:2: unexpected 'trust_me_this_is_a_w'; expected a value or ']' (at [0])\n"
+       "  [trust_me_this_is_a_word]\n   ^\n"},
+      {"no comma in an object", "{\"a\":1 \"b\"}",
+       "1:8: unexpected string; expected ',' or '}'\n  {\"a\":1 \"b\"}\n         ^\n"},
+      {"no comma before a sign", "[1 -2]",
+       "1:4: unexpected number; expected ',' or ']' (at [1])\n  [1 -2]\n     ^\n"},
       {"a key that is not a string", "{a:1}",
        "1:2: unexpected 'a'; expected a string or '}'\n  {a:1}\n   ^\n"},
       {"a comma before the end", "{\"a\":1,}",
@@ -285,6 +317,9 @@ TEST(JsonTest, SyntaxErrorsShowTheirPlace) {
        "1:3: unexpected '}'; expected ',' or ']' (at [1])\n  [1}\n    ^\n"},
       {"a leading zero", "[01]", "1:2: malformed number (at [0])\n  [01]\n   ^\n"},
       {"not two documents", "1.5-3", "1:1: malformed number\n  1.5-3\n  ^\n"},
+      {"nor these", "1+3", "1:1: malformed number\n  1+3\n  ^\n"},
+      {"two points", "1.2.3", "1:1: malformed number\n  1.2.3\n  ^\n"},
+      {"a number and a letter", "1x", "1:1: malformed number\n  1x\n  ^\n"},
       {"digits missing", "[1.e1]", "1:2: malformed number (at [0])\n  [1.e1]\n   ^\n"},
       {"an unfinished number", "-", "1:2: unexpected end of input in a number\n  -\n   ^\n"},
       {"an unfinished string", "[\"a",
@@ -372,6 +407,7 @@ TEST(JsonTest, RejectsWhatJsonCannotHold) {
       {"< a < (\xFF) 1 > >", "11: a.\\xff: invalid UTF-8"},
       {"[1 [`0041D800`]]", "5: [1][0]: the Unicode string has a lone surrogate"},
       {"[`DC00D800`]", "2: [0]: the Unicode string has a lone surrogate"},
+      {"[`E000D800FFFF`]", "2: [0]: the Unicode string has a lone surrogate"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.in);

@@ -112,12 +112,14 @@ TEST(OutputTest, LongOutputIsWhole) {
 }
 
 // The output of the program on a terminal.
-std::string OnTerminal(const std::vector<std::string>& environment) {
+std::string OnTerminal(const std::vector<std::string>& environment,
+                       const std::vector<std::string>& prefix = {}) {
   const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   if (::grantpt(master) != 0 || ::unlockpt(master) != 0) return "no terminal";
   const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
-  const Outcome outcome = RunPosutil({"print", "--from", "text", "-"}, "<a 1>",
-                                     {.fOut = terminal, .fEnvironment = environment});
+  const Outcome outcome =
+      RunPosutil({"print", "--from", "text", "-"}, "<a 1>",
+                 {.fOut = terminal, .fPrefix = prefix, .fEnvironment = environment});
   EXPECT_EQ(outcome.fStatus, 0) << outcome.fErr;
   char text[1000];
   const ssize_t size = ::read(master, text, sizeof text);
@@ -132,6 +134,7 @@ TEST(ColourTest, OnlyOnATerminalThatWantsThem) {
             "\033[2mdictionary\033[0m\r\n\033[34ma\033[0m: \033[36m1\033[0m\r\n");
   EXPECT_EQ(OnTerminal({"TERM=xterm", "NO_COLOR=1"}), plain);
   EXPECT_EQ(OnTerminal({"TERM=dumb", "NO_COLOR="}), plain);
+  EXPECT_EQ(OnTerminal({"NO_COLOR="}, {"env", "-u", "TERM"}), plain);
 }
 
 TEST(ColourTest, TheOptionOverridesTheEnvironment) {

@@ -71,7 +71,8 @@ TEST(PathTest, LeadsToAValueOrNowhere) {
 }
 
 TEST(PathTest, OptionsOfGet) {
-  const std::string document = R"({"n":1,"s":"x","u":{"$unicode":"y"},"a":[true],"b.c":2})";
+  const std::string document = R"({"n":1,"s":"x","u":{"$unicode":"y"},"a":[true],"b.c":2,)"
+                               R"("d":{"$binary":"t","base64":""}})";
   const std::string wrong = "posutil: <stdin>: \"";
   const struct {
     Arguments arguments;
@@ -81,6 +82,7 @@ TEST(PathTest, OptionsOfGet) {
       {{"--type", "number", "s", "n"}, {1, "1\n", wrong + "s\" is a string, not a number\n"}},
       {{"--type", "string", "u"}, {1, "", wrong + "u\" is a Unicode string, not a string\n"}},
       {{"--type", "dict", "a"}, {1, "", wrong + "a\" is an array, not a dictionary\n"}},
+      {{"--type", "array", "d"}, {1, "", wrong + "d\" is binary data, not an array\n"}},
       {{"--type", "array", "a"}, {0, "[\"true\"]\n", ""}},
       {{"--default", "none", "x", "n"}, {0, "none\n1\n", ""}},
       {{"--default", "", "x"}, {0, "\n", ""}},
@@ -99,9 +101,10 @@ TEST(PathTest, OptionsOfGet) {
 }
 
 TEST(PathTest, KeptValuesHaveTheirKind) {
-  EXPECT_EQ(Get("json", R"({"a":true,"i":9007199254740993})",
-                {"--loss=keep", "--type", "number", "a", "i"}),
-            (Outcome{1, "9007199254740993\n", "posutil: <stdin>: \"a\" is true, not a number\n"}));
+  EXPECT_EQ(Get("json", R"({"a":true,"i":9007199254740993,"j":-9007199254740993})",
+                {"--loss=keep", "--type", "number", "a", "i", "j"}),
+            (Outcome{1, "9007199254740993\n-9007199254740993\n",
+                     "posutil: <stdin>: \"a\" is true, not a number\n"}));
   EXPECT_EQ(Get("json", "null", {"--loss=keep", ""}), (Outcome{0, "null\n", ""}));
 }
 
@@ -148,6 +151,7 @@ TEST(PathsTest, ALineForEachValue) {
        {"--pointer"},
        "/a/0/b~1c = 1\n/a/1 = {}\n"},
       {"a scalar", "json", "5", {}, " = 5\n"},
+      {"negative zero", "json", "-0.0", {}, " = -0.0\n"},
       {"an array", "json", "[[5]]", {}, "[0][0] = 5\n"},
       {"empty", "text", "< >", {}, " = {}\n"},
       {"what JSON has and objects do not",
@@ -179,9 +183,9 @@ TEST(PathsTest, ALineForEachValue) {
        "[0] = \"\\u009b\\u202e\\u2028\\u007f\"\n"},
       {"a value takes one line",
        "json",
-       R"({"a\nb":"c\n\"\u0001\\"})",
+       R"({"a\nb":"c\n\"\u0001\\","t":"\t\r"})",
        {},
-       "a\\x0ab = \"c\\n\\\"\\u0001\\\\\"\n"},
+       "a\\x0ab = \"c\\n\\\"\\u0001\\\\\"\nt = \"\\t\\r\"\n"},
       {"several documents", "json", "[1]\n[2]", {"--all"}, "1: [0] = 1\n2: [0] = 2\n"},
   };
   for (const auto& row : rows) {
@@ -231,6 +235,7 @@ TEST(FormatTest, IsGuessedFromTheEndingThenTheContent) {
       {"lists without commas", "[[1] [2]]", "text"},
       {"words", "[ [a] ]", "text"},
       {"a number that JSON does not have", "[ 007 ]", "text"},
+      {"one alone", "007", "text"},
       {"a dictionary in a list", "[ [ < a 1 > ] ]", "text"},
       {"a dictionary", "< a 1 >", "text"},
       {"a string in parentheses", "(a b)", "text"},
@@ -240,6 +245,7 @@ TEST(FormatTest, IsGuessedFromTheEndingThenTheContent) {
       {"text after a byte order mark", "\xEF\xBB\xBF< a 1 >", "text"},
       {"a tag that is cut off", "POSStreamerTypeA", "typea"},
       {"after much white space", std::string(70'000, ' ') + "[1,2]", "json"},
+      {"after more white space than is read", std::string(1'100'000, ' ') + "[1,2]", nullptr},
       {"a word at the end of the first look", "[" + std::string(65'532, ' ') + "true,1]", "json"},
       {"nothing", "", nullptr},
       {"white space", " \n", nullptr},

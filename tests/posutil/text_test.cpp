@@ -20,6 +20,7 @@ TEST(TextTest, RoundTrips) {
       {"strings: bare where they can be", "[_a1 (a b) (1a) () (a\\)b\\\\) (a(b)]",
        "[\n  _a1\n  (a b)\n  (1a)\n  ()\n  (a\\)b\\\\)\n  (a(b)\n]"},
       {"any bytes", "(\xFF\n\t)", "(\xFF\n\t)"},
+      {"a character after the letters", "({)", "({)"},
       {"numbers", "[+5 007 -.5 - 1.2.3 1e5]", "[\n  5\n  7\n  -0.5\n  0\n  1.2\n  1\n  e5\n]"},
       {"Unicode strings", "[`0041d83DDE00` ``]", "[\n  `0041D83DDE00`\n  ``\n]"},
       {"the longest bare word", hundred, hundred},
@@ -86,6 +87,7 @@ TEST(TextTest, SyntaxErrorsNameTheTokenAtFault) {
       {"an unclosed Unicode string", "`0041", "1:6: unexpected end of the text in a string"},
       {"no value for a key", "< a 1 b >", "1:9: unexpected '>'; expected a value for \"b\""},
       {"another bracket", "[1 >", "1:4: unexpected '>'; expected a value or ']'"},
+      {"another bracket after a sign", "[-1 >", "1:5: unexpected '>'; expected a value or ']'"},
       {"another bracket", "< a 1 ]", "1:7: unexpected ']'; expected a key or '>'"},
       {"a bracket alone", "]", "1:1: unexpected ']'; expected a value"},
       {"a number as a key", "< 1 a >", "1:3: a number cannot be a key; expected a key or '>'"},
@@ -102,6 +104,8 @@ TEST(TextTest, SyntaxErrorsNameTheTokenAtFault) {
        "1:3: number longer than 100 characters"},
       {"a long Unicode string", "[`" + digits + "00`]",
        "1:2: Unicode string longer than 100 units"},
+      {"no digits", "`00zz`",
+       "1:1: malformed Unicode string; expected four hexadecimal digits for each unit"},
       {"half a unit", "[`00410`]",
        "1:2: malformed Unicode string; expected four hexadecimal digits for each unit"},
       {"after the object", "[1] x",
@@ -116,18 +120,27 @@ TEST(TextTest, SyntaxErrorsNameTheTokenAtFault) {
     EXPECT_EQ(outcome.fStatus, 3);
     EXPECT_EQ(FirstMessage(outcome), "<stdin>:" + row.err);
   }
-  EXPECT_EQ(Print("text", "tree", "[1\n\t(\u65E5) >").fErr,
-            "<stdin>:2:6: unexpected '>'; expected a value or ']'\n   (\u65E5) >\n        ^\n");
+  // A wide character, one that the C library does not know, and a wide one that it does not know.
+  const std::pair<std::string, int> widths[] = {{"\u65E5", 2}, {"\u0378", 1}, {"\U0001FAFF", 2}};
+  for (const auto& [character, width] : widths) {
+    const std::string line = " (" + character + ") >\n";
+    EXPECT_EQ(Print("text", "tree", "[1\n\t" + line.substr(1)).fErr,
+              "<stdin>:2:6: unexpected '>'; expected a value or ']'\n  " + line + "  " +
+                  std::string(static_cast<std::size_t>(4 + width), ' ') + "^\n");
+  }
 }
 
 TEST(TreeTest, ShowsEveryKindUnambiguously) {
   const std::string json =
       R"({"n":-1.5,"s":"a\"\\\n\u0085é","u":{"$unicode":"é"},"a":[1,null,[]],"d":{"x":1},"":1,)"
       R"("b":[{"$binary":"t","base64":""},{"$binary":"t","base64":"AA=="},)"
-      R"({"$binary":"t","base64":"AAECAwQFBgcICQoLDA0OD/8="}],"c: d":2,"[0]":3})";
+      R"({"$binary":"t","base64":"AAECAwQFBgcICQoLDA0OD/8="}],"c: d":2,"[0]":3,"\"q":4," s":5,)"
+      R"("s ":6})";
   const std::string tree =
       "dictionary\n"
       "\"\": 1\n"
+      "\" s\": 5\n"
+      "\"\\\"q\": 4\n"
       "\"[0]\": 3\n"
       "a: array of 3\n"
       "  [0]: 1\n"
@@ -142,6 +155,7 @@ TEST(TreeTest, ShowsEveryKindUnambiguously) {
       "  x: 1\n"
       "n: -1.5\n"
       "s: \"a\\\"\\\\\\x0a\\xc2\\x85\u00E9\"\n"
+      "\"s \": 6\n"
       "u: u\"\u00E9\"\n";
   EXPECT_EQ(Print("json", "tree", json), (Outcome{0, tree, ""}));
   EXPECT_EQ(Print("text", "tree", "[`D800` (\xFF)]"),

@@ -54,8 +54,12 @@ TEST(TypeATest, ErrorsShowTheirPlace) {
       {kTag + "{\"a\" #1 000}", "1:39: binary data is longer than its declared length"},
       {kTag + "{#1 }", "1:30: expected a string"},
       {kTag + "< `0041` #2 >", "1:31: expected a string"},
+      {kTag + "< [ ] #2 >", "1:33: expected a string"},
+      {kTag + "<< > #2 >", "1:32: expected a string"},
+      {kTag + "<{\"\" #0 } #2 >", "1:37: expected a string"},
       {kTag + "`0041zz`", "1:29: malformed Unicode string"},
       {kTag + "[ #1#2 ]", "1:31: malformed number"},
+      {kTag + "[\"a\"#1,2 ]", "1:33: malformed number"},
       {kTag + "<\"a\">", "1:33: key without a value"},
       {kTag + "$0x1 ", "1:29: cannot read a raw pointer"},
       {kTag + std::string(1, '\0'), "1:29: a zero character, which ends a text"},
@@ -94,10 +98,14 @@ TEST(TypeATest, RejectsWhatItCannotHold) {
       (Outcome{3, "",
                "<stdin>:1:9: a[1]: TypeA cannot hold an empty slot\n  {\"a\":[1,null]}\n"
                "          ^\n"}));
-  EXPECT_EQ(Print(kTag + "[#1 #-1e999 ]", "typea"),
-            (Outcome{3, "",
-                     "<stdin>:1:33: [1]: TypeA cannot hold infinities or NaN\n  " + kTag +
-                         "[#1 #-1e999 ]\n" + std::string(34, ' ') + "^\n"}));
+  for (const auto& [to, name] :
+       {std::pair("typea", "TypeA"), {"json", "JSON"}, {"text", "text notation"}}) {
+    const Outcome outcome = Print(kTag + "[#1 #-1e999 ]", to);
+    EXPECT_EQ(outcome.fStatus, 3);
+    EXPECT_EQ(outcome.fErr, std::string("<stdin>:1:33: [1]: ") + name +
+                                " cannot hold infinities or NaN\n  " + kTag + "[#1 #-1e999 ]\n" +
+                                std::string(34, ' ') + "^\n");
+  }
 }
 
 TEST(TypeATest, RejectsTwoGibibytes) {
@@ -149,6 +157,7 @@ TEST(AllTest, JsonWithAnySpaceBetweenDocuments) {
     EXPECT_EQ(RunPosutil({"print", "--all", "--from", "json", "--to", "json", "-"}, row.in),
               (Outcome{0, row.out, ""}));
   }
+  EXPECT_EQ(RunPosutil({"print", "--all", "--from", "json", "-"}, "\n"), (Outcome{0, "", ""}));
   EXPECT_EQ(
       RunPosutil({"get", "--all", "--from", "json", "-", "a"}, "{\"a\":1}{\"b\":2}{\"a\":\"x\"}"),
       (Outcome{1, "1\nx\n", "posutil: <stdin>, document 2: no value at \"a\"\n"}));

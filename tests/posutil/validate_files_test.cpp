@@ -119,22 +119,38 @@ int OpenToWrite(const std::string& pipe) {
 TEST_F(ValidateFilesTest, ProcessesThatAreKilled) {
   const std::string pipes[] = {fFolder.Path("1.json"), fFolder.Path("2.json")};
   for (const std::string& pipe : pipes) ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  const std::string out = fFolder.Put("out", "");
-  const int to = ::open(out.c_str(), O_RDWR | O_CLOEXEC);
   const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-  std::vector<std::string> arguments = {"validate", "--schema", fFolder.Path("in/schema.txt"),
-                                        "--type",   "P",        "--jobs",
-                                        "2",        pipes[0],   pipes[1]};
-  arguments.insert(arguments.end(), 600, fFolder.Path("in/a.json"));
-  const Running running(arguments, {null, to, to});
-  const int writers[] = {OpenToWrite(pipes[0]), OpenToWrite(pipes[1])};
-  for (const pid_t child : Children(running.Process())) ::kill(child, SIGKILL);
-  EXPECT_EQ(WEXITSTATUS(running.Wait()), 3);
-  const std::string ended = ": the process that checked it has ended\n";
-  EXPECT_EQ(fFolder.Content("out"),
-            "posutil: " + pipes[0] + ended + "posutil: " + pipes[1] + ended +
-                "600 files checked: 600 valid, 0 not valid, 0 messages; 2 files not checked\n");
-  for (const int descriptor : {to, null, writers[0], writers[1]}) ::close(descriptor);
+  for (const std::string noun : {"file", "document"}) {
+    const std::string out = fFolder.Put("out", "");
+    const int to = ::open(out.c_str(), O_RDWR | O_CLOEXEC);
+    std::vector<std::string> arguments = {"validate", "--schema", fFolder.Path("in/schema.txt"),
+                                          "--type",   "P",        "--jobs",
+                                          "2",        pipes[0],   pipes[1]};
+    arguments.insert(arguments.end(), 600, fFolder.Path("in/a.json"));
+    if (noun == "document") arguments.emplace_back("--all");
+    const Running running(arguments, {null, to, to});
+    const int writers[] = {OpenToWrite(pipes[0]), OpenToWrite(pipes[1])};
+    for (const pid_t child : Children(running.Process())) ::kill(child, SIGKILL);
+    EXPECT_EQ(WEXITSTATUS(running.Wait()), 3);
+    const std::string ended = ": the process that checked it has ended\n";
+    EXPECT_EQ(fFolder.Content("out"),
+              "posutil: " + pipes[0] + ended + "posutil: " + pipes[1] + ended + "600 " + noun +
+                  "s checked: 600 valid, 0 not valid, 0 messages; 2 " + noun + "s not checked\n");
+    for (const int descriptor : {to, writers[0], writers[1]}) ::close(descriptor);
+  }
+  ::close(null);
+}
+
+// It has checked its files. The name of its trace is that of its parent's and a number: too long.
+TEST_F(ValidateFilesTest, AProcessThatFails) {
+  const std::string trace(255, 't');
+  const Outcome outcome =
+      Validate({"--jobs", "2", "--trace", trace, "in/a.json", "in/a.json", "--format", "json"});
+  EXPECT_EQ(outcome.fStatus, 3);
+  EXPECT_TRUE(outcome.fOut.ends_with("\"valid\":2,\"invalid\":0,\"unchecked\":0,\"messages\":0}\n"))
+      << outcome.fOut;
+  EXPECT_TRUE(outcome.fErr.ends_with("\nposutil: a process that checked files has failed\n"))
+      << outcome.fErr;
 }
 
 // Each process writes a whole trace of its own.
@@ -184,6 +200,11 @@ TEST_F(ValidateFilesTest, TheReaderLeaves) {
                          "", {.fOut = ends[1]}),
               (Outcome{-SIGPIPE, "", ""}));
   }
+  // While the processes work.
+  std::vector<std::string> arguments = Arguments({"--jobs", "3"});
+  arguments[2] = in + "/schema.txt";
+  arguments.insert(arguments.end(), 2000, in + "/b/wrong.txt");
+  EXPECT_EQ(RunPosutil(arguments, "", {.fOut = ends[1]}), (Outcome{-SIGPIPE, "", ""}));
   ::close(ends[1]);
 }
 
@@ -203,9 +224,25 @@ TEST_F(ValidateFilesTest, CountsEveryMessage) {
     EXPECT_EQ(found, static_cast<std::size_t>(printed));
     EXPECT_TRUE(outcome.fOut.ends_with("1 file checked: 0 valid, 1 not valid, 20000 messages\n"));
   }
+  std::vector<std::string> both = {"validate",
+                                   "--schema",
+                                   fFolder.Path("list.txt"),
+                                   "--type",
+                                   "L",
+                                   "--max-errors",
+                                   "0",
+                                   fFolder.Path("many.txt"),
+                                   fFolder.Path("many.txt")};
+  const Outcome alone = RunPosutil(both);
+  both.insert(both.end(), {"--jobs", "2"});
+  EXPECT_TRUE(RunPosutil(both) == alone);
 }
 
-TEST_F(ValidateFilesTest, ProgressOnATerminal) {
+class ProgressTest : public ValidateFilesTest,
+                     public testing::WithParamInterface<std::pair<const char*, const char*>> {};
+
+TEST_P(ProgressTest, OnATerminal) {
+  const auto [jobs, shown] = GetParam();
   const std::string pipe = fFolder.Path("pipe.json");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
@@ -213,7 +250,7 @@ TEST_F(ValidateFilesTest, ProgressOnATerminal) {
   const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
   const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
   const Running running({"validate", "--schema", fFolder.Path("in/schema.txt"), "--type", "P",
-                         fFolder.Path("in/a.json"), pipe},
+                         "--jobs", jobs, fFolder.Path("in/a.json"), pipe},
                         {null, null, terminal}, {"TERM=xterm"});
   std::thread writer([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(1200));  // it appears after a second
@@ -225,8 +262,13 @@ TEST_F(ValidateFilesTest, ProgressOnATerminal) {
   char text[1000];
   const ssize_t size = ::read(master, text, sizeof text);
   EXPECT_EQ(std::string(text, static_cast<std::size_t>(std::max<ssize_t>(size, 0))),
-            "\r\033[K2/2 reading 0 MiB\r\033[K");
+            std::string("\r\033[K") + shown + "\r\033[K");
   for (const int descriptor : {master, null}) ::close(descriptor);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Jobs, ProgressTest,
+    testing::Values(std::pair("1", "2/2 reading 0 MiB"),
+                    std::pair("2", "checking [########################################] 100 %")));
 
 }  // namespace

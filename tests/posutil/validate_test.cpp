@@ -157,6 +157,9 @@ TEST_F(ValidateTest, Types) {
                      "ada.txt: not valid, without a message\n"
                      "1 file checked: 0 valid, 1 not valid, 0 messages\n",
                      ""}));
+  EXPECT_EQ(Validate({"--all", "--from", "json", "-"}, "Nothing", "1").fOut,
+            "<stdin>, document 1: not valid, without a message\n"
+            "1 document checked: 0 valid, 1 not valid, 0 messages\n");
   // A missing type ends the command before it opens a document.
   for (const std::string type : {"Perso", "", "category"}) {
     EXPECT_EQ(Validate({"nowhere.txt"}, type),
@@ -213,7 +216,20 @@ TEST_F(ValidateTest, AnInvalidSchema) {
   const std::string message = "posutil: list.txt: a schema must be a dictionary of types\n";
   EXPECT_EQ(Run({"validate", "--schema", "list.txt", "--type", "A", "ada.txt"}),
             (Outcome{3, "", message}));
+  EXPECT_EQ(Run({"validate", "-q", "--schema", "list.txt", "--type", "A", "ada.txt"}),
+            (Outcome{3, "", message}));
   EXPECT_EQ(Run({"validate", "--schema", "nowhere.txt", "--type", "A", "ada.txt"}).fStatus, 3);
+  EXPECT_EQ(
+      Run({"validate", "--schema", "-", "--schema-from", "text", "--type", "A", "ada.txt"}, "< >"),
+      (Outcome{2, "", "posutil: <stdin>: no type \"A\" (types: none)\n"}));
+  Put("three.txt", "< A < category array > B < category array > C < category array > >");
+  for (const auto& [most, rest] :
+       {std::pair("1", "\n2 more messages\n"), {"2", "\n1 more message\n"}}) {
+    const Outcome cut =
+        Run({"validate", "--max-errors", most, "--schema", "three.txt", "--type", "A", "ada.txt"});
+    EXPECT_EQ(cut.fStatus, 3);
+    EXPECT_TRUE(cut.fErr.ends_with(rest)) << cut.fErr;
+  }
 
   EXPECT_EQ(Run({"check-schema", "schema.txt", KAP_SAMPLES "/iso-codes.txt"}).fOut,
             "2 files checked: 2 valid, 0 not valid, 0 messages\n");
@@ -237,6 +253,9 @@ TEST_F(ValidateTest, SlipsInSchemas) {
        ":30: C (value, type != TypeDefn): Not a valid union type: Trying StringDefn: minlen "
        "(optional, type != real): Expected REAL was of invalid type; found \"3\" (the closest of "
        "10 alternatives)"},
+      {"< D < min 1 > >",
+       ":5: D (value, type != TypeDefn): Not a valid union type: Trying DictDefn: Missing required "
+       "member category (the closest of 10 alternatives)"},
       {"< D < category strin > >",
        ":16: D (value, type != TypeDefn): Not a valid union type: Trying DictDefn: category "
        "(required, type != kDict): String is not one of the enumerated values; found \"strin\" "
@@ -265,15 +284,16 @@ TEST_F(ValidateTest, PlacesOfValuesAndRules) {
       "< Pair < category array membertype [int string] >\n"
       "Both < category intersection set [Low\n High] > Low < category int max 5 >\n"
       "High < category int minexcl 5 >\n"
-      "Short < category string maxlen 1 >\n"
+      "Short < category string maxlen 1 > Wrapped < category dict required < ($unicode) Short > >\n"
       "Map < category dict keytype Short valuetype Low >\n"
       "kA < category string oneof [a] > kB < category string oneof [b] >\n"
       "A < category dict required < kind kA x int y int > >\n"
       "B < category dict required < kind kB z int > optional < w int > >\n"
       "Shape < category union set [int A B] > >");
+  const std::string longText(61, 'x');
   const struct {
     const char* type;
-    const char* document;
+    std::string document;
     std::string out;
   } rows[] = {
       {"Pair", "[1\n 2]", "2:2: [1]: Expected STRING was of invalid type; found 2\nkinds.txt:1:41"},
@@ -289,6 +309,11 @@ TEST_F(ValidateTest, PlacesOfValuesAndRules) {
       {"Map", "< k (a b) >",
        "1:5: k (value, type != Low): Expected INT was of invalid type; found \"a b\"\n"
        "kinds.txt:3:16"},
+      {"Low", "(\"b\\\\c)",
+       "1:1: Expected INT was of invalid type; found \"\\\"b\\\\c\"\nkinds.txt:3:16"},
+      {"Low", "(" + longText + ")",
+       "1:1: Expected INT was of invalid type; found \"" + longText.substr(0, 60) +
+           "\"...\nkinds.txt:3:16"},
       {"Low", "(\u65E5\u202E)",
        "1:1: Expected INT was of invalid type; found \"\u65E5\\u202e\"\nkinds.txt:3:16"},
       {"Shape", "< kind b z q >",
@@ -310,6 +335,17 @@ TEST_F(ValidateTest, PlacesOfValuesAndRules) {
                            ": note: the rule\n1 file checked: 0 valid, 1 not valid, 1 message\n",
                        ""}));
   }
+  const Outcome wrapped =
+      Run({"validate", "--schema", "kinds.txt", "--type", "Wrapped", "--from", "json", "-"},
+          R"({"$object": {"$unicode": "a b"}})");
+  EXPECT_EQ(wrapped.fOut.substr(0, 23), "<stdin>:1:26: $unicode ") << wrapped.fOut;
+  const std::string closest = Run({"validate", "--all", "--schema", "kinds.txt", "--type", "Shape",
+                                   "--format", "json", "--from", "json", "-"},
+                                  "{\"kind\":\"b\"}")
+                                  .fOut;
+  EXPECT_NE(closest.find("{\"file\":\"<stdin>\",\"document\":1,\"valid\":false,"),
+            std::string::npos);
+  EXPECT_NE(closest.find("member z\",\"others\":2,\"rule\""), std::string::npos) << closest;
   EXPECT_EQ(
       Run({"validate", "--all-branches", "--schema", "kinds.txt", "--type", "Shape", "--format",
            "json", "--from", "json", "-"},
@@ -347,8 +383,11 @@ TEST_F(ValidateTest, LongMessagesHaveTheirPlace) {
     return json;
   };
   std::string strings = "[";
-  for (int i = 0; i < 10'100; ++i) strings += "\"a\",";
+  for (int i = 0; i < 11'200; ++i) strings += "\"a\",";
   const std::string key(990, 'k');
+  std::string wide;
+  for (int i = 0; i < 520; ++i) wide += "\u00E9";
+  const std::string alike(1020, 'k');
   const struct {
     const char* why;
     const char* type;
@@ -359,11 +398,19 @@ TEST_F(ValidateTest, LongMessagesHaveTheirPlace) {
       {"13 unions", "Node", tree(13), ":1:401: ", "found \"x\" (the closest of 2 alternatives)\n"},
       {"90 unions", "Node", tree(90), ":1:2634: ", "found \"x\" (the closest of 2 alternatives)\n"},
       {"a long key", "Map", "{\"" + key + "\":\"x\"}", ":1:995: ", "found \"x\"\n"},
+      {"a key whose type is cut", "Map", "{\"" + key + "0123456789012345\":\"x\"}",
+       ":1:1: ", " (value, type != ...\n"},
+      {"an unknown key of two bytes each", "Leaf", R"({"kind":"leaf","value":1,")" + wide + "\":1}",
+       ":1:1: ", "\u00E9...\n"},
+      {"one that starts one byte later", "Leaf", R"({"kind":"leaf","value":1,"x)" + wide + "\":1}",
+       ":1:1: ", "\u00E9...\n"},
+      {"two unknown keys that start alike", "Leaf",
+       R"({"kind":"leaf","value":1,")" + alike + "1\":1,\"" + alike + "2\":1}", ":1:1: ", "k...\n"},
       {"an unknown key", "Leaf", R"({"kind":"leaf","value":1,")" + std::string(1020, 'k') + "\":1}",
        ":1:1: ", "k...\n"},
       {"a key like a context", "Map", R"({"Trying U: ":"x"})", ":1:15: ", "found \"x\"\n"},
       {"an alternative after more messages than a check keeps", "Lists", strings + "\"toolong\"]",
-       ":1:40402: ", "found \"toolong\" (the closest of 2 alternatives)\n"},
+       ":1:44802: ", "found \"toolong\" (the closest of 2 alternatives)\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
@@ -387,6 +434,19 @@ TEST_F(ValidateTest, EmptySlots) {
                      "<stdin>:1:4: " + slot + "<stdin>:1:10: " + slot +
                          "1 file checked: 0 valid, 1 not valid, 2 messages\n",
                      ""}));
+  Put("map.txt",
+      "< M < category dict keytype any valuetype L > L < category array membertype int > >");
+  const auto map = [&](const std::vector<std::string>& options) {
+    std::vector<std::string> arguments = {"validate", "--schema", "map.txt", "--type",
+                                          "M",        "--from",   "json",    "-"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return Run(arguments, R"({"a":[null,1,null]})");
+  };
+  EXPECT_EQ(map({"-q"}), (Outcome{1, "", ""}));
+  EXPECT_EQ(map({"--max-errors", "1"}).fOut,
+            "<stdin>:1:7: " + slot +
+                "1 more message (--max-errors 0 prints all)\n"
+                "1 file checked: 0 valid, 1 not valid, 2 messages\n");
 }
 
 TEST_F(ValidateTest, StreamsAndLimits) {
@@ -408,12 +468,20 @@ TEST_F(ValidateTest, StreamsAndLimits) {
   EXPECT_EQ(Validate({"--all", "-q", "--from", "json", "-"}, "Person", stream),
             (Outcome{1, "", ""}));
   // Documents that are well formed do not end the input.
-  const std::string unheld = R"({"a":[1e999,{"]":"\"]}"}]}{"name":true}null)";
+  const std::string unheld = R"({"a":[1e999,[{"]":"\"]}"}]]}{"name":true}null)";
   EXPECT_EQ(
       Validate({"--all", "--loss=error", "--from", "json", "-"}, "Person", unheld + stream).fOut,
       "<stdin>:2:9" + wrong + "found 1\n" + note + "<stdin>:3:9" + wrong + "found 2\n" + note +
           "<stdin>:3:11: Unknown member x\nschema.txt:1:3: note: the rule\n" +
           "3 documents checked: 1 valid, 2 not valid, 3 messages; 3 documents not checked\n");
+  const Outcome cut = Validate({"--all", "--from", "json", "-"}, "Person", "[1e999,[");
+  EXPECT_TRUE(cut.fErr.ends_with("expected the end of the document\n  [1e999,[\n          ^\n"))
+      << cut.fErr;
+  // A format without several documents to a file.
+  for (const auto& [text, count] : {std::pair(" ", "0 files"), {"< name Ada >", "1 document"}}) {
+    const std::string out = Validate({"--all", "--from", "text", "-"}, "Person", text).fOut;
+    EXPECT_TRUE(out.starts_with(count)) << out;
+  }
   EXPECT_EQ(Validate({"--all", "--from", "json", "-"}, "Person", stream + "[").fOut,
             "<stdin>:2:9" + wrong + "found 1\n" + note + "<stdin>:3:9" + wrong + "found 2\n" +
                 note + "<stdin>:3:11: Unknown member x\nschema.txt:1:3: note: the rule\n" +

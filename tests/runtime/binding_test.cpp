@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <optional>
+
 #include "RuntimeTest.h"
 
 namespace {
@@ -34,6 +36,12 @@ TEST(UnboundTest, NothingWorksAndNothingCrashes) {
   EXPECT_EQ(KAPLoadProcTable(EchoInterface::kEntries, 3, EchoInterface::kName, out, 0), 0);
   EXPECT_EQ(out[1], DeadHandle<void>());
   EXPECT_EQ(out[2], nullptr);
+  EXPECT_EQ(KAPLoadProcTable(EchoInterface::kEntries, 0, EchoInterface::kName, nullptr, 0), 0);
+  EXPECT_FALSE(EchoClient::LoadProcTable(true));
+  CKAPMemory::Free(nullptr);
+  const CKAPError error(DeadHandle<KAPError>());
+  EXPECT_STREQ(error.what(), "unknown KAP error");
+  EXPECT_EQ(Thrown([&] { error.Matches("c", 1); }), "(empty)");
 }
 
 TEST(BindingTest, BoundOnce) {
@@ -112,6 +120,19 @@ TEST(BindingTest, FailsWithoutWhatItNeeds) {
   }
 }
 
+// A host that has no shared error for a lack of memory.
+TEST(BindingTest, WithoutTheMemoryError) {
+  static KAPErrorInterface::Proc<"GetCoreError"> getCoreError;
+  TestHost host;
+  getCoreError = host.Proc<KAPErrorInterface, "GetCoreError">();
+  ReplaceProc<KAPErrorInterface, "GetCoreError">(
+      host, [](int id) { return id == kMemErrorID ? nullptr : getCoreError(id); });
+  ASSERT_TRUE(KAPClientInit(host.GetProcAddress()));
+  KAPError* const error = KAPReturningError([] { throw std::bad_alloc(); });
+  EXPECT_EQ(Describe(CKAPError(error)), kUnknown);
+  KAPClientTerminate();
+}
+
 // A host that has all procedures, of which one returns nothing.
 TEST(BindingTest, FailsWithoutCounterOrCoreErrors) {
   for (const bool counterLost : {false, true}) {
@@ -154,8 +175,9 @@ TEST(BindingTest, MembersTakePartInOrder) {
     TestHost host;
     const LazyTerminate idle;  // its operations do nothing, and binding goes on
     const Member first("1");
-    { const Member gone("gone"); }
+    std::optional<Member> gone("gone");
     const Member second("2"), third("3", reply), fourth("4");
+    gone.reset();
     EXPECT_EQ(KAPClientInit(host.GetProcAddress()), bound);
     EXPECT_EQ(std::exchange(gHistory, ""), bound ? "I1I2I3I4" : "I1I2I3T1T2");
     KAPClientTerminate();

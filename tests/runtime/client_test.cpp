@@ -130,9 +130,12 @@ TEST_F(ClientTest, SinksFiltersAndProgress) {
   EXPECT_NE(Thrown([] { CKAPFilter(nullptr).Close(); }), "");
   CKAPFilterJPEG jpeg(sink, KAPNewClient<Filter>());
   jpeg.SetImageParameters(1, 2, 3);
-  jpeg.SetCompressionParameters(0.5f);
+  const CKAPFilterJPEG added(jpeg.Handle()), adopted(CKAPFilterJPEG(jpeg).Detach(), KAPAdopt());
+  CKAPFilterJPEG(TKAPNewHandle(CKAPFilterJPEG(added).Detach())).SetCompressionParameters(0.5f);
   EXPECT_EQ(TakeHistory(), "Write 3;Close;Image 1 2 3;Quality 0.500000;");
-  CKAPProgress(CKAPProgress(KAPNewClient<Progress>())).Update(0.25f, "at", 7);
+  CKAPProgress progress(KAPNewClient<Progress>());
+  const CKAPProgress same(progress.Handle());
+  CKAPProgress(TKAPNewHandle(CKAPProgress(same).Detach())).Update(0.25f, "at", 7);
   EXPECT_EQ(TakeHistory(), "at 0.250000 7;");
 }
 
@@ -161,6 +164,23 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
     EXPECT_EQ(created, nullptr);
     EXPECT_EQ(TakeHistory(), "Read 8;Write 1;Create;");
   }
+  // A host that passes null.
+  const auto read = &TKAPClientProc<&KAPClientSimpleStream::Read>::Call;
+  std::size_t count = 7;
+  EXPECT_EQ(Describe(CKAPError(read(&count, nullptr, gBuffer, 8))), kUnknown);
+  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(Describe(CKAPError(read(nullptr, client, gBuffer, 8))), kUnknown);
+  // A host that has lost AddRef: no copy of the error can be made, and it is no success either.
+  KAPError* const own = CKAPError("own", "c", 3).Detach();
+  gFail = [&] { throw CKAPError(own, KAPAdopt()); };
+  fHost.HideProcedure(KAPErrorInterface::kName, "AddRef");
+  MoveCounter(fHost);
+  KAPError* const shared = read(&count, client, gBuffer, 8);
+  gFail = nullptr;
+  fHost.StopFaults();
+  MoveCounter(fHost);
+  EXPECT_EQ(Describe(CKAPError(shared, KAPShare())), kUnknown);
+  TakeHistory();
 }
 
 // An empty reference reaches the host as a null handle.

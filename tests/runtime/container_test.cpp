@@ -91,6 +91,7 @@ TEST_F(ContainerTest, CachedHolderDestroysContainersWithoutReferences) {
   EXPECT_EQ(References(), 1);
   {
     const CKAPCachedContainerHolder cached(fContainer);
+    EXPECT_EQ(cached.Handle(), fContainer);
     fHost.Containers<"DecrementWithoutDelete">(fHolder.Detach());
     EXPECT_EQ(fDeleted, 0);
   }

@@ -75,6 +75,7 @@ TEST_F(ErrorTest, Matches) {
   EXPECT_FALSE(empty.Matches("Comp", 0));
   EXPECT_FALSE(empty.Matches("", 1));
   EXPECT_FALSE(unnamed.Matches("Comp", 7));
+  EXPECT_FALSE(error.Matches(nullptr, 7) || empty.Matches(nullptr, 0));
 }
 
 // Making an error never throws: something else has failed already.

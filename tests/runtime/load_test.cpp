@@ -44,9 +44,14 @@ TEST_F(LoadTest, AFailedOneIsTriedAgain) {
     fail();
     EXPECT_FALSE(EchoClient::TryRefresh());
     EXPECT_EQ(HostTap::TakeLookUps().size(), *missing ? 6u : 2u);
+    EXPECT_EQ(Thrown([] { EchoClient::LoadProcTable(true); }), kMissingProcedure);
     fHost.StopFaults();
     RegisterEcho<10>(fHost);
+    EXPECT_TRUE(EchoClient::LoadProcTable(true));
+    EXPECT_EQ(EchoClient::Slots()[2], EchoProc(fHost, 2));
     EXPECT_EQ(EchoClient::Call<"Third">(), 13);
+    const auto counter = fHost.Proc<KAPBinderInterface, "KAPGetUnregisterCountAddr">();
+    EXPECT_EQ(EchoClient::LoadedAt(), *counter());
   }
 }
 

@@ -124,6 +124,10 @@ TEST(KAPClientTest, BindsForItsLifetime) {
     EXPECT_FALSE(KAPIsBound());
     host.StopFaults();
   }
+  ReplaceProc<KAPErrorInterface, "GetErrorMessage">(
+      host, [](KAPError*) { return static_cast<KAPStringAtom*>(nullptr); });
+  host.HideInterface("KAPMemoryInterface");  // its error has no text
+  EXPECT_EQ(Thrown([&] { const KAPClient client(host.GetProcAddress()); }), kLacksInterface);
   EXPECT_THROW(static_cast<void>(KAPClient(nullptr)), KAPBindingError);
 }
 

@@ -25,6 +25,7 @@ TEST_F(ResourceTest, SharedBuffers) {
   EXPECT_EQ(buffer.Data()[2], 9);
   EXPECT_EQ(buffer.Size(), 3u);
   EXPECT_EQ(copy.Size(), 0u);
+  EXPECT_EQ(copy.Data(), nullptr);
   EXPECT_EQ(Thrown([] { TKAPSharedBuffer<long>(~std::size_t{0} / 8 + 1); }), kOverflow);
   EXPECT_EQ(Thrown([] { TKAPSharedBuffer<char>(-1); }), kOverflow);
   EXPECT_TRUE(TKAPSharedBuffer<char>(0));  // a buffer of no bytes, not a null handle
@@ -115,8 +116,12 @@ TEST_F(ResourceTest, Streams) {
   EXPECT_EQ(bytes[2], 3);
   EXPECT_NE(Thrown([&] { copy.Write(source, 1); }), "");
   EXPECT_NE(Thrown([&] { CKAPPositionableStream(path.c_str(), "r"); }), "");
-  EXPECT_EQ(Thrown([] { CKAPPositionableStream(std::string_view("a\0b", 3), "r"); }),
-            "a text cannot hold a zero byte");
+  for (auto* open : {+[](std::string_view name) { CKAPPositionableStream(name, "r"); },
+                     +[](std::string_view name) {
+                       (void)CKAPStreamFactory::NewPositionableFileStream(name, "r");
+                     }}) {
+    EXPECT_EQ(Thrown([=] { open(std::string_view("a\0b", 3)); }), "a text cannot hold a zero byte");
+  }
   fHost.HideInterface(KAPStreamFactoryInterface::kName);
   MoveCounter(fHost);
   EXPECT_EQ(Thrown([] { CKAPPositionableStream(); }), kInvalidContainer);
@@ -160,6 +165,7 @@ TEST_F(ResourceTest, CachesStepByStep) {
     CKAPCachePurge moved(std::move(purge));
     EXPECT_TRUE(moved.PurgeNextBlock());
     EXPECT_FALSE(moved.PurgeNextBlock() || purge.PurgeNextBlock());
+    purge = std::move(moved);
   }
   CKAPCacheSet set = CKAPCacheSet::New(), same(set), none;
   EXPECT_FALSE(set.SearchForID(first));  // added
@@ -168,6 +174,10 @@ TEST_F(ResourceTest, CachesStepByStep) {
   EXPECT_FALSE(same.SearchForID(first));
   set.RemoveIDs();
   EXPECT_FALSE(same.SearchForID(first) || none.SearchForID(first));
+  HostTap::Clear();
+  none.RemoveID(first);
+  none.RemoveIDs();
+  EXPECT_EQ(HostTap::TakeCalls(), Log());
   fHost.FailFrom(KAPFault::kCache, 1);
   EXPECT_EQ(Thrown([] { (void)CKAPCachePurge::New(); }), kBadAlloc);
   EXPECT_EQ(Thrown([] { (void)CKAPCacheSet::New(); }), kBadAlloc);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <optional>
 #include <stdexcept>
 
 #include "RuntimeTest.h"
@@ -72,10 +73,14 @@ TEST_F(StaticCacheTest, ComingAndGoing) {
   {
     const Cache last("1");
     { const Cache between("2"), top("3"); }
-    Purge();
+    CKAPCache::PurgeAllStaticCaches();
     EXPECT_EQ(TakeHistory(), "C1+");
   }
   EXPECT_EQ(TakeHistory(), "-");
+  std::optional<Cache> first("1"), second("2"), third("3");
+  second.reset();  // not the one made last
+  Purge();
+  EXPECT_EQ(TakeHistory(), "C3C1+");
 }
 
 TEST_F(StaticCacheTest, NotAcceptedAfterAKill) {

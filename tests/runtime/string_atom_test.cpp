@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <unordered_set>
+
 #include "RuntimeTest.h"
 
 namespace {
@@ -40,6 +42,8 @@ TEST_F(StringAtomTest, WaysToTakeAHandle) {
   EXPECT_TRUE(added == atom && adopted == atom && made == atom && older == atom);
   EXPECT_FALSE(atom == CKAPStringAtom("y") || atom == CKAPStringAtom());
   EXPECT_TRUE(CKAPStringAtom() == CKAPStringAtom(nullptr, KAPAdopt()));
+  const std::unordered_set<CKAPStringAtom> set = {atom, added, CKAPStringAtom("y"), adopted};
+  EXPECT_EQ(set.size(), 2u);
 }
 
 // A text that is not terminated, on both sides of the size that is copied on the stack.

@@ -76,6 +76,7 @@ TEST(SafeBuffer, Append) {
       {"text first", "ab.", [](char* b) { return strncat_safe(b, 2, "c", 0); }, -1, ".b."},
       {"null, 0, 0", "#", [](char*) { return strncat_safe(nullptr, 0, "b", 0); }, 0, "#"},
       {"null, 0, 1", "#", [](char*) { return strncat_safe(nullptr, 0, "b", 1); }, -1, "#"},
+      {"null, 1, 0", "#", [](char*) { return strncat_safe(nullptr, 1, "b", 0); }, -1, "#"},
   });
 }
 
@@ -104,6 +105,7 @@ TEST(SafeBuffer, FormatCounted) {
       {"count 0, size 0", "##", [](char* b) { return snprintf_safe(b, 0, 0, "a"); }, -1, ".#"},
       {"format first", "##", [](char* b) { return snprintf_safe(b, 2, 0, nullptr); }, -1, ".#"},
       {"null, 0, 0", "#", [](char*) { return snprintf_safe(nullptr, 0, 0, nullptr); }, 0, "#"},
+      {"null, 1, 0", "#", [](char*) { return snprintf_safe(nullptr, 1, 0, "a"); }, -1, "#"},
       {"null", "#", [](char*) { return snprintf_safe(nullptr, 0, 1, "a"); }, -1, "#"},
       {"encoding", "###", [](char* b) { return snprintf_safe(b, 2, 2, "%ls", gWide); }, -1, "..#"},
   });

@@ -3,7 +3,7 @@
 
 #include "StreamerWorld.h"
 
-// Streams whose "Write" changes the object that is being written.
+// Streams whose "Write" changes or releases what is being written.
 
 namespace {
 
@@ -17,6 +17,7 @@ class ChangingTest : public StreamerTest {
     int calls = 0;
     int at = 0;
     std::function<void()> change = {};
+    std::function<void()> release = {};  // releases the stream
   };
 
   // What the library writes to the sink, without the tag.
@@ -40,7 +41,10 @@ class ChangingTest : public StreamerTest {
                                                           +write, deleteClient, create, rewind,
                                                           create, mark, seek)),
               "");
-    Serialize(Own(stream), object);
+    Object owned = Own(stream);
+    sink.release = [&owned] { owned.reset(); };
+    Serialize(owned, object);
+    sink.release = {};
     return sink.bytes;
   }
 
@@ -70,6 +74,17 @@ TEST_F(ChangingTest, ValueUnderWayIsWrittenWhole) {
             "<a \"" + x + "\" " + std::string(300, 'k') + " \"" + y + "\">");
 }
 
+TEST_F(ChangingTest, ObjectAndStreamAreReleased) {
+  const std::string x(300, 'x');
+  Object array = Read("[]");
+  for (const char c : {'x', 'y'}) Append(array, Long(c, 300));
+  Sink sink = {.at = 1, .change = [&] {
+                 array.reset();
+                 sink.release();
+               }};
+  EXPECT_EQ(Outcome(Written(array, sink)), "[\"" + x + "\" \"" + std::string(300, 'y') + "\"]");
+}
+
 // Values after a change are written as they are at that time.
 TEST_F(ChangingTest, LaterValuesAsTheyAreThen) {
   const Object array = Read("[]");
@@ -87,6 +102,20 @@ TEST_F(ChangingTest, LaterValuesAsTheyAreThen) {
             Put(dict, "bb", Number(5));
           }};
   EXPECT_TRUE(Outcome(Written(dict, sink)).ends_with("y\" bb 5 d 4>"));
+}
+
+// The stream may also take the bytes between two elements.
+TEST_F(ChangingTest, EmptiedAtTheEndOfALine) {
+  for (std::size_t size = 0; size < 8; ++size) {
+    SCOPED_TRACE(size);
+    const Object array = Read("[]");
+    Append(array, Long('x', size));
+    for (int i = 0; i < 200; ++i) Append(array, Number(1));
+    Sink sink = {.at = 3, .change = [&] { Empty(array); }};
+    const std::string outcome = Outcome(Written(array, sink));
+    EXPECT_TRUE(outcome.starts_with("[\"" + std::string(size, 'x') + "\" 1 1")) << outcome;
+    EXPECT_TRUE(outcome.ends_with("1 1]") && outcome.size() < 300) << outcome;
+  }
 }
 
 // Whenever the outermost container, or one inside it, is emptied: what is written can be read.

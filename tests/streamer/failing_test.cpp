@@ -32,6 +32,15 @@ class FailingTest : public StreamerTest {
     return fired;
   }
 
+  // Under the key, or at the end of an array.
+  void Hold(const Object& container, const char* key, const Object& held) const {
+    if (Call<POSArrayInterface, "IsPOSArray">(container.get())) {
+      Call<POSArrayInterface, "Append">(container.get(), held.get());
+    } else {
+      Put(container, key, held);
+    }
+  }
+
   const Object fObject = Everything();
   const std::string fDocument = Document(fObject);
 };
@@ -117,15 +126,43 @@ TEST_F(FailingTest, DeepNesting) {
   }
 }
 
-// The depth is checked before half a gigabyte of indentation is written.
-TEST_F(FailingTest, AnArrayInItself) {
-  const Object array = Read("[1]");
+// What contains itself is found before its other values are written many times, or half a gigabyte
+// of indentation.
+TEST_F(FailingTest, AContainerInItself) {
+  constexpr std::size_t kOthers = 1000;
+  const Object array = Read("[]");
+  for (std::size_t i = 0; i < kOthers; ++i) {
+    Call<POSArrayInterface, "Append">(array.get(), Number(1).get());
+  }
+  const Object dict = Read("<a 1>");
+  const auto sizeOf = [&](const Object& object) {
+    const Object stream = NewMemory();
+    Serialize(stream, object);
+    EXPECT_EQ(TakeReport(), "property object is nested too deep");
+    return Contents(stream).size();
+  };
   Call<POSArrayInterface, "Append">(array.get(), array.get());
-  const Object stream = NewMemory();
-  Serialize(stream, array);
-  EXPECT_EQ(TakeReport(), "property object is nested too deep");
-  EXPECT_LT(Contents(stream).size(), 10000u);
-  Call<POSArrayInterface, "Remove">(array.get(), 1ul);
+  EXPECT_LT(sizeOf(array), 5 * kOthers * 9);
+  Call<POSArrayInterface, "Remove">(array.get(), kOthers);
+
+  Put(dict, "b", dict);
+  EXPECT_LT(sizeOf(dict), 1000u);
+  Put(dict, "b", array);
+  Call<POSArrayInterface, "Append">(array.get(), dict.get());
+  EXPECT_LT(sizeOf(dict), 5 * kOthers * 9);
+  Call<POSArrayInterface, "Remove">(array.get(), kOthers);
+}
+
+// The check of the depth meets the slot first.
+TEST_F(FailingTest, ASkippedSlotFarDown) {
+  Object object = Read("[]");
+  Call<POSArrayInterface, "SetAt">(object.get(), 1ul, Number(1).get());
+  for (int level = 0; level < 100; ++level) {
+    const Object inner = std::exchange(object, Read("[]"));
+    Hold(object, "", inner);
+  }
+  Serialize(NewMemory(), object);
+  EXPECT_EQ(TakeReport(), "CPOSArray::GetAt subscript failed");
 }
 
 // Many more paths than anything can follow lead to what is nested deeper: a stream that fails ends
@@ -133,10 +170,9 @@ TEST_F(FailingTest, AnArrayInItself) {
 TEST_F(FailingTest, AStreamThatFailsAmongManyPaths) {
   Object object = Read("[]");
   for (int level = 0; level < 130; ++level) {
-    const Object inner = std::exchange(object, Read("[]"));
-    for (int i = 0; i < (level < 50 ? 2 : 1); ++i) {
-      Call<POSArrayInterface, "Append">(object.get(), inner.get());
-    }
+    const Object inner = std::exchange(object, Read(level % 2 == 0 ? "[]" : "<>"));
+    Hold(object, "a", inner);
+    if (level < 50) Hold(object, "b", inner);
   }
   const Object stream = NewMemory();
   FailFrom(HostCall::kWrite, 100);
@@ -150,11 +186,7 @@ TEST_F(FailingTest, DeepDocumentThatFits) {
   Object deep = Read("[]");
   for (int levels = 1; levels < 2000; ++levels) {
     const Object inner = std::exchange(deep, levels % 3 == 0 ? Read("<>") : Read("[]"));
-    if (levels % 3 == 0) {
-      Put(deep, "a", inner);
-    } else {
-      Call<POSArrayInterface, "Append">(deep.get(), inner.get());
-    }
+    Hold(deep, "a", inner);
   }
   EXPECT_TRUE(IsEqual(Deserialize(NewBuffer(Document(deep))), deep));
 }

@@ -64,15 +64,17 @@ TEST_F(WritingTest, NumbersAgreeWithPrintfInAnyLocale) {
   SCOPED_TRACE("seed " + std::to_string(kSeed));
   std::mt19937_64 random(kSeed);
   std::vector<double> numbers = {5e-324, 1.7976931348623157e308, 2.2250738585072014e-308, 1e22};
-  for (const double limit : {1e15, 0x1p53, 9.2e18, 0x1p63, -0x1p63, 0x1p64}) {
+  for (const double limit :
+       {1e1, 1e4, 1e8, 1e9, 4e9, 0x1p32, 1e15, 0x1p53, 9.2e18, 0x1p63, -0x1p63, 0x1p64}) {
     numbers.insert(numbers.end(), {limit - 1, limit, limit + 1, limit + 0.5});
     numbers.insert(numbers.end(), {std::nextafter(limit, 0.0), std::nextafter(limit, 1e300)});
   }
   for (int i = 0; i < 3000; ++i) {
     numbers.push_back(std::bit_cast<double>(random()));
-    numbers.push_back(std::bit_cast<double>(random() >> 12));              // denormal
-    numbers.push_back(std::ldexp(static_cast<double>(random()), -40));     // with a fraction
-    numbers.push_back(-static_cast<double>(random() >> (random() % 64)));  // whole
+    numbers.push_back(std::bit_cast<double>(random() >> 12));           // denormal
+    numbers.push_back(std::ldexp(static_cast<double>(random()), -40));  // with a fraction
+    const auto whole = static_cast<double>(random() >> (random() % 64));
+    numbers.insert(numbers.end(), {whole, -whole});
   }
   for (const double number : numbers) {
     char text[64];

@@ -15,6 +15,16 @@ void ValidatorWorld::RegisterCallback(const Object& validator, const char* typeN
                                                             callback, clientData);
 }
 
+Object ValidatorWorld::FarDown(const Object& object, int times) const {
+  Object outer = Read("[]");
+  for (int i = 0; i < times; ++i) Call<POSArrayInterface, "Append">(outer.get(), object.get());
+  for (int level = 1; level < 12; ++level) {
+    const Object inner = std::exchange(outer, Read("[]"));
+    Call<POSArrayInterface, "Append">(outer.get(), inner.get());
+  }
+  return outer;
+}
+
 Outcome ValidatorWorld::OutcomeOf(bool valid) {
   const Outcome heard = TakeHeard();
   const std::vector<std::string> reports = TakeReports();

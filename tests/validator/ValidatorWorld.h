@@ -19,6 +19,9 @@ class ValidatorWorld : public World {
                         KAP_T_MT::POSExtraValidationProc callback,
                         void* clientData = nullptr) const;
 
+  // An object in 12 arrays, `times` times in the innermost one.
+  Object FarDown(const Object& object, int times) const;
+
   Outcome Validate(const Object& validator, const char* typeName, const Object& object);
   // With a validator of its own, whose result must be the same without a message procedure.
   Outcome Check(const std::string& schema, const char* typeName, const Object& object);

@@ -65,6 +65,23 @@ TEST_F(CallbackTest, AfterASuccessfulCheckOfTheType) {
   EXPECT_EQ(callsOf("any", "1", kValid), "");
 }
 
+// Even where outcomes are remembered without it, and whether or not messages are wanted.
+TEST_F(CallbackTest, ForEachOfManyChecksOfOneObject) {
+  const Object validator = Validator(
+      "< N < category int > A < category union set [N B] > B < category array membertype A > >");
+  int calls = 0;
+  const auto count = [](POSObject*, KAPStringAtom*, KAPSharedBuffer*, void* data) {
+    return static_cast<long>(++*static_cast<int*>(data));
+  };
+  RegisterCallback(validator, "N", count, &calls);
+  const Object object = FarDown(Number(1), 3000);
+  EXPECT_EQ(Validate(validator, "A", object), kValid);
+  EXPECT_EQ(std::exchange(calls, 0), 3000);
+  EXPECT_TRUE((Call<POSValidatorInterface, "Validate">(validator.get(), object.get(),
+                                                       Key("A").get(), nullptr)));
+  EXPECT_EQ(calls, 3000);
+}
+
 TEST_F(CallbackTest, ALaterOneReplaces) {
   const Object validator = Validator("< N < category int > >");
   const Object one = Number(1);
@@ -118,6 +135,25 @@ TEST_F(CallbackTest, ThatChangesTheDocument) {
                           for (const char* key : {"a", "c"}) Remove(dict, key);
                         }),
             "1 1 2 2 4 4 <b 2 d 4> ");
+}
+
+// The last references to all that a check works on.
+TEST_F(CallbackTest, ThatReleasesEverything) {
+  struct State {
+    Object validator;
+    Object object;
+    int calls = 0;
+  } state = {Validator("< A < category array membertype N > N < category int > >"), Read("[1 2]")};
+  const auto release = [](POSObject*, KAPStringAtom*, KAPSharedBuffer*, void* data) {
+    auto& all = *static_cast<State*>(data);
+    all.validator.reset();
+    all.object.reset();
+    return static_cast<long>(++all.calls);
+  };
+  RegisterCallback(state.validator, "N", release, &state);
+  EXPECT_TRUE((Call<POSValidatorInterface, "Validate">(state.validator.get(), state.object.get(),
+                                                       Key("A").get(), nullptr)));
+  EXPECT_EQ(state.calls, 2);
 }
 
 // Whichever call of a callback empties the document and the schema: no crash, and a message about

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <fstream>
 #include <limits>
 
@@ -166,6 +167,11 @@ TEST_F(TypesTest, SeveralTypesAtEachLevel) {
        "Y@ < category array membertype A# >",
        nested("1"), true},
       {"an intersection", "A@ < category intersection set [A# A#] >", "1", true},
+      {"names", "A@ < category dict keytype K@ valuetype A# > K@ < category string maxlen 1 >",
+       members("1"), true},
+      {"a name that is too short",
+       "A@ < category dict keytype K@ valuetype A# > K@ < category string minlen 2 >", members("1"),
+       false},
       {"a value and a member", "A@ < category dict required < k A# > valuetype A# >", members("1"),
        true}};
   for (const auto& row : rows) {
@@ -179,14 +185,61 @@ TEST_F(TypesTest, SeveralTypesAtEachLevel) {
       }
     }
     const Object validator = Validator((schema + " >").c_str());
+    RegisterCallback(validator, "A1", nullptr);  // none: outcomes are remembered all the same
     const Object object = Read(row.object.c_str());
     EXPECT_EQ((Call<POSValidatorInterface, "Validate">(validator.get(), object.get(),
                                                        Key("A0").get(), nullptr)),
               row.valid);
     if (row.valid) {
       EXPECT_EQ(Validate(validator, "A0", object), kValid);
+    } else if (&row == &rows[0] || &row == &rows[4]) {  // the others take as long
+      EXPECT_GT(Validate(validator, "A0", object).size(), 100'000u);
     }
   }
+}
+
+// Where outcomes are remembered, an invalid object still has all its messages. Without memory for
+// the outcomes, everything is checked again.
+TEST_F(TypesTest, RememberedOutcomes) {
+  const Object validator = Validator(
+      "< N < category int max 4 > A < category array membertype T >"
+      "  T < category union set [N A] > >");
+  constexpr int kTimes = 800;
+  for (const bool hasMemory : {true, false}) {
+    if (!hasMemory) FailBlocksAbove(90000);
+    const Object invalid = FarDown(Number(5), kTimes);
+    const auto isValid = [&](const Object& object) {
+      return Call<POSValidatorInterface, "Validate">(validator.get(), object.get(), Key("A").get(),
+                                                     nullptr);
+    };
+    EXPECT_FALSE(isValid(invalid));
+    EXPECT_TRUE(isValid(FarDown(Number(4), kTimes)));
+    const std::string message = "Number above maximum value 4.000000";
+    const Outcome outcome = Validate(validator, "A", invalid);
+    EXPECT_EQ(std::count_if(outcome.begin(), outcome.end(),
+                            [&](const std::string& each) { return each.ends_with(message); }),
+              kTimes);
+    EXPECT_EQ(Fired(), !hasMemory);
+    StopFaults();
+  }
+}
+
+// One object and more types than outcomes are remembered: none is taken for another one.
+TEST_F(TypesTest, OutcomesOfManyTypes) {
+  constexpr int kTypes = 3000;
+  std::string schema = "< A < category array membertype T > T < category union set [A All] >";
+  std::string all;
+  for (int i = 0; i < kTypes; ++i) {
+    const std::string number = std::to_string(i);
+    schema += " U" + number + " < category union set [No" + number + " Yes" + number + "] > No" +
+              number + " < category int max 4 > Yes" + number + " < category int >";
+    all += " U" + number;
+  }
+  schema += " All < category intersection set [" + all + "] > >";
+  const Object validator = Validator(schema.c_str());
+  const Object object = FarDown(Number(5), 1);
+  EXPECT_TRUE((Call<POSValidatorInterface, "Validate">(validator.get(), object.get(),
+                                                       Key("A").get(), nullptr)));
 }
 
 }  // namespace

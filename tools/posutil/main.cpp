@@ -38,7 +38,24 @@ void DeclareColour(CLI::App& options, Session& session) {
       ->option_text("auto|always|never");
 }
 
-void DeclareAll(CLI::App& options, Session& session) {
+void DeclareCommand(CLI::App& options, Command& command) {
+  CLI::App* const own = options.add_subcommand(command.kName, command.kDescription);
+  own->fallthrough();
+  Options declared(*own);
+  command.Declare(declared);
+}
+
+// The command that the arguments start with, which is then the one to run; null for anything else.
+Command* FirstArgument(int argc, char** argv) {
+  for (Command* command : Command::All()) {
+    if (argc > 1 && std::string_view(argv[1]) == command->kName) return command;
+  }
+  return nullptr;
+}
+
+// Declares all commands, or only `chosen`: the options of the others took a third of the
+// instructions of a start.
+void DeclareAll(CLI::App& options, Session& session, Command* chosen) {
   options.require_subcommand(1);
   options.set_help_flag("--help,-h", "Prints this help");
   Options common(options);
@@ -58,19 +75,16 @@ void DeclareAll(CLI::App& options, Session& session) {
       "posutil COMMAND --help describes a command.\n\n"
       "Exit status: 0 success, 1 a negative result, 2 wrong usage, 3 unreadable or malformed\n"
       "input, lost output, or a report of the library.");
-  for (Command* command : Command::All()) {
-    CLI::App* const own = options.add_subcommand(command->kName, command->kDescription);
-    own->fallthrough();
-    Options declared(*own);
-    command->Declare(declared);
-  }
+  if (chosen && !chosen->DescribesAll()) return DeclareCommand(options, *chosen);
+  for (Command* command : Command::All()) DeclareCommand(options, *command);
 }
 
+// The parser requires one.
 Command& ChosenCommand(const CLI::App& options) {
-  for (Command* command : Command::All()) {
-    if (options.got_subcommand(command->kName)) return *command;
-  }
-  throw Failure("no command", kExitUsage);
+  const std::string name = options.get_subcommands().front()->get_name();
+  const auto& commands = Command::All();
+  return **std::find_if(commands.begin(), commands.end(),
+                        [&](const Command* command) { return command->kName == name; });
 }
 
 std::vector<std::string> Arguments(int argc, char** argv) {
@@ -124,8 +138,10 @@ ExitStatus RunInSession(int argc, char** argv) {
   Session session;
   try {
     CLI::App options("Property objects on the command line.", "posutil");
-    DeclareAll(options, session);
-    return Run(options, argc, argv, session);
+    DeclareAll(options, session, FirstArgument(argc, argv));
+    const ExitStatus status = Run(options, argc, argv, session);
+    session.EndProcess(status);
+    return status;
   } catch (const PlacedFailure& error) {
     session.ComplainPlainly(error.what());
     return error.Status();

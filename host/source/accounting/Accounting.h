@@ -34,11 +34,20 @@ struct alignas(128) ThreadAccount {
     std::atomic<long> fExtent{0};
   };
 
+  // Only for the thread itself.
+  void Add(unsigned slot, long number, long extent) noexcept {
+    constexpr auto relaxed = std::memory_order_relaxed;
+    Entry& entry = fEntries[slot];
+    if (number != 0) entry.fNumber.store(WrappingSum(entry.fNumber.load(relaxed), number), relaxed);
+    if (extent != 0) entry.fExtent.store(WrappingSum(entry.fExtent.load(relaxed), extent), relaxed);
+  }
+
   std::array<Entry, kSlots> fEntries;
   ListLinks<ThreadAccount> fLinks;
 };
 
-inline thread_local constinit ThreadAccount* tAccount = nullptr;
+// Hidden, like the other variables that each call reads: then its place is known at link time.
+[[gnu::visibility("hidden")]] inline thread_local constinit ThreadAccount* tAccount = nullptr;
 
 // Counts for a thread that has no account, and makes one when there is memory.
 void CountFirst(unsigned slot, long number, long extent) noexcept;
@@ -46,11 +55,9 @@ void CountFirst(unsigned slot, long number, long extent) noexcept;
 // Adds to the thread's numbers of a slot.
 inline void Count(unsigned slot, long number, long extent) noexcept {
   ThreadAccount* const account = tAccount;
-  if (!account) return CountFirst(slot, number, extent);
-  ThreadAccount::Entry& entry = account->fEntries[slot];
-  constexpr auto relaxed = std::memory_order_relaxed;
-  if (number != 0) entry.fNumber.store(WrappingSum(entry.fNumber.load(relaxed), number), relaxed);
-  entry.fExtent.store(WrappingSum(entry.fExtent.load(relaxed), extent), relaxed);
+  if (!account) [[unlikely]]
+    return CountFirst(slot, number, extent);
+  account->Add(slot, number, extent);
 }
 
 inline void Count(KAPResource resource, long number, long extent) noexcept {

@@ -23,25 +23,26 @@ enum class Extent { kNone, kReferences, kBytes, kCost };
 
 struct ResourceText {
   const char* fLabel;
-  bool fIsNamed;  // counted by name, else all of them together
+  const char* fNoun;  // one of them, in messages
+  bool fIsNamed;      // counted by name, else all of them together
   Extent fExtent;
 };
 
 // In the order of KAPResource.
 inline constexpr std::array<ResourceText, kResources> kResourceTexts = {{
-    {"nothing", false, Extent::kNone},
-    {"atom", true, Extent::kNone},  // the number is that of references
-    {"error", true, Extent::kReferences},
-    {"container", true, Extent::kReferences},
-    {"blocks", false, Extent::kBytes},
-    {"shared buffers", false, Extent::kBytes},
-    {"open file", true, Extent::kNone},
-    {"cache identities", false, Extent::kReferences},
-    {"cached items", false, Extent::kCost},
-    {"cache sets", false, Extent::kReferences},
-    {"cache purges", false, Extent::kNone},
-    {"data sinks", false, Extent::kReferences},
-    {"progress objects", false, Extent::kReferences},
+    {"nothing", "object", false, Extent::kNone},
+    {"atom", "atom", true, Extent::kNone},  // the number is that of references
+    {"error", "error", true, Extent::kReferences},
+    {"container", "container", true, Extent::kReferences},
+    {"blocks", "block", false, Extent::kBytes},
+    {"shared buffers", "buffer", false, Extent::kBytes},
+    {"open file", "file", true, Extent::kNone},
+    {"cache identities", "cache identity", false, Extent::kReferences},
+    {"cached items", "cached item", false, Extent::kCost},
+    {"cache sets", "cache set", false, Extent::kReferences},
+    {"cache purges", "cache purge", false, Extent::kNone},
+    {"data sinks", "data sink", false, Extent::kReferences},
+    {"progress objects", "progress object", false, Extent::kReferences},
 }};
 static_assert(std::ranges::all_of(kResourceTexts, [](const auto& text) { return text.fLabel; }),
               "a resource has no text");

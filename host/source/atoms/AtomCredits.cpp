@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "atoms/AtomCredits.h"
 
-#include <bit>
 #include <memory>
 #include <new>
 
@@ -13,8 +12,6 @@ namespace KAPHost {
 
 namespace {
 
-constexpr auto kRelaxed = std::memory_order_relaxed;
-
 constinit std::mutex gMutex;
 constinit IntrusiveList<AtomCredits> gCaches;
 
@@ -24,31 +21,11 @@ thread_local constinit AtomCredits* AtomCredits::tCredits = nullptr;
 
 std::mutex& AtomCredits::Mutex() noexcept { return gMutex; }
 
-unsigned AtomCredits::Set::WayOf(const KAPStringAtom& atom) const noexcept {
-  for (unsigned found = Matches(atom.fHash); found != 0; found &= found - 1) {
-    const auto way = static_cast<unsigned>(std::countr_zero(found));
-    if (fAtoms[way].load(kRelaxed) == &atom) return way;
-  }
-  return kWays;
-}
-
 // Nothing is kept while the host checks for uses of dead atoms, or leaves them to a sanitizer: what
 // is kept does not die. The text is kept, too, so it must be short.
 bool AtomCredits::CanKeep(std::size_t length) noexcept {
   return length <= kLongestText && !HasGateBits(kGateClosed | kGateChecking | kGatePlain) &&
          (tCredits || NewCache());
-}
-
-KAPStringAtom* AtomCredits::Take(const TextKey& key) noexcept {
-  AtomCredits* const cache = tCredits;
-  if (!cache) return nullptr;
-  Set& set = cache->SetOf(key.fHash);
-  for (unsigned found = set.Matches(key.fHash); found != 0; found &= found - 1) {
-    const auto way = static_cast<unsigned>(std::countr_zero(found));
-    const KAPStringAtom* const atom = set.fAtoms[way].load(kRelaxed);
-    if (atom && key.IsTextOf(*atom)) return TakeOne(set, way);
-  }
-  return nullptr;
 }
 
 bool AtomCredits::TakeFor(KAPStringAtom& atom) noexcept {
@@ -59,35 +36,21 @@ bool AtomCredits::TakeFor(KAPStringAtom& atom) noexcept {
 }
 
 // The cache's last credit is a reference, so more can be added without the table.
-KAPStringAtom* AtomCredits::TakeOne(Set& set, unsigned way) noexcept {
+KAPStringAtom* AtomCredits::TakeLast(Set& set, unsigned way) noexcept {
   KAPStringAtom* const atom = set.fAtoms[way].load(kRelaxed);
-  std::uint16_t credits = set.fCredits[way].load(kRelaxed);
-  if (credits == 1) {
-    gAtoms.AddRefs(*atom, kBatch);
-    credits += kBatch;
-  }
-  set.fCredits[way].store(static_cast<std::uint16_t>(credits - 1), kRelaxed);
+  gAtoms.AddRefs(*atom, kBatch);
+  set.fCredits[way].store(kBatch, kRelaxed);
   return atom;
 }
 
-void AtomCredits::Release(KAPStringAtom& atom) noexcept {
-  if (Give(atom)) return;
-  if (atom.fCount.load(kRelaxed) == 1 && CanKeep(atom.fLength)) return ReleaseLater(atom);
-  gAtoms.Release(atom, 1);
+void AtomCredits::GiveToFull(Set& set, unsigned way) noexcept {
+  gAtoms.Release(*set.fAtoms[way].load(kRelaxed), kBatch);
+  set.fCredits[way].store(kMost - kBatch + 1, kRelaxed);
 }
 
-bool AtomCredits::Give(KAPStringAtom& atom) noexcept {
-  if (!tCredits || !atom.fIsCached.load(kRelaxed)) return false;
-  Set& set = tCredits->SetOf(atom.fHash);
-  const unsigned way = set.WayOf(atom);
-  if (way == kWays) return false;
-  auto credits = static_cast<std::uint16_t>(set.fCredits[way].load(kRelaxed) + 1);
-  if (credits > kMost) {
-    gAtoms.Release(atom, kBatch);
-    credits = static_cast<std::uint16_t>(credits - kBatch);
-  }
-  set.fCredits[way].store(credits, kRelaxed);
-  return true;
+void AtomCredits::ReleaseUncached(KAPStringAtom& atom) noexcept {
+  if (atom.fCount.load(kRelaxed) == 1 && CanKeep(atom.fLength)) return ReleaseLater(atom);
+  gAtoms.Release(atom, 1);
 }
 
 // The reference need not stay the last one: a look-up may find the atom until it is removed.

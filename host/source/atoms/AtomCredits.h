@@ -5,6 +5,9 @@
 
 #include <array>
 #include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <unordered_map>
 
@@ -36,11 +39,28 @@ namespace KAPHost {
 class alignas(128) AtomCredits {
  public:
   // A reference to the atom of this text from the calling thread's cache; null when it has none.
-  static KAPStringAtom* Take(const TextKey& key) noexcept;
+  static KAPStringAtom* Take(const TextKey& key) noexcept {
+    AtomCredits* const cache = tCredits;
+    if (!cache) [[unlikely]]
+      return nullptr;
+    Set& set = cache->SetOf(key.fHash);
+    for (unsigned found = set.Matches(key.fHash); found != 0; found &= found - 1) {
+      const auto way = static_cast<unsigned>(std::countr_zero(found));
+      const KAPStringAtom* const atom = set.fAtoms[way].load(kRelaxed);
+      if (atom && key.IsTextOfSameHash(*atom)) return TakeOne(set, way);
+    }
+    return nullptr;
+  }
   // Adds a reference to an atom from the cache. False when the cache does not have the atom.
   static bool TakeFor(KAPStringAtom& atom) noexcept;
   // Releases a reference that the caller owns: to the cache, later, or at once.
-  static void Release(KAPStringAtom& atom) noexcept;
+  static void Release(KAPStringAtom& atom) noexcept {
+    AtomCredits* const cache = tCredits;
+    if (!cache || !atom.fIsCached.load(kRelaxed)) return ReleaseUncached(atom);
+    Set& set = cache->SetOf(atom.fHash);
+    const unsigned way = set.WayOf(atom);
+    way != kWays ? GiveOne(set, way) : ReleaseUncached(atom);
+  }
   // Tells the calling thread's cache of an atom that the table had and the cache did not.
   static void Missed(KAPStringAtom& atom, const TextKey& key) noexcept;
 
@@ -55,6 +75,7 @@ class alignas(128) AtomCredits {
   ListLinks<AtomCredits> fLinks;
 
  private:
+  static constexpr auto kRelaxed = std::memory_order_relaxed;
   static constexpr std::uint32_t kSets = 512;
   static constexpr unsigned kWays = 4;
   static constexpr std::uint16_t kBatch = 64;  // taken from a shared count at once
@@ -77,19 +98,40 @@ class alignas(128) AtomCredits {
       return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(equal)));
     }
     // The way with this atom; kWays when there is none.
-    unsigned WayOf(const KAPStringAtom& atom) const noexcept;
+    unsigned WayOf(const KAPStringAtom& atom) const noexcept {
+      for (unsigned found = Matches(atom.fHash); found != 0; found &= found - 1) {
+        const auto way = static_cast<unsigned>(std::countr_zero(found));
+        if (fAtoms[way].load(kRelaxed) == &atom) return way;
+      }
+      return kWays;
+    }
   };
 
   static AtomCredits* NewCache() noexcept;
   static void End(void* ended) noexcept;
   static bool CanKeep(std::size_t length) noexcept;
-  static KAPStringAtom* TakeOne(Set& set, unsigned way) noexcept;
-  static bool Give(KAPStringAtom& atom) noexcept;
+  // What is rare is apart, so that look-ups and releases of known words save no registers.
+  static KAPStringAtom* TakeOne(Set& set, unsigned way) noexcept {
+    const std::uint16_t credits = set.fCredits[way].load(kRelaxed);
+    if (credits == 1) [[unlikely]]
+      return TakeLast(set, way);
+    set.fCredits[way].store(static_cast<std::uint16_t>(credits - 1), kRelaxed);
+    return set.fAtoms[way].load(kRelaxed);
+  }
+  static KAPStringAtom* TakeLast(Set& set, unsigned way) noexcept;
+  static void GiveOne(Set& set, unsigned way) noexcept {
+    const std::uint16_t credits = set.fCredits[way].load(kRelaxed);
+    if (credits == kMost) [[unlikely]]
+      return GiveToFull(set, way);
+    set.fCredits[way].store(static_cast<std::uint16_t>(credits + 1), kRelaxed);
+  }
+  static void GiveToFull(Set& set, unsigned way) noexcept;
+  static void ReleaseUncached(KAPStringAtom& atom) noexcept;
   static void ReleaseLater(KAPStringAtom& atom) noexcept;
   Set& SetOf(std::uint32_t hash) noexcept { return fSets[hash % kSets]; }
   void ReleaseOwn() noexcept;
 
-  static thread_local constinit AtomCredits* tCredits;
+  [[gnu::visibility("hidden")]] static thread_local constinit AtomCredits* tCredits;
 
   std::array<Set, kSets> fSets{};
   std::array<std::atomic<KAPStringAtom*>, kLeaving> fLeaving{};  // last references, a ring

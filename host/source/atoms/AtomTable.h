@@ -141,6 +141,6 @@ class AtomTable {
   bool fAreBucketsLocked = false;              // by Lock, under whose locks it is written
 };
 
-extern constinit AtomTable gAtoms;
+[[gnu::visibility("hidden")]] extern constinit AtomTable gAtoms;
 
 }  // namespace KAPHost

@@ -13,13 +13,18 @@ namespace KAPHost {
 
 namespace {
 
-KAPStringAtom* NewStringAtom(const char* text) noexcept {
-  if (!text) return nullptr;
-  const TextKey key(text);
-  if (KAPStringAtom* const cached = AtomCredits::Take(key)) return cached;
+// The key is a copy: the look-up in the cache keeps its own in registers.
+[[gnu::noinline]] KAPStringAtom* Intern(TextKey key) noexcept {
   const auto [atom, isNew] = gAtoms.Intern(key);
   if (!isNew) AtomCredits::Missed(*atom, key);
   return atom;
+}
+
+KAPStringAtom* NewStringAtom(const char* text) noexcept {
+  if (!text) return nullptr;
+  const TextKey key(text);
+  KAPStringAtom* const cached = AtomCredits::Take(key);
+  return cached ? cached : Intern(key);
 }
 
 void DeleteStringAtom(KAPStringAtom* atom) noexcept {

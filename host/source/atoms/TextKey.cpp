@@ -19,14 +19,19 @@ constinit std::array<std::uint64_t, 2> TextKey::gSeeds{};
 
 // Hashes texts of less than 4 bytes, and of more than 16: sixteen bytes at a time, the last sixteen
 // of which may overlap the others.
-std::uint64_t TextKey::HashBytes() const noexcept {
-  std::uint64_t hash = gSeeds[1] ^ fLength;
-  if (fLength < kLeastShort) return Mix(Word(fText, fLength) ^ gSeeds[0], hash);
-  const char* const last = fText + fLength - 16;
-  for (const char* bytes = fText; bytes < last; bytes += 16) {
+std::uint64_t TextKey::HashBytes(const char* text, std::size_t length) noexcept {
+  std::uint64_t hash = gSeeds[1] ^ length;
+  if (length < kLeastShort) return Mix(Word(text, length) ^ gSeeds[0], hash);
+  const char* const last = text + length - 16;
+  for (const char* bytes = text; bytes < last; bytes += 16) {
     hash = Mix(Word(bytes, 8) ^ gSeeds[0], Word(bytes + 8, 8) ^ hash);
   }
   return Mix(Word(last, 8) ^ gSeeds[0], Word(last + 8, 8) ^ hash);
+}
+
+bool TextKey::IsLongText(const char* text, std::size_t length, const KAPStringAtom& atom) noexcept {
+  return atom.fLength == KAPStringAtom::kLong ? std::strcmp(atom.Text(), text) == 0
+                                              : std::memcmp(atom.Text(), text, length) == 0;
 }
 
 // Early in the start of a system there may be no random bytes yet; the address of a variable, which

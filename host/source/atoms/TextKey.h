@@ -22,7 +22,7 @@ class TextKey {
  public:
   explicit TextKey(const char* text) noexcept : fText(text), fLength(std::strlen(text)) {
     if (IsShort()) fWords = ShortWords(text);
-    const std::uint64_t hash = IsShort() ? HashWords() : HashBytes();
+    const std::uint64_t hash = IsShort() ? HashWords() : HashBytes(text, fLength);
     fHash = static_cast<std::uint32_t>(hash);
     fTag = static_cast<std::uint16_t>(hash >> 32);
   }
@@ -31,10 +31,12 @@ class TextKey {
   static void DrawSeed() noexcept;
 
   bool IsTextOf(const KAPStringAtom& atom) const noexcept {
-    if (atom.fHash != fHash || atom.fLength != ShownLength()) return false;
-    if (IsShort()) return ShortWords(atom.Text()) == fWords;
-    return atom.fLength == KAPStringAtom::kLong ? std::strcmp(atom.Text(), fText) == 0
-                                                : std::memcmp(atom.Text(), fText, fLength) == 0;
+    return atom.fHash == fHash && IsTextOfSameHash(atom);
+  }
+  // The same for an atom that is known to have the hash.
+  bool IsTextOfSameHash(const KAPStringAtom& atom) const noexcept {
+    if (IsShort()) return atom.fLength == fLength && ShortWords(atom.Text()) == fWords;
+    return atom.fLength == ShownLength() && IsLongText(fText, fLength, atom);
   }
   // The length as an atom has it.
   std::uint8_t ShownLength() const noexcept {
@@ -47,10 +49,10 @@ class TextKey {
       return;
     }
     const std::size_t middle = Middle();
-    Put(bytes, fWords[0] >> 32);
-    Put(bytes + middle, fWords[0]);
-    Put(bytes + fLength - 4, fWords[1] >> 32);
-    Put(bytes + fLength - 4 - middle, fWords[1]);
+    Put(bytes, fWords.fFirst >> 32);
+    Put(bytes + middle, fWords.fFirst);
+    Put(bytes + fLength - 4, fWords.fLast >> 32);
+    Put(bytes + fLength - 4 - middle, fWords.fLast);
     bytes[fLength] = '\0';
   }
 
@@ -60,7 +62,11 @@ class TextKey {
   std::uint16_t fTag;  // distinguishes most texts whose hashes select the same bucket
 
  private:
-  using Words = std::array<std::uint64_t, 2>;
+  struct Words {  // an array would be compared in memory
+    std::uint64_t fFirst = 0;
+    std::uint64_t fLast = 0;
+    bool operator==(const Words&) const = default;
+  };
 
   static constexpr std::size_t kLeastShort = 4;
   static constexpr std::size_t kMostShort = 16;
@@ -89,11 +95,13 @@ class TextKey {
     return {Get(text) << 32 | Get(text + middle), Get(last) << 32 | Get(last - middle)};
   }
   std::uint64_t HashWords() const noexcept {
-    return Mix(fWords[0] ^ gSeeds[0], fWords[1] ^ gSeeds[1] ^ fLength);
+    return Mix(fWords.fFirst ^ gSeeds[0], fWords.fLast ^ gSeeds[1] ^ fLength);
   }
-  std::uint64_t HashBytes() const noexcept;
+  // Static: a key whose address nothing takes stays in registers.
+  static std::uint64_t HashBytes(const char* text, std::size_t length) noexcept;
+  static bool IsLongText(const char* text, std::size_t length, const KAPStringAtom& atom) noexcept;
 
-  static std::array<std::uint64_t, 2> gSeeds;
+  [[gnu::visibility("hidden")]] static std::array<std::uint64_t, 2> gSeeds;
 
   Words fWords{};
 };

@@ -14,6 +14,7 @@ namespace KAPHost {
 // procedure that adds and releases references to the very object neither keeps it alive nor
 // destroys it twice. An object with 2^31 - 1 references keeps that count and is never destroyed,
 // since the references beyond are unknown; a component that leaks one reference a call gets there.
+// Both rule out fetch_add, which changes a count before it looks at it.
 //
 // Threads: any.
 class RefCount {
@@ -34,8 +35,13 @@ class RefCount {
                   [](int count) { return count < 0 || count == kStuck ? count : count + 1; }) >= 0;
   }
   Release Drop() noexcept { return DropTo(kDying); }
-  // The same, but of two releases of the only reference at the same time, one finds that the object
-  // is destroyed. For checks, because it takes a locked instruction.
+  // Drop in two steps for a caller that holds the only reference (see DropTo). The store is
+  // relaxed: no other thread has a reference by which it could read the count, and whoever gets the
+  // memory next gets it through the heap, which orders the two.
+  bool HasOne() const noexcept { return fCount.load(std::memory_order_acquire) == 1; }
+  void DropOnly() noexcept { fCount.store(kDying, std::memory_order_relaxed); }
+  // The same as Drop, but of two releases of the only reference at the same time, one finds that
+  // the object is destroyed. For checks, because it takes a locked instruction.
   Release DropExactly() noexcept { return UpdateTo(kDying); }
   // The same, but the object lives on without references: never kLast.
   Release DropAndKeep() noexcept { return DropTo(0); }

@@ -73,10 +73,9 @@ struct GuardedProc<kTraits, kProc> {
     if constexpr (kHasResultPlace) {
       if (!Clear(args...)) return InvalidArgument();
     }
-    if constexpr (kTraits.fFault == KAPFault::kBlock) {
-      if (Fails(kTraits.fFault, BlockSize(args...))) return Failure<Result, kTraits>();
-    } else if constexpr (kCanFail) {
-      if (Fails(kTraits.fFault)) return Failure<Result, kTraits>();
+    if constexpr (kCanFail) {
+      if (MayFail()) [[unlikely]]
+        return CallUnlessItFails(args...);
     }
     return kProc(args...);
   }
@@ -85,6 +84,12 @@ struct GuardedProc<kTraits, kProc> {
                                                                                       : kProc;
 
  private:
+  // Apart, so that everyday calls save no registers.
+  [[gnu::noinline]] static Result CallUnlessItFails(Args... args) noexcept {
+    std::size_t size = 0;
+    if constexpr (kTraits.fFault == KAPFault::kBlock) size = BlockSize(args...);
+    return Fails(kTraits.fFault, size) ? Failure<Result, kTraits>() : kProc(args...);
+  }
   template <class Place, class... Others>
   static bool Clear(Place* out, const Others&...) noexcept {
     if (!out) return false;

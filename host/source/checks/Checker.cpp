@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "accounting/Resources.h"
-#include "checks/ThreadTags.h"
+#include "checks/ThreadTagRows.h"
 #include "errors/Errors.h"
 #include "quarantine/Quarantine.h"
 #include "sites/ThreadState.h"
@@ -25,6 +25,16 @@ const char* Verb(const ObservedCall& call) {
   return call.fMethod.fReleases ? "release" : "use";
 }
 
+static_assert(std::is_sorted(std::begin(kThreadTagRows), std::end(kThreadTagRows)));
+
+// kAny for a method that has no row: interfaces that other components declare.
+ThreadTag ThreadTagOf(const char* interfaceName, const char* methodName) noexcept {
+  const ThreadTagRow wanted{interfaceName, methodName, ThreadTag::kAny};
+  const auto* const end = std::end(kThreadTagRows);
+  const auto* const row = std::lower_bound(std::begin(kThreadTagRows), end, wanted);
+  return row != end && !(wanted < *row) ? row->fTag : ThreadTag::kAny;
+}
+
 // Any value of few bytes may be a result.
 bool IsFilled(const WatchedValue& place) { return place.fSize >= 4; }
 
@@ -34,12 +44,32 @@ bool IsUnset(const WatchedValue& place) {
          std::all_of(bytes, bytes + place.fSize, [](auto byte) { return byte == kUnset; });
 }
 
+// Whether a thread tag is about a value of the kind. Atoms and errors never change.
+bool IsObject(ValueKind kind) {
+  switch (kind) {
+    case ValueKind::kContainer:
+    case ValueKind::kBuffer:
+    case ValueKind::kPointer:
+      return true;
+    case ValueKind::kNothing:
+    case ValueKind::kBool:
+    case ValueKind::kSigned:
+    case ValueKind::kUnsigned:
+    case ValueKind::kReal:
+    case ValueKind::kText:
+    case ValueKind::kAtom:
+    case ValueKind::kError:
+    case ValueKind::kPlace:
+    case ValueKind::kOther:
+      return false;
+  }
+  return false;
+}
+
 // The object that a thread tag is about: the first that the call gets.
 const void* ObjectOf(const ObservedCall& call) {
   for (const WatchedValue& value : call.fArguments) {
-    const bool isObject = value.fKind == ValueKind::kContainer ||
-                          value.fKind == ValueKind::kBuffer || value.fKind == ValueKind::kPointer;
-    if (isObject) return value.As<const void*>();
+    if (IsObject(value.fKind)) return value.As<const void*>();
   }
   return nullptr;
 }
@@ -48,18 +78,7 @@ std::string Article(const std::string& name) {
   return (std::string_view("aeiou").find(name[0]) != std::string_view::npos ? "an " : "a ") + name;
 }
 
-const char* SingularOf(KAPResource resource) {
-  switch (resource) {
-    case KAPResource::kAtom:
-      return "an atom";
-    case KAPResource::kError:
-      return "an error";
-    case KAPResource::kContainer:
-      return "a container";
-    default:
-      return "a buffer";
-  }
-}
+std::string SingularOf(KAPResource resource) { return Article(TextOf(resource).fNoun); }
 
 }  // namespace
 
@@ -73,7 +92,7 @@ void Checker::CheckHandle(const ObservedCall& call, const WatchedValue& value, F
   const auto [state, resource] = fLedger.Find(handle);
   if (state == Ledger::State::kUnknown) {
     if (AcceptsUnknown(wanted)) return;
-    findings.push_back({std::string("what was passed as ") + SingularOf(wanted) + " is not one"});
+    findings.push_back({"what was passed as " + SingularOf(wanted) + " is not one"});
     refused = call.fIsHosts;
   } else if (resource != wanted) {
     findings.push_back(
@@ -168,10 +187,10 @@ bool Checker::IsUsable(const WatchedValue& value) const {
 void Checker::CheckResult(const WatchedValue& result, Findings& findings) const {
   if (IsUsable(result)) return;
   const void* const handle = result.As<const void*>();
-  const char* const wanted = SingularOf(ResourceOf(result.fKind));
+  const std::string wanted = SingularOf(ResourceOf(result.fKind));
   const auto [state, resource] = fLedger.Find(handle);
   if (state == Ledger::State::kUnknown) {
-    findings.push_back({std::string("what a procedure returned as ") + wanted + " is not one"});
+    findings.push_back({"what a procedure returned as " + wanted + " is not one"});
   } else if (state == Ledger::State::kDead) {
     findings.push_back({"a procedure returned a dead " + fLedger.NameOf(handle), handle});
   } else {

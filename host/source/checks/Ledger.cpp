@@ -6,6 +6,7 @@
 #include <ostream>
 #include <utility>
 
+#include "accounting/Resources.h"
 #include "atoms/Atom.h"
 #include "base/Quoted.h"
 #include "containers/Containers.h"
@@ -93,7 +94,7 @@ std::string Ledger::Name(const Thing& thing, const void* address) {
       return signature ? "container " + Quoted(signature) : "container";
     }
     default:
-      return "buffer";
+      return TextOf(thing.fResource).fNoun;
   }
 }
 

@@ -38,9 +38,18 @@ constexpr KAPResource ResourceOf(ValueKind kind) noexcept {
       return KAPResource::kContainer;
     case ValueKind::kBuffer:
       return KAPResource::kBuffer;
-    default:
-      return KAPResource::kNothing;
+    case ValueKind::kNothing:
+    case ValueKind::kBool:
+    case ValueKind::kSigned:
+    case ValueKind::kUnsigned:
+    case ValueKind::kReal:
+    case ValueKind::kText:
+    case ValueKind::kPointer:
+    case ValueKind::kPlace:
+    case ValueKind::kOther:
+      break;
   }
+  return KAPResource::kNothing;
 }
 
 }  // namespace KAPHost

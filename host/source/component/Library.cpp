@@ -15,6 +15,7 @@
 #include "caches/ClientPurges.h"
 #include "containers/ContainerTypes.h"
 #include "kaphost/Component.h"
+#include "trace/Watcher.h"
 
 namespace KAPHost {
 
@@ -99,6 +100,7 @@ bool Library::UnregisterProcs() const noexcept {
         binder->UnregisterIf([&](const void* proc) { return span.Contains(proc); });
     if (purges != 0) report("a client purge was registered");
     for (const std::string& name : interfaces) report("\"" + name + "\" was registered");
+    if (Watcher* const watcher = Current<Watcher>()) watcher->NoteLeft(span);
     return deletesContainers || purges != 0 || !interfaces.empty();
   } catch (const std::bad_alloc&) {
     return true;  // there may have been some

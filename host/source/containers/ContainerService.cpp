@@ -24,12 +24,25 @@ const ContainerType& TypeOf(KAPStringAtom* instanceName, KAPStringAtom* interfac
   return *type;
 }
 
-KAPError* NewFullContainer(KAPContainer** out, void* instance, KAPStringAtom* instanceName,
-                           KAPStringAtom* interfaceName, KAPDeleteProc deleteInstance) noexcept {
+[[gnu::noinline]] KAPError* NewContainerSlowly(KAPContainer** out, void* instance,
+                                               KAPStringAtom* instanceName,
+                                               KAPStringAtom* interfaceName,
+                                               KAPDeleteProc deleteInstance) noexcept {
   const ContainerType* type = gContainerTypes.Find(instanceName, interfaceName, deleteInstance);
   if (!type) return MemoryError();
   *out = NewContainerRecord(*type, instance);
   return *out ? nullptr : MemoryError();
+}
+
+KAPError* NewFullContainer(KAPContainer** out, void* instance, KAPStringAtom* instanceName,
+                           KAPStringAtom* interfaceName, KAPDeleteProc deleteInstance) noexcept {
+  const ContainerType* type =
+      gContainerTypes.FindKnown(instanceName, interfaceName, deleteInstance);
+  KAPContainer* const made = type ? NewRecordAtHand(*type, instance) : nullptr;
+  if (!made) [[unlikely]]
+    return NewContainerSlowly(out, instance, instanceName, interfaceName, deleteInstance);
+  *out = made;
+  return nullptr;
 }
 
 KAPError* NewContainer(KAPContainer** out) noexcept {
@@ -85,9 +98,9 @@ bool IsEmpty(const KAPContainer& container) {
 
 // The container and its references are counted under its new type from now on.
 void SetPrimary(KAPContainer& container, const ContainerType& type, void* instance) {
-  const long references = container.fCount.Get();
-  Count(container.fType->fSlot, -1, -references);
-  Count(type.fSlot, 1, references);
+  const long further = container.fCount.Get() - 1;
+  Count(container.fType->fSlot, -1, -further);
+  Count(type.fSlot, 1, further);
   container.fPrimary = instance;
   container.fSignature = type.fSignature;
   container.fType = &type;
@@ -220,14 +233,14 @@ template <>
 void AddNamed<KAPResource::kContainer>(HoldingSum& sum) {
   gContainerTypes.ForEach([&](const ContainerType& type) {
     if (type.fSlot >= kFirstTypeSlot && type.fSlot < kOtherTypesSlot) {
-      sum.Add(KAPResource::kContainer, type.fSignature, TotalOf(type.fSlot));
+      sum.Add(KAPResource::kContainer, type.fSignature, HoldingOf(type.fSlot));
     }
     for (const KAPStringAtom* atom : {type.fInstanceName, type.fInterfaceName}) {
       if (atom) sum.Add(KAPResource::kAtom, atom->Text(), {-1, 0});
     }
   });
-  sum.Add(KAPResource::kContainer, "(no signature)", TotalOf(SlotOf(KAPResource::kContainer)));
-  sum.Add(KAPResource::kContainer, "(other types)", TotalOf(kOtherTypesSlot));
+  sum.Add(KAPResource::kContainer, "(no signature)", HoldingOf(SlotOf(KAPResource::kContainer)));
+  sum.Add(KAPResource::kContainer, "(other types)", HoldingOf(kOtherTypesSlot));
 }
 
 }  // namespace KAPHost

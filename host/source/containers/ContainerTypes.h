@@ -32,11 +32,16 @@ class ContainerTypes {
   // Null when out of memory.
   const ContainerType* Find(KAPStringAtom* instanceName, KAPStringAtom* interfaceName,
                             KAPDeleteProc deleteInstance) noexcept {
-    const std::atomic<ContainerType*>& bucket =
-        fBuckets[Bucket(instanceName, interfaceName, deleteInstance)];
-    const ContainerType* type =
-        Search(bucket.load(std::memory_order_acquire), instanceName, interfaceName, deleteInstance);
+    const ContainerType* type = FindKnown(instanceName, interfaceName, deleteInstance);
     return type ? type : Add(instanceName, interfaceName, deleteInstance);
+  }
+  // Null when there is none yet.
+  const ContainerType* FindKnown(const KAPStringAtom* instanceName,
+                                 const KAPStringAtom* interfaceName,
+                                 KAPDeleteProc deleteInstance) const noexcept {
+    const auto& bucket = fBuckets[Bucket(instanceName, interfaceName, deleteInstance)];
+    return Search(bucket.load(std::memory_order_acquire), instanceName, interfaceName,
+                  deleteInstance);
   }
 
   template <class Visit>
@@ -91,6 +96,6 @@ class ContainerTypes {
   bool fSlotTaken[kSlots] = {};
 };
 
-extern constinit ContainerTypes gContainerTypes;
+[[gnu::visibility("hidden")]] extern constinit ContainerTypes gContainerTypes;
 
 }  // namespace KAPHost

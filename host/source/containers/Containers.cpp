@@ -70,14 +70,22 @@ constinit const ContainerType kDeadType = {
   isKept ? container.fCount.Bury() : FreeRecord(&container);
 }
 
-// Returns the original of a clone; the caller releases a reference to it.
-KAPContainer* Destroy(KAPContainer& container, long references) noexcept {
+// Destroys a container that has had its last reference, or none. Returns the original of a clone;
+// the caller releases a reference to it.
+KAPContainer* Destroy(KAPContainer& container, bool hadNone) noexcept {
   if (container.fEquipment) container.fEquipment->DeleteInstances();
   if (container.fType->fDelete) container.fType->fDelete(container.fPrimary);
   const std::unique_ptr<ContainerEquipment> equipment(container.fEquipment);
-  Count(container.fType->fSlot, -1, -references);
+  Count(container.fType->fSlot, -1, hadNone ? 1 : 0);
   IsFollowing() ? Bury(container) : FreeRecord(&container);
   return equipment ? equipment->Original() : nullptr;
+}
+
+// The same for the most frequent containers: nothing can be registered for one that is dying.
+void DestroyPlain(KAPContainer& container) noexcept {
+  if (container.fType->fDelete) container.fType->fDelete(container.fPrimary);
+  Count(container.fType->fSlot, -1, 0);
+  IsFollowing() ? Bury(container) : FreeRecord(&container);
 }
 
 // Counts or reports what a release found. True when the caller must destroy the container. The
@@ -105,7 +113,7 @@ void ReleaseChain(KAPContainer& container) noexcept {
   for (KAPContainer* next = &container; next;) {
     const unsigned slot = next->fType->fSlot;
     if (!MustDestroy(*next, slot, (next->fCount.*kDrop)())) return;
-    next = Destroy(*next, 1);
+    next = Destroy(*next, false);
   }
 }
 
@@ -114,7 +122,7 @@ void ReleaseChain(KAPContainer& container) noexcept {
 KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept {
   void* storage = Allocate(sizeof(KAPContainer));
   if (!storage) return nullptr;
-  Count(type.fSlot, 1, 1);
+  Count(type.fSlot, 1, 0);
   return new (storage) KAPContainer{{}, instance, type.fSignature, &type, nullptr};
 }
 
@@ -144,6 +152,10 @@ bool AddContainerRef(KAPContainer& container) noexcept {
 }
 
 void ReleaseContainer(KAPContainer& container) noexcept {
+  if (container.fCount.HasOne() && !container.fEquipment) {
+    container.fCount.DropOnly();
+    return DestroyPlain(container);
+  }
   ReleaseChain<&RefCount::Drop>(container);
 }
 
@@ -159,7 +171,7 @@ void DropContainerRef(KAPContainer& container) noexcept {
 void DeleteUnownedContainer(KAPContainer& container) noexcept {
   if (container.fCount.IsDead()) ReportDead(&container, "release");
   if (!container.fCount.Claim()) return;
-  if (KAPContainer* original = Destroy(container, 0)) ReleaseContainer(*original);
+  if (KAPContainer* original = Destroy(container, true)) ReleaseContainer(*original);
 }
 
 }  // namespace KAPHost

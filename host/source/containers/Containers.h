@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 #include <vector>
 
+#include "accounting/Accounting.h"
 #include "base/RefCount.h"
 #include "containers/ContainerTypes.h"
+#include "heap/Heap.h"
 #include "kap/KAPTypes.h"
 
 namespace KAPHost {
@@ -61,8 +64,26 @@ static_assert(offsetof(KAPContainer, fSignature) ==
 
 namespace KAPHost {
 
+// The slot of a type counts its containers, and as the extent the references beyond one of each: so
+// making and destroying a container changes one number.
+inline Holding HoldingOf(unsigned slot) noexcept {
+  const Holding counted = TotalOf(slot);
+  return {counted.fNumber, WrappingSum(counted.fNumber, counted.fExtent)};
+}
+
 // A container with one reference; null when out of memory.
 KAPContainer* NewContainerRecord(const ContainerType& type, void* instance) noexcept;
+// The same; null also when the thread has no block at hand (see TakeAtHand).
+inline KAPContainer* NewRecordAtHand(const ContainerType& type, void* instance) noexcept {
+  ThreadAccount* const account = tAccount;
+  if (!account) [[unlikely]]
+    return nullptr;
+  void* const storage = TakeAtHand(sizeof(KAPContainer)).fBlock;
+  if (!storage) [[unlikely]]
+    return nullptr;
+  account->Add(type.fSlot, 1, 0);
+  return new (storage) KAPContainer{{}, instance, type.fSignature, &type, nullptr};
+}
 
 // A new container with the same instances and interfaces. It owns none of them and keeps the
 // original alive. Null when the original is being destroyed. Throws std::bad_alloc.

@@ -22,7 +22,7 @@ enum GateBits : unsigned {
   kGateFollowing = 32  // a ledger knows the handles that components hold
 };
 
-extern constinit std::atomic<unsigned> gGate;
+[[gnu::visibility("hidden")]] extern constinit std::atomic<unsigned> gGate;
 
 inline bool HasGateBits(unsigned bits) noexcept {
   return (gGate.load(std::memory_order_relaxed) & bits) != 0;
@@ -36,9 +36,12 @@ inline bool IsLogging() noexcept { return HasGateBits(kGateLogging); }
 
 bool FailsSlowly(KAPFault kind, std::size_t blockSize) noexcept;
 
+// Whether Fails has anything to do.
+inline bool MayFail() noexcept { return HasGateBits(kGateClosed | kGateArmed); }
+
 // Counts the call and returns whether it must fail. Without a host every call fails.
 inline bool Fails(KAPFault kind, std::size_t blockSize = 0) noexcept {
-  return HasGateBits(kGateClosed | kGateArmed) && FailsSlowly(kind, blockSize);
+  return MayFail() && FailsSlowly(kind, blockSize);
 }
 
 std::size_t ReadLimitSlowly() noexcept;

@@ -16,7 +16,7 @@ inline constexpr std::uintptr_t kRegionSize = std::uintptr_t{64} << 30;
 // Not the distance of any address that a process may have.
 inline constexpr std::uintptr_t kNoRegion = std::uintptr_t{1} << 63;
 
-inline constinit std::atomic<std::uintptr_t> gRegion{kNoRegion};
+[[gnu::visibility("hidden")]] inline constinit std::atomic<std::uintptr_t> gRegion{kNoRegion};
 
 // Whether the block is from a page. A thread that has a block of a page got it after the region was
 // reserved, so it sees the region.

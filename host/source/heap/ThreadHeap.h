@@ -30,6 +30,8 @@ class alignas(128) ThreadHeap {
 
   // Null when the current page has no free block.
   void* Take(unsigned use) noexcept { return fCurrent[use]->Take(); }
+  // The size of the blocks of the page that Take has just taken from.
+  std::size_t TakenSize(unsigned use) const noexcept { return fCurrent[use]->fBlockSize; }
   // The same, from any page of the heap, empty ones included. Null when none has a block.
   void* TakeSlowly(unsigned use) noexcept;
 
@@ -76,6 +78,6 @@ class alignas(128) ThreadHeap {
   alignas(128) std::atomic<Page*> fReturned{nullptr};
 };
 
-inline thread_local constinit ThreadHeap* tHeap = nullptr;
+[[gnu::visibility("hidden")]] inline thread_local constinit ThreadHeap* tHeap = nullptr;
 
 }  // namespace KAPHost

@@ -12,9 +12,20 @@ namespace {
 
 long SizeOf(void* block) noexcept { return static_cast<long>(UsableSize(block)); }
 
-void* Alloc(std::size_t size) noexcept {
+[[gnu::noinline]] void* AllocSlowly(std::size_t size) noexcept {
   void* const block = Allocate(size);
   if (block) Count(KAPResource::kBlock, 1, SizeOf(block));
+  return block;
+}
+
+void* Alloc(std::size_t size) noexcept {
+  ThreadAccount* const account = tAccount;
+  if (!account) [[unlikely]]
+    return AllocSlowly(size);
+  const auto [block, usable] = TakeAtHand(size);
+  if (!block) [[unlikely]]
+    return AllocSlowly(size);
+  account->Add(SlotOf(KAPResource::kBlock), 1, static_cast<long>(usable));
   return block;
 }
 
@@ -25,10 +36,19 @@ void* Realloc(void* block, std::size_t size) noexcept {
   return resized;
 }
 
-void Free(void* block) noexcept {
-  if (!block) return;
+[[gnu::noinline]] void FreeSlowly(void* block) noexcept {
   Count(KAPResource::kBlock, -1, -SizeOf(block));
   Deallocate(block);
+}
+
+void Free(void* block) noexcept {
+  if (!block) return;
+  ThreadAccount* const account = tAccount;
+  if (!account || !IsFromPage(block)) [[unlikely]]
+    return FreeSlowly(block);
+  Page& page = Page::Of(block);
+  account->Add(SlotOf(KAPResource::kBlock), -1, -static_cast<long>(page.fBlockSize));
+  FreeToPage(page, block);
 }
 
 std::size_t GetBlockSize(void* block) noexcept { return UsableSize(block); }

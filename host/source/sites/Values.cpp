@@ -16,6 +16,8 @@ namespace KAPHost {
 
 namespace {
 
+constexpr const char* kNull = "null";
+
 // Whatever the locale says.
 std::string Decimal(double value) {
   std::array<char, 32> text{};
@@ -45,6 +47,7 @@ std::string DescribeContainer(KAPContainer* container, const ContainerKind& kind
 }  // namespace
 
 std::string DescribeValue(const WatchedValue& value, const ContainerKind& kindOf) {
+  const bool isNull = value.fBits == 0;
   switch (value.fKind) {
     case ValueKind::kNothing:
       return "";
@@ -58,26 +61,22 @@ std::string DescribeValue(const WatchedValue& value, const ContainerKind& kindOf
       return Decimal(std::bit_cast<double>(value.fBits));
     case ValueKind::kOther:
       return "...";
-    default:
-      break;
-  }
-  if (value.fBits == 0) return "null";
-  switch (value.fKind) {
     case ValueKind::kText:
-      return Quoted(value.As<const char*>());
+      return isNull ? kNull : Quoted(value.As<const char*>());
     case ValueKind::kAtom:
-      return Quoted(value.As<KAPStringAtom*>()->Text());
+      return isNull ? kNull : Quoted(value.As<KAPStringAtom*>()->Text());
     case ValueKind::kError:
-      return "error " + Quoted(MessageOf(*value.As<KAPError*>()));
+      return isNull ? kNull : "error " + Quoted(MessageOf(*value.As<KAPError*>()));
     case ValueKind::kContainer:
-      return DescribeContainer(value.As<KAPContainer*>(), kindOf);
+      return isNull ? kNull : DescribeContainer(value.As<KAPContainer*>(), kindOf);
     case ValueKind::kBuffer:
-      return "buffer";
+      return isNull ? kNull : "buffer";
     case ValueKind::kPlace:
-      return Hexadecimal("&", value.fBits);
-    default:
-      return Hexadecimal("0x", value.fBits);
+      return isNull ? kNull : Hexadecimal("&", value.fBits);
+    case ValueKind::kPointer:
+      return isNull ? kNull : Hexadecimal("0x", value.fBits);
   }
+  return {};
 }
 
 WatchedValue ValueAt(const WatchedValue& place) noexcept {

@@ -117,9 +117,7 @@ std::mutex& OpenFile::Mutex() noexcept { return gFilesMutex; }
 
 void OpenFile::AddAll(HoldingSum& sum) {
   const std::lock_guard lock(gFilesMutex);
-  gFiles.ForEach([&](const OpenFile& file) {
-    sum.Add(KAPResource::kFile, file.fPath, {1, 0});
-  });
+  gFiles.ForEach([&](const OpenFile& file) { sum.Add(KAPResource::kFile, file.fPath, {1, 0}); });
 }
 
 template <>

@@ -13,15 +13,6 @@
 
 namespace KAPHost {
 
-namespace {
-
-using HostStreamSet = KAP_T_MT::TKAPInterfaceSet<
-    KAP_T_MT::KAPSimpleStreamInterface, KAP_T_MT::KAPRewindableStreamInterface,
-    KAP_T_MT::KAPPositionableStreamInterface, KAP_T_MT::KAPDataStoreInterface,
-    KAP_T_MT::KAPSizedDataStoreInterface, KAP_T_MT::KAPDataBlockStreamInterface>;
-
-}  // namespace
-
 // ---- Which procedure observes which ----
 
 Watcher::Watcher(DebugOptions options, std::unique_ptr<TraceWriter> trace, bool checks,
@@ -36,9 +27,11 @@ Watcher::Watcher(DebugOptions options, std::unique_ptr<TraceWriter> trace, bool 
   }
   // The first stack of a process loads a library. Later ones may be wanted under locks.
   if (fOptions.fStacks) CaptureStack(nullptr);
-  const auto ofStreams = Declare<HostStreamSet>();
+  const auto ofStreams =
+      Declare<KAP_T_MT::KAPStreamInterfaceSet, KAP_T_MT::KAPDataStoreInterfaceSet>();
   fStreamMethods.insert(ofStreams.begin(), ofStreams.end());
-  auto methods = Declare<KAP_T_MT::KAPHostInterfaceSet, HostStreamSet>();
+  auto methods = Declare<KAP_T_MT::KAPHostInterfaceSet>();
+  methods.insert(methods.end(), ofStreams.begin(), ofStreams.end());
   methods.insert(methods.end(), fOptions.fDeclared.begin(), fOptions.fDeclared.end());
   for (const DeclaredMethod* method : methods) {
     fMethods[method->fMethod].push_back(method);
@@ -105,6 +98,7 @@ void* Watcher::Watch(const char* interfaceName, const char* methodName, const ch
   chosen->fMethod = method;
   chosen->fInterface = names->insert(interfaceName).first->c_str();
   chosen->fCallee = isHosts ? kHost : NameOfCodeAt(proc);
+  chosen->fIsLeft = false;
   chosen->fTarget.store(proc, std::memory_order_release);
   return method->fEntries[static_cast<std::size_t>(chosen - method->fProcs)];
 }
@@ -114,6 +108,13 @@ void Watcher::AcceptUnknown(const Snapshot& held) {
   for (const KAPResource resource :
        {KAPResource::kAtom, KAPResource::kError, KAPResource::kContainer, KAPResource::kBuffer}) {
     if (held.Total(resource) != Holding()) fChecker->AcceptUnknown(resource);
+  }
+}
+
+void Watcher::NoteLeft(const Span& span) {
+  const std::lock_guard lock(fMutex);
+  for (WatchedProc* const proc : fTaken) {
+    if (span.Contains(proc->fTarget.load())) proc->fIsLeft = true;
   }
 }
 
@@ -131,7 +132,10 @@ void Watcher::Begin(WatchedCall& call) {
     call.fTraced = std::make_unique<TraceEntry>(fTrace->Begin(&call, observed));
     ++tThread.fDepth;
   }
-  if (fChecker) Report(fChecker->Begin(observed, call.fIsRefused, call.fObject));
+  if (fChecker) {
+    if (call.fProc.fIsLeft) Report("call of a procedure whose component was unloaded", nullptr);
+    Report(fChecker->Begin(observed, call.fIsRefused, call.fObject));
+  }
   if (!fLedger || call.fIsRefused) return;
   const void* const overReleased = CountReleases(*fLedger, observed);
   if (!overReleased || !fChecker || fChecker->AcceptsUnknown(ResourceOf(call.fArguments[0].fKind)))

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Modules.h"
 #include "checks/Checker.h"
 #include "checks/Ledger.h"
 #include "kaphost/Debug.h"
@@ -45,6 +46,9 @@ class Watcher final : public HandleObserver {
   // The component is bound anew: by whichever thread is the first.
   void ForgetBinding(const char* component);
 
+  // Code in the span was unloaded while its procedures were registered: calls of them are misuse.
+  void NoteLeft(const Span& span);
+
   // For WatchedCall. Begin and End throw std::bad_alloc, Leave undoes all that Begin did.
   void Begin(WatchedCall& call);
   void End(WatchedCall& call, const WatchedValue* result);
@@ -79,7 +83,7 @@ class Watcher final : public HandleObserver {
   std::unordered_set<const DeclaredMethod*> fStreamMethods;
   std::unordered_set<const void*> fEntries;  // the observing procedures
   std::mutex fMutex;
-  std::unordered_set<const WatchedProc*> fTaken;  // by this host
+  std::unordered_set<WatchedProc*> fTaken;  // by this host
   std::unique_ptr<Ledger> fLedger;
   std::unique_ptr<Checker> fChecker;
   std::unique_ptr<CallTrace> fTrace;

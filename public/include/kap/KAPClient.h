@@ -45,7 +45,8 @@ namespace [[gnu::visibility("hidden")]] KAP_T_MT {
 void KAPClientTerminate();
 
 // Ends the binding at process exit, when the host may be gone: forgets everything and calls nothing
-// in the host. Objects destroyed afterwards make no host call either.
+// in the host. Objects destroyed afterwards make no host call either: the slots of the methods that
+// would release them are empty (TKAPProcTable::CallReleasing).
 void KAPClientKill() noexcept;
 
 // The runtime cannot be bound; the message says why. A std::runtime_error with a text of its own,

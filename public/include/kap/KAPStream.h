@@ -27,8 +27,9 @@
 // method, which costs a few loads; a table kept in the object would not follow the host's changes.
 //
 // Ownership: a reference holds one reference to the container, released on destruction; copies
-//   share the stream and its position. A client object that is handed over belongs to the host
-//   afterwards; if the host makes no stream for it, it is deleted.
+//   share the stream and its position. After the binding, at process exit as well, the release is a
+//   no-op (KAPClientKill): what the host has buffered may be lost. A client object that is handed
+//   over belongs to the host afterwards; if the host makes no stream for it, it is deleted.
 // Errors: throws the error that the stream returns. At construction, CKAPError "invalid container"
 //   for null or a container without the methods, and "couldn't get signature" for a container
 //   without a primary instance. "invalid container" for calls on a reference that was moved from. A

@@ -162,4 +162,11 @@ struct KAPDataBlockStreamInterface
                     TKAPMethod<"Rewind", "KAPDataBlockStreamRewindProc",
                                KAPError*(KAPDataBlockStream* stream)>> {};
 
+// The interfaces of streams, each with what the ones before it lack, and those of data stores.
+using KAPStreamInterfaceSet =
+    TKAPInterfaceSet<KAPSimpleStreamInterface, KAPRewindableStreamInterface,
+                     KAPPositionableStreamInterface>;
+using KAPDataStoreInterfaceSet = TKAPInterfaceSet<KAPDataStoreInterface, KAPSizedDataStoreInterface,
+                                                  KAPDataBlockStreamInterface>;
+
 }  // namespace KAP_T_MT

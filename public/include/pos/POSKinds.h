@@ -6,13 +6,16 @@
 
 #include "kap/KAPTypes.h"
 
-// The kinds of property object: the one list of them. Everything that handles kinds one by one is
-// tied to it, so that a new kind cannot be forgotten:
+// The kinds of property object: the one list of them. The library and posutil are tied to it
+// wherever they treat kinds one by one, so that a new kind cannot be forgotten there:
 //
 //   - A function of the kind is a `switch` over POSType without `default:`. The compiler names the
 //     enumerator that is not handled.
 //   - A table or a list of classes, one row or class a kind, is checked against kPOSTypes with
 //     POSCoverEveryKind in a static_assert.
+//
+// Members named after kinds, such as CPOSDict::GetNumber, are not tied to it: nothing goes wrong
+// without one.
 //
 // Example: a dispatch that no longer compiles once there is an eighth kind.
 //

@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 
 namespace PosUtil {
 
@@ -17,14 +18,28 @@ bool IsWhole(double number) {
          !(number == 0 && std::signbit(number));
 }
 
+// Most numbers fit in 32 bits, whose division is faster.
+char* WriteWhole(char* place, char* end, long long number) {
+  if (number >= 0 && number <= UINT32_MAX) {
+    return std::to_chars(place, end, static_cast<std::uint32_t>(number)).ptr;
+  }
+  return std::to_chars(place, end, number).ptr;
+}
+
 }  // namespace
 
+char* WriteDecimal(char* place, double number) {
+  char* const end = place + kLongestDecimal;
+  return IsWhole(number) ? WriteWhole(place, end, static_cast<long long>(number))
+                         : std::to_chars(place, end, number).ptr;
+}
+
 DecimalText::DecimalText(double number, Form form) {
-  char* const end = fText + sizeof fText;
-  const auto result = IsWhole(number) ? std::to_chars(fText, end, static_cast<long long>(number))
-                      : form == kAny  ? std::to_chars(fText, end, number)
-                                      : std::to_chars(fText, end, number, std::chars_format::fixed);
-  fLength = static_cast<std::size_t>(result.ptr - fText);
+  const bool isPlain = form == kAny || IsWhole(number);
+  char* const end =
+      isPlain ? WriteDecimal(fText, number)
+              : std::to_chars(fText, fText + sizeof fText, number, std::chars_format::fixed).ptr;
+  fLength = static_cast<std::size_t>(end - fText);
 }
 
 }  // namespace PosUtil

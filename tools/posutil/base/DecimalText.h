@@ -6,6 +6,10 @@
 
 namespace PosUtil {
 
+// Writes the text of DecimalText to a place for kLongestDecimal characters; returns its end.
+inline constexpr std::size_t kLongestDecimal = 32;
+char* WriteDecimal(char* place, double number);
+
 // A number as the shortest decimal text that reads back as the same number, in any locale.
 class DecimalText {
  public:

@@ -3,7 +3,7 @@
 
 #include <emmintrin.h>
 
-#include <bit>
+#include <algorithm>
 
 namespace PosUtil {
 
@@ -24,10 +24,17 @@ struct Characters {
 template <class IsCounted>
 std::size_t Count(std::string_view bytes, IsCounted isCounted) {
   std::size_t count = 0;
-  for (; bytes.size() >= 16; bytes.remove_prefix(16)) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes.data()));
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(isCounted(block)));
-    count += static_cast<std::size_t>(std::popcount(mask));
+  while (bytes.size() >= 16) {
+    // Sixteen counters of a byte, for as many blocks as a byte can count.
+    const std::size_t blocks = std::min<std::size_t>(bytes.size() / 16, 255);
+    __m128i counters = _mm_setzero_si128();
+    for (std::size_t i = 0; i < blocks; ++i) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes.data()) + i);
+      counters = _mm_sub_epi8(counters, isCounted(block));  // a counted byte is -1
+    }
+    const __m128i sums = _mm_sad_epu8(counters, _mm_setzero_si128());
+    count += static_cast<std::size_t>(_mm_extract_epi16(sums, 0) + _mm_extract_epi16(sums, 4));
+    bytes.remove_prefix(blocks * 16);
   }
   for (const char c : bytes) count += isCounted(c);
   return count;

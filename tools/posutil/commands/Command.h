@@ -22,6 +22,8 @@ class Command : public Registered<Command> {
   // May change the arguments of the program before the parser sees them. The program's name is not
   // among them.
   virtual void Prepare(std::vector<std::string>& /*arguments*/) const {}
+  // Returns whether it uses the declarations of the other commands.
+  virtual bool DescribesAll() const { return false; }
   // Runs the command. Throws Failure.
   virtual ExitStatus Run(Session& session) = 0;
 

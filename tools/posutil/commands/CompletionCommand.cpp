@@ -33,6 +33,8 @@ class CompletionCommand final : public Command {
         "  posutil completion zsh > ~/.zfunc/_posutil");
   }
 
+  bool DescribesAll() const override { return true; }
+
   ExitStatus Run(Session& session) override {
     for (const auto& [name, script] : kShells) {
       if (fShell == name) session.Out().Put(script(DeclarationsOf(*fProgram)));

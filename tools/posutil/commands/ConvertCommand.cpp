@@ -38,13 +38,12 @@ class ConvertCommand final : public Command {
     fDocuments.SetLoss(session, isItself ? LossMode::kError : LossMode::kWarn);
     fDocuments.Format();  // wrong usage ends the command before it creates a file
     const Reader& format = FormatOfOutput(fFormat, fFile, "--to");
-    const Writer* const writer = FindFormat<Writer>(format.kName);
-    if (!writer) throw Failure(std::string("cannot write the format ") + format.kName, kExitUsage);
+    const Writer& writer = *FindFormat<Writer>(format.kName);
     std::optional<Destination> destination;
     if (fFile != "-") destination.emplace(fFile);
     if (isItself) destination->RequireOld();
     Output& out = destination ? destination->Out() : session.Out();
-    fDocuments.Write(*writer, writer->kEnd, Style(), session, out);
+    fDocuments.Write(writer, writer.kEnd, Style(), session, out);
     session.CheckReports();  // a late report leaves OUT unchanged
     if (destination) destination->Commit();
     return kExitSuccess;

@@ -54,21 +54,45 @@ class GetCommand final : public Command {
     fDocument.SetLoss(session);
     const auto documents = fDocument.Open(session.Out(), session);
     ExitStatus status = kExitSuccess;
-    fDocument.ForEach(*documents, session.Out(), [&](const CPOSObject& root, std::size_t number) {
+    const auto print = [&](const CPOSObject& root, std::size_t number) {
       try {
         if (!PrintValues(root, fDocument.Name(number), session)) status = kExitNegative;
       } catch (const ValueFailure& failure) {
         fDocument.FailWithPlace(failure, number, *documents, session);
       }
-    });
+    };
+    fDocument.ForEach(*documents, session.Out(), session, print);
     return status;
   }
 
  private:
   static std::vector<std::string> TypeNames() {
     std::vector<std::string> names;
-    for (const auto& [name, type] : kTypes) names.emplace_back(name);
+    for (const POSType type : kPOSTypes) {
+      if (const char* const name = TypeName(type)) names.emplace_back(name);
+    }
     return names;
+  }
+
+  // What --type calls a kind; null for one that no document holds.
+  static constexpr const char* TypeName(POSType type) {
+    switch (type) {
+      case kPOSNumber:
+        return "number";
+      case kPOSString:
+        return "string";
+      case kPOSUnicodeString:
+        return "unicode";
+      case kPOSBinData:
+        return "binary";
+      case kPOSRawPointer:
+        return nullptr;
+      case kPOSArray:
+        return "array";
+      case kPOSDict:
+        return "dict";
+    }
+    return nullptr;
   }
 
   // Returns false if a path has no value, or one of another kind than --type.
@@ -105,9 +129,10 @@ class GetCommand final : public Command {
   }
 
   int WantedType() const {
-    const auto* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
-                                           [this](const auto& row) { return fType == row.fName; });
-    return found->fType;
+    return *std::find_if(std::begin(kPOSTypes), std::end(kPOSTypes), [this](POSType type) {
+      const char* const name = TypeName(type);
+      return name && fType == name;
+    });
   }
   bool HasType(const CPOSObject& value, LossMode loss) const {
     return fType.empty() || TypeOf(value, loss) == WantedType();
@@ -145,12 +170,6 @@ class GetCommand final : public Command {
     }
     return true;
   }
-
-  static constexpr struct {
-    const char* fName;
-    POSType fType;
-  } kTypes[] = {{"number", kPOSNumber},  {"string", kPOSString}, {"unicode", kPOSUnicodeString},
-                {"binary", kPOSBinData}, {"array", kPOSArray},   {"dict", kPOSDict}};
 
   DocumentArgument fDocument;
   std::vector<std::string> fPaths;

@@ -19,6 +19,8 @@ class ManualCommand final : public Command {
         "  posutil manual | man -l -");
   }
 
+  bool DescribesAll() const override { return true; }
+
   ExitStatus Run(Session& session) override {
     session.Out().Put(ManualPage(DeclarationsOf(*fProgram)));
     return kExitSuccess;

@@ -41,7 +41,7 @@ class PathsCommand final : public Command {
       Visit(object, fDocument.Name(number), lines);
       session.TheLibrary().CheckReports(fDocument.Name(number));
     };
-    fDocument.ForEach(*documents, session.Out(), print);
+    fDocument.ForEach(*documents, session.Out(), session, print);
     return kExitSuccess;
   }
 

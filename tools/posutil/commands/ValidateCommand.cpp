@@ -138,6 +138,7 @@ class ValidateCommand final : public Command {
     });
     const ExitStatus status = report.Finish();
     if (!pool.HasFailed() || status == kExitFailure) return status;
+    session.Out().Flush();  // the verdicts are complete
     throw Failure("a process that checked files has failed");
   }
 

@@ -29,7 +29,7 @@ void WaitForRoom(int descriptor) {
 
 }  // namespace
 
-void Output::PutRepeated(char character, std::size_t count) {
+void Output::PutMany(char character, std::size_t count) {
   while (count > 0) {
     if (fUsed == kCapacity) MakeRoom();
     const std::size_t chunk = std::min(count, kCapacity - fUsed);

@@ -33,7 +33,17 @@ class Output {
     std::memcpy(fBuffer.get() + fUsed, text.data(), text.size());
     fUsed += text.size();
   }
-  void PutRepeated(char character, std::size_t count);
+  void PutRepeated(char character, std::size_t count) {
+    if (count > kFewBytes || kFewBytes > kCapacity - fUsed) return PutMany(character, count);
+    std::memset(fBuffer.get() + fUsed, character, kFewBytes);  // no call, as the size is constant
+    fUsed += count;
+  }
+  // Has `write` put at most `most` bytes at a place and return their end. `most` is small.
+  template <class Write>
+  void PutInPlace(std::size_t most, Write write) {
+    if (most > kCapacity - fUsed) MakeRoom();
+    fUsed = static_cast<std::size_t>(write(fBuffer.get() + fUsed) - fBuffer.get());
+  }
 
   // For several documents: from now on, only whole ones are written, until a Flush. It costs the
   // memory of the largest.
@@ -48,8 +58,10 @@ class Output {
 
  private:
   static constexpr std::size_t kCapacity = 64 * 1024;
+  static constexpr std::size_t kFewBytes = 32;
 
   void PutLong(std::string_view text);
+  void PutMany(char character, std::size_t count);
   void MakeRoom();
   void Write(const char* data, std::size_t size);
 

@@ -82,15 +82,17 @@ struct Renames {
 
   // Returns 0, or errno.
   int Run() const noexcept {
-    int error = 0;
-    if (::renameat(fFolder, fNew, fFolder, fName) != 0) {
-      error = errno;
-      ::unlinkat(fFolder, fNew, 0);
-      ::unlinkat(fFolder, fOld, 0);
-    } else if (!KeepOld()) {
-      error = errno;
-      ::renameat(fFolder, fOld, fFolder, fName);  // back
-    }
+    if (::renameat(fFolder, fNew, fFolder, fName) != 0) return Undo();
+    if (KeepOld()) return 0;
+    const int error = errno;
+    ::renameat(fFolder, fOld, fFolder, fName);  // back
+    return error;
+  }
+  // Takes the hidden names away; returns errno as it was before.
+  int Undo() const noexcept {
+    const int error = errno;
+    ::unlinkat(fFolder, fNew, 0);
+    ::unlinkat(fFolder, fOld, 0);
     return error;
   }
   bool KeepOld() const noexcept { return ::renameat(fFolder, fOld, fFolder, fKept) == 0; }
@@ -126,6 +128,7 @@ bool Copy(int from, int to) {
 }
 
 constexpr int kDied = -1;
+constexpr int kNoSecondName = 255;  // not an errno: the old file cannot be linked
 
 // Returns what `work` returns, or kDied. The work is in a child in a session of its own: a kill of
 // this process, or of its group, cannot come between two steps of it.
@@ -231,9 +234,10 @@ void TemporaryFile::CheckReplaced() const {
   }
 }
 
-// The old file first gets a hidden name, and the name of an older copy only when the new file is at
-// its place: a failure before that leaves the copy. The place is looked at only if the child died,
-// as in ReplaceByLink.
+// The old file first gets a hidden name, as a second link (the rights, the times and the owner stay)
+// or, where that cannot be, as a copy. It gets the name of an older copy only when the new file is
+// at its place: a failure before that leaves that copy. The place is looked at only if the child
+// died, as in ReplaceByLink.
 void TemporaryFile::ReplaceAndKeep() {
   const BlockedSignals blocked;
   const int folder = fPlace.fFolder.Get();
@@ -243,16 +247,24 @@ void TemporaryFile::ReplaceAndKeep() {
     errno = EISDIR;
     ThrowFileError(fFileName + fKeptSuffix);
   }
-  GiveReplacedName(old.fName);
-  CheckReplaced();
   const bool isNamed = std::exchange(fHasName, true);  // perhaps, if the child dies
   if (!isNamed) fTemporaryName = NameBeside(fPlace.fName);
+  const std::string oldFile = PathOf(fReplaced);
   const std::string file = PathOf(fFile);
   const Renames renames = {folder, fTemporaryName.c_str(), fPlace.fName.c_str(), old.fName.c_str(),
                            kept.c_str()};
-  int error = RunInChild([&]() noexcept {
-    return isNamed || Link(file.c_str(), folder, renames.fNew) ? renames.Run() : errno;
-  });
+  const auto replace = [&](bool isCopied) {
+    return RunInChild([&]() noexcept {
+      if (!isCopied && !Link(oldFile.c_str(), folder, renames.fOld)) return kNoSecondName;
+      return isNamed || Link(file.c_str(), folder, renames.fNew) ? renames.Run() : renames.Undo();
+    });
+  };
+  int error = replace(false);
+  if (error == kNoSecondName) {
+    CopyReplaced(old.fName);
+    CheckReplaced();
+    error = replace(true);
+  }
   if (error == kDied) {
     error = !fPlace.Holds(fFile.Get()) ? EINTR : renames.KeepOld() || errno == ENOENT ? 0 : errno;
   }
@@ -262,12 +274,9 @@ void TemporaryFile::ReplaceAndKeep() {
   Fail();
 }
 
-// As a second link: the rights, the times and the owner stay. Some file systems have none, and some
-// systems do not link a file of another user.
-void TemporaryFile::GiveReplacedName(const std::string& name) const {
-  const std::string file = PathOf(fReplaced);
-  if (Link(file.c_str(), fPlace.fFolder.Get(), name.c_str())) return;
-  const Descriptor from(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+// Some file systems have no second links, and some systems do not link a file of another user.
+void TemporaryFile::CopyReplaced(const std::string& name) const {
+  const Descriptor from(::open(PathOf(fReplaced).c_str(), O_RDONLY | O_CLOEXEC));
   const Descriptor to(
       ::openat(fPlace.fFolder.Get(), name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
   if (!from || !to || !Copy(from.Get(), to.Get())) ThrowFileError(fFileName + fKeptSuffix);

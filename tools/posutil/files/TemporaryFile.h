@@ -45,7 +45,7 @@ class TemporaryFile {
   void ReplaceByLink();
   void RemoveName();
   void ReplaceAndKeep();
-  void GiveReplacedName(const std::string& name) const;
+  void CopyReplaced(const std::string& name) const;
   void CheckReplaced() const;
   [[noreturn]] void Fail() const { ThrowFileError(fFileName); }
 

@@ -72,11 +72,14 @@ class Reader : public Registered<Reader> {
   // which lies outside of tokens, and the key that a token stands for.
   virtual Token NextToken(std::string_view text, std::size_t at) const = 0;
   virtual std::string KeyOf(std::string_view token) const = 0;
+  // The key of a dictionary in the text that stands for the value of this key; empty if the format
+  // has none.
+  virtual std::string WrapperKey() const { return ""; }
 
   // The reader for the ending of the file name, or null.
   static const Reader* ForEnding(const std::string& fileName);
   // The reader for the ending of the file name or, if no reader has it, for the beginning of the
-  // file; null if that shows no format. Remembers the answer. Throws Failure for a file that it
+  // file; null if that shows no format. Remembers the result. Throws Failure for a file that it
   // cannot read. Any thread.
   static const Reader* ForFile(const std::string& fileName);
   // Returns whether the file is short and has nothing but white space.
@@ -125,7 +128,7 @@ class Writer : public Registered<Writer> {
   ~Writer() = default;
 };
 
-// The reader or writer of the name, or null.
+// The reader or writer of the name, or null. Each reader has a writer of its name.
 template <class Format>
 const Format* FindFormat(std::string_view name) {
   for (const Format* format : Format::All()) {

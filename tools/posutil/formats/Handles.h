@@ -10,6 +10,7 @@ namespace PosUtil {
 
 // The plain procedures, for documents with many values. The typed wrappers first look up the kind
 // and the methods of each object, which takes longer than the call itself.
+using Objects = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSObjectInterface>;
 using Numbers = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSNumberInterface>;
 using Strings = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSStringInterface>;
 using UnicodeStrings = KAP_T_MT::TKAPInterfaceClient<KAP_T_MT::POSUnicodeStringInterface>;

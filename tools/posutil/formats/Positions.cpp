@@ -2,7 +2,6 @@
 #include "formats/Positions.h"
 
 #include "formats/Token.h"
-#include "formats/json/TaggedJson.h"
 
 namespace PosUtil {
 
@@ -52,6 +51,7 @@ const Positions::Children& Positions::ChildrenOf(std::uint32_t node) {
 
 std::size_t Positions::Find(const ValuePath& path, Part part) {
   if (fNodes.empty()) return fText.size();
+  const std::string wrapper = fReader.WrapperKey();
   std::uint32_t node = 0;
   for (const PathStep& step : path) {
     const Children* children = &ChildrenOf(node);
@@ -61,8 +61,8 @@ std::size_t Positions::Find(const ValuePath& path, Part part) {
       continue;
     }
     auto found = children->fByKey.find(step.fKey);
-    while (found == children->fByKey.end()) {  // perhaps one level deeper: see TaggedJson.h
-      found = children->fByKey.find(kObjectTag);
+    while (found == children->fByKey.end()) {  // perhaps one level deeper
+      found = wrapper.empty() ? children->fByKey.end() : children->fByKey.find(wrapper);
       if (found == children->fByKey.end()) return fNodes[node].fBegin;
       children = &ChildrenOf(node = found->second);
       found = children->fByKey.find(step.fKey);

@@ -57,7 +57,7 @@ class Walk {
     POSObject* const handle = object.Handle();
     fVisitor.At(place);
     // Without a default, so that the compiler finds a kind that is missing here.
-    switch (static_cast<KAP_T_MT::POSType>(object.GetType())) {
+    switch (static_cast<KAP_T_MT::POSType>(Objects::Call<"GetType">(handle))) {
       case KAP_T_MT::kPOSNumber:
         return fVisitor.Number(Numbers::Call<"Get">(handle));
       case KAP_T_MT::kPOSString:

@@ -18,9 +18,6 @@ namespace PosUtil {
 
 namespace {
 
-using DirInterfaceSet = KAP_T_MT::TKAPInterfaceSet<KAP_T_MT::KAPUtilsDirInterface,
-                                                   KAP_T_MT::KAPUtilsTempFileStreamFactory>;
-
 constexpr char kLibraryName[] = "libKAPUtils.so";
 
 // Where the library is, relative to this program: the installed plug-in, then the places of a
@@ -78,7 +75,7 @@ KAPHost::HostOptions Library::Options(const std::string& trace) {
   };
   options.fDebug.fDeclared =
       KAPHost::Declare<KAP_T_MT::POSInterfaceSet, KAP_T_MT::POSStreamerInterfaceSet,
-                       KAP_T_MT::POSValidatorInterfaceSet, DirInterfaceSet>();
+                       KAP_T_MT::POSValidatorInterfaceSet, KAP_T_MT::KAPUtilsDirInterfaceSet>();
   options.fDebug.fKindOf = [this](const char* signature, KAPContainer* object) {
     return KindOf(fHost, signature, object);
   };

@@ -5,9 +5,12 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "base/Failure.h"
 #include "base/Loss.h"
 #include "files/Output.h"
+#include "pos/POSObject.h"
 #include "program/Library.h"
 #include "terminal/Progress.h"
 #include "terminal/Style.h"
@@ -46,9 +49,14 @@ class Session {
 
   // Throws Failure if the library has reported anything.
   void CheckReports();
+  // Keeps a document that a command no longer needs until EndProcess, which may spare its release.
+  void KeepToEnd(KAP_T_MT::CPOSObject document) { fKept.push_back(std::move(document)); }
   // Completes a command: writes the rest of the output. Throws Failure if output is lost or the
   // library has reported anything.
   void Finish();
+  // After Finish: ends the process at once, or returns if something watches what is released: a
+  // trace, KAPHOST_DEBUG, a build with assertions.
+  void EndProcess(ExitStatus status);
 
   // Prints lines to standard error as they are, without the last line end.
   void PutMessage(const std::string& text);
@@ -56,9 +64,12 @@ class Session {
  private:
   friend class MessageRedirection;
 
+  bool EndsAtOnce() const;
+
   std::string fLibraryPath;
   std::string fTracePath;
   std::optional<Library> fLibrary;
+  std::vector<KAP_T_MT::CPOSObject> fKept;
   LossMode fLoss = LossMode::kWarn;
   std::function<void()> fIdle;
   std::function<void(const std::string&)> fRedirection;

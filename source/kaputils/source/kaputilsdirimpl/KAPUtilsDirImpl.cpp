@@ -12,6 +12,7 @@
 #include "kapimpl/base/Required.h"
 #include "kaputilsdirimpl/TempFileStream.h"
 #include "kaputilsdirimpl/UnixKAPUtilsDirImpl.h"
+#include "posimpl/procs/RegisteredSet.h"
 
 namespace NKAPUtilsDirImpl {
 
@@ -94,25 +95,32 @@ KAPError* KAPUtilsNewTempFileStream(KAPPositionableStream** out, const char* pre
   });
 }
 
-bool RegisterDirectories() {
+}  // namespace
+}  // namespace NKAPUtilsDirImpl
+
+template <>
+bool NPOSObjectImpl::RegisterProcs<KAP_T_MT::KAPUtilsDirInterface>() {
+  using namespace NKAPUtilsDirImpl;
   return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::KAPUtilsDirInterface>(
       &KAPUtilsDirGetTempDir, &KAPUtilsDirGetCurrent, &KAPUtilsDirNewKAPUtilsDir,
       &KAPUtilsDirFileExists, &KAPUtilsDirDelete, &KAPUtilsDirRename, &KAPUtilsDirGetFilePathSpec,
       &KAPUtilsDirCreateUniqueFilename);
 }
 
-bool RegisterTempFileStreams() {
+template <>
+bool NPOSObjectImpl::RegisterProcs<KAP_T_MT::KAPUtilsTempFileStreamFactory>() {
   return KAP_T_MT::KAPRegisterInterface<KAP_T_MT::KAPUtilsTempFileStreamFactory>(
-      &KAPUtilsNewTempFileStream);
+      &NKAPUtilsDirImpl::KAPUtilsNewTempFileStream);
 }
 
-}  // namespace
+namespace NKAPUtilsDirImpl {
 
-bool RegisterKAPUtilsDirImpl() { return RegisterDirectories() && RegisterTempFileStreams(); }
+bool RegisterKAPUtilsDirImpl() {
+  return NPOSObjectImpl::RegisterSet<KAP_T_MT::KAPUtilsDirInterfaceSet>();
+}
 
 void UnregisterKAPUtilsDirImpl() {
-  KAP_T_MT::KAPUnregisterInterface(KAP_T_MT::KAPUtilsDirInterface::kName);
-  KAP_T_MT::KAPUnregisterInterface(KAP_T_MT::KAPUtilsTempFileStreamFactory::kName);
+  NPOSObjectImpl::UnregisterSet<KAP_T_MT::KAPUtilsDirInterfaceSet>();
 }
 
 }  // namespace NKAPUtilsDirImpl

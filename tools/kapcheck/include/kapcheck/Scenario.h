@@ -35,8 +35,8 @@
 // Exports a function of the plug-in.
 #define KAP_CHECK_EXPORT extern "C" [[gnu::visibility("default")]]
 
-// Declares one or more interfaces (TKAPInterface). Use it once in a plug-in, outside all
-// namespaces.
+// Declares one or more interfaces (TKAPInterface) or sets of them (TKAPInterfaceSet). Use it once
+// in a plug-in, outside all namespaces.
 #define KAP_CHECK_DECLARE(...)                                                                   \
   KAP_CHECK_EXPORT const KAPCheck::DeclaredMethod* KAPCheckDeclarations(std::size_t* outCount) { \
     using Table = KAPCheck::TDeclarations<__VA_ARGS__>;                                          \
@@ -203,17 +203,34 @@ constexpr auto MethodsOf() {
   (std::make_index_sequence<Interface::kCount>());
 }
 
-// The methods of all interfaces, in order.
-template <class... Interfaces>
+// Calls visit.operator()<Interface>() for an interface, or for each one of a set.
+template <class Declared, class Visitor>
+constexpr void VisitInterfaces(Visitor&& visit) {
+  if constexpr (requires { Declared::kName; }) {
+    visit.template operator()<Declared>();
+  } else {
+    Declared::ForEach(visit);
+  }
+}
+
+// The methods of all interfaces and sets, in order.
+template <class... Declared>
 struct TDeclarations {
+  // How many there are.
+  static constexpr std::size_t kCount = [] {
+    std::size_t count = 0;
+    const auto add = [&]<class Interface>() { count += Interface::kCount; };
+    (VisitInterfaces<Declared>(add), ...);
+    return count;
+  }();
   // The methods, one after another.
   static constexpr auto kMethods = [] {
-    std::array<DeclaredMethod, (Interfaces::kCount + ...)> all{};
+    std::array<DeclaredMethod, kCount> all{};
     std::size_t filled = 0;
-    const auto append = [&](const auto& methods) {
-      for (const DeclaredMethod& method : methods) all[filled++] = method;
+    const auto append = [&]<class Interface>() {
+      for (const DeclaredMethod& method : MethodsOf<Interface>()) all[filled++] = method;
     };
-    (append(MethodsOf<Interfaces>()), ...);
+    (VisitInterfaces<Declared>(append), ...);
     return all;
   }();
 };

@@ -38,10 +38,7 @@ void ChangedDocument::Begin(Session& session) const {
   if (Suffix().find('/') != std::string::npos) {
     throw Failure("the suffix of --in-place is not a part of a file name", kExitUsage);
   }
-  const char* const format = fDocument.Format().kName;
-  if (!FindFormat<Writer>(format)) {
-    throw Failure(std::string("cannot write the format ") + format, kExitUsage);
-  }
+  fDocument.Format();  // wrong usage ends the command before it reads anything
 }
 
 void ChangedDocument::Run(Session& session, const DocumentArgument::Change& change) const {

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <string_view>
 
 namespace PosUtil {
 
@@ -18,10 +19,12 @@ bool IsWord(const std::string& text) {
 }
 
 // From "N|tab", only "tab": a word in capitals is a placeholder.
-std::vector<std::string> ChoicesIn(const std::string& values) {
+std::vector<std::string> ChoicesIn(std::string_view values) {
   std::vector<std::string> choices;
-  if (values.find('|') == std::string::npos) return choices;
-  for (const std::string& value : CLI::detail::split(values, '|')) {
+  if (values.find('|') == std::string_view::npos) return choices;
+  while (!values.empty()) {
+    const std::string value(values.substr(0, values.find('|')));
+    values.remove_prefix(std::min(value.size() + 1, values.size()));
     if (IsWord(value)) choices.push_back(value);
   }
   return choices;
@@ -45,8 +48,14 @@ void Declare(const CLI::App& app, std::vector<DeclaredOption>& options,
 
 void MarkFile(CLI::Option& option) { option.type_name(kFileType); }
 
+// Not by a string stream, as CLI11 does it: that takes a lack of memory for the end of the text.
 std::string Joined(const std::vector<std::string>& words, const std::string& between) {
-  return CLI::detail::join(words, between);
+  std::string joined;
+  for (const std::string& word : words) {
+    if (&word != words.data()) joined += between;
+    joined += word;
+  }
+  return joined;
 }
 
 DeclaredOption DeclarationOf(const CLI::Option& option) {

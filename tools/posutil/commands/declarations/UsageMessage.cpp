@@ -136,8 +136,7 @@ class Usage {
     if (dynamic_cast<const CLI::ConversionError*>(&error)) return text + " is not a number";
     const auto& choices = declared.fChoices;
     // The text of an argument holds its choices, too, but is not what follows it.
-    const bool areAll =
-        !choices.empty() && CLI::detail::join(choices, "|") == option.get_option_text();
+    const bool areAll = !choices.empty() && Joined(choices, "|") == option.get_option_text();
     if (!areAll) return text + " is " + Explanation(error.what(), name);
     const auto wrong = std::find_if(values.begin(), values.end(), [&](const std::string& value) {
       return std::find(choices.begin(), choices.end(), value) == choices.end();

@@ -174,6 +174,8 @@ class DiffCommand final : public Command {
     session.CheckReports();  // a value that cannot be read is not a difference
     Comparison(treeA, treeB).Run([&](const Difference& difference) { output.Put(difference); });
     output.End();
+    session.KeepToEnd(a.fObject);
+    session.KeepToEnd(b.fObject);
     return output.HasDifferences() ? kExitNegative : kExitSuccess;
   }
 

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "files/InputFile.h"
 #include "formats/DocumentLayout.h"
@@ -43,13 +44,15 @@ std::unique_ptr<Documents> DocumentArgument::OpenAs(Extent extent, Text text,
   return OpenDocuments(Format(), fFile, extent, session, text);
 }
 
-void DocumentArgument::ForEach(Documents& documents, Output& out, const Use& use) const {
+void DocumentArgument::ForEach(Documents& documents, Output& out, Session& session,
+                               const Use& use) const {
   if (fAll) out.HoldDocuments();
   try {
     std::size_t number = 0;
     while (KAP_T_MT::CPOSObject object = documents.Next()) {
       use(object, ++number);
       out.EndDocument();
+      if (!fAll) session.KeepToEnd(std::move(object));
     }
   } catch (const Failure&) {
     if (fAll) EndAfterFailure(documents, out);
@@ -97,7 +100,7 @@ void DocumentArgument::Write(const Writer& writer, std::string_view end, Style s
   // The line of a document ends with it, not before the next one: a reader may wait for it.
   const bool endsLines = fAll && writer.kBetween.starts_with('\n');
   std::size_t count = 0;
-  ForEach(*documents, out, [&](KAP_T_MT::CPOSObject& object, std::size_t number) {
+  ForEach(*documents, out, session, [&](KAP_T_MT::CPOSObject& object, std::size_t number) {
     count = number;
     if (number > 1) out.Put(writer.kBetween.substr(endsLines ? 1 : 0));
     if (change) {

@@ -47,9 +47,10 @@ class DocumentArgument {
   std::string Name(std::size_t number) const;
 
   // Calls `use` for each document and its number; `out` is what it writes to. If it throws Failure,
-  // the output and the warnings of the documents before are complete.
+  // the output and the warnings of the documents before are complete. An only document stays until
+  // the session ends.
   using Use = std::function<void(KAP_T_MT::CPOSObject& document, std::size_t number)>;
-  void ForEach(Documents& documents, Output& out, const Use& use) const;
+  void ForEach(Documents& documents, Output& out, Session& session, const Use& use) const;
 
   // Throws the failure to write a value of the document, with its place in the text. `documents`
   // has read this document last.

@@ -9,8 +9,8 @@
 
 namespace PosUtil {
 
-// A path as a user gives it: a deep path such as a.b[2].c or, if it begins with "/", a JSON Pointer
-// (RFC 6901).
+// A path as a user writes it: a deep path such as a.b[2].c or, if it begins with "/", a JSON
+// Pointer (RFC 6901).
 //
 // Deep paths have the meaning that they have in the library, but for huge indices. It reads them in
 // dictionaries only; here an index at the start also leads into an array that is the document, and

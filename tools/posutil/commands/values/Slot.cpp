@@ -32,7 +32,6 @@ bool IsMisspeltIndex(const std::string& text) {
 
 Slot::Slot(CPOSObject& root, const Path& path, LossMode loss, Use use, ArrayEdit* edit)
     : fRoot(&root), fKeepsValues(loss == LossMode::kKeep), fUse(use), fEdit(edit) {
-  if (!path.IsWellFormed()) throw PathError("malformed path");
   const bool isDict = root.GetType() == kPOSDict && !(fKeepsValues && IsKeptValue(root));
   for (const Path::Step& step : path.StepsFrom(isDict)) Enter(step);
   // The value may be around the array in the edit. One in that array is not.

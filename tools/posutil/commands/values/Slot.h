@@ -34,9 +34,9 @@ class Slot {
     kMake,  // makes dictionaries on the way, and arrays where an index comes next
   };
 
-  // `root` must outlive the slot; a change of the whole document changes it. With LossMode::kKeep a
-  // kept value is a scalar, and an escaped object is what JSON has. Changes one after another share
-  // an `edit`, which must outlive the slot. Throws PathError.
+  // `root` must outlive the slot; a change of the whole document changes it. `path` is well-formed.
+  // With LossMode::kKeep a kept value is a scalar, and an escaped object is what JSON has. Changes
+  // one after another share an `edit`, which must outlive the slot. Throws PathError.
   Slot(KAP_T_MT::CPOSObject& root, const Path& path, LossMode loss, Use use = Use::kFind,
        ArrayEdit* edit = nullptr);
 

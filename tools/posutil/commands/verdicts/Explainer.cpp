@@ -24,11 +24,14 @@ constexpr std::size_t kMostChecksAgain = 1000;
 constexpr std::string_view kMissing = "Missing required member ";
 constexpr std::string_view kUnknown = "Unknown member ";
 constexpr std::string_view kNotEnumerated = "not one of the enumerated values";
+// The types that need no definition.
 constexpr std::string_view kIntrinsics[] = {"any",       "bool",          "int",           "real",
                                             "string",    "unicodestring", "bindata",       "rawptr",
                                             "kapobjref", "qnbaseobjref",  "kaperrorobjref"};
 
-// The attribute of a type that a message is about; the first text that fits.
+// The attribute of a type that a message is about; the first text that fits. A message that is not
+// here is about the category. explained_messages_test.py compares this and kIntrinsics with the
+// sources of the validator.
 constexpr struct {
   std::string_view fStart;
   std::string_view fEnd;
@@ -94,27 +97,35 @@ bool IsUnion(Messages messages, std::size_t depth) {
   });
 }
 
+std::string ShownText(std::string_view text) {
+  const std::size_t length = Utf8Boundary(text, std::min(text.size(), kLongestFound));
+  std::string shown = "\"";
+  for (const char c : text.substr(0, length)) {
+    if (c == '"' || c == '\\') shown += '\\';
+    shown += c;
+  }
+  return shown + (length < text.size() ? "\"..." : "\"");
+}
+
 std::string Shown(const CPOSObject& value) {
-  if (const CPOSNumber number(value, true); number) {
-    return std::string(DecimalText(number.Get()).View());
+  if (value.IsNull()) return "an empty slot";
+  switch (static_cast<POSType>(value.GetType())) {
+    case kPOSNumber:
+      return std::string(DecimalText(CPOSNumber(value).Get()).View());
+    case kPOSString:
+      return ShownText(CPOSString(value).Get());
+    case kPOSUnicodeString:
+      return "a Unicode string";
+    case kPOSBinData:
+      return "binary data";
+    case kPOSRawPointer:
+      return "a raw pointer";
+    case kPOSArray:
+      return "an array of " + std::to_string(CPOSArray(value).Count());
+    case kPOSDict:
+      return "a dictionary";
   }
-  if (const CPOSString string(value, true); string) {
-    const std::string_view text = string.Get();
-    const std::size_t length = Utf8Boundary(text, std::min(text.size(), kLongestFound));
-    std::string shown = "\"";
-    for (const char c : text.substr(0, length)) {
-      if (c == '"' || c == '\\') shown += '\\';
-      shown += c;
-    }
-    return shown + (length < text.size() ? "\"..." : "\"");
-  }
-  if (const CPOSArray array(value, true); array) {
-    return "an array of " + std::to_string(array.Count());
-  }
-  if (CPOSDict(value, true)) return "a dictionary";
-  if (CPOSUnicodeString(value, true)) return "a Unicode string";
-  if (CPOSBinData(value, true)) return "binary data";
-  return value.IsNull() ? "an empty slot" : "";
+  return "";
 }
 
 // The text without the first bytes of a character at its end.
@@ -127,14 +138,14 @@ std::string WithoutTornCharacter(std::string_view text) {
 }
 
 // Follows the steps of a message through the object and the schema.
-class Walk {
+class MessageWalk {
  public:
-  Walk(const CheckedDocument& checked, const ParsedMessage& message)
-      : Walk(checked, message, message.fSteps.size()) {
+  MessageWalk(const CheckedDocument& checked, const ParsedMessage& message)
+      : MessageWalk(checked, message, message.fSteps.size()) {
     Finish(message.fRest);
   }
   // Only the first `depth` steps.
-  Walk(const CheckedDocument& checked, const ParsedMessage& message, std::size_t depth)
+  MessageWalk(const CheckedDocument& checked, const ParsedMessage& message, std::size_t depth)
       : fSchema(checked.fSchema), fObject(checked.fObject), fType(checked.fType) {
     for (const MessageStep& step : std::span(message.fSteps).first(depth)) Follow(step);
   }
@@ -299,7 +310,7 @@ Distance DistanceOf(const CheckedDocument& checked, Messages messages, std::size
     }
     return least;
   }
-  const Walk walk(checked, messages.front(), depth);
+  const MessageWalk walk(checked, messages.front(), depth);
   bool isOtherKind = false;
   std::size_t wrong = 0;
   for (const Messages& group : Groups(messages, depth)) {
@@ -340,7 +351,7 @@ bool Explainer::NeedsCheckAgain(Messages messages, std::size_t depth) const {
 // The messages about the value to which the first `depth` steps lead; none if they cannot be had.
 std::vector<ParsedMessage> Explainer::CheckAgain(const ParsedMessage& first, std::size_t depth) {
   ++fChecksAgain;
-  const Walk walk(fChecked, first, depth);
+  const MessageWalk walk(fChecked, first, depth);
   std::vector<ParsedMessage> messages;
   if (walk.fObject.IsNull() || walk.fType.empty()) return messages;
   const std::size_t limit = std::clamp<std::size_t>(fMaxMessages, 100, 10'000);
@@ -384,7 +395,7 @@ void Explainer::AddClosest(Messages messages, std::size_t depth) {
     least = std::min(least, distance);
   }
   const std::size_t all =
-      std::max(groups.size(), Walk(fChecked, messages.front(), depth).Alternatives());
+      std::max(groups.size(), MessageWalk(fChecked, messages.front(), depth).Alternatives());
   Add(groups[closest], depth + 1, all - 1);
 }
 
@@ -394,7 +405,7 @@ void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
     return;
   }
   if (message.fIsCut) return AddCut(message);
-  const Walk walk(fChecked, message);
+  const MessageWalk walk(fChecked, message);
   VerdictMessage explained;
   explained.fText = message.fText;
   if (walk.fShowsValue) explained.fFound = Shown(walk.fObject);
@@ -410,7 +421,7 @@ void Explainer::AddMessage(const ParsedMessage& message, std::size_t others) {
 
 // Such messages differ only in what is cut.
 void Explainer::AddCut(const ParsedMessage& message) {
-  const Walk walk(fChecked, message, message.fSteps.size());
+  const MessageWalk walk(fChecked, message, message.fSteps.size());
   VerdictMessage explained;
   explained.fText = WithoutTornCharacter(message.fText) + "...";
   explained.fPath = JsonPointer(walk.fPath);

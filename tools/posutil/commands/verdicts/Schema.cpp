@@ -153,7 +153,10 @@ void Schema::RequireItself(std::size_t maxMessages) const {
   for (const VerdictMessage& message : verdict.fMessages) {
     text += "\n" + MessageLines(fName, fName, message);
   }
-  if (verdict.fUnshown > 0) text += "\n" + std::to_string(verdict.fUnshown) + " more messages";
+  if (verdict.fUnshown > 0) {
+    text += "\n" + std::to_string(verdict.fUnshown) + " more message" +
+            (verdict.fUnshown == 1 ? "" : "s");
+  }
   throw Failure(text);
 }
 

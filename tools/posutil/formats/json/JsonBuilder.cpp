@@ -53,8 +53,8 @@ void JsonBuilder::Number(double value) {
   Attach(NewNumber(value));
 }
 
-void JsonBuilder::String(std::string_view text) {
-  RejectZero(text, "the string contains a zero character");
+void JsonBuilder::String(std::string_view text, bool hasEscapes) {
+  if (hasEscapes) RejectZero(text, "the string contains a zero character");
   if (!fLevels.empty()) {
     TagForm& form = fLevels.back().fForm;
     if (form == TagForm::kObject) form = TagForm::kNone;
@@ -152,8 +152,8 @@ void JsonBuilder::Close(const Handle& value) {
   Attach(value);
 }
 
-bool JsonBuilder::Key(std::string_view key) {
-  RejectZero(key, "a key contains a zero character");
+bool JsonBuilder::Key(std::string_view key, bool hasEscapes) {
+  if (hasEscapes) RejectZero(key, "a key contains a zero character");
   Level& object = fLevels.back();
   fKey = &fKeys.Get(key);
   const bool isRepeated = IsRepeated(object, fKey->Handle());
@@ -190,8 +190,7 @@ bool JsonBuilder::IsRepeated(const Level& object, KAPStringAtom* key) {
 void JsonBuilder::ForgetKey(const Level& object) {
   if (HasManyKeys(object)) return;
   const auto first = fKeysSeen.begin() + static_cast<std::ptrdiff_t>(object.fFirstKey);
-  const auto found = std::find(first, fKeysSeen.end(), fKey->Handle());
-  if (found != fKeysSeen.end()) fKeysSeen.erase(found);
+  fKeysSeen.erase(std::remove(first, fKeysSeen.end(), fKey->Handle()), fKeysSeen.end());
 }
 
 // The value that comes now is not a string, so the object around it is not a tag; but with `isKept`

@@ -21,7 +21,8 @@ class JsonBuilder {
   void Null();
   void MarkNull();  // see NullMark.h
   void Number(double value);
-  void String(std::string_view text);
+  // Only a text with escapes may hold a zero character, which is an error.
+  void String(std::string_view text, bool hasEscapes);
   // "true" or "false", which becomes a string.
   void Word(std::string_view word);
   // A value that property objects do not have; `json` is its text. See TaggedJson.h.
@@ -31,7 +32,7 @@ class JsonBuilder {
   void EndArray();
   void BeginObject();
   // Returns whether the object has a member of this name; the next value replaces it.
-  bool Key(std::string_view key);
+  bool Key(std::string_view key, bool hasEscapes);
   void EndObject();
 
   // The path to the place of the next piece; empty for the document itself.

@@ -15,6 +15,7 @@
 #include "formats/json/JsonRecognition.h"
 #include "formats/json/JsonScanner.h"
 #include "formats/json/JsonText.h"
+#include "formats/json/TaggedJson.h"
 
 namespace PosUtil {
 
@@ -102,6 +103,7 @@ class JsonReader final : public Reader {
   }
 
   std::string KeyOf(std::string_view token) const override { return JsonUnescaped(token); }
+  std::string WrapperKey() const override { return kObjectTag; }
 } gJsonReader;
 
 }  // namespace

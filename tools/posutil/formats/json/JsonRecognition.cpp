@@ -28,13 +28,13 @@ class Recognizer {
     for (;;) {
       fAt = Skip(fText, fAt, kSpace);
       if (fAt == fText.size()) return fIsAll ? Recognition::kYes : Recognition::kPerhaps;
-      if (const auto answer = Step(fText[fAt])) return *answer;
+      if (const auto found = Step(fText[fAt])) return *found;
       if (fHasValue && fDepth == 0) return Recognition::kYes;
     }
   }
 
  private:
-  // Returns the answer if the next token gives it.
+  // The recognition, if the next token decides it.
   std::optional<Recognition> Step(char byte) {
     if (std::string_view("{\"},:").find(byte) != std::string_view::npos) return Recognition::kYes;
     if (byte == ']' && fDepth > 0) {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "formats/json/JsonScanner.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <bit>
 #include <cfloat>
@@ -16,6 +14,7 @@
 #include "base/ValueError.h"
 #include "formats/json/JsonNumber.h"
 #include "formats/json/JsonText.h"
+#include "formats/json/PlainText.h"
 
 namespace PosUtil {
 
@@ -31,17 +30,8 @@ bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') 
 // Skips the bytes that a string may hold without a look at them: ASCII but for quotes, backslashes
 // and control characters. Stops at the padding of the window, too.
 char* SkipPlain(char* text) {
-  const __m128i quote = _mm_set1_epi8('"');
-  const __m128i backslash = _mm_set1_epi8('\\');
-  const __m128i space = _mm_set1_epi8(' ');
   for (;; text += 16) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    // As signed numbers, the bytes past ASCII are below the space as well.
-    const __m128i special =
-        _mm_or_si128(_mm_cmplt_epi8(bytes, space),
-                     _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash)));
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(special));
-    if (mask != 0) return text + std::countr_zero(mask);
+    if (const unsigned unusual = UnusualBytes(text)) return text + std::countr_zero(unusual);
   }
 }
 
@@ -182,7 +172,7 @@ void JsonScanner::ReadKey(const char* expected) {
   const std::string_view key = ScanString();
   const bool isEscaped = key.data() == fText.data();
   if (!isEscaped) fNext[-1] = '\0';  // the library needs the end of a text, not its length
-  const bool isRepeated = fBuilder.Key(key);
+  const bool isRepeated = fBuilder.Key(key, isEscaped);
   if (!isEscaped) fNext[-1] = '"';
   if (isRepeated) {
     if (fMode == LossMode::kKeep) {
@@ -202,7 +192,7 @@ void JsonScanner::ReadString() {
   const std::string_view text = ScanString();
   const bool isEscaped = text.data() == fText.data();
   if (!isEscaped) fNext[-1] = '\0';
-  fBuilder.String(text);
+  fBuilder.String(text, isEscaped);
   if (!isEscaped) fNext[-1] = '"';
 }
 

@@ -1,26 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include "formats/json/JsonText.h"
 
-#include <array>
+#include <bit>
 #include <charconv>
+#include <cstring>
 #include <string_view>
 
 #include "base/HexText.h"
 #include "base/Utf.h"
 #include "base/ValueError.h"
+#include "formats/json/PlainText.h"
 
 namespace PosUtil {
 
 namespace {
 
-// The characters that need no escape.
-constexpr auto kPlain = [] {
-  std::array<bool, 256> plain{};
-  for (unsigned char i = 0x20; i < 0x80; ++i) plain[i] = i != '"' && i != '\\';
-  return plain;
-}();
+bool IsAscii(char character) { return static_cast<unsigned char>(character) < 0x80; }
 
-bool IsPlain(char character) { return kPlain[static_cast<unsigned char>(character)]; }
+bool IsPlain(char character) {
+  return character >= ' ' && IsAscii(character) && character != '"' && character != '\\';
+}
+
+const char* SkipPlain(const char* text, const char* end) {
+  for (; end - text >= 16; text += 16) {
+    if (const unsigned unusual = UnusualBytes(text)) return text + std::countr_zero(unusual);
+  }
+  while (text < end && IsPlain(*text)) ++text;
+  return text;
+}
 
 // The length of the character. The final zero byte ends the look-ahead.
 std::size_t CharacterLength(const char* text) {
@@ -83,15 +90,17 @@ std::string JsonUnescaped(std::string_view quoted) {
 
 void PutJsonString(Output& out, const char* text) {
   out.Put('"');
-  for (;;) {
-    const char* end = text;
-    while (IsPlain(*end)) ++end;
-    while (static_cast<unsigned char>(*end) >= 0x80) end += CharacterLength(end);
-    out.Put(std::string_view(text, static_cast<std::size_t>(end - text)));
-    text = end;
-    if (IsPlain(*text)) continue;
-    if (*text == '\0') break;
-    PutEscaped(out, *text++);
+  const char* const end = text + std::strlen(text);
+  for (const char* rest = text;;) {
+    rest = SkipPlain(rest, end);
+    if (!IsAscii(*rest)) {
+      rest += CharacterLength(rest);
+      continue;
+    }
+    out.Put(std::string_view(text, static_cast<std::size_t>(rest - text)));
+    if (rest == end) break;
+    PutEscaped(out, *rest++);
+    text = rest;
   }
   out.Put('"');
 }

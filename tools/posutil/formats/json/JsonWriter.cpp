@@ -42,7 +42,7 @@ class JsonVisitor final : public Visitor {
   void Number(double value) override {
     if (!std::isfinite(value)) throw ValueError("JSON cannot hold infinities or NaN");
     fColours.In(&Style::fNumber, fOut, [&] {
-      fOut.Put(DecimalText(value).View());
+      fOut.PutInPlace(kLongestDecimal, [value](char* place) { return WriteDecimal(place, value); });
       // Many readers read "-0" as the integer 0.
       if (value == 0 && std::signbit(value)) fOut.Put(".0");
     });

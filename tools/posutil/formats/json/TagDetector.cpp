@@ -52,7 +52,7 @@ bool IsTagItself(POSDict* dict) { return IsString(OnlyValue(dict, kUnicodeTag)) 
 
 }  // namespace
 
-// A dictionary whose only value is a dictionary gives the same answer as that one.
+// What holds for the only value of a dictionary holds for the dictionary, if that is one too.
 template <class IsEnd>
 bool TagDetector::FollowChain(POSDict* dict, const char* key, IsEnd isEnd) {
   if (fLeft > 0) {

@@ -8,8 +8,8 @@
 namespace PosUtil {
 
 // Finds the dictionaries that a writer of JSON must treat specially. Ask for them in the order of
-// the document: an answer about nested ones is remembered, since "$object" in "$object" a million
-// times would otherwise take hours.
+// the document: what was found about nested ones is remembered, since "$object" in "$object" a
+// million times would otherwise take hours.
 class TagDetector {
  public:
   // Returns whether the dictionary, written as it is, would read as a tag. `key` is its first key.

@@ -163,7 +163,7 @@ bool StartsNotation(char first) {
 }
 
 std::string NotationKey(std::string_view token) {
-  if (token.empty() || token[0] != '(') return std::string(token);
+  if (!token.starts_with('(')) return std::string(token);
   std::string key;
   for (std::size_t i = 1; i + 1 < token.size(); ++i) {
     if (token[i] == '\\') ++i;

@@ -28,11 +28,9 @@ class TObjectKind : public Base {
   static Kind* GetInstanceNoThrow(const POSObject* handle) noexcept {
     return As(BaseObject::GetInstanceNoThrow(handle));
   }
-  static Kind& GetInstance(const POSObject* handle) {
-    Kind* instance = GetInstanceNoThrow(handle);
-    if (!instance) [[unlikely]]
-      throw POSException(Kind::kNotInstance);
-    return *instance;
+  [[gnu::always_inline]] static Kind& GetInstance(const POSObject* handle) {
+    BaseObject* const own = BaseObject::OwnInstance(handle);
+    return own && IsOfKind(*own) ? static_cast<Kind&>(*own) : GetOtherInstance(handle);
   }
 
   // The object as one of this kind, null when it is of another.
@@ -51,9 +49,15 @@ class TObjectKind : public Base {
                   "a kind that holds objects must be derived from HoldingObject");
     return Kind::kType;
   }
-  KAPDeleteProc GetDeleteProc() const noexcept final { return &Base::template Delete<Kind>; }
+  KAPDeleteProc GetDeleteProc() const noexcept override { return &Base::template Delete<Kind>; }
 
  private:
+  [[gnu::noinline]] static Kind& GetOtherInstance(const POSObject* handle) {
+    Kind* instance = GetInstanceNoThrow(handle);
+    if (!instance) throw POSException(Kind::kNotInstance);
+    return *instance;
+  }
+
   // By the address of the type: no object comes from outside the library, and it takes no virtual
   // call, unlike GetType.
   static bool IsOfKind(const BaseObject& object) noexcept {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "kap/KAPStringAtom.h"
@@ -29,23 +30,42 @@ inline AtomText TextOf(KAPStringAtom* atom) {
 // be built lazily, since reading must not change a dictionary.
 class TextPrefix {
  public:
-  static constexpr std::size_t kWords = 4;
-  static constexpr std::size_t kSize = kWords * sizeof(std::uint64_t);
+  static constexpr std::size_t kSize = 4 * sizeof(std::uint64_t);
 
-  explicit TextPrefix(std::string_view text) noexcept;
+  explicit TextPrefix(std::string_view text) noexcept : fFirst(Word(text)) {
+    if (text.size() <= sizeof fFirst) return;
+    fSecond = Word(text.substr(8));
+    if (text.size() <= 16) return;
+    fThird = Word(text.substr(16));
+    if (text.size() > 24) fFourth = Word(text.substr(24));
+  }
 
-  bool HoldsAll() const noexcept { return (fWords[kWords - 1] & 0xff) == 0; }  // no zero in a text
+  bool HoldsAll() const noexcept { return (fFourth & 0xff) == 0; }  // no zero in a text
 
   // Negative, 0 or positive, as strcmp.
   int Compare(const TextPrefix& other) const noexcept {
-    for (std::size_t i = 0; i < kWords; ++i) {
-      if (fWords[i] != other.fWords[i]) return fWords[i] < other.fWords[i] ? -1 : 1;
-    }
+    if (fFirst != other.fFirst) return fFirst < other.fFirst ? -1 : 1;
+    if (fSecond != other.fSecond) return fSecond < other.fSecond ? -1 : 1;
+    if (fThird != other.fThird) return fThird < other.fThird ? -1 : 1;
+    if (fFourth != other.fFourth) return fFourth < other.fFourth ? -1 : 1;
     return 0;
   }
 
  private:
-  std::uint64_t fWords[kWords];
+  // The first eight bytes, the first one highest.
+  static std::uint64_t Word(std::string_view text) noexcept {
+    if (text.size() < sizeof(std::uint64_t)) return ShortWord(text);
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data(), sizeof word);
+    return __builtin_bswap64(word);
+  }
+  static std::uint64_t ShortWord(std::string_view text) noexcept;
+
+  // No array: the compiler would guard the stack of each function that looks a text up.
+  std::uint64_t fFirst;
+  std::uint64_t fSecond = 0;
+  std::uint64_t fThird = 0;
+  std::uint64_t fFourth = 0;
 };
 
 // A text to look a key up by. Borrowed.

@@ -13,27 +13,25 @@ constexpr unsigned kRight = 1;
 constexpr auto kRed = redblack_node::Colour::kRed;
 constexpr auto kBlack = redblack_node::Colour::kBlack;
 
-bool IsRed(const redblack_node* node) noexcept { return node != nullptr && node->fColour == kRed; }
+bool IsRed(const redblack_node* node) noexcept { return node && node->fColour == kRed; }
 
 unsigned SideOf(const redblack_node* node, const redblack_node* parent) noexcept {
   return parent->fChild[kRight] == node;
 }
 
 redblack_node* Leftmost(redblack_node* node) noexcept {
-  while (node->fChild[kLeft] != nullptr) node = node->fChild[kLeft];
+  while (node->fChild[kLeft]) node = node->fChild[kLeft];
   return node;
 }
 
 }  // namespace
 
-redblack_node* redblack_root::First() const noexcept {
-  return fRoot == nullptr ? nullptr : Leftmost(fRoot);
-}
+redblack_node* redblack_root::First() const noexcept { return fRoot ? Leftmost(fRoot) : nullptr; }
 
 redblack_node* redblack_root::Next(redblack_node* node) noexcept {
-  if (node->fChild[kRight] != nullptr) return Leftmost(node->fChild[kRight]);
+  if (node->fChild[kRight]) return Leftmost(node->fChild[kRight]);
   redblack_node* parent = node->fParent;
-  while (parent != nullptr && SideOf(node, parent) == kRight) {
+  while (parent && SideOf(node, parent) == kRight) {
     node = parent;
     parent = node->fParent;
   }
@@ -51,17 +49,17 @@ void redblack_root::Link(redblack_node* node, redblack_place place) noexcept {
 
 void redblack_root::Unlink(redblack_node* node) noexcept {
   redblack_node* right = node->fChild[kRight];
-  if (node->fChild[kLeft] != nullptr && right != nullptr) {
+  if (node->fChild[kLeft] && right) {
     // The next node has no left child: it is easy to take out, and it fits in this one's place.
     redblack_node* next = Leftmost(right);
     Unlink(next);
     Replace(node, next);
     return;
   }
-  redblack_node* child = right != nullptr ? right : node->fChild[kLeft];
+  redblack_node* child = right ? right : node->fChild[kLeft];
   const redblack_place place = PlaceOf(node);
   LinkAt(place) = child;
-  if (child != nullptr) {
+  if (child) {
     // An only child is red, and its parent black.
     child->fParent = place.parent;
     child->fColour = kBlack;
@@ -77,13 +75,13 @@ void redblack_root::Replace(redblack_node* node, redblack_node* successor) noexc
   for (const unsigned side : {kLeft, kRight}) {
     redblack_node* child = node->fChild[side];
     successor->fChild[side] = child;
-    if (child != nullptr) child->fParent = successor;
+    if (child) child->fParent = successor;
   }
 }
 
 redblack_node* redblack_root::TakeFirst(redblack_node*& detached) noexcept {
   redblack_node* node = detached;
-  if (node == nullptr) return nullptr;
+  if (!node) return nullptr;
   while (redblack_node* left = node->fChild[kLeft]) {
     node->fChild[kLeft] = left->fChild[kRight];
     left->fChild[kRight] = node;
@@ -94,12 +92,12 @@ redblack_node* redblack_root::TakeFirst(redblack_node*& detached) noexcept {
 }
 
 redblack_node*& redblack_root::LinkAt(redblack_place place) noexcept {
-  return place.parent == nullptr ? fRoot : place.parent->fChild[place.side];
+  return place.parent ? place.parent->fChild[place.side] : fRoot;
 }
 
 redblack_place redblack_root::PlaceOf(const redblack_node* node) const noexcept {
   redblack_node* parent = node->fParent;
-  return {parent, parent == nullptr ? kLeft : SideOf(node, parent)};
+  return {parent, parent ? SideOf(node, parent) : kLeft};
 }
 
 // `node` goes down to its `side`; its child on the other side takes its place.
@@ -111,7 +109,7 @@ void redblack_root::Rotate(redblack_node* node, unsigned side) noexcept {
   riser->fChild[side] = node;
   node->fParent = riser;
   node->fChild[!side] = inner;
-  if (inner != nullptr) inner->fParent = node;
+  if (inner) inner->fParent = node;
 }
 
 // `node` is red, and its parent may be red as well.

@@ -110,7 +110,7 @@ class redblack_tree {
   }
   ~redblack_tree() { Clear(); }
 
-  bool empty() const noexcept { return fRoot.Root() == nullptr; }
+  bool empty() const noexcept { return !fRoot.Root(); }
   void swap(redblack_tree& other) noexcept { std::swap(fRoot, other.fRoot); }
   friend void swap(redblack_tree& left, redblack_tree& right) noexcept { left.swap(right); }
 
@@ -165,7 +165,7 @@ class redblack_tree {
   // Returns the entry of an equal key, whose place the new one has taken; null if the key is new.
   EntryPtr Insert(EntryPtr entry) noexcept {
     const Position position = FindPosition(entry->GetKey());
-    if (position.found == nullptr) {
+    if (!position.found) {
       InsertAt(position, std::move(entry));
     } else {
       fRoot.Replace(position.found, entry.release());
@@ -177,7 +177,7 @@ class redblack_tree {
   template <class Key>
   EntryPtr Remove(const Key& key) noexcept {
     Entry* entry = Search(key).found;
-    if (entry != nullptr) fRoot.Unlink(entry);
+    if (entry) fRoot.Unlink(entry);
     return EntryPtr(entry);
   }
 
@@ -214,7 +214,7 @@ class redblack_tree {
   Position Search(const Key& key) const noexcept {
     redblack_place place;
     redblack_node* node = fRoot.Root();
-    while (node != nullptr) {
+    while (node) {
       __builtin_prefetch(node->fChild[0]);
       __builtin_prefetch(node->fChild[1]);
       const int order = Entry::Compare(key, *Typed(node));

@@ -12,9 +12,12 @@
 
 #include "posimpl/notation/DeepPath.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
+#include "pos/POSKinds.h"
 #include "posimpl/objects/Array.h"
 
 namespace NPOSObjectImpl {
@@ -49,6 +52,14 @@ POSObject* Element(BaseObject* object, const char*& rest) noexcept {
   const auto widened = static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(index)});
   return array->Find(widened);
 }
+
+// Also of a kind that is added later: a path would silently end at it.
+static_assert(std::all_of(std::begin(KAP_T_MT::kPOSTypes), std::end(KAP_T_MT::kPOSTypes),
+                          [](KAP_T_MT::POSType type) {
+                            return KAP_T_MT::POSIsScalar(type) || type == Dict::kType ||
+                                   type == Array::kType;
+                          }),
+              "a kind of POSType that holds objects has no step in deep paths");
 
 POSObject* Step(BaseObject* object, const char*& rest) noexcept {
   switch (*rest++) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "posimpl/notation/NumberText.h"
 
-#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -19,34 +18,34 @@ constexpr int kPrecision = 32;
 constexpr double kWholeLimit = 9.2e18;  // below, whole numbers fit 64 bits, and they are exact
 constexpr double kShortLimit = 4e9;     // below, 32 bits, which are quicker
 
-constexpr auto kPairs = [] {  // "00" to "99"
-  std::array<char, 200> pairs{};
-  for (std::size_t i = 0; i < pairs.size(); ++i) {
-    const std::size_t number = i / 2;
-    pairs[i] = static_cast<char>('0' + (i % 2 == 0 ? number / 10 : number % 10));
-  }
-  return pairs;
-}();
+constexpr std::uint32_t kEightDigits = 100'000'000;
+constexpr std::uint64_t kZeros = 0x3030303030303030;  // "00000000"
 
-unsigned CountDigits(std::uint32_t value) noexcept {
-  constexpr std::uint32_t kPowers[] = {1,       10,        100,        1'000,       10'000,
-                                       100'000, 1'000'000, 10'000'000, 100'000'000, 1'000'000'000};
-  // The binary digits times log10(2), which is at most one too few.
-  const unsigned digits = static_cast<unsigned>(std::bit_width(value)) * 1233 >> 12;
-  return digits + (value >= kPowers[digits] ? 1 : 0);
+// The eight digits of a number below 10^8, one in each byte, the first one in the lowest. Numbers
+// side by side in one word are divided by one multiplication with the inverse of the divisor.
+std::uint64_t EightDigits(std::uint32_t value) noexcept {
+  const std::uint64_t fours = value / 10'000 | std::uint64_t{value % 10'000} << 32;
+  const std::uint64_t hundreds = fours * 10486 >> 20 & 0x0000007f'0000007f;
+  const std::uint64_t twos = ((fours - 100 * hundreds) << 16) + hundreds;
+  const std::uint64_t tens = twos * 103 >> 10 & 0x000f'000f'000f'000f;
+  return ((twos - 10 * tens) << 8) + tens;
 }
 
-// In two thirds of the time of std::to_chars, which counts the digits by dividing.
+// Without a branch that depends on the number of digits, which the processor could not predict.
+// Takes a positive number. Writes up to 7 characters beyond the end that it returns.
 char* WriteShort(std::uint32_t value, char* text) noexcept {
-  char* const end = text + CountDigits(value);
-  char* place = end;
-  for (; value >= 100; value /= 100) std::memcpy(place -= 2, &kPairs[value % 100 * 2], 2);
-  if (value >= 10) {
-    std::memcpy(place - 2, &kPairs[value * 2], 2);
+  std::uint64_t digits = EightDigits(value % kEightDigits);
+  unsigned leadingZeros = 0;
+  if (value >= kEightDigits) {
+    const std::uint32_t first = value / kEightDigits;
+    if (first >= 10) *text++ = static_cast<char>('0' + first / 10);
+    *text++ = static_cast<char>('0' + first % 10);
   } else {
-    place[-1] = static_cast<char>('0' + value);
+    leadingZeros = static_cast<unsigned>(std::countr_zero(digits)) / 8;
   }
-  return end;
+  digits = (digits | kZeros) >> 8 * leadingZeros;
+  std::memcpy(text, &digits, sizeof digits);
+  return text + (8 - leadingZeros);
 }
 
 // The exponent of a number in decimal notation, as far as its sign matters.

@@ -15,7 +15,7 @@ using KAP_T_MT::CKAPStringAtom;
 using KAP_T_MT::KAPAdopt;
 
 CPOSObject TextReader::ReadText() {
-  CPOSObject object = textGetNextObject();
+  CPOSObject object(textGetNextObject(), KAPAdopt());
   while (KindOf(*fCursor) == TokenKind::kSpace) ++fCursor;
   if (*fCursor != '\0') throw CFTParseError("Unexpected characters after object");
   return object;
@@ -25,87 +25,77 @@ CPOSObject TextReader::ReadText() {
 // the text it throws.
 char TextReader::SkipToItem() {
   while (KindOf(*fCursor) == TokenKind::kSpace) ++fCursor;
-  ExpectMore();
+  if (*fCursor == '\0') [[unlikely]]
+    throw CFTParseError("Empty text string");
   return *fCursor;
 }
 
-void TextReader::ExpectMore() const {
-  if (*fCursor == '\0') throw CFTParseError("Empty text string");
+// The same; consumes the bracket if that is what comes next, and returns 0 for it. The other kind
+// of bracket is a syntax error here.
+char TextReader::SkipToItemOrEnd(char bracket) {
+  const char next = SkipToItem();
+  if (KindOf(next) != TokenKind::kClose) return next;
+  if (next != bracket) FailAtBracket();
+  ++fCursor;
+  return 0;
 }
 
 void TextReader::FailAtBracket() {
   throw CFTParseError(*fCursor++ == '>' ? "Unexpected >" : "Unexpected ]");
 }
 
-CPOSObject TextReader::textGetNextObject() {
-  const char first = SkipToItem();
+POSObject* TextReader::ReadItem(char first) {
   switch (KindOf(first)) {
+    case TokenKind::kNumber:
+      return Number::NewContainer(ReadNumberToken(fCursor));
+    case TokenKind::kWord:
+    case TokenKind::kParen:
+      return ReadString();
+    case TokenKind::kUnicode:
+      return ReadUnicode();
     case TokenKind::kOpen:
       return ReadBracketed(first);
     case TokenKind::kClose:
       FailAtBracket();
     default:
-      return ReadScalar();
-  }
-}
-
-CPOSObject TextReader::ReadScalar() {
-  switch (KindOf(*fCursor)) {
-    case TokenKind::kWord:
-    case TokenKind::kParen: {
-      StringToken token;
-      return CPOSObject(String::NewContainer(token.Read(fCursor)), KAPAdopt());
-    }
-    case TokenKind::kUnicode: {
-      UnicodeToken token;
-      return CPOSObject(UnicodeString::NewContainer(token.Read(fCursor)), KAPAdopt());
-    }
-    case TokenKind::kNumber:
-      return CPOSObject(Number::NewContainer(ReadNumberToken(fCursor)), KAPAdopt());
-    default:
       throw CFTParseError("Unexpected character");
   }
 }
 
-CPOSObject TextReader::ReadBracketed(char bracket) {
+POSObject* TextReader::ReadString() {
+  StringToken token;
+  return String::NewContainer(token.Read(fCursor));
+}
+
+POSObject* TextReader::ReadUnicode() {
+  UnicodeToken token;
+  return UnicodeString::NewContainer(token.Read(fCursor));
+}
+
+POSObject* TextReader::ReadBracketed(char bracket) {
   const NestingGuard guard(fStack);
   ++fCursor;
   if (bracket == '[') {
     Made<Array> array;
     ReadElements(array.fInstance);
-    return std::move(array.fObject);
+    return array.fObject.Detach();
   }
   Made<Dict> dict;
   ReadEntries(dict.fInstance);
-  return std::move(dict.fObject);
-}
-
-// Whether the next item is the closing bracket, which is consumed. The other kind of bracket is a
-// syntax error here.
-bool TextReader::EndsWith(char bracket) {
-  const char next = SkipToItem();
-  if (KindOf(next) != TokenKind::kClose) return false;
-  if (next != bracket) FailAtBracket();
-  ++fCursor;
-  return true;
+  return dict.fObject.Detach();
 }
 
 void TextReader::ReadElements(Array& array) {
-  while (!EndsWith(']')) {
-    array.Append(textGetNextObject());
-    ExpectMore();
-  }
+  while (const char first = SkipToItemOrEnd(']')) array.AppendNew(ReadItem(first));
 }
 
 void TextReader::ReadEntries(Dict& dict) {
-  while (!EndsWith('>')) {
+  while (SkipToItemOrEnd('>') != 0) {
     StringToken token;
     CKAPStringAtom key(ReadKey(token));
-    ExpectMore();
-    CPOSObject value = textGetNextObject();
+    CPOSObject value(textGetNextObject(), KAPAdopt());
     dict.Put(
         key.Text(), [&] { return std::move(key); }, std::move(value));
-    ExpectMore();
   }
 }
 
@@ -113,7 +103,7 @@ void TextReader::ReadEntries(Dict& dict) {
 const char* TextReader::ReadKey(StringToken& token) {
   const TokenKind kind = KindOf(*fCursor);
   if (kind == TokenKind::kWord || kind == TokenKind::kParen) return token.Read(fCursor);
-  textGetNextObject();
+  const CPOSObject ignored(textGetNextObject(), KAPAdopt());
   throw CFTParseError("Expected dictionary key string");
 }
 

@@ -33,16 +33,18 @@ class TextReader {
   const char* Cursor() const noexcept { return fCursor; }  // the place reached
 
  private:
-  CPOSObject textGetNextObject();
-  CPOSObject ReadBracketed(char bracket);
-  CPOSObject ReadScalar();
+  // These return one reference for the caller. What needs large tokens on the stack is not inline.
+  POSObject* textGetNextObject() { return ReadItem(SkipToItem()); }
+  POSObject* ReadItem(char first);
+  POSObject* ReadBracketed(char bracket);
+  [[gnu::noinline]] POSObject* ReadString();
+  [[gnu::noinline]] POSObject* ReadUnicode();
   void ReadElements(Array& array);
   void ReadEntries(Dict& dict);
   const char* ReadKey(StringToken& token);
 
   char SkipToItem();
-  bool EndsWith(char bracket);
-  void ExpectMore() const;
+  char SkipToItemOrEnd(char bracket);
   [[noreturn]] void FailAtBracket();
 
   const char* fCursor;

@@ -37,7 +37,10 @@ constexpr double kPowersOfTen[kExactDigits] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5, 
                                                1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
 
 std::uint64_t TakeDigits(const char*& cursor, std::uint64_t value) noexcept {
-  while (IsDigit(*cursor)) value = value * 10 + static_cast<std::uint64_t>(*cursor++ - '0');
+  for (unsigned char digit = 0; (digit = static_cast<unsigned char>(*cursor - '0')) <= 9;) {
+    value = value * 10 + digit;
+    ++cursor;
+  }
   return value;
 }
 
@@ -55,11 +58,16 @@ const char* StringToken::Read(const char*& cursor) {
 }
 
 const char* StringToken::ReadWord(const char*& cursor) {
-  const char* begin = cursor;
-  while (ContinuesWord(*cursor)) ++cursor;
-  const auto length = static_cast<std::size_t>(cursor - begin);
-  if (length > kMaxLength) throw CFTParseError("Exceeded max string length");
-  std::memcpy(fText, begin, length);
+  const char* const begin = cursor;
+  std::size_t length = 0;
+  for (; length < kMaxLength && ContinuesWord(begin[length]); ++length) {
+    fText[length] = begin[length];
+  }
+  cursor = begin + length;
+  if (ContinuesWord(*cursor)) [[unlikely]] {
+    while (ContinuesWord(*cursor)) ++cursor;
+    throw CFTParseError("Exceeded max string length");
+  }
   fText[length] = '\0';
   return fText;
 }
@@ -97,22 +105,27 @@ const unsigned short* UnicodeToken::Read(const char*& cursor) {
   return fUnits;
 }
 
+// The place is a local variable until the end: the compiler would store a reference after each
+// digit.
 double ReadNumberToken(const char*& cursor) {
-  const char* begin = cursor;
-  if (*cursor == '-' || *cursor == '+') ++cursor;
-  const char* first = cursor;
-  std::uint64_t digits = TakeDigits(cursor, 0);
-  const char* point = cursor;
+  const char* const begin = cursor;
+  const char* place = begin;
+  if (*place == '-' || *place == '+') ++place;
+  const char* const first = place;
+  std::uint64_t digits = TakeDigits(place, 0);
+  const char* const point = place;
   const bool isWhole = *point != '.';
-  if (!isWhole) digits = TakeDigits(++cursor, digits);
-  if (point != first && !ContinuesNumber(*cursor) && cursor - first <= kExactDigits) {
-    auto value = static_cast<double>(digits);
-    if (!isWhole) value /= kPowersOfTen[cursor - point - 1];
+  if (!isWhole) digits = TakeDigits(++place, digits);
+  if (point != first && !ContinuesNumber(*place) && place - first <= kExactDigits) {
+    cursor = place;
+    auto value = static_cast<double>(static_cast<std::int64_t>(digits));
+    if (!isWhole) value /= kPowersOfTen[place - point - 1];
     return *begin == '-' ? -value : value;
   }
-  while (ContinuesNumber(*cursor)) ++cursor;
-  if (cursor - begin > kMaxNumberLength) throw CFTParseError("Exceeded max number length");
-  return ToNumber(begin, cursor);
+  while (ContinuesNumber(*place)) ++place;
+  cursor = place;
+  if (place - begin > kMaxNumberLength) throw CFTParseError("Exceeded max number length");
+  return ToNumber(begin, place);
 }
 
 }  // namespace NPOSObjectImpl

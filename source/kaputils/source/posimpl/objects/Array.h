@@ -10,8 +10,9 @@
 namespace NPOSObjectImpl {
 
 // A growable sequence of slots, each a reference to a property object or empty. A slot is a bare
-// handle, so that the host's "Realloc" may move it. Changes swap first and release last, since a
-// release may call back.
+// handle, so that the host's "Realloc" may move it: appending 100 000 values took 2.2 times the
+// floor with copying and 1.6 with "Realloc" when that was new (bench_scalars). Changes swap first
+// and release last, since a release may call back.
 class Array final : public TObjectKind<Array, HoldingObject> {
  public:
   static constexpr POSType kType = KAP_T_MT::kPOSArray;
@@ -37,6 +38,11 @@ class Array final : public TObjectKind<Array, HoldingObject> {
   void Append(CPOSObject object) {
     if (fCount == fCapacity) return SetAt(fCount, std::move(object));
     fElements[fCount++] = object.Detach();
+  }
+  // The same for the only reference to a new object, which it takes over even when it throws.
+  void AppendNew(POSObject* made) {
+    if (fCount == fCapacity) return SetAt(fCount, Adopt(made));
+    fElements[fCount++] = made;
   }
   void Remove(std::uint64_t index) noexcept;  // no-op past the end
 

@@ -63,7 +63,8 @@ BaseObject* Dict::Clone(Walk& walk) {
   return walk.Stopped() ? nullptr : clone.release();
 }
 
-// Both in the order of their keys, so one walk finds every key's counterpart.
+// Both in the order of their keys, so one walk finds every key's counterpart. Without prefetching:
+// it took 10 % more time at 1 000 values and no less at 100 000 (equal of bench_clone).
 bool Dict::IsEqual(const BaseObject& other, Walk& walk) const {
   const NestingGuard guard(walk.Stack());
   const Dict* dict = As(&other);

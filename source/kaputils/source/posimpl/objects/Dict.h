@@ -62,7 +62,9 @@ class Dict final : public TObjectKind<Dict, HoldingObject> {
   }
 
   // Sets the value of a key. A key that is there keeps its atom; for a new one `makeKey` makes the
-  // atom of the text.
+  // atom of the text. What can fail comes before the first change: in the caller "AddRef" of the
+  // value and "GetCString" of the key; here, for a new key, "Alloc" of the entry, then "AddRef" and
+  // "GetCString" of the key's atom (`makeKey`). A failure leaves the dictionary as it was.
   template <class MakeKey>
   void Put(const char* text, MakeKey makeKey, CPOSObject value) {
     const SortableText key(text);

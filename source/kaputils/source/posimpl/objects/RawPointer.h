@@ -26,6 +26,11 @@ class RawPointer final : public TScalar<RawPointer, HoldingObject> {
     return handle;
   }
 
+  // Without a release procedure nothing runs that could release further objects.
+  KAPDeleteProc GetDeleteProc() const noexcept override {
+    return fRelease ? &HoldingObject::Delete<RawPointer> : &BaseObject::Delete<RawPointer>;
+  }
+
   void* GetRawPointer() const noexcept { return fPointer; }
   KAP_T_MT::POSReleaseProc GetReleaseProc() const noexcept { return fRelease; }
   bool EqualsSame(const RawPointer& other) const noexcept { return fPointer == other.fPointer; }

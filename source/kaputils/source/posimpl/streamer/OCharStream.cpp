@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "posimpl/streamer/OCharStream.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace NPOSStreamerImpl::NTypeAImpl {
 
 OCharStream::OCharStream(const KAP_T_MT::CKAPPositionableStream& stream) : fStream(stream) {}
@@ -25,6 +28,12 @@ void ContainerInUse::Keep() {
   if (!fKeptContainer) fKeptContainer = NPOSObjectImpl::BaseObject::Share(fContainer);
   if (!fEntry) return;
   fKept.emplace(fEntry->GetKey(), NPOSObjectImpl::BaseObject::Share(fEntry->Value()));
+}
+
+bool OCharStream::IsWriting(const POSObject* container) const noexcept {
+  const ContainerInUse* use = fContainer;
+  while (use && use->fContainer != container) use = use->fOuter;
+  return use != nullptr;
 }
 
 // Most texts fit into the buffer and need no escapes. While they are copied nothing else can run,
@@ -59,7 +68,15 @@ void OCharStream::PutRestOfText(const StreamParams& params, const char* text, PO
   PutRaw(params.kClose);
 }
 
-void OCharStream::PutAcrossBlocks(std::string_view text) { PutRaw(text); }
+void OCharStream::PutRaw(std::string_view text) {
+  while (!text.empty()) {
+    if (fUsed == kCapacity) Flush();
+    const std::size_t count = std::min(text.size(), kCapacity - fUsed);
+    std::memcpy(fBytes + fUsed, text.data(), count);
+    fUsed += count;
+    text.remove_prefix(count);
+  }
+}
 
 void OCharStream::PutEscaped(char ch, char letter) {
   PutRaw('\\');

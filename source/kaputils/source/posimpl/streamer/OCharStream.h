@@ -43,9 +43,7 @@ class OCharStream {
     if (fUsed == kCapacity) Flush();
     fBytes[fUsed++] = ch;
   }
-  void PutRaw(std::string_view text) {
-    for (const char ch : text) PutRaw(ch);
-  }
+  void PutRaw(std::string_view text);
   void PutRaw(char ch, std::size_t count) {
     for (; count > 0; --count) PutRaw(ch);
   }
@@ -57,22 +55,28 @@ class OCharStream {
     if (kSize <= kCapacity - fUsed) [[likely]] {
       fUsed = static_cast<std::size_t>(write(fBytes + fUsed) - fBytes);
     } else {
-      char text[kSize];
-      PutAcrossBlocks(std::string_view(text, write(text)));
+      PutAcrossBlocks<kSize>(write);
     }
   }
 
   // How many characters the stream has taken.
   unsigned long CountWritten() const noexcept { return fWritten; }
+  // Whether the value at work is inside this container.
+  bool IsWriting(const POSObject* container) const noexcept;
 
  private:
   friend class ContainerInUse;
   friend class ScalarInUse;
 
-  // Out of line, so that the ordinary case saves no registers.
+  // Out of line, so that the ordinary case saves no registers and has no array on the stack, which
+  // the compiler would guard.
+  template <std::size_t kSize, class Write>
+  [[gnu::noinline]] void PutAcrossBlocks(Write write) {
+    char text[kSize];
+    PutRaw(std::string_view(text, write(text)));
+  }
   [[gnu::noinline]] void PutRestOfText(const StreamParams& params, const char* text,
                                        POSObject* owner, bool isWhole);
-  [[gnu::noinline]] void PutAcrossBlocks(std::string_view text);
   [[gnu::noinline]] void PutEscaped(char ch, char letter);
   [[gnu::noinline]] void Flush();
 

@@ -11,6 +11,8 @@ namespace NPOSStreamerImpl::NTypeAImpl {
 
 using KAP_T_MT::POSException;
 
+// The last argument has pairs: a character that is escaped, then its letter after a backslash. Most
+// are their own letter: a space in a number is written as a backslash and a space.
 constexpr StreamParams Version10::fNumberStreamParams(KAP_T_MT::kPOSNumber, '#', ' ', R"(\\  )");
 constexpr StreamParams Version10::fStringStreamParams(KAP_T_MT::kPOSString, '"', '"',
                                                       "\\\\\"\"\nn\rr\tt");

@@ -10,7 +10,8 @@
 //
 // A backslash and three octal digits stand for a byte that cannot be printed. A backslash and a
 // letter stand for a backslash, the closing character and, in strings, line feed, carriage return
-// and tab; StreamParams decides which. White space may precede any value.
+// and tab: the constants of Version10 list them, StreamParams decides about each character. White
+// space may precede any value.
 
 #include "posimpl/streamer/TypeAStreamer.h"
 

@@ -29,8 +29,9 @@ class TypeAStreamer : public StreamerBase {
   explicit TypeAStreamer(int level) noexcept : fFirstLevel(level), fLevel(level) {}
 
  private:
-  // The levels that are written before the depth of the rest is checked. Their indentation is
-  // small.
+  // The levels that are written before one is looked for that contains itself, and before the depth
+  // of the rest is checked. Their indentation is small.
+  static constexpr unsigned kLevelsUnsearched = 4;
   static constexpr unsigned kLevelsUnchecked = 64;
 
   // ---- Writing: the content of each kind ----
@@ -46,7 +47,10 @@ class TypeAStreamer : public StreamerBase {
   static void WriteUnicode(OCharStream& out, const unsigned short* units);
   void WriteBinData(OCharStream& out, const NPOSObjectImpl::BinData& data);
   static void WriteRawPointer(OCharStream& out, const void* pointer);
-  // Out of line: the frames of containers would burden those of scalars.
+  // Out of line: the frames of containers and rare scalars would burden those of the others.
+  [[gnu::noinline]] void WriteRareObject(OCharStream& out, const StreamParams& params,
+                                         POSObject* object,
+                                         const NPOSObjectImpl::BaseObject& instance);
   [[gnu::noinline]] void WriteArray(OCharStream& out, const StreamParams& params, POSObject* object,
                                     const NPOSObjectImpl::Array& array);
   [[gnu::noinline]] void WriteDict(OCharStream& out, const StreamParams& params, POSObject* object,
@@ -56,13 +60,14 @@ class TypeAStreamer : public StreamerBase {
   template <class Content>
   static void WriteValue(OCharStream& out, const StreamParams& params, Content content);
   void NewLine(OCharStream& out) const;
-  void CheckDepth(const OCharStream& out, const NPOSObjectImpl::BaseObject& object) {
+  void CheckDepth(const OCharStream& out, const POSObject* handle,
+                  const NPOSObjectImpl::BaseObject& object) {
     const unsigned written = LevelsWritten();
     if (written == 0) fFirstFrame = NPOSObjectImpl::NestingStack::Here();
-    if (written >= kLevelsUnchecked) [[unlikely]]
-      CheckDeep(out, object);
+    if (written >= kLevelsUnsearched) [[unlikely]]
+      CheckDeep(out, handle, object);
   }
-  [[gnu::noinline]] void CheckDeep(const OCharStream& out,
+  [[gnu::noinline]] void CheckDeep(const OCharStream& out, const POSObject* handle,
                                    const NPOSObjectImpl::BaseObject& object);
   unsigned LevelsWritten() const noexcept { return static_cast<unsigned>(fLevel - fFirstLevel); }
 

@@ -107,7 +107,8 @@ void TypeAStreamer::SerializeObject(const KAP_T_MT::CKAPPositionableStream& stre
 
 void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
   const BaseObject* instance = BaseObject::GetInstanceNoThrow(object);
-  if (!instance) throw POSException(kCannotBeWritten);
+  if (!instance) [[unlikely]]
+    throw POSException(kCannotBeWritten);
   const StreamParams& params = ParamsFor(instance->GetType());
   switch (params.kType) {
     case KAP_T_MT::kPOSNumber:
@@ -115,27 +116,36 @@ void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
     case KAP_T_MT::kPOSString:
       return out.PutText(params, static_cast<const NPOSObjectImpl::String*>(instance)->Get(),
                          object);
+    case KAP_T_MT::kPOSArray:
+      return WriteArray(out, params, object, *static_cast<const Array*>(instance));
+    case KAP_T_MT::kPOSDict:
+      return WriteDict(out, params, object, *static_cast<const Dict*>(instance));
+    default:
+      return WriteRareObject(out, params, object, *instance);
+  }
+}
+
+void TypeAStreamer::WriteRareObject(OCharStream& out, const StreamParams& params, POSObject* object,
+                                    const BaseObject& instance) {
+  switch (params.kType) {
     case KAP_T_MT::kPOSUnicodeString: {
       const ScalarInUse inUse(out, object);
       return WriteValue(out, params, [&] {
-        WriteUnicode(out, static_cast<const UnicodeString*>(instance)->Get());
+        WriteUnicode(out, static_cast<const UnicodeString&>(instance).Get());
       });
     }
     case KAP_T_MT::kPOSBinData: {
       const ScalarInUse inUse(out, object);
       return WriteValue(out, params,
-                        [&] { WriteBinData(out, *static_cast<const BinData*>(instance)); });
+                        [&] { WriteBinData(out, static_cast<const BinData&>(instance)); });
     }
     case KAP_T_MT::kPOSRawPointer: {
-      const void* const pointer = static_cast<const RawPointer*>(instance)->GetRawPointer();
+      const void* const pointer = static_cast<const RawPointer&>(instance).GetRawPointer();
       return WriteValue(out, params, [&] { WriteRawPointer(out, pointer); });
     }
-    case KAP_T_MT::kPOSArray:
-      return WriteArray(out, params, object, *static_cast<const Array*>(instance));
-    case KAP_T_MT::kPOSDict:
-      return WriteDict(out, params, object, *static_cast<const Dict*>(instance));
+    default:
+      throw POSException(kCannotBeWritten);
   }
-  throw POSException(kCannotBeWritten);
 }
 
 // An array that contains itself would fill half a gigabyte with indentation before the stack ends.
@@ -143,11 +153,17 @@ void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
 // far show how much stack a level takes, and so which depth is out of reach; a quarter is added
 // because the levels to come may take less.
 //
+// A container with many values before itself would write them at each of these levels, so a few
+// levels look whether the container is being written already.
+//
 // The examination must not take much longer than writing, because only a "Write" can stop it. Where
 // it ends early, values nested twice as deep are examined again, for longer if much was written.
-void TypeAStreamer::CheckDeep(const OCharStream& out, const BaseObject& object) {
+void TypeAStreamer::CheckDeep(const OCharStream& out, const POSObject* handle,
+                              const BaseObject& object) {
   const unsigned written = LevelsWritten();
   if (!std::has_single_bit(written)) return;
+  if (out.IsWriting(handle)) NPOSObjectImpl::NestingGuard::ThrowTooDeep();
+  if (written < kLevelsUnchecked) return;
   const std::uintptr_t taken = fFirstFrame - NPOSObjectImpl::NestingStack::Here();
   const NPOSObjectImpl::NestingLevel level(fStack);
   const unsigned long fit = fStack.HowManyFit(taken / written);
@@ -170,7 +186,8 @@ void TypeAStreamer::NewLine(OCharStream& out) const {
 
 // Nothing in a number's text needs an escape, wherever it stands.
 void TypeAStreamer::WriteNumberValue(OCharStream& out, const StreamParams& params, double value) {
-  out.PutInPlace<NPOSObjectImpl::kNumberTextSize + 2>([&](char* place) {
+  // By value: a capture by reference would keep both in memory, on a guarded stack.
+  out.PutInPlace<NPOSObjectImpl::kNumberTextSize + 2>([&params, value](char* place) {
     *place++ = params.kOpen;
     place = NPOSObjectImpl::WriteNumber(value, place);
     *place++ = params.kClose;
@@ -219,7 +236,7 @@ void TypeAStreamer::WriteRawPointer(OCharStream& out, const void* pointer) {
 // The stream may change the array while it writes: each element is taken as it is then.
 void TypeAStreamer::WriteArray(OCharStream& out, const StreamParams& params, POSObject* object,
                                const Array& array) {
-  CheckDepth(out, array);
+  CheckDepth(out, object, array);
   const NPOSObjectImpl::NestingGuard guard(fStack);
   const ContainerInUse inUse(out, object);
   WriteValue(out, params, [&] { WriteElements(out, array); });
@@ -242,7 +259,7 @@ void TypeAStreamer::WriteElements(OCharStream& out, const Array& array) {
 
 void TypeAStreamer::WriteDict(OCharStream& out, const StreamParams& params, POSObject* object,
                               const Dict& dict) {
-  CheckDepth(out, dict);
+  CheckDepth(out, object, dict);
   const NPOSObjectImpl::NestingGuard guard(fStack);
   ContainerInUse inUse(out, object);
   WriteValue(out, params, [&] { WriteEntries(out, dict, inUse); });

@@ -36,6 +36,7 @@ void ErrorList::Append(const char* message) {
 void ErrorList::AppendMade(CPOSObject message) {
   if (!fMessages) fMessages.emplace();
   fMessages->Append(std::move(message));
+  ++fMade;
 }
 
 void ErrorList::AddContext(const Mark& begin, CPOSObject text) {

@@ -34,6 +34,9 @@ class ErrorList {
   void Append(const char* message);
 
   bool AreWanted() const noexcept { return fWanted == Wanted::kYes; }
+  // Whether so many messages were made, also removed ones, that an object and a type that had theirs
+  // get none again.
+  bool IsLong() const noexcept { return fMade > kEnough && Count() > 0; }
 
   // A place in the list, from which a part of the check begins.
   struct Mark {
@@ -64,6 +67,8 @@ class ErrorList {
     }
   };
 
+  static constexpr std::uint64_t kEnough = 200'000;  // a second and 100 MB
+
   std::uint32_t Count() const noexcept { return fMessages ? fMessages->Count() : 0; }
   void AppendMade(CPOSObject message);
 
@@ -71,6 +76,7 @@ class ErrorList {
   std::optional<Array> fMessages;
   std::optional<Array> fContextTexts;
   NPOSObjectImpl::GrowingBuffer<Context> fContexts;
+  std::uint64_t fMade = 0;
 };
 
 // Puts the messages that were appended from a mark on in the context, a property string that

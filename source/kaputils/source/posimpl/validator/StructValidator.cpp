@@ -35,7 +35,12 @@ StructValidator& StructValidator::GetInstance(POSValidator* handle) {
 void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
                                               KAP_T_MT::POSExtraValidationProc callback,
                                               void* clientData, Callback effect) {
-  if (effect == Callback::kMayChange) fMustKeep = true;
+  // An entry without a callback would cost every check what one with a callback does.
+  if (!callback) {
+    fExtraValidations.Remove(SortableText(typeName.Text()));
+    return;
+  }
+  if (effect == Callback::kMayChange) fMayChange = true;
   fExtraValidations.Insert(std::make_unique<ProcEntry>(typeName, callback, clientData));
 }
 
@@ -45,7 +50,7 @@ void StructValidator::RegisterExtraValidation(const CKAPStringAtom& typeName,
 bool StructValidator::Validate(const CPOSObject& object, AtomText typeName,
                                POSMessageProc message) const {
   const Subject subject(object.Handle());
-  TypeChecker checker(fSchema, fWords, fExtraValidations, fMustKeep);
+  TypeChecker checker(fSchema, fWords, fExtraValidations, MustKeep());
   if (!message || fExtraValidations.empty()) {
     ErrorList unwanted(ErrorList::Wanted::kNo);
     if (checker.GetObjectErrors(typeName, subject, unwanted) == 0) return true;

@@ -45,13 +45,13 @@ class StructValidator final : public BaseValidator {
   // document or the schema makes each step keep references to what it works on.
   enum class Callback { kOnlyReads, kMayChange };
 
-  // Replaces the extra validation that the type had. A null callback is none.
+  // Replaces the extra validation that the type had. A null callback removes it.
   void RegisterExtraValidation(const KAP_T_MT::CKAPStringAtom& typeName,
                                KAP_T_MT::POSExtraValidationProc callback, void* clientData,
                                Callback effect);
 
   // Whether a callback may change something during a check.
-  bool MustKeep() const noexcept { return fMustKeep; }
+  bool MustKeep() const noexcept { return fMayChange && !fExtraValidations.empty(); }
 
   bool Validate(const CPOSObject& object, AtomText typeName, POSMessageProc message) const override;
 
@@ -64,7 +64,7 @@ class StructValidator final : public BaseValidator {
   const CPOSObject fSchemaReference;
   const Dict& fSchema;
   const Keywords fWords;
-  bool fMustKeep = false;
+  bool fMayChange = false;
 };
 
 }  // namespace NPOSValidatorImpl

@@ -23,7 +23,11 @@ class TypeChecker {
   // With `mustKeep` callbacks may change the document and the schema during the check, see Kept.
   TypeChecker(const Dict& schema, const Keywords& words, const ExtraValidations& extraValidations,
               bool mustKeep) noexcept
-      : fSchema(schema), fWords(words), fExtraValidations(extraValidations), fMustKeep(mustKeep) {}
+      : fSchema(schema),
+        fWords(words),
+        fExtraValidations(extraValidations),
+        fHasCallbacks(!extraValidations.empty()),
+        fMustKeep(mustKeep) {}
   TypeChecker(const TypeChecker&) = delete;
   TypeChecker& operator=(const TypeChecker&) = delete;
 
@@ -84,6 +88,7 @@ class TypeChecker {
   const Dict& fSchema;
   const Keywords& fWords;
   const ExtraValidations& fExtraValidations;
+  const bool fHasCallbacks;  // at the beginning; a callback may remove the last one
   const bool fMustKeep;
   unsigned fDepth = 0;
   unsigned fDeep = 0;

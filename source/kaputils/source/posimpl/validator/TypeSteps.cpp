@@ -86,7 +86,7 @@ ErrorCount TypeChecker::GetErrorsOf(const Type& type, AtomText typeName, const S
     return 1;
   }
   const bool isLong = fDepth > kDepthUnremembered || fChecks > kChecksUnremembered;
-  if (isLong && fExtraValidations.empty()) [[unlikely]] {
+  if (isLong && !fHasCallbacks) [[unlikely]] {
     return GetRememberedErrors(typeName, type.fDefinition, object, errors);
   }
   const ErrorCount count = GetTypeDefinitionComplianceErrors(type.fDefinition, object, errors);
@@ -122,7 +122,7 @@ ErrorCount TypeChecker::GetRememberedErrors(AtomText typeName, const Definition&
     return GetTypeDefinitionComplianceErrors(definition, object, errors);
   const Outcomes::Known known = fOutcomes->Find(handle, typeName);
   if (known == Outcomes::Known::kValid) return 0;
-  if (known == Outcomes::Known::kInvalid && !errors.AreWanted()) return 1;
+  if (known == Outcomes::Known::kInvalid && (!errors.AreWanted() || errors.IsLong())) return 1;
   const ErrorCount count = GetTypeDefinitionComplianceErrors(definition, object, errors);
   fOutcomes->Remember(handle, typeName, count == 0);
   return count;
@@ -134,7 +134,7 @@ ErrorCount TypeChecker::GetExtraValidationErrors(AtomText typeName, const Subjec
                                                  ErrorList& errors) const {
   if (fExtraValidations.empty()) return 0;
   const ProcEntry* entry = fExtraValidations.Find(SortableText(typeName));
-  if (!entry || !entry->Callback()) return 0;
+  if (!entry) return 0;
   const CKAPStringAtom name = entry->GetKey().Atom();
   const KAPContainerBaseGeneric reference = object.Reference();
   const KAP_T_MT::TKAPSharedBuffer<char> reason(kMessageSize);
