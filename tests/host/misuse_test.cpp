@@ -388,7 +388,7 @@ std::string Contents(const std::string& path) {
   return text.str();
 }
 
-// A trace does not follow what is no handle, or a dead one. Before the tests that leak: the hosts
+// A trace follows neither dead handles nor other addresses. Before the tests that leak: the hosts
 // after them accept handles of theirs.
 TEST(MisuseTraceTest, BadHandles) {
   const std::string path = ::testing::TempDir() + "misuse_trace." + std::to_string(::getpid());

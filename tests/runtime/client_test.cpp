@@ -170,7 +170,7 @@ TEST_F(ClientTest, FailuresBecomeErrors) {
   EXPECT_EQ(Describe(CKAPError(read(&count, nullptr, gBuffer, 8))), kUnknown);
   EXPECT_EQ(count, 0u);
   EXPECT_EQ(Describe(CKAPError(read(nullptr, client, gBuffer, 8))), kUnknown);
-  // A host that has lost AddRef: no copy of the error can be made, and it is no success either.
+  // Without AddRef the error cannot be copied, and the call still fails.
   KAPError* const own = CKAPError("own", "c", 3).Detach();
   gFail = [&] { throw CKAPError(own, KAPAdopt()); };
   fHost.HideProcedure(KAPErrorInterface::kName, "AddRef");

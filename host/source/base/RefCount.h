@@ -36,8 +36,8 @@ class RefCount {
   }
   Release Drop() noexcept { return DropTo(kDying); }
   // Drop in two steps for a caller that holds the only reference (see DropTo). The store is
-  // relaxed: no other thread has a reference by which it could read the count, and whoever gets the
-  // memory next gets it through the heap, which orders the two.
+  // relaxed: no other thread has a reference through which to read the count, and the heap orders
+  // the store before the next use of the memory.
   bool HasOne() const noexcept { return fCount.load(std::memory_order_acquire) == 1; }
   void DropOnly() noexcept { fCount.store(kDying, std::memory_order_relaxed); }
   // The same as Drop, but of two releases of the only reference at the same time, one finds that

@@ -15,8 +15,8 @@ namespace NPOSValidatorImpl {
 // what is remembered here makes their number grow like n. The same holds for intersections, for
 // dictionaries with "valuetype" and "required", and for an object that is held in several places.
 // Not for a check with callbacks, which would have to be called. Where messages are wanted, what is
-// invalid is checked again for its messages, whose number doubles, until there are so many that
-// nobody reads them, see ErrorList::IsLong: 40 such unions would take 2^40.
+// invalid is checked again for its messages, whose number doubles, until there are too many to read
+// (see ErrorList::IsLong): 40 such unions would make 2^40.
 //
 // The table has a fixed size, and a later outcome may take the place of an earlier one: the memory
 // is bounded, and the outcomes that are needed soonest are the latest ones. Where more objects
