@@ -234,8 +234,8 @@ void TemporaryFile::CheckReplaced() const {
   }
 }
 
-// The old file first gets a hidden name, as a second link (the rights, the times and the owner stay)
-// or, where that cannot be, as a copy. It gets the name of an older copy only when the new file is
+// The old file first gets a hidden name, as a second link (the rights, the times and the owner
+// stay) or, where that cannot be, as a copy. It gets the name of an older copy only when the new file is
 // at its place: a failure before that leaves that copy. The place is looked at only if the child
 // died, as in ReplaceByLink.
 void TemporaryFile::ReplaceAndKeep() {
