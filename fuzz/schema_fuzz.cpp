@@ -15,7 +15,7 @@ namespace {
 
 using namespace KAP_T_MT;
 
-// The number of messages can grow exponentially with the references between types, by the nature of
+// The number of messages can double with each reference between types, up to 200 000, by the nature of
 // the language: each of n types can refer twice to the next one. Schemas with more work than this
 // are checked without messages.
 constexpr double kMaxWork = 20'000;

@@ -98,7 +98,9 @@ class Maker {
 // A cycle in a schema is followed until the stack ends. Of the usual eight megabytes, an eighth is
 // enough for everything else.
 const int gStackLimited = [] {
-  const rlimit limit = {1 << 20, RLIM_INFINITY};
+  rlimit limit = {};
+  ::getrlimit(RLIMIT_STACK, &limit);
+  limit.rlim_cur = 1 << 20;
   return ::setrlimit(RLIMIT_STACK, &limit);
 }();
 

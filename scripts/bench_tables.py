@@ -213,7 +213,7 @@ def missing(results):
 
 def slopes(path):
     """The case, its figures for the three largest documents, and the slope."""
-    for line in path.read_text(encoding="utf-8").splitlines() if path else ():
+    for line in path.read_text(encoding="utf-8").splitlines() if path and path.is_file() else ():
         cells = [cell.strip() for cell in line.strip("| ").split("|")]
         if not line.startswith("|-"):
             yield cells[:1] + cells[-4:]
@@ -222,7 +222,7 @@ def slopes(path):
 def profiles(path):
     """A row for each case and n that bench_profiles.py profiled."""
     yield ["case", "n", "share of the samples"]
-    for row in json.loads(path.read_text(encoding="utf-8")) if path else ():
+    for row in json.loads(path.read_text(encoding="utf-8")) if path and path.is_file() else ():
         shares = ", ".join(f"{share} {name}" for name, share in row["shares"])
         yield [f"`{row['case']}`", number(row["n"]), shares]
 

@@ -138,16 +138,6 @@ TEST_F(WrapperTest, WaysToTakeAHandle) {
   check(CKAPUtilsDir::GetTempDir());
 }
 
-TEST_F(WrapperTest, NamesOfKinds) {
-  const char* const names[] = {"number",      "string", "Unicode string", "binary data",
-                               "raw pointer", "array",  "dictionary"};
-  const auto* name = std::begin(names);
-  for (const Object& object : OneOfEachKind()) {
-    EXPECT_STREQ(POSTypeName(CPOSObject(object.get()).GetType()), *name++);
-  }
-  EXPECT_TRUE(!POSTypeName(0) && !POSTypeName(8));
-}
-
 // Deliberate: each "true" leaves a reference.
 TEST_F(WrapperTest, HasKeyLeavesAReference) {
   CPOSDict dict(CPOSObject::CreateFromText("< a [1] >", nullptr), false);

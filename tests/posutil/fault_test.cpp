@@ -165,7 +165,8 @@ TEST_F(FaultTest, ANewNamedFile) {
 // The process that makes the call dies. A child that dies makes posutil fail.
 TEST_F(FaultTest, KilledAtTheNthCall) {
   for (const char* const call : {"open", "write", "fsync", "fork", "link", "rename"}) {
-    for (int n = 1;; ++n) {
+    int n = 1;
+    for (;; ++n) {
       SCOPED_TRACE(std::string(call) + " " + std::to_string(n));
       const Outcome outcome = Convert({call, n, 1, "kill"});
       ExpectWhole();
@@ -173,13 +174,15 @@ TEST_F(FaultTest, KilledAtTheNthCall) {
       EXPECT_NE(outcome.fStatus, 0);
       EXPECT_FALSE(IsNew());
     }
+    EXPECT_GT(n, 1) << call;
   }
 }
 
 TEST_F(FaultTest, KilledAtTheNthCallWhereTheOldFileIsKept) {
   const std::string out = fFolder.Path("out.json");
   for (const char* const call : {"open", "write", "fsync", "fork", "link", "rename"}) {
-    for (int n = 1;; ++n) {
+    int n = 1;
+    for (;; ++n) {
       SCOPED_TRACE(std::string(call) + " " + std::to_string(n));
       fFolder.Put("out.json", kOld);
       std::filesystem::remove(fFolder.Path("out.json.old"));
@@ -192,6 +195,7 @@ TEST_F(FaultTest, KilledAtTheNthCallWhereTheOldFileIsKept) {
       EXPECT_EQ(fFolder.Names().size(), isDone ? 3u : 2u);
       if (!HasFired()) break;
     }
+    EXPECT_GT(n, 1) << call;
   }
 }
 

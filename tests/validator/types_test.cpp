@@ -242,4 +242,26 @@ TEST_F(TypesTest, OutcomesOfManyTypes) {
                                                        Key("A").get(), nullptr)));
 }
 
+// Many messages about one part hide none about another.
+TEST_F(TypesTest, ManyMessages) {
+  std::string schema =
+      "< T9 < category dict required < v V a A b B > > V < category array membertype U >"
+      " U < category array > A < category array membertype int >"
+      " B < category array membertype int > ";
+  std::string object = "< v [";
+  for (int i = 0; i < 2000; ++i) object += "[]";  // outcomes are remembered from then on
+  object += "] a [";
+  for (int i = 0; i < 200'100; ++i) object += "x ";
+  object += "] b [x x] >";
+  for (int level = 9; level-- > 0;) {
+    const std::string number = std::to_string(level);
+    schema +=
+        "T" + number + " < category dict required < t T" + std::to_string(level + 1) + " > > ";
+    object = "< t " + object + " >";
+  }
+  const Outcome outcome = Check(schema + ">", "T0", object.c_str());
+  ASSERT_EQ(outcome.size(), 200'102u);
+  EXPECT_NE(outcome.back().find(" b (required"), std::string::npos) << outcome.back();
+}
+
 }  // namespace

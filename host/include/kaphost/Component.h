@@ -28,8 +28,8 @@ class LoadError : public std::runtime_error {
 //   component if this object initialised it, and unloads it. Destroy components, and whatever they
 //   made, before their host. A component that is unloaded with procedures still registered is
 //   reported: the procedures are unregistered, and the library stays in memory for callers that
-//   kept an address. A host that checks also reports their calls. The library also stays when it
-//   has the delete procedure of a container that lives.
+//   kept an address. A host that checks also reports calls of those that are declared to it. The
+//   library also stays when it has the delete procedure of a container that lives.
 // Threads: one controlling thread at a time. Components of the same file count as one object.
 class [[nodiscard]] Component {
  public:

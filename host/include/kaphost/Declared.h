@@ -67,7 +67,7 @@ struct WatchedProc {
   std::atomic<const char*> fInterface = nullptr;         // under which it is registered
   std::atomic<const char*> fCallee = nullptr;            // the component that has registered it
   std::atomic<const DeclaredMethod*> fMethod = nullptr;  // what it implements
-  std::atomic<bool> fIsLeft = false;  // still registered when its component was unloaded
+  std::atomic<bool> fIsUnloaded = false;                 // since it was registered
 };
 
 // How many procedures of one method are observed. More than one component may implement a method,

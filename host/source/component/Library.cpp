@@ -93,6 +93,7 @@ bool Library::UnregisterProcs() const noexcept {
         "KAP host: " + fComponent + " (\"" + fPath + "\") was unloaded while " + what;
     Report(message.c_str());
   };
+  if (Watcher* const watcher = Current<Watcher>()) watcher->NoteUnloaded(span);
   try {
     const std::size_t purges = Current<ClientPurges>()->RemoveIf(
         [&](KAP_T_MT::KAPClientPurgeProc proc) { return span.Contains(proc); });
@@ -100,7 +101,6 @@ bool Library::UnregisterProcs() const noexcept {
         binder->UnregisterIf([&](const void* proc) { return span.Contains(proc); });
     if (purges != 0) report("a client purge was registered");
     for (const std::string& name : interfaces) report("\"" + name + "\" was registered");
-    if (Watcher* const watcher = Current<Watcher>()) watcher->NoteLeft(span);
     return deletesContainers || purges != 0 || !interfaces.empty();
   } catch (const std::bad_alloc&) {
     return true;  // there may have been some

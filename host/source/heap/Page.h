@@ -33,9 +33,8 @@ inline constexpr std::size_t kPagesPerExtent = kExtentSize / kPageSize;
 //
 // One free list for each thread and size, without pages, would be shorter. It would neither give
 // memory back nor keep atoms apart from objects, whose owner would then wait for the other threads
-// that use the atom. mimalloc in place of malloc took 44 ns for a value of a parsed array when
-// these pages, then new, took 32 (bench_text), and it replaces the malloc of the whole process,
-// which an embedded host must not do.
+// that use the atom. A shared library in place of malloc was slower and replaces the malloc of the
+// whole process, which an embedded host must not do (docs/performance.md has the measurements).
 struct alignas(128) Page {
   FreeBlock* fFree = nullptr;
   std::uint32_t fUsed = 0;           // blocks taken and neither put back nor collected

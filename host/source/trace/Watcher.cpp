@@ -98,7 +98,7 @@ void* Watcher::Watch(const char* interfaceName, const char* methodName, const ch
   chosen->fMethod = method;
   chosen->fInterface = names->insert(interfaceName).first->c_str();
   chosen->fCallee = isHosts ? kHost : NameOfCodeAt(proc);
-  chosen->fIsLeft = false;
+  chosen->fIsUnloaded = false;
   chosen->fTarget.store(proc, std::memory_order_release);
   return method->fEntries[static_cast<std::size_t>(chosen - method->fProcs)];
 }
@@ -111,10 +111,10 @@ void Watcher::AcceptUnknown(const Snapshot& held) {
   }
 }
 
-void Watcher::NoteLeft(const Span& span) {
+void Watcher::NoteUnloaded(const Span& span) noexcept {
   const std::lock_guard lock(fMutex);
   for (WatchedProc* const proc : fTaken) {
-    if (span.Contains(proc->fTarget.load())) proc->fIsLeft = true;
+    if (span.Contains(proc->fTarget.load())) proc->fIsUnloaded = true;
   }
 }
 
@@ -133,7 +133,7 @@ void Watcher::Begin(WatchedCall& call) {
     ++tThread.fDepth;
   }
   if (fChecker) {
-    if (call.fProc.fIsLeft) Report("call of a procedure whose component was unloaded", nullptr);
+    if (call.fProc.fIsUnloaded) Report("call of a procedure whose component was unloaded", nullptr);
     Report(fChecker->Begin(observed, call.fIsRefused, call.fObject));
   }
   if (!fLedger || call.fIsRefused) return;

@@ -46,8 +46,9 @@ class Watcher final : public HandleObserver {
   // The component is bound anew: by whichever thread is the first.
   void ForgetBinding(const char* component);
 
-  // Code in the span was unloaded while its procedures were registered: calls of them are misuse.
-  void NoteLeft(const Span& span);
+  // The component whose code is in the span is unloaded: calls of its procedures are misuse, though
+  // its library may stay in memory.
+  void NoteUnloaded(const Span& span) noexcept;
 
   // For WatchedCall. Begin and End throw std::bad_alloc, Leave undoes all that Begin did.
   void Begin(WatchedCall& call);

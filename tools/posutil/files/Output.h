@@ -38,7 +38,7 @@ class Output {
     std::memset(fBuffer.get() + fUsed, character, kFewBytes);  // no call, as the size is constant
     fUsed += count;
   }
-  // Has `write` put at most `most` bytes at a place and return their end. `most` is small.
+  // Calls `write(place)`, which writes at most `most` bytes, up to kCapacity, and returns their end.
   template <class Write>
   void PutInPlace(std::size_t most, Write write) {
     if (most > kCapacity - fUsed) MakeRoom();

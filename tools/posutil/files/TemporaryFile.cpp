@@ -82,17 +82,15 @@ struct Renames {
 
   // Returns 0, or errno.
   int Run() const noexcept {
-    if (::renameat(fFolder, fNew, fFolder, fName) != 0) return Undo();
-    if (KeepOld()) return 0;
-    const int error = errno;
-    ::renameat(fFolder, fOld, fFolder, fName);  // back
-    return error;
-  }
-  // Takes the hidden names away; returns errno as it was before.
-  int Undo() const noexcept {
-    const int error = errno;
-    ::unlinkat(fFolder, fNew, 0);
-    ::unlinkat(fFolder, fOld, 0);
+    int error = 0;
+    if (::renameat(fFolder, fNew, fFolder, fName) != 0) {
+      error = errno;
+      ::unlinkat(fFolder, fNew, 0);
+      ::unlinkat(fFolder, fOld, 0);
+    } else if (!KeepOld()) {
+      error = errno;
+      ::renameat(fFolder, fOld, fFolder, fName);  // back
+    }
     return error;
   }
   bool KeepOld() const noexcept { return ::renameat(fFolder, fOld, fFolder, fKept) == 0; }
@@ -256,7 +254,7 @@ void TemporaryFile::ReplaceAndKeep() {
   const auto replace = [&](bool isCopied) {
     return RunInChild([&]() noexcept {
       if (!isCopied && !Link(oldFile.c_str(), folder, renames.fOld)) return kNoSecondName;
-      return isNamed || Link(file.c_str(), folder, renames.fNew) ? renames.Run() : renames.Undo();
+      return isNamed || Link(file.c_str(), folder, renames.fNew) ? renames.Run() : errno;
     });
   };
   int error = replace(false);

@@ -49,7 +49,7 @@ class Session {
 
   // Throws Failure if the library has reported anything.
   void CheckReports();
-  // Keeps a document that a command no longer needs until EndProcess, which may spare its release.
+  // Keeps a document that a command no longer needs until EndProcess, which may skip releasing it.
   void KeepToEnd(KAP_T_MT::CPOSObject document) { fKept.push_back(std::move(document)); }
   // Completes a command: writes the rest of the output. Throws Failure if output is lost or the
   // library has reported anything.

@@ -47,8 +47,8 @@ class DocumentArgument {
   std::string Name(std::size_t number) const;
 
   // Calls `use` for each document and its number; `out` is what it writes to. If it throws Failure,
-  // the output and the warnings of the documents before are complete. An only document stays until
-  // the session ends.
+  // the output and the warnings of the documents before are complete. Without --all, the document
+  // is kept until the session ends.
   using Use = std::function<void(KAP_T_MT::CPOSObject& document, std::size_t number)>;
   void ForEach(Documents& documents, Output& out, Session& session, const Use& use) const;
 

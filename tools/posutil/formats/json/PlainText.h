@@ -5,7 +5,7 @@
 
 namespace PosUtil {
 
-// A bit for each of the 16 bytes that a JSON string must not hold as it is, or that needs a look:
+// A bit for each of the 16 bytes that must be escaped in a JSON string or needs a closer look:
 // quotes, backslashes, control characters and everything past ASCII.
 inline unsigned UnusualBytes(const char* text) {
   const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));

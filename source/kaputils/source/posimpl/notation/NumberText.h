@@ -9,7 +9,8 @@ namespace NPOSObjectImpl {
 
 constexpr std::size_t kNumberTextSize = 64;  // holds every number that WriteNumber writes
 
-// Writes what "%.32g" writes in the C locale, without a terminator; returns the end.
+// Writes what "%.32g" writes in the C locale, without a terminator; returns the end. `text` has room
+// for kNumberTextSize characters, all of which may be written.
 char* WriteNumber(double value, char* text) noexcept;
 
 // What strtod returns in the C locale: the value of the longest part that is a number, 0 when there

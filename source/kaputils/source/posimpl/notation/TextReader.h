@@ -40,7 +40,7 @@ class TextReader {
   [[gnu::noinline]] POSObject* ReadString();
   [[gnu::noinline]] POSObject* ReadUnicode();
   void ReadElements(Array& array);
-  void ReadEntries(Dict& dict);
+  [[gnu::noinline]] void ReadEntries(Dict& dict);
   const char* ReadKey(StringToken& token);
 
   char SkipToItem();

@@ -120,9 +120,12 @@ void TypeAStreamer::WriteObject(OCharStream& out, POSObject* object) {
       return WriteArray(out, params, object, *static_cast<const Array*>(instance));
     case KAP_T_MT::kPOSDict:
       return WriteDict(out, params, object, *static_cast<const Dict*>(instance));
-    default:
+    case KAP_T_MT::kPOSUnicodeString:
+    case KAP_T_MT::kPOSBinData:
+    case KAP_T_MT::kPOSRawPointer:
       return WriteRareObject(out, params, object, *instance);
   }
+  throw POSException(kCannotBeWritten);
 }
 
 void TypeAStreamer::WriteRareObject(OCharStream& out, const StreamParams& params, POSObject* object,
@@ -143,9 +146,13 @@ void TypeAStreamer::WriteRareObject(OCharStream& out, const StreamParams& params
       const void* const pointer = static_cast<const RawPointer&>(instance).GetRawPointer();
       return WriteValue(out, params, [&] { WriteRawPointer(out, pointer); });
     }
-    default:
-      throw POSException(kCannotBeWritten);
+    case KAP_T_MT::kPOSNumber:
+    case KAP_T_MT::kPOSString:
+    case KAP_T_MT::kPOSArray:
+    case KAP_T_MT::kPOSDict:
+      break;  // WriteObject has them
   }
+  throw POSException(kCannotBeWritten);
 }
 
 // An array that contains itself would fill half a gigabyte with indentation before the stack ends.

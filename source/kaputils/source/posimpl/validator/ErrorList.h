@@ -34,8 +34,8 @@ class ErrorList {
   void Append(const char* message);
 
   bool AreWanted() const noexcept { return fWanted == Wanted::kYes; }
-  // Whether so many messages were made, also removed ones, that an object and a type that had
-  // theirs get none again.
+  // Whether so many messages were made (some may be removed since) that an object and a type that
+  // had theirs get none again.
   bool IsLong() const noexcept { return fMade > kEnough && Count() > 0; }
 
   // A place in the list, from which a part of the check begins.

@@ -23,7 +23,8 @@ namespace NPOSValidatorImpl {
 // than the table has places come between two checks of the same one, it is checked again.
 class Outcomes {
  public:
-  enum class Known : unsigned char { kNothing, kValid, kInvalid };
+  // What is reported is invalid, and its messages were made.
+  enum class Known : unsigned char { kNothing, kValid, kInvalid, kReported };
 
   // Throws std::bad_alloc when the host has no memory.
   Outcomes() : fOutcomes(KAP_T_MT::KAPNewBlock<Outcome>(kPlaces)) {
@@ -35,9 +36,8 @@ class Outcomes {
     const bool isSame = outcome.fObject == object && outcome.fTypeName == typeName;
     return isSame ? outcome.fKnown : Known::kNothing;
   }
-  void Remember(const POSObject* object, AtomText typeName, bool isValid) noexcept {
-    fOutcomes[Place(object, typeName)] = {object, typeName,
-                                          isValid ? Known::kValid : Known::kInvalid};
+  void Remember(const POSObject* object, AtomText typeName, Known known) noexcept {
+    fOutcomes[Place(object, typeName)] = {object, typeName, known};
   }
 
  private:

@@ -18,6 +18,7 @@ class ProcEntry : public NPOSImpl::redblack_node, public KAP_T_MT::KAPHostAlloca
         fClientData(clientData) {}
 
   const SortableStringAtom& GetKey() const noexcept { return fTypeName; }
+  // Never null.
   KAP_T_MT::POSExtraValidationProc Callback() const noexcept { return fCallback; }
   void* ClientData() const noexcept { return fClientData; }
 

@@ -120,11 +120,14 @@ ErrorCount TypeChecker::GetRememberedErrors(AtomText typeName, const Definition&
   const POSObject* const handle = object.Handle();
   if (!handle || !(fOutcomes || BeginToRemember()))
     return GetTypeDefinitionComplianceErrors(definition, object, errors);
-  const Outcomes::Known known = fOutcomes->Find(handle, typeName);
-  if (known == Outcomes::Known::kValid) return 0;
-  if (known == Outcomes::Known::kInvalid && (!errors.AreWanted() || errors.IsLong())) return 1;
+  using Known = Outcomes::Known;
+  const Known known = fOutcomes->Find(handle, typeName);
+  if (known == Known::kValid) return 0;
+  if (known == Known::kInvalid && !errors.AreWanted()) return 1;
+  if (known == Known::kReported && errors.IsLong()) return 1;
   const ErrorCount count = GetTypeDefinitionComplianceErrors(definition, object, errors);
-  fOutcomes->Remember(handle, typeName, count == 0);
+  const Known rejected = errors.AreWanted() ? Known::kReported : Known::kInvalid;
+  fOutcomes->Remember(handle, typeName, count == 0 ? Known::kValid : rejected);
   return count;
 }
 
