@@ -6,9 +6,9 @@
 //
 // where COUNT calls, starting with number FIRST, take ACTION: an error number to fail with, the
 // negative number of a signal to get before the call, "kill" for SIGKILL, or "orphan" to kill the
-// parent before the call. KAP_FIRED names a file to create when that happens. With KAP_NAMED=1
-// there are no unnamed files. The count starts at the call of signal() at the start of main: before
-// that nothing can report a fault.
+// parent before the call. KAP_FIRED names a file to create when that happens. KAP_NAMED=1 makes the
+// opening of unnamed files fail. The count starts at the call of signal() at the start of main:
+// before that nothing can report a fault.
 
 #include <fcntl.h>
 #include <signal.h>
